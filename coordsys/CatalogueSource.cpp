@@ -1,0 +1,39 @@
+#include <coordsys/CatalogueSource.h>
+
+#include <QObject>
+
+#include <atomic>
+#include <stdexcept>
+
+namespace nivora::cs {
+namespace {
+
+thread_local const CatalogueSource *innermost = nullptr;
+std::atomic<DefaultCatalogues> lookUpDefault{nullptr};
+
+} // namespace
+
+CatalogueSource::~CatalogueSource() = default;
+
+CatalogueScope::CatalogueScope(const CatalogueSource &source)
+    : m_outer(innermost)
+{
+    innermost = &source;
+}
+
+CatalogueScope::~CatalogueScope() { innermost = m_outer; }
+
+std::shared_ptr<const CatalogueSource> activeCatalogues()
+{
+    if (innermost)
+        return {std::shared_ptr<void>(), innermost}; // borrowed: the scope's source outlives the scope
+    const DefaultCatalogues lookUp = lookUpDefault.load();
+    std::shared_ptr<const CatalogueSource> installed = lookUp ? lookUp() : nullptr;
+    if (!installed)
+        throw std::logic_error(QObject::tr("Не проинициализированы КС").toStdString());
+    return installed;
+}
+
+void setDefaultCatalogues(DefaultCatalogues lookUp) { lookUpDefault.store(lookUp); }
+
+} // namespace nivora::cs

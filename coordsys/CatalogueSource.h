@@ -1,0 +1,69 @@
+#pragma once
+
+#include <coordsys/CoordSystemTypes.h>
+
+#include <QDir>
+#include <QVector>
+
+#include <memory>
+
+namespace nivora::cs {
+
+class ProjectionParamsManager;
+
+/// What coordinate systems and the text functions ask of whoever owns the catalogues. CoordSysFactory is the
+/// one implementation in the library; hosts need this class only to stand something in for it.
+/// Implementations are thread-safe once loaded.
+class NIVORA_CS_EXPORT CatalogueSource
+{
+public:
+    virtual ~CatalogueSource();
+
+    virtual std::shared_ptr<ProjectionParamsManager> projectionParamsManager() const = 0;
+    virtual QDir resourceDir() const = 0;
+    virtual QString language() const = 0;
+
+    /// The bounds of a system in its own unit, computed anew.
+    virtual QRectF boundsOf(CoordSystem *cs) const = 0;
+    /// The systems whose coordinates must be cropped, made on first call.
+    virtual QVector<CoordSystemPtr> systemsToCrop() const = 0;
+    /// Longitude and latitude on WGS 84, null before start-up.
+    virtual CoordSystemPtr latLongWgs84CoordSystem() const = 0;
+    /// Longitude and latitude on no particular datum, null before start-up.
+    virtual CoordSystemPtr LatLongCoordSystem() const = 0;
+    /// The description that the user gave to a system, empty when there is none.
+    virtual QString userDescription(const CoordSystem &cs) const = 0;
+
+    virtual CoordSystemPtr createFromProj(const QString &proj) const = 0;
+    virtual CoordSystemPtr createFromPrj(const QString &prj) const = 0;
+    virtual CoordSystemPtr createWithoutDescription(const QString &prj) const = 0;
+    virtual CoordSystemPtr createFromEpsg(int epsg) const = 0;
+    virtual CoordSystemPtr createFromWkt(const QString &wkt) const = 0;
+    virtual CoordSystemPtr createFromOracleSRID(int srid) const = 0;
+    virtual CoordSystemPtr createNonEarth(int unitCode, QRectF bounds) const = 0;
+};
+
+/// Makes a source the active one of this thread for the life of the object; scopes nest. A factory opens one
+/// in each of its calls, so it works before it is installed and two factories do not see each other. The
+/// source must outlive the scope.
+class NIVORA_CS_EXPORT CatalogueScope
+{
+public:
+    explicit CatalogueScope(const CatalogueSource &source);
+    ~CatalogueScope();
+    CatalogueScope(const CatalogueScope &) = delete;
+    CatalogueScope &operator=(const CatalogueScope &) = delete;
+
+private:
+    const CatalogueSource *m_outer;
+};
+
+/// The source of the innermost scope of this thread, else the installed default factory. Thread-safe.
+/// Throws std::logic_error "Не проинициализированы КС" when there is neither.
+NIVORA_CS_EXPORT std::shared_ptr<const CatalogueSource> activeCatalogues();
+
+/// How activeCatalogues() reaches the installed default. Set once by the owner of the default; start-up only.
+using DefaultCatalogues = std::shared_ptr<const CatalogueSource> (*)();
+NIVORA_CS_EXPORT void setDefaultCatalogues(DefaultCatalogues lookUp);
+
+} // namespace nivora::cs

@@ -1,0 +1,359 @@
+#include <coordsys/CoordSysFactory.h>
+
+#include <coordsys/CoordSysRect.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/CoordSystemStrings.h>
+#include <coordsys/DriverText_p.h>
+#include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/MapinfoCoordSystem.h>
+#include <coordsys/OsrHandle_p.h>
+#include <coordsys/ProjLibMetadata.h>
+#include <coordsys/ProjectionParamsManager.h>
+#include <coordsys/SpatialReferenceText.h>
+#include <platform/Logger.h>
+
+#include <QFile>
+#include <QMutexLocker>
+#include <QObject>
+#include <QRegExp>
+#include <QRegularExpression>
+#include <QXmlStreamReader>
+
+namespace nivora::cs {
+namespace {
+
+/// MapInfo's number for the datum of web Mercator.
+constexpr int webMercatorDatum = 157;
+constexpr int webMercatorEpsg = 3857;
+
+[[noreturn]] void throwEmpty() { throw std::invalid_argument(QObject::tr("Строка КС пустая").toStdString()); }
+
+[[noreturn]] void throwInvalid(const QString &text)
+{
+    throw std::runtime_error(QObject::tr("Неверная строка КС\n%1").arg(text).toStdString());
+}
+
+/// PROJ text of web Mercator as GDAL writes it, a Mercator on a sphere with grid tricks, turned into PROJ's
+/// own spherical Mercator on WGS 84; terms that PROJ does not take there are dropped.
+QString webMercatorText(const QString &proj)
+{
+    static const QRegularExpression radius(QStringLiteral("\\+(?<d_id>[Rab])=6378137"));   // "+a=6378137"
+    static const QRegularExpression projection(QStringLiteral("\\+proj=(?<prj_id>\\w+)")); // "+proj=merc"
+    static const QRegularExpression term(
+        QStringLiteral("\\+(\\w+)=(\\S+)|\\+(\\w+)")); // "+lon_0=0", "+no_defs"
+    static const QStringList kept = {
+        QStringLiteral("proj"), QStringLiteral("datum"), QStringLiteral("ellps"),  QStringLiteral("lon_0"),
+        QStringLiteral("x_0"),  QStringLiteral("y_0"),   QStringLiteral("no_defs")};
+    QString text = proj;
+    QString letters;
+    for (auto i = radius.globalMatch(proj); i.hasNext();)
+        letters += i.next().captured(QStringLiteral("d_id"));
+    const QString datum = QStringLiteral("+datum=WGS84");
+    if (letters.contains(QLatin1Char('R')))
+        text.replace(QStringLiteral("+R=6378137"), datum);
+    if (letters.contains(QLatin1Char('a')) && letters.contains(QLatin1Char('b'))) {
+        text.replace(QStringLiteral("+a=6378137"), datum);
+        text.remove(QStringLiteral("+b=6378137"));
+    }
+    if (projection.match(text).captured(QStringLiteral("prj_id")) == QLatin1String("merc"))
+        text.replace(QStringLiteral("+proj=merc"), QStringLiteral("+proj=webmerc"));
+
+    QString result;
+    for (auto i = term.globalMatch(text); i.hasNext();) {
+        const QRegularExpressionMatch match = i.next();
+        const bool bare = !match.captured(3).isEmpty();
+        const QString key = bare ? match.captured(3) : match.captured(1);
+        if (!kept.contains(key))
+            continue;
+        result +=
+            bare ? QStringLiteral(" +%1").arg(key) : QStringLiteral(" +%1=%2").arg(key, match.captured(2));
+    }
+    return result.trimmed();
+}
+
+/// The spatial reference of a map-header record. Throws std::runtime_error when the driver refuses it, or
+/// reads a projection it does not know as plain longitude/latitude.
+std::shared_ptr<void> importRecord(const TABProjInfo_t &record, const QString &text)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope errors;
+    std::shared_ptr<void> srs = newSrs();
+    if (OSRImportFromMICoordSys(srs.get(), prjForDriver(record).toUtf8().constData()) != OGRERR_NONE)
+        throw std::runtime_error(errors.message().toStdString());
+    if (record.nProjId >= 2 && OSRIsGeographic(srs.get()))
+        throwInvalid(text);
+    return srs;
+}
+
+PjHandle projObjectFor(const CoordSystem &cs, const TABProjInfo_t &record)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const QString text = cs.projStr();
+    if (record.nDatumId == webMercatorDatum) {
+        try {
+            return proj4FromString(webMercatorText(text));
+        } catch (const ProjException &e) {
+            // longitude/latitude on this datum loses its ellipsoid in the rewriting
+            LOG_DEBUG(QString::fromUtf8(e.what()));
+        }
+    }
+    return proj4FromString(text);
+}
+
+} // namespace
+
+CoordSystemPtr CoordSysFactory::createFromProj(const QString &proj) const
+{
+    const CatalogueScope scope(*this);
+    if (proj.isEmpty())
+        throwEmpty();
+    static const QRegularExpression start(QStringLiteral("^\\s*\\+proj=")); // "+proj=longlat …"
+    if (!start.match(proj).hasMatch())
+        throw std::logic_error(QObject::tr("Неверный формат строки").toStdString());
+    LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromProj=%1").arg(proj));
+
+    auto cs = std::make_shared<CoordSystem>();
+    bool local = false;
+    {
+        const QMutexLocker lock(globalProj4Mutex());
+        const CplErrorScope errors;
+        std::shared_ptr<void> srs = newSrs();
+        if (OSRImportFromProj4(srs.get(), proj.toLocal8Bit().constData()) != OGRERR_NONE)
+            throwInvalid(proj);
+        local = OSRIsLocal(srs.get()) != 0;
+        cs->setOGRSpatialReference(srs);
+    }
+    if (!local)
+        cs->setProj4(proj4FromString(proj));
+    cs->setDescription(m_mapinfo->getHumanReadableTextWithEpsg(*cs, true).first);
+    if (cs->description().isEmpty()) {
+        const int epsg = cs->epsg();
+        cs->setDescription(epsg == CoordSystem::EPSG_UNDEFINDED
+                               ? proj
+                               : ProjLibMetadata().nameCrs(epsg, ProjLibMetadata::EPSG));
+    }
+    cs->setSourceParameters({CoordSystem::Proj4, proj});
+    return cs;
+}
+
+CoordSystemPtr CoordSysFactory::createWithoutDescription(const QString &prj) const
+{
+    const CatalogueScope scope(*this);
+    if (prj.isEmpty())
+        throwEmpty();
+    const MapHeaderCoordsysConverter converter;
+    const TABProjInfo_t record = converter.prjStrToTABProjInfo(prj);
+    const QString text = converter.tabProjInfoToString(record);
+
+    auto cs = std::make_shared<CoordSystem>();
+    cs->setSourceParameters({CoordSystem::Prj, text});
+    cs->setOGRSpatialReference(importRecord(record, text));
+    cs->setProj4(cs->isNonEarth() ? proj4FromString(cs->projStr()) : projObjectFor(*cs, record));
+    if (record.nAffineFlag) {
+        const double *p = record.dAffineParams; // A to F; the matrix is given by columns
+        setAffineParamsArray(*cs, m_params->unitByID(record.nAffineUnits),
+                             {p[0], p[3], p[1], p[4], p[2], p[5]});
+    }
+    if (record.nBoundsFlag) {
+        const QRectF bounds = MapHeaderCoordsysConverter::boundForTabProj(record);
+        cs->setRectCoordSystem(bounds);
+        cs->setProjectionDefaultBounds(bounds);
+    }
+    return cs;
+}
+
+CoordSystemPtr CoordSysFactory::createFromPrj(const QString &prj) const
+{
+    const CatalogueScope scope(*this);
+    LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromPrj = %1").arg(prj));
+    CoordSystemPtr cs = createWithoutDescription(prj);
+    LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromPrj(fixed) = %1").arg(cs->prjStr()));
+    // Systems that differ by their bounds alone have names of their own, so bounds count first.
+    auto named = m_mapinfo->getHumanReadableTextWithEpsg(*cs, false);
+    if (named.first.isEmpty())
+        named = m_mapinfo->getHumanReadableTextWithEpsg(*cs, true);
+    if (!named.first.isEmpty()) {
+        cs->setDescription(named.first);
+        if (named.second != CoordSystem::EPSG_UNDEFINDED)
+            cs->setEpsg(named.second);
+    } else {
+        cs->setDescription(userDescription(*cs));
+    }
+    if (cs->description().isEmpty())
+        cs->setDescription(cs->prjStr());
+    return cs;
+}
+
+CoordSystemPtr CoordSysFactory::createFromEpsg(int epsg) const
+{
+    const CatalogueScope scope(*this);
+    LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromEpsg=%1").arg(epsg));
+    // Entries without a code carry a negative one, which no caller may find them by.
+    const QString prj = epsg > 0 ? m_mapinfo->seekByEPSG(epsg) : QString();
+    CoordSystemPtr cs;
+    if (!prj.isEmpty()) {
+        cs = createFromPrj(prj);
+    } else {
+        const ProjLibMetadata database;
+        const QString proj = database.projStringForCrs(epsg, ProjLibMetadata::EPSG);
+        LOG_DEBUG(proj);
+        cs = createFromProj(proj);
+        cs->setDescription(database.nameCrs(epsg, ProjLibMetadata::EPSG));
+    }
+    cs->setEpsg(epsg);
+    cs->setSourceParameters({CoordSystem::Epsg, QString::number(epsg)});
+    return cs;
+}
+
+CoordSystemPtr CoordSysFactory::createFromWkt(const QString &wkt) const
+{
+    const CatalogueScope scope(*this);
+    if (wkt.isEmpty())
+        throw std::runtime_error(QObject::tr("Строка КС пустая").toStdString());
+    LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromWkt=%1").arg(wkt));
+
+    const std::shared_ptr<void> srs = newSrs();
+    QString proj;
+    {
+        const QMutexLocker lock(globalProj4Mutex());
+        const CplErrorScope errors;
+        QByteArray utf8 = wkt.toUtf8();
+        char *rest = utf8.data();
+        if (OSRImportFromWkt(srs.get(), &rest) != OGRERR_NONE)
+            throw std::runtime_error(QObject::tr("Ошибка импорта из строки WKT:\n%1\n(%2)")
+                                         .arg(wkt, errors.message())
+                                         .toStdString());
+        if (!wkt.startsWith(QLatin1String("LOCAL_CS"), Qt::CaseInsensitive)) {
+            proj = osrToProj4(srs.get());
+            if (proj.isEmpty())
+                throw std::runtime_error(QObject::tr("Ошибка экспорта КС в формат proj").toStdString());
+            if (getEpsgFromCrs(srs.get()) == webMercatorEpsg)
+                proj = webMercatorText(proj);
+        }
+    }
+    CoordSystemPtr cs;
+    if (proj.isEmpty()) {
+        cs = createFromPrj(prjFromSpatialReference(srs.get()));
+    } else {
+        cs = createFromProj(proj);
+        // PROJCS["WGS 84 …
+        static const QRegularExpression named(
+            QStringLiteral("^(\\s*GEOGCS|PROJCS|LOCAL_CS)\\s*\\[\\s*\"([\\w\\s-]*)\""));
+        const QRegularExpressionMatch match = named.match(wkt);
+        if (cs->description().startsWith(QLatin1String("+proj=")) && match.hasMatch())
+            cs->setDescription(match.captured(2));
+    }
+    cs->setSourceParameters({CoordSystem::Wkt, wkt});
+    return cs;
+}
+
+CoordSystemPtr CoordSysFactory::createFromTaggedString(const QString &text) const
+{
+    const CatalogueScope scope(*this);
+    // Classic syntax on purpose: its dot also takes the line feeds of WKT.
+    QRegExp pattern(QStringLiteral("(proj4:|proj:|wkt:|epsg:|prj:|)(.*)"), Qt::CaseInsensitive);
+    pattern.indexIn(text);
+    const QString tag = pattern.cap(1).toLower();
+    const QString body = pattern.cap(2);
+    if (tag == QLatin1String("proj:") || tag == QLatin1String("proj4:"))
+        return createFromProj(body);
+    if (tag == QLatin1String("wkt:"))
+        return createFromWkt(body);
+    if (tag == QLatin1String("epsg:"))
+        return createFromEpsg(body.toInt());
+    return createFromPrj(tag.isEmpty() ? text : body);
+}
+
+CoordSystemPtr CoordSysFactory::createNonEarth(int unitCode, QRectF bounds) const
+{
+    const CatalogueScope scope(*this);
+    const QString units =
+        QStringLiteral("CoordSys NonEarth Units \"%1\"").arg(m_params->unitByID(unitCode)->name());
+    return createFromPrj(units + boundConditionAsString(bounds));
+}
+
+CoordSystemPtr CoordSysFactory::createFromOracleSRID(int srid) const
+{
+    const CatalogueScope scope(*this);
+    LOG_INFO(QStringLiteral("SRID=%1").arg(srid));
+    const QString path = m_resourceDir.absoluteFilePath(QStringLiteral("OracleSRID.xml"));
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw std::runtime_error(QObject::tr("Не могу открыть файл %0").arg(path).toStdString());
+
+    QString prj;
+    QXmlStreamReader xml(&file);
+    xml.readNextStartElement(); // the root, whatever its name
+    while (prj.isEmpty() && xml.readNextStartElement()) {
+        const QString number = xml.attributes().value(QLatin1String("srid")).toString();
+        const bool hex = number.startsWith(QLatin1String("0x"));
+        bool isNumber = false;
+        if (number.toInt(&isNumber, hex ? 16 : 10) == srid && isNumber)
+            prj = QStringLiteral("CoordSys Earth Projection, ") +
+                  xml.attributes().value(QLatin1String("mbproj"));
+        xml.skipCurrentElement();
+    }
+    if (xml.hasError())
+        LOG_ERROR(
+            QStringLiteral("%1:%2: %3").arg(path, QString::number(xml.lineNumber()), xml.errorString()));
+    if (prj.isEmpty())
+        throw std::runtime_error(QObject::tr("Данные для SRID=%1 в файле %0 отсутствуют")
+                                     .arg(path, QString::number(srid))
+                                     .toStdString());
+    CoordSystemPtr cs = createFromPrj(prj);
+    cs->setSourceParameters({CoordSystem::Oracle, QString::number(srid)});
+    return cs;
+}
+
+CoordSystemPtr CoordSysFactory::resetRectCsToDefault(const CoordSystemPtr &cs) const
+{
+    const CatalogueScope scope(*this);
+    CoordSystemPtr copy = cs->clone();
+    copy->setRectCoordSystem(m_coordSysRect->rect(copy));
+    return copy;
+}
+
+QVector<CoordSystemPtr> CoordSysFactory::cropCoordSystems()
+{
+    static const QStringList cropCsList = {QStringLiteral("CoordSys Earth Projection,4,104,7,90,90,90"),
+                                           QStringLiteral("CoordSys Earth Projection,4,104,7,0,90,90")};
+    static const QVector<CoordSystemPtr> systems = [] {
+        globalProj4Mutex();
+        globalProjContext(); // outlives the systems
+        const auto catalogues = activeCatalogues();
+        QVector<CoordSystemPtr> made;
+        for (const QString &prj : cropCsList)
+            made << catalogues->createWithoutDescription(prj);
+        return made;
+    }();
+    return systems;
+}
+
+void CoordSysFactory::setAffineParams(CoordSystem &cs, const QStringList &params)
+{
+    const auto manager = activeCatalogues()->projectionParamsManager();
+    const auto number = [&params](int i) { return params.value(i).toDouble(); };
+    // A to F as text; the matrix is given by columns
+    setAffineParamsArray(cs, manager->unitByName(params.value(0), std::nothrow),
+                         {number(1), number(4), number(2), number(5), number(3), number(6)});
+}
+
+void setAffineParamsArray(CoordSystem &cs, const MIUnitConvParam *unit, const std::array<double, 6> &params)
+{
+    auto transform =
+        std::make_unique<QTransform>(params[0], params[1], params[2], params[3], params[4], params[5]);
+    LinearUnit named = unit ? LinearUnit(*unit) : LinearUnit();
+    if (!unit) {
+        try {
+            named = cs.unit(); // degree for a geographic system
+        } catch (const std::exception &e) {
+            LOG_DEBUG(QString::fromUtf8(e.what()));
+        }
+    }
+    if (named)
+        cs.setAffineTransform(std::move(transform), named);
+    else
+        cs.setAffineTransform(std::move(transform));
+}
+
+} // namespace nivora::cs

@@ -1,0 +1,183 @@
+#include <coordsys/CoordSysFactory.h>
+
+#include <coordsys/CoordSysEnvironment.h>
+#include <coordsys/CoordSysFactory_p.h>
+#include <coordsys/CoordSysRect.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/MapinfoCoordSystem.h>
+#include <coordsys/ProjEngine.h>
+#include <coordsys/ProjectionParamsManager.h>
+#include <coordsys/UserCoordSystem.h>
+#include <platform/Logger.h>
+
+#include <QObject>
+#include <QReadLocker>
+#include <QWriteLocker>
+
+#include <clocale>
+#include <exception>
+
+namespace nivora::cs {
+namespace {
+
+std::shared_ptr<CoordSysFactory> gDefaultCoordSysFactory;
+QReadWriteLock gDefaultLock;
+
+/// The default must go before the PROJ context does: its systems own PROJ objects. Made after the context,
+/// this guard is destroyed before it.
+struct DefaultGuard
+{
+    DefaultGuard()
+    {
+        globalProj4Mutex();
+        globalProjContext();
+    }
+    ~DefaultGuard() { gDefaultCoordSysFactory.reset(); }
+};
+
+std::shared_ptr<const CatalogueSource> installedDefault()
+{
+    return CoordSysFactory::defaultCoordSysFactory();
+}
+
+/// The text of an exception and of those it was thrown around, outermost first.
+QString nestedText(const std::exception &e)
+{
+    QString text = QString::fromUtf8(e.what());
+    try {
+        std::rethrow_if_nested(e);
+    } catch (const std::exception &inner) {
+        text += QStringLiteral(": ") + nestedText(inner);
+    } catch (...) {
+    }
+    return text;
+}
+
+/// A catalogue that cannot be loaded ends start-up with a log line, not with an exception.
+template <typename Load> bool loaded(Load &&load)
+{
+    try {
+        return load();
+    } catch (const std::exception &e) {
+        LOG_ERROR(nestedText(e));
+        return false;
+    }
+}
+
+} // namespace
+
+CoordSysFactory::CoordSysFactory(const QDir &systemDir, const QDir &userDir, const QString &language)
+    : m_resourceDir(systemDir)
+    , m_language(language)
+    , m_coordSysRect(std::make_shared<CoordSysRect>())
+    , m_lifeline(std::make_shared<Lifeline>(this))
+{
+    setDefaultCatalogues(installedDefault);
+    m_mapinfo = std::make_shared<MapinfoCoordSystem>([lifeline = m_lifeline](const QString &prj) {
+        const QReadLocker alive(&lifeline->lock);
+        return lifeline->factory ? lifeline->factory->createWithoutDescription(prj) : CoordSystemPtr();
+    });
+    m_mapinfo->setOwner(this);
+    m_params = std::make_shared<ProjectionParamsManager>();
+    m_user = std::make_shared<UserCoordSystem>(userDir);
+    if (!m_resourceDir.exists())
+        LOG_ERROR(QObject::tr("Путь с ресурсами неверен:%1").arg(m_resourceDir.absolutePath()));
+    LOG_TRACE(QObject::tr("Системные ресурсы КС: %1").arg(systemDir.absolutePath()));
+    LOG_TRACE(QObject::tr("Пользовательские ресурсы КС: %1").arg(userDir.absolutePath()));
+}
+
+CoordSysFactory::CoordSysFactory(const QString &systemDir, const QString &userDir, const QString &language)
+    : CoordSysFactory(QDir(systemDir), QDir(userDir), language)
+{}
+
+CoordSysFactory::~CoordSysFactory()
+{
+    // Must not ask for the default factory: it may be destroyed while its lock is held.
+    m_mapinfo->clear(); // waits for the background fill, which still builds with this factory
+    m_mapinfo->setOwner(nullptr);
+    const QWriteLocker lock(&m_lifeline->lock);
+    m_lifeline->factory = nullptr;
+}
+
+bool CoordSysFactory::initCoordSystemEnvironment()
+{
+    const CatalogueScope scope(*this);
+    std::setlocale(LC_NUMERIC, "C");
+    initProjLibEnvironment();
+    setMitabEnvVariable();
+    LOG_INFO(QObject::tr("Инициализация координатных систем"));
+    if (!loaded([this] { return m_params->initFromXML(m_resourceDir, m_language); }))
+        return false;
+    if (!loaded([this] { return m_mapinfo->loadFromPRJ(m_resourceDir, m_language); }))
+        return false;
+    m_coordSysRect->initFromXML(m_resourceDir); // without it bounds follow the rules per projection
+    m_user->loadFromFile(true);
+    m_latLong = createFromPrj(QStringLiteral("Earth Projection 1, 0"));
+    m_latLongWgs84 = createFromPrj(QStringLiteral("Earth Projection 1, 104"));
+    const CoordSystemPtr current = createFromPrj(QStringLiteral("Earth Projection 1, 104"));
+    current->setEpsg(CoordSystem::LAT_LON_EPSG);
+    std::atomic_store(&m_current, current);
+    return true;
+}
+
+void CoordSysFactory::clearEnvironment()
+{
+    LOG_INFO(QObject::tr("Очистка ресурсов координатных систем"));
+    m_coordSysRect->clear();
+    m_mapinfo->clear();
+    m_params->clear();
+}
+
+std::shared_ptr<CoordSysFactory> CoordSysFactory::defaultCoordSysFactory()
+{
+    const QReadLocker lock(&gDefaultLock);
+    return gDefaultCoordSysFactory;
+}
+
+void CoordSysFactory::setDefaultCoordSysFactory(std::shared_ptr<CoordSysFactory> factory)
+{
+    static const DefaultGuard guard;
+    const QWriteLocker lock(&gDefaultLock);
+    gDefaultCoordSysFactory = std::move(factory); // releases the previous one under the lock
+}
+
+CoordSystemPtr CoordSysFactory::currentCoordSystem() const { return std::atomic_load(&m_current); }
+
+void CoordSysFactory::setCurrentCoordSystem(const CoordSystemPtr &cs)
+{
+    const QWriteLocker lock(&m_lock);
+    std::atomic_store(&m_current, cs);
+}
+
+LinearUnit CoordSysFactory::unitById(LinearUnit::MIUnitCode code) const
+{
+    const MIUnitConvParam *unit = m_params->unitByID(code, std::nothrow);
+    return unit ? LinearUnit(*unit) : LinearUnit();
+}
+
+LinearUnit CoordSysFactory::areaUnitById(LinearUnit::MIUnitCode code) const
+{
+    const MIAreaConvParam *unit = m_params->areaUnitByID(code, std::nothrow);
+    return unit ? LinearUnit(*unit) : LinearUnit();
+}
+
+QRectF CoordSysFactory::boundsOf(CoordSystem *cs) const
+{
+    const CatalogueScope scope(*this);
+    return m_coordSysRect->rect(cs);
+}
+
+QVector<CoordSystemPtr> CoordSysFactory::systemsToCrop() const
+{
+    const CatalogueScope scope(*this);
+    return cropCoordSystems();
+}
+
+QString CoordSysFactory::userDescription(const CoordSystem &cs) const
+{
+    const CatalogueScope scope(*this);
+    const CoordSystemPtr stored = m_user->storedEqual(cs);
+    return stored ? stored->description() : QString();
+}
+
+} // namespace nivora::cs

@@ -1,0 +1,125 @@
+#pragma once
+
+#include <coordsys/CatalogueSource.h>
+#include <coordsys/LinearUnit.h>
+
+#include <QReadWriteLock>
+#include <QStringList>
+
+#include <array>
+#include <memory>
+
+namespace nivora::cs {
+
+class CoordSysRect;
+class MapinfoCoordSystem;
+class UserCoordSystem;
+struct MIUnitConvParam;
+
+/// Owns the catalogues and the standard coordinate systems, and makes systems from text and codes.
+/// A host makes one, calls initCoordSystemEnvironment() once on its start-up thread, and installs it with
+/// setDefaultCoordSysFactory(). A factory also works before it is installed.
+/// Threads: creators and accessors may run together after start-up; initCoordSystemEnvironment() and
+/// clearEnvironment() are start-up and shut-down only.
+class NIVORA_CS_EXPORT CoordSysFactory : public CatalogueSource
+{
+public:
+    /// Records its arguments and logs them; nothing is read. \p systemDir holds the catalogues, \p userDir
+    /// the user's own systems, \p language ("ru", "en") selects the catalogue files.
+    CoordSysFactory(const QDir &systemDir, const QDir &userDir, const QString &language);
+    CoordSysFactory(const QString &systemDir, const QString &userDir, const QString &language);
+    ~CoordSysFactory() override;
+    CoordSysFactory(const CoordSysFactory &) = delete;
+    CoordSysFactory &operator=(const CoordSysFactory &) = delete;
+
+    /// Sets LC_NUMERIC to "C" (construct QCoreApplication before), prepares PROJ and GDAL, loads the
+    /// catalogues and makes the standard systems. False when the projection catalogue or the MapInfo
+    /// catalogue cannot be loaded (logged; what was loaded before stays). Throws std::logic_error when PROJ
+    /// has no database.
+    bool initCoordSystemEnvironment();
+    /// Empties the bounds, MapInfo and projection catalogues; the standard systems and the user store stay.
+    void clearEnvironment();
+
+    /// The installed default, empty before setDefaultCoordSysFactory(). Thread-safe.
+    static std::shared_ptr<CoordSysFactory> defaultCoordSysFactory();
+    /// Installs a default (or none) and releases the previous one. Thread-safe.
+    static void setDefaultCoordSysFactory(std::shared_ptr<CoordSysFactory> factory);
+
+    QString language() const override { return m_language; }
+    QDir resourceDir() const override { return m_resourceDir; }
+    std::shared_ptr<CoordSysRect> coordSysRect() const { return m_coordSysRect; }
+    std::shared_ptr<ProjectionParamsManager> projectionParamsManager() const override { return m_params; }
+    std::shared_ptr<MapinfoCoordSystem> mapinfoCoordSystem() const { return m_mapinfo; }
+    std::shared_ptr<UserCoordSystem> userCoordSystem() const { return m_user; }
+    CoordSystemPtr latLongWgs84CoordSystem() const override { return m_latLongWgs84; }
+    CoordSystemPtr LatLongCoordSystem() const override { return m_latLong; }
+    CoordSystemPtr currentCoordSystem() const;
+    void setCurrentCoordSystem(const CoordSystemPtr &cs);
+
+    /// A copy of the catalogue's unit, an invalid one for an unknown code. Never throws.
+    LinearUnit unitById(LinearUnit::MIUnitCode code) const;
+    LinearUnit areaUnitById(LinearUnit::MIUnitCode code) const;
+
+    /// \name Creators. No half-made object is left behind when one throws.
+    /// @{
+    /// From a PROJ string. Throws std::invalid_argument for empty text, std::logic_error when it does not
+    /// begin with "+proj=", std::runtime_error when GDAL refuses it, ProjException when PROJ does.
+    CoordSystemPtr createFromProj(const QString &proj) const override;
+    /// From a CoordSys string, without looking for its name. Throws std::invalid_argument for empty text,
+    /// what MapHeaderCoordsysConverter::prjStrToTABProjInfo throws, std::runtime_error when GDAL refuses it
+    /// or reads something else, UnknownUnitException.
+    CoordSystemPtr createWithoutDescription(const QString &prj) const override;
+    /// From a CoordSys string, named from the MapInfo catalogue or the user's.
+    CoordSystemPtr createFromPrj(const QString &prj) const override;
+    /// From an EPSG code: the catalogue's system when it has the code, else the PROJ database's.
+    /// Throws ProjException for an unknown code.
+    CoordSystemPtr createFromEpsg(int epsg) const override;
+    /// From WKT. Throws std::runtime_error for empty or unusable text.
+    CoordSystemPtr createFromWkt(const QString &wkt) const override;
+    /// From "proj:", "proj4:", "wkt:", "epsg:" or "prj:" and the text; text without a tag is a CoordSys
+    /// string.
+    CoordSystemPtr createFromTaggedString(const QString &text) const;
+    /// A plan without a place on the earth. Throws UnknownUnitException.
+    CoordSystemPtr createNonEarth(int unitCode, QRectF bounds) const override;
+    /// By Oracle Spatial's number, through "OracleSRID.xml". Throws std::runtime_error for an unknown number
+    /// or a file that cannot be opened.
+    CoordSystemPtr createFromOracleSRID(int srid) const override;
+    /// A clone with the bounds that the catalogue or the rule gives.
+    CoordSystemPtr resetRectCsToDefault(const CoordSystemPtr &cs) const;
+    /// @}
+
+    /// Installs an affine transformation: \p params is the unit's name and A to F (x' = A x + B y + C,
+    /// y' = D x + E y + F) as text. An unknown unit name counts as no unit.
+    static void setAffineParams(CoordSystem &cs, const QStringList &params);
+    /// The two systems whose coordinates must be cropped, made by the active factory on first call and kept
+    /// for the life of the process. Thread-safe.
+    static QVector<CoordSystemPtr> cropCoordSystems();
+
+    QRectF boundsOf(CoordSystem *cs) const override;
+    QVector<CoordSystemPtr> systemsToCrop() const override;
+    QString userDescription(const CoordSystem &cs) const override;
+
+private:
+    struct Lifeline;
+
+    void nameFromCatalogue(CoordSystem &cs) const;
+
+    QDir m_resourceDir;
+    QString m_language;
+    std::shared_ptr<CoordSysRect> m_coordSysRect;
+    std::shared_ptr<MapinfoCoordSystem> m_mapinfo;
+    std::shared_ptr<ProjectionParamsManager> m_params;
+    std::shared_ptr<UserCoordSystem> m_user;
+    CoordSystemPtr m_current; ///< read and replaced atomically
+    CoordSystemPtr m_latLong;
+    CoordSystemPtr m_latLongWgs84;
+    QReadWriteLock m_lock;                ///< one writer of m_current at a time
+    std::shared_ptr<Lifeline> m_lifeline; ///< what the MapInfo catalogue's creator holds instead of `this`
+};
+
+/// Installs the affine transformation whose matrix is m11, m12, m21, m22, dx, dy, in this order. With no
+/// unit: degree for a geographic system, else the system's own unit when it can be named, else no unit.
+NIVORA_CS_EXPORT void setAffineParamsArray(CoordSystem &cs, const MIUnitConvParam *unit,
+                                           const std::array<double, 6> &params);
+
+} // namespace nivora::cs

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <coordsys/CoordSystemTypes.h>
+#include <coordsys/DefaultRects.h>
+#include <coordsys/TABProjInfo.h>
+
+#include <QDir>
+#include <QReadWriteLock>
+
+#include <vector>
+
+namespace nivora::cs {
+
+/// Bounds of coordinate systems in their own units: from "cs_mbr.xml" for known systems, else by a rule per
+/// projection. Thread-safe.
+class NIVORA_CS_EXPORT CoordSysRect
+{
+public:
+    /// Replaces the contents by those of "cs_mbr.xml" in \p dir. False when the file cannot be opened
+    /// (logged). A file that is not well-formed gives no entries (logged).
+    bool initFromXML(const QDir &dir);
+    /// The same with the directory of the active factory.
+    bool initFromXML();
+    void clear();
+
+    /// Bounds of the system that a CoordSys string describes; \p cs, which may be null, projects the rules
+    /// that are given in degrees. Empty text is logged and gives an empty rectangle; malformed text throws as
+    /// MapHeaderCoordsysConverter::prjStrToTABProjInfo does.
+    QRectF rect(const QString &prj, CoordSystem *cs) const;
+    /// Bounds of a system: catalogue, then the rule, for projected systems with a known EPSG code the area of
+    /// use. Failures are logged and give an empty rectangle; never throws.
+    QRectF rect(CoordSystem *cs) const;
+    QRectF rect(const CoordSystemPtr &cs) const;
+
+    /// The rule per projection alone.
+    static QRectF rectMifalAlgorithm(const QString &prj, CoordSystem *cs);
+    static bool isDefaultRectLatLong(const QRectF &rect) { return nivora::cs::isDefaultRectLatLong(rect); }
+    static bool isDefaultRectNonEarth(const QRectF &rect) { return nivora::cs::isDefaultRectNonEarth(rect); }
+
+private:
+    bool catalogued(const TABProjInfo_t &info, QRectF &out) const;
+
+    std::vector<TABProjInfo_t> m_entries; ///< file order, under m_lock
+    mutable QReadWriteLock m_lock;
+};
+
+/// A number of "cs_mbr.xml" as its readers take it: 0 for exactly "0x00", else -1. Only "0x00" names a value.
+NIVORA_CS_EXPORT int getattrib(const QString &text);
+
+} // namespace nivora::cs

@@ -1,0 +1,542 @@
+#include <coordsys/CoordSystem.h>
+
+#include <coordsys/CatalogueSource.h>
+#include <coordsys/DefaultRects.h>
+#include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/OsrHandle_p.h>
+#include <coordsys/ProjLibMetadata.h>
+#include <coordsys/ProjectionParamsManager.h>
+#include <coordsys/SpatialReferenceText.h>
+#include <platform/Logger.h>
+
+#include <proj.h>
+
+#include <QMutexLocker>
+#include <QObject>
+#include <QReadLocker>
+#include <QRegularExpression>
+#include <QWriteLocker>
+
+#include <algorithm>
+#include <cmath>
+
+namespace nivora::cs {
+namespace {
+
+using nivora::concurrent::ProgressHandler;
+
+const std::shared_ptr<ProgressHandler> &neverCancelled()
+{
+    static const auto handler = std::make_shared<ProgressHandler>();
+    return handler;
+}
+
+bool hasExtent(const QRectF &r) { return r.width() > 0.0 && r.height() > 0.0; } // NaN has none
+
+/// How GDAL names a unit, or how long it is: a row is a name or, without one, a factor to metres.
+struct UnitRule
+{
+    const char *name;
+    double factor;
+    LinearUnit::MIUnitCode code;
+};
+// The first hit wins: names come before factors where two units are close.
+constexpr UnitRule unitRules[] = {
+    {"Mile", 0.0, LinearUnit::Mile},
+    {"IMILE", 0.0, LinearUnit::Mile},
+    {nullptr, 1000.0, LinearUnit::Kilometer},
+    {nullptr, 0.0254, LinearUnit::Inch},
+    {"Foot (International)", 0.0, LinearUnit::Foot},
+    {"IYARD", 0.0, LinearUnit::Yard},
+    {nullptr, 0.9144, LinearUnit::Yard},
+    {nullptr, 0.001, LinearUnit::Millimeter},
+    {nullptr, 0.01, LinearUnit::Centimeter},
+    {"Meter", 0.0, LinearUnit::Meter},
+    {"metre", 0.0, LinearUnit::Meter},
+    {"Foot_US", 0.0, LinearUnit::SurveyFoot},
+    {"US survey foot", 0.0, LinearUnit::SurveyFoot},
+    {"Nautical Mile", 0.0, LinearUnit::NauticalMile},
+    {"Link", 0.0, LinearUnit::Link},
+    {"Chain", 0.0, LinearUnit::Chain},
+    {"Rod", 0.0, LinearUnit::Rod},
+};
+
+const MIUnitConvParam *unitByRule(const ProjectionParamsManager &manager, const QString &name, double factor)
+{
+    for (const UnitRule &rule : unitRules) {
+        const bool hit = rule.name ? name.compare(QLatin1String(rule.name), Qt::CaseInsensitive) == 0
+                                   : qFuzzyCompare(factor, rule.factor);
+        if (hit)
+            return manager.unitByID(rule.code, std::nothrow);
+    }
+    return nullptr;
+}
+
+/// GDAL says "unknown", "foot" or "Statute mile" where the rules expect other words; the length still tells.
+const MIUnitConvParam *unitByLength(const ProjectionParamsManager &manager, double factor)
+{
+    for (const auto &unit : manager.linearUnits())
+        if (unit->id != LinearUnit::Degree && std::fabs(unit->conversion() - factor) <= 1e-9 * factor)
+            return unit.get();
+    return nullptr;
+}
+
+/// PROJ's named datums and their ellipsoids. WGS84 and NAD83 are left out: they carry no shift.
+struct NamedDatum
+{
+    const char *datum;
+    const char *ellipsoid;
+};
+constexpr NamedDatum namedDatums[] = {
+    {"GGRS87", "GRS80"},         {"NAD27", "clrk66"},   {"potsdam", "bessel"}, {"carthage", "clrk80ign"},
+    {"hermannskogel", "bessel"}, {"ire65", "mod_airy"}, {"nzgd49", "intl"},    {"OSGB36", "airy"},
+};
+
+/// PROJ text without any datum shift: terms that shift are removed, a named datum leaves its ellipsoid.
+QString withoutDatumShift(const QString &proj, bool &changed)
+{
+    QString text = removeHelmertFromProjString(proj, changed);
+    for (const NamedDatum &row : namedDatums) {
+        // "+datum=potsdam"
+        const QRegularExpression term(QStringLiteral("\\+datum=%1(?=\\s|$)").arg(QLatin1String(row.datum)));
+        if (!term.match(text).hasMatch())
+            continue;
+        text.replace(term, QStringLiteral("+ellps=") + QLatin1String(row.ellipsoid));
+        changed = true;
+    }
+    return text;
+}
+
+} // namespace
+
+CoordSystem::CoordSystem()
+    : m_computedRect([this] { return computeRect(); })
+    , m_needCrop([this] { return computeNeedCrop(); })
+{}
+
+CoordSystem::~CoordSystem()
+{
+    const QMutexLocker lock(globalProj4Mutex()); // the handles' deleters work on the shared context
+    m_pjInternal.reset();
+    m_pj.reset();
+    m_srs.reset();
+}
+
+std::shared_ptr<void> CoordSystem::copyOgrSpatialReference() const
+{
+    if (!m_srs)
+        return nullptr;
+    const QMutexLocker lock(globalProj4Mutex());
+    return ownSrs(OSRClone(m_srs.get()));
+}
+
+CoordSystemPtr CoordSystem::clone() const
+{
+    auto copy = std::make_shared<CoordSystem>();
+    copy->setOGRSpatialReference(copyOgrSpatialReference());
+    copy->setSourceParameters(m_source);
+    if (isNonEarth()) {
+        copy->setProj4(proj4FromString(projStr()));
+    } else if (m_pj) {
+        QMutexLocker lock(globalProj4Mutex());
+        PjHandle pj = ownPj(proj_clone(globalProjContext(), m_pj.get()));
+        lock.unlock();
+        copy->setProj4(std::move(pj));
+    }
+    copy->setDescription(m_description);
+    copy->m_projectionBounds = m_projectionBounds;
+    copy->setRectCoordSystem(rectNumericCoordSys());
+    return copy;
+}
+
+// Setters
+
+void CoordSystem::setDescription(const QString &description)
+{
+    const QWriteLocker lock(&m_lock);
+    m_description = description;
+}
+
+void CoordSystem::setEpsg(int epsg) { m_epsg = epsg; }
+
+void CoordSystem::setSourceParameters(const SourceData &source)
+{
+    m_source = source;
+    m_isLatLong = NotAsked;
+    m_isNonEarth = NotAsked;
+}
+
+void CoordSystem::setOGRSpatialReference(std::shared_ptr<void> srs)
+{
+    m_srs = std::move(srs);
+    forgetDerived();
+}
+
+void CoordSystem::forgetDerived()
+{
+    m_isLatLong = NotAsked;
+    m_isNonEarth = NotAsked;
+    m_matchedEpsg = NotAsked;
+    m_projEpsg = NotAsked;
+}
+
+void CoordSystem::setProj4(PjHandle pj)
+{
+    // Only a plan names its unit in its PROJ text, and only it needs the catalogue, which is asked unlocked.
+    const bool plan = m_source.type == Prj && isNonEarth();
+    const auto manager = plan ? activeCatalogues()->projectionParamsManager() : nullptr;
+
+    const QWriteLocker lock(&m_lock);
+    m_pj = std::move(pj);
+    forgetDerived();
+    if (!m_pj)
+        return;
+    const QString text =
+        projText([&] { return manager ? detectUnitLocked(*manager, nullptr) : LinearUnit(); });
+    bool shifted = false;
+    const QString unshifted = withoutDatumShift(text, shifted);
+    m_pjInternal = shifted ? proj4FromString(unshifted) : nullptr;
+}
+
+void CoordSystem::setRectCoordSystem(const QRectF &rect)
+{
+    if (!hasExtent(rect))
+        throw std::logic_error(QObject::tr("Не могу задать пустые границы").toStdString());
+    m_rect = rect;
+}
+
+void CoordSystem::setAffineTransform(std::unique_ptr<QTransform> transform)
+{
+    m_affine = std::move(transform);
+}
+
+void CoordSystem::setAffineTransform(std::unique_ptr<QTransform> transform, const LinearUnit &unit)
+{
+    m_affine = std::move(transform);
+    m_affineUnit = unit;
+}
+
+// Queries
+
+LinearUnit CoordSystem::affineUnit() const
+{
+    if (m_affineUnit)
+        return m_affineUnit;
+    const QReadLocker lock(&m_lock);
+    return m_detectedUnit;
+}
+
+bool CoordSystem::isNonEarth() const
+{
+    const int known = m_isNonEarth.load(std::memory_order_acquire);
+    if (known != NotAsked)
+        return known != 0;
+    bool answer =
+        m_source.type == Proj4 && m_source.string.contains(QLatin1String("+proj=eqc")) &&
+        m_source.string.contains(QStringLiteral("+R=") + nivora::utils::toString(EARTH_SPHERE_RADIUS));
+    if (!answer && m_srs) {
+        const QMutexLocker lock(globalProj4Mutex());
+        answer = OSRIsLocal(m_srs.get()) != 0;
+    }
+    if (m_srs)
+        m_isNonEarth.store(answer, std::memory_order_release);
+    return answer;
+}
+
+bool CoordSystem::isLatLong() const
+{
+    const int known = m_isLatLong.load(std::memory_order_acquire);
+    if (known != NotAsked)
+        return known != 0;
+    // "longlat"; an object of several steps has no name, and its text tells
+    static const QRegularExpression geographic(QStringLiteral("latlong|longlat"));
+    if (isNonEarth() || !m_pj)
+        return false;
+    bool answer = false;
+    {
+        const QMutexLocker lock(globalProj4Mutex());
+        const char *id = proj_pj_info(m_pj.get()).id;
+        const QString text = id ? QString::fromUtf8(id) : projText([] { return LinearUnit(); });
+        answer = geographic.match(text).hasMatch();
+    }
+    m_isLatLong.store(answer, std::memory_order_release);
+    return answer;
+}
+
+QString CoordSystem::datumName() const
+{
+    if (!m_srs)
+        return {};
+    const QMutexLocker lock(globalProj4Mutex());
+    return QString::fromUtf8(OSRGetAttrValue(m_srs.get(), "DATUM", 0));
+}
+
+bool CoordSystem::isSpecialDatum() const
+{
+    return datumName().compare(QLatin1String("MIF 0"), Qt::CaseInsensitive) == 0;
+}
+
+bool CoordSystem::computeNeedCrop() const
+{
+    const QVector<CoordSystemPtr> systems = activeCatalogues()->systemsToCrop();
+    return std::any_of(systems.begin(), systems.end(),
+                       [this](const CoordSystemPtr &cs) { return isEqual(cs, false); });
+}
+
+bool CoordSystem::needCropCoords() const
+{
+    {
+        const QReadLocker lock(&m_lock);
+        if (m_needCrop.hasValue())
+            return m_needCrop.valueRef();
+    }
+    const bool answer = computeNeedCrop(); // leaves the class: never under the lock
+    const QWriteLocker lock(&m_lock);
+    if (!m_needCrop.hasValue())
+        m_needCrop.setValue(answer);
+    return m_needCrop.valueRef();
+}
+
+int CoordSystem::epsg() const { return epsg(neverCancelled()); }
+
+int CoordSystem::epsg(const std::shared_ptr<ProgressHandler> &progress) const
+{
+    if (m_source.type == Epsg)
+        return m_source.string.toInt();
+    const int set = m_epsg;
+    return set != EPSG_UNDEFINDED ? set : searchedEpsg(progress);
+}
+
+int CoordSystem::matchedEpsg() const { return matchedEpsg(neverCancelled()); }
+
+int CoordSystem::matchedEpsg(const std::shared_ptr<ProgressHandler> &progress) const
+{
+    const int known = m_matchedEpsg;
+    if (known != NotAsked)
+        return known;
+    const int found = getEpsgFromCrs(progress, m_srs.get());
+    if (found != EPSG_UNDEFINDED || !progress || !progress->isCanceled())
+        m_matchedEpsg = found;
+    return found;
+}
+
+int CoordSystem::searchedEpsg(const std::shared_ptr<ProgressHandler> &progress) const
+{
+    const int matched = matchedEpsg(progress);
+    if (matched != EPSG_UNDEFINDED)
+        return matched;
+    const int known = m_projEpsg;
+    if (known != NotAsked)
+        return known;
+    const int found = ProjLibMetadata().epsgForProjString(progress, projStr());
+    if (found != EPSG_UNDEFINDED || !progress || !progress->isCanceled())
+        m_projEpsg = found;
+    return found;
+}
+
+double CoordSystem::osrLinearUnits(QString *name) const
+{
+    if (!m_srs)
+        return 0.0;
+    const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope quiet;
+    char *borrowed = nullptr;
+    const double factor = OSRGetLinearUnits(m_srs.get(), &borrowed);
+    if (name)
+        *name = QString::fromUtf8(borrowed);
+    return factor;
+}
+
+LinearUnit CoordSystem::detectUnitLocked(const ProjectionParamsManager &manager, QString *osrName) const
+{
+    if (m_detectedUnit)
+        return m_detectedUnit;
+    QString name;
+    const double factor = osrLinearUnits(&name);
+    LOG_TRACE(QStringLiteral("Unit detected %1, conv=%2, cs=%3")
+                  .arg(name, QString::number(factor), m_source.string));
+    const MIUnitConvParam *unit =
+        isLatLong() ? manager.unitByID(LinearUnit::Degree, std::nothrow) : unitByRule(manager, name, factor);
+    if (!unit && !isLatLong())
+        unit = unitByLength(manager, factor);
+    if (unit)
+        m_detectedUnit = *unit;
+    if (osrName)
+        *osrName = name;
+    return m_detectedUnit;
+}
+
+LinearUnit CoordSystem::unit() const { return unit(*activeCatalogues()->projectionParamsManager()); }
+
+LinearUnit CoordSystem::unit(const ProjectionParamsManager &manager) const
+{
+    QString name;
+    {
+        const QWriteLocker lock(&m_lock);
+        if (const LinearUnit found = detectUnitLocked(manager, &name))
+            return found;
+    }
+    QString text = m_source.string;
+    try {
+        text = withClauses(barePrj());
+    } catch (const std::exception &) {
+        // a system that cannot be written as a CoordSys string is named by its source
+    }
+    throw std::logic_error(
+        QObject::tr("Не могу определить единицы измерения (%1) КС (%2).").arg(name, text).toStdString());
+}
+
+double getParamOSR(const std::function<double(void *, int *)> &f, void *srs)
+{
+    int error = OGRERR_FAILURE;
+    double value = 0.0;
+    if (srs) {
+        const QMutexLocker lock(globalProj4Mutex());
+        const CplErrorScope quiet; // a plan has no ellipsoid, and GDAL says so on stderr
+        error = OGRERR_NONE;
+        value = f(srs, &error);
+    }
+    if (error != OGRERR_NONE)
+        throw std::logic_error(QObject::tr("Не могу получить параметр").toStdString());
+    return value;
+}
+
+double CoordSystem::getSemiMajor() const { return getParamOSR(OSRGetSemiMajor, m_srs.get()); }
+
+double CoordSystem::getSemiMinor() const { return getParamOSR(OSRGetSemiMinor, m_srs.get()); }
+
+double CoordSystem::getInvFlattening() const { return getParamOSR(OSRGetInvFlattening, m_srs.get()); }
+
+QList<double> CoordSystem::getTOWGS84Params() const
+{
+    double values[7] = {};
+    OGRErr code = OGRERR_FAILURE;
+    if (m_srs) {
+        const QMutexLocker lock(globalProj4Mutex());
+        const CplErrorScope quiet;
+        code = OSRGetTOWGS84(m_srs.get(), values, 7);
+    }
+    if (code != OGRERR_NONE)
+        throw std::logic_error(QObject::tr("Не могу получить параметры").toStdString());
+    return QList<double>(std::begin(values), std::end(values));
+}
+
+double CoordSystem::longitudeOfCenter() const
+{
+    if (!m_srs)
+        return 0.0;
+    const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope quiet;
+    return OSRGetProjParm(m_srs.get(), "longitude_of_center", 0.0, nullptr);
+}
+
+// Bounds
+
+bool CoordSystem::isRectSet() const { return hasExtent(m_rect); }
+
+QRectF CoordSystem::rectNumericCoordSys() const { return isRectSet() ? m_rect : rectInternal(); }
+
+QRectF CoordSystem::rectInternal() const
+{
+    {
+        const QReadLocker lock(&m_lock);
+        if (m_computedRect.hasValue())
+            return m_computedRect.valueRef();
+    }
+    const QRectF rect = computeRect(); // leaves the class: never under the lock
+    const QWriteLocker lock(&m_lock);
+    if (!m_computedRect.hasValue())
+        m_computedRect.setValue(rect);
+    return m_computedRect.valueRef();
+}
+
+QRectF CoordSystem::computeRect() const
+{
+    if (hasExtent(m_projectionBounds))
+        return m_projectionBounds;
+    const QRectF rect = activeCatalogues()->boundsOf(const_cast<CoordSystem *>(this));
+    return m_affine && hasExtent(rect) ? m_affine->mapRect(rect) : rect;
+}
+
+// Equality
+
+bool CoordSystem::isEqual(const CoordSystemPtr &other, bool ignoreRect) const
+{
+    return other && isEqual(*other, ignoreRect);
+}
+
+bool CoordSystem::testEqual(const CoordSystemPtr &a, const CoordSystemPtr &b, bool ignoreRect)
+{
+    return a->isEqual(b, ignoreRect);
+}
+
+bool CoordSystem::isEqual(const CoordSystem &other, bool ignoreRect) const
+{
+    if (this == &other)
+        return true;
+    if (!samePj(other) || !sameUnit(other) || !(ignoreRect || sameRect(other)) || !sameAffine(other) ||
+        !sameSpecialDatum(other))
+        return false;
+    if (m_source == other.m_source)
+        return true;
+    if (m_source.type != Prj || other.m_source.type != Prj)
+        return true;
+    const MapHeaderCoordsysConverter converter;
+    const int datum = converter.prjStrToTABProjInfo(m_source.string).nDatumId;
+    const int otherDatum = converter.prjStrToTABProjInfo(other.m_source.string).nDatumId;
+    return datum <= 0 || otherDatum <= 0 || datum == otherDatum;
+}
+
+bool CoordSystem::samePj(const CoordSystem &other) const
+{
+    if (!m_pj || !other.m_pj)
+        return !m_pj && !other.m_pj;
+    const QMutexLocker lock(globalProj4Mutex());
+    return proj_is_equivalent_to(m_pj.get(), other.m_pj.get(), PJ_COMP_STRICT) != 0;
+}
+
+bool CoordSystem::sameUnit(const CoordSystem &other) const
+{
+    const auto manager = activeCatalogues()->projectionParamsManager();
+    const auto detected = [&manager](const CoordSystem &cs) {
+        const QWriteLocker lock(&cs.m_lock);
+        return cs.detectUnitLocked(*manager, nullptr);
+    };
+    const LinearUnit mine = detected(*this);
+    const LinearUnit others = detected(other);
+    if (mine && others)
+        return mine == others;
+    // Units that no catalogue names (an Indian yard, say) are compared by their length.
+    return !mine && !others && qFuzzyCompare(osrLinearUnits(nullptr), other.osrLinearUnits(nullptr));
+}
+
+bool CoordSystem::sameRect(const CoordSystem &other) const
+{
+    const QRectF a = rectInternal();
+    const QRectF b = other.rectInternal();
+    if (hasExtent(a) != hasExtent(b))
+        return false;
+    if (!hasExtent(a))
+        return true;
+    const bool same = qFuzzyCompare(a.x(), b.x()) && qFuzzyCompare(a.y(), b.y()) &&
+                      qFuzzyCompare(a.width(), b.width()) && qFuzzyCompare(a.height(), b.height());
+    return same || (isLatLong() && isDefaultRectLatLong(a) && isDefaultRectLatLong(b));
+}
+
+bool CoordSystem::sameAffine(const CoordSystem &other) const
+{
+    if (!m_affine || !other.m_affine)
+        return !m_affine && !other.m_affine;
+    return qFuzzyCompare(*m_affine, *other.m_affine);
+}
+
+bool CoordSystem::sameSpecialDatum(const CoordSystem &other) const
+{
+    const QString mine = datumName();
+    const QString others = other.datumName();
+    if (mine.isNull() || others.isNull() || !(isSpecialDatum() || other.isSpecialDatum()))
+        return true;
+    return mine.compare(others, Qt::CaseInsensitive) == 0;
+}
+
+} // namespace nivora::cs

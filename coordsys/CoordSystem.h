@@ -1,0 +1,214 @@
+#pragma once
+
+#include <coordsys/CoordSystemTypes.h>
+#include <coordsys/LinearUnit.h>
+#include <coordsys/ProjEngine.h>
+#include <platform/Utils.h>
+
+#include <QList>
+#include <QReadWriteLock>
+#include <QRectF>
+#include <QTransform>
+#include <QVector>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+
+namespace nivora::cs {
+
+class ProjectionParamsManager;
+
+/// A coordinate system: a GDAL spatial reference, a PROJ object, the text it was made from, and what is known
+/// of it (description, EPSG code, bounds, affine transformation, unit). Made by CoordSysFactory and shared
+/// through CoordSystemPtr; neither copyable nor movable, clone() copies.
+///
+/// It converts between its own plane and longitude/latitude **on its own datum**; for a datum shift use
+/// CoordTransform. x is longitude or easting, y latitude or northing; angles are degrees. The plane of a
+/// geographic system is degrees times DEGREES_TO_METERS, so that distances in it are metric. The plane of a
+/// system with an affine transformation is the affine image of the projection's plane.
+///
+/// Threads: const calls may run together, setters are for the thread that makes the object.
+class NIVORA_CS_EXPORT CoordSystem : public CoordSystemTypes
+{
+public:
+    CoordSystem();
+    ~CoordSystem();
+    CoordSystem(const CoordSystem &) = delete;
+    CoordSystem &operator=(const CoordSystem &) = delete;
+
+    /// An independent copy. The affine transformation, its unit and the EPSG code are not carried over: set
+    /// them again where needed. Throws std::logic_error when no bounds are known.
+    CoordSystemPtr clone() const;
+
+    /// \name Handles, borrowed; null on a fresh object. Use them under globalProj4Mutex().
+    /// @{
+    void *OGRSpatialReference() const { return m_srs.get(); }
+    PJ *PJ_Proj4() const { return m_pj.get(); }
+    /// The system without datum shift: the object that forward() and inverse() use.
+    PJ *PJ_Proj4_Internal() const { return m_pjInternal ? m_pjInternal.get() : m_pj.get(); }
+    /// A copy of the spatial reference with a life of its own.
+    std::shared_ptr<void> copyOgrSpatialReference() const;
+    /// @}
+
+    /// \name What is known
+    /// @{
+    QString description() const { return m_description; }
+    SourceData sourceParameters() const { return m_source; }
+    SourceType sourceType() const { return m_source.type; }
+    const QTransform *affineTransform() const { return m_affine.get(); }
+    /// The affine transformation's unit, else the unit as far as it has been found (code -1 when not yet).
+    LinearUnit affineUnit() const;
+    /// Longitude and latitude, not planar.
+    bool isLatLong() const;
+    /// A plan without a place on the earth.
+    bool isNonEarth() const;
+    /// MapInfo's "no particular datum" ("MIF 0").
+    bool isSpecialDatum() const;
+    /// Coordinates of this system must be cropped before they are drawn. Found on first call, then kept.
+    bool needCropCoords() const;
+
+    /// EPSG code, or EPSG_UNDEFINDED. A search (up to 0.5 s) on first call, then kept, a failure too unless
+    /// it was cancelled. A system made from an EPSG code answers with that code.
+    int epsg(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress) const;
+    int epsg() const;
+    /// The code that GDAL's search gives for the spatial reference alone, whatever setEpsg() or the source
+    /// say.
+    int matchedEpsg(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress) const;
+    int matchedEpsg() const;
+
+    /// The unit of the plane (degree for a geographic system), found on first call.
+    /// Throws std::logic_error "Не могу определить единицы измерения …" when no catalogue unit fits.
+    LinearUnit unit(const ProjectionParamsManager &manager) const;
+    LinearUnit unit() const;
+
+    /// Metres (semi-axes); throw std::logic_error without a spatial reference.
+    double getSemiMajor() const;
+    double getSemiMinor() const;
+    double getInvFlattening() const;
+    /// dx, dy, dz (metres), rx, ry, rz (arc-seconds), scale (ppm) in the position-vector sign of TOWGS84.
+    /// Throws std::logic_error when the system has none.
+    QList<double> getTOWGS84Params() const;
+    /// Degrees, 0 when the projection has no such parameter.
+    double longitudeOfCenter() const;
+    /// @}
+
+    /// \name Bounds, in the system's own unit
+    /// @{
+    bool isRectSet() const;
+    /// The explicit bounds, else the computed ones.
+    QRectF rectNumericCoordSys() const;
+    /// The computed bounds, whatever was set.
+    QRectF rectInternal() const;
+    /// @}
+
+    /// \name Exports
+    /// @{
+    /// WKT 1; empty on failure (logged).
+    QString exportToWkt() const;
+    /// exportToWkt(), but a non-earth plan is written as an equidistant cylinder on the sphere.
+    QString exportToWkt2() const;
+    /// PROJ text. Throws std::logic_error when neither PROJ nor GDAL can give one.
+    QString projStr() const;
+    /// CoordSys string with affine clause and explicit bounds. Throws ExportToPrjException.
+    QString prjStr() const;
+    /// "prj:", "proj4:", "EPSG:" or "WKT:" and the text; CoordSysFactory::createFromTaggedString reads it.
+    QString taggedString() const;
+    /// @}
+
+    /// \name Equality
+    /// @{
+    /// The same system: PROJ object, unit, bounds (unless ignored), affine transformation, datum.
+    bool isEqual(const CoordSystem &other, bool ignoreRect) const;
+    /// False for null.
+    bool isEqual(const CoordSystemPtr &other, bool ignoreRect) const;
+    static bool testEqual(const CoordSystemPtr &a, const CoordSystemPtr &b, bool ignoreRect);
+    /// @}
+
+    /// \name Conversions: forward from longitude/latitude to the plane, inverse back
+    /// Coordinates never throw. False outside the projection's domain; a point written only on success, a
+    /// rectangle also when it came out empty.
+    /// @{
+    bool forward(const QPointF &lonLat, QPointF &out) const;
+    bool inverse(const QPointF &planar, QPointF &out) const;
+    /// Bounding rectangle of the corners and edge midpoints; false when it has no extent.
+    bool forward(const QRectF &lonLat, QRectF &out) const;
+    bool inverse(const QRectF &planar, QRectF &out) const;
+    /// One engine call for the whole list; false, nothing written, when any point fails.
+    bool forward(const QVector<QPointF> &lonLat, QVector<QPointF> &out) const;
+    bool inverse(const QVector<QPointF> &planar, QVector<QPointF> &out) const;
+    /// Straight distance in the plane, metres for a geographic system, else the system's unit.
+    double cartesianDistance(const QPointF &a, const QPointF &b) const;
+    /// Great-circle distance in metres on the sphere of EARTH_SPHERE_RADIUS (haversine formula). 0 and *ok
+    /// false when a point cannot be converted; \p ok may be null.
+    double sphericalDistance(const QPointF &a, const QPointF &b, bool *ok) const;
+    /// @}
+
+    /// \name Setters, for the thread that makes the object
+    /// @{
+    void setDescription(const QString &description);
+    void setEpsg(int epsg);
+    void setSourceParameters(const SourceData &source);
+    void setOGRSpatialReference(std::shared_ptr<void> srs);
+    /// Also makes the object without datum shift. Throws ProjException when that fails.
+    void setProj4(PjHandle pj);
+    /// Throws std::logic_error "Не могу задать пустые границы" unless width and height are positive.
+    void setRectCoordSystem(const QRectF &rect);
+    void setAffineTransform(std::unique_ptr<QTransform> transform);
+    void setAffineTransform(std::unique_ptr<QTransform> transform, const LinearUnit &unit);
+    /// @}
+
+private:
+    friend class CoordSysFactory;
+
+    void setProjectionDefaultBounds(const QRectF &rect) { m_projectionBounds = rect; }
+    QRectF computeRect() const;
+    bool computeNeedCrop() const;
+    QString projText(const std::function<LinearUnit()> &unitOf) const;
+    QString taggedStringImpl() const;
+    QString barePrj() const;
+    QString withClauses(const QString &prj) const;
+    QString affineUnitName() const;
+    int searchedEpsg(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress) const;
+    bool samePj(const CoordSystem &other) const;
+    bool sameUnit(const CoordSystem &other) const;
+    bool sameRect(const CoordSystem &other) const;
+    bool sameAffine(const CoordSystem &other) const;
+    bool sameSpecialDatum(const CoordSystem &other) const;
+    double osrLinearUnits(QString *name) const;
+    QString datumName() const;
+    void forgetDerived();
+    /// With m_lock held; calls nothing that takes it. An invalid unit when none fits.
+    LinearUnit detectUnitLocked(const ProjectionParamsManager &manager, QString *osrName) const;
+
+    std::shared_ptr<void> m_srs;
+    PjHandle m_pj;
+    PjHandle m_pjInternal; ///< null unless the main object's text had datum shift terms
+    QString m_description;
+    QRectF m_rect;
+    mutable nivora::utils::CachedValue<QRectF, std::function<QRectF()>> m_computedRect; ///< under m_lock
+    QRectF m_projectionBounds;
+    mutable QReadWriteLock m_lock;     ///< guards the lazily found members; taken before the PROJ lock
+    mutable LinearUnit m_detectedUnit; ///< under m_lock
+    LinearUnit m_affineUnit;
+    std::atomic<int> m_epsg{EPSG_UNDEFINDED};
+    std::unique_ptr<QTransform> m_affine;
+    mutable nivora::utils::CachedValue<bool, std::function<bool()>> m_needCrop; ///< under m_lock
+    SourceData m_source;
+
+    // What costs a question to the engines, kept per object. Dropped when the definition changes.
+    enum : int { NotAsked = -1 };
+    mutable std::atomic<int> m_isLatLong{NotAsked};
+    mutable std::atomic<int> m_isNonEarth{NotAsked};
+    mutable std::atomic<int> m_matchedEpsg{NotAsked};
+    mutable std::atomic<int> m_projEpsg{NotAsked}; ///< a search that found nothing is remembered too
+};
+
+/// True when the '+' separated parts of two PROJ texts are a permutation of each other, blanks included.
+NIVORA_CS_EXPORT bool compareprojStr(const QString &a, const QString &b);
+
+/// One figure of a spatial reference through one of GDAL's accessors.
+/// Throws std::logic_error "Не могу получить параметр" on an error code.
+NIVORA_CS_EXPORT double getParamOSR(const std::function<double(void *, int *)> &f, void *srs);
+
+} // namespace nivora::cs

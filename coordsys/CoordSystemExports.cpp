@@ -1,0 +1,174 @@
+#include <coordsys/CatalogueSource.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/CoordSystemStrings.h>
+#include <coordsys/OsrHandle_p.h>
+#include <coordsys/SpatialReferenceText.h>
+#include <platform/Logger.h>
+
+#include <proj.h>
+
+#include <QMutexLocker>
+#include <QObject>
+#include <QReadLocker>
+#include <QRegularExpression>
+
+#include <algorithm>
+
+namespace nivora::cs {
+
+using nivora::utils::toString;
+
+QString CoordSystem::exportToWkt() const
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope errors;
+    char *raw = nullptr;
+    const OGRErr code = m_srs ? OSRExportToWkt(m_srs.get(), &raw) : OGRERR_FAILURE;
+    const CplText text(raw);
+    if (code == OGRERR_NONE)
+        return QString::fromUtf8(text.get());
+    LOG_ERROR(QObject::tr("Ошибка экспорта координатной системы в формат %0. %1")
+                  .arg(QStringLiteral("WKT"), errors.message()));
+    return {};
+}
+
+QString CoordSystem::exportToWkt2() const
+{
+    // LOCAL_CS["Nonearth",UNIT["Meter",1]]: from the first "UNIT[" to the last digit before a bracket
+    static const QRegularExpression unitClause(QStringLiteral("(UNIT\\[.+\\d\\])"),
+                                               QRegularExpression::CaseInsensitiveOption);
+    const QString sphere = QStringLiteral("PROJCS[\"World_Equidistant_Cylindrical\",\n"
+                                          "GEOGCS[\"Sphere\",\n"
+                                          "DATUM[\"Sphere\",\n"
+                                          "SPHEROID[\"Sphere\",6370997,0]],\n"
+                                          "UNIT[\"Degree\",0.017453292519943295]],\n"
+                                          "PROJECTION[\"Equirectangular\"],\n"
+                                          "%1]");
+    const QString wkt = exportToWkt();
+    if (!isNonEarth() || wkt.isEmpty())
+        return wkt;
+    if (m_source.type == Proj4 && !wkt.startsWith(QLatin1String("LOCAL_CS"))) {
+        // The text of a plan given as a PROJ string also holds the degree of its sphere.
+        QString name;
+        const double factor = osrLinearUnits(&name);
+        return sphere.arg(QStringLiteral("UNIT[\"%1\",%2]").arg(name, toString(factor)));
+    }
+    const QRegularExpressionMatch match = unitClause.match(wkt);
+    return match.hasMatch() ? sphere.arg(match.captured(1)) : wkt;
+}
+
+QString CoordSystem::projStr() const
+{
+    return projText([this] { return unit(); });
+}
+
+QString CoordSystem::projText(const std::function<LinearUnit()> &unitOf) const
+{
+    if (m_source.type == Proj4)
+        return m_source.string;
+    if (m_source.type == Prj && isNonEarth())
+        return projNonEarthString(static_cast<LinearUnit::MIUnitCode>(unitOf().unitCode()));
+
+    QString text;
+    QString reason;
+    {
+        const QMutexLocker lock(globalProj4Mutex());
+        const CplErrorScope errors;
+        if (m_pj)
+            text =
+                QString::fromUtf8(proj_as_proj_string(globalProjContext(), m_pj.get(), PJ_PROJ_4, nullptr));
+        if (text.isEmpty())
+            text = osrToProj4(m_srs.get());
+        reason = errors.message();
+    }
+    if (text.isEmpty())
+        throw std::logic_error(QObject::tr("Ошибка экспорта КС в формат proj\n%1\n%2")
+                                   .arg(m_source.string, reason)
+                                   .toStdString());
+    return text;
+}
+
+QString CoordSystem::barePrj() const
+{
+    return m_source.type == Prj ? m_source.string : prjFromSpatialReference(m_srs.get());
+}
+
+QString CoordSystem::prjStr() const
+{
+    if (m_affine && affineUnitName().isEmpty()) {
+        try {
+            unit(); // names the affine clause's unit
+        } catch (const std::exception &e) {
+            LOG_DEBUG(QString::fromUtf8(e.what()));
+        }
+    }
+    return withClauses(barePrj());
+}
+
+QString CoordSystem::affineUnitName() const
+{
+    if (!m_affineUnit.name().isEmpty())
+        return m_affineUnit.name();
+    const QReadLocker lock(&m_lock);
+    return m_detectedUnit.name();
+}
+
+QString CoordSystem::withClauses(const QString &prj) const
+{
+    QString text = prj;
+    const PrjClauses present = hasAffineOrBoundsInString(prj);
+    if (m_affine && !present.affine) {
+        const QString name = affineUnitName();
+        const QTransform &t = *m_affine;
+        text =
+            QStringLiteral("%1 Affine Units \"%2\", %3, %4, %5, %6, %7, %8")
+                .arg(text, name.isEmpty() ? QStringLiteral("m") : name, toString(t.m11()), toString(t.m21()),
+                     toString(t.dx()), toString(t.m12()), toString(t.m22()), toString(t.dy()));
+    }
+    if (isRectSet() && !present.bounds)
+        text += boundConditionAsString(m_rect);
+    return text;
+}
+
+QString CoordSystem::taggedStringImpl() const
+{
+    const auto sourceOr = [this](auto &&exported) {
+        return m_source.string.isEmpty() ? exported() : m_source.string;
+    };
+    switch (m_source.type) {
+    case Prj:
+        return QStringLiteral("prj:") + sourceOr([this] { return prjStr(); });
+    case Proj4:
+        return QStringLiteral("proj4:") + sourceOr([this] { return projStr(); });
+    case Epsg:
+        return QStringLiteral("EPSG:") + sourceOr([this] {
+                   const int set = m_epsg; // epsg() would read the empty source text as the code 0
+                   return QString::number(
+                       set != EPSG_UNDEFINDED
+                           ? set
+                           : searchedEpsg(std::make_shared<nivora::concurrent::ProgressHandler>()));
+               });
+    case Wkt:
+        return QStringLiteral("WKT:") + sourceOr([this] { return exportToWkt(); });
+    case Unknown:
+    case Oracle:
+        break;
+    }
+    return QStringLiteral("proj4:") + projStr();
+}
+
+QString CoordSystem::taggedString() const
+{
+    if (!isNonEarth())
+        return taggedStringImpl();
+    return activeCatalogues()->createNonEarth(unit().unitCode(), rectNumericCoordSys())->taggedStringImpl();
+}
+
+bool compareprojStr(const QString &a, const QString &b)
+{
+    const QStringList parts = a.split(QLatin1Char('+'), nivora::utils::skipEmptyParts);
+    const QStringList others = b.split(QLatin1Char('+'), nivora::utils::skipEmptyParts);
+    return parts.size() == others.size() && std::is_permutation(parts.begin(), parts.end(), others.begin());
+}
+
+} // namespace nivora::cs

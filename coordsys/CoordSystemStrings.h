@@ -1,0 +1,49 @@
+#pragma once
+
+#include <coordsys/CoordSystemTypes.h>
+#include <coordsys/LinearUnit.h>
+
+#include <QStringList>
+
+#include <cstdint>
+
+namespace nivora::cs {
+
+/// The notation a text is written in, Unknown when none is recognised. Loose: two numbers joined by a comma
+/// anywhere make a CoordSys string of it, PROJ strings with several shift values included. Thread-safe.
+NIVORA_CS_EXPORT CoordSystemTypes::SourceType tryDetectTypeCoordSystem(const QString &text);
+
+/// A system from text and the tag of its notation ("prj", "proj", "epsg", "wkt", "oracle", any case). An
+/// unknown tag is logged and gives null; the creators' exceptions pass through. Thread-safe.
+NIVORA_CS_EXPORT CoordSystemPtr csStringToInternal(const QString &type, const QString &text);
+NIVORA_CS_EXPORT CoordSystemPtr csStringToInternal(const CoordSystemTypes::SourceData &source);
+
+/// Which clauses a CoordSys string carries.
+struct PrjClauses
+{
+    std::int32_t affine; ///< 1 when an affine clause is announced
+    std::int32_t bounds; ///< 0 none, 1 by the projection's thousands (last four numbers), 2 a Bounds clause
+};
+NIVORA_CS_EXPORT PrjClauses hasAffineOrBoundsInString(const QString &prj);
+
+/// The clauses themselves: seven tokens (the unit in its quotes, then A to F) or none, and the bounds, empty
+/// when there are none. Text that is no number counts as 0. A clause announced by words whose tokens are not
+/// all there gives no tokens. Thread-safe.
+struct AffineAndBounds
+{
+    QStringList affine;
+    QRectF bounds;
+};
+NIVORA_CS_EXPORT AffineAndBounds affineParamsAndBoundsFromPrj(const QString &prj);
+
+/// " Bounds (x1, y1) (x2, y2)", with the leading blank.
+NIVORA_CS_EXPORT QString boundConditionAsString(const QRectF &rect);
+
+/// PROJ's term for a MapInfo unit code, "+units=m". Codes that PROJ has no term for give the bare letter "m":
+/// callers compare and store it.
+NIVORA_CS_EXPORT QString projUnitStringForLinearUnit(const LinearUnit::MIUnitCode &code);
+
+/// PROJ text of a non-earth plan: an equidistant cylinder on the sphere, in the unit.
+NIVORA_CS_EXPORT QString projNonEarthString(const LinearUnit::MIUnitCode &code);
+
+} // namespace nivora::cs

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <coordsys/CoordSystemTypes.h>
+#include <coordsys/GeographicBounds.h>
+
+#include <QPointF>
+#include <QRectF>
+#include <QVector>
+
+#include <memory>
+
+namespace nivora::cs {
+
+/// Converts points, lists and rectangles from one coordinate system into another and back, datum shift and
+/// both systems' affine transformations included. Coordinates are x = longitude or easting first, degrees for
+/// geographic systems. Equal systems copy.
+/// The engine's objects come from a process-wide cache that never shrinks: it keeps every system that was
+/// ever used in a transformation. A copy shares them. Threads: thread-safe, construction included.
+class NIVORA_CS_EXPORT CoordTransform
+{
+public:
+    /// Intervals along a rectangle's width that suit forwardMesh() and inverseMesh().
+    static constexpr int DefaultAddPointsMesh = 100;
+
+    /// Throws std::invalid_argument "cs_from" or "cs_to" for null, std::logic_error "Не могу создать объект
+    /// трансформации. …" when PROJ knows no way.
+    CoordTransform(const CoordSystemPtr &from, const CoordSystemPtr &to);
+    CoordTransform(const CoordTransform &other);
+    CoordTransform &operator=(const CoordTransform &other);
+    virtual ~CoordTransform();
+
+    /// True when the two systems are equal, so that nothing is transformed.
+    bool isEqualsCS() const;
+    CoordSystemPtr sourceCoordSystem() const;
+    CoordSystemPtr destinationCoordSystem() const;
+
+    /// \name Transformations. They never throw for coordinates: false when a point fails.
+    /// @{
+    /// \p out is written only on success.
+    bool forward(const QPointF &in, QPointF &out) const;
+    bool inverse(const QPointF &in, QPointF &out) const;
+    /// One engine call for the whole list; one bad point fails it. \p in and \p out may be the same object.
+    /// On failure \p out holds the points without the source's affine transformation.
+    bool forward(const QVector<QPointF> &in, QVector<QPointF> &out) const;
+    bool inverse(const QVector<QPointF> &in, QVector<QPointF> &out) const;
+    /// Bounding rectangle of the four corners' images. False also when it has no extent (then written).
+    /// Edges that bulge need the mesh.
+    bool forward(const QRectF &in, QRectF &out) const;
+    bool inverse(const QRectF &in, QRectF &out) const;
+    /// Bounding rectangle of the images of a mesh of points with \p addPoints intervals along the width;
+    /// points that fail are left out. False when nothing could be transformed or the result has no extent.
+    /// Throws std::bad_array_new_length for more than 2^26 points.
+    bool forwardMesh(const QRectF &in, QRectF &out, int addPoints) const;
+    bool inverseMesh(const QRectF &in, QRectF &out, int addPoints) const;
+    /// The longitudes and latitudes that a planar rectangle covers, on the datum of the geographic system of
+    /// the pair: it runs on across the 180th meridian and says which poles are inside, where inverseMesh()
+    /// gives a rectangle around the whole earth. \p planar is in the plane of the other system (of the source
+    /// when both are geographic). Extremes on curved edges are those of 100 intervals a side. False, \p out
+    /// untouched, when the rectangle has no extent or nothing of it lies on the earth. Throws
+    /// std::logic_error when neither system is geographic.
+    bool geographicBounds(const QRectF &planar, GeographicBounds &out) const;
+    /// @}
+
+    /// Throws std::runtime_error "Ошибка преобразования координат", for callers that want an exception.
+    [[noreturn]] static void throwTransformFailed();
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+/// The corners (x, y), (x + w, y), (x + w, y + h), (x, y + h).
+NIVORA_CS_EXPORT QVector<QPointF> rectToVector(const QRectF &rect);
+
+} // namespace nivora::cs

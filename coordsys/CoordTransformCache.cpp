@@ -1,0 +1,201 @@
+#include <coordsys/CoordTransformCache_p.h>
+
+#include <coordsys/CatalogueSource.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/PatchedProj_p.h>
+#include <platform/Logger.h>
+
+#include <proj.h>
+
+#include <QMutexLocker>
+#include <QObject>
+
+#include <algorithm>
+#include <functional>
+#include <stdexcept>
+
+namespace nivora::cs {
+namespace {
+
+/// System \p system with the ellipsoid and datum of \p model; itself, logged, when that cannot be made.
+CoordSystemPtr withDatumOf(const CoordSystemPtr &model, const CoordSystemPtr &system)
+{
+    try {
+        const MapHeaderCoordsysConverter converter;
+        const TABProjInfo_t from = converter.prjStrToTABProjInfo(model->prjStr());
+        TABProjInfo_t record = converter.prjStrToTABProjInfo(system->prjStr());
+        record.nEllipsoidId = from.nEllipsoidId;
+        record.nDatumId = from.nDatumId;
+        record.dDatumShiftX = from.dDatumShiftX;
+        record.dDatumShiftY = from.dDatumShiftY;
+        record.dDatumShiftZ = from.dDatumShiftZ;
+        std::copy(std::begin(from.adDatumParams), std::end(from.adDatumParams),
+                  std::begin(record.adDatumParams));
+        const QString prj = converter.tabProjInfoToString(record);
+        LOG_DEBUG(QObject::tr("Исправленная КС: %1").arg(prj));
+        return activeCatalogues()->createFromPrj(prj);
+    } catch (const std::exception &e) {
+        LOG_ERROR(QString::fromUtf8(e.what()));
+        return system;
+    }
+}
+
+/// A CoordSys text without a datum means "the other one's": no datum shift takes place.
+std::pair<CoordSystemPtr, CoordSystemPtr> withCommonDatum(const CoordSystemPtr &from,
+                                                          const CoordSystemPtr &to)
+{
+    if (from->sourceType() == CoordSystem::Prj && to->sourceType() == CoordSystem::Prj) {
+        const bool special = from->isSpecialDatum();
+        if (special != to->isSpecialDatum())
+            return special ? std::make_pair(withDatumOf(to, from), to)
+                           : std::make_pair(from, withDatumOf(from, to));
+    }
+    return {from, to};
+}
+
+QString stringForInitialization(const CoordSystem &cs)
+{
+    const CoordSystem::SourceData source = cs.sourceParameters();
+    switch (source.type) {
+    case CoordSystem::Epsg:
+        return QStringLiteral("EPSG:%1").arg(source.string);
+    case CoordSystem::Wkt:
+        return source.string;
+    case CoordSystem::Proj4:
+        return fixedProjString(source.string, true);
+    default:
+        return fixedProjString(cs.projStr(), true);
+    }
+}
+
+/// What PROJ is given when it refused the first pair.
+QString fallbackString(const CoordSystem &cs, const QString &first)
+{
+    if (cs.sourceType() == CoordSystem::Epsg)
+        return fixedProjString(cs.projStr(), false);
+    if (cs.sourceType() == CoordSystem::Wkt && cs.isNonEarth())
+        return cs.projStr();
+    return first;
+}
+
+/// Needs the PROJ lock.
+PjHandle createCrsToCrs(const std::pair<QString, QString> &texts)
+{
+    LOG_TRACE(QStringLiteral("From:%1. To:%2").arg(texts.first, texts.second));
+    return ownPj(proj_create_crs_to_crs(globalProjContext(), texts.first.toUtf8().constData(),
+                                        texts.second.toUtf8().constData(), nullptr));
+}
+
+std::shared_ptr<PJ> shared(PjHandle pj)
+{
+    return std::shared_ptr<PJ>(pj.release(), std::function<PJ *(PJ *)>(proj_destroy));
+}
+
+} // namespace
+
+TransformStep::TransformStep(std::shared_ptr<PJ> object)
+    : pj(std::move(object))
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    constexpr int directions[] = {PJ_FWD, PJ_INV};
+    for (int side = 0; side < 2; ++side) {
+        radiansIn[side] = takesRadians(pj.get(), directions[side]);
+        radiansOut[side] = givesRadians(pj.get(), directions[side]);
+    }
+}
+
+bool CoordTransformCache::ByAddress::operator()(const Key &a, const Key &b) const
+{
+    const std::less<const CoordSystem *> before;
+    return a.first != b.first ? before(a.first.get(), b.first.get()) : before(a.second.get(), b.second.get());
+}
+
+TransformQueuePtr CoordTransformCache::find(const CoordSystemPtr &from, const CoordSystemPtr &to) const
+{
+    const QMutexLocker lock(&m_mutex);
+    const auto found = m_queues.find({from, to});
+    return found == m_queues.end() ? nullptr : found->second;
+}
+
+void CoordTransformCache::insert(const CoordSystemPtr &from, const CoordSystemPtr &to,
+                                 TransformQueuePtr queue)
+{
+    const QMutexLocker lock(&m_mutex);
+    m_queues[{from, to}] = std::move(queue);
+}
+
+std::size_t CoordTransformCache::size() const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_queues.size();
+}
+
+TransformQueuePtr CoordTransformCache::queueFor(const CoordSystemPtr &from, const CoordSystemPtr &to)
+{
+    if (TransformQueuePtr known = find(from, to))
+        return known;
+    auto queue = std::make_shared<TransformQueue>();
+    if (from->isNonEarth() != to->isNonEarth()) {
+        // A plan and the earth meet on WGS 84 longitude/latitude: PROJ knows no direct way.
+        const CoordSystemPtr wgs84 = activeCatalogues()->latLongWgs84CoordSystem();
+        if (!wgs84)
+            throw std::logic_error(QObject::tr("Не проинициализированы КС").toStdString());
+        queue->first = TransformStep(createNormalizedTransformation(from, wgs84));
+        queue->second = TransformStep(createNormalizedTransformation(wgs84, to));
+    } else {
+        queue->first = TransformStep(createNormalizedTransformation(from, to));
+    }
+    insert(from, to, queue);
+    return queue;
+}
+
+std::shared_ptr<PJ> CoordTransformCache::sharedByTexts(const Texts &texts) const
+{
+    const QMutexLocker lock(&m_mutex);
+    const auto found = m_byTexts.find(texts);
+    return found == m_byTexts.end() ? nullptr : found->second.lock();
+}
+
+std::shared_ptr<PJ> CoordTransformCache::createNormalizedTransformation(const CoordSystemPtr &from,
+                                                                        const CoordSystemPtr &to)
+{
+    const auto [source, destination] = withCommonDatum(from, to);
+    Texts texts(stringForInitialization(*source), stringForInitialization(*destination));
+    if (std::shared_ptr<PJ> known = sharedByTexts(texts))
+        return known;
+
+    std::shared_ptr<PJ> result;
+    {
+        QMutexLocker lock(globalProj4Mutex());
+        PjHandle pj = createCrsToCrs(texts);
+        if (!pj) {
+            lock.unlock();
+            texts = Texts(fallbackString(*from, texts.first), fallbackString(*to, texts.second));
+            lock.relock();
+            pj = createCrsToCrs(texts);
+        }
+        if (!pj)
+            throw std::logic_error(
+                QObject::tr("Не могу создать объект трансформации. %1").arg(projLastError()).toStdString());
+        if (PJ *normalized = proj_normalize_for_visualization(globalProjContext(), pj.get()))
+            pj = ownPj(normalized);
+        result = shared(std::move(pj));
+    }
+    const QMutexLocker lock(&m_mutex);
+    m_byTexts[texts] = result;
+    return result;
+}
+
+CoordTransformCache &coordTransformCache()
+{
+    static CoordTransformCache &cache = []() -> CoordTransformCache & {
+        globalProj4Mutex();
+        globalProjContext(); // must outlive the cached objects
+        static CoordTransformCache made;
+        return made;
+    }();
+    return cache;
+}
+
+} // namespace nivora::cs

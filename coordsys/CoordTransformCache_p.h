@@ -1,0 +1,72 @@
+#pragma once
+
+#include <coordsys/CoordSystemTypes.h>
+#include <coordsys/ProjEngine.h>
+
+#include <QMutex>
+#include <QString>
+
+#include <map>
+#include <memory>
+#include <utility>
+
+namespace nivora::cs {
+
+/// One PROJ transformation and what its ends speak, asked once: index 0 for forward, 1 for inverse.
+struct TransformStep
+{
+    std::shared_ptr<PJ> pj; ///< null for no step
+    bool radiansIn[2] = {false, false};
+    bool radiansOut[2] = {false, false};
+
+    TransformStep() = default;
+    /// Takes the PROJ lock.
+    explicit TransformStep(std::shared_ptr<PJ> object);
+    explicit operator bool() const { return pj != nullptr; }
+};
+
+/// One step, or two when the way runs through WGS 84. Immutable; its PJ objects need the PROJ lock.
+struct TransformQueue
+{
+    TransformStep first;
+    TransformStep second;
+};
+using TransformQueuePtr = std::shared_ptr<const TransformQueue>;
+
+/// From ordered pairs of systems (by address) to their transformations. Entries are never evicted, so every
+/// system used here lives until exit. PROJ objects made from the same two texts are shared between entries.
+/// Thread-safe; the lock is not held while PROJ works.
+class NIVORA_CS_EXPORT CoordTransformCache
+{
+public:
+    /// The pair's queue, null when there is none yet.
+    TransformQueuePtr find(const CoordSystemPtr &from, const CoordSystemPtr &to) const;
+    /// Keeps a queue for the pair; the last insertion wins.
+    void insert(const CoordSystemPtr &from, const CoordSystemPtr &to, TransformQueuePtr queue);
+    /// The pair's queue, made (and kept) when there is none. Throws as createNormalizedTransformation.
+    TransformQueuePtr queueFor(const CoordSystemPtr &from, const CoordSystemPtr &to);
+    std::size_t size() const;
+
+    /// A PROJ transformation that takes and gives longitude or easting first. Never null.
+    /// Throws std::logic_error "Не могу создать объект трансформации. …".
+    std::shared_ptr<PJ> createNormalizedTransformation(const CoordSystemPtr &from, const CoordSystemPtr &to);
+
+private:
+    using Key = std::pair<CoordSystemPtr, CoordSystemPtr>;
+    struct ByAddress
+    {
+        bool operator()(const Key &a, const Key &b) const;
+    };
+    using Texts = std::pair<QString, QString>;
+
+    std::shared_ptr<PJ> sharedByTexts(const Texts &texts) const;
+
+    mutable QMutex m_mutex; ///< guards both maps
+    std::map<Key, TransformQueuePtr, ByAddress> m_queues;
+    std::map<Texts, std::weak_ptr<PJ>> m_byTexts;
+};
+
+/// The process's cache, made on first call.
+NIVORA_CS_EXPORT CoordTransformCache &coordTransformCache();
+
+} // namespace nivora::cs

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <coordsys/CatalogueRecords.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace nivora::cs {
+
+/// The driver's ellipsoid record (56 bytes on x86-64). The layout is the patched GDAL's.
+struct MitabEllipsoid
+{
+    std::int32_t id;
+    std::string name;
+    double semiMajor;
+    double invFlattening;
+};
+
+/// The driver's datum record (112 bytes on x86-64). The layout is the patched GDAL's.
+struct MitabDatum
+{
+    std::int32_t epsg;
+    std::int32_t id;
+    std::string name;
+    std::int32_t ellipsoid;
+    double dx, dy, dz, rx, ry, rz, sa, pm;
+};
+
+/// Hands the catalogue's ellipsoids and datums to a patched GDAL's MapInfo driver, so that both agree on
+/// every number. Stock GDAL lacks the two functions; then the records are only kept. Start-up only.
+class NIVORA_CS_EXPORT ExportCoordSystemParamsToMitabInternal
+{
+public:
+    /// An empty list is logged and nothing is called.
+    static void replaceEllipsoidParameters(const std::vector<std::unique_ptr<MIEllipsoidParam>> &ellipsoids);
+    static void replaceDatumParameters(const std::vector<std::unique_ptr<MIDatumParam>> &datums);
+
+    /// The records of the last hand-over, whether or not the driver took them.
+    static const std::vector<MitabEllipsoid> &lastEllipsoids();
+    static const std::vector<MitabDatum> &lastDatums();
+};
+
+} // namespace nivora::cs

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <coordsys/coordsys_export.h>
+
+#include <QString>
+
+#include <stdexcept>
+
+namespace nivora::cs {
+
+/// A unit of length or of area: names, factor to (square) metres and MapInfo's number for it. A plain value;
+/// const calls may run together. Units normally come from ProjectionParamsManager.
+class NIVORA_CS_EXPORT LinearUnit
+{
+public:
+    /// MapInfo's unit numbers that the library itself uses.
+    enum MIUnitCode {
+        Mile = 0,
+        Kilometer = 1,
+        Inch = 2,
+        Foot = 3,
+        Yard = 4,
+        Millimeter = 5,
+        Centimeter = 6,
+        Meter = 7,
+        SurveyFoot = 8,
+        NauticalMile = 9,
+        Degree = 13,
+        Link = 30,
+        Chain = 31,
+        Rod = 32
+    };
+
+    /// No unit: empty names, factor 0, code -1.
+    LinearUnit() = default;
+    /// Not valid until setUnitCode(). Throws as setName and setConversion do.
+    LinearUnit(QString name, QString description, double conversion);
+
+    const QString &name() const { return m_name; }
+    /// Throws std::invalid_argument "name" when empty; the old name stays.
+    void setName(QString name);
+    /// The name for people; "°" for degrees.
+    const QString &localizedName() const { return m_localizedName; }
+    void setLocalizedName(const QString &name) { m_localizedName = name; }
+    const QString &description() const { return m_description; }
+    void setDescription(const QString &description) { m_description = description; }
+    /// Metres per unit, square metres per unit for an area unit.
+    double conversion() const { return m_conversion; }
+    /// Throws std::invalid_argument "conversion" when negative or not a number; the old factor stays.
+    void setConversion(double conversion);
+    int unitCode() const { return m_unitCode; }
+    void setUnitCode(int code) { m_unitCode = code; }
+
+    /// Any code but -1.
+    bool isValid() const { return m_unitCode != -1; }
+    explicit operator bool() const { return isValid(); }
+    /// True when the localized name is exactly "°".
+    bool isDegree() const;
+
+    /// Equal codes; names and factors are not looked at.
+    friend bool operator==(const LinearUnit &a, const LinearUnit &b) { return a.m_unitCode == b.m_unitCode; }
+    friend bool operator!=(const LinearUnit &a, const LinearUnit &b) { return !(a == b); }
+    /// Small units first.
+    friend bool operator<(const LinearUnit &a, const LinearUnit &b)
+    {
+        return a.m_conversion < b.m_conversion;
+    }
+
+private:
+    QString m_name;
+    QString m_localizedName;
+    QString m_description;
+    double m_conversion = 0.0;
+    int m_unitCode = -1;
+};
+
+/// A unit that no catalogue knows: "Неизвестная единица измерения: NAME", or "#CODE" in place of the name.
+class NIVORA_CS_EXPORT UnknownUnitException : public std::logic_error
+{
+public:
+    explicit UnknownUnitException(const QString &name);
+    explicit UnknownUnitException(int code);
+};
+
+} // namespace nivora::cs

@@ -1,0 +1,302 @@
+#include <coordsys/MapinfoCoordSystem.h>
+
+#include <coordsys/CatalogueSource.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/MapinfoIndex_p.h>
+#include <coordsys/MapinfoPrjReader.h>
+#include <platform/Logger.h>
+#include <platform/Utils.h>
+
+#include <QFile>
+#include <QObject>
+#include <QReadLocker>
+#include <QTextCodec>
+#include <QTextStream>
+#include <QWriteLocker>
+#include <QtConcurrent>
+
+#include <algorithm>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+namespace nivora::cs {
+namespace {
+
+bool hasRussianLetter(const QString &text)
+{
+    static const QString letters =
+        QString::fromUtf8("абвгдеёжзийклмнопрстуфхцчшщъыьэюяАБВГДЕЁЖЗИЙКЛМНОПРСТУФХЦЧШЩЪЫЬЭЮЯ");
+    return std::any_of(text.begin(), text.end(), [](QChar c) { return letters.contains(c); });
+}
+
+// A catalogue begins with a heading in Russian or in plain ASCII. Windows-1251 bytes read as UTF-8 turn into
+// replacement characters, and the UTF-8 bytes of those read as Windows-1251 spell a Russian letter.
+QByteArray codecNameForTextFile(const QString &path)
+{
+    static const QByteArray utf8 = QByteArrayLiteral("UTF-8");
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return utf8;
+    QTextStream stream(&file);
+    stream.setCodec(utf8.constData());
+    const QString line = stream.readLine();
+    if (line.isEmpty() || hasRussianLetter(line))
+        return utf8;
+    const QTextCodec *windows = QTextCodec::codecForName("Windows-1251");
+    return windows && hasRussianLetter(windows->toUnicode(line.toUtf8())) ? windows->name() : utf8;
+}
+
+/// Appends the categories of a catalogue to \p categories, those without entries left out. Returns the number
+/// of entries read.
+int readCategories(QTextStream &stream, QList<CoordSystemParamsList> &categories)
+{
+    MapinfoPrjReader reader(&stream);
+    CoordSystemParamsList current;
+    int count = 0;
+    const auto flush = [&] {
+        if (!current.entries.isEmpty())
+            categories.append(current);
+    };
+    while (reader.readNext()) {
+        const QStringRef heading = reader.capturedCategoryName();
+        if (!heading.isNull()) {
+            flush();
+            current = CoordSystemParamsList{{}, heading.toString()};
+        } else {
+            current.entries.append(reader.prj());
+            ++count;
+        }
+    }
+    flush();
+    return count;
+}
+
+} // namespace
+
+MapinfoCoordSystem::MapinfoCoordSystem(Creator creator)
+    : m_creator(std::move(creator))
+{}
+
+MapinfoCoordSystem::~MapinfoCoordSystem()
+{
+    try {
+        clear();
+    } catch (...) {
+        LOG_ERROR(
+            QObject::tr("Ошибка при освобождении ресурсов %0").arg(QStringLiteral("MapinfoCoordSystem")));
+    }
+}
+
+bool MapinfoCoordSystem::loadFromPRJ(const QDir &dir, const QString &language)
+{
+    return loadFromPRJ(QFileInfo(dir, QStringLiteral("projections_%1.prj").arg(language)));
+}
+
+bool MapinfoCoordSystem::loadFromPRJ(const QFileInfo &file)
+{
+    QList<CoordSystemParamsList> categories = m_categories;
+    QFile source(nivora::utils::lookUpExistingFileInDirectory(file).absoluteFilePath());
+    if (!source.open(QIODevice::ReadOnly))
+        throw std::runtime_error(QObject::tr("Не могу открыть файл %1").arg(file.fileName()).toStdString());
+    LOG_INFO(QObject::tr("Файл с проекциями: %1").arg(source.fileName()));
+
+    QTextStream stream(&source);
+    stream.setCodec(codecNameForTextFile(source.fileName()).constData());
+    const int count = readCategories(stream, categories);
+    LOG_DEBUG(QObject::tr("Категорий: %1, Проекций: %2")
+                  .arg(QString::number(categories.size()), QString::number(count)));
+    m_categories = std::move(categories);
+    {
+        const QWriteLocker lock(&m_lock);
+        m_index.reset(); // speaks of the entries before this file
+    }
+    return true;
+}
+
+const CoordSystemParams *MapinfoCoordSystem::entry(int category, int index) const
+{
+    if (category < 0 || category >= m_categories.size())
+        return nullptr;
+    const QList<CoordSystemParams> &entries = m_categories.at(category).entries;
+    return index >= 0 && index < entries.size() ? &entries.at(index) : nullptr;
+}
+
+QString MapinfoCoordSystem::getStrMB(int category, int index) const
+{
+    if (category < 0 || category >= m_categories.size())
+        throw std::out_of_range(
+            QObject::tr("Каталог координатных систем MapInfo не содержит категории с номером %1")
+                .arg(category)
+                .toStdString());
+    const CoordSystemParams *found = entry(category, index);
+    if (!found)
+        throw std::out_of_range(
+            QObject::tr(
+                "Каталог координатных систем MapInfo не содержит координатной системы с индексом %1,%2")
+                .arg(QString::number(category), QString::number(index))
+                .toStdString());
+    return prjFromParams(found->params, QStringLiteral(", "));
+}
+
+CoordSystemPtr MapinfoCoordSystem::getProj(int category, int index) const
+{
+    {
+        const QReadLocker lock(&m_lock);
+        const auto cached = m_cache.find({category, index});
+        if (cached != m_cache.end())
+            return cached->second;
+    }
+    return tryAddToCache(category, index);
+}
+
+CoordSystemPtr MapinfoCoordSystem::getProj(const Position &position) const
+{
+    return getProj(position.first, position.second);
+}
+
+CoordSystemPtr MapinfoCoordSystem::tryAddToCache(int category, int index) const
+{
+    const CoordSystemPtr cs = m_creator(getStrMB(category, index));
+    const CoordSystemParams *found = entry(category, index);
+    if (m_cancelled || !found || !cs)
+        return nullptr;
+    cs->setDescription(found->name());
+    if (found->epsg() != CoordSystem::EPSG_UNDEFINDED)
+        cs->setEpsg(found->epsg());
+
+    const QWriteLocker lock(&m_lock);
+    if (!m_cancelled) // asked again under the lock, so that nothing enters the cache behind clear()
+        m_cache.emplace(Position(category, index), cs);
+    return cs;
+}
+
+void MapinfoCoordSystem::initInternalCache()
+{
+    m_fills.append(QtConcurrent::run([this] { fillCache(); }));
+}
+
+void MapinfoCoordSystem::fillCache()
+{
+    try {
+        const int categories = m_categories.size();
+        for (int category = 0; category < categories && !m_cancelled; ++category)
+            for (int index = 0; index < m_categories.at(category).entries.size() && !m_cancelled; ++index)
+                tryAddToCache(category, index);
+    } catch (...) {
+        // Whoever asks for the broken entry gets its exception; one that escaped here would come out of
+        // clear().
+    }
+}
+
+QString MapinfoCoordSystem::seekByEPSG(int epsg) const
+{
+    for (int category = 0; category < m_categories.size(); ++category) {
+        const QList<CoordSystemParams> &entries = m_categories.at(category).entries;
+        for (int index = 0; index < entries.size(); ++index)
+            if (entries.at(index).epsg() == epsg)
+                return getStrMB(category, index);
+    }
+    return QString();
+}
+
+/// The system of an entry for a look-up by equality: null when it cannot be built, which is logged once.
+CoordSystemPtr MapinfoCoordSystem::buildForLookUp(int category, int index) const
+{
+    const Position position(category, index);
+    {
+        const QReadLocker lock(&m_lock);
+        if (m_broken.count(position))
+            return nullptr;
+    }
+    try {
+        return getProj(position);
+    } catch (const std::exception &error) {
+        const QWriteLocker lock(&m_lock);
+        if (m_broken.insert(position).second)
+            LOG_ERROR(
+                QStringLiteral("%1 (%2)").arg(QString::fromUtf8(error.what()), getStrMB(category, index)));
+        return nullptr;
+    }
+}
+
+/// The index, made by the first look-up; null when there is no catalogue to read the entries with.
+std::shared_ptr<const MapinfoIndex> MapinfoCoordSystem::indexForLookUps() const
+{
+    {
+        const QReadLocker lock(&m_lock);
+        if (m_index)
+            return m_index;
+    }
+    std::shared_ptr<const MapinfoIndex> made;
+    try {
+        made = std::make_shared<const MapinfoIndex>(m_categories);
+    } catch (const std::exception &e) {
+        LOG_DEBUG(QString::fromUtf8(e.what()));
+        return nullptr;
+    }
+    const QWriteLocker lock(&m_lock);
+    if (!m_index)
+        m_index = std::move(made);
+    return m_index;
+}
+
+MapinfoCoordSystem::Position MapinfoCoordSystem::seekProj(const CoordSystem &cs, bool ignoreRect) const
+{
+    const CatalogueSource *owner = m_owner;
+    std::optional<CatalogueScope> scope;
+    if (owner)
+        scope.emplace(*owner);
+    const std::shared_ptr<const MapinfoIndex> index = indexForLookUps();
+    if (!index)
+        return seekProjByWalk(cs, ignoreRect);
+    const std::optional<SystemFacts> facts = factsOf(cs);
+    if (!facts)
+        return PairNone;
+    for (const MapinfoIndex::Row &row : index->rows())
+        if (facts->mayEqual(row.facts) &&
+            cs.isEqual(buildForLookUp(row.position.first, row.position.second), ignoreRect))
+            return row.position;
+    return PairNone;
+}
+
+MapinfoCoordSystem::Position MapinfoCoordSystem::seekProjByWalk(const CoordSystem &cs, bool ignoreRect) const
+{
+    for (int category = 0; category < m_categories.size(); ++category)
+        for (int index = 0; index < m_categories.at(category).entries.size(); ++index)
+            if (cs.isEqual(buildForLookUp(category, index), ignoreRect))
+                return {category, index};
+    return PairNone;
+}
+
+MapinfoCoordSystem::Position MapinfoCoordSystem::seekProj(const CoordSystemPtr &cs, bool ignoreRect) const
+{
+    return cs ? seekProj(*cs, ignoreRect) : PairNone;
+}
+
+std::pair<QString, int> MapinfoCoordSystem::getHumanReadableTextWithEpsg(const CoordSystem &cs,
+                                                                         bool ignoreRect) const
+{
+    const Position position = seekProj(cs, ignoreRect);
+    const CoordSystemParams *found = entry(position.first, position.second);
+    return found ? std::make_pair(found->name(), found->epsg())
+                 : std::make_pair(QString(), int(CoordSystem::EPSG_UNDEFINDED));
+}
+
+void MapinfoCoordSystem::clear()
+{
+    m_cancelled = true;
+    for (QFuture<void> &fill : m_fills)
+        fill.waitForFinished(); // the fill reads the categories
+    m_fills.clear();
+    m_categories.clear();
+
+    std::map<Position, CoordSystemPtr>
+        released; // outlives the lock: systems take locks of their own as they die
+    const QWriteLocker lock(&m_lock);
+    m_cache.swap(released);
+    m_broken.clear();
+    m_index.reset();
+}
+
+} // namespace nivora::cs

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <coordsys/CoordSystemParams.h>
+
+#include <QDir>
+#include <QFileInfo>
+#include <QFuture>
+#include <QList>
+#include <QReadWriteLock>
+
+#include <atomic>
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <utility>
+
+namespace nivora::cs {
+
+class CatalogueSource;
+class MapinfoIndex;
+
+/// The catalogue of named MapInfo coordinate systems: categories of entries read from
+/// "projections_<language>.prj". Systems are built on demand through a creator and cached by position
+/// (category, entry). Threads: look-ups may run together; loading is start-up only; clear() may run while the
+/// background fill does, but not while the PROJ lock is held. A cleared catalogue is finished: it builds
+/// nothing any more.
+class NIVORA_CS_EXPORT MapinfoCoordSystem
+{
+public:
+    using Creator = std::function<CoordSystemPtr(const QString &prj)>;
+    using Position = std::pair<int, int>;
+
+    /// (-1, -1): no entry.
+    static constexpr Position PairNone{-1, -1};
+
+    /// \p creator makes a system from a CoordSys string; an empty one raises std::bad_function_call when
+    /// used.
+    explicit MapinfoCoordSystem(Creator creator);
+    /// Stops the background fill and waits for it.
+    ~MapinfoCoordSystem();
+    MapinfoCoordSystem(const MapinfoCoordSystem &) = delete;
+    MapinfoCoordSystem &operator=(const MapinfoCoordSystem &) = delete;
+
+    /// Appends the categories of "projections_<language>.prj" in \p dir. UTF-8 or Windows-1251, told by the
+    /// first line. Rejected lines are passed over. Throws std::runtime_error "Не могу открыть файл …".
+    bool loadFromPRJ(const QDir &dir, const QString &language);
+    bool loadFromPRJ(const QFileInfo &file);
+
+    /// The CoordSys string of an entry. Throws std::out_of_range.
+    QString getStrMB(int category, int index) const;
+    /// The system of an entry, built on first call; null after clear(). Throws std::out_of_range and whatever
+    /// the creator throws.
+    CoordSystemPtr getProj(int category, int index) const;
+    CoordSystemPtr getProj(const Position &position) const;
+    CoordSystemPtr tryAddToCache(int category, int index) const;
+    /// Builds all entries on Qt's global thread pool; returns at once. An entry that fails ends the fill.
+    void initInternalCache();
+
+    /// The CoordSys string of the first entry with the code, null when there is none.
+    QString seekByEPSG(int epsg) const;
+    /// The first entry, in file order, that equals the system (CoordSystem::isEqual with the flag), else
+    /// PairNone. An entry that cannot be built is unequal (logged once).
+    Position seekProj(const CoordSystem &cs, bool ignoreRect) const;
+    Position seekProj(const CoordSystemPtr &cs, bool ignoreRect) const;
+    /// The same answer by comparing with every entry in turn, which builds them all: what the index of
+    /// seekProj() is measured against.
+    Position seekProjByWalk(const CoordSystem &cs, bool ignoreRect) const;
+    /// Name and EPSG code of that entry; (null, EPSG_UNDEFINDED) when there is none.
+    std::pair<QString, int> getHumanReadableTextWithEpsg(const CoordSystem &cs, bool ignoreRect) const;
+
+    /// The owner of the catalogues that look-ups compare with; null for the active one. The owner sets it,
+    /// and takes itself away before it goes. Start-up and shut-down only.
+    void setOwner(const CatalogueSource *owner) { m_owner = owner; }
+
+    QList<CoordSystemParamsList> projectionList() const { return m_categories; }
+    /// Stops the background fill, waits for it, and empties the catalogue for good.
+    void clear();
+
+private:
+    const CoordSystemParams *entry(int category, int index) const;
+    CoordSystemPtr buildForLookUp(int category, int index) const;
+    void fillCache();
+    std::shared_ptr<const MapinfoIndex> indexForLookUps() const;
+
+    Creator m_creator;
+    std::atomic<const CatalogueSource *> m_owner{nullptr};
+    QList<CoordSystemParamsList> m_categories;
+    mutable QReadWriteLock m_lock; ///< guards m_cache, m_broken and m_index
+    mutable std::map<Position, CoordSystemPtr> m_cache;
+    mutable std::set<Position> m_broken; ///< entries that look-ups could not build, already logged
+    mutable std::shared_ptr<const MapinfoIndex> m_index; ///< null until the first look-up, under m_lock
+    std::atomic<bool> m_cancelled{false};
+    QList<QFuture<void>> m_fills;
+};
+
+} // namespace nivora::cs

@@ -1,0 +1,52 @@
+#pragma once
+
+// Owning handles for what GDAL returns, and GDAL's messages caught per call. GDAL's own headers stay here.
+
+#include <QString>
+
+#include <cpl_conv.h>
+#include <cpl_error.h>
+#include <cpl_vsi.h>
+#include <ogr_srs_api.h>
+
+#include <memory>
+
+namespace nivora::cs {
+
+struct CplFree
+{
+    void operator()(char *text) const { VSIFree(text); }
+};
+/// Text that GDAL allocated.
+using CplText = std::unique_ptr<char, CplFree>;
+
+struct SrsArrayFree
+{
+    void operator()(OGRSpatialReferenceH *list) const { OSRFreeSRSArray(list); }
+};
+/// Candidates that OSRFindMatches returned.
+using SrsArray = std::unique_ptr<OGRSpatialReferenceH, SrsArrayFree>;
+
+/// A spatial reference with several owners; the deleter is OSRDestroySpatialReference.
+std::shared_ptr<void> ownSrs(OGRSpatialReferenceH srs);
+/// An empty spatial reference whose axes are x = longitude or easting first, whatever its authority says.
+std::shared_ptr<void> newSrs();
+
+/// Keeps GDAL's messages of this thread out of stderr and in the log (trace level) for the life of the
+/// object, and clears GDAL's last error at its start. Host's own handlers stay as they are. Not for sharing.
+class CplErrorScope
+{
+public:
+    CplErrorScope();
+    ~CplErrorScope();
+    CplErrorScope(const CplErrorScope &) = delete;
+    CplErrorScope &operator=(const CplErrorScope &) = delete;
+
+    /// GDAL's last message of this thread.
+    QString message() const;
+};
+
+/// The PROJ text of a spatial reference; empty when GDAL cannot give one. Takes the PROJ lock.
+QString osrToProj4(void *srs);
+
+} // namespace nivora::cs

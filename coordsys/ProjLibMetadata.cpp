@@ -1,0 +1,219 @@
+#include <coordsys/ProjLibMetadata.h>
+
+#include <coordsys/ProjEngine.h>
+#include <platform/Logger.h>
+
+#include <proj.h>
+
+#include <QMutexLocker>
+#include <QObject>
+
+namespace nivora::cs {
+
+const QString ProjLibMetadata::EPSG = QStringLiteral("EPSG");
+
+namespace {
+
+using nivora::concurrent::ProgressHandler;
+
+/// PROJ's own measure of how well a candidate fits text that is not a CRS by itself.
+constexpr int sureEnough = 70;
+
+struct ListDestroy
+{
+    void operator()(PJ_OBJ_LIST *list) const { proj_list_destroy(list); }
+};
+struct IntListDestroy
+{
+    void operator()(int *list) const { proj_int_list_destroy(list); }
+};
+struct StringListDestroy
+{
+    void operator()(char **list) const { proj_string_list_destroy(list); }
+};
+struct CrsListDestroy
+{
+    void operator()(PROJ_CRS_INFO **list) const { proj_crs_info_list_destroy(list); }
+};
+struct CrsParamsDestroy
+{
+    void operator()(PROJ_CRS_LIST_PARAMETERS *params) const { proj_get_crs_list_parameters_destroy(params); }
+};
+
+QString objectName(int code, const QString &auth)
+{
+    return QStringLiteral("%1:%2").arg(auth, QString::number(code));
+}
+
+PjHandle create(const QString &text)
+{
+    return ownPj(proj_create(globalProjContext(), text.toUtf8().constData()));
+}
+
+/// The object for a code; \p question is the message of the exception when there is none. Needs the PROJ
+/// lock.
+PjHandle createKnown(int code, const QString &auth, const QString &question)
+{
+    PjHandle pj = create(objectName(code, auth));
+    if (!pj)
+        throw ProjException(question);
+    return pj;
+}
+
+/// The first candidate with a code, in PROJ's order (best first). Needs the PROJ lock.
+int firstCode(const ProgressHandler &progress, PJ *pj, int leastConfidence)
+{
+    int *rawConfidence = nullptr;
+    const std::unique_ptr<PJ_OBJ_LIST, ListDestroy> list(proj_identify(
+        globalProjContext(), pj, ProjLibMetadata::EPSG.toLocal8Bit().constData(), nullptr, &rawConfidence));
+    const std::unique_ptr<int, IntListDestroy> confidence(rawConfidence);
+    const int count = list ? proj_list_get_count(list.get()) : 0;
+    for (int i = 0; i < count; ++i) {
+        if (progress.isCanceled())
+            break;
+        if (confidence && confidence.get()[i] < leastConfidence)
+            continue;
+        const PjHandle candidate = ownPj(proj_list_get(globalProjContext(), list.get(), i));
+        if (const char *code = candidate ? proj_get_id_code(candidate.get(), 0) : nullptr)
+            return QString::fromUtf8(code).toInt();
+    }
+    return CoordSystemTypes::EPSG_UNDEFINDED;
+}
+
+bool kindOf(PJ_TYPE type, ProjLibMetadata::Kind &kind)
+{
+    switch (type) {
+    case PJ_TYPE_GEOGRAPHIC_CRS:
+    case PJ_TYPE_GEOGRAPHIC_2D_CRS:
+    case PJ_TYPE_GEOGRAPHIC_3D_CRS:
+        kind = ProjLibMetadata::Kind::Geographic;
+        return true;
+    case PJ_TYPE_PROJECTED_CRS:
+        kind = ProjLibMetadata::Kind::Projected;
+        return true;
+    default:
+        return false;
+    }
+}
+
+QRectF rectOf(double west, double south, double east, double north)
+{
+    return {west, south, east - west, north - south};
+}
+
+} // namespace
+
+QString ProjLibMetadata::nameCrs(int code, const QString &auth) const
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const PjHandle pj =
+        createKnown(code, auth, QObject::tr("Запрос имени для %1=%2").arg(auth, QString::number(code)));
+    return QString::fromUtf8(proj_get_name(pj.get()));
+}
+
+QString ProjLibMetadata::projStringForCrs(int code, const QString &auth) const
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const PjHandle pj =
+        createKnown(code, auth, QObject::tr("Запрос proj строки для %1=%2").arg(auth, QString::number(code)));
+    QString text = QString::fromUtf8(proj_as_proj_string(globalProjContext(), pj.get(), PJ_PROJ_5, nullptr));
+    if (proj_get_type(pj.get()) == PJ_TYPE_PROJECTED_CRS)
+        text.remove(QStringLiteral("+type=crs"));
+    return text;
+}
+
+QString ProjLibMetadata::wktStringForCrs(int code, const QString &auth) const
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const PjHandle pj = createKnown(
+        code, auth,
+        QObject::tr("Запрос %0 строки для %1=%2").arg(QStringLiteral("wkt"), auth, QString::number(code)));
+    return QString::fromUtf8(proj_as_wkt(globalProjContext(), pj.get(), PJ_WKT2_2015_SIMPLIFIED, nullptr));
+}
+
+QRectF ProjLibMetadata::rectWgs84ForCrs(int code, const QString &auth) const
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const PjHandle pj = createKnown(
+        code, auth,
+        QObject::tr("Запрос ограничивающего прямоугольника для %1=%2").arg(auth, QString::number(code)));
+    double west = 0.0, south = 0.0, east = 0.0, north = 0.0;
+    if (!proj_get_area_of_use(globalProjContext(), pj.get(), &west, &south, &east, &north, nullptr))
+        return {};
+    return rectOf(west, south, east, north);
+}
+
+int ProjLibMetadata::epsgForProjString(const std::shared_ptr<ProgressHandler> &progress,
+                                       const QString &projString) const
+{
+    static const ProgressHandler neverCancelled;
+    const ProgressHandler &handler = progress ? *progress : neverCancelled;
+    const QMutexLocker lock(globalProj4Mutex());
+    if (handler.isCanceled())
+        return CoordSystemTypes::EPSG_UNDEFINDED;
+    const PjHandle pj = create(projString);
+    if (!pj)
+        throw ProjException(QObject::tr("Ошибка при инициализации проекции %1").arg(projString));
+    if (proj_is_crs(pj.get()))
+        return firstCode(handler, pj.get(), 0);
+
+    const PjHandle crs = create(projString + QStringLiteral(" +type=crs"));
+    // The candidates of a bound CRS carry no code, and looking for them costs up to 0.4 s.
+    if (!crs || !proj_is_crs(crs.get()) || proj_get_type(crs.get()) == PJ_TYPE_BOUND_CRS)
+        return CoordSystemTypes::EPSG_UNDEFINDED;
+    return firstCode(handler, crs.get(), sureEnough);
+}
+
+int ProjLibMetadata::epsgForProjString(const QString &projString) const
+{
+    static const auto neverCancelled = std::make_shared<ProgressHandler>();
+    return epsgForProjString(neverCancelled, projString);
+}
+
+QStringList ProjLibMetadata::authNames() const
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const std::unique_ptr<char *, StringListDestroy> list(
+        proj_get_authorities_from_database(globalProjContext()));
+    QStringList names;
+    for (char **name = list.get(); name && *name; ++name)
+        names << QString::fromUtf8(*name);
+    return names;
+}
+
+ProjLibMetadata::ProjectionCatalog ProjLibMetadata::listProjections(const QString &auth) const
+{
+    const PJ_TYPE types[] = {PJ_TYPE_GEOGRAPHIC_CRS, PJ_TYPE_PROJECTED_CRS};
+    const std::unique_ptr<PROJ_CRS_LIST_PARAMETERS, CrsParamsDestroy> params(
+        proj_get_crs_list_parameters_create());
+    params->types = types;
+    params->typesCount = std::size(types);
+
+    const QMutexLocker lock(globalProj4Mutex());
+    int count = 0;
+    const std::unique_ptr<PROJ_CRS_INFO *, CrsListDestroy> list(proj_get_crs_info_list_from_database(
+        globalProjContext(), auth.toLocal8Bit().constData(), params.get(), &count));
+    ProjectionCatalog catalog;
+    int taken = 0;
+    for (int i = 0; i < count; ++i) {
+        const PROJ_CRS_INFO &record = *list.get()[i];
+        ProjectionInfo info;
+        if (!kindOf(record.type, info.kind)) {
+            LOG_DEBUG(QObject::tr("Неподдерживаемый тип %1").arg(static_cast<int>(record.type)));
+            continue;
+        }
+        info.id =
+            QStringLiteral("%1:%2").arg(QString::fromUtf8(record.auth_name), QString::fromUtf8(record.code));
+        info.name = QString::fromUtf8(record.name);
+        if (record.bbox_valid)
+            info.rect = rectOf(record.west_lon_degree, record.south_lat_degree, record.east_lon_degree,
+                               record.north_lat_degree);
+        catalog[QString::fromUtf8(record.area_name)] << info;
+        ++taken;
+    }
+    LOG_DEBUG(QObject::tr("Категорий=%1, Всего проекций=%2")
+                  .arg(QString::number(catalog.size()), QString::number(taken)));
+    return catalog;
+}
+
+} // namespace nivora::cs

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <coordsys/CatalogueRecords.h>
+
+#include <QDir>
+#include <QList>
+
+#include <array>
+#include <memory>
+#include <new>
+#include <vector>
+
+class QDomElement;
+
+namespace nivora::cs {
+
+/// The catalogue of projections, ellipsoids, datums and units by their MapInfo numbers, read from
+/// "projection_<language>.xml". Records keep file order; of records with one id or name the first wins.
+/// Threads: filled at start-up, const calls may run together afterwards. It owns its records: pointers live
+/// until clear() or the next load.
+class NIVORA_CS_EXPORT ProjectionParamsManager
+{
+public:
+    ProjectionParamsManager();
+    ~ProjectionParamsManager();
+    ProjectionParamsManager(const ProjectionParamsManager &) = delete;
+    ProjectionParamsManager &operator=(const ProjectionParamsManager &) = delete;
+
+    /// Replaces the contents by those of "projection_<language>.xml" in \p dir and hands ellipsoids and
+    /// datums to the MapInfo driver. False when the file cannot be opened (logged; the catalogue is empty
+    /// then); a file that is not XML loads as an empty catalogue. An entry with unusable values is logged and
+    /// skipped. Throws std::runtime_error "Ошибка загрузки файла проекций …" around any other failure.
+    bool initFromXML(const QDir &dir, const QString &language);
+    /// The same with the directory and language of the active factory.
+    bool initFromXML();
+    void clear();
+
+    void appendMIProjectionParam(MIProjectionParam record);
+    void appendMIEllipsoidParam(MIEllipsoidParam record);
+    void appendMIDatumParam(MIDatumParam record);
+    void appendMIUnitConvParam(MIUnitConvParam record);
+    void appendMIAreaConvParam(MIAreaConvParam record);
+
+    /// The first record with the id, null when there is none.
+    const MIProjectionParam *projectionByID(int id) const;
+    const MIEllipsoidParam *ellipsoidByID(int id) const;
+    const MIDatumParam *datumByID(int id) const;
+    /// Id of the first datum with the ellipsoid and equal figures (metres, arc-seconds in MapInfo's sign,
+    /// ppm, degrees), -1 when there is none.
+    int findDatumByParams(int ellipsoid, const std::array<double, 3> &shift,
+                          const std::array<double, 3> &rotation, double scale, double pm) const;
+
+    /// Linear units by id; the throwing form throws UnknownUnitException.
+    const MIUnitConvParam *unitByID(int id, std::nothrow_t) const;
+    const MIUnitConvParam *unitByID(int id) const;
+    /// Linear units by unit name or localized name, letter case and all; double quotes are ignored, and a
+    /// name that begins with a digit is taken for a number ("7x" is 0). The throwing form throws
+    /// UnknownUnitException.
+    const MIUnitConvParam *unitByName(const QString &name, std::nothrow_t) const;
+    const MIUnitConvParam *unitByName(const QString &name) const;
+    /// The first linear unit with exactly this description, null when there is none.
+    const MIUnitConvParam *unitByDescr(const QString &description) const;
+    const MIAreaConvParam *areaUnitByID(int id, std::nothrow_t) const;
+    const MIAreaConvParam *areaUnitByID(int id) const;
+    /// Area units by unit name or localized name as given: no number form, quotes count.
+    const MIAreaConvParam *areaUnitByName(const QString &name, std::nothrow_t) const;
+    const MIAreaConvParam *areaUnitByName(const QString &name) const;
+
+    /// Copies in file order; distance units leave out degrees.
+    QList<LinearUnit> coordinateUnits() const;
+    QList<LinearUnit> distanceUnits() const;
+    QList<LinearUnit> areaUnits() const;
+
+    const std::vector<std::unique_ptr<MIProjectionParam>> &projections() const { return m_projections; }
+    const std::vector<std::unique_ptr<MIEllipsoidParam>> &ellipsoids() const { return m_ellipsoids; }
+    const std::vector<std::unique_ptr<MIDatumParam>> &datums() const { return m_datums; }
+    const std::vector<std::unique_ptr<MIUnitConvParam>> &linearUnits() const { return m_linearUnits; }
+    const std::vector<std::unique_ptr<MIAreaConvParam>> &areaUnitRecords() const { return m_areaUnits; }
+
+private:
+    void addProjections(const QDomElement &section);
+    void addEllipsoids(const QDomElement &section);
+    void addDatums(const QDomElement &section);
+    void addLinearUnits(const QDomElement &section);
+    void addAreaUnits(const QDomElement &section);
+
+    std::vector<std::unique_ptr<MIProjectionParam>> m_projections;
+    std::vector<std::unique_ptr<MIEllipsoidParam>> m_ellipsoids;
+    std::vector<std::unique_ptr<MIDatumParam>> m_datums;
+    std::vector<std::unique_ptr<MIUnitConvParam>> m_linearUnits;
+    std::vector<std::unique_ptr<MIAreaConvParam>> m_areaUnits;
+};
+
+} // namespace nivora::cs

@@ -1,0 +1,363 @@
+#include <coordsys/SpatialReferenceText.h>
+
+#include <coordsys/CatalogueSource.h>
+#include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/OsrHandle_p.h>
+#include <coordsys/ProjEngine.h>
+#include <coordsys/ProjectionParamsManager.h>
+#include <platform/Logger.h>
+
+#include <QMutexLocker>
+#include <QObject>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <functional>
+#include <optional>
+
+namespace nivora::cs {
+namespace {
+
+constexpr double axisToleranceM = 1e-3;
+constexpr double meridianToleranceDeg = 1e-8; // the driver keeps Paris 3e-9 degree off the EPSG figure
+constexpr double shiftTolerance = 1e-6;       // metres, arc-seconds (0.03 mm on the ground) and ppm alike
+constexpr double factorTolerance = 1e-9;      // relative
+constexpr int noDatum = 0;
+constexpr int webMercatorDatum = 157;
+constexpr int fullUserDatum = 9999;
+constexpr int shortUserDatum = 999;
+constexpr std::uint8_t nonEarth = 0;
+constexpr std::uint8_t longitudeLatitude = 1;
+constexpr std::uint8_t hotine = 7; // always with a rectified grid angle of 90
+constexpr std::uint8_t mercator = 10;
+constexpr int leastConfidence = 50; // GDAL gives 25 to systems that merely resemble; right ones begin at 50
+
+/// Shift to WGS 84 in MapInfo's order and signs: dx, dy, dz (m), rx, ry, rz (arc-seconds), scale (ppm).
+using Shift = std::array<double, 7>;
+
+/// What a spatial reference says of itself, and what GDAL's exporter made of it.
+struct Exported
+{
+    QString prj;
+    bool warned = false; ///< GDAL said that something was lost; logged already
+    bool local = false;
+    double linearFactor = 1.0; ///< metres per unit of the plane
+    bool falseOrigin = false;
+    bool turnedGrid = false; ///< oblique Mercator with a rectified grid angle other than 90
+    bool webMercator = false;
+    bool hasEllipsoid = false;
+    QString ellipsoid; ///< its name
+    double semiMajorM = 0.0;
+    double semiMinorM = 0.0;
+    double meridianDeg = 0.0;
+    std::optional<Shift> shift; ///< none when the reference carries none
+};
+
+void logIncorrect(const QString &what)
+{
+    LOG_ERROR(QObject::tr("Строка PRJ сформирована некорректно (%1)").arg(what));
+}
+
+QString exportToMapInfo(OGRSpatialReferenceH srs, bool &warned)
+{
+    const CplErrorScope errors;
+    char *raw = nullptr;
+    const OGRErr code = OSRExportToMICoordSys(srs, &raw);
+    const CplText text(raw);
+    if (code != OGRERR_NONE)
+        throw ExportToPrjException();
+    warned = CPLGetLastErrorType() == CE_Warning;
+    if (warned) {
+        logIncorrect(errors.message());
+        CPLErrorReset();
+    }
+    return QString::fromUtf8(text.get());
+}
+
+/// PROJ keeps angles in radians, so a figure comes back with a wrong sixteenth digit; GDAL writes fifteen,
+/// too.
+double asWritten(double figure) { return QString::number(figure, 'g', 15).toDouble(); }
+
+/// TOWGS84 has position-vector rotations, MapInfo coordinate-frame ones.
+std::optional<Shift> shiftOf(OGRSpatialReferenceH srs)
+{
+    Shift shift{};
+    if (OSRGetTOWGS84(srs, shift.data(), static_cast<int>(shift.size())) != OGRERR_NONE)
+        return std::nullopt;
+    std::transform(shift.begin(), shift.end(), shift.begin(), asWritten);
+    std::transform(shift.begin() + 3, shift.begin() + 6, shift.begin() + 3, std::negate<>());
+    return shift;
+}
+
+bool isWebMercator(OGRSpatialReferenceH srs)
+{
+    const QString proj = osrToProj4(srs);
+    return proj.contains(QLatin1String("+proj=merc ")) && proj.contains(QLatin1String("+nadgrids=@null"));
+}
+
+double projParameter(OGRSpatialReferenceH srs, const char *name, double absent)
+{
+    OGRErr code = OGRERR_NONE;
+    return OSRGetProjParm(srs, name, absent, &code);
+}
+
+Exported exportedFrom(OGRSpatialReferenceH srs)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    Exported out;
+    out.prj = exportToMapInfo(srs, out.warned);
+
+    const CplErrorScope quiet;
+    out.local = OSRIsLocal(srs) != 0;
+    out.linearFactor = OSRGetLinearUnits(srs, nullptr);
+    out.falseOrigin = projParameter(srs, SRS_PP_FALSE_EASTING, 0.0) != 0.0 ||
+                      projParameter(srs, SRS_PP_FALSE_NORTHING, 0.0) != 0.0;
+    out.turnedGrid = projParameter(srs, SRS_PP_RECTIFIED_GRID_ANGLE, 90.0) != 90.0;
+    OGRErr noMajor = OGRERR_NONE;
+    OGRErr noMinor = OGRERR_NONE;
+    out.semiMajorM = OSRGetSemiMajor(srs, &noMajor);
+    out.semiMinorM = OSRGetSemiMinor(srs, &noMinor);
+    out.hasEllipsoid = noMajor == OGRERR_NONE && noMinor == OGRERR_NONE;
+    out.ellipsoid = QString::fromUtf8(OSRGetAttrValue(srs, "SPHEROID", 0));
+    out.meridianDeg = asWritten(OSRGetPrimeMeridian(srs, nullptr));
+    out.shift = shiftOf(srs);
+    out.webMercator = out.prj.startsWith(QLatin1String("Earth Projection 10,")) && isWebMercator(srs);
+    return out;
+}
+
+/// The exporter writes numbers that the catalogue leaves out; their figures are replaced afterwards.
+TABProjInfo_t recordOf(const QString &prj, const ProjectionParamsManager &manager)
+{
+    // Earth Projection 8, 1017, "m", 39, 0, 1, 500000, 0
+    static const QRegularExpression datum(QStringLiteral("^Earth Projection \\d+, (\\d+)"));
+    const MapHeaderCoordsysConverter converter;
+    const QRegularExpressionMatch match = datum.match(prj);
+    const int number = match.captured(1).toInt();
+    if (!match.hasMatch() || isUserDatum(number) || manager.datumByID(number))
+        return converter.prjStrToTABProjInfo(prj);
+    QString known = prj;
+    known.replace(match.capturedStart(1), match.capturedLength(1), QStringLiteral("999, 255, 0, 0, 0"));
+    return converter.prjStrToTABProjInfo(known);
+}
+
+// ---- Unit
+
+bool sameFactor(double a, double b) { return std::fabs(a - b) <= factorTolerance * std::fabs(b); }
+
+/// The exporter knows some units by name only and writes metres for the others, the false origin in the unit
+/// that it dropped. True when the record was changed.
+bool mendUnit(TABProjInfo_t &info, const Exported &exported, const ProjectionParamsManager &manager)
+{
+    if (info.nProjId == longitudeLatitude)
+        return false;
+    const MIUnitConvParam *written = manager.unitByID(info.nUnitsId, std::nothrow);
+    if (written && sameFactor(written->conversion(), exported.linearFactor))
+        return false;
+    for (const auto &unit : manager.linearUnits()) {
+        if (unit->id == LinearUnit::Degree || !sameFactor(unit->conversion(), exported.linearFactor))
+            continue;
+        info.nUnitsId = static_cast<std::uint8_t>(unit->unitCode());
+        return true;
+    }
+    logIncorrect(exported.prj);
+    return false;
+}
+
+// ---- Datum
+
+double semiMinorM(const MIEllipsoidParam &ellipsoid)
+{
+    if (ellipsoid.inv_flatenning == 0.0)
+        return ellipsoid.semi_major;
+    return ellipsoid.semi_major * (1.0 - 1.0 / ellipsoid.inv_flatenning);
+}
+
+double axisDifferenceM(const MIEllipsoidParam &ellipsoid, const Exported &exported)
+{
+    return std::max(std::fabs(ellipsoid.semi_major - exported.semiMajorM),
+                    std::fabs(semiMinorM(ellipsoid) - exported.semiMinorM));
+}
+
+/// The catalogue's ellipsoid within the tolerance: the one of that name (two with the figures of WGS 84 plus
+/// a centimetre mark special datums), else the nearest.
+const MIEllipsoidParam *findEllipsoid(const Exported &exported, const ProjectionParamsManager &manager)
+{
+    const MIEllipsoidParam *nearest = nullptr;
+    for (const auto &ellipsoid : manager.ellipsoids()) {
+        const double difference = axisDifferenceM(*ellipsoid, exported);
+        if (!(difference <= axisToleranceM))
+            continue;
+        if (ellipsoid->name_mitab == exported.ellipsoid)
+            return ellipsoid.get();
+        if (!nearest || difference < axisDifferenceM(*nearest, exported))
+            nearest = ellipsoid.get();
+    }
+    return nearest;
+}
+
+Shift shiftOf(const TABProjInfo_t &info)
+{
+    const double(&p)[5] = info.adDatumParams;
+    return {info.dDatumShiftX, info.dDatumShiftY, info.dDatumShiftZ, p[0], p[1], p[2], p[3]};
+}
+
+void setShift(TABProjInfo_t &info, const Shift &shift)
+{
+    info.dDatumShiftX = shift[0];
+    info.dDatumShiftY = shift[1];
+    info.dDatumShiftZ = shift[2];
+    std::copy(shift.begin() + 3, shift.end(), info.adDatumParams);
+}
+
+bool sameShift(const Shift &a, const Shift &b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(),
+                      [](double x, double y) { return std::fabs(x - y) <= shiftTolerance; });
+}
+
+bool isThreeParameter(const TABProjInfo_t &info)
+{
+    return std::all_of(std::begin(info.adDatumParams), std::end(info.adDatumParams),
+                       [](double parameter) { return parameter == 0.0; });
+}
+
+bool datumFits(const TABProjInfo_t &info, const Exported &exported, const ProjectionParamsManager &manager)
+{
+    const MIEllipsoidParam *ellipsoid = manager.ellipsoidByID(info.nEllipsoidId);
+    return ellipsoid && axisDifferenceM(*ellipsoid, exported) <= axisToleranceM &&
+           std::fabs(info.adDatumParams[4] - exported.meridianDeg) <= meridianToleranceDeg &&
+           (!exported.shift || sameShift(*exported.shift, shiftOf(info)));
+}
+
+/// The catalogue's own figure for a prime meridian, so that its datums are found by it.
+double catalogueMeridianDeg(double meridianDeg, const ProjectionParamsManager &manager)
+{
+    for (const auto &datum : manager.datums())
+        if (std::fabs(datum->pm - meridianDeg) <= meridianToleranceDeg)
+            return datum->pm;
+    return meridianDeg;
+}
+
+const MIDatumParam *findDatum(const MIEllipsoidParam &ellipsoid, const Shift &shift, double meridianDeg,
+                              const ProjectionParamsManager &manager)
+{
+    return manager.datumByID(manager.findDatumByParams(ellipsoid.id, {shift[0], shift[1], shift[2]},
+                                                       {shift[3], shift[4], shift[5]}, shift[6],
+                                                       catalogueMeridianDeg(meridianDeg, manager)));
+}
+
+/// Writes the reference's datum into the record: by number when the catalogue has it, else by its figures.
+/// False when the catalogue has no such ellipsoid.
+bool writeDatum(TABProjInfo_t &info, const Exported &exported, const ProjectionParamsManager &manager)
+{
+    const MIEllipsoidParam *ellipsoid = findEllipsoid(exported, manager);
+    if (!ellipsoid)
+        return false;
+    const Shift shift = exported.shift.value_or(Shift{});
+    const MIDatumParam *datum = findDatum(*ellipsoid, shift, exported.meridianDeg, manager);
+    // 0 says that there is no datum; Mercator on 157 is the spherical one
+    if (datum && (datum->id == noDatum || (datum->id == webMercatorDatum && info.nProjId == mercator)))
+        datum = nullptr;
+
+    info.nEllipsoidId = static_cast<std::uint8_t>(ellipsoid->id);
+    setShift(info, shift);
+    info.adDatumParams[4] = datum ? datum->pm : exported.meridianDeg;
+    info.nDatumId = static_cast<std::int16_t>(datum                    ? datum->id
+                                              : isThreeParameter(info) ? shortUserDatum
+                                                                       : fullUserDatum);
+    return true;
+}
+
+/// The exporter writes WGS 84 for every datum that it has no number for, sometimes the number of another one,
+/// and the scale with the wrong sign. True when the record was changed.
+bool mendDatum(TABProjInfo_t &info, const Exported &exported, const ProjectionParamsManager &manager)
+{
+    if (info.nProjId == nonEarth || !exported.hasEllipsoid)
+        return false;
+    if (exported.webMercator) {
+        const bool changed = info.nDatumId != webMercatorDatum; // 104 when the unit is not the metre
+        info.nDatumId = webMercatorDatum;
+        return changed;
+    }
+    if (isUserDatum(info.nDatumId) && exported.shift) {
+        setShift(info, *exported.shift);
+        if (!isThreeParameter(info))
+            info.nDatumId = fullUserDatum;
+    }
+    if (datumFits(info, exported, manager))
+        return false;
+    if (!writeDatum(info, exported, manager)) {
+        logIncorrect(exported.prj);
+        return false;
+    }
+    if (!exported.shift)
+        LOG_ERROR(QObject::tr("Сдвиг датума неизвестен, в строке PRJ он нулевой (%1)").arg(exported.prj));
+    return true;
+}
+
+/// The projection has no place for something that the reference has: told, not mended.
+bool isPlaneLost(const TABProjInfo_t &info, const Exported &exported)
+{
+    if (info.nProjId == nonEarth)
+        return !exported.local;
+    if (info.nProjId == hotine && exported.turnedGrid)
+        return true;
+    return exported.falseOrigin && paramForPrj(info.nProjId) < 4;
+}
+
+} // namespace
+
+QString prjFromSpatialReference(void *srs)
+{
+    // Facts first, catalogues after the lock is released: they may wait for threads that need it.
+    const Exported exported = exportedFrom(srs);
+    if (exported.prj.isEmpty())
+        return exported.prj;
+
+    const auto manager = activeCatalogues()->projectionParamsManager();
+    TABProjInfo_t info = recordOf(exported.prj, *manager);
+    if (!exported.warned && isPlaneLost(info, exported))
+        logIncorrect(exported.prj);
+    const bool userDatum = isUserDatum(info.nDatumId);
+    const bool unitMended = mendUnit(info, exported, *manager);
+    const bool datumMended = mendDatum(info, exported, *manager);
+    if (!userDatum && !unitMended && !datumMended)
+        return exported.prj;
+    return MapHeaderCoordsysConverter().tabProjInfoToString(info);
+}
+
+int getEpsgFromCrs(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress, void *srs)
+{
+    if (!srs)
+        return CoordSystemTypes::EPSG_UNDEFINDED;
+    const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope quiet;
+    int count = 0;
+    int *rawConfidences = nullptr;
+    const SrsArray candidates(OSRFindMatches(srs, nullptr, &count, &rawConfidences));
+    const std::unique_ptr<int, decltype(&VSIFree)> confidences(rawConfidences, VSIFree);
+
+    for (int i = 0; candidates && i < count; ++i) {
+        if (progress && progress->isCanceled())
+            break;
+        OGRSpatialReferenceH candidate = candidates.get()[i];
+        const char *authority = OSRGetAuthorityName(candidate, nullptr);
+        const char *code = OSRGetAuthorityCode(candidate, nullptr);
+        const bool isEpsg =
+            QString::fromLatin1(authority).compare(QLatin1String("EPSG"), Qt::CaseInsensitive) == 0;
+        if (isEpsg && code && confidences && confidences.get()[i] >= leastConfidence)
+            return static_cast<int>(std::strtol(code, nullptr, 10));
+    }
+    return CoordSystemTypes::EPSG_UNDEFINDED;
+}
+
+int getEpsgFromCrs(void *srs)
+{
+    static const auto neverCancelled = std::make_shared<nivora::concurrent::ProgressHandler>();
+    return getEpsgFromCrs(neverCancelled, srs);
+}
+
+} // namespace nivora::cs

@@ -1,0 +1,192 @@
+#include <coordsys/TransformMesh_p.h>
+
+#include <coordsys/CoordSystem.h>
+#include <platform/Logger.h>
+#include <platform/Utils.h>
+
+#include <proj.h>
+
+#include <QMutexLocker>
+#include <QObject>
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+namespace nivora::cs {
+namespace {
+
+using nivora::utils::fuzzyEq;
+using nivora::utils::toString;
+
+constexpr double noExtent = 1e-12;
+constexpr double mostPoints = 1 << 26; // 2 GiB of coordinates
+/// Latitude up to which a geographic rectangle is meshed on its own; the poles themselves have no longitude.
+constexpr double nearlyPole = 89.99;
+
+std::unique_ptr<PJ_COORD[]> zeroedPoints(double count)
+{
+    if (!(count <= mostPoints))
+        throw std::bad_array_new_length();
+    return std::make_unique<PJ_COORD[]>(static_cast<std::size_t>(count));
+}
+
+/// Bounding box of what could be transformed; x and y are judged separately.
+struct Extent
+{
+    double minX = HUGE_VAL, minY = HUGE_VAL, maxX = -HUGE_VAL, maxY = -HUGE_VAL;
+
+    void add(const PJ_COORD &c)
+    {
+        if (std::isfinite(c.xy.x)) {
+            minX = std::min(minX, c.xy.x);
+            maxX = std::max(maxX, c.xy.x);
+        }
+        if (std::isfinite(c.xy.y)) {
+            minY = std::min(minY, c.xy.y);
+            maxY = std::max(maxY, c.xy.y);
+        }
+    }
+    bool isKnown() const
+    {
+        return std::isfinite(minX) && std::isfinite(maxX) && std::isfinite(minY) && std::isfinite(maxY);
+    }
+};
+
+/// PROJ's error state as it was before the mesh: points that fail are expected and must not leave a trace.
+class ErrnoKeeper
+{
+public:
+    explicit ErrnoKeeper(PJ *pj)
+        : m_pj(pj)
+        , m_saved(proj_errno_reset(pj))
+    {}
+    ~ErrnoKeeper() { proj_errno_restore(m_pj, m_saved); }
+    ErrnoKeeper(const ErrnoKeeper &) = delete;
+    ErrnoKeeper &operator=(const ErrnoKeeper &) = delete;
+
+private:
+    PJ *m_pj;
+    int m_saved;
+};
+
+void transformAll(const TransformQueue &queue, int direction, PJ_COORD *points, int count)
+{
+    const OrderedSteps steps(queue, direction);
+    const QMutexLocker lock(globalProj4Mutex());
+    const ErrnoKeeper keeper(queue.first.pj.get());
+    for (int i = 0; i < count; ++i)
+        points[i] = transformed(steps, direction, points[i]);
+}
+
+} // namespace
+
+QList<double> extraPoints(double a, double b, double c, double d)
+{
+    QList<double> inside;
+    for (const double bound : {d, c})
+        if (a < bound && bound < b)
+            inside << bound;
+    return inside;
+}
+
+QList<double> extraPointsY(const QRectF &rect, double c, double d)
+{
+    return extraPoints(rect.top(), rect.bottom(), c, d);
+}
+
+std::unique_ptr<PJ_COORD[]> fillPointsMesh(int addPoints, int &count, const QRectF &rect,
+                                           const QRectF &csRect)
+{
+    const int intervals = std::max(addPoints, 1);
+    const auto point = [](double x, double y) { return proj_coord(x, y, 0, 0); };
+
+    if (!(rect.width() > 0.0 && rect.height() > 0.0)) {
+        auto single = zeroedPoints(1);
+        single[0] = point(rect.x(), rect.y());
+        count = 1;
+        return single;
+    }
+    const bool column = std::fabs(rect.width()) <= noExtent;
+    if (column || std::fabs(rect.height()) <= noExtent) {
+        auto line = zeroedPoints(intervals + 1.0);
+        for (int i = 0; i <= intervals; ++i)
+            line[static_cast<std::size_t>(i)] =
+                column ? point(rect.x(), rect.y() + i * rect.height() / intervals)
+                       : point(rect.x() + i * rect.width() / intervals, rect.y());
+        count = intervals + 1;
+        return line;
+    }
+
+    const double stepX = rect.width() / intervals;
+    double wantedRows = std::floor(rect.height() / stepX);
+    if (!(wantedRows >= 1.0))
+        wantedRows = 2.0;
+    QList<double> extraX;
+    QList<double> extraY;
+    if (csRect.width() > 0.0 && csRect.height() > 0.0) {
+        extraY = extraPointsY(rect, csRect.top(), csRect.bottom());
+        extraX = extraPoints(rect.left(), rect.right(), csRect.left(), csRect.right());
+    }
+    // In doubles: a narrow strip asks for more rows than an int holds.
+    auto points = zeroedPoints((wantedRows + 1.0 + extraY.size()) * (intervals + 1.0 + extraX.size()));
+    const double stepY = rect.height() / wantedRows;
+    const int rows = static_cast<int>(std::lround(rect.height() / stepY));
+
+    PJ_COORD *next = points.get();
+    for (int i = 0; i <= intervals; ++i) {
+        const double x = rect.x() + i * stepX;
+        for (int j = 0; j <= rows; ++j) {
+            const double y = rect.y() + j * stepY;
+            *next++ = point(x, y);
+            if (i == 0)
+                for (const double extra : extraX)
+                    *next++ = point(extra, y);
+        }
+        for (const double extra : extraY)
+            *next++ = point(x, extra);
+    }
+    count = (rows + 1 + extraY.size()) * (intervals + 1 + extraX.size());
+    return points;
+}
+
+bool TransformInternalMesh::transform(const QVector<QPointF> &in, QVector<QPointF> &out)
+{
+    if (in.size() != 4) {
+        LOG_ERROR(QObject::tr("Неверное количество точек: %1").arg(in.size()));
+        return false;
+    }
+    const QRectF rect = coordsArrayToRect({in[0].x(), in[1].x(), in[2].x(), in[3].x()},
+                                          {in[0].y(), in[1].y(), in[2].y(), in[3].y()});
+    if (queue && rect.width() == 0.0 && rect.height() == 0.0) {
+        PJ_COORD single = proj_coord(rect.x(), rect.y(), 0, 0);
+        transformAll(*queue, direction, &single, 1);
+        return !isIncorrect(single);
+    }
+    QRectF bounds = source->rectNumericCoordSys();
+    if (source->isLatLong()) {
+        bounds.setTop(-nearlyPole);
+        bounds.setBottom(nearlyPole);
+    }
+    int count = 0;
+    const std::unique_ptr<PJ_COORD[]> points = fillPointsMesh(m_intervals, count, rect, bounds);
+    if (queue)
+        transformAll(*queue, direction, points.get(), count);
+
+    Extent extent;
+    std::for_each(points.get(), points.get() + count, [&extent](const PJ_COORD &c) { extent.add(c); });
+    if (!extent.isKnown()) {
+        logTransformError(QObject::tr("Ошибка преобразования. Возможно, выходит за пределы КС."));
+        return false;
+    }
+    out = {{extent.minX, extent.minY},
+           {extent.maxX, extent.minY},
+           {extent.maxX, extent.maxY},
+           {extent.minX, extent.maxY}};
+    LOG_TRACE(
+        QObject::tr("Результирующий прямоугольник: (%1 %2) (%3 %4)")
+            .arg(toString(extent.minX), toString(extent.minY), toString(extent.maxX), toString(extent.maxY)));
+    return !fuzzyEq(extent.minX, extent.maxX, 1e12) && !fuzzyEq(extent.minY, extent.maxY, 1e12);
+}
+
+} // namespace nivora::cs

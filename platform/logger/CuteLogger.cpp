@@ -1,0 +1,49 @@
+#include <platform/logger/CuteLogger.h>
+
+#include <QLoggingCategory>
+
+namespace {
+Q_LOGGING_CATEGORY(lines, "nivora.cs", QtInfoMsg)
+Q_LOGGING_CATEGORY(traceLines, "nivora.cs.trace", QtWarningMsg)
+} // namespace
+
+bool Logger::isEnabled(LogLevel level) const
+{
+    switch (level) {
+    case Trace:
+        return traceLines().isDebugEnabled();
+    case Debug:
+        return lines().isDebugEnabled();
+    case Info:
+        return lines().isInfoEnabled();
+    case Error:
+        return lines().isCriticalEnabled();
+    }
+    return false;
+}
+
+void Logger::write(LogLevel level, const char *file, int line, const char *function,
+                   const QString &message) const
+{
+    const char *category = level == Trace ? traceLines().categoryName() : lines().categoryName();
+    const QMessageLogger out(file, line, function, category);
+    const QByteArray utf8 = message.toUtf8();
+    switch (level) {
+    case Trace:
+    case Debug:
+        out.debug("%s", utf8.constData());
+        break;
+    case Info:
+        out.info("%s", utf8.constData());
+        break;
+    case Error:
+        out.critical("%s", utf8.constData());
+        break;
+    }
+}
+
+Logger *cuteLoggerInstance()
+{
+    static Logger logger;
+    return &logger;
+}
