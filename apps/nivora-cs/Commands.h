@@ -1,0 +1,9 @@
+#pragma once
+
+struct Command;
+
+const Command &infoCommand();
+const Command &transformCommand();
+const Command &rectCommand();
+const Command &mgrsCommand();
+const Command &userCommand();

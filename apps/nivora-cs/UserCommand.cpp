@@ -1,0 +1,296 @@
+#include "CommandLine.h"
+#include "Commands.h"
+#include "CsText.h"
+#include "Output.h"
+#include "Session.h"
+
+#include <coordsys/UserCoordSystem.h>
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLockFile>
+#include <QObject>
+
+#include <algorithm>
+#include <functional>
+
+using nivora::cs::CoordSystem;
+using nivora::cs::CoordSystemPtr;
+using nivora::cs::UserCoordSystem;
+using Entry = UserCoordSystem::CoordSystemParam;
+
+namespace {
+
+constexpr int lockTimeoutMs = 5000;
+
+QString filePath(const UserCoordSystem &store) { return store.fileInfo().absoluteFilePath(); }
+
+/// What the file holds; a file that is not there is an empty store.
+UserCoordSystem &loaded(const Session &session)
+{
+    UserCoordSystem &store = session.userSystems();
+    if (!QFileInfo::exists(filePath(store)))
+        return store;
+    try {
+        store.loadFromFile(false);
+    } catch (const std::logic_error &e) {
+        throw Failure(QStringLiteral("%1: %2").arg(filePath(store), QString::fromUtf8(e.what())));
+    }
+    return store;
+}
+
+QString sourceText(const CoordSystem::SourceData &source)
+{
+    return UserCoordSystem::sourceTypeToString(source.type) + QLatin1Char(':') + source.string.simplified();
+}
+
+bool holds(const UserCoordSystem &store, const QString &branch, const CoordSystem::SourceData &source)
+{
+    const int index = store.keyIndex(branch);
+    if (index < 0)
+        return false;
+    const auto &entries = store.data().at(index).entries;
+    return std::any_of(entries.begin(), entries.end(),
+                       [&source](const Entry &entry) { return entry.source() == source; });
+}
+
+QString branchOption(const CommandLine &line)
+{
+    // The name that the library gives to branches without one.
+    return line.isSet("branch") ? line.value("branch") : QObject::tr("Каталог");
+}
+
+/// Reading, changing and writing are one step for other runs of this program.
+class StoreLock
+{
+public:
+    explicit StoreLock(const UserCoordSystem &store)
+        : m_lock(filePath(store) + QStringLiteral(".lock"))
+    {
+        const QString dir = store.fileInfo().absolutePath();
+        if (!QDir().mkpath(dir))
+            throw Failure(QStringLiteral("cannot make the directory %1").arg(dir));
+        if (!m_lock.tryLock(lockTimeoutMs))
+            throw Failure(m_lock.error() == QLockFile::LockFailedError
+                              ? QStringLiteral("%1 is being changed by another program").arg(filePath(store))
+                              : QStringLiteral("cannot write in the directory %1").arg(dir));
+    }
+
+private:
+    QLockFile m_lock;
+};
+
+int list(const CommandLine &line, const Session &session, const QString &)
+{
+    QJsonArray json;
+    QString text;
+    for (const UserCoordSystem::CsDataType &branch : loaded(session).data()) {
+        text += branch.name + QLatin1Char('\n');
+        for (const Entry &entry : branch.entries) {
+            const bool usable = entry.storedSystem() != nullptr;
+            text += QStringLiteral("  %1\t%2%3\n")
+                        .arg(entry.description(), sourceText(entry.source()),
+                             usable ? QString() : QStringLiteral("\t(unusable)"));
+            json << QJsonObject{
+                {QStringLiteral("branch"), branch.name},
+                {QStringLiteral("type"), UserCoordSystem::sourceTypeToString(entry.source().type)},
+                {QStringLiteral("text"), entry.source().string},
+                {QStringLiteral("description"), entry.description()},
+                {QStringLiteral("usable"), usable}};
+        }
+    }
+    print(line.isSet("json") ? QString::fromUtf8(QJsonDocument(json).toJson()) : text);
+    return Success;
+}
+
+int store(const CommandLine &line, const Session &session, const QString &text, bool mayReplace)
+{
+    const CoordSystem::SourceData source = readSource(text);
+    const CoordSystemPtr cs = makeSystem(session, source); // throws before anything is touched
+    const QString branch = branchOption(line);
+    const StoreLock lock(session.userSystems());
+    UserCoordSystem &systems = loaded(session);
+    const bool known = holds(systems, branch, source);
+    if (known && !mayReplace)
+        throw Failure(QStringLiteral("%1 is already in the branch %2; \"user set\" replaces it")
+                          .arg(sourceText(source), branch));
+    const QString description = line.isSet("description") ? line.value("description")
+                                : known                   ? systems.description(source)
+                                                          : cs->description();
+    systems.setCoordSystem(branch, source, description);
+    systems.saveToFile(true);
+    return Success;
+}
+
+int add(const CommandLine &line, const Session &session, const QString &text)
+{
+    return store(line, session, text, false);
+}
+
+int set(const CommandLine &line, const Session &session, const QString &text)
+{
+    return store(line, session, text, true);
+}
+
+/// Whether the command line's text means the entry: as "user list" shows it, so that an unusable entry can be
+/// named too, or in any other way that the program reads.
+std::function<bool(const CoordSystem::SourceData &)> meaning(const QString &text)
+{
+    try {
+        return [text = text.simplified(), source = readSource(text)](const CoordSystem::SourceData &entry) {
+            return entry == source || sourceText(entry) == text;
+        };
+    } catch (const Failure &) {
+        return [text = text.simplified()](const CoordSystem::SourceData &entry) {
+            return sourceText(entry) == text;
+        };
+    }
+}
+
+int remove(const CommandLine &line, const Session &session, const QString &text)
+{
+    const auto isMeant = meaning(text);
+    const StoreLock lock(session.userSystems());
+    UserCoordSystem &systems = loaded(session);
+    bool found = false;
+    const QList<UserCoordSystem::CsDataType> branches =
+        systems.data(); // a copy: entries go while it is walked
+    for (const UserCoordSystem::CsDataType &branch : branches) {
+        if (line.isSet("branch") && branch.name != line.value("branch"))
+            continue;
+        for (const Entry &entry : branch.entries) {
+            if (!isMeant(entry.source()))
+                continue;
+            systems.removeCoordSystem(branch.name, entry.source());
+            found = true;
+        }
+    }
+    if (!found)
+        throw Failure(QStringLiteral("%1 is not among your systems").arg(text));
+    systems.saveToFile(true);
+    return Success;
+}
+
+QString whyUnusable(const Session &session, const CoordSystem::SourceData &source)
+{
+    if (source.type == CoordSystem::Unknown)
+        return QStringLiteral("the notation is not known");
+    try {
+        makeSystem(session, source);
+    } catch (const std::exception &e) {
+        return oneLine(QString::fromUtf8(e.what()));
+    }
+    return QStringLiteral("the system cannot be made");
+}
+
+bool sameSystem(const CoordSystemPtr &a, const CoordSystemPtr &b)
+{
+    try {
+        return a && b && a->isEqual(*b, false);
+    } catch (const std::exception &) {
+        return false; // an equality that cannot be decided is none
+    }
+}
+
+int check(const CommandLine &, const Session &session, const QString &)
+{
+    struct Named
+    {
+        QString name;
+        Entry entry;
+    };
+    QVector<Named> seen;
+    QStringList problems;
+    for (const UserCoordSystem::CsDataType &branch : loaded(session).data()) {
+        for (const Entry &entry : branch.entries) {
+            const QString name = QStringLiteral("%1: %2").arg(branch.name, sourceText(entry.source()));
+            if (!entry.storedSystem())
+                problems << QStringLiteral("%1: %2").arg(name, whyUnusable(session, entry.source()));
+            for (const Named &other : qAsConst(seen)) {
+                if (other.entry.source() == entry.source())
+                    problems << QStringLiteral("%1: stands twice, also as %2").arg(name, other.name);
+                else if (sameSystem(other.entry.storedSystem(), entry.storedSystem()))
+                    problems << QStringLiteral("%1: the same system as %2").arg(name, other.name);
+                else
+                    continue;
+                break;
+            }
+            seen << Named{name, entry};
+        }
+    }
+    for (const QString &problem : qAsConst(problems))
+        print(problem + QLatin1Char('\n'));
+    print(QStringLiteral("%1: %2 entries, %3 problems\n")
+              .arg(filePath(session.userSystems()), QString::number(seen.size()),
+                   QString::number(problems.size())));
+    return problems.isEmpty() ? Success : SomeFailed;
+}
+
+struct Action
+{
+    const char *name;
+    int argumentCount; // the action's name included
+    int (*run)(const CommandLine &, const Session &, const QString &text);
+};
+constexpr Action actions[] = {
+    {"list", 1, list}, {"add", 2, add}, {"set", 2, set}, {"remove", 2, remove}, {"check", 1, check},
+};
+
+int run(const CommandLine &line)
+{
+    const QStringList arguments = line.arguments();
+    for (const Action &action : actions) {
+        if (arguments.value(0) != QLatin1String(action.name))
+            continue;
+        if (arguments.size() != action.argumentCount)
+            throw Failure(QStringLiteral("user %1 takes %2; see nivora-cs user --help")
+                              .arg(arguments.first(), action.argumentCount == 1
+                                                          ? QStringLiteral("no further arguments")
+                                                          : QStringLiteral("one coordinate system")));
+        const Session session(line);
+        try {
+            return action.run(line, session, arguments.value(1));
+        } catch (const std::exception &e) {
+            if (action.run != check)
+                throw;
+            complain(QString::fromUtf8(e.what())); // a file that cannot be read is a finding
+            return SomeFailed;
+        }
+    }
+    throw Failure(QStringLiteral("user takes list, add, set, remove or check; see nivora-cs user --help"));
+}
+
+} // namespace
+
+const Command &userCommand()
+{
+    static const Command command = {
+        "user",
+        "list|add|set|remove|check [options] [CS]",
+        "Your own catalogue of systems.",
+        R"(  user list        all entries, under the names of their branches
+  user add CS      a new entry
+  user set CS      replaces the description of an entry, or adds the entry
+  user remove CS   takes an entry out of its branch, or of every branch
+  user check       looks for entries that make no system, for duplicates and for
+                   a file that cannot be read; the exit status is 1 for any of them
+Entries keep the text as it was given. A text that makes no system is refused, and
+the file stays as it was.
+
+Examples:
+  nivora-cs user add --branch Moscow --description 'Local grid' 'CoordSys Earth Projection 8, 1001, "m", 37.5, 0, 1, 0, 0'
+  nivora-cs user add 32637
+  nivora-cs user remove 32637
+)",
+        Command::AnyCount,
+        {
+            {"branch", "NAME", "The branch of the entry, \"Каталог\" when not given."},
+            {"description", "TEXT", "The name of the entry; that of the system when not given."},
+            {"json", nullptr, "list: write a JSON array."},
+        },
+        run,
+    };
+    return command;
+}
