@@ -1,0 +1,21 @@
+# The README shows the example to the letter, and what it says the example prints is what it prints.
+file(READ ${README} readme)
+file(READ ${SOURCE} source)
+string(FIND "${readme}" "```cpp\n${source}```" position)
+if(position EQUAL -1)
+    message(FATAL_ERROR "README.md does not show ${SOURCE} as it is")
+endif()
+
+execute_process(COMMAND ${EXAMPLE} ${RESOURCES}
+    OUTPUT_VARIABLE printed ERROR_VARIABLE said RESULT_VARIABLE status)
+if(NOT status EQUAL 0)
+    message(FATAL_ERROR "the example failed (${status}): ${printed}${said}")
+endif()
+string(STRIP "${printed}" printed)
+if(printed STREQUAL "")
+    message(FATAL_ERROR "the example prints nothing")
+endif()
+string(FIND "${readme}" "prints `${printed}`" position)
+if(position EQUAL -1)
+    message(FATAL_ERROR "README.md does not say that the example prints ${printed}")
+endif()

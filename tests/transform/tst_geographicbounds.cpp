@@ -1,0 +1,137 @@
+#include <support/Support.h>
+#include <support/TestRunner.h>
+
+#include <coordsys/CoordSystem.h>
+#include <coordsys/CoordTransform.h>
+
+#include <cmath>
+
+using namespace nivora::cs;
+
+namespace {
+
+/// Every point of a dense grid over the rectangle that lies on the earth, as PROJ sees it one by one.
+QVector<QPointF> sampled(const CoordTransform &transform, const QRectF &rect)
+{
+    constexpr int count = 400;
+    QVector<QPointF> points;
+    for (int i = 0; i <= count; ++i) {
+        for (int j = 0; j <= count; ++j) {
+            const QPointF planar(rect.x() + rect.width() * i / count, rect.y() + rect.height() * j / count);
+            QPointF lonLat;
+            if (transform.forward(planar, lonLat))
+                points << lonLat;
+        }
+    }
+    return points;
+}
+
+} // namespace
+
+class TestGeographicBounds : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_factory = support::shippedFactory()); }
+
+    void bounds_data()
+    {
+        QTest::addColumn<QString>("system");
+        QTest::addColumn<QRectF>("planar");
+        QTest::addColumn<bool>("crosses");
+        QTest::addColumn<bool>("allAround");
+        QTest::addColumn<bool>("northPole");
+        QTest::addColumn<bool>("southPole");
+
+        const double world = 20037508.342789244; // half the equator of WGS 84 in metres
+        QTest::newRow("Moscow: nothing special")
+            << "EPSG:32637" << QRectF(400000, 6100000, 100000, 100000) << false << false << false << false;
+        QTest::newRow("Fiji: map grid on both sides of 180")
+            << "EPSG:3460" << QRectF(1800000, 3700000, 700000, 600000) << true << false << false << false;
+        QTest::newRow("Chukotka: UTM zone 60 reaches over 180")
+            << "EPSG:32660" << QRectF(400000, 7200000, 400000, 700000) << true << false << false << false;
+        QTest::newRow("Fiji in the last UTM zone, this side of 180")
+            << "EPSG:32760" << QRectF(400000, 7900000, 200000, 200000) << false << false << false << false;
+        QTest::newRow("north pole inside")
+            << "EPSG:3576" << QRectF(-2e6, -2e6, 4e6, 4e6) << false << true << true << false;
+        QTest::newRow("north pole near a corner")
+            << "EPSG:32661" << QRectF(1990000, 1990000, 500000, 500000) << false << true << true << false;
+        QTest::newRow("south pole inside")
+            << "EPSG:3031" << QRectF(-2e6, -2e6, 4e6, 4e6) << false << true << false << true;
+        QTest::newRow("beside the north pole")
+            << "EPSG:3576" << QRectF(-3e5, 5e5, 6e5, 5e5) << false << false << false << false;
+        QTest::newRow("the world in Mercator has no poles")
+            << "EPSG:3857" << QRectF(-world, -world, 2 * world, 2 * world) << false << true << false << false;
+        QTest::newRow("the world in an equidistant cylinder has both")
+            << "proj4:+proj=eqc +datum=WGS84" << QRectF(-world, -world / 2, 2 * world, world) << false << true
+            << true << true;
+        QTest::newRow("longitude beyond 180 runs on")
+            << "prj:Earth Projection 1, 104" << QRectF(170, -20, 20, 10) << true << false << false << false;
+    }
+    void bounds()
+    {
+        QFETCH(QString, system);
+        QFETCH(QRectF, planar);
+        const CoordTransform transform(m_factory->createFromTaggedString(system),
+                                       m_factory->latLongWgs84CoordSystem());
+        GeographicBounds found;
+        QVERIFY(transform.geographicBounds(planar, found));
+        QTEST(found.crossesAntimeridian(), "crosses");
+        QTEST(found.isAllAround(), "allAround");
+        QTEST(found.hasNorthPole, "northPole");
+        QTEST(found.hasSouthPole, "southPole");
+
+        // Nothing of the rectangle lies outside, but for the bulge of an edge between two points of the mesh:
+        // a ten-thousandth of the extent.
+        const double slack = 1e-4 * std::max(found.width(), found.north - found.south);
+        double reached = 0.0;
+        const QVector<QPointF> points = sampled(transform, planar);
+        QVERIFY(points.size() > 10000);
+        for (const QPointF &p : points) {
+            const bool inside = found.isAllAround() ||
+                                found.contains(p.x(), (found.south + found.north) / 2) ||
+                                std::fabs(std::remainder(p.x() - found.west, 360.0)) <= slack ||
+                                std::fabs(std::remainder(p.x() - found.east, 360.0)) <= slack;
+            QVERIFY2(inside && p.y() >= found.south - slack && p.y() <= found.north + slack,
+                     qPrintable(QStringLiteral("%1 %2").arg(p.x()).arg(p.y())));
+            const double fromWest = std::remainder(p.x() - found.west, 360.0);
+            reached = std::max(reached, fromWest < -slack ? fromWest + 360.0 : fromWest);
+        }
+        // And no more than that: the samples reach from the western edge to the eastern one.
+        if (!found.isAllAround())
+            QVERIFY2(std::fabs(reached - found.width()) <= 0.01 * found.width(),
+                     qPrintable(QString::number(reached)));
+    }
+
+    void twoRectanglesAcross180()
+    {
+        GeographicBounds fiji;
+        fiji.west = 176.0;
+        fiji.east = -178.0;
+        fiji.south = -20.0;
+        fiji.north = -15.0;
+        QCOMPARE(fiji.rects(), (QVector<QRectF>{QRectF(176, -20, 4, 5), QRectF(-180, -20, 2, 5)}));
+        QVERIFY(fiji.contains(180.0, -17.0) && fiji.contains(-180.0, -17.0) && fiji.contains(538.0, -17.0));
+        QVERIFY(!fiji.contains(0.0, -17.0) && !fiji.contains(177.0, -21.0) && !fiji.contains(qQNaN(), -17.0));
+    }
+
+    void failuresLeaveTheResultAlone()
+    {
+        const CoordTransform utm(m_factory->createFromEpsg(32637), m_factory->latLongWgs84CoordSystem());
+        GeographicBounds untouched;
+        untouched.west = 1.0;
+        QVERIFY(!utm.geographicBounds(QRectF(0, 0, 0, 10), untouched));
+        QVERIFY(!utm.geographicBounds(QRectF(qQNaN(), 0, 10, 10), untouched));
+        QVERIFY(!utm.geographicBounds(QRectF(1e12, 1e12, 10, 10), untouched));
+        QCOMPARE(untouched.west, 1.0);
+        const CoordTransform planar(m_factory->createFromEpsg(32637), m_factory->createFromEpsg(32638));
+        VERIFY_THROWS(std::logic_error, planar.geographicBounds(QRectF(0, 0, 1, 1), untouched),
+                      QStringLiteral("Ни одна из КС не является географической"));
+    }
+
+private:
+    std::shared_ptr<CoordSysFactory> m_factory;
+};
+
+NIVORA_TEST(TestGeographicBounds)
+#include "tst_geographicbounds.moc"
