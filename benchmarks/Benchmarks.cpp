@@ -1,0 +1,307 @@
+// What the library adds to the engines' own cost. Each figure runs beside the bare call on the very same kind
+// of PROJ object, made from the same texts, and both must give the same coordinates before anything is timed.
+
+#include "Comparison.h"
+
+#include <coordsys/CoordSysFactory.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/CoordTransform.h>
+#include <coordsys/ProjEngine.h>
+
+#include <cpl_error.h>
+#include <ogr_srs_api.h>
+#include <proj.h>
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
+
+#include <cmath>
+#include <cstdlib>
+#include <memory>
+#include <vector>
+
+using namespace nivora::cs;
+using comparison::Row;
+
+namespace {
+
+constexpr int pointCount = 1'000'000;
+
+[[noreturn]] void giveUp(const QString &why)
+{
+    std::fprintf(stderr, "%s\n", qPrintable(why));
+    std::exit(1);
+}
+
+/// Spread over zone 37 without repeating: the golden ratio's multiples fill an interval evenly.
+QVector<QPointF> somePoints(int count)
+{
+    QVector<QPointF> points;
+    points.reserve(count);
+    for (int i = 0; i < count; ++i)
+        points << QPointF(36.0 + 6.0 * std::fmod(i * 0.6180339887498949, 1.0), 45.0 + 15.0 * i / count);
+    return points;
+}
+
+/// The text by which the library hands a system to PROJ for a transformation.
+QString engineText(const CoordSystem &cs)
+{
+    const CoordSystem::SourceData source = cs.sourceParameters();
+    switch (source.type) {
+    case CoordSystem::Epsg:
+        return QStringLiteral("EPSG:") + source.string;
+    case CoordSystem::Wkt:
+        return source.string;
+    case CoordSystem::Proj4:
+        return fixedProjString(source.string, true);
+    default:
+        return fixedProjString(cs.projStr(), true);
+    }
+}
+
+std::shared_ptr<PJ> engineTransform(const CoordSystemPtr &from, const CoordSystemPtr &to)
+{
+    const PjHandle raw =
+        ownPj(proj_create_crs_to_crs(globalProjContext(), engineText(*from).toUtf8().constData(),
+                                     engineText(*to).toUtf8().constData(), nullptr));
+    std::shared_ptr<PJ> result(proj_normalize_for_visualization(globalProjContext(), raw.get()),
+                               proj_destroy);
+    if (!result)
+        giveUp(QStringLiteral("PROJ has no transformation"));
+    return result;
+}
+
+struct Pair
+{
+    Pair(const CoordSystemPtr &from, const CoordSystemPtr &to)
+        : source(from)
+        , destination(to)
+        , transform(from, to)
+        , pj(engineTransform(from, to))
+    {
+        QPointF ours;
+        const PJ_COORD theirs = proj_trans(pj.get(), PJ_FWD, proj_coord(38.0, 55.0, 0.0, 0.0));
+        if (!transform.forward(QPointF(38.0, 55.0), ours) || ours != QPointF(theirs.xy.x, theirs.xy.y))
+            giveUp(QStringLiteral("library and engine disagree; the comparison would mean nothing"));
+    }
+
+    CoordSystemPtr source;
+    CoordSystemPtr destination;
+    CoordTransform transform;
+    std::shared_ptr<PJ> pj;
+};
+
+using State = benchmark::State;
+
+void addVector(const char *name, const std::shared_ptr<const Pair> &pair, const QVector<QPointF> &points)
+{
+    const auto library = [pair, points](State &state) {
+        QVector<QPointF> out;
+        for (auto _ : state) {
+            if (!pair->transform.forward(points, out))
+                state.SkipWithError("failed");
+            benchmark::DoNotOptimize(out.constData());
+        }
+    };
+    const auto engine = [pair, points](State &state) {
+        std::vector<PJ_COORD> buffer(static_cast<std::size_t>(points.size()));
+        QVector<QPointF> out(points.size());
+        for (auto _ : state) {
+            auto slot = buffer.begin();
+            for (const QPointF &p : points)
+                *slot++ = proj_coord(p.x(), p.y(), 0.0, 0.0);
+            if (proj_trans_array(pair->pj.get(), PJ_FWD, buffer.size(), buffer.data()) != 0)
+                state.SkipWithError("failed");
+            QPointF *to = out.data();
+            for (const PJ_COORD &c : buffer)
+                *to++ = QPointF(c.xy.x, c.xy.y);
+            benchmark::DoNotOptimize(out.constData());
+        }
+    };
+    comparison::add({name, 1.10, Row::Ratio}, library, engine);
+}
+
+void addSinglePoint(const std::shared_ptr<const Pair> &pair, const QVector<QPointF> &points)
+{
+    const auto library = [pair, points](State &state) {
+        int i = 0;
+        for (auto _ : state) {
+            QPointF out;
+            if (!pair->transform.forward(points.at(i), out))
+                state.SkipWithError("failed");
+            benchmark::DoNotOptimize(out);
+            i = i + 1 < points.size() ? i + 1 : 0;
+        }
+    };
+    const auto engine = [pair, points](State &state) {
+        int i = 0;
+        for (auto _ : state) {
+            const QPointF &p = points.at(i);
+            const PJ_COORD out = proj_trans(pair->pj.get(), PJ_FWD, proj_coord(p.x(), p.y(), 0.0, 0.0));
+            benchmark::DoNotOptimize(out);
+            i = i + 1 < points.size() ? i + 1 : 0;
+        }
+    };
+    comparison::add({"CoordTransform::forward, one point", 1.5, Row::Ratio}, library, engine);
+}
+
+void addSinglePointOfSystem(const CoordSystemPtr &cs, const QVector<QPointF> &points)
+{
+    const auto library = [cs, points](State &state) {
+        int i = 0;
+        for (auto _ : state) {
+            QPointF out;
+            if (!cs->forward(points.at(i), out))
+                state.SkipWithError("failed");
+            benchmark::DoNotOptimize(out);
+            i = i + 1 < points.size() ? i + 1 : 0;
+        }
+    };
+    const auto engine = [cs, points](State &state) {
+        PJ *const pj = cs->PJ_Proj4_Internal();
+        int i = 0;
+        for (auto _ : state) {
+            const QPointF &p = points.at(i);
+            const PJ_COORD in = proj_coord(proj_torad(p.x()), proj_torad(p.y()), 0.0, 0.0);
+            const PJ_COORD out = proj_trans(pj, PJ_FWD, in);
+            benchmark::DoNotOptimize(out);
+            i = i + 1 < points.size() ? i + 1 : 0;
+        }
+    };
+    comparison::add({"CoordSystem::forward, one point", 1.5, Row::Ratio}, library, engine);
+}
+
+/// 101 x 101 points for a square.
+void addMesh(const std::shared_ptr<const Pair> &pair)
+{
+    const QRectF square(36.5, 50.0, 5.0, 5.0);
+    const int intervals = CoordTransform::DefaultAddPointsMesh;
+    const auto library = [pair, square, intervals](State &state) {
+        for (auto _ : state) {
+            QRectF out;
+            if (!pair->transform.forwardMesh(square, out, intervals))
+                state.SkipWithError("failed");
+            benchmark::DoNotOptimize(out);
+        }
+    };
+    const auto engine = [pair, square, intervals](State &state) {
+        const double step = square.width() / intervals;
+        for (auto _ : state) {
+            for (int i = 0; i <= intervals; ++i)
+                for (int j = 0; j <= intervals; ++j) {
+                    const PJ_COORD in = proj_coord(square.x() + i * step, square.y() + j * step, 0.0, 0.0);
+                    const PJ_COORD out = proj_trans(pair->pj.get(), PJ_FWD, in);
+                    benchmark::DoNotOptimize(out);
+                }
+        }
+    };
+    comparison::add({"forwardMesh, 100 intervals", 1.1, Row::Ratio}, library, engine);
+}
+
+void addConstruction(const std::shared_ptr<const Pair> &pair)
+{
+    const auto library = [pair](State &state) {
+        for (auto _ : state) {
+            const CoordTransform again(pair->source, pair->destination);
+            benchmark::DoNotOptimize(&again);
+        }
+    };
+    comparison::add({"CoordTransform of a known pair", 2.0, Row::Microseconds}, library, nullptr);
+}
+
+void addCreation(const std::shared_ptr<CoordSysFactory> &factory, const QString &prj)
+{
+    const CoordSystemPtr made = factory->createFromPrj(prj);
+    if (made->description().isEmpty())
+        giveUp(QStringLiteral("not in the catalogue: ") + prj);
+    const QByteArray text = prj.toUtf8();
+    const QByteArray projText = fixedProjString(made->projStr(), true).toUtf8();
+
+    const auto library = [factory, prj](State &state) {
+        for (auto _ : state)
+            benchmark::DoNotOptimize(factory->createFromPrj(prj));
+    };
+    const auto engine = [text, projText](State &state) {
+        for (auto _ : state) {
+            const OGRSpatialReferenceH srs = OSRNewSpatialReference(nullptr);
+            if (OSRImportFromMICoordSys(srs, text.constData()) != OGRERR_NONE)
+                state.SkipWithError("GDAL refuses the text");
+            const PjHandle pj = ownPj(proj_create(globalProjContext(), projText.constData()));
+            benchmark::DoNotOptimize(pj.get());
+            OSRDestroySpatialReference(srs);
+        }
+    };
+    comparison::add({"createFromPrj of a catalogued string", 0.0, Row::Ratio}, library, engine);
+}
+
+/// The catalogue has no equal system, and none has been built for a comparison yet.
+void addUnknownCreation(const QString &userDir)
+{
+    const QString prj =
+        QStringLiteral("CoordSys Earth Projection 8, 1001, \"m\", 38.4836, 0, 1, 250000, -5700000");
+    const auto library = [userDir, prj](State &state) {
+        for (auto _ : state) {
+            state.PauseTiming();
+            CoordSysFactory factory(QStringLiteral(NIVORA_RESOURCES), userDir, QStringLiteral("ru"));
+            if (!factory.initCoordSystemEnvironment())
+                state.SkipWithError("failed");
+            state.ResumeTiming();
+            benchmark::DoNotOptimize(factory.createFromPrj(prj));
+        }
+    };
+    comparison::add({"first createFromPrj of an unknown string", 0.0, Row::Microseconds}, library, nullptr);
+}
+
+void addStartUp(const QString &userDir)
+{
+    const auto library = [userDir](State &state) {
+        for (auto _ : state) {
+            CoordSysFactory factory(QStringLiteral(NIVORA_RESOURCES), userDir, QStringLiteral("ru"));
+            if (!factory.initCoordSystemEnvironment())
+                state.SkipWithError("failed");
+        }
+    };
+    comparison::add({"initCoordSystemEnvironment", 0.0, Row::Microseconds}, library, nullptr);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+    CPLPushErrorHandler(CPLQuietErrorHandler);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+
+    const QTemporaryDir userDir;
+    const auto factory = std::make_shared<CoordSysFactory>(QStringLiteral(NIVORA_RESOURCES), userDir.path(),
+                                                           QStringLiteral("ru"));
+    if (!factory->initCoordSystemEnvironment())
+        giveUp(QStringLiteral("cannot load the catalogues"));
+    CoordSysFactory::setDefaultCoordSysFactory(factory);
+
+    const QString zone7 = QStringLiteral("CoordSys Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0");
+    const CoordSystemPtr utm = factory->createFromEpsg(32637);
+    const auto toUtm = std::make_shared<const Pair>(factory->createFromEpsg(4326), utm);
+    const auto shifted = std::make_shared<const Pair>(
+        factory->createFromPrj(QStringLiteral("CoordSys Earth Projection 1, 1001")), utm);
+
+    const QVector<QPointF> million = somePoints(pointCount);
+    const QVector<QPointF> few = somePoints(1000);
+    addVector("1,000,000 points, EPSG:4326 to EPSG:32637", toUtm, million);
+    addVector("1,000,000 points, Pulkovo 1942 to EPSG:32637", shifted, million);
+    addSinglePoint(toUtm, few);
+    addSinglePointOfSystem(utm, few);
+    addMesh(toUtm);
+    addConstruction(toUtm);
+    addCreation(factory, zone7);
+    addUnknownCreation(userDir.path());
+    addStartUp(userDir.path());
+
+    comparison::Reporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    reporter.printTable();
+    return reporter.allRan() ? 0 : 1;
+}

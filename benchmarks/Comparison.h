@@ -1,0 +1,41 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace comparison {
+
+/// One figure: the library's work beside the bare engine call that does the same.
+struct Row
+{
+    std::string name;
+    double aim; ///< the ratio library / engine, or microseconds of the library where there is no engine call
+    enum Kind { Ratio, Microseconds } kind;
+};
+
+/// Registers "name/library" and "name/engine" and remembers the aim (0 for none). A null \p engine leaves the
+/// library's time alone.
+void add(const Row &row, const std::function<void(benchmark::State &)> &library,
+         const std::function<void(benchmark::State &)> &engine);
+
+/// Prints one line a row with the best CPU time of either side. CPU time and the minimum, because what else
+/// the machine does must not decide a ratio.
+class Reporter : public benchmark::BenchmarkReporter
+{
+public:
+    bool ReportContext(const Context &context) override;
+    void ReportRuns(const std::vector<Run> &runs) override;
+    void printTable() const;
+    /// False when a run reported an error; its row is missing from the table then.
+    bool allRan() const { return m_allRan; }
+
+private:
+    std::map<std::string, double> m_best; ///< seconds per iteration by benchmark name
+    bool m_allRan = true;
+};
+
+} // namespace comparison

@@ -1,0 +1,61 @@
+# Shared by scripts/run and scripts/test: bring a Debian 12 machine to the point where the tree builds.
+# Sourced, with the working directory anywhere. Everything printed here goes to stderr.
+
+set -euo pipefail
+
+ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+export PATH="${PATH:-/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin}"
+
+# What a build needs, and what the tests need on top.
+BUILD_PACKAGES=(g++ cmake ninja-build pkg-config ccache qtbase5-dev libproj-dev proj-data libgdal-dev)
+TEST_PACKAGES=(binutils libbenchmark-dev proj-bin valgrind)
+
+say() { printf '%s\n' "$*" >&2; }
+
+die() {
+    say "error: $*"
+    exit 1
+}
+
+missing_packages() {
+    local installed package
+    installed=$(dpkg-query -W -f='${db:Status-Status} ${binary:Package}\n' "$@" 2>/dev/null |
+        sed -n 's/^installed \([^:]*\).*/\1/p') || true
+    for package in "$@"; do
+        grep -Fqx -- "$package" <<<"$installed" || printf '%s\n' "$package"
+    done
+}
+
+# Installs the packages that are not there yet; asks apt nothing when all are.
+ensure_packages() {
+    local missing as_root=()
+    mapfile -t missing < <(missing_packages "$@")
+    [ "${#missing[@]}" -eq 0 ] && return 0
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null ||
+            die "these packages are missing and there is no sudo to install them: ${missing[*]}"
+        as_root=(sudo)
+    fi
+    say "installing: ${missing[*]}"
+    local apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8
+        apt-get -y -q -o DPkg::Lock::Timeout=300)
+    # The lists of a fresh machine are empty and those of an old one stale: refresh them only when that shows.
+    if ! "${apt[@]}" install --no-install-recommends "${missing[@]}" </dev/null >&2; then
+        say "refreshing the package lists"
+        "${apt[@]}" update </dev/null >&2
+        "${apt[@]}" install --no-install-recommends "${missing[@]}" </dev/null >&2
+    fi
+    mapfile -t missing < <(missing_packages "$@")
+    [ "${#missing[@]}" -eq 0 ] || die "still missing after installation: ${missing[*]}"
+}
+
+# configure PRESET [-DNAME=VALUE…]: a build directory of a tree that has since moved is made anew.
+configure() {
+    local preset=$1
+    shift
+    local cache="$ROOT/build/$preset/CMakeCache.txt"
+    if [ -f "$cache" ] && ! grep -Fqx "CMAKE_HOME_DIRECTORY:INTERNAL=$ROOT" "$cache"; then
+        rm -rf "$ROOT/build/$preset"
+    fi
+    (cd "$ROOT" && cmake --preset "$preset" "$@") </dev/null
+}
