@@ -7,3 +7,5 @@ const Command &transformCommand();
 const Command &rectCommand();
 const Command &mgrsCommand();
 const Command &userCommand();
+const Command &listCommand();
+const Command &findCommand();

@@ -15,7 +15,8 @@ namespace {
 const std::vector<const Command *> &commands()
 {
     static const std::vector<const Command *> all = {&infoCommand(), &transformCommand(), &rectCommand(),
-                                                     &mgrsCommand(), &userCommand()};
+                                                     &mgrsCommand(), &userCommand(),      &listCommand(),
+                                                     &findCommand()};
     return all;
 }
 

@@ -1,0 +1,221 @@
+#include "CommandLine.h"
+#include "Commands.h"
+#include "Output.h"
+#include "PointText.h"
+#include "Session.h"
+
+#include <coordsys/CoordSystem.h>
+#include <coordsys/MapinfoCoordSystem.h>
+#include <coordsys/MapinfoPrjReader.h>
+#include <coordsys/MapinfoSearch.h>
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSet>
+#include <QTextStream>
+
+using nivora::cs::CoordSystem;
+using nivora::cs::CoordSystemParams;
+using nivora::cs::CoordSystemParamsList;
+using nivora::cs::MapinfoPrjReader;
+using nivora::cs::MapinfoSearch;
+
+namespace {
+
+QString codeText(int epsg)
+{
+    return epsg == CoordSystem::EPSG_UNDEFINDED ? QStringLiteral("-") : QString::number(epsg);
+}
+
+/// Code, name and CoordSys string of an entry, separated by tabs.
+QString entryLine(int epsg, const QString &name, const QString &prj)
+{
+    return codeText(epsg) + QLatin1Char('\t') + name + QLatin1Char('\t') + prj + QLatin1Char('\n');
+}
+
+/// Reads a catalogue file as the library does and reports what it passes over in silence.
+int checkFile(const Session &session, const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw Failure(QStringLiteral("%1: %2").arg(path, file.errorString()));
+    QTextStream stream(&file);
+    stream.setCodec("UTF-8");
+    MapinfoPrjReader reader(&stream);
+    int findings = 0;
+    const auto found = [&](const QString &what) {
+        ++findings;
+        print(QStringLiteral("line %1: %2\n").arg(QString::number(reader.currentLineNumber()), what));
+    };
+    QObject::connect(&reader, &MapinfoPrjReader::rejected, &reader, [&] {
+        found(QStringLiteral("not an entry: %1").arg(oneLine(reader.currentLineTextRef().toString())));
+    });
+    QSet<QString> seen;
+    while (reader.readNext()) {
+        if (!reader.capturedCategoryName().isNull())
+            continue;
+        const CoordSystemParams entry = reader.prj();
+        const QString prj = entry.asPrjString();
+        const QString whole =
+            codeText(entry.epsg()) + QLatin1Char('\t') + entry.name() + QLatin1Char('\t') + prj;
+        if (seen.contains(whole)) {
+            found(QStringLiteral("duplicate: %1").arg(entry.name()));
+            continue;
+        }
+        seen.insert(whole);
+        try {
+            session.factory().createWithoutDescription(prj);
+        } catch (const std::exception &e) {
+            found(QStringLiteral("cannot be built: %1: %2")
+                      .arg(entry.name(), oneLine(QString::fromUtf8(e.what()))));
+        }
+    }
+    return findings == 0 ? Success : SomeFailed;
+}
+
+int runList(const CommandLine &line)
+{
+    const Session session(line);
+    if (line.isSet("check"))
+        return checkFile(session, line.value("check"));
+    const auto catalogue = session.factory().mapinfoCoordSystem();
+    const QList<CoordSystemParamsList> categories = catalogue->projectionList();
+    const QString wanted = line.value("category");
+    QString text;
+    bool known = false;
+    for (int category = 0; category < categories.size(); ++category) {
+        const CoordSystemParamsList &list = categories.at(category);
+        if (wanted.isEmpty()) {
+            text += QStringLiteral("%1\t%2\n").arg(QString::number(list.entries.size()), list.name);
+            continue;
+        }
+        if (list.name.compare(wanted, Qt::CaseInsensitive) != 0)
+            continue;
+        known = true;
+        for (int index = 0; index < list.entries.size(); ++index)
+            text += entryLine(list.entries.at(index).epsg(), list.entries.at(index).name(),
+                              catalogue->getStrMB(category, index));
+    }
+    if (!wanted.isEmpty() && !known)
+        throw Failure(QStringLiteral("no category \"%1\"; nivora-cs list shows them").arg(wanted));
+    print(text);
+    return Success;
+}
+
+QPointF placeOf(const QString &text)
+{
+    const QStringList parts = text.split(QLatin1Char(','));
+    double numbers[2] = {};
+    bool ok = parts.size() == 2;
+    for (int i = 0; ok && i < 2; ++i) {
+        const QByteArray utf8 = parts.at(i).trimmed().toUtf8();
+        ok = readNumber({utf8.constData(), static_cast<std::size_t>(utf8.size())}, numbers[i]);
+    }
+    if (!ok)
+        throw Failure(QStringLiteral("\"%1\" is no LON,LAT").arg(text));
+    return {numbers[0], numbers[1]};
+}
+
+/// With words and a place: the systems of that place that the words find, in the order of the place.
+QVector<MapinfoSearch::Hit> hitsOf(const CommandLine &line, const MapinfoSearch &search, int limit)
+{
+    constexpr int all = 1 << 30;
+    const QString words = line.arguments().join(QLatin1Char(' '));
+    if (!line.isSet("at"))
+        return search.find(words, limit);
+    const QVector<MapinfoSearch::Hit> there =
+        search.at(placeOf(line.value("at")), words.isEmpty() ? limit : all);
+    if (words.isEmpty())
+        return there;
+    QSet<std::pair<int, int>> named;
+    const QVector<MapinfoSearch::Hit> byName = search.find(words, all);
+    for (const MapinfoSearch::Hit &hit : byName)
+        named.insert(hit.position);
+    QVector<MapinfoSearch::Hit> both;
+    for (const MapinfoSearch::Hit &hit : there)
+        if (both.size() < limit && named.contains(hit.position))
+            both << hit;
+    return both;
+}
+
+int runFind(const CommandLine &line)
+{
+    if (line.arguments().isEmpty() && !line.isSet("at"))
+        throw Failure(QStringLiteral("find needs words or --at LON,LAT"));
+    constexpr int fewEnoughToRead = 50;
+    const int limit = line.number("limit", 1, 1 << 20, fewEnoughToRead);
+    const Session session(line);
+    const auto catalogue = session.factory().mapinfoCoordSystem();
+    const MapinfoSearch search(*catalogue);
+    QString text;
+    QJsonArray list;
+    const QVector<MapinfoSearch::Hit> hits = hitsOf(line, search, limit);
+    for (const MapinfoSearch::Hit &hit : hits) {
+        const QString prj = catalogue->getStrMB(hit.position.first, hit.position.second);
+        text += entryLine(hit.epsg, hit.name, prj);
+        QJsonObject object{{QStringLiteral("name"), hit.name},
+                           {QStringLiteral("category"), hit.category},
+                           {QStringLiteral("coordsys"), prj}};
+        if (hit.epsg != CoordSystem::EPSG_UNDEFINDED)
+            object.insert(QStringLiteral("epsg"), hit.epsg);
+        list.append(object);
+    }
+    print(line.isSet("json") ? QString::fromUtf8(QJsonDocument(list).toJson()) : text);
+    return hits.isEmpty() ? SomeFailed : Success;
+}
+
+} // namespace
+
+const Command &listCommand()
+{
+    static const Command command = {
+        "list",
+        "[--category NAME | --check FILE]",
+        "The catalogue of named systems.",
+        R"(Without options the categories with their counts. With --category its systems, a
+line each: EPSG code or "-", name, CoordSys string, separated by tabs.
+--check reads another catalogue file and reports, by line, what is no entry,
+entries that cannot be built and duplicates; the exit status is 1 when there are
+any.
+
+Examples:
+  nivora-cs list
+)",
+        0,
+        {
+            {"category", "NAME", "The systems of one category, letter case does not count."},
+            {"check", "FILE", "Check a catalogue file."},
+        },
+        runList,
+    };
+    return command;
+}
+
+const Command &findCommand()
+{
+    static const Command command = {
+        "find",
+        "[options] WORDS...",
+        "Named systems by words, code or place.",
+        R"(A system is found when its name, category or EPSG code holds all words, in any
+order; letter case and accents do not count, and the system with just that code
+comes first. --at finds the systems whose area of use holds a place, the smallest
+area first. A line each: EPSG code or "-", name, CoordSys string, separated by
+tabs. The exit status is 1 when nothing was found.
+
+Examples:
+  nivora-cs find 32637
+  nivora-cs find --at 37.6,55.8 utm
+)",
+        Command::AnyCount,
+        {
+            {"at", "LON,LAT", "Systems in use at a place, degrees."},
+            {"limit", "N", "At most N lines, 50 when not given."},
+            {"json", nullptr, "A JSON list."},
+        },
+        runFind,
+    };
+    return command;
+}

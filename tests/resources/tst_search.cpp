@@ -1,0 +1,98 @@
+#include <support/Support.h>
+#include <support/TestRunner.h>
+
+#include <coordsys/MapinfoCoordSystem.h>
+#include <coordsys/MapinfoSearch.h>
+#include <coordsys/ProjLibMetadata.h>
+
+#include <QtMath>
+
+#include <cmath>
+
+using namespace nivora::cs;
+
+class TestSearch : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(m_factory = support::shippedFactory());
+        m_search = std::make_unique<MapinfoSearch>(*m_factory->mapinfoCoordSystem());
+    }
+
+    void words_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("firstCode");
+        QTest::newRow("a code alone") << "32637" << 32637;
+        QTest::newRow("a code that begins others") << "3857" << 3857;
+        QTest::newRow("words in any order, Cyrillic, capitals") << "ЗОНА крюгера 42 28407" << 28407;
+        QTest::newRow("punctuation is a blank") << "utm,37; 32637" << 32637;
+        QTest::newRow("accents do not count") << "LA\u0301MBERT RGF93 2154" << 2154;
+        QTest::newRow("nothing of the kind") << "qqqq" << -1;
+        QTest::newRow("no words") << " -- " << -1;
+        QTest::newRow("empty") << "" << -1;
+    }
+    void words()
+    {
+        QFETCH(QString, text);
+        QFETCH(int, firstCode);
+        const auto hits = m_search->find(text, 5);
+        QCOMPARE(hits.isEmpty() ? -1 : hits.first().epsg, firstCode);
+        QVERIFY(hits.size() <= 5);
+        QVERIFY(m_search->find(text, 0).isEmpty());
+    }
+
+    void everyWordIsHeld()
+    {
+        const auto hits = m_search->find(QStringLiteral("UTM юЖн 3"), 1000);
+        QVERIFY(hits.size() > 20);
+        for (const MapinfoSearch::Hit &hit : hits) {
+            const QString all = hit.name + hit.category + QString::number(hit.epsg);
+            for (const char *word : {"utm", "юж", "3"})
+                QVERIFY2(all.contains(QString::fromUtf8(word), Qt::CaseInsensitive), qPrintable(all));
+        }
+    }
+
+    void places_data()
+    {
+        QTest::addColumn<QPointF>("lonLat");
+        QTest::addColumn<int>("code");
+        QTest::newRow("Moscow: UTM zone 37") << QPointF(37.6, 55.8) << 32637;
+        QTest::newRow("Fiji: map grid, west of 180") << QPointF(178.2, -17.8) << 3460;
+        QTest::newRow("Fiji: map grid, east of 180") << QPointF(-179.5, -17.8) << 3460;
+        QTest::newRow("the same written beyond 180") << QPointF(180.5, -17.8) << 3460;
+        QTest::newRow("London: British grid") << QPointF(-0.1, 51.5) << 27700;
+    }
+    void places()
+    {
+        QFETCH(QPointF, lonLat);
+        QFETCH(int, code);
+        const auto hits = m_search->at(lonLat, 100000);
+        bool found = false;
+        double last = 0.0;
+        for (const MapinfoSearch::Hit &hit : hits) {
+            QRectF area = ProjLibMetadata().rectWgs84ForCrs(hit.epsg, ProjLibMetadata::EPSG);
+            if (area.width() < 0.0)
+                area.setWidth(area.width() + 360.0);
+            // Sizes on the sphere, as Archimedes has them: width by the difference of the sines of latitude.
+            const double size = area.width() * (std::sin(qDegreesToRadians(area.bottom())) -
+                                                std::sin(qDegreesToRadians(area.top())));
+            QVERIFY2(size >= last - 1e-9, qPrintable(hit.name)); // 1e-9: two ways of rounding one size
+            last = size;
+            QVERIFY(lonLat.y() >= area.top() && lonLat.y() <= area.bottom());
+            found = found || hit.epsg == code;
+        }
+        QVERIFY(found);
+        QVERIFY(m_search->at(QPointF(qQNaN(), 0), 10).isEmpty());
+        QCOMPARE(m_search->at(lonLat, 3).size(), 3);
+    }
+
+private:
+    std::shared_ptr<CoordSysFactory> m_factory;
+    std::unique_ptr<MapinfoSearch> m_search;
+};
+
+NIVORA_TEST(TestSearch)
+#include "tst_search.moc"
