@@ -105,6 +105,21 @@ PjHandle projObjectFor(const CoordSystem &cs, const TABProjInfo_t &record)
 CoordSystemPtr CoordSysFactory::createFromProj(const QString &proj) const
 {
     const CatalogueScope scope(*this);
+    const CoordSystemPtr cs = unnamedFromProj(proj);
+    cs->setDescription(m_mapinfo->getHumanReadableTextWithEpsg(*cs, true).first);
+    if (cs->description().isEmpty()) {
+        const int epsg = cs->epsg();
+        cs->setDescription(epsg == CoordSystem::EPSG_UNDEFINDED
+                               ? proj
+                               : ProjLibMetadata().nameCrs(epsg, ProjLibMetadata::EPSG));
+    }
+    cs->setSourceParameters({CoordSystem::Proj4, proj});
+    return cs;
+}
+
+/// A system without name, code and source.
+CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj) const
+{
     if (proj.isEmpty())
         throwEmpty();
     static const QRegularExpression start(QStringLiteral("^\\s*\\+proj=")); // "+proj=longlat …"
@@ -125,14 +140,6 @@ CoordSystemPtr CoordSysFactory::createFromProj(const QString &proj) const
     }
     if (!local)
         cs->setProj4(proj4FromString(proj));
-    cs->setDescription(m_mapinfo->getHumanReadableTextWithEpsg(*cs, true).first);
-    if (cs->description().isEmpty()) {
-        const int epsg = cs->epsg();
-        cs->setDescription(epsg == CoordSystem::EPSG_UNDEFINDED
-                               ? proj
-                               : ProjLibMetadata().nameCrs(epsg, ProjLibMetadata::EPSG));
-    }
-    cs->setSourceParameters({CoordSystem::Proj4, proj});
     return cs;
 }
 
@@ -197,7 +204,7 @@ CoordSystemPtr CoordSysFactory::createFromEpsg(int epsg) const
         const ProjLibMetadata database;
         const QString proj = database.projStringForCrs(epsg, ProjLibMetadata::EPSG);
         LOG_DEBUG(proj);
-        cs = createFromProj(proj);
+        cs = unnamedFromProj(proj); // searching the database for the code may take a tenth of a second
         cs->setDescription(database.nameCrs(epsg, ProjLibMetadata::EPSG));
     }
     cs->setEpsg(epsg);

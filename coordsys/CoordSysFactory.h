@@ -102,6 +102,7 @@ public:
 private:
     struct Lifeline;
 
+    CoordSystemPtr unnamedFromProj(const QString &proj) const;
     void nameFromCatalogue(CoordSystem &cs) const;
 
     QDir m_resourceDir;

@@ -26,6 +26,7 @@ constexpr double meridianToleranceDeg = 1e-8; // the driver keeps Paris 3e-9 deg
 constexpr double shiftTolerance = 1e-6;       // metres, arc-seconds (0.03 mm on the ground) and ppm alike
 constexpr double factorTolerance = 1e-9;      // relative
 constexpr int noDatum = 0;
+constexpr int wgs84Datum = 104;
 constexpr int webMercatorDatum = 157;
 constexpr int fullUserDatum = 9999;
 constexpr int shortUserDatum = 999;
@@ -50,6 +51,7 @@ struct Exported
     bool webMercator = false;
     bool hasEllipsoid = false;
     QString ellipsoid; ///< its name
+    QString datum;     ///< its name
     double semiMajorM = 0.0;
     double semiMinorM = 0.0;
     double meridianDeg = 0.0;
@@ -122,6 +124,7 @@ Exported exportedFrom(OGRSpatialReferenceH srs)
     out.semiMinorM = OSRGetSemiMinor(srs, &noMinor);
     out.hasEllipsoid = noMajor == OGRERR_NONE && noMinor == OGRERR_NONE;
     out.ellipsoid = QString::fromUtf8(OSRGetAttrValue(srs, "SPHEROID", 0));
+    out.datum = QString::fromUtf8(OSRGetAttrValue(srs, "DATUM", 0));
     out.meridianDeg = asWritten(OSRGetPrimeMeridian(srs, nullptr));
     out.shift = shiftOf(srs);
     out.webMercator = out.prj.startsWith(QLatin1String("Earth Projection 10,")) && isWebMercator(srs);
@@ -271,8 +274,35 @@ bool writeDatum(TABProjInfo_t &info, const Exported &exported, const ProjectionP
     return true;
 }
 
+/// The datum that the driver read, by number or by the figures of one. Its exporter does not find twenty of
+/// them again (OSGB 1936, Australia 1966, 1984 and 2020, MGI ...) and writes their figures.
+const MIDatumParam *datumOfDriver(const TABProjInfo_t &info, const Exported &exported,
+                                  const ProjectionParamsManager &manager)
+{
+    const auto &datums = manager.datums();
+    const auto found = std::find_if(datums.begin(), datums.end(), [&](const auto &datum) {
+        if (datum->name_mitab != exported.datum || datum->id == noDatum || datum->id == webMercatorDatum)
+            return false;
+        TABProjInfo_t numbered = info;
+        numbered.nEllipsoidId = static_cast<std::uint8_t>(datum->ellipsoid);
+        setShift(numbered, {datum->dx, datum->dy, datum->dz, datum->rx, datum->ry, datum->rz, datum->sa});
+        numbered.adDatumParams[4] = datum->pm;
+        return exported.shift && datumFits(numbered, exported, manager);
+    });
+    return found == datums.end() ? nullptr : found->get();
+}
+
+/// By name, a realization's included: "WGS_1984", "D_WGS_1984", "World Geodetic System 1984 (G2139)".
+bool isWgs84(const QString &datum)
+{
+    static const QRegularExpression name(QStringLiteral("^(D_)?(WGS|World[ _]Geodetic[ _]System)[ _](19)?84"),
+                                         QRegularExpression::CaseInsensitiveOption);
+    return name.match(datum).hasMatch();
+}
+
 /// The exporter writes WGS 84 for every datum that it has no number for, sometimes the number of another one,
-/// and the scale with the wrong sign. True when the record was changed.
+/// and the scale with the wrong sign. A datum nearer to WGS 84 than the axes tell keeps that number, but a
+/// shift of zero that nobody stated is told. True when the record was changed.
 bool mendDatum(TABProjInfo_t &info, const Exported &exported, const ProjectionParamsManager &manager)
 {
     if (info.nProjId == nonEarth || !exported.hasEllipsoid)
@@ -286,16 +316,19 @@ bool mendDatum(TABProjInfo_t &info, const Exported &exported, const ProjectionPa
         setShift(info, *exported.shift);
         if (!isThreeParameter(info))
             info.nDatumId = fullUserDatum;
+        if (const MIDatumParam *datum = datumOfDriver(info, exported, manager)) {
+            info.nDatumId = static_cast<std::int16_t>(datum->id);
+            return true;
+        }
     }
-    if (datumFits(info, exported, manager))
-        return false;
-    if (!writeDatum(info, exported, manager)) {
+    const bool fits = datumFits(info, exported, manager);
+    if (!fits && !writeDatum(info, exported, manager)) {
         logIncorrect(exported.prj);
         return false;
     }
-    if (!exported.shift)
+    if (!exported.shift && (!fits || (info.nDatumId == wgs84Datum && !isWgs84(exported.datum))))
         LOG_ERROR(QObject::tr("Сдвиг датума неизвестен, в строке PRJ он нулевой (%1)").arg(exported.prj));
-    return true;
+    return !fits;
 }
 
 /// The projection has no place for something that the reference has: told, not mended.

@@ -103,6 +103,8 @@ void TestSpatialReferenceText::text_data()
     unchanged("Earth Projection 8, 999, 3, 1, 2, 3, \"m\", 39, 0, 1, 0, 0");
     unchanged("Earth Projection 1, 9999, 3, 23.57, -140.95, -79.8, 0, -0.35, -0.79, -0.22, 0");
     unchanged("Earth Projection 1, 9999, 3, 23.57, -140.95, -79.8, 0, -0.35, -0.79, -0.22, 2.33722917");
+    unchanged("Earth Projection 1, 79");   // GDAL writes its figures
+    unchanged("Earth Projection 1, 1028"); // with the scale reversed
     unchanged("NonEarth Units \"rd\"");
 
     row("miles were dropped", "+proj=tmerc +lon_0=39 +x_0=804672 +units=mi +datum=WGS84",
@@ -130,6 +132,14 @@ void TestSpatialReferenceText::text_data()
         "1940\",6378245,298.3],TOWGS84[28,-130,-95,0,0,0,0],"
         "AUTHORITY[\"EPSG\",\"6284\"]],PRIMEM[\"Greenwich\",0],UNIT[\"degree\",0.0174532925199433]]",
         "Earth Projection 1, 999, 3, 28, -130, -95");
+    row("WGS 84 is only its ellipsoid",
+        "GEOGCS[\"Vietnam\",DATUM[\"Vietnam_2000\",SPHEROID[\"WGS 84\",6378137,298.257223563]],"
+        "PRIMEM[\"Greenwich\",0],UNIT[\"degree\",0.0174532925199433]]",
+        "Earth Projection 1, 104", noShift);
+    row("WGS 84 by another name",
+        "GEOGCS[\"x\",DATUM[\"D_WGS_1984\",SPHEROID[\"WGS_1984\",6378137,298.257223563]],"
+        "PRIMEM[\"Greenwich\",0],UNIT[\"Degree\",0.0174532925199433]]",
+        "Earth Projection 1, 104");
     row("Mercator of 157's ellipsoid", "+proj=merc +a=6378137.01 +rf=298.257223563",
         "Earth Projection 10, 999, 29, 0, 0, 0, \"m\", 0", noShift);
     row("no ellipsoid number", "+proj=longlat +a=6400000 +rf=300", "Earth Projection 1, 104", incorrect);
