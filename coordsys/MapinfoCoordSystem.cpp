@@ -30,23 +30,6 @@ bool hasRussianLetter(const QString &text)
     return std::any_of(text.begin(), text.end(), [](QChar c) { return letters.contains(c); });
 }
 
-// A catalogue begins with a heading in Russian or in plain ASCII. Windows-1251 bytes read as UTF-8 turn into
-// replacement characters, and the UTF-8 bytes of those read as Windows-1251 spell a Russian letter.
-QByteArray codecNameForTextFile(const QString &path)
-{
-    static const QByteArray utf8 = QByteArrayLiteral("UTF-8");
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return utf8;
-    QTextStream stream(&file);
-    stream.setCodec(utf8.constData());
-    const QString line = stream.readLine();
-    if (line.isEmpty() || hasRussianLetter(line))
-        return utf8;
-    const QTextCodec *windows = QTextCodec::codecForName("Windows-1251");
-    return windows && hasRussianLetter(windows->toUnicode(line.toUtf8())) ? windows->name() : utf8;
-}
-
 /// Appends the categories of a catalogue to \p categories, those without entries left out. Returns the number
 /// of entries read.
 int readCategories(QTextStream &stream, QList<CoordSystemParamsList> &categories)
@@ -73,6 +56,23 @@ int readCategories(QTextStream &stream, QList<CoordSystemParamsList> &categories
 }
 
 } // namespace
+
+// A catalogue begins with a heading in Russian or in plain ASCII. Windows-1251 bytes read as UTF-8 turn into
+// replacement characters, and the UTF-8 bytes of those read as Windows-1251 spell a Russian letter.
+QByteArray codecNameForTextFile(const QString &path)
+{
+    static const QByteArray utf8 = QByteArrayLiteral("UTF-8");
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return utf8;
+    QTextStream stream(&file);
+    stream.setCodec(utf8.constData());
+    const QString line = stream.readLine();
+    if (line.isEmpty() || hasRussianLetter(line))
+        return utf8;
+    const QTextCodec *windows = QTextCodec::codecForName("Windows-1251");
+    return windows && hasRussianLetter(windows->toUnicode(line.toUtf8())) ? windows->name() : utf8;
+}
 
 MapinfoCoordSystem::MapinfoCoordSystem(Creator creator)
     : m_creator(std::move(creator))
@@ -249,7 +249,7 @@ MapinfoCoordSystem::Position MapinfoCoordSystem::seekProj(const CoordSystem &cs,
         scope.emplace(*owner);
     const std::shared_ptr<const MapinfoIndex> index = indexForLookUps();
     if (!index)
-        return seekProjByWalk(cs, ignoreRect);
+        return walkEntries(cs, ignoreRect);
     const std::optional<SystemFacts> facts = factsOf(cs);
     if (!facts)
         return PairNone;
@@ -260,7 +260,7 @@ MapinfoCoordSystem::Position MapinfoCoordSystem::seekProj(const CoordSystem &cs,
     return PairNone;
 }
 
-MapinfoCoordSystem::Position MapinfoCoordSystem::seekProjByWalk(const CoordSystem &cs, bool ignoreRect) const
+MapinfoCoordSystem::Position MapinfoCoordSystem::walkEntries(const CoordSystem &cs, bool ignoreRect) const
 {
     for (int category = 0; category < m_categories.size(); ++category)
         for (int index = 0; index < m_categories.at(category).entries.size(); ++index)

@@ -2,6 +2,7 @@
 
 #include <coordsys/CoordSystemParams.h>
 
+#include <QByteArray>
 #include <QDir>
 #include <QFileInfo>
 #include <QFuture>
@@ -19,6 +20,10 @@ namespace nivora::cs {
 
 class CatalogueSource;
 class MapinfoIndex;
+
+/// The encoding in which loadFromPRJ() reads a file, told by the first line: Windows-1251 when that line is
+/// Russian in it, else (and for a file that cannot be opened) UTF-8.
+NIVORA_CS_EXPORT QByteArray codecNameForTextFile(const QString &path);
 
 /// The catalogue of named MapInfo coordinate systems: categories of entries read from
 /// "projections_<language>.prj". Systems are built on demand through a creator and cached by position
@@ -63,9 +68,6 @@ public:
     /// PairNone. An entry that cannot be built is unequal (logged once).
     Position seekProj(const CoordSystem &cs, bool ignoreRect) const;
     Position seekProj(const CoordSystemPtr &cs, bool ignoreRect) const;
-    /// The same answer by comparing with every entry in turn, which builds them all: what the index of
-    /// seekProj() is measured against.
-    Position seekProjByWalk(const CoordSystem &cs, bool ignoreRect) const;
     /// Name and EPSG code of that entry; (null, EPSG_UNDEFINDED) when there is none.
     std::pair<QString, int> getHumanReadableTextWithEpsg(const CoordSystem &cs, bool ignoreRect) const;
 
@@ -80,6 +82,7 @@ public:
 private:
     const CoordSystemParams *entry(int category, int index) const;
     CoordSystemPtr buildForLookUp(int category, int index) const;
+    Position walkEntries(const CoordSystem &cs, bool ignoreRect) const;
     void fillCache();
     std::shared_ptr<const MapinfoIndex> indexForLookUps() const;
 
