@@ -1,6 +1,7 @@
 // What the library adds to the engines' own cost. Each figure runs beside the bare call on the very same kind
 // of PROJ object, made from the same texts, and both must give the same coordinates before anything is timed.
 
+#include "CatalogueBenchmarks.h"
 #include "Comparison.h"
 
 #include <coordsys/CoordSysFactory.h>
@@ -9,7 +10,6 @@
 #include <coordsys/ProjEngine.h>
 
 #include <cpl_error.h>
-#include <ogr_srs_api.h>
 #include <proj.h>
 
 #include <QCoreApplication>
@@ -209,61 +209,6 @@ void addConstruction(const std::shared_ptr<const Pair> &pair)
     comparison::add({"CoordTransform of a known pair", 2.0, Row::Microseconds}, library, nullptr);
 }
 
-void addCreation(const std::shared_ptr<CoordSysFactory> &factory, const QString &prj)
-{
-    const CoordSystemPtr made = factory->createFromPrj(prj);
-    if (made->description().isEmpty())
-        giveUp(QStringLiteral("not in the catalogue: ") + prj);
-    const QByteArray text = prj.toUtf8();
-    const QByteArray projText = fixedProjString(made->projStr(), true).toUtf8();
-
-    const auto library = [factory, prj](State &state) {
-        for (auto _ : state)
-            benchmark::DoNotOptimize(factory->createFromPrj(prj));
-    };
-    const auto engine = [text, projText](State &state) {
-        for (auto _ : state) {
-            const OGRSpatialReferenceH srs = OSRNewSpatialReference(nullptr);
-            if (OSRImportFromMICoordSys(srs, text.constData()) != OGRERR_NONE)
-                state.SkipWithError("GDAL refuses the text");
-            const PjHandle pj = ownPj(proj_create(globalProjContext(), projText.constData()));
-            benchmark::DoNotOptimize(pj.get());
-            OSRDestroySpatialReference(srs);
-        }
-    };
-    comparison::add({"createFromPrj of a catalogued string", 0.0, Row::Ratio}, library, engine);
-}
-
-/// The catalogue has no equal system, and none has been built for a comparison yet.
-void addUnknownCreation(const QString &userDir)
-{
-    const QString prj =
-        QStringLiteral("CoordSys Earth Projection 8, 1001, \"m\", 38.4836, 0, 1, 250000, -5700000");
-    const auto library = [userDir, prj](State &state) {
-        for (auto _ : state) {
-            state.PauseTiming();
-            CoordSysFactory factory(QStringLiteral(NIVORA_RESOURCES), userDir, QStringLiteral("ru"));
-            if (!factory.initCoordSystemEnvironment())
-                state.SkipWithError("failed");
-            state.ResumeTiming();
-            benchmark::DoNotOptimize(factory.createFromPrj(prj));
-        }
-    };
-    comparison::add({"first createFromPrj of an unknown string", 0.0, Row::Microseconds}, library, nullptr);
-}
-
-void addStartUp(const QString &userDir)
-{
-    const auto library = [userDir](State &state) {
-        for (auto _ : state) {
-            CoordSysFactory factory(QStringLiteral(NIVORA_RESOURCES), userDir, QStringLiteral("ru"));
-            if (!factory.initCoordSystemEnvironment())
-                state.SkipWithError("failed");
-        }
-    };
-    comparison::add({"initCoordSystemEnvironment", 0.0, Row::Microseconds}, library, nullptr);
-}
-
 } // namespace
 
 int main(int argc, char **argv)
@@ -276,13 +221,13 @@ int main(int argc, char **argv)
         return 1;
 
     const QTemporaryDir userDir;
+    comparison::printResidentMemory(userDir.path());
     const auto factory = std::make_shared<CoordSysFactory>(QStringLiteral(NIVORA_RESOURCES), userDir.path(),
                                                            QStringLiteral("ru"));
     if (!factory->initCoordSystemEnvironment())
         giveUp(QStringLiteral("cannot load the catalogues"));
     CoordSysFactory::setDefaultCoordSysFactory(factory);
 
-    const QString zone7 = QStringLiteral("CoordSys Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0");
     const CoordSystemPtr utm = factory->createFromEpsg(32637);
     const auto toUtm = std::make_shared<const Pair>(factory->createFromEpsg(4326), utm);
     const auto shifted = std::make_shared<const Pair>(
@@ -296,9 +241,7 @@ int main(int argc, char **argv)
     addSinglePointOfSystem(utm, few);
     addMesh(toUtm);
     addConstruction(toUtm);
-    addCreation(factory, zone7);
-    addUnknownCreation(userDir.path());
-    addStartUp(userDir.path());
+    comparison::addCatalogue(factory, userDir.path());
 
     comparison::Reporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
