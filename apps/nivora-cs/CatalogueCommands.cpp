@@ -1,3 +1,4 @@
+#include "CatalogueCheck.h"
 #include "CommandLine.h"
 #include "Commands.h"
 #include "Output.h"
@@ -6,20 +7,15 @@
 
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapinfoCoordSystem.h>
-#include <coordsys/MapinfoPrjReader.h>
 #include <coordsys/MapinfoSearch.h>
 
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
-#include <QTextStream>
 
 using nivora::cs::CoordSystem;
-using nivora::cs::CoordSystemParams;
 using nivora::cs::CoordSystemParamsList;
-using nivora::cs::MapinfoPrjReader;
 using nivora::cs::MapinfoSearch;
 
 namespace {
@@ -35,51 +31,11 @@ QString entryLine(int epsg, const QString &name, const QString &prj)
     return codeText(epsg) + QLatin1Char('\t') + name + QLatin1Char('\t') + prj + QLatin1Char('\n');
 }
 
-/// Reads a catalogue file as the library does and reports what it passes over in silence.
-int checkFile(const Session &session, const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw Failure(QStringLiteral("%1: %2").arg(path, file.errorString()));
-    QTextStream stream(&file);
-    stream.setCodec("UTF-8");
-    MapinfoPrjReader reader(&stream);
-    int findings = 0;
-    const auto found = [&](const QString &what) {
-        ++findings;
-        print(QStringLiteral("line %1: %2\n").arg(QString::number(reader.currentLineNumber()), what));
-    };
-    QObject::connect(&reader, &MapinfoPrjReader::rejected, &reader, [&] {
-        found(QStringLiteral("not an entry: %1").arg(oneLine(reader.currentLineTextRef().toString())));
-    });
-    QSet<QString> seen;
-    while (reader.readNext()) {
-        if (!reader.capturedCategoryName().isNull())
-            continue;
-        const CoordSystemParams entry = reader.prj();
-        const QString prj = entry.asPrjString();
-        const QString whole =
-            codeText(entry.epsg()) + QLatin1Char('\t') + entry.name() + QLatin1Char('\t') + prj;
-        if (seen.contains(whole)) {
-            found(QStringLiteral("duplicate: %1").arg(entry.name()));
-            continue;
-        }
-        seen.insert(whole);
-        try {
-            session.factory().createWithoutDescription(prj);
-        } catch (const std::exception &e) {
-            found(QStringLiteral("cannot be built: %1: %2")
-                      .arg(entry.name(), oneLine(QString::fromUtf8(e.what()))));
-        }
-    }
-    return findings == 0 ? Success : SomeFailed;
-}
-
 int runList(const CommandLine &line)
 {
     const Session session(line);
     if (line.isSet("check"))
-        return checkFile(session, line.value("check"));
+        return checkCatalogue(session.factory(), line.value("check"));
     const auto catalogue = session.factory().mapinfoCoordSystem();
     const QList<CoordSystemParamsList> categories = catalogue->projectionList();
     const QString wanted = line.value("category");
@@ -176,9 +132,10 @@ const Command &listCommand()
         "The catalogue of named systems.",
         R"(Without options the categories with their counts. With --category its systems, a
 line each: EPSG code or "-", name, CoordSys string, separated by tabs.
---check reads another catalogue file and reports, by line, what is no entry,
-entries that cannot be built and duplicates; the exit status is 1 when there are
-any.
+--check reads another catalogue file and reports, by line, what loading it would
+pass over in silence: lines that are no entry, entries that cannot be built or
+lack values, duplicates, bytes of another encoding, an end that may be cut off;
+the exit status is 1 when there are any.
 
 Examples:
   nivora-cs list

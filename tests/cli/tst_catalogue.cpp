@@ -44,28 +44,72 @@ private Q_SLOTS:
                     .isRefusal(QStringLiteral("no category")));
     }
 
+    void check_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QStringList>("findings"); // how the lines of the output begin
+        const QByteArray heading = "\"---Mine---\"\n";
+        const QByteArray zone37 = "\"Zone 37\\p32637\", 8, 104, 7, 39, 0, 0.9996, 500000, 0\n";
+        const auto row = [](const char *name, const QByteArray &content, const QStringList &findings) {
+            QTest::newRow(name) << content << findings;
+        };
+        const QByteArray windows = "\"---\xCC\xEE\xE8---\"\n"; // Мои in Windows-1251
+
+        row("nothing", "", {});
+        row("comments, blank lines, entries before a heading", zone37 + "# a comment\n\n" + heading, {});
+        row("line breaks of Windows", heading + "\"A\", 1, 104\r\n\"B\", 1, 0\r\n", {});
+        row("one encoding all through", windows + "\"\xC0\", 1, 104\n", {});
+        row("no entry", heading + "no entry at all\n\"No values\",\n",
+            {QStringLiteral("line 2: not an entry: no entry at all"),
+             QStringLiteral("line 3: not an entry: \"No values\"")});
+        row("unknown datum", heading + "\"Datum 900\", 8, 900, 7, 39, 0, 0.9996, 500000, 0\n",
+            {QStringLiteral("line 2: cannot be built: Datum 900: ")});
+        row("projection that PROJ refuses", heading + "\"Scale 0\", 8, 104, 7, 39, 0, 0, 500000, 0\n",
+            {QStringLiteral("line 2: cannot be built: Scale 0: ")});
+        row("the same again", heading + zone37 + zone37,
+            {QStringLiteral("line 3: duplicate of line 2: Zone 37")});
+        row("a code again", heading + zone37 + "\"Other\\p32637\", 1, 104\n",
+            {QStringLiteral("line 3: duplicate of the code 32637 on line 2: Other")});
+        row("cut off within an entry", heading + "\"Zone 38\", 8, 104, 7, 45, 0, 0.9996, 50",
+            {QStringLiteral("line 2: 7 values where 8 are needed: Zone 38"),
+             QStringLiteral("line 2: no line break at the end")});
+        row("cut off within a name", heading + "\"Zone 3",
+            {QStringLiteral("line 2: not an entry: \"Zone 3"),
+             QStringLiteral("line 2: no line break at the end")});
+        row("a user datum that lacks figures", heading + "\"Mine\", 1, 9999, 3, 1, 2, 3, 0, 0, 0\n",
+            {QStringLiteral("line 2: 9 values where 11 are needed: Mine")});
+        row("Windows-1251 behind a plain heading", heading + "\"\xC0\xE1\", 1, 104\n",
+            {QStringLiteral("line 2: not UTF-8")});
+        row("UTF-8 behind a Windows-1251 heading", windows + "\"Абв\", 1, 104\n",
+            {QStringLiteral("line 2: UTF-8, where the first line is in windows-1251")});
+        row("sixteen bits a sign", QByteArray("\"\0A\0\"\0,\0\n", 9),
+            {QStringLiteral("line 1: not an entry"), QStringLiteral("line 1: a zero byte")});
+    }
+
+    /// What loading passes over in silence is told here, each line by its number.
     void check()
     {
+        QFETCH(QByteArray, content);
+        QFETCH(QStringList, findings);
         const QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("own.prj"));
         QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("\"---Mine---\"\n"
-                   "# a comment\n"
-                   "\"Good\\p32637\", 8, 104, 7, 39, 0, 0.9996, 500000, 0\n"
-                   "no entry at all\n"
-                   "\"Unknown datum\", 8, 900, 7, 39, 0, 0.9996, 500000, 0\n"
-                   "\"Good\\p32637\", 8, 104, 7, 39, 0, 0.9996, 500000, 0\n");
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
         file.close();
-        const CliRun bad = run({QStringLiteral("list"), QStringLiteral("--check"), path});
-        QCOMPARE(bad.status, 1);
-        QCOMPARE(bad.outLines().size(), 3);
-        QVERIFY2(bad.outLines().at(0).startsWith("line 4: not an entry") &&
-                     bad.outLines().at(1).startsWith("line 5: cannot be built: Unknown datum") &&
-                     bad.outLines().at(2).startsWith("line 6: duplicate"),
-                 bad.out);
-        QVERIFY(run({QStringLiteral("list"), QStringLiteral("--check"), dir.filePath(QStringLiteral("none"))})
-                    .isRefusal(QStringLiteral("none")));
+        const CliRun checked = run({QStringLiteral("list"), QStringLiteral("--check"), path});
+        QCOMPARE(checked.status, findings.isEmpty() ? 0 : 1);
+        const QList<QByteArray> lines = checked.outLines();
+        QVERIFY2(lines.size() == findings.size(), checked.out);
+        for (int i = 0; i < lines.size(); ++i)
+            QVERIFY2(QString::fromUtf8(lines.at(i)).startsWith(findings.at(i)), checked.out);
+    }
+
+    void checkOfShippedAndMissing()
+    {
+        const QString shipped = support::resources().filePath(QStringLiteral("projections_ru.prj"));
+        QCOMPARE(run({QStringLiteral("list"), QStringLiteral("--check"), shipped}).out, QByteArray());
+        QVERIFY(run({QStringLiteral("list"), QStringLiteral("--check"), QStringLiteral("/none")})
+                    .isRefusal(QStringLiteral("/none")));
     }
 };
 

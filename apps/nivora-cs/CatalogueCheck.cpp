@@ -1,0 +1,149 @@
+#include "CatalogueCheck.h"
+
+#include "Output.h"
+
+#include <coordsys/CoordSystem.h>
+#include <coordsys/MapinfoCoordSystem.h>
+#include <coordsys/MapinfoPrjReader.h>
+#include <coordsys/TABProjInfo.h>
+
+#include <QFile>
+#include <QHash>
+#include <QTextCodec>
+#include <QTextStream>
+
+using namespace nivora::cs;
+
+namespace {
+
+bool isUtf8(const QByteArray &bytes)
+{
+    QTextCodec::ConverterState state;
+    QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
+    return state.invalidChars == 0 && state.remainingChars == 0;
+}
+
+bool isAscii(const QByteArray &bytes)
+{
+    return std::all_of(bytes.begin(), bytes.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
+}
+
+/// How many values an entry needs: projection, datum, a user datum's figures, unit, parameters. 0 when that
+/// cannot be told.
+int valuesNeeded(const QStringList &values)
+{
+    constexpr int longitudeLatitude = 1;
+    constexpr int shortUserDatum =
+        999; // ellipsoid and shift follow; rotations, scale, meridian with the other
+    const int projection = values.value(0).toInt();
+    const int datum = values.value(1).toInt();
+    const int parameters = paramForPrj(projection);
+    if (projection != longitudeLatitude && parameters == 0)
+        return 0;
+    const int figures = !isUserDatum(datum) ? 0 : datum == shortUserDatum ? 4 : 9;
+    return 2 + figures + (projection == longitudeLatitude ? 0 : 1 + parameters);
+}
+
+class Check
+{
+public:
+    Check(const CoordSysFactory &factory, const QString &path)
+        : m_factory(factory)
+        , m_codec(codecNameForTextFile(path))
+    {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
+            throw Failure(QStringLiteral("%1: %2").arg(path, file.errorString()));
+        m_bytes = file.readAll();
+    }
+
+    /// Number of findings.
+    int run()
+    {
+        const QList<QByteArray> lines = m_bytes.split('\n');
+        QTextStream stream(m_bytes);
+        stream.setCodec(m_codec.constData());
+        MapinfoPrjReader reader(&stream);
+        QObject::connect(&reader, &MapinfoPrjReader::captured, &reader, [&] {
+            m_line = reader.currentLineNumber();
+            encoding(lines.value(m_line - 1));
+        });
+        QObject::connect(&reader, &MapinfoPrjReader::rejected, &reader, [&] {
+            m_line = reader.currentLineNumber();
+            found(QStringLiteral("not an entry: %1").arg(oneLine(reader.currentLineTextRef().toString())));
+        });
+        while (reader.readNext())
+            if (reader.capturedCategoryName().isNull())
+                entry(reader.prj());
+        if (!m_bytes.isEmpty() && !m_bytes.endsWith('\n'))
+            found(QStringLiteral("no line break at the end of the file, which may be cut off"));
+        return m_findings;
+    }
+
+private:
+    void found(const QString &what)
+    {
+        ++m_findings;
+        print(QStringLiteral("line %1: %2\n").arg(QString::number(m_line), what));
+    }
+
+    void encoding(const QByteArray &bytes)
+    {
+        const bool readAsUtf8 = m_codec == "UTF-8";
+        if (bytes.contains('\0'))
+            found(QStringLiteral("a zero byte: not a text of one byte a sign"));
+        else if (isAscii(bytes))
+            return;
+        else if (readAsUtf8 && !isUtf8(bytes))
+            found(QStringLiteral("not UTF-8, which the first line lets expect"));
+        else if (!readAsUtf8 && isUtf8(bytes))
+            found(QStringLiteral("UTF-8, where the first line is in %1").arg(QString::fromLatin1(m_codec)));
+    }
+
+    void entry(const CoordSystemParams &entry)
+    {
+        const QString prj = entry.asPrjString();
+        const QString same = entry.name() + QLatin1Char('\t') + prj;
+        const int needed = valuesNeeded(entry.params);
+        if (m_texts.contains(same))
+            found(QStringLiteral("duplicate of line %1: %2")
+                      .arg(QString::number(m_texts.value(same)), entry.name()));
+        else if (entry.epsg() > 0 && m_codes.contains(entry.epsg()))
+            found(QStringLiteral("duplicate of the code %1 on line %2: %3")
+                      .arg(QString::number(entry.epsg()), QString::number(m_codes.value(entry.epsg())),
+                           entry.name()));
+        else if (entry.params.size() < needed)
+            found(QStringLiteral("%1 values where %2 are needed: %3")
+                      .arg(QString::number(entry.params.size()), QString::number(needed), entry.name()));
+        else
+            build(entry.name(), prj);
+        if (!m_texts.contains(same))
+            m_texts.insert(same, m_line);
+        if (!m_codes.contains(entry.epsg()))
+            m_codes.insert(entry.epsg(), m_line);
+    }
+
+    void build(const QString &name, const QString &prj)
+    {
+        try {
+            m_factory.createWithoutDescription(prj);
+        } catch (const std::exception &e) {
+            found(QStringLiteral("cannot be built: %1: %2").arg(name, oneLine(QString::fromUtf8(e.what()))));
+        }
+    }
+
+    const CoordSysFactory &m_factory;
+    QByteArray m_codec;
+    QByteArray m_bytes;
+    QHash<QString, int> m_texts; ///< name and CoordSys string to line
+    QHash<int, int> m_codes;     ///< EPSG code to line
+    int m_line = 0;
+    int m_findings = 0;
+};
+
+} // namespace
+
+int checkCatalogue(const CoordSysFactory &factory, const QString &path)
+{
+    return Check(factory, path).run() == 0 ? Success : SomeFailed;
+}
