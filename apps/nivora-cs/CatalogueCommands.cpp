@@ -9,13 +9,18 @@
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/MapinfoSearch.h>
 
+#include <QDir>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
 
+using nivora::cs::CoordSysFactory;
 using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemParamsList;
+using nivora::cs::CoordSystemPtr;
+using nivora::cs::MapinfoCoordSystem;
 using nivora::cs::MapinfoSearch;
 
 namespace {
@@ -96,6 +101,22 @@ QVector<MapinfoSearch::Hit> hitsOf(const CommandLine &line, const MapinfoSearch 
     return both;
 }
 
+/// The search as a user expects it: names of both languages, and towns.
+void addWhatUsersType(MapinfoSearch &search, const CoordSysFactory &factory)
+{
+    const QString catalogue = QStringLiteral("projections_%1.prj");
+    const QFileInfoList files =
+        factory.resourceDir().entryInfoList({catalogue.arg(QLatin1Char('*'))}, QDir::Files);
+    for (const QFileInfo &file : files) {
+        if (file.fileName() == catalogue.arg(factory.language()))
+            continue;
+        MapinfoCoordSystem names([](const QString &) { return CoordSystemPtr(); });
+        names.loadFromPRJ(file);
+        search.addNames(names);
+    }
+    search.loadPlaces(QFileInfo(factory.resourceDir(), QStringLiteral("places.tsv")));
+}
+
 int runFind(const CommandLine &line)
 {
     if (line.arguments().isEmpty() && !line.isSet("at"))
@@ -104,7 +125,8 @@ int runFind(const CommandLine &line)
     const int limit = line.number("limit", 1, 1 << 20, fewEnoughToRead);
     const Session session(line);
     const auto catalogue = session.factory().mapinfoCoordSystem();
-    const MapinfoSearch search(*catalogue);
+    MapinfoSearch search(*catalogue);
+    addWhatUsersType(search, session.factory());
     QString text;
     QJsonArray list;
     const QVector<MapinfoSearch::Hit> hits = hitsOf(line, search, limit);
@@ -157,13 +179,15 @@ const Command &findCommand()
         "[options] WORDS...",
         "Named systems by words, code or place.",
         R"(A system is found when its name, category or EPSG code holds all words, in any
-order; letter case and accents do not count, and the system with just that code
-comes first. --at finds the systems whose area of use holds a place, the smallest
+order and in either language; letter case and accents do not count, and the
+system with just that code comes first. A town among the words adds the systems in
+use there. --at finds the systems whose area of use holds a place, the smallest
 area first. A line each: EPSG code or "-", name, CoordSys string, separated by
 tabs. The exit status is 1 when nothing was found.
 
 Examples:
   nivora-cs find 32637
+  nivora-cs find utm Pskov
   nivora-cs find --at 37.6,55.8 utm
 )",
         Command::AnyCount,

@@ -19,6 +19,10 @@ private Q_SLOTS:
     {
         QVERIFY(m_factory = support::shippedFactory());
         m_search = std::make_unique<MapinfoSearch>(*m_factory->mapinfoCoordSystem());
+        MapinfoCoordSystem english([](const QString &) { return CoordSystemPtr(); });
+        english.loadFromPRJ(support::resources(), QStringLiteral("en"));
+        m_search->addNames(english);
+        QVERIFY(m_search->loadPlaces(QFileInfo(support::resources(), QStringLiteral("places.tsv"))) > 200);
     }
 
     void words_data()
@@ -30,6 +34,12 @@ private Q_SLOTS:
         QTest::newRow("words in any order, Cyrillic, capitals") << "ЗОНА крюгера 42 28407" << 28407;
         QTest::newRow("punctuation is a blank") << "utm,37; 32637" << 32637;
         QTest::newRow("accents do not count") << "LA\u0301MBERT RGF93 2154" << 2154;
+        QTest::newRow("letters and digits run together") << "wgs84" << 4326;
+        QTest::newRow("the other language") << "longitude pulkovo 4284" << 4284;
+        QTest::newRow("words of both languages") << "Pulkovo зона Gauss 28407" << 28407;
+        QTest::newRow("what is in use in a town") << "лондон национальная" << 27700;
+        QTest::newRow("the longest name of a town") << "нижний новгород ск-95 3°" << 2649;
+        QTest::newRow("a town that the catalogue names") << "Berlin Soldner" << 3068;
         QTest::newRow("nothing of the kind") << "qqqq" << -1;
         QTest::newRow("no words") << " -- " << -1;
         QTest::newRow("empty") << "" << -1;
@@ -87,6 +97,20 @@ private Q_SLOTS:
         QVERIFY(found);
         QVERIFY(m_search->at(QPointF(qQNaN(), 0), 10).isEmpty());
         QCOMPARE(m_search->at(lonLat, 3).size(), 3);
+    }
+
+    void brokenPlaces()
+    {
+        const support::ResourceCopy copy;
+        copy.write(QStringLiteral("places.tsv"),
+                   "# lon\tlat\tnames\n28.33\t57.82\tPlace one;P1\nx\t1\tPlace two\n"
+                   "1\t2\n\n3\t4\t;\n-0.1\t51.5\tPlace three");
+        MapinfoSearch search(*m_factory->mapinfoCoordSystem());
+        QCOMPARE(search.loadPlaces(QFileInfo(copy.dir(), QStringLiteral("places.tsv"))), 3);
+        QCOMPARE(search.find(QStringLiteral("place one 32635"), 1).value(0).epsg, 32635);
+        QVERIFY(search.find(QStringLiteral("place two"), 1).isEmpty());
+        QCOMPARE(search.find(QStringLiteral("place three 27700"), 1).value(0).epsg, 27700);
+        QCOMPARE(search.loadPlaces(QFileInfo(copy.dir(), QStringLiteral("none"))), -1);
     }
 
 private:

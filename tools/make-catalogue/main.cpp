@@ -96,6 +96,8 @@ int generate(const Options &options)
     output.put(QStringLiteral("projections_en.prj"), projectionsPrj(catalogue, Language::English));
     output.put(QStringLiteral("cs_mbr.xml"), boundsXml(generator.bounds(), versions));
     output.put(QStringLiteral("OracleSRID.xml"), oracleXml(legacy, catalogue, versions));
+    output.put(QStringLiteral("places.tsv"),
+               placesTsv(Table(options.tables + QStringLiteral("/cities.tsv"))));
     Output report(QFileInfo(options.tables).path(), options.check);
     report.put(QStringLiteral("refused.tsv"), refusedTsv(generator.refusals()));
     return options.check && output.changed() + report.changed() > 0 ? 1 : 0;
