@@ -75,7 +75,7 @@ void addFirstLookUp(const CoordSystemPtr &stranger, const QString &userDir)
             state.ResumeTiming();
         }
     };
-    add({"first look-up that finds nothing", 10000.0, Row::Microseconds}, library, nullptr);
+    add({"first look-up that finds nothing", 10000.0, Row::Microseconds, 1}, library, nullptr);
 }
 
 /// What \p work leaves resident in a process of its own, in kilobytes.
@@ -137,7 +137,7 @@ void addCatalogue(const std::shared_ptr<CoordSysFactory> &factory, const QString
             if (!freshFactory(userDir))
                 state.SkipWithError("cannot load the catalogues");
     };
-    add({"initCoordSystemEnvironment", 150000.0, Row::Microseconds}, startUp, nullptr);
+    add({"initCoordSystemEnvironment", 150000.0, Row::Microseconds, 3}, startUp, nullptr);
     addFirstLookUp(stranger, userDir);
     const auto lookUp = [catalogue, stranger](State &state) {
         for (auto _ : state)

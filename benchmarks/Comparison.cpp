@@ -30,9 +30,14 @@ void add(const Row &row, const std::function<void(benchmark::State &)> &library,
          const std::function<void(benchmark::State &)> &engine)
 {
     rows().push_back(row);
-    benchmark::RegisterBenchmark((row.name + "/library").c_str(), library)->Repetitions(repetitions);
+    const auto registerSide = [&row](const char *side, const std::function<void(benchmark::State &)> &work) {
+        auto *one = benchmark::RegisterBenchmark((row.name + side).c_str(), work)->Repetitions(repetitions);
+        if (row.iterations > 0)
+            one->Iterations(row.iterations);
+    };
+    registerSide("/library", library);
     if (engine)
-        benchmark::RegisterBenchmark((row.name + "/engine").c_str(), engine)->Repetitions(repetitions);
+        registerSide("/engine", engine);
 }
 
 bool Reporter::ReportContext(const Context &context)

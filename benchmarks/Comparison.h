@@ -15,6 +15,7 @@ struct Row
     std::string name;
     double aim; ///< the ratio library / engine, or microseconds of the library where there is no engine call
     enum Kind { Ratio, Microseconds } kind;
+    int iterations = 0; ///< in each repetition; 0 for as many as half a second takes
 };
 
 /// Registers "name/library" and "name/engine" and remembers the aim (0 for none). A null \p engine leaves the
