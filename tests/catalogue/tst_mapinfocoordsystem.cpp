@@ -29,16 +29,208 @@ class TestMapinfoCoordSystem : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void encodings_data();
-    void encodings();
-    void categories();
-    void strings();
-    void cache();
-    void equality();
-    void brokenEntry();
-    void clearDuringFill();
-    void fillMeetsBrokenEntry();
-    void cleared();
+    void encodings_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("heading");
+        QTest::addColumn<QString>("name");
+        const QString text = QString::fromUtf8("\"---Россия---\"\n\"Пулково\", 1, 1001\n");
+        const QByteArray windows = QTextCodec::codecForName("Windows-1251")->fromUnicode(text);
+        const QString russia = QString::fromUtf8("Россия");
+        const QString pulkovo = QString::fromUtf8("Пулково");
+        const QByteArray ascii("\"---World---\"\n");
+        const QByteArray entry = QString::fromUtf8("\"Пулково\", 1, 1001\n").toUtf8();
+        QTest::newRow("UTF-8") << text.toUtf8() << russia << pulkovo;
+        QTest::newRow("UTF-8 with byte order mark") << "\xEF\xBB\xBF" + text.toUtf8() << russia << pulkovo;
+        QTest::newRow("Windows-1251") << windows << russia << pulkovo;
+        QTest::newRow("plain heading, UTF-8") << ascii + entry << QStringLiteral("World") << pulkovo;
+        QTest::newRow("plain heading, UTF-8 with mark")
+            << "\xEF\xBB\xBF" + ascii + entry << QStringLiteral("World") << pulkovo;
+        QTest::newRow("first line empty: UTF-8 whatever follows")
+            << "\n" + windows << QString(6, QChar(0xFFFD)) << QString(7, QChar(0xFFFD));
+    }
+    void encodings()
+    {
+        QFETCH(QByteArray, content);
+        write(content);
+        const support::LogCapture quiet;
+        MapinfoCoordSystem catalogue(bare);
+        QVERIFY(catalogue.loadFromPRJ(QDir(m_dir.path()), QStringLiteral("ru")));
+        QCOMPARE(catalogue.projectionList().size(), 1);
+        QTEST(catalogue.projectionList().at(0).name, "heading");
+        QTEST(catalogue.projectionList().at(0).entries.at(0).name(), "name");
+    }
+
+    void categories()
+    {
+        write("\"A\", 1, 0\nrejected\n\"---dropped---\"\n\"---B---\"\n\"B1\\p1\", 8\n\"B2\", "
+              "8\n\"---last---\"\n");
+        const support::LogCapture log;
+        MapinfoCoordSystem catalogue(bare);
+        catalogue.loadFromPRJ(m_file);
+        QCOMPARE(catalogue.projectionList().size(), 2);
+        QVERIFY(catalogue.projectionList().at(0).name.isNull());
+        QCOMPARE(catalogue.projectionList().at(1).name, QStringLiteral("B"));
+        QCOMPARE(catalogue.projectionList().at(1).entries.size(), 2);
+
+        VERIFY_THROWS(std::runtime_error, catalogue.loadFromPRJ(QDir(m_dir.path()), QStringLiteral("xx")),
+                      QString::fromUtf8("Не могу открыть файл projections_xx.prj"));
+        const CoordSystemPtr kept = catalogue.getProj(1, 0);
+        write("\"------\"\n\"C\", 1, 104\n");
+        catalogue.loadFromPRJ(m_file);
+        QCOMPARE(catalogue.projectionList().size(), 3);
+        QVERIFY(!catalogue.projectionList().at(2).name.isNull());
+        QCOMPARE(catalogue.getProj(1, 0), kept);
+        QCOMPARE(log.lines(QStringLiteral("debug")),
+                 QStringList({QString::fromUtf8("Категорий: 2, Проекций: 3"),
+                              QString::fromUtf8("Категорий: 3, Проекций: 1")}));
+        QCOMPARE(log.lines(QStringLiteral("info")).at(0),
+                 QString::fromUtf8("Файл с проекциями: ") + m_file.absoluteFilePath());
+    }
+
+    void strings()
+    {
+        write("\"A\\p4326\", 1, 104\n\"plan\", 0, 7\n\"word\", x, 7\n\"second\\p4326\", 1, 0\n");
+        const support::LogCapture quiet;
+        MapinfoCoordSystem catalogue(bare);
+        catalogue.loadFromPRJ(m_file);
+        QCOMPARE(catalogue.getStrMB(0, 0), QStringLiteral("Earth Projection 1, 104"));
+        QCOMPARE(catalogue.projectionList().at(0).entries.at(0).asPrjString(),
+                 QStringLiteral("Earth Projection 1,104"));
+        QCOMPARE(catalogue.getStrMB(0, 1), QStringLiteral("NonEarth 0, 7"));
+        QCOMPARE(catalogue.getStrMB(0, 2), QStringLiteral("NonEarth x, 7"));
+        QCOMPARE(catalogue.seekByEPSG(4326), catalogue.getStrMB(0, 0));
+        QVERIFY(catalogue.seekByEPSG(4327).isNull());
+
+        const QString noCategory =
+            QString::fromUtf8("Каталог координатных систем MapInfo не содержит категории с номером %1");
+        const QString noEntry = QString::fromUtf8(
+            "Каталог координатных систем MapInfo не содержит координатной системы с индексом 0,%1");
+        VERIFY_THROWS(std::out_of_range, catalogue.getStrMB(-1, 0), noCategory.arg(-1));
+        VERIFY_THROWS(std::out_of_range, catalogue.getProj(1, 0), noCategory.arg(1));
+        VERIFY_THROWS(std::out_of_range, catalogue.getProj({0, -1}), noEntry.arg(-1));
+        VERIFY_THROWS(std::out_of_range, catalogue.tryAddToCache(0, 4), noEntry.arg(4));
+    }
+
+    void cache()
+    {
+        write("\"A %1\\p4326\", 1, 104\n\"B\", 1, 0\n");
+        const support::LogCapture quiet;
+        QStringList asked;
+        MapinfoCoordSystem catalogue([&](const QString &prj) {
+            asked << prj;
+            return bare(prj);
+        });
+        catalogue.loadFromPRJ(m_file);
+        const CoordSystemPtr first = catalogue.getProj(0, 0);
+        QCOMPARE(first->description(), QStringLiteral("A %1"));
+        QCOMPARE(first->epsg(), 4326);
+        QCOMPARE(catalogue.getProj({0, 0}), first);
+        QCOMPARE(asked, QStringList{QStringLiteral("Earth Projection 1, 104")});
+        QVERIFY(catalogue.tryAddToCache(0, 0) != first); // built anew, but the first stays in the cache
+        QCOMPARE(catalogue.getProj(0, 0), first);
+
+        MapinfoCoordSystem withoutCreator(nullptr);
+        withoutCreator.loadFromPRJ(m_file);
+        QVERIFY_EXCEPTION_THROWN(withoutCreator.getProj(0, 0), std::bad_function_call);
+    }
+
+    void equality()
+    {
+        write("\"---A---\"\n\"plan\", 0, 7\n\"---B---\"\n\"WGS 84\\p4326\", 1, 104\n\"again\", 1, 104\n");
+        QVERIFY(support::shippedFactory());
+        MapinfoCoordSystem catalogue(shipped);
+        catalogue.loadFromPRJ(m_file);
+        const CoordSystemPtr wgs = shipped(QStringLiteral("Earth Projection 1, 104"));
+        const CoordSystemPtr other = shipped(QStringLiteral("Earth Projection 1, 1001"));
+        QCOMPARE(catalogue.seekProj(*wgs, false), MapinfoCoordSystem::Position(1, 0));
+        QCOMPARE(catalogue.getHumanReadableTextWithEpsg(*wgs, true),
+                 std::make_pair(QStringLiteral("WGS 84"), 4326));
+        QCOMPARE(catalogue.seekProj(other, true), MapinfoCoordSystem::PairNone);
+        QVERIFY(catalogue.getHumanReadableTextWithEpsg(*other, true).first.isNull());
+        QCOMPARE(catalogue.getHumanReadableTextWithEpsg(*other, true).second, -2);
+        QCOMPARE(catalogue.seekProj(CoordSystemPtr(), true), MapinfoCoordSystem::PairNone);
+    }
+
+    void brokenEntry()
+    {
+        write("\"bad\", 1, broken\n\"WGS 84\", 1, 104\n");
+        QVERIFY(support::shippedFactory());
+        const CoordSystemPtr wgs = shipped(QStringLiteral("Earth Projection 1, 104"));
+        MapinfoCoordSystem catalogue(shipped);
+        const support::LogCapture log;
+        catalogue.loadFromPRJ(m_file);
+        for (int round = 0; round < 2; ++round)
+            QCOMPARE(catalogue.seekProj(*wgs, true), MapinfoCoordSystem::Position(0, 1));
+        QCOMPARE(log.lines(QStringLiteral("error")),
+                 QStringList{QStringLiteral("no % system %1 (Earth Projection 1, broken)")});
+        VERIFY_THROWS(std::runtime_error, catalogue.getProj(0, 0), QStringLiteral("no % system %1"));
+    }
+
+    void clearDuringFill()
+    {
+        write("\"A\", 1, 104\n\"B\", 1, 0\n\"C\", 1, 0\n");
+        const support::LogCapture quiet;
+        std::promise<void> started;
+        int built = 0;
+        int categoriesSeen = 0;
+        bool inside = false;
+        // The first entry of the fill goes on until clear() has raised its flag, which shows as a null
+        // system.
+        MapinfoCoordSystem catalogue([&](const QString &prj) {
+            if (inside)
+                return bare(prj);
+            inside = true;
+            ++built;
+            started.set_value();
+            while (catalogue.tryAddToCache(0, 1))
+                std::this_thread::yield();
+            categoriesSeen = catalogue.projectionList().size();
+            inside = false;
+            return bare(prj);
+        });
+        catalogue.loadFromPRJ(m_file);
+        catalogue.initInternalCache();
+        started.get_future().wait();
+        catalogue.clear();
+        QCOMPARE(categoriesSeen, 1); // clear() waited before it took them away
+        QCOMPARE(built, 1);
+        QVERIFY(catalogue.projectionList().isEmpty());
+    }
+
+    void fillMeetsBrokenEntry()
+    {
+        write("\"A\", 1, 104\n\"bad\", 1, 0\n\"C\", 1, 0\n");
+        const support::LogCapture quiet;
+        std::promise<void> reached;
+        std::atomic<int> calls{0};
+        MapinfoCoordSystem catalogue([&](const QString &prj) {
+            if (++calls < 2)
+                return bare(prj);
+            reached.set_value();
+            throw std::runtime_error("bad");
+        });
+        catalogue.loadFromPRJ(m_file);
+        catalogue.initInternalCache();
+        reached.get_future().wait();
+        catalogue.clear(); // must not bring the exception out
+        QCOMPARE(calls.load(), 2);
+    }
+
+    void cleared()
+    {
+        write("\"A\", 1, 104\n");
+        const support::LogCapture quiet;
+        MapinfoCoordSystem catalogue(bare);
+        catalogue.loadFromPRJ(m_file);
+        QVERIFY(catalogue.getProj(0, 0));
+        catalogue.clear();
+        VERIFY_THROWS(
+            std::out_of_range, catalogue.getProj(0, 0),
+            QString::fromUtf8("Каталог координатных систем MapInfo не содержит категории с номером 0"));
+        catalogue.loadFromPRJ(m_file);
+        QVERIFY(!catalogue.getProj(0, 0));
+    }
 
 private:
     void write(const QByteArray &content)
@@ -51,208 +243,6 @@ private:
     QTemporaryDir m_dir;
     QFileInfo m_file{QDir(m_dir.path()), QStringLiteral("projections_ru.prj")};
 };
-
-void TestMapinfoCoordSystem::encodings_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QString>("heading");
-    QTest::addColumn<QString>("name");
-    const QString text = QString::fromUtf8("\"---Россия---\"\n\"Пулково\", 1, 1001\n");
-    const QByteArray windows = QTextCodec::codecForName("Windows-1251")->fromUnicode(text);
-    const QString russia = QString::fromUtf8("Россия");
-    const QString pulkovo = QString::fromUtf8("Пулково");
-    const QByteArray ascii("\"---World---\"\n");
-    const QByteArray entry = QString::fromUtf8("\"Пулково\", 1, 1001\n").toUtf8();
-    QTest::newRow("UTF-8") << text.toUtf8() << russia << pulkovo;
-    QTest::newRow("UTF-8 with byte order mark") << "\xEF\xBB\xBF" + text.toUtf8() << russia << pulkovo;
-    QTest::newRow("Windows-1251") << windows << russia << pulkovo;
-    QTest::newRow("plain heading, UTF-8") << ascii + entry << QStringLiteral("World") << pulkovo;
-    QTest::newRow("plain heading, UTF-8 with mark")
-        << "\xEF\xBB\xBF" + ascii + entry << QStringLiteral("World") << pulkovo;
-    QTest::newRow("first line empty: UTF-8 whatever follows")
-        << "\n" + windows << QString(6, QChar(0xFFFD)) << QString(7, QChar(0xFFFD));
-}
-
-void TestMapinfoCoordSystem::encodings()
-{
-    QFETCH(QByteArray, content);
-    write(content);
-    const support::LogCapture quiet;
-    MapinfoCoordSystem catalogue(bare);
-    QVERIFY(catalogue.loadFromPRJ(QDir(m_dir.path()), QStringLiteral("ru")));
-    QCOMPARE(catalogue.projectionList().size(), 1);
-    QTEST(catalogue.projectionList().at(0).name, "heading");
-    QTEST(catalogue.projectionList().at(0).entries.at(0).name(), "name");
-}
-
-void TestMapinfoCoordSystem::categories()
-{
-    write(
-        "\"A\", 1, 0\nrejected\n\"---dropped---\"\n\"---B---\"\n\"B1\\p1\", 8\n\"B2\", 8\n\"---last---\"\n");
-    const support::LogCapture log;
-    MapinfoCoordSystem catalogue(bare);
-    catalogue.loadFromPRJ(m_file);
-    QCOMPARE(catalogue.projectionList().size(), 2);
-    QVERIFY(catalogue.projectionList().at(0).name.isNull());
-    QCOMPARE(catalogue.projectionList().at(1).name, QStringLiteral("B"));
-    QCOMPARE(catalogue.projectionList().at(1).entries.size(), 2);
-
-    VERIFY_THROWS(std::runtime_error, catalogue.loadFromPRJ(QDir(m_dir.path()), QStringLiteral("xx")),
-                  QString::fromUtf8("Не могу открыть файл projections_xx.prj"));
-    const CoordSystemPtr kept = catalogue.getProj(1, 0);
-    write("\"------\"\n\"C\", 1, 104\n");
-    catalogue.loadFromPRJ(m_file);
-    QCOMPARE(catalogue.projectionList().size(), 3);
-    QVERIFY(!catalogue.projectionList().at(2).name.isNull());
-    QCOMPARE(catalogue.getProj(1, 0), kept);
-    QCOMPARE(log.lines(QStringLiteral("debug")),
-             QStringList({QString::fromUtf8("Категорий: 2, Проекций: 3"),
-                          QString::fromUtf8("Категорий: 3, Проекций: 1")}));
-    QCOMPARE(log.lines(QStringLiteral("info")).at(0),
-             QString::fromUtf8("Файл с проекциями: ") + m_file.absoluteFilePath());
-}
-
-void TestMapinfoCoordSystem::strings()
-{
-    write("\"A\\p4326\", 1, 104\n\"plan\", 0, 7\n\"word\", x, 7\n\"second\\p4326\", 1, 0\n");
-    const support::LogCapture quiet;
-    MapinfoCoordSystem catalogue(bare);
-    catalogue.loadFromPRJ(m_file);
-    QCOMPARE(catalogue.getStrMB(0, 0), QStringLiteral("Earth Projection 1, 104"));
-    QCOMPARE(catalogue.projectionList().at(0).entries.at(0).asPrjString(),
-             QStringLiteral("Earth Projection 1,104"));
-    QCOMPARE(catalogue.getStrMB(0, 1), QStringLiteral("NonEarth 0, 7"));
-    QCOMPARE(catalogue.getStrMB(0, 2), QStringLiteral("NonEarth x, 7"));
-    QCOMPARE(catalogue.seekByEPSG(4326), catalogue.getStrMB(0, 0));
-    QVERIFY(catalogue.seekByEPSG(4327).isNull());
-
-    const QString noCategory =
-        QString::fromUtf8("Каталог координатных систем MapInfo не содержит категории с номером %1");
-    const QString noEntry = QString::fromUtf8(
-        "Каталог координатных систем MapInfo не содержит координатной системы с индексом 0,%1");
-    VERIFY_THROWS(std::out_of_range, catalogue.getStrMB(-1, 0), noCategory.arg(-1));
-    VERIFY_THROWS(std::out_of_range, catalogue.getProj(1, 0), noCategory.arg(1));
-    VERIFY_THROWS(std::out_of_range, catalogue.getProj({0, -1}), noEntry.arg(-1));
-    VERIFY_THROWS(std::out_of_range, catalogue.tryAddToCache(0, 4), noEntry.arg(4));
-}
-
-void TestMapinfoCoordSystem::cache()
-{
-    write("\"A %1\\p4326\", 1, 104\n\"B\", 1, 0\n");
-    const support::LogCapture quiet;
-    QStringList asked;
-    MapinfoCoordSystem catalogue([&](const QString &prj) {
-        asked << prj;
-        return bare(prj);
-    });
-    catalogue.loadFromPRJ(m_file);
-    const CoordSystemPtr first = catalogue.getProj(0, 0);
-    QCOMPARE(first->description(), QStringLiteral("A %1"));
-    QCOMPARE(first->epsg(), 4326);
-    QCOMPARE(catalogue.getProj({0, 0}), first);
-    QCOMPARE(asked, QStringList{QStringLiteral("Earth Projection 1, 104")});
-    QVERIFY(catalogue.tryAddToCache(0, 0) != first); // built anew, but the first stays in the cache
-    QCOMPARE(catalogue.getProj(0, 0), first);
-
-    MapinfoCoordSystem withoutCreator(nullptr);
-    withoutCreator.loadFromPRJ(m_file);
-    QVERIFY_EXCEPTION_THROWN(withoutCreator.getProj(0, 0), std::bad_function_call);
-}
-
-void TestMapinfoCoordSystem::equality()
-{
-    write("\"---A---\"\n\"plan\", 0, 7\n\"---B---\"\n\"WGS 84\\p4326\", 1, 104\n\"again\", 1, 104\n");
-    QVERIFY(support::shippedFactory());
-    MapinfoCoordSystem catalogue(shipped);
-    catalogue.loadFromPRJ(m_file);
-    const CoordSystemPtr wgs = shipped(QStringLiteral("Earth Projection 1, 104"));
-    const CoordSystemPtr other = shipped(QStringLiteral("Earth Projection 1, 1001"));
-    QCOMPARE(catalogue.seekProj(*wgs, false), MapinfoCoordSystem::Position(1, 0));
-    QCOMPARE(catalogue.getHumanReadableTextWithEpsg(*wgs, true),
-             std::make_pair(QStringLiteral("WGS 84"), 4326));
-    QCOMPARE(catalogue.seekProj(other, true), MapinfoCoordSystem::PairNone);
-    QVERIFY(catalogue.getHumanReadableTextWithEpsg(*other, true).first.isNull());
-    QCOMPARE(catalogue.getHumanReadableTextWithEpsg(*other, true).second, -2);
-    QCOMPARE(catalogue.seekProj(CoordSystemPtr(), true), MapinfoCoordSystem::PairNone);
-}
-
-void TestMapinfoCoordSystem::brokenEntry()
-{
-    write("\"bad\", 1, broken\n\"WGS 84\", 1, 104\n");
-    QVERIFY(support::shippedFactory());
-    const CoordSystemPtr wgs = shipped(QStringLiteral("Earth Projection 1, 104"));
-    MapinfoCoordSystem catalogue(shipped);
-    const support::LogCapture log;
-    catalogue.loadFromPRJ(m_file);
-    for (int round = 0; round < 2; ++round)
-        QCOMPARE(catalogue.seekProj(*wgs, true), MapinfoCoordSystem::Position(0, 1));
-    QCOMPARE(log.lines(QStringLiteral("error")),
-             QStringList{QStringLiteral("no % system %1 (Earth Projection 1, broken)")});
-    VERIFY_THROWS(std::runtime_error, catalogue.getProj(0, 0), QStringLiteral("no % system %1"));
-}
-
-void TestMapinfoCoordSystem::clearDuringFill()
-{
-    write("\"A\", 1, 104\n\"B\", 1, 0\n\"C\", 1, 0\n");
-    const support::LogCapture quiet;
-    std::promise<void> started;
-    int built = 0;
-    int categoriesSeen = 0;
-    bool inside = false;
-    // The first entry of the fill goes on until clear() has raised its flag, which shows as a null system.
-    MapinfoCoordSystem catalogue([&](const QString &prj) {
-        if (inside)
-            return bare(prj);
-        inside = true;
-        ++built;
-        started.set_value();
-        while (catalogue.tryAddToCache(0, 1))
-            std::this_thread::yield();
-        categoriesSeen = catalogue.projectionList().size();
-        inside = false;
-        return bare(prj);
-    });
-    catalogue.loadFromPRJ(m_file);
-    catalogue.initInternalCache();
-    started.get_future().wait();
-    catalogue.clear();
-    QCOMPARE(categoriesSeen, 1); // clear() waited before it took them away
-    QCOMPARE(built, 1);
-    QVERIFY(catalogue.projectionList().isEmpty());
-}
-
-void TestMapinfoCoordSystem::fillMeetsBrokenEntry()
-{
-    write("\"A\", 1, 104\n\"bad\", 1, 0\n\"C\", 1, 0\n");
-    const support::LogCapture quiet;
-    std::promise<void> reached;
-    std::atomic<int> calls{0};
-    MapinfoCoordSystem catalogue([&](const QString &prj) {
-        if (++calls < 2)
-            return bare(prj);
-        reached.set_value();
-        throw std::runtime_error("bad");
-    });
-    catalogue.loadFromPRJ(m_file);
-    catalogue.initInternalCache();
-    reached.get_future().wait();
-    catalogue.clear(); // must not bring the exception out
-    QCOMPARE(calls.load(), 2);
-}
-
-void TestMapinfoCoordSystem::cleared()
-{
-    write("\"A\", 1, 104\n");
-    const support::LogCapture quiet;
-    MapinfoCoordSystem catalogue(bare);
-    catalogue.loadFromPRJ(m_file);
-    QVERIFY(catalogue.getProj(0, 0));
-    catalogue.clear();
-    VERIFY_THROWS(std::out_of_range, catalogue.getProj(0, 0),
-                  QString::fromUtf8("Каталог координатных систем MapInfo не содержит категории с номером 0"));
-    catalogue.loadFromPRJ(m_file);
-    QVERIFY(!catalogue.getProj(0, 0));
-}
 
 NIVORA_TEST(TestMapinfoCoordSystem)
 #include "tst_mapinfocoordsystem.moc"

@@ -12,112 +12,104 @@ class TestMapinfoPrjReader : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void oneLine_data();
-    void oneLine();
-    void wholeStream();
-    void progress();
+    void oneLine_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("epsg");
+        QTest::addColumn<QString>("values");
+        const auto row = [](const char *title, const char *line, const char *kind, const char *name = "",
+                            int epsg = -2, const char *values = "") {
+            QTest::newRow(title) << QString::fromUtf8(line) << QString::fromUtf8(kind)
+                                 << QString::fromUtf8(name) << epsg << QString::fromUtf8(values);
+        };
+        row("code", R"("Longitude / Latitude\p4326", 1, 104)", "entry", "Longitude / Latitude", 4326,
+            "1|104");
+        row("no code", R"("Longitude / Latitude", 1, 104)", "entry", "Longitude / Latitude", -2, "1|104");
+        row("code too long for an int", R"("A\p99999999999", 1)", "entry", "A", -2, "1");
+        row("not a code", R"("A\q12\p3x", 1)", "entry", R"(A\q12\p3x)", -2, "1");
+        row("only the last code counts", R"("A\p1\p2", 1)", "entry", R"(A\p1)", 2, "1");
+        row("blanks around the name", R"(" A \p5", 1)", "entry", "A", 5, "1");
+        row("empty value, quoted unit", R"("A", 8,, "survey ft" ,)", "entry", "A", -2, R"(8||"survey ft"|)");
+        row("text before the quote", R"(x = "A", 1)", "entry", "A", -2, "1");
+        row("heading", R"("--- Россия ---")", "heading", "Россия");
+        row("heading with nothing in it", R"("------")", "heading", "");
+        row("heading of blanks", R"("---   ---")", "heading", "");
+        row("heading before entry", R"("---A---", 1, 104)", "heading", "A");
+        row("blanks", "  \t ", "ignored");
+        row("comment", R"(  # "A", 1, 104)", "ignored");
+        row("name and comma only", R"("A",)", "rejected");
+        row("blank before the comma", R"("A" , 1)", "rejected");
+    }
+    void oneLine()
+    {
+        QFETCH(QString, line);
+        QFETCH(QString, kind);
+        QString text = line + QLatin1Char('\n');
+        QTextStream stream(&text);
+        MapinfoPrjReader reader(&stream);
+        const QSignalSpy rejected(&reader, &MapinfoPrjReader::rejected);
+        const QSignalSpy captured(&reader, &MapinfoPrjReader::captured);
+
+        const bool found = reader.readNext();
+        QCOMPARE(captured.count(), 1);
+        QCOMPARE(reader.currentLineNumber(), 1);
+        QCOMPARE(rejected.count(), kind == QLatin1String("rejected") ? 1 : 0);
+        QCOMPARE(found, kind == QLatin1String("heading") || kind == QLatin1String("entry"));
+        if (!found)
+            QCOMPARE(reader.currentLineTextRef().toString(), line.trimmed());
+
+        const CoordSystemParams entry = reader.prj();
+        const QString heading = reader.capturedCategoryName().toString();
+        QCOMPARE(reader.capturedCategoryName().isNull(), kind != QLatin1String("heading"));
+        QTEST(kind == QLatin1String("heading") ? heading : entry.name(), "name");
+        QTEST(entry.epsg(), "epsg");
+        QTEST(entry.params.join(QLatin1Char('|')), "values");
+    }
+
+    void wholeStream()
+    {
+        QString text = QStringLiteral("# c\r\n\"---A---\"\r\nrubbish\r\n\r\n\"B\", 1\r\nmore");
+        QTextStream stream(&text);
+        MapinfoPrjReader reader(&stream);
+        QStringList seen;
+        connect(&reader, &MapinfoPrjReader::rejected, this, [&] {
+            seen << QString::number(reader.currentLineNumber()) + reader.currentLineTextRef().toString();
+        });
+        QVERIFY(reader.readNext());
+        QCOMPARE(reader.currentLineNumber(), 2);
+        QVERIFY(reader.prj().params.isEmpty() && reader.prj().epsg() == -2);
+        QVERIFY(reader.readNext());
+        QCOMPARE(reader.currentLineNumber(), 5);
+        QVERIFY(!reader.readNext());
+        QVERIFY(!reader.readNext());
+        QCOMPARE(reader.currentLineNumber(), 6);
+        QCOMPARE(seen, QStringList({QStringLiteral("3rubbish"), QStringLiteral("6more")}));
+    }
+
+    void progress()
+    {
+        QString text = QStringLiteral("a\n");
+        QTextStream fromText(&text);
+        MapinfoPrjReader textReader(&fromText);
+        QCOMPARE(textReader.progress(), 0.0);
+        textReader.readNext();
+        QCOMPARE(textReader.progress(), 100.0);
+
+        QBuffer device;
+        QVERIFY(device.open(QIODevice::ReadWrite));
+        QTextStream stream(&device);
+        MapinfoPrjReader reader(&stream);
+        const QSignalSpy captured(&reader, &MapinfoPrjReader::captured);
+        QVERIFY(!reader.readNext());
+        QCOMPARE(captured.count(), 0);
+        QCOMPARE(reader.progress(), 100.0); // of nothing
+        device.write(QByteArray(1000, 'x'));
+        QVERIFY(device.seek(250));
+        QCOMPARE(reader.progress(), 25.0);
+    }
 };
-
-void TestMapinfoPrjReader::oneLine_data()
-{
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("epsg");
-    QTest::addColumn<QString>("values");
-    const auto row = [](const char *title, const char *line, const char *kind, const char *name = "",
-                        int epsg = -2, const char *values = "") {
-        QTest::newRow(title) << QString::fromUtf8(line) << QString::fromUtf8(kind) << QString::fromUtf8(name)
-                             << epsg << QString::fromUtf8(values);
-    };
-    row("code", R"("Longitude / Latitude\p4326", 1, 104)", "entry", "Longitude / Latitude", 4326, "1|104");
-    row("no code", R"("Longitude / Latitude", 1, 104)", "entry", "Longitude / Latitude", -2, "1|104");
-    row("code too long for an int", R"("A\p99999999999", 1)", "entry", "A", -2, "1");
-    row("not a code", R"("A\q12\p3x", 1)", "entry", R"(A\q12\p3x)", -2, "1");
-    row("only the last code counts", R"("A\p1\p2", 1)", "entry", R"(A\p1)", 2, "1");
-    row("blanks around the name", R"(" A \p5", 1)", "entry", "A", 5, "1");
-    row("empty value, quoted unit", R"("A", 8,, "survey ft" ,)", "entry", "A", -2, R"(8||"survey ft"|)");
-    row("text before the quote", R"(x = "A", 1)", "entry", "A", -2, "1");
-    row("heading", R"("--- Россия ---")", "heading", "Россия");
-    row("heading with nothing in it", R"("------")", "heading", "");
-    row("heading of blanks", R"("---   ---")", "heading", "");
-    row("heading before entry", R"("---A---", 1, 104)", "heading", "A");
-    row("blanks", "  \t ", "ignored");
-    row("comment", R"(  # "A", 1, 104)", "ignored");
-    row("name and comma only", R"("A",)", "rejected");
-    row("blank before the comma", R"("A" , 1)", "rejected");
-}
-
-void TestMapinfoPrjReader::oneLine()
-{
-    QFETCH(QString, line);
-    QFETCH(QString, kind);
-    QString text = line + QLatin1Char('\n');
-    QTextStream stream(&text);
-    MapinfoPrjReader reader(&stream);
-    const QSignalSpy rejected(&reader, &MapinfoPrjReader::rejected);
-    const QSignalSpy captured(&reader, &MapinfoPrjReader::captured);
-
-    const bool found = reader.readNext();
-    QCOMPARE(captured.count(), 1);
-    QCOMPARE(reader.currentLineNumber(), 1);
-    QCOMPARE(rejected.count(), kind == QLatin1String("rejected") ? 1 : 0);
-    QCOMPARE(found, kind == QLatin1String("heading") || kind == QLatin1String("entry"));
-    if (!found)
-        QCOMPARE(reader.currentLineTextRef().toString(), line.trimmed());
-
-    const CoordSystemParams entry = reader.prj();
-    const QString heading = reader.capturedCategoryName().toString();
-    QCOMPARE(reader.capturedCategoryName().isNull(), kind != QLatin1String("heading"));
-    QTEST(kind == QLatin1String("heading") ? heading : entry.name(), "name");
-    QTEST(entry.epsg(), "epsg");
-    QTEST(entry.params.join(QLatin1Char('|')), "values");
-}
-
-void TestMapinfoPrjReader::wholeStream()
-{
-    QString text = QStringLiteral("# c\r\n\"---A---\"\r\nrubbish\r\n\r\n\"B\", 1\r\nmore");
-    QTextStream stream(&text);
-    MapinfoPrjReader reader(&stream);
-    QStringList seen;
-    connect(&reader, &MapinfoPrjReader::rejected, this, [&] {
-        seen << QString::number(reader.currentLineNumber()) + reader.currentLineTextRef().toString();
-    });
-    QVERIFY(reader.readNext());
-    QCOMPARE(reader.currentLineNumber(), 2);
-    QVERIFY(reader.prj().params.isEmpty() && reader.prj().epsg() == -2);
-    QVERIFY(reader.readNext());
-    QCOMPARE(reader.currentLineNumber(), 5);
-    QVERIFY(!reader.readNext());
-    QVERIFY(!reader.readNext());
-    QCOMPARE(reader.currentLineNumber(), 6);
-    QCOMPARE(seen, QStringList({QStringLiteral("3rubbish"), QStringLiteral("6more")}));
-}
-
-void TestMapinfoPrjReader::progress()
-{
-    QString text = QStringLiteral("a\n");
-    QTextStream fromText(&text);
-    MapinfoPrjReader textReader(&fromText);
-    QCOMPARE(textReader.progress(), 0.0);
-    textReader.readNext();
-    QCOMPARE(textReader.progress(), 100.0);
-
-    QBuffer empty;
-    QVERIFY(empty.open(QIODevice::ReadOnly));
-    QTextStream fromEmpty(&empty);
-    MapinfoPrjReader emptyReader(&fromEmpty);
-    const QSignalSpy captured(&emptyReader, &MapinfoPrjReader::captured);
-    QVERIFY(!emptyReader.readNext());
-    QCOMPARE(captured.count(), 0);
-    QCOMPARE(emptyReader.progress(), 100.0);
-
-    QBuffer device;
-    device.setData(QByteArray(1000, 'x'));
-    QVERIFY(device.open(QIODevice::ReadOnly) && device.seek(250));
-    QTextStream fromDevice(&device);
-    QCOMPARE(MapinfoPrjReader(&fromDevice).progress(), 25.0);
-}
 
 NIVORA_TEST(TestMapinfoPrjReader)
 #include "tst_mapinfoprjreader.moc"

@@ -59,6 +59,11 @@ CliRun run(const QStringList &arguments, const QByteArray &input)
     return runProcess(QStringLiteral(NIVORA_CS_PROGRAM), arguments, QString(), input);
 }
 
+QStringList words(const QByteArray &line)
+{
+    return QString::fromUtf8(line).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
 CliRun runShell(const QString &line, const QString &directory, const QByteArray &input)
 {
     return runProcess(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), line}, directory, input);

@@ -24,5 +24,8 @@ private:
 /// Runs the built program under LC_ALL=C, away from the data folder of whoever runs the tests.
 CliRun run(const QStringList &arguments, const QByteArray &input = QByteArray());
 
+/// The arguments of a line in which no argument has a blank.
+QStringList words(const QByteArray &line);
+
 /// A line of a shell, in a directory, with the program in the path.
 CliRun runShell(const QString &line, const QString &directory, const QByteArray &input = QByteArray());

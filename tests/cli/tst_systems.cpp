@@ -32,9 +32,6 @@ const QString utmWkt2 = QStringLiteral(
     R"(PARAMETER["False northing",0]],CS[Cartesian,2],AXIS["E",east],AXIS["N",north],)"
     R"(LENGTHUNIT["metre",1]])");
 
-const QStringList helpCommands = {QStringLiteral("info"), QStringLiteral("transform"), QStringLiteral("rect"),
-                                  QStringLiteral("mgrs"), QStringLiteral("user")};
-
 void writeFile(const QString &path, const QByteArray &content)
 {
     QFile file(path);
@@ -49,241 +46,204 @@ class TestCliSystems : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void notations_data();
-    void notations();
-    void helpExamples();
-    void refusals_data();
-    void refusals();
-    void resources();
-    void info();
-    void rect_data();
-    void rect();
+    void notations_data()
+    {
+        writeFile(m_dir.filePath(QStringLiteral("карта.prj")), "\xEF\xBB\xBF\n" + utmWkt.toUtf8() + "\r\n");
+        writeFile(m_dir.filePath(QStringLiteral("zone.txt")),
+                  "CoordSys\n\tEarth Projection 8, 1001,\n\"m\", 39, 0, 1,"
+                  " 7500000, 0\n");
+        QTest::addColumn<QString>("cs");
+        QTest::addColumn<QByteArray>("expected");
+        const auto s = [](const char *text) { return QString::fromUtf8(text); };
+        QTest::newRow("digits are an EPSG code") << s("32637") << utm37;
+        QTest::newRow("tag in capitals, blanks around") << s("  EPSG: 32637 ") << utm37;
+        QTest::newRow("oracle:") << s("oracle:8307") << lonLat;
+        QTest::newRow("PROJ string") << s("+proj=utm +zone=37") << utm37;
+        QTest::newRow("PROJ string with commas is no CoordSys string")
+            << s("+proj=tmerc +lon_0=39 +x_0=7500000 +ellps=krass +towgs84=24,-123,-94,0.02,-0.25,-0.13,1.1")
+            << zone7;
+        QTest::newRow("proj:") << s("proj:+proj=utm +zone=37") << utm37;
+        QTest::newRow("WKT 1") << utmWkt << utm37;
+        QTest::newRow("WKT 1, lower case, blank before the bracket")
+            << QString(utmWkt).replace(QLatin1String("PROJCS["), QLatin1String(" projcs [")) << utm37;
+        QTest::newRow("wkt:") << s("wkt:") + utmWkt << utm37;
+        QTest::newRow("WKT 2") << utmWkt2 << utm37;
+        QTest::newRow("CoordSys string") << s("CoordSys ") + zone7Text << zone7;
+        QTest::newRow("prj:") << s("prj:") + zone7Text << zone7;
+        QTest::newRow("what is left is a CoordSys string")
+            << s("8, 1001, \"m\", 39, 0, 1, 7500000, 0") << zone7;
+        QTest::newRow("file of WKT, byte order mark, Russian name") << file(s("карта.prj")) << utm37;
+        QTest::newRow("file of several lines, not WKT") << file(s("zone.txt")) << zone7;
+    }
+    void notations()
+    {
+        QFETCH(QString, cs);
+        QFETCH(QByteArray, expected);
+        const QStringList pair = words("transform --from 4326 --to") + QStringList(cs);
+        const CliRun forward = run(pair, lonLat);
+        QVERIFY2(forward.status == 0 && forward.out == expected && forward.err.isEmpty(), forward.describe());
+        const CliRun back = run(pair + words("--inverse --precision 8"), expected);
+        // A tenth of a millimetre of the plane is about 1e-9 degree.
+        QVERIFY2(back.out == "37.61730000 55.75580000\n", back.describe());
+    }
+
+    /// Every example of the help texts runs, in the order in which it is read.
+    void helpExamples()
+    {
+        writeFile(m_dir.filePath(QStringLiteral("moscow.prj")), utmWkt.toUtf8());
+        writeFile(m_dir.filePath(QStringLiteral("points.csv")), "7413298,6182343,a\n");
+        int examples = 0;
+        for (const QString &command : words("info transform rect mgrs user")) {
+            const CliRun help = run({command, QStringLiteral("--help")});
+            QVERIFY2(help.status == 0 && help.out.contains("x is always first"), help.describe());
+            const QString text = QString::fromUtf8(help.out);
+            const QString part =
+                text.section(QStringLiteral("Examples:\n"), 1).section(QStringLiteral("\n\n"), 0, 0);
+            for (const QString &line : part.split(QLatin1Char('\n'))) {
+                if (!line.startsWith(QLatin1String("  ")))
+                    continue;
+                ++examples;
+                const CliRun example = runShell(line, m_dir.path(), "37 55\n");
+                QVERIFY2(example.status == 0 && example.err.isEmpty(),
+                         line.toUtf8() + '\n' + example.describe());
+            }
+        }
+        QVERIFY(examples >= 2 * 5);
+        QCOMPARE(run(words("--help")).status, 0);
+        QVERIFY(run(words("--version")).out.startsWith("nivora-cs "));
+    }
+
+    void refusals_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("message");
+        const auto row = [](const char *name, const QStringList &arguments, const char *message) {
+            QTest::newRow(name) << arguments << QString::fromUtf8(message);
+        };
+        const auto cs = [&row](const char *name, const QString &text, const char *message) {
+            row(name, words("transform --to 4326 --from") + QStringList(text), message);
+        };
+        const auto s = [](const char *text) { return QString::fromUtf8(text); };
+        cs("blank", s("  "), "Строка КС пустая");
+        cs("unknown code", s("epsg:999999"), "EPSG=999999");
+        cs("code with a letter", s("epsg:4326x"), "\"4326x\" is no EPSG code");
+        cs("code too large", s("99999999999"), "is no EPSG code");
+        cs("code 0", s("0"), "is no EPSG code");
+        cs("unknown Oracle number", s("oracle:1"), "SRID=1");
+        cs("Oracle number in letters", s("oracle:x"), "is no Oracle number");
+        cs("percent signs", s("+proj=%1 %2"), "Неверная строка КС +proj=%1 %2");
+        cs("no file", s("@/nowhere/x.prj"), "cannot read /nowhere/x.prj");
+        cs("a directory", s("@/"), "cannot read /");
+        cs("a file without end", s("@/dev/zero"), "too large");
+        cs("empty file", s("@/dev/null"), "Строка КС пустая");
+        // A message that quotes such a text stays one readable line.
+        cs("long text", QStringLiteral("PROJCS[\"") + QString(100000, QLatin1Char('a')),
+           "Ошибка импорта из строки WKT");
+        row("no such command", words("foo"), "no command \"foo\"");
+        row("no such option", words("info --foo 1"), "Unknown option 'foo'");
+        row("no value", words("transform --to 1 --from"), "--from needs a value");
+        row("option missing", words("transform --from 4326"), "needs --to");
+        row("argument missing", words("info"), "expected 1, given 0");
+        row("three numbers", words("rect 1 -2 3"), "expected 4, given 3");
+        row("rectangle without extent", words("rect 1 2 0 3"), "greater than 0");
+        row("infinite rectangle", words("rect 1 2 inf 3"), "\"inf\" is no number");
+        row("precision", words("mgrs --cs 4326 --precision 6"), "from 0 to 5");
+        row("no action", words("user"), "list, add, set, remove or check");
+        row("missing file", words("transform --from 4326 --to 4326 /nowhere/a"),
+            "cannot read /nowhere/a: No such file");
+        row("directory for a file", words("transform --from 4326 --to 4326 /"),
+            "cannot read /: Is a directory");
+    }
+    void refusals()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, message);
+        const CliRun refused = run(arguments);
+        QVERIFY2(refused.isRefusal(message) && refused.err.size() < 1000, refused.describe());
+    }
+
+    void resources()
+    {
+        const support::ResourceCopy copy;
+        const auto tryInfo = [&copy](const char *arguments) {
+            return run(words(arguments) + QStringList{QStringLiteral("--resources"), copy.dir().path()});
+        };
+        QVERIFY(tryInfo("info 4326 --language en").out.contains("EPSG code: 4326\n"));
+        QVERIFY(tryInfo("info 4326 --language xx").isRefusal(QStringLiteral("projection_xx.xml")));
+        copy.remove(QStringLiteral("OracleSRID.xml"));
+        QVERIFY(tryInfo("info oracle:8307").isRefusal(QStringLiteral("OracleSRID.xml")));
+        copy.write(QStringLiteral("projection_en.xml"), "<no xml");
+        QVERIFY(tryInfo("info 4326 --language en").isRefusal(copy.dir().path()));
+        const CliRun verbose = run(words("info 4326 --verbose"));
+        QVERIFY2(verbose.status == 0 && verbose.err.contains("info: "), verbose.describe());
+    }
+
+    void info()
+    {
+        const CliRun done = run(words("info --json") + QStringList(QStringLiteral("prj:") + zone7Text));
+        const QJsonObject json = QJsonDocument::fromJson(done.out).object();
+        const auto value = [&json](const char *key) { return json[QLatin1String(key)]; };
+        QCOMPARE(value("notation").toString(), QStringLiteral("prj"));
+        QCOMPARE(value("epsg").toInt(), 28407);
+        QCOMPARE(value("geographic").toBool(true), false);
+        QCOMPARE(value("unit")[QLatin1String("name")].toString(), QStringLiteral("m"));
+        QCOMPARE(value("bounds").toArray().size(), 4);
+        QCOMPARE(value("ellipsoid")[0].toDouble(), 6378245.0); // Krassovsky's
+        QVERIFY(value("unknown").toObject().isEmpty());
+        for (const char *form : {"prj", "proj", "wkt", "tagged"}) { // each reads back as the same system
+            const QStringList to(value(form).toString());
+            const CliRun again = run(words("transform --from 4326 --to") + to, lonLat);
+            QVERIFY2(again.out == zone7, form + again.describe());
+        }
+        QVERIFY(value("mapHeader").toString().contains(QStringLiteral("datum=1001")));
+
+        // Nothing of a plan has a place on the earth; one line a fact all the same.
+        const QString plan = QStringLiteral("CoordSys NonEarth Units \"m\" Bounds (0, 0) (100, 50)");
+        const CliRun flat = run({QStringLiteral("info"), plan});
+        QVERIFY2(flat.status == 0 && flat.err.isEmpty() && flat.out.contains("\nEllipsoid (a b 1/f): -\n"),
+                 flat.describe());
+        QCOMPARE(flat.outLines().size(), run(words("info 4326")).outLines().size());
+
+        // No unit has this factor: said where the unit would stand, the rest is there.
+        const CliRun odd =
+            run({QStringLiteral("info"), QStringLiteral("+proj=merc +ellps=WGS84 +to_meter=2.5")});
+        QVERIFY2(odd.status == 0 && odd.out.contains("\nUnit: - (") && odd.out.contains("\nPROJ: +proj=merc"),
+                 odd.describe());
+    }
+
+    void rect_data()
+    {
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("expected");
+        // Mercator on the sphere of 6378137 m: x is a * longitude, and one degree of longitude 111319.4908 m.
+        const QByteArray square = "-222638.982 -111325.143 222638.982 222650.286\n";
+        QTest::newRow("negative numbers") << "-2 -1 2 2" << 0 << square;
+        QTest::newRow("numbers before options") << "-2 -1 +2 2 --language en" << 0 << square;
+        QTest::newRow("mesh of four") << "--mesh 4 -2 -1 2 2" << 0 << square;
+        QTest::newRow("bare mesh") << "--mesh -2 -1 2 2" << 0 << square;
+        QTest::newRow("bare mesh before a count")
+            << "--mesh 0 -1 2 2" << 0 << QByteArray("0.000 -111325.143 222638.982 222650.286\n");
+        QTest::newRow("inverse") << "--inverse 0 -111325.1429 111319.4908 222650.2857" << 0
+                                 << QByteArray("0.000 -1.000 1.000 2.000\n");
+        QTest::newRow("corner beyond the pole") << "0 0 10 95" << 1 << QByteArray();
+        QTest::newRow("mesh too large") << "--mesh 1000 0 0 1e-6 80" << 2 << QByteArray();
+    }
+    void rect()
+    {
+        QFETCH(QString, arguments);
+        QFETCH(int, status);
+        QFETCH(QByteArray, expected);
+        const CliRun done =
+            run(words("rect --from 4326 --to 3857 --precision 3") + words(arguments.toUtf8()));
+        QVERIFY2(done.status == status && done.out == expected, done.describe());
+        QCOMPARE(done.errLines().size(), status == 0 ? 0 : 1);
+    }
 
 private:
     QString file(const QString &name) const { return QLatin1Char('@') + m_dir.filePath(name); }
     QTemporaryDir m_dir;
 };
-
-void TestCliSystems::notations_data()
-{
-    writeFile(m_dir.filePath(QStringLiteral("карта.prj")), "\xEF\xBB\xBF\n" + utmWkt.toUtf8() + "\r\n");
-    writeFile(m_dir.filePath(QStringLiteral("zone.txt")),
-              "CoordSys\n\tEarth Projection 8, 1001,\n\"m\", 39, 0, 1,"
-              " 7500000, 0\n");
-    QTest::addColumn<QString>("cs");
-    QTest::addColumn<QByteArray>("expected");
-    const auto s = [](const char *text) { return QString::fromUtf8(text); };
-    QTest::newRow("digits are an EPSG code") << s("32637") << utm37;
-    QTest::newRow("epsg:") << s("epsg:32637") << utm37;
-    QTest::newRow("tag in capitals, blanks around") << s("  EPSG: 32637 ") << utm37;
-    QTest::newRow("oracle:") << s("oracle:8307") << lonLat;
-    QTest::newRow("PROJ string") << s("+proj=utm +zone=37") << utm37;
-    QTest::newRow("PROJ string with commas is no CoordSys string")
-        << s("+proj=tmerc +lon_0=39 +x_0=7500000 +ellps=krass +towgs84=24,-123,-94,0.02,-0.25,-0.13,1.1")
-        << zone7;
-    QTest::newRow("proj:") << s("proj:+proj=utm +zone=37") << utm37;
-    QTest::newRow("proj4:") << s("proj4:+proj=utm +zone=37 +datum=WGS84") << utm37;
-    QTest::newRow("WKT 1") << utmWkt << utm37;
-    QTest::newRow("WKT 1, lower case, blank before the bracket")
-        << QString(utmWkt).replace(QLatin1String("PROJCS["), QLatin1String(" projcs [")) << utm37;
-    QTest::newRow("WKT 1, geographic") << geographicWkt << lonLat;
-    QTest::newRow("wkt:") << s("wkt:") + utmWkt << utm37;
-    QTest::newRow("WKT 2") << utmWkt2 << utm37;
-    QTest::newRow("CoordSys string") << s("CoordSys ") + zone7Text << zone7;
-    QTest::newRow("CoordSys string, geographic") << s("CoordSys Earth Projection 1, 104") << lonLat;
-    QTest::newRow("prj:") << s("prj:") + zone7Text << zone7;
-    QTest::newRow("what is left is a CoordSys string") << s("8, 1001, \"m\", 39, 0, 1, 7500000, 0") << zone7;
-    QTest::newRow("file of WKT, byte order mark, Russian name") << file(s("карта.prj")) << utm37;
-    QTest::newRow("file of several lines, not WKT") << file(s("zone.txt")) << zone7;
-}
-
-void TestCliSystems::notations()
-{
-    QFETCH(QString, cs);
-    QFETCH(QByteArray, expected);
-    const QStringList pair = {QStringLiteral("transform"), QStringLiteral("--from"),
-                              QStringLiteral("CoordSys Earth Projection 1, 104"), QStringLiteral("--to"), cs};
-    const CliRun forward = run(pair, lonLat);
-    QVERIFY2(forward.status == 0 && forward.out == expected && forward.err.isEmpty(), forward.describe());
-    const CliRun back = run(
-        pair + QStringList{QStringLiteral("--inverse"), QStringLiteral("--precision"), QStringLiteral("8")},
-        expected);
-    // A tenth of a millimetre of the plane is about 1e-9 degree.
-    QVERIFY2(back.out == "37.61730000 55.75580000\n", back.describe());
-}
-
-/// Every example of the help texts runs, in the order in which it is read.
-void TestCliSystems::helpExamples()
-{
-    writeFile(m_dir.filePath(QStringLiteral("moscow.prj")), utmWkt.toUtf8());
-    writeFile(m_dir.filePath(QStringLiteral("points.csv")), "7413298,6182343,a\n");
-    int examples = 0;
-    for (const QString &command : helpCommands) {
-        const CliRun help = run({command, QStringLiteral("--help")});
-        QVERIFY2(help.status == 0 && help.out.contains("x is always first"), help.describe());
-        const QString text = QString::fromUtf8(help.out);
-        const QString part =
-            text.section(QStringLiteral("Examples:\n"), 1).section(QStringLiteral("\n\n"), 0, 0);
-        for (const QString &line : part.split(QLatin1Char('\n'))) {
-            if (!line.startsWith(QLatin1String("  ")))
-                continue;
-            ++examples;
-            const CliRun example = runShell(line, m_dir.path(), "37 55\n");
-            QVERIFY2(example.status == 0 && example.err.isEmpty(), line.toUtf8() + '\n' + example.describe());
-        }
-    }
-    QVERIFY(examples >= 2 * helpCommands.size());
-    QCOMPARE(run({QStringLiteral("--help")}).status, 0);
-    QVERIFY(run({QStringLiteral("--version")}).out.startsWith("nivora-cs "));
-}
-
-void TestCliSystems::refusals_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("message");
-    const auto cs = [](const char *name, const QString &text, const char *message) {
-        QTest::newRow(name) << QStringList{QStringLiteral("transform"), QStringLiteral("--from"), text,
-                                           QStringLiteral("--to"), QStringLiteral("4326")}
-                            << QString::fromUtf8(message);
-    };
-    const auto s = [](const char *text) { return QString::fromUtf8(text); };
-    cs("empty", s(""), "Строка КС пустая");
-    cs("blank", s("  "), "Строка КС пустая");
-    cs("empty behind the tag", s("wkt:"), "Строка КС пустая");
-    cs("unknown code", s("epsg:999999"), "EPSG=999999");
-    cs("code with a letter", s("epsg:4326x"), "\"4326x\" is no EPSG code");
-    cs("code too large", s("99999999999"), "is no EPSG code");
-    cs("code 0", s("0"), "is no EPSG code");
-    cs("unknown Oracle number", s("oracle:1"), "SRID=1");
-    cs("Oracle number in letters", s("oracle:x"), "is no Oracle number");
-    cs("unknown projection", s("+proj=nonsense"), "Неверная строка КС");
-    cs("open bracket", s("PROJCS[\"a"), "Ошибка импорта из строки WKT");
-    cs("too few parameters", s("CoordSys"), "Недостаточно параметров в строке prj");
-    cs("percent signs", s("%1 %2"), "Не могу определить тип КС");
-    cs("no file", s("@/nowhere/x.prj"), "cannot read /nowhere/x.prj");
-    cs("a directory", s("@/"), "cannot read /");
-    cs("a file without end", s("@/dev/zero"), "too large");
-    cs("empty file", s("@/dev/null"), "Строка КС пустая");
-    // A message that quotes such a text stays one readable line.
-    cs("long text", QStringLiteral("PROJCS[\"") + QString(100000, QLatin1Char('a')),
-       "Ошибка импорта из строки WKT");
-    const auto row = [](const char *name, const QStringList &arguments, const char *message) {
-        QTest::newRow(name) << arguments << QString::fromUtf8(message);
-    };
-    row("no such command", {s("foo")}, "no command \"foo\"");
-    row("no such option", {s("info"), s("--foo"), s("1")}, "Unknown option 'foo'");
-    row("no value", {s("transform"), s("--to"), s("1"), s("--from")}, "--from needs a value");
-    row("option missing", {s("transform"), s("--from"), s("4326")}, "needs --to");
-    row("argument missing", {s("info")}, "expected 1, given 0");
-    row("three numbers", {s("rect"), s("1"), s("-2"), s("3")}, "expected 4, given 3");
-    row("rectangle without extent", {s("rect"), s("1"), s("2"), s("0"), s("3")}, "greater than 0");
-    row("infinite rectangle", {s("rect"), s("1"), s("2"), s("inf"), s("3")}, "\"inf\" is no number");
-    row("precision", {s("mgrs"), s("--cs"), s("4326"), s("--precision"), s("6")}, "from 0 to 5");
-    row("no action", {s("user")}, "list, add, set, remove or check");
-    row("missing file", {s("transform"), s("--from"), s("4326"), s("--to"), s("4326"), s("/nowhere/a")},
-        "cannot read /nowhere/a: No such file");
-    row("directory for a file", {s("transform"), s("--from"), s("4326"), s("--to"), s("4326"), s("/")},
-        "cannot read /: Is a directory");
-}
-
-void TestCliSystems::refusals()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QString, message);
-    const CliRun refused = run(arguments);
-    QVERIFY2(refused.isRefusal(message) && refused.err.size() < 1000, refused.describe());
-}
-
-void TestCliSystems::resources()
-{
-    const support::ResourceCopy copy;
-    const auto tryInfo = [&copy](const char *language, const char *cs) {
-        return run({QStringLiteral("info"), QString::fromUtf8(cs), QStringLiteral("--resources"),
-                    copy.dir().path(), QStringLiteral("--language"), QString::fromUtf8(language)});
-    };
-    QVERIFY(tryInfo("en", "4326").out.contains("EPSG code: 4326\n"));
-    QVERIFY(tryInfo("xx", "4326").isRefusal(QStringLiteral("projection_xx.xml")));
-    copy.remove(QStringLiteral("OracleSRID.xml"));
-    QVERIFY(tryInfo("ru", "oracle:8307").isRefusal(QStringLiteral("OracleSRID.xml")));
-    copy.write(QStringLiteral("projection_en.xml"), "<no xml");
-    QVERIFY(tryInfo("en", "4326").isRefusal(copy.dir().path()));
-    copy.remove(QStringLiteral("projections_ru.prj"));
-    QVERIFY(tryInfo("ru", "4326").isRefusal(QStringLiteral("projections_ru.prj")));
-    const CliRun verbose = run({QStringLiteral("info"), QStringLiteral("4326"), QStringLiteral("--verbose")});
-    QVERIFY2(verbose.status == 0 && verbose.err.contains("info: "), verbose.describe());
-}
-
-void TestCliSystems::info()
-{
-    const CliRun done =
-        run({QStringLiteral("info"), QStringLiteral("--json"), QStringLiteral("prj:") + zone7Text});
-    const QJsonObject json = QJsonDocument::fromJson(done.out).object();
-    const auto value = [&json](const char *key) { return json[QLatin1String(key)]; };
-    QCOMPARE(value("notation").toString(), QStringLiteral("prj"));
-    QCOMPARE(value("epsg").toInt(), 28407);
-    QCOMPARE(value("geographic").toBool(true), false);
-    QCOMPARE(value("unit")[QLatin1String("name")].toString(), QStringLiteral("m"));
-    QCOMPARE(value("bounds").toArray().size(), 4);
-    QCOMPARE(value("ellipsoid")[0].toDouble(), 6378245.0); // Krassovsky's
-    QCOMPARE(value("prj").toString(), zone7Text);
-    QVERIFY(value("unknown").toObject().isEmpty());
-    for (const char *form : {"prj", "proj", "wkt", "tagged"}) { // each reads back as the same system
-        const CliRun again = run({QStringLiteral("transform"), QStringLiteral("--from"),
-                                  QStringLiteral("4326"), QStringLiteral("--to"), value(form).toString()},
-                                 lonLat);
-        QVERIFY2(again.out == zone7, form + again.describe());
-    }
-    QVERIFY(value("mapHeader").toString().contains(QStringLiteral("datum=1001")));
-
-    // Nothing of a plan has a place on the earth; one line a fact all the same.
-    const CliRun plan = run(
-        {QStringLiteral("info"), QStringLiteral("CoordSys NonEarth Units \"m\" Bounds (0, 0) (100, 50)")});
-    QVERIFY2(plan.status == 0 && plan.err.isEmpty() && plan.out.contains("\nEllipsoid (a b 1/f): -\n"),
-             plan.describe());
-    QCOMPARE(plan.outLines().size(), run({QStringLiteral("info"), QStringLiteral("4326")}).outLines().size());
-
-    // No unit has this factor: said where the unit would stand, the rest is there.
-    const CliRun odd = run({QStringLiteral("info"), QStringLiteral("+proj=merc +ellps=WGS84 +to_meter=2.5")});
-    QVERIFY2(odd.status == 0 && odd.out.contains("\nUnit: - (") && odd.out.contains("\nPROJ: +proj=merc"),
-             odd.describe());
-}
-
-void TestCliSystems::rect_data()
-{
-    QTest::addColumn<QStringList>("more");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("expected");
-    const auto words = [](const char *text) { return QString::fromUtf8(text).split(QLatin1Char(' ')); };
-    // Mercator on the sphere of 6378137 m: x is a * longitude, and one degree of longitude 111319.4908 m.
-    QTest::newRow("negative numbers")
-        << words("-2 -1 2 2") << 0 << QByteArray("-222638.982 -111325.143 222638.982 222650.286\n");
-    QTest::newRow("numbers before options") << words("-2 -1 +2 2 --language en") << 0
-                                            << QByteArray("-222638.982 -111325.143 222638.982 222650.286\n");
-    QTest::newRow("mesh of four") << words("--mesh 4 -2 -1 2 2") << 0
-                                  << QByteArray("-222638.982 -111325.143 222638.982 222650.286\n");
-    QTest::newRow("bare mesh") << words("--mesh -2 -1 2 2") << 0
-                               << QByteArray("-222638.982 -111325.143 222638.982 222650.286\n");
-    QTest::newRow("bare mesh before a count")
-        << words("--mesh 0 -1 2 2") << 0 << QByteArray("0.000 -111325.143 222638.982 222650.286\n");
-    QTest::newRow("inverse") << words("--inverse 0 -111325.1429 111319.4908 222650.2857") << 0
-                             << QByteArray("0.000 -1.000 1.000 2.000\n");
-    QTest::newRow("corner beyond the pole") << words("0 0 10 95") << 1 << QByteArray();
-    QTest::newRow("mesh too large") << words("--mesh 1000 0 0 1e-6 80") << 2 << QByteArray();
-}
-
-void TestCliSystems::rect()
-{
-    QFETCH(QStringList, more);
-    QFETCH(int, status);
-    QFETCH(QByteArray, expected);
-    const CliRun done =
-        run(QStringList{QStringLiteral("rect"), QStringLiteral("--from"), QStringLiteral("4326"),
-                        QStringLiteral("--to"), QStringLiteral("3857"), QStringLiteral("--precision"),
-                        QStringLiteral("3")} +
-            more);
-    QVERIFY2(done.status == status && done.out == expected, done.describe());
-    QCOMPARE(done.errLines().size(), status == 0 ? 0 : 1);
-}
 
 NIVORA_TEST(TestCliSystems)
 #include "tst_systems.moc"

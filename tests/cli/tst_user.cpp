@@ -13,15 +13,101 @@ class TestCliUser : public QObject
 
 private Q_SLOTS:
     void init() { m_dir = std::make_unique<QTemporaryDir>(); }
-    void entries();
-    void refusedChangesKeepTheFile_data();
-    void refusedChangesKeepTheFile();
-    void check();
+
+    void entries()
+    {
+        const QString text = QStringLiteral("CoordSys Earth Projection 8, 1001, \"m\", 37.5, 0, 1, 0, 0");
+        const QString name = QStringLiteral("Местная \"%1\" <&>");
+        QVERIFY(user(words("list")).out.isEmpty());
+        QCOMPARE(user(words("add --branch Москва --description") + QStringList{name, text}).status, 0);
+        QCOMPARE(user(words("add 32637")).status, 0);
+        const QString listed = QString::fromUtf8(user(words("list")).out);
+        QVERIFY2(listed.startsWith(QStringLiteral("Москва\n  %1\tprj:%2\nКаталог\n").arg(name, text)),
+                 qPrintable(listed));
+        QVERIFY2(listed.endsWith(QStringLiteral("\tepsg:32637\n")), qPrintable(listed));
+        QCOMPARE(user(words("check")).status, 0);
+
+        // The name that a user gave is the one the library uses.
+        const CliRun info = run(words("info --user-dir") + QStringList{folder(), text});
+        QVERIFY2(QString::fromUtf8(info.out).contains(QStringLiteral("\nDescription: ") + name),
+                 info.describe());
+
+        QCOMPARE(user(words("set epsg:32637 --description Зона")).status, 0);
+        QVERIFY(user(words("list")).out.endsWith("  Зона\tepsg:32637\n"));
+        QCOMPARE(user(words("remove --branch Другая") + QStringList(text)).status, 2);
+        QCOMPARE(user(words("remove") + QStringList(text)).status, 0);
+        QVERIFY(!user(words("list")).out.contains("prj:"));
+        // No lock, no temporary file is left.
+        QCOMPARE(QDir(folder()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    }
+
+    void refusedChangesKeepTheFile_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<QString>("message");
+        const auto row = [](const char *name, const char *before, const char *arguments,
+                            const char *message) {
+            QTest::newRow(name) << QByteArray(before) << QString::fromUtf8(arguments)
+                                << QString::fromUtf8(message);
+        };
+        const char *const good =
+            R"(<coordsys><branch name="Каталог"><cs type="epsg" str="4326" desc="a"/></branch></coordsys>)";
+        const char *const damaged = "<coordsys><branch";
+        row("add what makes no system", good, "add +proj=nonsense", "Неверная строка КС");
+        row("set what makes no system", good, "set epsg:999999", "EPSG=999999");
+        row("add what is there", good, "add 4326", "already in the branch");
+        row("remove what is not there", good, "remove 32637", "not among");
+        row("add to a damaged file", damaged, "add 4326", "UserCoordSystem.xml");
+        row("remove from a damaged file", damaged, "remove 4326", "UserCoordSystem.xml");
+        row("two systems", good, "add 4326 32637", "one coordinate system");
+    }
+    void refusedChangesKeepTheFile()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(QString, arguments);
+        QFETCH(QString, message);
+        write(before);
+        const CliRun refused = user(words(arguments.toUtf8()));
+        QVERIFY2(refused.isRefusal(message), refused.describe());
+        QCOMPARE(content(), before);
+    }
+
+    void check()
+    {
+        write(R"(<coordsys><branch name="a">
+<cs type="epsg" str="4326" desc="one"/>
+<cs type="epsg" str="999999" desc="no such code"/>
+<cs type="zzz" str="1" desc="no such notation"/>
+<cs type="epsg" str="32637" desc="two"/></branch><branch name="b">
+<cs type="epsg" str="4326" desc="again"/>
+<cs type="proj" str="+proj=utm +zone=37 +ellps=WGS84 +towgs84=0,0,0,0,0,0,0 +units=m +no_defs" desc="two again"/>
+</branch></coordsys>)");
+        const CliRun found = user(words("check"));
+        const QList<QByteArray> lines = found.outLines();
+        QVERIFY2(found.status == 1 && lines.size() == 5, found.describe());
+        QVERIFY2(lines.at(0).startsWith("a: epsg:999999: ") && lines.at(0).contains("EPSG=999999"),
+                 lines.at(0));
+        QVERIFY2(lines.at(1).startsWith("a: unknown:1: "), lines.at(1));
+        QCOMPARE(lines.at(2), QByteArray("b: epsg:4326: stands twice, also as a: epsg:4326"));
+        QVERIFY2(lines.at(3).startsWith("b: proj:") &&
+                     lines.at(3).endsWith("the same system as a: epsg:32637"),
+                 lines.at(3));
+        QVERIFY2(lines.at(4).endsWith(": 6 entries, 4 problems"), lines.at(4));
+
+        // An unusable entry goes by the name that the list shows.
+        QCOMPARE(user(words("remove unknown:1")).status, 0);
+        QCOMPARE(user(words("check")).outLines().size(), 4);
+
+        write("no xml");
+        const CliRun damaged = user(words("check"));
+        QVERIFY2(damaged.status == 1 && damaged.errLines().size() == 1, damaged.describe());
+    }
 
 private:
     CliRun user(const QStringList &arguments) const
     {
-        return run(QStringList{QStringLiteral("user"), QStringLiteral("--user-dir"), folder()} + arguments);
+        return run(words("user --user-dir") + QStringList(folder()) + arguments);
     }
     /// Not there until the program makes it.
     QString folder() const { return m_dir->filePath(QStringLiteral("мои КС")); }
@@ -39,103 +125,6 @@ private:
 
     std::unique_ptr<QTemporaryDir> m_dir;
 };
-
-void TestCliUser::entries()
-{
-    const QString text = QStringLiteral("CoordSys Earth Projection 8, 1001, \"m\", 37.5, 0, 1, 0, 0");
-    const QString name = QStringLiteral("Местная \"%1\" <&>");
-    QVERIFY(user({QStringLiteral("list")}).out.isEmpty());
-    QCOMPARE(user({QStringLiteral("add"), text, QStringLiteral("--branch"), QStringLiteral("Москва"),
-                   QStringLiteral("--description"), name})
-                 .status,
-             0);
-    QCOMPARE(user({QStringLiteral("add"), QStringLiteral("32637")}).status, 0);
-    const QString listed = QString::fromUtf8(user({QStringLiteral("list")}).out);
-    QVERIFY2(listed.startsWith(QStringLiteral("Москва\n  %1\tprj:%2\nКаталог\n").arg(name, text)),
-             qPrintable(listed));
-    QVERIFY2(listed.endsWith(QStringLiteral("\tepsg:32637\n")), qPrintable(listed));
-    QVERIFY(user({QStringLiteral("check")}).status == 0);
-
-    // The name that a user gave is the one the library uses.
-    const CliRun info = run({QStringLiteral("info"), text, QStringLiteral("--user-dir"), folder()});
-    QVERIFY2(QString::fromUtf8(info.out).contains(QStringLiteral("\nDescription: ") + name), info.describe());
-
-    QCOMPARE(user({QStringLiteral("set"), QStringLiteral("epsg:32637"), QStringLiteral("--description"),
-                   QStringLiteral("Зона")})
-                 .status,
-             0);
-    QVERIFY(user({QStringLiteral("list")}).out.endsWith("  Зона\tepsg:32637\n"));
-    QCOMPARE(
-        user({QStringLiteral("remove"), text, QStringLiteral("--branch"), QStringLiteral("Другая")}).status,
-        2);
-    QCOMPARE(user({QStringLiteral("remove"), text}).status, 0);
-    QVERIFY(!user({QStringLiteral("list")}).out.contains("prj:"));
-    QCOMPARE(QDir(folder()).entryList(QDir::Files | QDir::Hidden).size(),
-             1); // no lock, no temporary file left
-}
-
-void TestCliUser::refusedChangesKeepTheFile_data()
-{
-    QTest::addColumn<QByteArray>("before");
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("message");
-    const QByteArray good =
-        R"(<coordsys><branch name="Каталог"><cs type="epsg" str="4326" desc="a"/></branch></coordsys>)";
-    const auto words = [](const char *text) { return QString::fromUtf8(text).split(QLatin1Char('|')); };
-    QTest::newRow("add what makes no system")
-        << good << words("add|+proj=nonsense") << QStringLiteral("Неверная строка КС");
-    QTest::newRow("set what makes no system")
-        << good << words("set|epsg:999999") << QStringLiteral("EPSG=999999");
-    QTest::newRow("add what is there")
-        << good << words("add|4326") << QStringLiteral("already in the branch");
-    QTest::newRow("remove what is not there") << good << words("remove|32637") << QStringLiteral("not among");
-    QTest::newRow("add to a damaged file")
-        << QByteArray("<coordsys><branch") << words("add|4326") << QStringLiteral("UserCoordSystem.xml");
-    QTest::newRow("remove from a damaged file")
-        << QByteArray("<coordsys><branch") << words("remove|4326") << QStringLiteral("UserCoordSystem.xml");
-    QTest::newRow("two systems") << good << words("add|4326|32637")
-                                 << QStringLiteral("one coordinate system");
-}
-
-void TestCliUser::refusedChangesKeepTheFile()
-{
-    QFETCH(QByteArray, before);
-    QFETCH(QStringList, arguments);
-    QFETCH(QString, message);
-    write(before);
-    const CliRun refused = user(arguments);
-    QVERIFY2(refused.isRefusal(message), refused.describe());
-    QCOMPARE(content(), before);
-}
-
-void TestCliUser::check()
-{
-    write(R"(<coordsys><branch name="a">
-<cs type="epsg" str="4326" desc="one"/>
-<cs type="epsg" str="999999" desc="no such code"/>
-<cs type="zzz" str="1" desc="no such notation"/>
-<cs type="epsg" str="32637" desc="two"/></branch><branch name="b">
-<cs type="epsg" str="4326" desc="again"/>
-<cs type="proj" str="+proj=utm +zone=37 +ellps=WGS84 +towgs84=0,0,0,0,0,0,0 +units=m +no_defs" desc="two again"/>
-</branch></coordsys>)");
-    const CliRun found = user({QStringLiteral("check")});
-    const QList<QByteArray> lines = found.outLines();
-    QVERIFY2(found.status == 1 && lines.size() == 5, found.describe());
-    QVERIFY2(lines.at(0).startsWith("a: epsg:999999: ") && lines.at(0).contains("EPSG=999999"), lines.at(0));
-    QVERIFY2(lines.at(1).startsWith("a: unknown:1: "), lines.at(1));
-    QCOMPARE(lines.at(2), QByteArray("b: epsg:4326: stands twice, also as a: epsg:4326"));
-    QVERIFY2(lines.at(3).startsWith("b: proj:") && lines.at(3).endsWith("the same system as a: epsg:32637"),
-             lines.at(3));
-    QVERIFY2(lines.at(4).endsWith(": 6 entries, 4 problems"), lines.at(4));
-
-    // An unusable entry goes by the name that the list shows.
-    QCOMPARE(user({QStringLiteral("remove"), QStringLiteral("unknown:1")}).status, 0);
-    QCOMPARE(user({QStringLiteral("check")}).outLines().size(), 4);
-
-    write("no xml");
-    const CliRun damaged = user({QStringLiteral("check")});
-    QVERIFY2(damaged.status == 1 && damaged.errLines().size() == 1, damaged.describe());
-}
 
 NIVORA_TEST(TestCliUser)
 #include "tst_user.moc"

@@ -1,5 +1,6 @@
 #include <support/Support.h>
 #include <support/TestRunner.h>
+#include <transform/BothWays.h>
 
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
@@ -26,122 +27,104 @@ class TestConversions : public QObject
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(support::shippedFactory()); }
-    void geographicPlane();
-    void noDatumShift_data();
-    void noDatumShift();
-    void rectangles();
-    void distances();
-    void singularAffine();
-};
 
-void TestConversions::geographicPlane()
-{
-    const CoordSystemPtr cs = proj("+proj=longlat +datum=WGS84 +no_defs");
-    QPointF out;
-    QVERIFY(cs->forward(QPointF(1, -2), out));
-    VERIFY_NEAR(out, QPointF(METRES_PER_DEGREE, -2 * METRES_PER_DEGREE), 1e-9);
-    QVERIFY(cs->inverse(out, out));
-    VERIFY_NEAR(out, QPointF(1, -2), 1e-14);
-    QVector<QPointF> list{QPointF(1, 1), QPointF(0, 90)};
-    QVERIFY(cs->forward(list, list));
-    VERIFY_NEAR(list[1], QPointF(0, 90 * METRES_PER_DEGREE), 1e-8);
-    QVERIFY(cs->inverse(list, list));
-    VERIFY_NEAR(list[1], QPointF(0, 90), 1e-12);
-}
-
-void TestConversions::noDatumShift_data()
-{
-    QTest::addColumn<QString>("shifted");
-    QTest::addColumn<QString>("plain");
-    const char *const plain = "+proj=tmerc +lon_0=9 +ellps=bessel +no_defs";
-    for (const char *text : {"+proj=tmerc +lon_0=9 +ellps=bessel +towgs84=1000,0,0 +no_defs",
-                             "+proj=tmerc +lon_0=9 +datum=potsdam +no_defs",
-                             "+proj=tmerc +lon_0=9 +ellps=bessel +nadgrids=@null +no_defs",
-                             "+proj=tmerc +lon_0=9 +ellps=bessel +no_defs +type=crs",
-                             " +proj=tmerc +lon_0=9 +datum=potsdam +type=crs"})
-        QTest::newRow(text) << QString::fromUtf8(text) << QString::fromUtf8(plain);
-    QTest::newRow("NAD27") << "+proj=utm +zone=15 +datum=NAD27 +units=us-ft"
-                           << "+proj=utm +zone=15 +ellps=clrk66 +units=us-ft";
-}
-
-// A system converts on its own datum; 1000 m of shift would show as hundreds of metres.
-void TestConversions::noDatumShift()
-{
-    QFETCH(QString, shifted);
-    QFETCH(QString, plain);
-    const auto factory = support::shippedFactory();
-    const CoordSystemPtr a = factory->createFromProj(shifted), b = factory->createFromProj(plain);
-    const QPointF place = plain.contains(QLatin1String("zone")) ? QPointF(-93.5, 45) : QPointF(10, 45);
-    QPointF x, y;
-    QVERIFY(a->forward(place, x) && b->forward(place, y));
-    VERIFY_NEAR(x, y, 1e-6);
-    QVERIFY(a->inverse(y, x));
-    VERIFY_NEAR(x, place, 1e-9);
-}
-
-void TestConversions::rectangles()
-{
-    // The parallel of 60 N bulges to the south of its ends in a north polar map: only the edge's midpoint
-    // shows it.
-    const CoordSystemPtr polar = proj("+proj=stere +lat_0=90 +lon_0=0 +R=6370997");
-    QRectF out;
-    QVERIFY(polar->forward(QRectF(-30, 60, 60, 20), out));
-    const double radius = 2 * 6370997 * std::tan(CoordSystem::DEGREES_TO_RADIANS * 15);
-    QVERIFY(std::fabs(out.top() + radius) < 1e-3);
-    QVERIFY(std::fabs(out.right() - radius / 2) < 1e-3);
-    const QRectF lonLat = out;
-    QVERIFY(polar->inverse(lonLat, out) && out.top() < 60.0);
-    const CoordSystemPtr geographic = proj("+proj=longlat +datum=WGS84");
-    QVERIFY(geographic->inverse(QRectF(METRES_PER_DEGREE, 0, METRES_PER_DEGREE, METRES_PER_DEGREE), out));
-    VERIFY_NEAR(out, QRectF(1, 0, 1, 1), 1e-12);
-    geographic->setAffineTransform(std::make_unique<QTransform>(0, 1, -1, 0, 0, 0)); // a quarter turn
-    QVERIFY(geographic->forward(QRectF(1, 0, 2, 1), out));
-    VERIFY_NEAR(out, scaled(QRectF(-1, 1, 1, 2)), 1e-8);
-    for (const CoordSystemPtr &cs : {proj("+proj=merc +R=6370997"), geographic})
-        for (const QRectF &empty : {QRectF(10, 10, 0, 5), QRectF(10, 10, 0, 0), QRectF(10, 10, qQNaN(), 5),
-                                    QRectF(qQNaN(), 10, 5, 5), QRectF(10, qInf(), 5, 5)})
-            QVERIFY(!cs->forward(empty, out));
-    QVERIFY(!polar->forward(QRectF(0, 80, 20, 11), out)); // reaches beyond the pole
-}
-
-void TestConversions::distances()
-{
-    const CoordSystemPtr geographic = proj("+proj=longlat +datum=WGS84");
-    const CoordSystemPtr merc = proj("+proj=merc +R=6370997 +units=km");
-    bool ok = false;
-    QVERIFY(std::fabs(geographic->sphericalDistance({0, 0}, {0, 1}, &ok) - METRES_PER_DEGREE) < 1e-6);
-    QVERIFY(ok);
-    // Half a great circle over the pole; and the same degree through a projection.
-    QVERIFY(std::fabs(geographic->sphericalDistance({0, 45}, {180, 45}, nullptr) - 90 * METRES_PER_DEGREE) <
-            1e-5);
-    QVERIFY(std::fabs(merc->sphericalDistance({0, 0}, {METRES_PER_DEGREE / 1000, 0}, &ok) -
-                      METRES_PER_DEGREE) < 1e-5);
-    QVERIFY(std::fabs(geographic->cartesianDistance({1, 1}, {4, 5}) - 5 * METRES_PER_DEGREE) < 1e-8);
-    QCOMPARE(merc->cartesianDistance({1, 1}, {4, 5}), 5.0);
-    const CoordSystemPtr ortho = proj("+proj=ortho +R=6370997");
-    for (const auto &[a, b] :
-         {std::pair(QPointF(0, 0), QPointF(1e7, 0)), std::pair(QPointF(1e7, 0), QPointF(0, 0))}) {
-        ok = true;
-        QCOMPARE(ortho->sphericalDistance(a, b, &ok), 0.0);
-        QVERIFY(!ok);
-        QCOMPARE(ortho->sphericalDistance(a, b, nullptr), 0.0);
+    void geographicPlane()
+    {
+        const CoordSystemPtr cs = proj("+proj=longlat +datum=WGS84 +no_defs");
+        VERIFY_BOTH_WAYS(*cs, QPointF(1, -2), QPointF(METRES_PER_DEGREE, -2 * METRES_PER_DEGREE), 1e-9,
+                         1e-14);
+        QVector<QPointF> list{QPointF(1, 1), QPointF(0, 90)};
+        QVERIFY(cs->forward(list, list));
+        VERIFY_NEAR(list[1], QPointF(0, 90 * METRES_PER_DEGREE), 1e-8);
+        QVERIFY(cs->inverse(list, list));
+        VERIFY_NEAR(list[1], QPointF(0, 90), 1e-12);
     }
-}
 
-void TestConversions::singularAffine()
-{
-    const CoordSystemPtr cs = proj("+proj=merc +R=6370997");
-    QVERIFY(!hasAffine(cs) && !hasAffine(static_cast<const CoordSystem *>(cs.get())));
-    QCOMPARE(tryConvertForward(cs, QRectF(1, 2, 3, 4)), QRectF(1, 2, 3, 4));
-    cs->setAffineTransform(
-        std::make_unique<QTransform>(0, -1, 1, 0, 100, 0)); // a quarter turn: (y + 100, -x)
-    QVERIFY(hasAffine(cs));
-    QCOMPARE(tryConvertForward(cs, QRectF(1, 2, 3, 4)), QRectF(102, -4, 4, 3));
-    QCOMPARE(tryConvertInverse(cs, QPointF(102, -1)), QPointF(1, 2));
-    QCOMPARE(tryConvertInverse(cs, QPolygonF({QPointF(102, -1)})), QPolygonF({QPointF(1, 2)}));
-    cs->setAffineTransform(std::make_unique<QTransform>(1, 1, 1, 1, 0, 0));
-    QCOMPARE(tryConvertInverse(cs, QPointF(5, 6)), QPointF(5, 6)); // cannot be undone: the identity
-}
+    // A system converts on its own datum; 1000 m of shift would show as hundreds of metres.
+    void noDatumShift()
+    {
+        const char *const bessel = "+proj=tmerc +lon_0=9 +ellps=bessel +no_defs";
+        const std::pair<const char *, const char *> shiftedAndPlain[] = {
+            {"+proj=tmerc +lon_0=9 +ellps=bessel +towgs84=1000,0,0 +no_defs", bessel},
+            {"+proj=tmerc +lon_0=9 +datum=potsdam +no_defs", bessel},
+            {"+proj=tmerc +lon_0=9 +ellps=bessel +nadgrids=@null +no_defs", bessel},
+            {"+proj=tmerc +lon_0=9 +ellps=bessel +no_defs +type=crs", bessel},
+            {" +proj=tmerc +lon_0=9 +datum=potsdam +type=crs", bessel},
+            {"+proj=tmerc +lon_0=9 +datum=NAD27 +units=us-ft",
+             "+proj=tmerc +lon_0=9 +ellps=clrk66 +units=us-ft"}};
+        for (const auto &[shifted, plain] : shiftedAndPlain) {
+            const QPointF place(10, 45);
+            QPointF out;
+            QVERIFY2(proj(plain)->forward(place, out), plain);
+            VERIFY_BOTH_WAYS(*proj(shifted), place, out, 1e-6, 1e-9);
+        }
+    }
+
+    void rectangles()
+    {
+        // The parallel of 60 N bulges to the south of its ends in a north polar map: only the edge's midpoint
+        // shows it.
+        const CoordSystemPtr polar = proj("+proj=stere +lat_0=90 +lon_0=0 +R=6370997");
+        QRectF out;
+        QVERIFY(polar->forward(QRectF(-30, 60, 60, 20), out));
+        const double radius = 2 * 6370997 * std::tan(CoordSystem::DEGREES_TO_RADIANS * 15);
+        QVERIFY(std::fabs(out.top() + radius) < 1e-3);
+        QVERIFY(std::fabs(out.right() - radius / 2) < 1e-3);
+        QVERIFY(polar->inverse(QRectF(out), out) && out.top() < 60.0);
+        const CoordSystemPtr geographic = proj("+proj=longlat +datum=WGS84");
+        QVERIFY(geographic->inverse(QRectF(METRES_PER_DEGREE, 0, METRES_PER_DEGREE, METRES_PER_DEGREE), out));
+        VERIFY_NEAR(out, QRectF(1, 0, 1, 1), 1e-12);
+        geographic->setAffineTransform(std::make_unique<QTransform>(0, 1, -1, 0, 0, 0)); // a quarter turn
+        QVERIFY(geographic->forward(QRectF(1, 0, 2, 1), out));
+        VERIFY_NEAR(out, scaled(QRectF(-1, 1, 1, 2)), 1e-8);
+        VERIFY_BOTH_WAYS(*geographic, QPointF(3, 1), QPointF(-1, 3) * METRES_PER_DEGREE, 1e-8, 1e-12);
+        for (const CoordSystemPtr &cs : {proj("+proj=merc +R=6370997"), geographic})
+            for (const QRectF &empty :
+                 {QRectF(10, 10, 0, 5), QRectF(10, 10, 0, 0), QRectF(10, 10, qQNaN(), 5),
+                  QRectF(qQNaN(), 10, 5, 5), QRectF(10, qInf(), 5, 5)})
+                QVERIFY(!cs->forward(empty, out));
+        QVERIFY(!polar->forward(QRectF(0, 80, 20, 11), out)); // reaches beyond the pole
+    }
+
+    void distances()
+    {
+        const CoordSystemPtr geographic = proj("+proj=longlat +datum=WGS84");
+        const CoordSystemPtr merc = proj("+proj=merc +R=6370997 +units=km");
+        bool ok = false;
+        QVERIFY(std::fabs(geographic->sphericalDistance({0, 0}, {0, 1}, &ok) - METRES_PER_DEGREE) < 1e-6);
+        QVERIFY(ok);
+        // Half a great circle over the pole; and the same degree through a projection.
+        QVERIFY(std::fabs(geographic->sphericalDistance({0, 45}, {180, 45}, nullptr) -
+                          90 * METRES_PER_DEGREE) < 1e-5);
+        QVERIFY(std::fabs(merc->sphericalDistance({0, 0}, {METRES_PER_DEGREE / 1000, 0}, &ok) -
+                          METRES_PER_DEGREE) < 1e-5);
+        QVERIFY(std::fabs(geographic->cartesianDistance({1, 1}, {4, 5}) - 5 * METRES_PER_DEGREE) < 1e-8);
+        QCOMPARE(merc->cartesianDistance({1, 1}, {4, 5}), 5.0);
+        const CoordSystemPtr ortho = proj("+proj=ortho +R=6370997");
+        for (const auto &[a, b] :
+             {std::pair(QPointF(0, 0), QPointF(1e7, 0)), std::pair(QPointF(1e7, 0), QPointF(0, 0))}) {
+            ok = true;
+            QCOMPARE(ortho->sphericalDistance(a, b, &ok), 0.0);
+            QVERIFY(!ok);
+            QCOMPARE(ortho->sphericalDistance(a, b, nullptr), 0.0);
+        }
+    }
+
+    void singularAffine()
+    {
+        const CoordSystemPtr cs = proj("+proj=merc +R=6370997");
+        QVERIFY(!hasAffine(cs) && !hasAffine(static_cast<const CoordSystem *>(cs.get())));
+        QCOMPARE(tryConvertForward(cs, QRectF(1, 2, 3, 4)), QRectF(1, 2, 3, 4));
+        cs->setAffineTransform(
+            std::make_unique<QTransform>(0, -1, 1, 0, 100, 0)); // a quarter turn: (y + 100, -x)
+        QVERIFY(hasAffine(cs));
+        QCOMPARE(tryConvertForward(cs, QRectF(1, 2, 3, 4)), QRectF(102, -4, 4, 3));
+        QCOMPARE(tryConvertInverse(cs, QPointF(102, -1)), QPointF(1, 2));
+        QCOMPARE(tryConvertInverse(cs, QPolygonF({QPointF(102, -1)})), QPolygonF({QPointF(1, 2)}));
+        cs->setAffineTransform(std::make_unique<QTransform>(1, 1, 1, 1, 0, 0));
+        QCOMPARE(tryConvertInverse(cs, QPointF(5, 6)), QPointF(5, 6)); // cannot be undone: the identity
+    }
+};
 
 NIVORA_TEST(TestConversions)
 #include "tst_conversions.moc"

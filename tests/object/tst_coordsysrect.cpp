@@ -13,150 +13,139 @@ class TestCoordSysRect : public QObject
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(support::shippedFactory()); }
-    void rule_data();
-    void rule();
-    void projectedRule();
-    void catalogue();
-    void malformedFile();
-    void systems_data();
-    void systems();
-    void badText();
-};
 
-void TestCoordSysRect::rule_data()
-{
-    QTest::addColumn<QString>("prj");
-    QTest::addColumn<QRectF>("expected");
-    const auto row = [](const char *prj, const QRectF &r) {
-        QTest::newRow(prj) << QString::fromUtf8(prj) << r;
-    };
-    row("NonEarth Units \"m\"", {-1e7, -1e7, 2e7, 2e7});
-    row("Earth Projection 1, 104", {-1000, -1000, 2000, 2000});
-    row("Earth Projection 3, 104, 7, 10, 45, 40, 50, 0, 0", {-360, -85, 720, 170});
-    row("Earth Projection 8, 104, 7, 39, 0, 1, 0, 0", {-21, -90, 120, 180});
-    row("Earth Projection 2034, 104, 7, 39, 0, 1, 0, 0, 0, 0, 9, 9", {-21, -90, 120, 180});
-    row("Earth Projection 10, 104, 7, 0", {-360, -85.05112878, 720, 170.10225756});
-    row("Earth Projection 20, 104, \"m\", 0, 90, 1, 500000, 0", {500000 - 1e8, -1e8, 2e8, 2e8});
-    row("Earth Projection 31, 109, \"km\", 5, 52, 1, 155, 463", {155 - 1e11, 463 - 1e11, 2e11, 2e11});
-    row("Earth Projection 25, 1003, \"m\", 7, 46, 600000, 200000", {600000 - 1e8, 200000 - 1e8, 2e8, 2e8});
-    row("Earth Projection 9, 104, 7, 10, 45, 40, 50, 0, 0", {-360, -90, 720, 180});
-}
-
-void TestCoordSysRect::rule()
-{
-    QFETCH(QString, prj);
-    QFETCH(QRectF, expected);
-    VERIFY_NEAR(CoordSysRect::rectMifalAlgorithm(prj, nullptr), expected, 1e-9);
-    // An empty catalogue has nothing but the rule, and says so.
-    support::LogCapture log;
-    VERIFY_NEAR(CoordSysRect().rect(prj, nullptr), expected, 1e-9);
-    QVERIFY(log.lines(QStringLiteral("info"))
+    void rule_data()
+    {
+        QTest::addColumn<QString>("prj");
+        QTest::addColumn<QRectF>("expected");
+        const auto row = [](const char *prj, const QRectF &r) {
+            QTest::newRow(prj) << QString::fromUtf8(prj) << r;
+        };
+        row("NonEarth Units \"m\"", {-1e7, -1e7, 2e7, 2e7});
+        row("Earth Projection 1, 104", {-1000, -1000, 2000, 2000});
+        row("Earth Projection 3, 104, 7, 10, 45, 40, 50, 0, 0", {-360, -85, 720, 170});
+        row("Earth Projection 8, 104, 7, 39, 0, 1, 0, 0", {-21, -90, 120, 180});
+        row("Earth Projection 2034, 104, 7, 39, 0, 1, 0, 0, 0, 0, 9, 9", {-21, -90, 120, 180});
+        row("Earth Projection 10, 104, 7, 0", {-360, -85.05112878, 720, 170.10225756});
+        row("Earth Projection 20, 104, \"m\", 0, 90, 1, 500000, 0", {500000 - 1e8, -1e8, 2e8, 2e8});
+        row("Earth Projection 31, 109, \"km\", 5, 52, 1, 155, 463", {155 - 1e11, 463 - 1e11, 2e11, 2e11});
+        row("Earth Projection 25, 1003, \"m\", 7, 46, 600000, 200000",
+            {600000 - 1e8, 200000 - 1e8, 2e8, 2e8});
+        row("Earth Projection 9, 104, 7, 10, 45, 40, 50, 0, 0", {-360, -90, 720, 180});
+    }
+    void rule()
+    {
+        QFETCH(QString, prj);
+        QFETCH(QRectF, expected);
+        VERIFY_NEAR(CoordSysRect::rectMifalAlgorithm(prj, nullptr), expected, 1e-9);
+        // An empty catalogue has nothing but the rule, and says so.
+        support::LogCapture log;
+        VERIFY_NEAR(CoordSysRect().rect(prj, nullptr), expected, 1e-9);
+        QVERIFY(
+            log.lines(QStringLiteral("info"))
                 .contains(
                     QStringLiteral("Не могу рассчитать ограничивающий прямоугольник для КС (%1)").arg(prj)));
-}
+    }
 
-void TestCoordSysRect::projectedRule()
-{
-    // Mercator's square: half a circumference, 20037508.3428 m, up and down. The longitudes of the rule wrap
-    // to zero width, so the answer is the degrees; transverse Mercator's 60 degrees do not.
-    const auto factory = support::shippedFactory();
-    const QString tm = QStringLiteral("Earth Projection 8, 104, \"m\", 39, 0, 1, 0, 0");
-    const QRectF out = CoordSysRect::rectMifalAlgorithm(tm, factory->createWithoutDescription(tm).get());
-    QVERIFY(out.width() > 1e7 && qAbs(out.center().x()) < 1.0);
-    QVERIFY(qAbs(out.bottom() - 10001965.7293) < 1e-3); // the meridian quadrant of WGS 84
-}
+    void projectedRule()
+    {
+        // Mercator's square: half a circumference, 20037508.3428 m, up and down. The longitudes of the rule
+        // wrap to zero width, so the answer is the degrees; transverse Mercator's 60 degrees do not.
+        const auto factory = support::shippedFactory();
+        const QString tm = QStringLiteral("Earth Projection 8, 104, \"m\", 39, 0, 1, 0, 0");
+        const QRectF out = CoordSysRect::rectMifalAlgorithm(tm, factory->createWithoutDescription(tm).get());
+        QVERIFY(out.width() > 1e7 && qAbs(out.center().x()) < 1.0);
+        QVERIFY(qAbs(out.bottom() - 10001965.7293) < 1e-3); // the meridian quadrant of WGS 84
+    }
 
-void TestCoordSysRect::catalogue()
-{
-    const support::ResourceCopy copy;
-    const QByteArray entry =
-        "<cs prj=\"8\" el=\"5\" u=\"7\" pp0=\"39\" pp1=\"0\" pp2=\"1\" pp3=\"0\" pp4=\"0\" pp5=\"0\""
-        " datum=\"5\" sx=\"0\" sy=\"0\" sz=\"0\" xmin=\"%1\" ymin=\"-2\" xmax=\"30\" ymax=\"40\"/>";
-    copy.write(QStringLiteral("cs_mbr.xml"), "<a>" + QByteArray(entry).replace("%1", "-10") + "<other/>" +
-                                                 QByteArray(entry).replace("%1", "0") + "</a>");
-    CoordSysRect rects;
-    support::LogCapture log;
-    QVERIFY(rects.initFromXML(copy.dir()));
-    QVERIFY(log.lines(QStringLiteral("info")).contains(QStringLiteral("CS MBRs loaded from cs_mbr.xml=2")));
-    const QString metres = QStringLiteral("Earth Projection 8, 1001, \"m\", 39, 0, 1, 0, 0");
-    VERIFY_NEAR(rects.rect(metres, nullptr), QRectF(-10, -2, 40, 42), 0.0); // the first entry
-    const QString feet = QStringLiteral("Earth Projection 8, 1001, \"ft\", 39, 0, 1, 0, 0");
-    VERIFY_NEAR(rects.rect(feet, nullptr), QRectF(-21, -90, 120, 180),
-                1e-9); // bounds in metres are not for feet
-    rects.clear();
-    VERIFY_NEAR(rects.rect(metres, nullptr), QRectF(-21, -90, 120, 180), 1e-9);
-    QCOMPARE(getattrib(QStringLiteral("0x00")), 0);
-    for (const char *text : {"", "5", "0", "0x01", "0X00"})
-        QCOMPARE(getattrib(QString::fromUtf8(text)), -1);
-    QVERIFY(CoordSysRect::isDefaultRectLatLong({-360, -90, 720, 180}) &&
-            CoordSysRect::isDefaultRectLatLong({-1000, -1000, 2000, 2000}));
-    QVERIFY(!CoordSysRect::isDefaultRectLatLong({-180, -90, 360, 180}) &&
-            !CoordSysRect::isDefaultRectNonEarth({-1e7, -1e7, 2e7, 1e7}));
-}
-
-void TestCoordSysRect::malformedFile()
-{
-    const support::ResourceCopy copy;
-    CoordSysRect rects;
-    for (const QByteArray &content :
-         {QByteArray(), QByteArray("<a><cs prj=\"8\"/>"), QByteArray("\xff\xfe%1 %s")}) {
-        copy.write(QStringLiteral("cs_mbr.xml"), content);
+    void catalogue()
+    {
+        const support::ResourceCopy copy;
+        const QByteArray entry =
+            "<cs prj=\"8\" el=\"5\" u=\"7\" pp0=\"39\" pp1=\"0\" pp2=\"1\" pp3=\"0\" pp4=\"0\" pp5=\"0\""
+            " datum=\"5\" sx=\"0\" sy=\"0\" sz=\"0\" xmin=\"%1\" ymin=\"-2\" xmax=\"30\" ymax=\"40\"/>";
+        copy.write(QStringLiteral("cs_mbr.xml"), "<a>" + QByteArray(entry).replace("%1", "-10") + "<other/>" +
+                                                     QByteArray(entry).replace("%1", "0") + "</a>");
+        CoordSysRect rects;
         support::LogCapture log;
         QVERIFY(rects.initFromXML(copy.dir()));
-        QCOMPARE(log.lines(QStringLiteral("error")).size(), 1);
         QVERIFY(
-            log.lines(QStringLiteral("info")).contains(QStringLiteral("CS MBRs loaded from cs_mbr.xml=0")));
+            log.lines(QStringLiteral("info")).contains(QStringLiteral("CS MBRs loaded from cs_mbr.xml=2")));
+        const QString metres = QStringLiteral("Earth Projection 8, 1001, \"m\", 39, 0, 1, 0, 0");
+        VERIFY_NEAR(rects.rect(metres, nullptr), QRectF(-10, -2, 40, 42), 0.0); // the first entry
+        const QString feet = QStringLiteral("Earth Projection 8, 1001, \"ft\", 39, 0, 1, 0, 0");
+        VERIFY_NEAR(rects.rect(feet, nullptr), QRectF(-21, -90, 120, 180),
+                    1e-9); // bounds in metres are not for feet
+        rects.clear();
+        VERIFY_NEAR(rects.rect(metres, nullptr), QRectF(-21, -90, 120, 180), 1e-9);
+        QCOMPARE(getattrib(QStringLiteral("0x00")), 0);
+        for (const char *text : {"", "0", "0x01", "0X00"})
+            QCOMPARE(getattrib(QString::fromUtf8(text)), -1);
+        QVERIFY(CoordSysRect::isDefaultRectLatLong({-360, -90, 720, 180}) &&
+                CoordSysRect::isDefaultRectLatLong({-1000, -1000, 2000, 2000}));
+        QVERIFY(!CoordSysRect::isDefaultRectLatLong({-180, -90, 360, 180}) &&
+                !CoordSysRect::isDefaultRectNonEarth({-1e7, -1e7, 2e7, 1e7}));
     }
-    copy.remove(QStringLiteral("cs_mbr.xml"));
-    support::LogCapture log;
-    QVERIFY(!rects.initFromXML(copy.dir()));
-    QVERIFY(log.lines(QStringLiteral("error"))
-                .join(QString())
-                .startsWith(QStringLiteral("Не могу открыть файл ")));
-}
 
-void TestCoordSysRect::systems_data()
-{
-    QTest::addColumn<QString>("system");
-    QTest::addColumn<QRectF>("expected");
-    QTest::addColumn<double>("tolerance");
-    const auto row = [](const char *system, const QRectF &r, double tolerance) {
-        QTest::newRow(system) << QString::fromUtf8(system) << r << tolerance;
-    };
-    const double half = 20037508.3428;                 // pi * 6378137 m
-    row("epsg:4284", {-1000, -1000, 2000, 2000}, 0.0); // whatever the code
-    row("proj:+proj=merc +lon_0=11 +datum=WGS84", {-half, -half, 2 * half, 2 * half}, 1e5);
-    row("proj:+proj=laea +lat_0=90 +lon_0=11 +ellps=krass", {-12.74e6, -12.74e6, 25.48e6, 25.48e6}, 5e4);
-    row("proj:+proj=aeqd +lat_0=90 +lon_0=0 +ellps=krass", {-20.0e6, -20.0e6, 40.0e6, 40.0e6}, 1e5);
-}
+    void malformedFile()
+    {
+        const support::ResourceCopy copy;
+        CoordSysRect rects;
+        for (const QByteArray &content :
+             {QByteArray(), QByteArray("<a><cs prj=\"8\"/>"), QByteArray("\xff\xfe%1 %s")}) {
+            copy.write(QStringLiteral("cs_mbr.xml"), content);
+            support::LogCapture log;
+            QVERIFY(rects.initFromXML(copy.dir()));
+            QCOMPARE(log.lines(QStringLiteral("error")).size(), 1);
+            QVERIFY(log.lines(QStringLiteral("info"))
+                        .contains(QStringLiteral("CS MBRs loaded from cs_mbr.xml=0")));
+        }
+        copy.remove(QStringLiteral("cs_mbr.xml"));
+        support::LogCapture log;
+        QVERIFY(!rects.initFromXML(copy.dir()));
+        QVERIFY(log.lines(QStringLiteral("error"))
+                    .join(QString())
+                    .startsWith(QStringLiteral("Не могу открыть файл ")));
+    }
 
-void TestCoordSysRect::systems()
-{
-    QFETCH(QString, system);
-    QFETCH(QRectF, expected);
-    QFETCH(double, tolerance);
-    const auto factory = support::shippedFactory();
-    VERIFY_NEAR(CoordSysRect().rect(factory->createFromTaggedString(system)), expected, tolerance);
-    // Across the 180th meridian: Fiji's grid (EPSG 3460) keeps some hundred kilometres each way.
-    const QRectF fiji = CoordSysRect().rect(factory->createFromEpsg(3460));
-    QVERIFY2(fiji.width() < 2e6 && fiji.height() < 2e6, qPrintable(QString::number(fiji.height())));
-    // A code that was only set must not move the bounds.
-    const CoordSystemPtr coded = factory->createFromTaggedString(system);
-    coded->setEpsg(32637);
-    VERIFY_NEAR(CoordSysRect().rect(coded), expected, tolerance);
-}
+    void systems()
+    {
+        struct Row
+        {
+            const char *system;
+            QRectF expected;
+            double tolerance;
+        };
+        const double half = 20037508.3428; // pi * 6378137 m
+        const Row rows[] = {
+            {"epsg:4284", {-1000, -1000, 2000, 2000}, 0.0}, // whatever the code
+            {"proj:+proj=merc +lon_0=11 +datum=WGS84", {-half, -half, 2 * half, 2 * half}, 1e5},
+            {"proj:+proj=laea +lat_0=90 +lon_0=11 +ellps=krass", {-12.74e6, -12.74e6, 25.48e6, 25.48e6}, 5e4},
+            {"proj:+proj=aeqd +lat_0=90 +lon_0=0 +ellps=krass", {-20.0e6, -20.0e6, 40.0e6, 40.0e6}, 1e5}};
+        const auto factory = support::shippedFactory();
+        for (const auto &[system, expected, tolerance] : rows) {
+            const CoordSystemPtr cs = factory->createFromTaggedString(QString::fromUtf8(system));
+            VERIFY_NEAR(CoordSysRect().rect(cs), expected, tolerance);
+            cs->setEpsg(32637); // a code that was only set must not move the bounds
+            VERIFY_NEAR(CoordSysRect().rect(cs), expected, tolerance);
+        }
+        // Across the 180th meridian: Fiji's grid (EPSG 3460) keeps some hundred kilometres each way.
+        const QRectF fiji = CoordSysRect().rect(factory->createFromEpsg(3460));
+        QVERIFY2(fiji.width() < 2e6 && fiji.height() < 2e6, qPrintable(QString::number(fiji.height())));
+    }
 
-void TestCoordSysRect::badText()
-{
-    support::LogCapture log;
-    QVERIFY(CoordSysRect().rect(QString(), nullptr).isNull());
-    QVERIFY(CoordSysRect().rect(std::make_shared<CoordSystem>()).isNull());
-    QCOMPARE(log.lines(QStringLiteral("error")).first(),
-             QStringLiteral("Строка с координатной системой пустая"));
-    QVERIFY(log.lines(QStringLiteral("error")).size() >= 2);
-    QVERIFY_EXCEPTION_THROWN(CoordSysRect().rect(QStringLiteral("Earth Projection 8, 104"), nullptr),
-                             NotEnoughtParamsException);
-}
+    void badText()
+    {
+        support::LogCapture log;
+        QVERIFY(CoordSysRect().rect(QString(), nullptr).isNull());
+        QVERIFY(CoordSysRect().rect(std::make_shared<CoordSystem>()).isNull());
+        QCOMPARE(log.lines(QStringLiteral("error")).first(),
+                 QStringLiteral("Строка с координатной системой пустая"));
+        QVERIFY(log.lines(QStringLiteral("error")).size() >= 2);
+        QVERIFY_EXCEPTION_THROWN(CoordSysRect().rect(QStringLiteral("Earth Projection 8, 104"), nullptr),
+                                 NotEnoughtParamsException);
+    }
+};
 
 NIVORA_TEST(TestCoordSysRect)
 #include "tst_coordsysrect.moc"

@@ -28,388 +28,305 @@ class TestCoordSystem : public QObject
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(support::shippedFactory()); }
-    void unit_data();
-    void unit();
-    void unitUnknown_data();
-    void unitUnknown();
-    void sourceData();
-    void equality_data();
-    void equality();
-    void clones();
-    void bounds();
-    void affine_data();
-    void affine();
-    void affineClauseWithoutUnit();
-    void taggedStrings_data();
-    void taggedStrings();
-    void nonEarthAsWkt();
-    void exportedPrjKeepsThePlace_data();
-    void exportedPrjKeepsThePlace();
-    void epsg();
-    void parameters();
-};
 
-void TestCoordSystem::unit_data()
-{
-    QTest::addColumn<QString>("system");
-    QTest::addColumn<int>("code");
-    const QString proj = QStringLiteral("proj:+proj=tmerc +lon_0=39 +datum=WGS84 %1 +no_defs");
-    const std::pair<const char *, int> terms[] = {{"+units=mi", 0},
-                                                  {"+units=km", 1},
-                                                  {"+units=in", 2},
-                                                  {"+units=ft", 3},
-                                                  {"+units=yd", 4},
-                                                  {"+units=mm", 5},
-                                                  {"+units=cm", 6},
-                                                  {"+units=m", 7},
-                                                  {"", 7},
-                                                  {"+units=us-ft", 8},
-                                                  {"+units=kmi", 9},
-                                                  {"+units=link", 30},
-                                                  {"+units=ch", 31},
-                                                  {"+to_meter=5.02921005842012", 32},
-                                                  {"+to_meter=1000", 1}};
-    for (const auto &[term, code] : terms)
-        QTest::addRow("PROJ %s", term) << proj.arg(QLatin1String(term)) << code;
-    for (int code : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 30, 31, 32})
-        for (const char *projection :
-             {"8, 104, %1, 39, 0, 1, 0, 0", "4, 104, %1, 0, 90, 90", "29, 104, %1, 9, 50, 90"})
-            QTest::addRow("prj unit %d of %.2s", code, projection)
-                << QStringLiteral("prj:Earth Projection ") + QString::fromUtf8(projection).arg(code) << code;
-    QTest::newRow("degrees") << "prj:Earth Projection 1, 104" << 13;
-    QTest::newRow("degrees from WKT") << "epsg:4284" << 13;
-    QTest::newRow("a name in capitals") << "wkt:LOCAL_CS[\"x\",UNIT[\"METRE\",1]]" << 7;
-}
-
-void TestCoordSystem::unit()
-{
-    QFETCH(QString, system);
-    QFETCH(int, code);
-    const CoordSystemPtr cs = made(system);
-    QCOMPARE(cs->unit().unitCode(), code);
-    QCOMPARE(cs->affineUnit().unitCode(), code); // what has been found is told from now on
-}
-
-void TestCoordSystem::unitUnknown_data()
-{
-    QTest::addColumn<QString>("term");
-    for (const char *term : {"+units=ind-yd", "+units=us-mi", "+units=dm", "+to_meter=2.5"})
-        QTest::newRow(term) << QString::fromUtf8(term);
-}
-
-void TestCoordSystem::unitUnknown()
-{
-    QFETCH(QString, term);
-    const CoordSystemPtr cs = tmercIn(term);
-    const QString instead = support::thrownInstead<std::logic_error>(
-        [&] { (void)cs->unit(); }, QStringLiteral("Не могу определить единицы измерения ("), true);
-    QVERIFY2(instead.isEmpty(), qPrintable(instead));
-    QVERIFY(cs->isEqual(tmercIn(term), true)); // equal factors; and the lock was given back
-    QVERIFY(!cs->isEqual(tmercIn(QStringLiteral("+units=m")), true));
-}
-
-void TestCoordSystem::sourceData()
-{
-    using Source = CoordSystem::SourceData;
-    const Source earth{CoordSystem::Prj, QStringLiteral("Earth Projection 1, 104")};
-    for (const char *text : {"CoordSys Earth Projection 1, 104", "coordsys  Earth Projection  1,  104"})
-        QCOMPARE(Source({CoordSystem::Prj, QString::fromUtf8(text)}) == earth,
-                 QByteArray(text).simplified().endsWith("1, 104"));
-    QVERIFY(!(Source{CoordSystem::Wkt, earth.string} == earth));
-    QVERIFY(!(Source{CoordSystem::Proj4, QStringLiteral("CoordSys x")} ==
-              Source{CoordSystem::Proj4, QStringLiteral("x")}));
-    QVERIFY(compareprojStr(QStringLiteral("+a=1 +b=2 "), QStringLiteral("+b=2 +a=1 ")));
-    QVERIFY(!compareprojStr(QStringLiteral("+a=1 +b=2"), QStringLiteral("+b=2 +a=1"))); // the blank counts
-}
-
-void TestCoordSystem::equality_data()
-{
-    QTest::addColumn<QString>("a");
-    QTest::addColumn<QString>("b");
-    QTest::addColumn<bool>("equal");
-    QTest::addColumn<bool>("equalWithoutBounds");
-    const auto row = [](const char *name, const char *a, const char *b, bool equal, bool ignoring) {
-        QTest::newRow(name) << QString::fromUtf8(a) << QString::fromUtf8(b) << equal << ignoring;
-    };
-    const char *tm = "prj:Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0";
-    const char *bounded =
-        "prj:Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0 Bounds (0, 0) (9e6, 9e6)";
-    row("twins", tm, tm, true, true);
-    row("unit by name and by number", tm, "prj:CoordSys Earth Projection 8, 1001, 7, 39, 0, 1, 7500000, 0",
-        true, true);
-    row("bounds", tm, bounded, false, true);
-    row("equal bounds", bounded, bounded, true, true);
-    row("unit", tm, "prj:Earth Projection 8, 1001, \"km\", 39, 0, 1, 7500, 0", false, false);
-    row("meridian", tm, "prj:Earth Projection 8, 1001, \"m\", 45, 0, 1, 7500000, 0", false, false);
-    row("affine", tm, "prj:Earth Projection 1008, 1001, \"m\", 39, 0, 1, 7500000, 0, \"m\", 1, 0, 5, 0, 1, 0",
-        false, false);
-    row("no datum", "prj:Earth Projection 1, 0", "prj:Earth Projection 1, 33", false, false);
-    row("datums of equal shift", "prj:Earth Projection 1, 33", "prj:Earth Projection 1, 74", false, false);
-    row("across notations", "prj:Earth Projection 1, 104", "proj:+proj=longlat +datum=WGS84 +no_defs", true,
-        true);
-    row("plans", "prj:NonEarth Units \"m\"", "prj:NonEarth Units \"ft\"", false, false);
-    row("bounds of plans", "prj:NonEarth Units \"m\"", "prj:NonEarth Units \"m\" Bounds (0, 0) (1, 1)", false,
-        true);
-    row("text order, as PROJ sees it", "proj:+proj=utm +zone=37 +datum=WGS84 +no_defs",
-        "proj:+proj=utm +zone=37 +no_defs +datum=WGS84", false, false);
-}
-
-void TestCoordSystem::equality()
-{
-    QFETCH(QString, a);
-    QFETCH(QString, b);
-    QFETCH(bool, equal);
-    QFETCH(bool, equalWithoutBounds);
-    const CoordSystemPtr first = made(a), second = made(b);
-    QCOMPARE(first->isEqual(second, false), equal);
-    QCOMPARE(second->isEqual(first, false), equal);
-    QCOMPARE(CoordSystem::testEqual(first, second, true), equalWithoutBounds);
-    QVERIFY(first->isEqual(first, false));
-    QVERIFY(!first->isEqual(CoordSystemPtr(), true));
-    // "No datum" is not the datum of equal figures, though the engine sees none.
-    const CoordSystemPtr none = made("prj:Earth Projection 1, 0");
-    QVERIFY(!none->isEqual(made(QStringLiteral("proj:") + none->projStr()), true));
-    // The systems that need cropping answer too: their unit has no name in GDAL.
-    const auto crop = CoordSysFactory::cropCoordSystems();
-    QVERIFY(!crop[0]->isEqual(crop[1], true) && crop[0]->needCropCoords() && !first->needCropCoords());
-}
-
-void TestCoordSystem::clones()
-{
-    for (const char *text :
-         {"prj:Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0 Bounds (0, 0) (9e6, 8e6)",
-          "prj:NonEarth Units \"ft\" Bounds (0, 0) (10, 20)", "epsg:32637",
-          "proj:+proj=eqc +R=6370997 +units=m +no_defs"}) {
-        const CoordSystemPtr cs = made(text);
-        const CoordSystemPtr copy = cs->clone();
-        QVERIFY2(copy->isEqual(cs, false), text);
-        QVERIFY(copy->OGRSpatialReference() != cs->OGRSpatialReference() &&
-                copy->PJ_Proj4() != cs->PJ_Proj4());
-        QCOMPARE(copy->description(), cs->description());
-        QVERIFY(copy->sourceParameters() == cs->sourceParameters());
-        QCOMPARE(copy->rectNumericCoordSys(), cs->rectNumericCoordSys());
+    void unit_data()
+    {
+        QTest::addColumn<QString>("system");
+        QTest::addColumn<int>("code");
+        const QString proj = QStringLiteral("proj:+proj=tmerc +lon_0=39 +datum=WGS84 %1 +no_defs");
+        int inOrder = 0; // the codes of the first ten count up
+        for (const char *name : {"mi", "km", "in", "ft", "yd", "mm", "cm", "m", "us-ft", "kmi"})
+            QTest::addRow("PROJ %s", name)
+                << proj.arg(QStringLiteral("+units=") + QLatin1String(name)) << inOrder++;
+        const std::pair<const char *, int> terms[] = {{"", 7},
+                                                      {"+units=link", 30},
+                                                      {"+units=ch", 31},
+                                                      {"+to_meter=5.02921005842012", 32},
+                                                      {"+to_meter=1000", 1}};
+        for (const auto &[term, code] : terms)
+            QTest::addRow("PROJ %s", term) << proj.arg(QLatin1String(term)) << code;
+        for (int code : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 30, 31, 32})
+            for (const char *projection :
+                 {"8, 104, %1, 39, 0, 1, 0, 0", "4, 104, %1, 0, 90, 90", "29, 104, %1, 9, 50, 90"})
+                QTest::addRow("prj unit %d of %.2s", code, projection)
+                    << QStringLiteral("prj:Earth Projection ") + QString::fromUtf8(projection).arg(code)
+                    << code;
+        QTest::newRow("degrees") << "prj:Earth Projection 1, 104" << 13;
+        QTest::newRow("degrees from WKT") << "epsg:4284" << 13;
+        QTest::newRow("a name in capitals") << "wkt:LOCAL_CS[\"x\",UNIT[\"METRE\",1]]" << 7;
     }
-    const CoordSystemPtr bent = made("prj:NonEarth Units \"m\" Affine Units \"m\", 1, 2, 3, 4, 5, 6");
-    QVERIFY(bent->affineTransform() && !bent->clone()->affineTransform());
-}
-
-void TestCoordSystem::bounds()
-{
-    const CoordSystemPtr cs =
-        made("prj:Earth Projection 8, 104, \"m\", 39, 0, 1, 0, 0 Bounds (-10, -20) (30, 50.5)");
-    const QRectF rect(-10, -20, 40, 70.5);
-    QVERIFY(cs->isRectSet());
-    QCOMPARE(cs->rectNumericCoordSys(), rect);
-    QCOMPARE(cs->rectInternal(), rect);
-    QVERIFY(cs->prjStr().endsWith(QLatin1String(" Bounds (-10, -20) (30, 50.5)")));
-    const CoordSystemPtr plain = made("epsg:32637");
-    QVERIFY(!plain->isRectSet());
-    for (const QRectF &empty : {QRectF(), QRectF(0, 0, 1, 0), QRectF(0, 0, -1, 5), QRectF(0, 0, qQNaN(), 1)})
-        VERIFY_THROWS(std::logic_error, plain->setRectCoordSystem(empty),
-                      QStringLiteral("Не могу задать пустые границы"));
-    plain->setRectCoordSystem(rect);
-    QVERIFY(plain->prjStr().endsWith(QLatin1String(" Bounds (-10, -20) (30, 50.5)")));
-    QVERIFY(plain->rectInternal() != rect);
-    // Found bounds go through the affine transformation: x' = x + 2 y + 3, y' = 4 x + 5 y + 6 of a square of
-    // 2e7.
-    const CoordSystemPtr bent = made("prj:NonEarth Units \"m\" Affine Units \"m\", 1, 2, 3, 4, 5, 6");
-    VERIFY_NEAR(bent->rectNumericCoordSys(), QRectF(3 - 3e7, 6 - 9e7, 6e7, 18e7), 1e-6);
-}
-
-void TestCoordSystem::affine_data()
-{
-    QTest::addColumn<QString>("clause");
-    QTest::newRow("words")
-        << "prj:Earth Projection 8, 104, \"m\", 39, 0, 1, 0, 0 Affine Units \"survey ft\", %1";
-    QTest::newRow("thousands") << "prj:Earth Projection 1008, 104, \"m\", 39, 0, 1, 0, 0, \"survey ft\", %1";
-    QTest::newRow("with bounds")
-        << "prj:Earth Projection 3008, 104, \"m\", 39, 0, 1, 0, 0, 8, %1, 0, 0, 900, 900";
-    QTest::newRow("plan") << "prj:NonEarth Units \"m\" Affine Units \"survey ft\", %1";
-}
-
-// x' = A x + B y + C, y' = D x + E y + F with A to F = 1 to 6 takes (10, 20) to (53, 146).
-void TestCoordSystem::affine()
-{
-    QFETCH(QString, clause);
-    const CoordSystemPtr cs = made(clause.arg(QStringLiteral("1, 2, 3, 4, 5, 6")));
-    QVERIFY(cs->affineTransform());
-    VERIFY_NEAR(cs->affineTransform()->map(QPointF(10, 20)), QPointF(53, 146), 1e-12);
-    QCOMPARE(cs->affineUnit().unitCode(), 8);
-    const QString prj = cs->prjStr();
-    QCOMPARE(prj.count(QLatin1String("Affine")), 1);
-    QVERIFY2(prj.contains(QLatin1String("Affine Units \"survey ft\", 1, 2, 3, 4, 5, 6")), qPrintable(prj));
-    const QPointF place(39.5, 0.5);
-    QPointF out;
-    QVERIFY(cs->forward(place, out) && cs->inverse(out, out));
-    VERIFY_NEAR(out, place, 1e-9);
-    QRectF rect;
-    QVERIFY(cs->forward(QRectF(39, 0, 1, 1), rect) && rect.width() > 0);
-    // The identity is a transformation, not a singular one.
-    QPointF plain, same;
-    QVERIFY(made(clause.arg(QStringLiteral("1, 0, 0, 0, 1, 0")))->forward(place, same));
-    QVERIFY(
-        made(QString(clause)
-                 .remove(QRegularExpression(QStringLiteral(",? *(Affine Units )?(\"survey ft\"|8), %1.*")))
-                 .replace(QLatin1String("1008"), QLatin1String("8"))
-                 .replace(QLatin1String("3008"), QLatin1String("8")))
-            ->forward(place, plain));
-    VERIFY_NEAR(same, plain, 1e-6);
-}
-
-void TestCoordSystem::affineClauseWithoutUnit()
-{
-    const auto bent = [](const char *text) {
-        const CoordSystemPtr cs = made(text);
-        cs->setAffineTransform(std::make_unique<QTransform>(1, 4, 2, 5, 3, 6));
-        return cs->prjStr();
-    };
-    QVERIFY(bent("proj:+proj=tmerc +lon_0=39 +datum=WGS84 +units=ft")
-                .contains(QLatin1String("Affine Units \"ft\", 1, 2, 3, 4, 5, 6")));
-    QVERIFY(bent("proj:+proj=tmerc +lon_0=39 +datum=WGS84 +units=ind-yd")
-                .contains(QLatin1String("Affine Units \"m\", 1, 2,")));
-    // The array form is the matrix itself; a missing unit is the system's.
-    const CoordSystemPtr cs = made("epsg:4326");
-    setAffineParamsArray(*cs, nullptr, {1, 4, 2, 5, 3, 6});
-    VERIFY_NEAR(cs->affineTransform()->map(QPointF(10, 20)), QPointF(53, 146), 1e-12);
-    QCOMPARE(cs->affineUnit().unitCode(), 13);
-    CoordSysFactory::setAffineParams(*cs, {QStringLiteral("\"no such unit\""), QStringLiteral("1"),
-                                           QStringLiteral("2"), QStringLiteral("3"), QStringLiteral("4"),
-                                           QStringLiteral("5"), QStringLiteral("6")});
-    VERIFY_NEAR(cs->affineTransform()->map(QPointF(10, 20)), QPointF(53, 146), 1e-12);
-}
-
-void TestCoordSystem::taggedStrings_data()
-{
-    QTest::addColumn<QString>("system");
-    QTest::addColumn<QString>("tagged");
-    QTest::newRow("code") << "epsg:4326"
-                          << "EPSG:4326";
-    QTest::newRow("PROJ") << "proj:+proj=utm +zone=37 +datum=WGS84"
-                          << "proj4:+proj=utm +zone=37 +datum=WGS84";
-    QTest::newRow("prj") << "Earth Projection 1, 104"
-                         << "prj:Earth Projection 1, 104";
-    QTest::newRow("plan as PROJ text")
-        << "proj:+proj=eqc +R=6370997 +units=ft +no_defs"
-        << "prj:NonEarth Units \"ft\" Bounds (-10000000, -10000000) (10000000, 10000000)";
-}
-
-void TestCoordSystem::taggedStrings()
-{
-    QFETCH(QString, system);
-    QFETCH(QString, tagged);
-    QCOMPARE(made(system)->taggedString(), tagged);
-    QVERIFY(made(tagged)->isEqual(made(made(tagged)->taggedString()), false));
-    const CoordSystemPtr coded = made("epsg:4326");
-    coded->setSourceParameters({CoordSystem::Epsg, QString()});
-    QCOMPARE(coded->taggedString(), QStringLiteral("EPSG:4326")); // looked up
-    QCOMPARE(coded->epsg(), 0);                                   // the empty text as a number
-}
-
-void TestCoordSystem::nonEarthAsWkt()
-{
-    const QRegularExpression sphere(
-        QStringLiteral("^PROJCS\\[\"World_Equidistant_Cylindrical\",\nGEOGCS\\[\"Sphere\",\nDATUM\\["
-                       "\"Sphere\",\nSPHEROID\\[\"Sphere\",6370997,0\\]\\],"
-                       "\nUNIT\\[\"Degree\",0.017453292519943295\\]\\],\nPROJECTION\\[\"Equirectangular\"\\],"
-                       "\nUNIT\\[\"[^\"]+\",0\\.3048\\d*\\]\\]$"));
-    for (const char *text : {"proj:+proj=eqc +R=6370997 +units=ft +no_defs", "prj:NonEarth Units \"ft\""}) {
-        const QString wkt = made(text)->exportToWkt2();
-        QVERIFY2(sphere.match(wkt).hasMatch(), qPrintable(wkt));
-        QCOMPARE(support::shippedFactory()->createFromWkt(wkt)->unit().unitCode(), 3);
+    void unit()
+    {
+        QFETCH(QString, system);
+        QFETCH(int, code);
+        const CoordSystemPtr cs = made(system);
+        QCOMPARE(cs->unit().unitCode(), code);
+        QCOMPARE(cs->affineUnit().unitCode(), code); // what has been found is told from now on
     }
-    const CoordSystemPtr bare = made("wkt:LOCAL_CS[\"x\",UNIT[\"metre\",1,AUTHORITY[\"EPSG\",\"9001\"]]]");
-    QVERIFY(bare->isNonEarth());
-    const CoordSystemPtr earth = made("epsg:32637");
-    QCOMPARE(earth->exportToWkt2(), earth->exportToWkt());
-}
 
-void TestCoordSystem::exportedPrjKeepsThePlace_data()
-{
-    QTest::addColumn<QString>("system");
-    QTest::addColumn<QPointF>("place");
-    const auto row = [](const char *text, QPointF place) {
-        QTest::newRow(text) << QString::fromUtf8(text) << place;
-    };
-    row("proj:+proj=longlat +ellps=krass +no_defs", {40, 55});
-    row("proj:+proj=tmerc +lon_0=9 +ellps=GRS80 +units=m", {10, 50});
-    row("proj:+proj=tmerc +lon_0=39 +datum=WGS84 +units=mi +x_0=804672", {40, 55});
-    row("proj:+proj=longlat +ellps=clrk80ign +pm=paris", {2, 48});
-    row("proj:+proj=lcc +lon_0=-99 +lat_0=27.5 +lat_1=28 +lat_2=30 +x_0=600000 +y_0=1000 +datum=NAD27 "
-        "+units=us-ft",
-        {-98, 28.5});
-    row("proj:+proj=longlat +ellps=krass +towgs84=24,-123,-94,0.02,-0.25,-0.13,-0.22", {40, 55});
-    row("epsg:25832", {10, 50});
-    row("epsg:28407", {40, 55});
-}
-
-// GDAL writes a wrong datum, unit or sign in silence for these; a text that was read back must be the same
-// place.
-void TestCoordSystem::exportedPrjKeepsThePlace()
-{
-    QFETCH(QString, system);
-    QFETCH(QPointF, place);
-    const CoordSystemPtr cs = made(system);
-    cs->setSourceParameters({CoordSystem::Unknown, QString()}); // so that the text is made, not remembered
-    const QString prj = cs->prjStr();
-    const CoordSystemPtr back = support::shippedFactory()->createWithoutDescription(prj);
-    QVERIFY2(qAbs(back->getSemiMajor() - cs->getSemiMajor()) < 1e-3 &&
-                 qAbs(back->getSemiMinor() - cs->getSemiMinor()) < 1e-3,
-             qPrintable(prj));
-    QPointF a, b;
-    QVERIFY(cs->forward(place, a) && back->forward(place, b));
-    VERIFY_NEAR(a, b, 1e-3);
-    const auto shift = [](const CoordSystem &of) {
-        try {
-            return of.getTOWGS84Params();
-        } catch (const std::logic_error &) {
-            return QList<double>{0, 0, 0, 0, 0, 0, 0};
+    void unitUnknown()
+    {
+        for (const char *unit : {"+units=ind-yd", "+to_meter=2.5"}) {
+            const QString term = QString::fromUtf8(unit);
+            const CoordSystemPtr cs = tmercIn(term);
+            const QString instead = support::thrownInstead<std::logic_error>(
+                [&] { (void)cs->unit(); }, QStringLiteral("Не могу определить единицы измерения ("), true);
+            QVERIFY2(instead.isEmpty(), qPrintable(instead));
+            QVERIFY(cs->isEqual(tmercIn(term), true)); // equal factors; and the lock was given back
+            QVERIFY(!cs->isEqual(tmercIn(QStringLiteral("+units=m")), true));
         }
-    };
-    if (!system.contains(QLatin1String("NAD27")) &&
-        !system.contains(QLatin1String("epsg"))) // shifts by grid or database
-        for (int i = 0; i < 7; ++i)
-            QVERIFY2(qAbs(shift(*cs)[i] - shift(*back)[i]) < 1e-9, qPrintable(prj));
-}
+    }
 
-void TestCoordSystem::epsg()
-{
-    QCOMPARE(made("epsg:32637")->epsg(), 32637);
-    QCOMPARE(made("proj:+proj=utm +zone=37 +datum=WGS84 +units=m +no_defs")->epsg(), 32637);
-    // A local grid only resembles registered ones.
-    const CoordSystemPtr local = made("proj:+proj=tmerc +lon_0=39.5 +k=1 +x_0=1250000 +ellps=krass +units=m");
-    QElapsedTimer timer;
-    timer.start();
-    QCOMPARE(local->matchedEpsg(), int(CoordSystem::EPSG_UNDEFINDED));
-    const qint64 search = timer.nsecsElapsed();
-    timer.start();
-    for (int i = 0; i < 10; ++i)
-        QCOMPARE(local->epsg(), int(CoordSystem::EPSG_UNDEFINDED));
-    QVERIFY2(search < 1000000 || timer.nsecsElapsed() < search, "a search without result must be remembered");
-    // A cancelled search is not a result.
-    const CoordSystemPtr cs = made("epsg:3395");
-    cs->setSourceParameters({CoordSystem::Wkt, cs->exportToWkt()});
-    cs->setEpsg(CoordSystem::EPSG_UNDEFINDED);
-    const auto cancelled = std::make_shared<nivora::concurrent::ProgressHandler>();
-    cancelled->cancel();
-    QCOMPARE(cs->epsg(cancelled), int(CoordSystem::EPSG_UNDEFINDED));
-    QCOMPARE(cs->epsg(), 3395);
-    cs->setEpsg(12345);
-    QCOMPARE(cs->epsg(), 12345);
-    QCOMPARE(cs->matchedEpsg(), 3395);
-}
+    void sourceData()
+    {
+        using Source = CoordSystem::SourceData;
+        const Source earth{CoordSystem::Prj, QStringLiteral("Earth Projection 1, 104")};
+        QVERIFY((Source{CoordSystem::Prj, QStringLiteral("coordsys  Earth Projection  1,  104")} == earth));
+        QVERIFY(!(Source{CoordSystem::Wkt, earth.string} == earth));
+        QVERIFY(!(Source{CoordSystem::Proj4, QStringLiteral("CoordSys x")} ==
+                  Source{CoordSystem::Proj4, QStringLiteral("x")}));
+        QVERIFY(compareprojStr(QStringLiteral("+a=1 +b=2 "), QStringLiteral("+b=2 +a=1 ")));
+        QVERIFY(
+            !compareprojStr(QStringLiteral("+a=1 +b=2"), QStringLiteral("+b=2 +a=1"))); // the blank counts
+    }
 
-void TestCoordSystem::parameters()
-{
-    const CoordSystemPtr cs = made("prj:Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0");
-    QCOMPARE(cs->getSemiMajor(), 6378245.0); // Krassovsky 1940
-    QCOMPARE(cs->getInvFlattening(), 298.3);
-    QVERIFY(qAbs(cs->getSemiMinor() - 6356863.0188) < 1e-4);
-    QCOMPARE(cs->getTOWGS84Params(), QList<double>({24, -123, -94, 0.02, -0.25, -0.13, 1.1}));
-    QVERIFY(made("prj:Earth Projection 1, 0")->isSpecialDatum() && !cs->isSpecialDatum());
-    QCOMPARE(made("epsg:29873")->longitudeOfCenter(), 115.0);
-    VERIFY_THROWS(std::logic_error, getParamOSR([](void *, int *error) { return *error = 6, 1.0; }, nullptr),
-                  QStringLiteral("Не могу получить параметр"));
-}
+    void equality_data()
+    {
+        QTest::addColumn<QString>("a");
+        QTest::addColumn<QString>("b");
+        QTest::addColumn<bool>("equal");
+        QTest::addColumn<bool>("equalWithoutBounds");
+        const auto row = [](const char *name, const char *a, const char *b, bool equal, bool ignoring) {
+            QTest::newRow(name) << QString::fromUtf8(a) << QString::fromUtf8(b) << equal << ignoring;
+        };
+        const char *tm = "prj:Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0";
+        const char *bounded =
+            "prj:Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0 Bounds (0, 0) (9e6, 9e6)";
+        row("twins", tm, tm, true, true);
+        row("unit by name and by number", tm,
+            "prj:CoordSys Earth Projection 8, 1001, 7, 39, 0, 1, 7500000, 0", true, true);
+        row("bounds", tm, bounded, false, true);
+        row("equal bounds", bounded, bounded, true, true);
+        row("unit", tm, "prj:Earth Projection 8, 1001, \"km\", 39, 0, 1, 7500, 0", false, false);
+        row("meridian", tm, "prj:Earth Projection 8, 1001, \"m\", 45, 0, 1, 7500000, 0", false, false);
+        row("affine", tm,
+            "prj:Earth Projection 1008, 1001, \"m\", 39, 0, 1, 7500000, 0, \"m\", 1, 0, 5, 0, 1, 0", false,
+            false);
+        row("no datum", "prj:Earth Projection 1, 0", "prj:Earth Projection 1, 33", false, false);
+        row("datums of equal shift", "prj:Earth Projection 1, 33", "prj:Earth Projection 1, 74", false,
+            false);
+        row("across notations", "prj:Earth Projection 1, 104", "proj:+proj=longlat +datum=WGS84 +no_defs",
+            true, true);
+        row("plans", "prj:NonEarth Units \"m\"", "prj:NonEarth Units \"ft\"", false, false);
+        row("bounds of plans", "prj:NonEarth Units \"m\"", "prj:NonEarth Units \"m\" Bounds (0, 0) (1, 1)",
+            false, true);
+        row("text order, as PROJ sees it", "proj:+proj=utm +zone=37 +datum=WGS84 +no_defs",
+            "proj:+proj=utm +zone=37 +no_defs +datum=WGS84", false, false);
+    }
+    void equality()
+    {
+        QFETCH(QString, a);
+        QFETCH(QString, b);
+        QFETCH(bool, equal);
+        QFETCH(bool, equalWithoutBounds);
+        const CoordSystemPtr first = made(a), second = made(b);
+        QCOMPARE(first->isEqual(second, false), equal);
+        QCOMPARE(second->isEqual(first, false), equal);
+        QCOMPARE(CoordSystem::testEqual(first, second, true), equalWithoutBounds);
+        QVERIFY(first->isEqual(first, false));
+        QVERIFY(!first->isEqual(CoordSystemPtr(), true));
+        // "No datum" is not the datum of equal figures, though the engine sees none.
+        const CoordSystemPtr none = made("prj:Earth Projection 1, 0");
+        QVERIFY(!none->isEqual(made(QStringLiteral("proj:") + none->projStr()), true));
+        // The systems that need cropping answer too: their unit has no name in GDAL.
+        const auto crop = CoordSysFactory::cropCoordSystems();
+        QVERIFY(!crop[0]->isEqual(crop[1], true) && crop[0]->needCropCoords() && !first->needCropCoords());
+    }
+
+    void clones()
+    {
+        for (const char *text :
+             {"prj:Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0 Bounds (0, 0) (9e6, 8e6)",
+              "prj:NonEarth Units \"ft\" Bounds (0, 0) (10, 20)", "epsg:32637",
+              "proj:+proj=eqc +R=6370997 +units=m +no_defs"}) {
+            const CoordSystemPtr cs = made(text);
+            const CoordSystemPtr copy = cs->clone();
+            QVERIFY2(copy->isEqual(cs, false), text);
+            QVERIFY(copy->OGRSpatialReference() != cs->OGRSpatialReference() &&
+                    copy->PJ_Proj4() != cs->PJ_Proj4());
+            QCOMPARE(copy->description(), cs->description());
+            QVERIFY(copy->sourceParameters() == cs->sourceParameters());
+            QCOMPARE(copy->rectNumericCoordSys(), cs->rectNumericCoordSys());
+        }
+        const CoordSystemPtr bent = made("prj:NonEarth Units \"m\" Affine Units \"m\", 1, 2, 3, 4, 5, 6");
+        QVERIFY(bent->affineTransform() && !bent->clone()->affineTransform());
+    }
+
+    void bounds()
+    {
+        const CoordSystemPtr cs =
+            made("prj:Earth Projection 8, 104, \"m\", 39, 0, 1, 0, 0 Bounds (-10, -20) (30, 50.5)");
+        const QRectF rect(-10, -20, 40, 70.5);
+        QVERIFY(cs->isRectSet());
+        QCOMPARE(cs->rectNumericCoordSys(), rect);
+        QCOMPARE(cs->rectInternal(), rect);
+        QVERIFY(cs->prjStr().endsWith(QLatin1String(" Bounds (-10, -20) (30, 50.5)")));
+        const CoordSystemPtr plain = made("epsg:32637");
+        QVERIFY(!plain->isRectSet());
+        for (const QRectF &empty :
+             {QRectF(), QRectF(0, 0, 1, 0), QRectF(0, 0, -1, 5), QRectF(0, 0, qQNaN(), 1)})
+            VERIFY_THROWS(std::logic_error, plain->setRectCoordSystem(empty),
+                          QStringLiteral("Не могу задать пустые границы"));
+        plain->setRectCoordSystem(rect);
+        QCOMPARE(plain->prjStr(), QStringLiteral("Earth Projection 8, 104, \"m\", 39, 0, 0.9996, 500000, 0 "
+                                                 "Bounds (-10, -20) (30, 50.5)"));
+        QVERIFY(plain->rectInternal() != rect);
+        // Found bounds go through the affine transformation: x' = x + 2 y + 3, y' = 4 x + 5 y + 6 of a square
+        // of 2e7.
+        const CoordSystemPtr bent = made("prj:NonEarth Units \"m\" Affine Units \"m\", 1, 2, 3, 4, 5, 6");
+        VERIFY_NEAR(bent->rectNumericCoordSys(), QRectF(3 - 3e7, 6 - 9e7, 6e7, 18e7), 1e-6);
+    }
+
+    void affine_data()
+    {
+        QTest::addColumn<QString>("clause");
+        QTest::newRow("words")
+            << "prj:Earth Projection 8, 104, \"m\", 39, 0, 1, 0, 0 Affine Units \"survey ft\", %1";
+        QTest::newRow("thousands")
+            << "prj:Earth Projection 1008, 104, \"m\", 39, 0, 1, 0, 0, \"survey ft\", %1";
+        QTest::newRow("with bounds")
+            << "prj:Earth Projection 3008, 104, \"m\", 39, 0, 1, 0, 0, 8, %1, 0, 0, 900, 900";
+        QTest::newRow("plan") << "prj:NonEarth Units \"m\" Affine Units \"survey ft\", %1";
+    }
+
+    // x' = A x + B y + C, y' = D x + E y + F with A to F = 1 to 6 takes (10, 20) to (53, 146).
+    void affine()
+    {
+        QFETCH(QString, clause);
+        const CoordSystemPtr cs = made(clause.arg(QStringLiteral("1, 2, 3, 4, 5, 6")));
+        QVERIFY(cs->affineTransform());
+        VERIFY_NEAR(cs->affineTransform()->map(QPointF(10, 20)), QPointF(53, 146), 1e-12);
+        QCOMPARE(cs->affineUnit().unitCode(), 8);
+        const QString prj = cs->prjStr();
+        QCOMPARE(prj.count(QLatin1String("Affine")), 1);
+        QVERIFY2(prj.contains(QLatin1String("Affine Units \"survey ft\", 1, 2, 3, 4, 5, 6")),
+                 qPrintable(prj));
+        const QPointF place(39.5, 0.5);
+        QPointF out;
+        QVERIFY(cs->forward(place, out) && cs->inverse(out, out));
+        VERIFY_NEAR(out, place, 1e-9);
+        QRectF rect;
+        QVERIFY(cs->forward(QRectF(39, 0, 1, 1), rect) && rect.width() > 0);
+        // The identity is a transformation, not a singular one: it leaves what the other one bends.
+        QPointF same, bent;
+        QVERIFY(made(clause.arg(QStringLiteral("1, 0, 0, 0, 1, 0")))->forward(place, same));
+        QVERIFY(cs->forward(place, bent));
+        VERIFY_NEAR(cs->affineTransform()->map(same), bent, 1e-6);
+    }
+
+    void affineClauseWithoutUnit()
+    {
+        const auto bent = [](const char *text) {
+            const CoordSystemPtr cs = made(text);
+            cs->setAffineTransform(std::make_unique<QTransform>(1, 4, 2, 5, 3, 6));
+            return cs->prjStr();
+        };
+        QVERIFY(bent("proj:+proj=tmerc +lon_0=39 +datum=WGS84 +units=ft")
+                    .contains(QLatin1String("Affine Units \"ft\", 1, 2, 3, 4, 5, 6")));
+        QVERIFY(bent("proj:+proj=tmerc +lon_0=39 +datum=WGS84 +units=ind-yd")
+                    .contains(QLatin1String("Affine Units \"m\", 1, 2,")));
+        // The array form is the matrix itself; a missing unit is the system's.
+        const CoordSystemPtr cs = made("epsg:4326");
+        setAffineParamsArray(*cs, nullptr, {1, 4, 2, 5, 3, 6});
+        VERIFY_NEAR(cs->affineTransform()->map(QPointF(10, 20)), QPointF(53, 146), 1e-12);
+        QCOMPARE(cs->affineUnit().unitCode(), 13);
+        CoordSysFactory::setAffineParams(*cs, {QStringLiteral("\"no such unit\""), QStringLiteral("1"),
+                                               QStringLiteral("2"), QStringLiteral("3"), QStringLiteral("4"),
+                                               QStringLiteral("5"), QStringLiteral("6")});
+        VERIFY_NEAR(cs->affineTransform()->map(QPointF(10, 20)), QPointF(53, 146), 1e-12);
+    }
+
+    void taggedStrings()
+    {
+        const std::pair<const char *, const char *> systems[] = {
+            {"epsg:4326", "EPSG:4326"},
+            {"proj:+proj=utm +zone=37 +datum=WGS84", "proj4:+proj=utm +zone=37 +datum=WGS84"},
+            {"Earth Projection 1, 104", "prj:Earth Projection 1, 104"},
+            {"proj:+proj=eqc +R=6370997 +units=ft +no_defs",
+             "prj:NonEarth Units \"ft\" Bounds (-10000000, -10000000) (10000000, 10000000)"}};
+        for (const auto &[system, tagged] : systems) {
+            QCOMPARE(made(system)->taggedString(), QString::fromUtf8(tagged));
+            QVERIFY2(made(tagged)->isEqual(made(made(tagged)->taggedString()), false), tagged);
+        }
+        const CoordSystemPtr coded = made("epsg:4326");
+        coded->setSourceParameters({CoordSystem::Epsg, QString()});
+        QCOMPARE(coded->taggedString(), QStringLiteral("EPSG:4326")); // looked up
+        QCOMPARE(coded->epsg(), 0);                                   // the empty text as a number
+    }
+
+    void nonEarthAsWkt()
+    {
+        const QRegularExpression sphere(QStringLiteral(
+            "^PROJCS\\[\"World_Equidistant_Cylindrical\",\nGEOGCS\\[\"Sphere\",\nDATUM\\["
+            "\"Sphere\",\nSPHEROID\\[\"Sphere\",6370997,0\\]\\],"
+            "\nUNIT\\[\"Degree\",0.017453292519943295\\]\\],\nPROJECTION\\[\"Equirectangular\"\\],"
+            "\nUNIT\\[\"[^\"]+\",0\\.3048\\d*\\]\\]$"));
+        for (const char *text :
+             {"proj:+proj=eqc +R=6370997 +units=ft +no_defs", "prj:NonEarth Units \"ft\""}) {
+            const QString wkt = made(text)->exportToWkt2();
+            QVERIFY2(sphere.match(wkt).hasMatch(), qPrintable(wkt));
+            QCOMPARE(support::shippedFactory()->createFromWkt(wkt)->unit().unitCode(), 3);
+        }
+        const CoordSystemPtr bare =
+            made("wkt:LOCAL_CS[\"x\",UNIT[\"metre\",1,AUTHORITY[\"EPSG\",\"9001\"]]]");
+        QVERIFY(bare->isNonEarth());
+        QVERIFY(
+            made("epsg:32637")->exportToWkt2().contains(QLatin1String("Transverse_Mercator"))); // as it is
+    }
+
+    void epsg()
+    {
+        QCOMPARE(made("epsg:32637")->epsg(), 32637);
+        QCOMPARE(made("proj:+proj=utm +zone=37 +datum=WGS84 +units=m +no_defs")->epsg(), 32637);
+        // A local grid only resembles registered ones.
+        const CoordSystemPtr local =
+            made("proj:+proj=tmerc +lon_0=39.5 +k=1 +x_0=1250000 +ellps=krass +units=m");
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(local->matchedEpsg(), int(CoordSystem::EPSG_UNDEFINDED));
+        const qint64 search = timer.nsecsElapsed();
+        timer.start();
+        for (int i = 0; i < 10; ++i)
+            QCOMPARE(local->epsg(), int(CoordSystem::EPSG_UNDEFINDED));
+        QVERIFY2(search < 1000000 || timer.nsecsElapsed() < search,
+                 "a search without result must be remembered");
+        // A cancelled search is not a result.
+        const CoordSystemPtr cs = made("epsg:3395");
+        cs->setSourceParameters({CoordSystem::Wkt, cs->exportToWkt()});
+        cs->setEpsg(CoordSystem::EPSG_UNDEFINDED);
+        const auto cancelled = std::make_shared<nivora::concurrent::ProgressHandler>();
+        cancelled->cancel();
+        QCOMPARE(cs->epsg(cancelled), int(CoordSystem::EPSG_UNDEFINDED));
+        QCOMPARE(cs->epsg(), 3395);
+        cs->setEpsg(12345);
+        QCOMPARE(cs->epsg(), 12345);
+        QCOMPARE(cs->matchedEpsg(), 3395);
+    }
+
+    void parameters()
+    {
+        const CoordSystemPtr cs = made("prj:Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0");
+        QCOMPARE(cs->getSemiMajor(), 6378245.0); // Krassovsky 1940
+        QCOMPARE(cs->getInvFlattening(), 298.3);
+        QVERIFY(qAbs(cs->getSemiMinor() - 6356863.0188) < 1e-4);
+        QCOMPARE(cs->getTOWGS84Params(), QList<double>({24, -123, -94, 0.02, -0.25, -0.13, 1.1}));
+        QVERIFY(made("prj:Earth Projection 1, 0")->isSpecialDatum() && !cs->isSpecialDatum());
+        QCOMPARE(made("epsg:29873")->longitudeOfCenter(), 115.0);
+        VERIFY_THROWS(std::logic_error,
+                      getParamOSR([](void *, int *error) { return *error = 6, 1.0; }, nullptr),
+                      QStringLiteral("Не могу получить параметр"));
+    }
+};
 
 NIVORA_TEST(TestCoordSystem)
 #include "tst_coordsystem.moc"

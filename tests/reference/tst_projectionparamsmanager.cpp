@@ -45,17 +45,133 @@ class TestProjectionParamsManager : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
-    void sections();
-    void skippedEntries();
-    void unusableFiles_data();
-    void unusableFiles();
-    void unitByName_data();
-    void unitByName();
-    void otherLookUps();
-    void findDatumByParams();
-    void shiftKinds_data();
-    void shiftKinds();
+    void init()
+    {
+        const support::LogCapture quiet;
+        QVERIFY(load(catalogueXml));
+    }
+
+    void sections()
+    {
+        QCOMPARE(m_manager.projectionByID(8)->name, QStringLiteral("TM")); // entry names do not matter
+        QCOMPARE(m_manager.ellipsoidByID(3)->semi_major, 6378245.0);       // the first of two wins
+        QCOMPARE(m_manager.ellipsoidByID(3)->name, QString::fromUtf8("Красовский"));
+        QCOMPARE(m_manager.ellipsoidByID(4), nullptr);
+
+        QStringList ids;
+        for (const auto &datum : m_manager.datums())
+            ids << QString::number(datum->id);
+        // An entry without id is 0; behind the comment nothing is read; a later section appends; the letter
+        // case of section names counts.
+        QCOMPARE(ids.join(QLatin1Char(' ')), QStringLiteral("1001 2001 86 0 6"));
+        QCOMPARE(m_manager.datumByID(1001)->rz, 0.13);
+        QCOMPARE(m_manager.datumByID(86)->dx + m_manager.datumByID(86)->dy, 0.0); // no numbers in C form
+        QCOMPARE(m_manager.unitByID(13)->conversion(), 0.0);
+        QCOMPARE(m_manager.unitByID(7)->unitCode(), 7);
+        QCOMPARE(m_manager.unitByDescr(QStringLiteral("US survey feet"))->id, 8);
+        QCOMPARE(m_manager.unitByDescr(QStringLiteral("us survey feet")), nullptr);
+    }
+
+    void skippedEntries()
+    {
+        const support::LogCapture log;
+        QVERIFY(load(catalogueXml));
+        const QStringList errors = log.lines(QStringLiteral("error"));
+        const QString message =
+            QString::fromUtf8("Строка %1: Не удалось добавить линейную единицу измерения: Ошибка %2");
+        QCOMPARE(errors, QStringList({message.arg(QStringLiteral("20"), QStringLiteral("conversion")),
+                                      message.arg(QStringLiteral("21"), QStringLiteral("name"))}));
+        QCOMPARE(m_manager.unitByID(9, std::nothrow), nullptr);
+        QVERIFY(log.lines().contains(
+            QStringLiteral("debug: projections=2, ellipsoids=2, datums=5, lunits=4, aunits=1")));
+        QVERIFY(log.lines().contains(QString::fromUtf8("info: Файл с параметрами проекций: ") + path()));
+    }
+
+    void unusableFiles()
+    {
+        const QByteArray whole(catalogueXml);
+        const QByteArray cutOff = whole.left(whole.indexOf("<units>")); // half a catalogue is none
+        for (const QByteArray &xml : {QByteArray("Earth Projection 1, 104"), cutOff}) {
+            const support::LogCapture log;
+            QVERIFY(load(xml)); // it could be opened
+            QVERIFY(m_manager.projections().empty() && m_manager.ellipsoids().empty());
+            QVERIFY(log.lines().contains(
+                QStringLiteral("debug: projections=0, ellipsoids=0, datums=0, lunits=0, aunits=0")));
+        }
+        const support::LogCapture log;
+        QVERIFY(load(catalogueXml));
+        QVERIFY(QFile::remove(path()));
+        QVERIFY(!m_manager.initFromXML(QDir(m_dir.path()), QStringLiteral("ru")));
+        QVERIFY(m_manager.linearUnits().empty());
+        QCOMPARE(log.lines().last(), QString::fromUtf8("error: Не могу открыть файл ") + path());
+    }
+
+    void unitByName()
+    {
+        const auto id = [this](const char *name) {
+            const MIUnitConvParam *unit = m_manager.unitByName(QString::fromUtf8(name), std::nothrow);
+            return unit ? unit->id : -1;
+        };
+        QCOMPARE(id("\"m\""), 7);
+        QCOMPARE(id("\"survey ft\""), 8);
+        QCOMPARE(id("миля"), 0);
+        QCOMPARE(id("M"), -1); // letter case counts
+        QCOMPARE(id("7"), 7);
+        QCOMPARE(id("7x"), 0); // begins like a number: 0
+        QCOMPARE(id("\"7\""), -1);
+    }
+
+    void otherLookUps()
+    {
+        const QString text = QString::fromUtf8("Неизвестная единица измерения: %1");
+        VERIFY_THROWS(UnknownUnitException, m_manager.unitByID(99), text.arg(QStringLiteral("#99")));
+        VERIFY_THROWS(UnknownUnitException, m_manager.unitByName(QStringLiteral("M")),
+                      text.arg(QStringLiteral("M")));
+        VERIFY_THROWS(UnknownUnitException, m_manager.areaUnitByID(0), text.arg(QStringLiteral("#0")));
+        VERIFY_THROWS(UnknownUnitException, m_manager.areaUnitByName(QStringLiteral("7")), // no number form
+                      text.arg(QStringLiteral("7")));
+        QCOMPARE(m_manager.areaUnitByName(QString::fromUtf8("кв. м"))->id, 7);
+        QCOMPARE(m_manager.areaUnitByName(QStringLiteral("\"sq m\""), std::nothrow), nullptr); // quotes count
+
+        QCOMPARE(m_manager.coordinateUnits().size(), 4);
+        QCOMPARE(m_manager.distanceUnits().size(), 3);
+        for (const LinearUnit &unit : m_manager.distanceUnits())
+            QVERIFY(!unit.isDegree());
+    }
+
+    void findDatumByParams()
+    {
+        // Relative 1e-12 of 24 m is far below what the file can write.
+        const std::array<double, 3> shift{24, -123, -94};
+        const std::array<double, 3> rotation{-0.02, 0.25, 0.13};
+        QCOMPARE(m_manager.findDatumByParams(3, shift, rotation, 1.1, 0), 1001);
+        QCOMPARE(m_manager.findDatumByParams(3, {24 * (1 + 5e-13), -123, -94}, rotation, 1.1, 0), 1001);
+        QCOMPARE(m_manager.findDatumByParams(3, {24 * (1 + 5e-12), -123, -94}, rotation, 1.1, 0), -1);
+        QCOMPARE(m_manager.findDatumByParams(3, shift, {0.02, -0.25, -0.13}, 1.1, 0), -1);
+        QCOMPARE(m_manager.findDatumByParams(4, shift, rotation, 1.1, 0), -1);
+        QCOMPARE(m_manager.findDatumByParams(3, shift, rotation, 1.1, 2.337229166667), -1); // Paris
+        QCOMPARE(ProjectionParamsManager().findDatumByParams(0, {}, {}, 0, 0), -1);
+    }
+
+    void shiftKinds()
+    {
+        const auto kinds = [](double dy, double rx, double sa) {
+            MIDatumParam datum;
+            datum.dy = dy;
+            datum.rx = rx;
+            datum.sa = sa;
+            datum.pm = 2.0; // takes no part
+            return std::make_pair(datum.has3Params(), datum.has7Params());
+        };
+        const auto none = std::make_pair(false, false), three = std::make_pair(true, false),
+                   seven = std::make_pair(true, true);
+        QCOMPARE(kinds(0.0, 0.0, 0.0), none);
+        QCOMPARE(kinds(0.0, 1.0, 0.0), none); // rotation alone does not count
+        QCOMPARE(kinds(1e-12, 0.0, 0.0), none);
+        QCOMPARE(kinds(-1e-11, 0.0, 0.0), three);
+        QCOMPARE(kinds(1.0, 0.0, -0.1), seven);
+        QCOMPARE(kinds(std::nan(""), std::nan(""), 0.0), seven); // what is no number counts
+    }
 
 private:
     bool load(const QByteArray &xml)
@@ -69,153 +185,6 @@ private:
     QTemporaryDir m_dir;
     ProjectionParamsManager m_manager;
 };
-
-void TestProjectionParamsManager::init()
-{
-    const support::LogCapture quiet;
-    QVERIFY(load(catalogueXml));
-}
-
-void TestProjectionParamsManager::sections()
-{
-    QCOMPARE(m_manager.projectionByID(8)->name, QStringLiteral("TM")); // entry names do not matter
-    QCOMPARE(m_manager.ellipsoidByID(3)->semi_major, 6378245.0);       // the first of two wins
-    QCOMPARE(m_manager.ellipsoidByID(3)->name, QString::fromUtf8("Красовский"));
-    QCOMPARE(m_manager.ellipsoidByID(4), nullptr);
-
-    QStringList ids;
-    for (const auto &datum : m_manager.datums())
-        ids << QString::number(datum->id);
-    // An entry without id is 0; behind the comment nothing is read; a later section appends; the letter case
-    // of section names counts.
-    QCOMPARE(ids.join(QLatin1Char(' ')), QStringLiteral("1001 2001 86 0 6"));
-    QCOMPARE(m_manager.datumByID(1001)->rz, 0.13);
-    QCOMPARE(m_manager.datumByID(86)->dx + m_manager.datumByID(86)->dy, 0.0); // no numbers in C form
-    QCOMPARE(m_manager.unitByID(13)->conversion(), 0.0);
-    QCOMPARE(m_manager.unitByID(7)->unitCode(), 7);
-    QCOMPARE(m_manager.unitByDescr(QStringLiteral("US survey feet"))->id, 8);
-    QCOMPARE(m_manager.unitByDescr(QStringLiteral("us survey feet")), nullptr);
-}
-
-void TestProjectionParamsManager::skippedEntries()
-{
-    const support::LogCapture log;
-    QVERIFY(load(catalogueXml));
-    const QStringList errors = log.lines(QStringLiteral("error"));
-    const QString message =
-        QString::fromUtf8("Строка %1: Не удалось добавить линейную единицу измерения: Ошибка %2");
-    QCOMPARE(errors, QStringList({message.arg(QStringLiteral("20"), QStringLiteral("conversion")),
-                                  message.arg(QStringLiteral("21"), QStringLiteral("name"))}));
-    QCOMPARE(m_manager.unitByID(9, std::nothrow), nullptr);
-    QVERIFY(log.lines().contains(
-        QStringLiteral("debug: projections=2, ellipsoids=2, datums=5, lunits=4, aunits=1")));
-    QVERIFY(log.lines().contains(QString::fromUtf8("info: Файл с параметрами проекций: ") + path()));
-}
-
-void TestProjectionParamsManager::unusableFiles_data()
-{
-    QTest::addColumn<QByteArray>("xml");
-    const QByteArray whole(catalogueXml);
-    QTest::newRow("not XML") << QByteArray("Earth Projection 1, 104");
-    QTest::newRow("cut off: half a catalogue is none") << whole.left(whole.indexOf("<units>"));
-}
-
-void TestProjectionParamsManager::unusableFiles()
-{
-    QFETCH(QByteArray, xml);
-    const support::LogCapture log;
-    QVERIFY(load(xml)); // it could be opened
-    QVERIFY(m_manager.projections().empty() && m_manager.ellipsoids().empty());
-    QVERIFY(log.lines().contains(
-        QStringLiteral("debug: projections=0, ellipsoids=0, datums=0, lunits=0, aunits=0")));
-
-    QVERIFY(load(catalogueXml));
-    QVERIFY(QFile::remove(path()));
-    QVERIFY(!m_manager.initFromXML(QDir(m_dir.path()), QStringLiteral("ru")));
-    QVERIFY(m_manager.linearUnits().empty());
-    QCOMPARE(log.lines().last(), QString::fromUtf8("error: Не могу открыть файл ") + path());
-}
-
-void TestProjectionParamsManager::unitByName_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("id"); // -1: none
-    QTest::newRow("quoted") << QStringLiteral("\"m\"") << 7;
-    QTest::newRow("blank inside") << QStringLiteral("\"survey ft\"") << 8;
-    QTest::newRow("localized") << QString::fromUtf8("миля") << 0;
-    QTest::newRow("letter case counts") << QStringLiteral("M") << -1;
-    QTest::newRow("number") << QStringLiteral("7") << 7;
-    QTest::newRow("begins like a number: 0") << QStringLiteral("7x") << 0;
-    QTest::newRow("quoted number is a name") << QStringLiteral("\"7\"") << -1;
-}
-
-void TestProjectionParamsManager::unitByName()
-{
-    QFETCH(QString, name);
-    const MIUnitConvParam *unit = m_manager.unitByName(name, std::nothrow);
-    QTEST(unit ? unit->id : -1, "id");
-}
-
-void TestProjectionParamsManager::otherLookUps()
-{
-    const QString text = QString::fromUtf8("Неизвестная единица измерения: %1");
-    VERIFY_THROWS(UnknownUnitException, m_manager.unitByID(99), text.arg(QStringLiteral("#99")));
-    VERIFY_THROWS(UnknownUnitException, m_manager.unitByName(QStringLiteral("M")),
-                  text.arg(QStringLiteral("M")));
-    VERIFY_THROWS(UnknownUnitException, m_manager.areaUnitByID(0), text.arg(QStringLiteral("#0")));
-    VERIFY_THROWS(UnknownUnitException, m_manager.areaUnitByName(QStringLiteral("7")), // no number form
-                  text.arg(QStringLiteral("7")));
-    QCOMPARE(m_manager.areaUnitByName(QString::fromUtf8("кв. м"))->id, 7);
-    QCOMPARE(m_manager.areaUnitByName(QStringLiteral("\"sq m\""), std::nothrow), nullptr); // quotes count
-
-    QCOMPARE(m_manager.coordinateUnits().size(), 4);
-    QCOMPARE(m_manager.distanceUnits().size(), 3);
-    for (const LinearUnit &unit : m_manager.distanceUnits())
-        QVERIFY(!unit.isDegree());
-}
-
-void TestProjectionParamsManager::findDatumByParams()
-{
-    // Relative 1e-12 of 24 m is far below what the file can write.
-    const std::array<double, 3> shift{24, -123, -94};
-    const std::array<double, 3> rotation{-0.02, 0.25, 0.13};
-    QCOMPARE(m_manager.findDatumByParams(3, shift, rotation, 1.1, 0), 1001);
-    QCOMPARE(m_manager.findDatumByParams(3, {24 * (1 + 5e-13), -123, -94}, rotation, 1.1, 0), 1001);
-    QCOMPARE(m_manager.findDatumByParams(3, {24 * (1 + 5e-12), -123, -94}, rotation, 1.1, 0), -1);
-    QCOMPARE(m_manager.findDatumByParams(3, shift, {0.02, -0.25, -0.13}, 1.1, 0), -1);
-    QCOMPARE(m_manager.findDatumByParams(4, shift, rotation, 1.1, 0), -1);
-    QCOMPARE(m_manager.findDatumByParams(3, shift, rotation, 1.1, 2.337229166667), -1); // Paris
-    QCOMPARE(ProjectionParamsManager().findDatumByParams(0, {}, {}, 0, 0), -1);
-}
-
-void TestProjectionParamsManager::shiftKinds_data()
-{
-    QTest::addColumn<double>("dy");
-    QTest::addColumn<double>("rx");
-    QTest::addColumn<double>("sa");
-    QTest::addColumn<bool>("three");
-    QTest::addColumn<bool>("seven");
-    QTest::newRow("none") << 0.0 << 0.0 << 0.0 << false << false;
-    QTest::newRow("rotation alone does not count") << 0.0 << 1.0 << 0.0 << false << false;
-    QTest::newRow("shift") << -1e-11 << 0.0 << 0.0 << true << false;
-    QTest::newRow("dust") << 1e-12 << 0.0 << 0.0 << false << false;
-    QTest::newRow("shift and scale") << 1.0 << 0.0 << -0.1 << true << true;
-    QTest::newRow("no number counts") << std::nan("") << std::nan("") << 0.0 << true << true;
-}
-
-void TestProjectionParamsManager::shiftKinds()
-{
-    QFETCH(double, dy);
-    QFETCH(double, rx);
-    QFETCH(double, sa);
-    MIDatumParam datum;
-    datum.dy = dy;
-    datum.rx = rx;
-    datum.sa = sa;
-    datum.pm = 2.0; // takes no part
-    QTEST(datum.has3Params(), "three");
-    QTEST(datum.has7Params(), "seven");
-}
 
 NIVORA_TEST(TestProjectionParamsManager)
 #include "tst_projectionparamsmanager.moc"

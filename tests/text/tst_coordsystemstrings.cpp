@@ -11,142 +11,135 @@ class TestCoordSystemStrings : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void detect_data();
-    void detect();
-    void clauses_data();
-    void clauses();
-    void boundsText();
-    void projText();
-    void create();
+    void detect_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("type");
+        const auto row = [](const char *name, const char *text, CoordSystemTypes::SourceType type) {
+            QTest::newRow(name) << QString::fromUtf8(text) << static_cast<int>(type);
+        };
+        row("empty", "", CoordSystemTypes::Unknown);
+        row("plain prj", "CoordSys Earth Projection 1, 104", CoordSystemTypes::Prj);
+        row("no word before the numbers", " 8 , 1001", CoordSystemTypes::Prj);
+        row("plan anywhere, any case", "план nonearth", CoordSystemTypes::Prj);
+        row("bare earth is nothing", "CoordSys Earth", CoordSystemTypes::Unknown);
+        row("proj", "  +proj=longlat +datum=WGS84", CoordSystemTypes::Proj4);
+        row("proj not first", "+datum=WGS84 +proj=longlat", CoordSystemTypes::Unknown);
+        row("several shift values: prj wins", "+proj=longlat +towgs84=1,2,3", CoordSystemTypes::Prj);
+        row("epsg", "4326", CoordSystemTypes::Epsg);
+        row("blank before", " 4326", CoordSystemTypes::Epsg);
+        row("line feed behind", "4326\n", CoordSystemTypes::Epsg);
+        row("blank behind", "4326 ", CoordSystemTypes::Unknown);
+        row("with authority", "EPSG:4326", CoordSystemTypes::Unknown);
+        row("three digits", "432", CoordSystemTypes::Unknown);
+        row("eight digits", "12345678", CoordSystemTypes::Unknown);
+        row("wkt wins over its own numbers", "GEOGCS[\"x\",DATUM[\"y\",SPHEROID[\"z\",6378137,298]]]",
+            CoordSystemTypes::Wkt);
+        row("wkt not first", "[projcs", CoordSystemTypes::Wkt);
+        row("local needs its bracket", "LOCAL_CS", CoordSystemTypes::Unknown);
+        row("wkt 2", "PROJCRS[\"x\"", CoordSystemTypes::Unknown);
+    }
+    void detect()
+    {
+        QFETCH(QString, text);
+        QFETCH(int, type);
+        QCOMPARE(static_cast<int>(tryDetectTypeCoordSystem(text)), type);
+    }
+
+    void clauses_data()
+    {
+        QTest::addColumn<QString>("prj");
+        QTest::addColumn<QString>("flags"); // affine, bounds
+        QTest::addColumn<QString>("affine");
+        QTest::addColumn<QRectF>("bounds");
+        const auto row = [](const char *name, const char *prj, const char *flags, const char *affine,
+                            const QRectF &bounds = {}) {
+            QTest::newRow(name) << QString::fromUtf8(prj) << QString::fromLatin1(flags)
+                                << QString::fromUtf8(affine) << bounds;
+        };
+        row("empty", "", "00", "");
+        row("none", "Earth Projection 8, 104, 7, 39, 0, 1, 500000, 0", "00", "");
+        row("four digits elsewhere", "Earth Projection 8, 1001, 7, 3900, 0, 1, 500000, 0", "00", "");
+        row("affine by thousands", "Earth Projection 1001, 104, \"m\", 1, 0, 0, 0, 1, 0", "10",
+            "\"m\" 1 0 0 0 1 0");
+        row("bounds by thousands", "CoordSys Earth Projection 2001, 104, 7, 10, 20, -5, -6", "01", "",
+            QRectF(-5, -6, 15, 26));
+        row("both by thousands", "3008, 104, 7, 39, 0, 1, 0, 0, 3, 1, 2, 3, 4, 5, 6, 0, 0, 9, 8", "11",
+            "3 1 2 3 4 5 6", QRectF(0, 0, 9, 8));
+        row("4000 announces nothing", "Earth Projection 4008, 104, 7", "00", "");
+        row("bounds by words", "Earth Projection 1, 104 bounds (0, 0) (100, 50)", "02", "",
+            QRectF(0, 0, 100, 50));
+        row("exponents", "Earth Projection 1, 104 Bounds( -1e-05 ,-2.5E+1 )(1e2,0)", "02", "",
+            QRectF(-1e-5, -25, 100.00001, 25));
+        row("unit with a blank", "1, 104 Affine Units \"survey ft\", 1e-05, 0, 5, 0, 1, 6", "10",
+            "\"survey ft\" 1e-05 0 5 0 1 6");
+        row("Cyrillic unit", "1, 104 AFFINE  units \"метр\", 1, 0, 5, 0, 1, 6", "10", "\"метр\" 1 0 5 0 1 6");
+        row("both by words", "1, 104 Affine Units \"m\", 1, 0, 5, 0, 1, 6 Bounds (0, 0) (1, 1)", "12",
+            "\"m\" 1 0 5 0 1 6", QRectF(0, 0, 1, 1));
+        row("a coefficient is missing", "8, 104, 7, 39, 0, 1, 500000, 0 Affine Units \"m\", 1, 0, 500", "10",
+            "");
+        row("the unit has no quotes", "8, 104, 7, 39, 0, 1, 500000, 0 Affine Units m, 1, 0, 5, 0, 1, 6", "10",
+            "");
+        row("also behind thousands", "1008, 104, 7, 39, 0, 1, 5, 0 Affine Units m, 1, 0, 5, 0, 1, 6", "10",
+            "");
+        row("bounds before affine", "1, 104 Bounds (0, 0) (1, 1) Affine Units \"m\", 1, 0, 5, 0, 1, 6", "12",
+            "", QRectF(0, 0, 1, 1));
+        row("too short for thousands", "3001, 104", "11", "");
+        row("half of the bounds", "1, 104 Bounds (0, 0)", "02", "");
+        row("bounds that overflow", "1, 104 Bounds (-1e308, 0) (1e308, 1)", "02", "");
+        row("numbers out of range count as 0", "1, 104 Bounds (-1e999, 0) (5, 1)", "02", "",
+            QRectF(0, 0, 5, 1));
+    }
+    void clauses()
+    {
+        QFETCH(QString, prj);
+        QFETCH(QString, flags);
+        QFETCH(QString, affine);
+        QFETCH(QRectF, bounds);
+        const PrjClauses announced = hasAffineOrBoundsInString(prj);
+        QCOMPARE(QString::number(announced.affine) + QString::number(announced.bounds), flags);
+        const AffineAndBounds found = affineParamsAndBoundsFromPrj(prj);
+        QCOMPARE(found.affine.join(QLatin1Char(' ')), affine);
+        QCOMPARE(found.bounds, bounds);
+    }
+
+    void boundsText()
+    {
+        QCOMPARE(boundConditionAsString(QRectF(10, 20, 30, 40)), QStringLiteral(" Bounds (10, 20) (40, 60)"));
+        const QRectF fine(-7786100.123456789, 1e-7, 12345678.87654321, 0.3);
+        QCOMPARE(boundConditionAsString(affineParamsAndBoundsFromPrj(boundConditionAsString(fine)).bounds),
+                 boundConditionAsString(fine));
+    }
+
+    void projText()
+    {
+        QCOMPARE(projUnitStringForLinearUnit(LinearUnit::NauticalMile), QStringLiteral("+units=kmi"));
+        QCOMPARE(projUnitStringForLinearUnit(LinearUnit::Degree), QStringLiteral("m"));
+        QCOMPARE(projNonEarthString(LinearUnit::Rod),
+                 QStringLiteral("+proj=eqc +R=6370997 +to_meter=5.02921005842012 +no_defs"));
+    }
+
+    void create()
+    {
+        const support::DefaultFactoryKeeper keeper;
+        QVERIFY(support::shippedFactory());
+        const CoordSystemPtr utm = csStringToInternal(QStringLiteral("ePSG"), QStringLiteral("32637"));
+        QVERIFY(utm);
+        QCOMPARE(utm->sourceParameters(),
+                 (CoordSystemTypes::SourceData{CoordSystemTypes::Epsg, QStringLiteral("32637")}));
+        QVERIFY(csStringToInternal({CoordSystemTypes::Proj4, QStringLiteral("+proj=longlat +datum=WGS84")})
+                    ->isLatLong());
+
+        const support::LogCapture log;
+        QVERIFY(!csStringToInternal(QStringLiteral("proj4%1"), QStringLiteral("+proj=longlat")));
+        QCOMPARE(log.lines(QStringLiteral("error")),
+                 QStringList{QStringLiteral("Неизвестный тип проекции proj4%1")});
+
+        CoordSysFactory::setDefaultCoordSysFactory(nullptr);
+        VERIFY_THROWS(std::logic_error, csStringToInternal(QStringLiteral("epsg"), QStringLiteral("4326")),
+                      QStringLiteral("Не проинициализированы КС"));
+    }
 };
-
-void TestCoordSystemStrings::detect_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("type");
-    const auto row = [](const char *name, const char *text, CoordSystemTypes::SourceType type) {
-        QTest::newRow(name) << QString::fromUtf8(text) << static_cast<int>(type);
-    };
-    row("empty", "", CoordSystemTypes::Unknown);
-    row("plain prj", "CoordSys Earth Projection 1, 104", CoordSystemTypes::Prj);
-    row("no word before the numbers", " 8 , 1001", CoordSystemTypes::Prj);
-    row("plan anywhere, any case", "план nonearth", CoordSystemTypes::Prj);
-    row("bare earth is nothing", "CoordSys Earth", CoordSystemTypes::Unknown);
-    row("proj", "  +proj=longlat +datum=WGS84", CoordSystemTypes::Proj4);
-    row("proj not first", "+datum=WGS84 +proj=longlat", CoordSystemTypes::Unknown);
-    row("several shift values: prj wins", "+proj=longlat +towgs84=1,2,3", CoordSystemTypes::Prj);
-    row("epsg", "4326", CoordSystemTypes::Epsg);
-    row("blank before", " 4326", CoordSystemTypes::Epsg);
-    row("line feed behind", "4326\n", CoordSystemTypes::Epsg);
-    row("blank behind", "4326 ", CoordSystemTypes::Unknown);
-    row("with authority", "EPSG:4326", CoordSystemTypes::Unknown);
-    row("three digits", "432", CoordSystemTypes::Unknown);
-    row("eight digits", "12345678", CoordSystemTypes::Unknown);
-    row("wkt wins over its own numbers", "GEOGCS[\"x\",DATUM[\"y\",SPHEROID[\"z\",6378137,298]]]",
-        CoordSystemTypes::Wkt);
-    row("wkt not first", "[projcs", CoordSystemTypes::Wkt);
-    row("local needs its bracket", "LOCAL_CS", CoordSystemTypes::Unknown);
-    row("wkt 2", "PROJCRS[\"x\"", CoordSystemTypes::Unknown);
-}
-
-void TestCoordSystemStrings::detect()
-{
-    QFETCH(QString, text);
-    QFETCH(int, type);
-    QCOMPARE(static_cast<int>(tryDetectTypeCoordSystem(text)), type);
-}
-
-void TestCoordSystemStrings::clauses_data()
-{
-    QTest::addColumn<QString>("prj");
-    QTest::addColumn<QString>("flags"); // affine, bounds
-    QTest::addColumn<QString>("affine");
-    QTest::addColumn<QRectF>("bounds");
-    const auto row = [](const char *name, const char *prj, const char *flags, const char *affine,
-                        const QRectF &bounds = {}) {
-        QTest::newRow(name) << QString::fromUtf8(prj) << QString::fromLatin1(flags)
-                            << QString::fromUtf8(affine) << bounds;
-    };
-    row("empty", "", "00", "");
-    row("none", "Earth Projection 8, 104, 7, 39, 0, 1, 500000, 0", "00", "");
-    row("four digits elsewhere", "Earth Projection 8, 1001, 7, 3900, 0, 1, 500000, 0", "00", "");
-    row("affine by thousands", "Earth Projection 1001, 104, \"m\", 1, 0, 0, 0, 1, 0", "10",
-        "\"m\" 1 0 0 0 1 0");
-    row("bounds by thousands", "CoordSys Earth Projection 2001, 104, 7, 10, 20, -5, -6", "01", "",
-        QRectF(-5, -6, 15, 26));
-    row("both by thousands", "3008, 104, 7, 39, 0, 1, 0, 0, 3, 1, 2, 3, 4, 5, 6, 0, 0, 9, 8", "11",
-        "3 1 2 3 4 5 6", QRectF(0, 0, 9, 8));
-    row("4000 announces nothing", "Earth Projection 4008, 104, 7", "00", "");
-    row("bounds by words", "Earth Projection 1, 104 bounds (0, 0) (100, 50)", "02", "",
-        QRectF(0, 0, 100, 50));
-    row("exponents", "Earth Projection 1, 104 Bounds( -1e-05 ,-2.5E+1 )(1e2,0)", "02", "",
-        QRectF(-1e-5, -25, 100.00001, 25));
-    row("unit with a blank", "1, 104 Affine Units \"survey ft\", 1e-05, 0, 5, 0, 1, 6", "10",
-        "\"survey ft\" 1e-05 0 5 0 1 6");
-    row("Cyrillic unit", "1, 104 AFFINE  units \"метр\", 1, 0, 5, 0, 1, 6", "10", "\"метр\" 1 0 5 0 1 6");
-    row("both by words", "1, 104 Affine Units \"m\", 1, 0, 5, 0, 1, 6 Bounds (0, 0) (1, 1)", "12",
-        "\"m\" 1 0 5 0 1 6", QRectF(0, 0, 1, 1));
-    row("a coefficient is missing", "8, 104, 7, 39, 0, 1, 500000, 0 Affine Units \"m\", 1, 0, 500", "10", "");
-    row("the unit has no quotes", "8, 104, 7, 39, 0, 1, 500000, 0 Affine Units m, 1, 0, 5, 0, 1, 6", "10",
-        "");
-    row("also behind thousands", "1008, 104, 7, 39, 0, 1, 5, 0 Affine Units m, 1, 0, 5, 0, 1, 6", "10", "");
-    row("bounds before affine", "1, 104 Bounds (0, 0) (1, 1) Affine Units \"m\", 1, 0, 5, 0, 1, 6", "12", "",
-        QRectF(0, 0, 1, 1));
-    row("too short for thousands", "3001, 104", "11", "");
-    row("half of the bounds", "1, 104 Bounds (0, 0)", "02", "");
-    row("bounds that overflow", "1, 104 Bounds (-1e308, 0) (1e308, 1)", "02", "");
-    row("numbers out of range count as 0", "1, 104 Bounds (-1e999, 0) (5, 1)", "02", "", QRectF(0, 0, 5, 1));
-}
-
-void TestCoordSystemStrings::clauses()
-{
-    QFETCH(QString, prj);
-    QFETCH(QString, flags);
-    QFETCH(QString, affine);
-    QFETCH(QRectF, bounds);
-    const PrjClauses announced = hasAffineOrBoundsInString(prj);
-    QCOMPARE(QString::number(announced.affine) + QString::number(announced.bounds), flags);
-    const AffineAndBounds found = affineParamsAndBoundsFromPrj(prj);
-    QCOMPARE(found.affine.join(QLatin1Char(' ')), affine);
-    QCOMPARE(found.bounds, bounds);
-}
-
-void TestCoordSystemStrings::boundsText()
-{
-    QCOMPARE(boundConditionAsString(QRectF(10, 20, 30, 40)), QStringLiteral(" Bounds (10, 20) (40, 60)"));
-    const QRectF fine(-7786100.123456789, 1e-7, 12345678.87654321, 0.3);
-    QCOMPARE(boundConditionAsString(affineParamsAndBoundsFromPrj(boundConditionAsString(fine)).bounds),
-             boundConditionAsString(fine));
-}
-
-void TestCoordSystemStrings::projText()
-{
-    QCOMPARE(projUnitStringForLinearUnit(LinearUnit::NauticalMile), QStringLiteral("+units=kmi"));
-    QCOMPARE(projUnitStringForLinearUnit(LinearUnit::Degree), QStringLiteral("m"));
-    QCOMPARE(projNonEarthString(LinearUnit::Rod),
-             QStringLiteral("+proj=eqc +R=6370997 +to_meter=5.02921005842012 +no_defs"));
-}
-
-void TestCoordSystemStrings::create()
-{
-    const support::DefaultFactoryKeeper keeper;
-    QVERIFY(support::shippedFactory());
-    const CoordSystemPtr utm = csStringToInternal(QStringLiteral("ePSG"), QStringLiteral("32637"));
-    QVERIFY(utm);
-    QCOMPARE(utm->sourceParameters(),
-             (CoordSystemTypes::SourceData{CoordSystemTypes::Epsg, QStringLiteral("32637")}));
-    QVERIFY(csStringToInternal({CoordSystemTypes::Proj4, QStringLiteral("+proj=longlat +datum=WGS84")})
-                ->isLatLong());
-
-    const support::LogCapture log;
-    QVERIFY(!csStringToInternal(QStringLiteral("proj4%1"), QStringLiteral("+proj=longlat")));
-    QCOMPARE(log.lines(QStringLiteral("error")),
-             QStringList{QStringLiteral("Неизвестный тип проекции proj4%1")});
-
-    CoordSysFactory::setDefaultCoordSysFactory(nullptr);
-    VERIFY_THROWS(std::logic_error, csStringToInternal(QStringLiteral("epsg"), QStringLiteral("4326")),
-                  QStringLiteral("Не проинициализированы КС"));
-}
 
 NIVORA_TEST(TestCoordSystemStrings)
 #include "tst_coordsystemstrings.moc"

@@ -63,245 +63,239 @@ class TestMapHeaderCoordsysConverter : public QObject
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(support::shippedFactory()); }
-    void readAndWrite_data();
-    void readAndWrite();
-    void refuse_data();
-    void refuse();
-    void law_data();
-    void law();
-    void compare_data();
-    void compare();
-    void dumps();
-};
 
-void TestMapHeaderCoordsysConverter::readAndWrite_data()
-{
-    QTest::addColumn<QString>("prj");
-    QTest::addColumn<QString>("text");
-    const auto row = [](const char *name, const char *prj, const char *text) {
-        QTest::newRow(name) << QString::fromUtf8(prj) << QString::fromUtf8(text);
-    };
-    row("bare earth, no unit where none is needed", "CoordSys Earth", "Earth Projection 1, 0");
-    row("capitals", "COORDSYS EARTH PROJECTION 10, 104, \"SURVEY FT\", 39",
-        "Earth Projection 10, 104, \"survey ft\", 39");
-    row("missing parameters are not left out", "8, 104, 8, 39",
-        "Earth Projection 8, 104, \"survey ft\", 39, 0, 0, 0, 0");
-    row("nor taken from a clause", "2, 104, 7 Affine Units \"ft\", 1, 2, 3, 4, 5, 6",
-        "Earth Projection 2, 104, \"m\", 0, 0 Affine Units \"ft\", 1, 2, 3, 4, 5, 6");
-    row("unit missing", "10, 104 Bounds (0, 0) (1, 1)",
-        "Earth Projection 10, 104, \"m\", 0 Bounds (0, 0) (1, 1)");
-    row("unknown unit is the metre", "10, 104, \"x%1\", nan", "Earth Projection 10, 104, \"m\", 0");
-    row("ten tokens: the shift only", "2, 9999, 3, 1, 2, 3, 7, 5, 6, 7",
-        "Earth Projection 2, 9999, 3, 1, 2, 3, 0, 0, 0, 0, 0, \"m\", 5, 6");
-    row("eleven: all of the datum", "1, 9999, 3, 1, 2, 3, 4, 5, 6, 7, 8",
-        "Earth Projection 1, 9999, 3, 1, 2, 3, 4, 5, 6, 7, 8");
-    row("no exponents, no minus zero", "2, 999, 3, 1e-5, -0, 1e3, 7, 1e-7, 5",
-        "Earth Projection 2, 999, 3, 0.00001, 0, 1000, \"m\", 0.0000001, 5");
-    row("six of seven parameters", "35, 104, 7, 1, 2, 3, 4, 5, 6, 7",
-        "Earth Projection 35, 104, \"m\", 1, 2, 3, 4, 5, 6");
-    row("thousands become clauses", "3001, 104, 7, 3, 1, 2, 3, 4, 5, 6, 9, 8, 0, 0",
-        "Earth Projection 1, 104, \"m\" Affine Units \"ft\", 1, 2, 3, 4, 5, 6 Bounds (0, 0) (9, 8)");
-    row("zero width is no bounds", "1, 104 Bounds (5, 0) (5, 1)", "Earth Projection 1, 104");
-    row("plan", "CoordSys NonEarth Units \"parsec\" Bounds (0, 0) (1, 2)",
-        "NonEarth Units \"m\" Bounds (0, 0) (1, 2)");
-    row("plan by number", "NonEarth 0, 8", "NonEarth Units \"survey ft\"");
-}
+    void readAndWrite_data()
+    {
+        QTest::addColumn<QString>("prj");
+        QTest::addColumn<QString>("text");
+        const auto row = [](const char *name, const char *prj, const char *text) {
+            QTest::newRow(name) << QString::fromUtf8(prj) << QString::fromUtf8(text);
+        };
+        row("bare earth, no unit where none is needed", "CoordSys Earth", "Earth Projection 1, 0");
+        row("capitals", "COORDSYS EARTH PROJECTION 10, 104, \"SURVEY FT\", 39",
+            "Earth Projection 10, 104, \"survey ft\", 39");
+        row("missing parameters are not left out", "8, 104, 8, 39",
+            "Earth Projection 8, 104, \"survey ft\", 39, 0, 0, 0, 0");
+        row("nor taken from a clause", "2, 104, 7 Affine Units \"ft\", 1, 2, 3, 4, 5, 6",
+            "Earth Projection 2, 104, \"m\", 0, 0 Affine Units \"ft\", 1, 2, 3, 4, 5, 6");
+        row("unit missing", "10, 104 Bounds (0, 0) (1, 1)",
+            "Earth Projection 10, 104, \"m\", 0 Bounds (0, 0) (1, 1)");
+        row("unknown unit is the metre", "10, 104, \"x%1\", nan", "Earth Projection 10, 104, \"m\", 0");
+        row("ten tokens: the shift only", "2, 9999, 3, 1, 2, 3, 7, 5, 6, 7",
+            "Earth Projection 2, 9999, 3, 1, 2, 3, 0, 0, 0, 0, 0, \"m\", 5, 6");
+        row("eleven: all of the datum", "1, 9999, 3, 1, 2, 3, 4, 5, 6, 7, 8",
+            "Earth Projection 1, 9999, 3, 1, 2, 3, 4, 5, 6, 7, 8");
+        row("no exponents, no minus zero", "2, 999, 3, 1e-5, -0, 1e3, 7, 1e-7, 5",
+            "Earth Projection 2, 999, 3, 0.00001, 0, 1000, \"m\", 0.0000001, 5");
+        row("six of seven parameters", "35, 104, 7, 1, 2, 3, 4, 5, 6, 7",
+            "Earth Projection 35, 104, \"m\", 1, 2, 3, 4, 5, 6");
+        row("thousands become clauses", "3001, 104, 7, 3, 1, 2, 3, 4, 5, 6, 9, 8, 0, 0",
+            "Earth Projection 1, 104, \"m\" Affine Units \"ft\", 1, 2, 3, 4, 5, 6 Bounds (0, 0) (9, 8)");
+        row("zero width is no bounds", "1, 104 Bounds (5, 0) (5, 1)", "Earth Projection 1, 104");
+        row("plan", "CoordSys NonEarth Units \"parsec\" Bounds (0, 0) (1, 2)",
+            "NonEarth Units \"m\" Bounds (0, 0) (1, 2)");
+        row("plan by number", "NonEarth 0, 8", "NonEarth Units \"survey ft\"");
+    }
+    void readAndWrite()
+    {
+        QFETCH(QString, prj);
+        QFETCH(QString, text);
+        const MapHeaderCoordsysConverter converter;
+        QCOMPARE(converter.tabProjInfoToString(converter.prjStrToTABProjInfo(prj)), text);
+        VERIFY_THROWS(std::logic_error, converter.tabProjInfoToString({}),
+                      QStringLiteral("Не проинициализированы КС"));
+    }
 
-void TestMapHeaderCoordsysConverter::readAndWrite()
-{
-    QFETCH(QString, prj);
-    QFETCH(QString, text);
-    const MapHeaderCoordsysConverter converter;
-    QCOMPARE(converter.tabProjInfoToString(converter.prjStrToTABProjInfo(prj)), text);
-    VERIFY_THROWS(std::logic_error, converter.tabProjInfoToString({}),
-                  QStringLiteral("Не проинициализированы КС"));
-}
+    void refuse_data()
+    {
+        QTest::addColumn<QString>("prj");
+        QTest::addColumn<QString>("message");
+        const auto row = [](const char *name, const char *prj, const char *message) {
+            QTest::newRow(name) << QString::fromUtf8(prj) << QString::fromUtf8(message);
+        };
+        const char *const few = "Недостаточно параметров в строке prj";
+        const char *const kind = "Не могу определить тип КС";
+        const char *const datum = "Не могу определить дополнительные параметры датума";
+        row("empty", "", "Пустая входная строка");
+        row("blanks", "  ", few);
+        row("keyword alone", "CoordSys", few);
+        row("one token", "CoordSys Earth Projection 8", few);
+        row("plan without unit", "NonEarth Units", few);
+        row("only longitude/latitude needs no more", "Earth Projection 8, 104", few);
+        row("plan by number without the word", "0, 7", few);
+        row("clause cut short",
+            "Earth Projection 8, 104, 7, 39, 0, 1, 500000, 0 Affine Units \"m\", 1, 0, 500", few);
+        row("affine unit without quotes", "Earth Projection 1, 104 Affine Units m, 1, 0, 0, 0, 1, 0", few);
+        row("no number first", "Earth Projection %1, 104", kind);
+        row("affine before the plan's unit", "NonEarth Affine Units \"m\", 1, 0, 0, 0, 1, 0 Units \"m\"",
+            kind);
+        row("tab is no separator", "Earth\tProjection 1, 104", kind);
+        row("projection unknown", "Earth Projection 36, 104, 7", "Неверное значение проекции:36");
+        row("thousands stay in the message", "Earth Projection 1036, 104, 7",
+            "Неверное значение проекции:1036");
+        row("number beyond an int", "Earth Projection 99999999999, 104, 7",
+            "Неверное значение проекции:99999999999");
+        row("datum unknown", "Earth Projection 1, 160", datum);
+        row("datum beyond a short", "Earth Projection 1, 65640", datum); // 104 in the low bits
+        row("user datum without figures", "Earth Projection 1, 999, 3, 1", datum);
+        row("ellipsoid beyond a byte", "Earth Projection 1, 999, 259, 1, 2, 3", datum);
+        row("affine unit unknown", "Earth Projection 1, 104 Affine Units \"%1\", 1, 0, 0, 0, 1, 0",
+            "unitCode");
+        row("affine unit is a fraction", "Earth Projection 1001, 104, 7, 0.5, 1, 0, 0, 0, 1, 0", "unitCode");
+    }
+    void refuse()
+    {
+        QFETCH(QString, prj);
+        QFETCH(QString, message);
+        const MapHeaderCoordsysConverter converter;
+        if (message == QLatin1String("unitCode"))
+            VERIFY_THROWS(std::invalid_argument, converter.prjStrToTABProjInfo(prj), message);
+        else if (message.startsWith(QStringLiteral("Недостаточно")))
+            VERIFY_THROWS(NotEnoughtParamsException, converter.prjStrToTABProjInfo(prj), message);
+        else
+            VERIFY_THROWS(std::logic_error, converter.prjStrToTABProjInfo(prj), message);
+    }
 
-void TestMapHeaderCoordsysConverter::refuse_data()
-{
-    QTest::addColumn<QString>("prj");
-    QTest::addColumn<QString>("message");
-    const auto row = [](const char *name, const char *prj, const char *message) {
-        QTest::newRow(name) << QString::fromUtf8(prj) << QString::fromUtf8(message);
-    };
-    const char *const few = "Недостаточно параметров в строке prj";
-    const char *const kind = "Не могу определить тип КС";
-    const char *const datum = "Не могу определить дополнительные параметры датума";
-    row("empty", "", "Пустая входная строка");
-    row("blanks", "  ", few);
-    row("keyword alone", "CoordSys", few);
-    row("one token", "CoordSys Earth Projection 8", few);
-    row("plan without unit", "NonEarth Units", few);
-    row("only longitude/latitude needs no more", "Earth Projection 8, 104", few);
-    row("plan by number without the word", "0, 7", few);
-    row("clause cut short", "Earth Projection 8, 104, 7, 39, 0, 1, 500000, 0 Affine Units \"m\", 1, 0, 500",
-        few);
-    row("affine unit without quotes", "Earth Projection 1, 104 Affine Units m, 1, 0, 0, 0, 1, 0", few);
-    row("no number first", "Earth Projection %1, 104", kind);
-    row("affine before the plan's unit", "NonEarth Affine Units \"m\", 1, 0, 0, 0, 1, 0 Units \"m\"", kind);
-    row("tab is no separator", "Earth\tProjection 1, 104", kind);
-    row("projection unknown", "Earth Projection 36, 104, 7", "Неверное значение проекции:36");
-    row("thousands stay in the message", "Earth Projection 1036, 104, 7", "Неверное значение проекции:1036");
-    row("number beyond an int", "Earth Projection 99999999999, 104, 7",
-        "Неверное значение проекции:99999999999");
-    row("datum unknown", "Earth Projection 1, 160", datum);
-    row("datum beyond a short", "Earth Projection 1, 65640", datum); // 104 in the low bits
-    row("user datum without figures", "Earth Projection 1, 999, 3, 1", datum);
-    row("ellipsoid beyond a byte", "Earth Projection 1, 999, 259, 1, 2, 3", datum);
-    row("affine unit unknown", "Earth Projection 1, 104 Affine Units \"%1\", 1, 0, 0, 0, 1, 0", "unitCode");
-    row("affine unit is a fraction", "Earth Projection 1001, 104, 7, 0.5, 1, 0, 0, 0, 1, 0", "unitCode");
-}
+    void law_data()
+    {
+        QTest::addColumn<QString>("datum"); // "#n": n figures follow
+        QTest::addColumn<int>("figures");
+        QTest::newRow("by number") << QStringLiteral("1001") << 0;
+        QTest::newRow("own meridian") << QStringLiteral("1002") << 0;
+        QTest::newRow("999") << QStringLiteral("999, 3") << 3;
+        QTest::newRow("9999") << QStringLiteral("9999, 15") << 8;
+    }
 
-void TestMapHeaderCoordsysConverter::refuse()
-{
-    QFETCH(QString, prj);
-    QFETCH(QString, message);
-    const MapHeaderCoordsysConverter converter;
-    if (message == QLatin1String("unitCode"))
-        VERIFY_THROWS(std::invalid_argument, converter.prjStrToTABProjInfo(prj), message);
-    else if (message.startsWith(QStringLiteral("Недостаточно")))
-        VERIFY_THROWS(NotEnoughtParamsException, converter.prjStrToTABProjInfo(prj), message);
-    else
-        VERIFY_THROWS(std::logic_error, converter.prjStrToTABProjInfo(prj), message);
-}
+    // What is written reads back as the same record, for every projection, unit and form of the clauses.
+    void law()
+    {
+        QFETCH(QString, datum);
+        QFETCH(int, figures);
+        const MapHeaderCoordsysConverter converter;
+        Figures figure;
+        const QString units[] = {
+            {}, QStringLiteral(", \"m\""), QStringLiteral(", \"survey ft\""), QStringLiteral(", 0")};
+        for (int projection = 0; projection <= 35; ++projection) {
+            for (const QString &unit : units) {
+                for (int form = 0; form < 8; ++form) { // bit 0 affine, bit 1 bounds, bit 2 by thousands
+                    const bool affine = form & 1;
+                    const bool bounds = form & 2;
+                    const bool thousands = form & 4;
+                    QString prj = QStringLiteral("CoordSys Earth Projection %1, ")
+                                      .arg(projection + (thousands ? 1000 * (affine + 2 * bounds) : 0));
+                    prj += datum + figure.next(figures) + unit;
+                    if (!unit.isEmpty())
+                        prj += figure.next(paramForPrj(projection));
+                    if (affine)
+                        prj += (thousands ? QStringLiteral(", \"li\"")
+                                          : QStringLiteral(" Affine Units \"li\"")) +
+                               figure.next(6);
+                    if (bounds && thousands)
+                        prj += figure.next(4);
+                    else if (bounds)
+                        prj += QStringLiteral(" Bounds (%1, %2) (%3, %4)")
+                                   .arg(figure.next(), figure.next(), figure.next(), figure.next());
+                    if (projection != 1 && unit.isEmpty() && figures == 0 && form % 4 == 0)
+                        continue; // two tokens: refused
 
-void TestMapHeaderCoordsysConverter::law_data()
-{
-    QTest::addColumn<QString>("datum"); // "#n": n figures follow
-    QTest::addColumn<int>("figures");
-    QTest::newRow("by number") << QStringLiteral("1001") << 0;
-    QTest::newRow("own meridian") << QStringLiteral("1002") << 0;
-    QTest::newRow("999") << QStringLiteral("999, 3") << 3;
-    QTest::newRow("9999") << QStringLiteral("9999, 15") << 8;
-}
-
-// What is written reads back as the same record, for every projection, unit and form of the clauses.
-void TestMapHeaderCoordsysConverter::law()
-{
-    QFETCH(QString, datum);
-    QFETCH(int, figures);
-    const MapHeaderCoordsysConverter converter;
-    Figures figure;
-    const QString units[] = {
-        {}, QStringLiteral(", \"m\""), QStringLiteral(", \"survey ft\""), QStringLiteral(", 0")};
-    for (int projection = 0; projection <= 35; ++projection) {
-        for (const QString &unit : units) {
-            for (int form = 0; form < 8; ++form) { // bit 0 affine, bit 1 bounds, bit 2 by thousands
-                const bool affine = form & 1;
-                const bool bounds = form & 2;
-                const bool thousands = form & 4;
-                QString prj = QStringLiteral("CoordSys Earth Projection %1, ")
-                                  .arg(projection + (thousands ? 1000 * (affine + 2 * bounds) : 0));
-                prj += datum + figure.next(figures) + unit;
-                if (!unit.isEmpty())
-                    prj += figure.next(paramForPrj(projection));
-                if (affine)
-                    prj += (thousands ? QStringLiteral(", \"li\"") : QStringLiteral(" Affine Units \"li\"")) +
-                           figure.next(6);
-                if (bounds && thousands)
-                    prj += figure.next(4);
-                else if (bounds)
-                    prj += QStringLiteral(" Bounds (%1, %2) (%3, %4)")
-                               .arg(figure.next(), figure.next(), figure.next(), figure.next());
-                if (projection != 1 && unit.isEmpty() && figures == 0 && form % 4 == 0)
-                    continue; // two tokens: refused
-
-                TABProjInfo_t expected = converter.prjStrToTABProjInfo(prj);
-                const QString written = converter.tabProjInfoToString(expected);
-                if (projection == 0) { // a plan has no datum
-                    expected.nDatumId = -1;
-                    expected.nEllipsoidId = 255;
-                    expected.dDatumShiftX = expected.dDatumShiftY = expected.dDatumShiftZ = 0.0;
-                    std::fill(std::begin(expected.adDatumParams), std::end(expected.adDatumParams), 0.0);
+                    TABProjInfo_t expected = converter.prjStrToTABProjInfo(prj);
+                    const QString written = converter.tabProjInfoToString(expected);
+                    if (projection == 0) { // a plan has no datum
+                        expected.nDatumId = -1;
+                        expected.nEllipsoidId = 255;
+                        expected.dDatumShiftX = expected.dDatumShiftY = expected.dDatumShiftZ = 0.0;
+                        std::fill(std::begin(expected.adDatumParams), std::end(expected.adDatumParams), 0.0);
+                    }
+                    if (expected.nUnitsId == 255 && projection != 1)
+                        expected.nUnitsId = 7;
+                    QVERIFY2(bits(converter.prjStrToTABProjInfo(written)) == bits(expected),
+                             qPrintable(prj + QStringLiteral(" -> ") + written));
                 }
-                if (expected.nUnitsId == 255 && projection != 1)
-                    expected.nUnitsId = 7;
-                QVERIFY2(bits(converter.prjStrToTABProjInfo(written)) == bits(expected),
-                         qPrintable(prj + QStringLiteral(" -> ") + written));
             }
         }
     }
-}
 
-void TestMapHeaderCoordsysConverter::compare_data()
-{
-    QTest::addColumn<QString>("a");
-    QTest::addColumn<QString>("b");
-    QTest::addColumn<QString>("unset"); // of b: d datum, e ellipsoid, u unit
-    QTest::addColumn<QString>("equal"); // plain, with affine, with bounds
-    const auto row = [](const char *name, const char *a, const char *b, const char *unset,
-                        const char *equal) {
-        QTest::newRow(name) << QString::fromLatin1(a) << QString::fromLatin1(b) << QString::fromLatin1(unset)
-                            << QString::fromLatin1(equal);
-    };
-    row("same", "10, 104, 7, 39", "CoordSys Earth Projection 10, 104, \"m\", 39", "", "111");
-    row("within 1e-9 of the size", "18, 104, 7, 0, 0, 7500000", "18, 104, 7, 0, 0, 7500000.005", "", "111");
-    row("beyond it", "18, 104, 7, 0, 0, 7500000", "18, 104, 7, 0, 0, 7500000.01", "", "000");
-    row("projection", "10, 104, 7, 39", "11, 104, 7, 39", "", "000");
-    row("unit", "10, 104, 7, 39", "10, 104, 3, 39", "", "000");
-    row("datum of equal figures", "1, 74", "1, 33", "", "000");
-    row("shift", "1, 999, 3, 1, 2, 3", "1, 999, 3, 1, 2, 3.1", "", "000");
-    row("scale", "1, 9999, 3, 1, 2, 3, 0, 0, 0, 1, 0", "1, 9999, 3, 1, 2, 3, 0, 0, 0, 2, 0", "", "000");
-    row("datum and ellipsoid unset: no figures", "1, 1001", "1, 104", "de", "111");
-    row("ellipsoid differs", "1, 1001", "1, 104", "d", "000");
-    row("unit unset is the metre", "10, 104, 7, 0", "10, 104, 7, 0", "u", "111");
-    row("but no other unit", "10, 104, 3, 0", "10, 104, 7, 0", "u", "000");
-    row("except behind a false origin", "18, 104, 3, 0, 0, 0, 5", "18, 104, 3, 0, 0, 0, 5", "u", "111");
-    row("a parallel is no false origin", "2, 104, 3, 10, 20", "2, 104, 3, 10, 20", "u", "000");
-    row("affine", "1001, 104, 7, 7, 1, 0, 5, 0, 1, 6", "1001, 104, 7, 7, 1, 0, 5, 0, 1, 7", "", "101");
-    row("affine unit", "1001, 104, 7, 7, 1, 0, 5, 0, 1, 6", "1001, 104, 7, 3, 1, 0, 5, 0, 1, 6", "", "101");
-    row("bounds", "1, 104 Bounds (0, 0) (1, 1)", "1, 104", "", "110");
-}
+    void compare_data()
+    {
+        QTest::addColumn<QString>("a");
+        QTest::addColumn<QString>("b");
+        QTest::addColumn<QString>("unset"); // of b: d datum, e ellipsoid, u unit
+        QTest::addColumn<QString>("equal"); // plain, with affine, with bounds
+        const auto row = [](const char *name, const char *a, const char *b, const char *unset,
+                            const char *equal) {
+            QTest::newRow(name) << QString::fromLatin1(a) << QString::fromLatin1(b)
+                                << QString::fromLatin1(unset) << QString::fromLatin1(equal);
+        };
+        row("same", "10, 104, 7, 39", "CoordSys Earth Projection 10, 104, \"m\", 39", "", "111");
+        row("within 1e-9 of the size", "18, 104, 7, 0, 0, 7500000", "18, 104, 7, 0, 0, 7500000.005", "",
+            "111");
+        row("beyond it", "18, 104, 7, 0, 0, 7500000", "18, 104, 7, 0, 0, 7500000.01", "", "000");
+        row("projection", "10, 104, 7, 39", "11, 104, 7, 39", "", "000");
+        row("unit", "10, 104, 7, 39", "10, 104, 3, 39", "", "000");
+        row("datum of equal figures", "1, 74", "1, 33", "", "000");
+        row("shift", "1, 999, 3, 1, 2, 3", "1, 999, 3, 1, 2, 3.1", "", "000");
+        row("scale", "1, 9999, 3, 1, 2, 3, 0, 0, 0, 1, 0", "1, 9999, 3, 1, 2, 3, 0, 0, 0, 2, 0", "", "000");
+        row("datum and ellipsoid unset: no figures", "1, 1001", "1, 104", "de", "111");
+        row("ellipsoid differs", "1, 1001", "1, 104", "d", "000");
+        row("unit unset is the metre", "10, 104, 7, 0", "10, 104, 7, 0", "u", "111");
+        row("but no other unit", "10, 104, 3, 0", "10, 104, 7, 0", "u", "000");
+        row("except behind a false origin", "18, 104, 3, 0, 0, 0, 5", "18, 104, 3, 0, 0, 0, 5", "u", "111");
+        row("a parallel is no false origin", "2, 104, 3, 10, 20", "2, 104, 3, 10, 20", "u", "000");
+        row("affine", "1001, 104, 7, 7, 1, 0, 5, 0, 1, 6", "1001, 104, 7, 7, 1, 0, 5, 0, 1, 7", "", "101");
+        row("affine unit", "1001, 104, 7, 7, 1, 0, 5, 0, 1, 6", "1001, 104, 7, 3, 1, 0, 5, 0, 1, 6", "",
+            "101");
+        row("bounds", "1, 104 Bounds (0, 0) (1, 1)", "1, 104", "", "110");
+    }
+    void compare()
+    {
+        QFETCH(QString, a);
+        QFETCH(QString, b);
+        QFETCH(QString, unset);
+        QFETCH(QString, equal);
+        const MapHeaderCoordsysConverter converter;
+        const TABProjInfo_t first = converter.prjStrToTABProjInfo(a);
+        TABProjInfo_t second = converter.prjStrToTABProjInfo(b);
+        if (unset.contains(QLatin1Char('d')))
+            second.nDatumId = -1;
+        if (unset.contains(QLatin1Char('e')))
+            second.nEllipsoidId = 255;
+        if (unset.contains(QLatin1Char('u')))
+            second.nUnitsId = 255;
+        const auto answers = [](const TABProjInfo_t &x, const TABProjInfo_t &y) {
+            QString text;
+            for (const int which : {0, 1, 2})
+                text += QString::number(
+                    MapHeaderCoordsysConverter::compareTabProjInfo(x, y, which == 1, which == 2));
+            return text;
+        };
+        QCOMPARE(answers(first, second), equal);
+        QCOMPARE(answers(second, first), equal);
+    }
 
-void TestMapHeaderCoordsysConverter::compare()
-{
-    QFETCH(QString, a);
-    QFETCH(QString, b);
-    QFETCH(QString, unset);
-    QFETCH(QString, equal);
-    const MapHeaderCoordsysConverter converter;
-    const TABProjInfo_t first = converter.prjStrToTABProjInfo(a);
-    TABProjInfo_t second = converter.prjStrToTABProjInfo(b);
-    if (unset.contains(QLatin1Char('d')))
-        second.nDatumId = -1;
-    if (unset.contains(QLatin1Char('e')))
-        second.nEllipsoidId = 255;
-    if (unset.contains(QLatin1Char('u')))
-        second.nUnitsId = 255;
-    const auto answers = [](const TABProjInfo_t &x, const TABProjInfo_t &y) {
-        QString text;
-        for (const int which : {0, 1, 2})
-            text +=
-                QString::number(MapHeaderCoordsysConverter::compareTabProjInfo(x, y, which == 1, which == 2));
-        return text;
-    };
-    QCOMPARE(answers(first, second), equal);
-    QCOMPARE(answers(second, first), equal);
-}
-
-void TestMapHeaderCoordsysConverter::dumps()
-{
-    const MapHeaderCoordsysConverter converter;
-    QCOMPARE(
-        converter.prjStrToXml(QStringLiteral("8, 1001, 8, 39, 0, 0.9996, 5e-7, -1 Bounds (1, 2) (3, 4)")),
-        QStringLiteral(
-            R"(<cs prj="8" el="3" u=""survey ft"" pp0="39" pp1="0" pp2="0.9996" pp3="0.0000005" pp4="-1" )"
-            R"(pp5="0" datum="1001"  sx="24" sy="-123" sz="-94" dp0="-0.02" dp1="0.25" dp2="0.13" )"
-            R"(dp3="1.1" dp4="0"  xmin="1" ymin="2" xmax="3" ymax="4"/>)"));
-    QCOMPARE(
-        converter.tabProjInfoToInnerString(converter.prjStrToTABProjInfo(QStringLiteral(
-            "NonEarth Units \"m\" Affine Units \"ft\", 1, 2, 3, 4, 5, 6 Bounds (0, 0) (1, 2)"))),
-        QStringLiteral("{prj=0, ellips=255, unit=\"m\", pars={0, 0, 0, 0, 0, 0}, datum=-1 shift=(0,0,0), "
-                       "datumpars={0, 0, 0, 0, 0}} rect={(0, 0) (1, 2)} affine={\"ft\" {1, 2, 3, 4, 5, 6}} "
-                       "bound={(0, 0) (1, 2)}"));
-    TABProjInfo_t info;
-    info.dXMin = 5;
-    info.dXMax = 3;
-    info.dYMax = 2;
-    QCOMPARE(converter.tabProjInfoToTemplateString(info, QStringLiteral("100% %22%1%2 %3 %99 %0")),
-             QStringLiteral("100% 2255255 255 %99 %0"));
-    QCOMPARE(MapHeaderCoordsysConverter::boundForTabProj(info), QRectF(3, 0, 2, 2));
-}
+    void dumps()
+    {
+        const MapHeaderCoordsysConverter converter;
+        QCOMPARE(
+            converter.prjStrToXml(QStringLiteral("8, 1001, 8, 39, 0, 0.9996, 5e-7, -1 Bounds (1, 2) (3, 4)")),
+            QStringLiteral(
+                R"(<cs prj="8" el="3" u=""survey ft"" pp0="39" pp1="0" pp2="0.9996" pp3="0.0000005" pp4="-1" )"
+                R"(pp5="0" datum="1001"  sx="24" sy="-123" sz="-94" dp0="-0.02" dp1="0.25" dp2="0.13" )"
+                R"(dp3="1.1" dp4="0"  xmin="1" ymin="2" xmax="3" ymax="4"/>)"));
+        QCOMPARE(converter.tabProjInfoToInnerString(converter.prjStrToTABProjInfo(QStringLiteral(
+                     "NonEarth Units \"m\" Affine Units \"ft\", 1, 2, 3, 4, 5, 6 Bounds (0, 0) (1, 2)"))),
+                 QStringLiteral(
+                     "{prj=0, ellips=255, unit=\"m\", pars={0, 0, 0, 0, 0, 0}, datum=-1 shift=(0,0,0), "
+                     "datumpars={0, 0, 0, 0, 0}} rect={(0, 0) (1, 2)} affine={\"ft\" {1, 2, 3, 4, 5, 6}} "
+                     "bound={(0, 0) (1, 2)}"));
+        TABProjInfo_t info;
+        info.dXMin = 5;
+        info.dXMax = 3;
+        info.dYMax = 2;
+        QCOMPARE(converter.tabProjInfoToTemplateString(info, QStringLiteral("100% %22%1%2 %3 %99 %0")),
+                 QStringLiteral("100% 2255255 255 %99 %0"));
+        QCOMPARE(MapHeaderCoordsysConverter::boundForTabProj(info), QRectF(3, 0, 2, 2));
+    }
+};
 
 NIVORA_TEST(TestMapHeaderCoordsysConverter)
 #include "tst_mapheadercoordsysconverter.moc"

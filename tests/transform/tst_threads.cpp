@@ -44,104 +44,101 @@ class TestTransformThreads : public QObject
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(support::shippedFactory()); }
-    void firstCallsRace_data();
-    void firstCallsRace();
-    void sharedTransform();
-    void creators();
-};
 
-void TestTransformThreads::firstCallsRace_data()
-{
-    QTest::addColumn<QString>("system");
-    for (const char *text :
-         {"prj:Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0", "epsg:32637",
-          "prj:CoordSys NonEarth Units \"ft\" Bounds (0, 0) (10, 20)",
-          "proj:+proj=eqc +R=6370997 +units=m +no_defs", "proj:+proj=longlat +datum=WGS84 +no_defs"})
-        QTest::newRow(text) << QString::fromUtf8(text);
-}
+    void firstCallsRace_data()
+    {
+        QTest::addColumn<QString>("system");
+        for (const char *text :
+             {"prj:Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0", "epsg:32637",
+              "prj:CoordSys NonEarth Units \"ft\" Bounds (0, 0) (10, 20)",
+              "proj:+proj=eqc +R=6370997 +units=m +no_defs", "proj:+proj=longlat +datum=WGS84 +no_defs"})
+            QTest::newRow(text) << QString::fromUtf8(text);
+    }
 
-// Each thread asks a fresh object for its lazily found facts in another order.
-void TestTransformThreads::firstCallsRace()
-{
-    QFETCH(QString, system);
-    const auto factory = support::shippedFactory();
-    const CoordSystemPtr twin = factory->createFromTaggedString(system);
-    using Question = std::function<QString(const CoordSystem &)>;
-    const std::vector<Question> questions{
-        [](const CoordSystem &cs) { return QString::number(cs.unit().unitCode()); },
-        [](const CoordSystem &cs) { return QVariant(cs.rectNumericCoordSys()).toString(); },
-        [](const CoordSystem &cs) { return cs.prjStr() + cs.projStr() + cs.exportToWkt2(); },
-        [](const CoordSystem &cs) { return QString::number(cs.epsg()) + cs.taggedString(); },
-        [](const CoordSystem &cs) {
-            return QString::number(cs.needCropCoords()) + QString::number(cs.isLatLong());
-        },
-        [](const CoordSystem &cs) {
-            return QVariant(cs.rectInternal()).toString() + cs.clone()->description();
-        },
-        [&](const CoordSystem &cs) { return QString::number(cs.isEqual(*twin, false)); }};
-    const CoordSystemPtr warm = factory->createFromTaggedString(system);
-    QStringList expected;
-    for (const Question &question : questions)
-        expected << question(*warm);
-    for (int round = 0; round < 3; ++round) {
-        const CoordSystemPtr cs = factory->createFromTaggedString(system);
+    // Each thread asks a fresh object for its lazily found facts in another order.
+    void firstCallsRace()
+    {
+        QFETCH(QString, system);
+        const auto factory = support::shippedFactory();
+        const CoordSystemPtr twin = factory->createFromTaggedString(system);
+        using Question = std::function<QString(const CoordSystem &)>;
+        const std::vector<Question> questions{
+            [](const CoordSystem &cs) { return QString::number(cs.unit().unitCode()); },
+            [](const CoordSystem &cs) { return QVariant(cs.rectNumericCoordSys()).toString(); },
+            [](const CoordSystem &cs) { return cs.prjStr() + cs.projStr() + cs.exportToWkt2(); },
+            [](const CoordSystem &cs) { return QString::number(cs.epsg()) + cs.taggedString(); },
+            [](const CoordSystem &cs) {
+                return QString::number(cs.needCropCoords()) + QString::number(cs.isLatLong());
+            },
+            [](const CoordSystem &cs) {
+                return QVariant(cs.rectInternal()).toString() + cs.clone()->description();
+            },
+            [&](const CoordSystem &cs) { return QString::number(cs.isEqual(*twin, false)); }};
+        const CoordSystemPtr warm = factory->createFromTaggedString(system);
+        QStringList expected;
+        for (const Question &question : questions)
+            expected << question(*warm);
+        for (int round = 0; round < 3; ++round) {
+            const CoordSystemPtr cs = factory->createFromTaggedString(system);
+            QCOMPARE(failuresOfFour([&](int thread) {
+                         bool same = true;
+                         for (std::size_t i = 0; i < questions.size(); ++i) {
+                             const std::size_t k = (i + std::size_t(thread) * 2) % questions.size();
+                             same = questions[k](*cs) == expected[int(k)] && same;
+                         }
+                         return same;
+                     }),
+                     0);
+        }
+    }
+
+    void sharedTransform()
+    {
+        const auto factory = support::shippedFactory();
+        const CoordSystemPtr from = factory->createFromPrj(QStringLiteral("Earth Projection 1, 1001"));
+        const CoordSystemPtr to = factory->createFromEpsg(32637);
+        const CoordSystemPtr plan = factory->createNonEarth(7, QRectF());
+        const std::size_t before = coordTransformCache().size();
         QCOMPARE(failuresOfFour([&](int thread) {
-                     bool same = true;
-                     for (std::size_t i = 0; i < questions.size(); ++i) {
-                         const std::size_t k = (i + std::size_t(thread) * 2) % questions.size();
-                         same = questions[k](*cs) == expected[int(k)] && same;
+                     const CoordTransform t(from, to), mixed(to, plan); // constructed in all threads at once
+                     for (int i = 0; i < 200; ++i) {
+                         const QPointF in(39.0 + thread, 55.0 + i * 1e-3);
+                         QPointF out, back;
+                         QRectF rect;
+                         if (!t.forward(in, out) || !t.inverse(out, back) || !support::near(in, back, 1e-8) ||
+                             !mixed.forward(out, out) || !mixed.inverse(out, out) ||
+                             !to->inverse(out, back) || !t.forwardMesh(QRectF(in, QSizeF(1, 1)), rect, 3))
+                             return false;
                      }
-                     return same;
+                     return true;
+                 }),
+                 0);
+        QCOMPARE(coordTransformCache().size(), before + 2);
+    }
+
+    void creators()
+    {
+        const auto factory = support::shippedFactory();
+        QCOMPARE(failuresOfFour([&](int thread) {
+                     const QStringList texts{
+                         QStringLiteral("epsg:32637"),
+                         QStringLiteral("proj:+proj=utm +zone=38 +datum=WGS84 +units=m +no_defs"),
+                         QStringLiteral("prj:Earth Projection 1, 28"),
+                         QStringLiteral("prj:NonEarth Units \"km\"")};
+                     for (int i = 0; i < 8; ++i) {
+                         const CoordSystemPtr cs =
+                             factory->createFromTaggedString(texts[(i + thread) % texts.size()]);
+                         factory->setCurrentCoordSystem(cs);
+                         if (!factory->currentCoordSystem() || cs->description().isEmpty() ||
+                             CoordSysFactory::defaultCoordSysFactory() != factory ||
+                             CoordSysFactory::cropCoordSystems().size() != 2)
+                             return false;
+                     }
+                     return true;
                  }),
                  0);
     }
-}
-
-void TestTransformThreads::sharedTransform()
-{
-    const auto factory = support::shippedFactory();
-    const CoordSystemPtr from = factory->createFromPrj(QStringLiteral("Earth Projection 1, 1001"));
-    const CoordSystemPtr to = factory->createFromEpsg(32637);
-    const CoordSystemPtr plan = factory->createNonEarth(7, QRectF());
-    const std::size_t before = coordTransformCache().size();
-    QCOMPARE(failuresOfFour([&](int thread) {
-                 const CoordTransform t(from, to), mixed(to, plan); // constructed in all threads at once
-                 for (int i = 0; i < 200; ++i) {
-                     const QPointF in(39.0 + thread, 55.0 + i * 1e-3);
-                     QPointF out, back;
-                     QRectF rect;
-                     if (!t.forward(in, out) || !t.inverse(out, back) || !support::near(in, back, 1e-8) ||
-                         !mixed.forward(out, out) || !mixed.inverse(out, out) || !to->inverse(out, back) ||
-                         !t.forwardMesh(QRectF(in, QSizeF(1, 1)), rect, 3))
-                         return false;
-                 }
-                 return true;
-             }),
-             0);
-    QCOMPARE(coordTransformCache().size(), before + 2);
-}
-
-void TestTransformThreads::creators()
-{
-    const auto factory = support::shippedFactory();
-    QCOMPARE(
-        failuresOfFour([&](int thread) {
-            const QStringList texts{QStringLiteral("epsg:32637"),
-                                    QStringLiteral("proj:+proj=utm +zone=38 +datum=WGS84 +units=m +no_defs"),
-                                    QStringLiteral("prj:Earth Projection 1, 28"),
-                                    QStringLiteral("prj:NonEarth Units \"km\"")};
-            for (int i = 0; i < 8; ++i) {
-                const CoordSystemPtr cs = factory->createFromTaggedString(texts[(i + thread) % texts.size()]);
-                factory->setCurrentCoordSystem(cs);
-                if (!factory->currentCoordSystem() || cs->description().isEmpty() ||
-                    CoordSysFactory::defaultCoordSysFactory() != factory ||
-                    CoordSysFactory::cropCoordSystems().size() != 2)
-                    return false;
-            }
-            return true;
-        }),
-        0);
-}
+};
 
 NIVORA_TEST(TestTransformThreads)
 #include "tst_threads.moc"

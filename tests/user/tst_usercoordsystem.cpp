@@ -19,139 +19,133 @@ class TestUserCoordSystem : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
+    void init()
+    {
+        QVERIFY(support::shippedFactory());
+        m_log = std::make_unique<support::LogCapture>();
+        m_store = UserCoordSystem(QDir(m_dir.path()));
+    }
+
     void cleanup() { m_log.reset(); }
-    void entries();
-    void equalSystem();
-    void textThatMakesNoSystem();
-    void testStringValue_data();
-    void testStringValue();
-    void reading();
+
+    void entries()
+    {
+        QVERIFY(m_store.isEmpty());
+        QVERIFY(set("A", "Earth Projection 1, 104", "first"));
+        QVERIFY(set("B", "Earth Projection 1, 1001", "other"));
+        // The same source in another spelling, in the same branch: replaced, and the user's own text stays.
+        QVERIFY(set("A", "CoordSys Earth  Projection 1, 104", "second"));
+        QCOMPARE(m_store.data().size(), 2);
+        QCOMPARE(m_store.data().at(0).entries.size(), 1);
+        const UserCoordSystem::CoordSystemParam entry = m_store.data().at(0).entries.at(0);
+        QCOMPARE(entry.source().string, QStringLiteral("Earth Projection 1, 104"));
+        QCOMPARE(entry.storedSystem()->description(), QStringLiteral("second"));
+        QCOMPARE(m_store.description(prj("Earth Projection 1, 104")), QStringLiteral("second"));
+        QVERIFY(m_store.hasValue(prj("Earth Projection 1, 1001")));
+        QVERIFY(!m_store.hasValue({CoordSystemTypes::Wkt, QStringLiteral("Earth Projection 1, 1001")}));
+        QCOMPARE(m_store.keyIndex(QStringLiteral("B")), 1);
+        QCOMPARE(m_store.keyIndex(QStringLiteral("b")), -1);
+
+        remove("B", "Earth Projection 1, 104"); // not in this branch
+        remove("C", "Earth Projection 1, 104");
+        QVERIFY(m_store.hasValue(prj("Earth Projection 1, 104")));
+        remove("A", "Earth Projection 1, 104");
+        QVERIFY(!m_store.hasValue(prj("Earth Projection 1, 104")));
+        QCOMPARE(m_store.data().size(), 2);
+    }
+
+    void equalSystem()
+    {
+        set("A", "no system at all", "");
+        set("A", "Earth Projection 1, 104", "mine");
+        const CoordSystemPtr mine = m_store.data().at(0).entries.at(1).storedSystem();
+        // Another notation of the same system brings the stored one.
+        QCOMPARE(m_store.getCoordSystem(
+                     {CoordSystemTypes::Proj4, QStringLiteral("+proj=longlat +datum=WGS84 +no_defs")}),
+                 mine);
+        QVERIFY(!m_store.getCoordSystem(prj("Earth Projection 1, 1001")));
+        QVERIFY(!m_store.getCoordSystem(prj("no system at all")));
+        QVERIFY(m_store.hasCoordSystem(
+            support::shippedFactory()->createFromPrj(QStringLiteral("Earth Projection 1, 104"))));
+        QVERIFY(!m_store.hasCoordSystem(nullptr));
+    }
+
+    void textThatMakesNoSystem()
+    {
+        QVERIFY(!set("A", "100% wrong %1", "kept"));
+        const QStringList errors = m_log->lines(QStringLiteral("error"));
+        QVERIFY(errors.size() == 1 && errors.at(0).endsWith(QStringLiteral(" (100% wrong %1)")));
+        QCOMPARE(m_store.description(prj("100% wrong %1")), QStringLiteral("kept"));
+        QVERIFY(!m_store.data().at(0).entries.at(0).coordSystem());
+    }
+
+    void testStringValue_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("description"); // of the stored entry, empty: a new entry
+        const auto row = [](const char *title, const char *text, const char *description) {
+            QTest::newRow(title) << QString::fromUtf8(text) << QString::fromUtf8(description);
+        };
+        row("other spelling", "CoordSys Earth Projection 8,104,\"m\",39,0,1.0,500000,0", "plain");
+        row("bounds count", "Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0 Bounds (0, 0) (1000, 1000)",
+            "bounded");
+        row("other bounds", "Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0 Bounds (0, 0) (2000, 1000)",
+            "");
+        row("affine counts",
+            "Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0 Affine Units \"m\", 1, 0, 5, 0, 1, 5", "");
+        row("other notation", "4326", "");
+    }
+    void testStringValue()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, description);
+        set("A", "malformed, but a CoordSys string it is called", "bad");
+        set("A", "Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0", "plain");
+        set("A", "Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0 Bounds (0, 0) (1000, 1000)", "bounded");
+        const UserCoordSystem::CoordSystemParam entry = m_store.testStringValue(text);
+        QCOMPARE(entry.description(), description);
+        if (description.isEmpty())
+            QCOMPARE(entry.source().string, text);
+        QVERIFY(entry.coordSystem());
+    }
+
+    void reading()
+    {
+        QFile file(m_store.fileInfo().filePath());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(R"(<any><other><cs type="prj" str="Earth Projection 1, 0"/></other>
+<branch><whatever type="EPSG" str="4326"/><!-- passed over --><cs type="PrJ" str="Earth Projection 1, 104" desc="мой"/></branch>
+<branch name="B"><cs type="sql" str="?" desc=""/></branch></any>)");
+        file.close();
+        m_store.loadFromFile(false);
+
+        QCOMPARE(m_store.data().size(), 2);
+        QCOMPARE(m_store.data().at(0).name, QString::fromUtf8("Каталог"));
+        const QList<UserCoordSystem::CoordSystemParam> entries = m_store.data().at(0).entries;
+        QCOMPARE(entries.size(), 2);
+        QCOMPARE(entries.at(0).description(), QString::fromUtf8("Без имени"));
+        QVERIFY(entries.at(0).storedSystem()->description() != QString::fromUtf8("Без имени"));
+        QCOMPARE(entries.at(0).storedSystem()->epsg(), 4326);
+        QCOMPARE(entries.at(1).storedSystem()->description(), QString::fromUtf8("мой"));
+        QVERIFY(!m_store.data().at(1).entries.at(0).storedSystem());
+        QCOMPARE(m_log->lines(QStringLiteral("info")).last(),
+                 QString::fromUtf8("Пользовательские КС: UserCoordSystem.xml (3)"));
+    }
 
 private:
+    bool set(const char *branch, const char *text, const char *description)
+    {
+        return m_store.setCoordSystem(QString::fromUtf8(branch), prj(text), QString::fromUtf8(description));
+    }
+    void remove(const char *branch, const char *text)
+    {
+        m_store.removeCoordSystem(QString::fromUtf8(branch), prj(text));
+    }
+
     QTemporaryDir m_dir;
     UserCoordSystem m_store{QDir(m_dir.path())};
     std::unique_ptr<support::LogCapture> m_log;
 };
-
-void TestUserCoordSystem::init()
-{
-    QVERIFY(support::shippedFactory());
-    m_log = std::make_unique<support::LogCapture>();
-    m_store = UserCoordSystem(QDir(m_dir.path()));
-}
-
-void TestUserCoordSystem::entries()
-{
-    QVERIFY(m_store.isEmpty());
-    QVERIFY(
-        m_store.setCoordSystem(QStringLiteral("A"), prj("Earth Projection 1, 104"), QStringLiteral("first")));
-    QVERIFY(m_store.setCoordSystem(QStringLiteral("B"), prj("Earth Projection 1, 1001"),
-                                   QStringLiteral("other")));
-    // The same source in another spelling, in the same branch: replaced, and the user's own text stays.
-    QVERIFY(m_store.setCoordSystem(QStringLiteral("A"), prj("CoordSys Earth  Projection 1, 104"),
-                                   QStringLiteral("second")));
-    QCOMPARE(m_store.data().size(), 2);
-    QCOMPARE(m_store.data().at(0).entries.size(), 1);
-    const UserCoordSystem::CoordSystemParam entry = m_store.data().at(0).entries.at(0);
-    QCOMPARE(entry.source().string, QStringLiteral("Earth Projection 1, 104"));
-    QCOMPARE(entry.storedSystem()->description(), QStringLiteral("second"));
-    QCOMPARE(m_store.description(prj("Earth Projection 1, 104")), QStringLiteral("second"));
-    QVERIFY(m_store.hasValue(prj("Earth Projection 1, 1001")));
-    QVERIFY(!m_store.hasValue({CoordSystemTypes::Wkt, QStringLiteral("Earth Projection 1, 1001")}));
-    QCOMPARE(m_store.keyIndex(QStringLiteral("B")), 1);
-    QCOMPARE(m_store.keyIndex(QStringLiteral("b")), -1);
-
-    m_store.removeCoordSystem(QStringLiteral("B"), prj("Earth Projection 1, 104")); // not in this branch
-    m_store.removeCoordSystem(QStringLiteral("C"), prj("Earth Projection 1, 104"));
-    QVERIFY(m_store.hasValue(prj("Earth Projection 1, 104")));
-    m_store.removeCoordSystem(QStringLiteral("A"), prj("Earth Projection 1, 104"));
-    QVERIFY(!m_store.hasValue(prj("Earth Projection 1, 104")));
-    QCOMPARE(m_store.data().size(), 2);
-}
-
-void TestUserCoordSystem::equalSystem()
-{
-    m_store.setCoordSystem(QStringLiteral("A"), prj("no system at all"), QString());
-    m_store.setCoordSystem(QStringLiteral("A"), prj("Earth Projection 1, 104"), QStringLiteral("mine"));
-    const CoordSystemPtr mine = m_store.data().at(0).entries.at(1).storedSystem();
-    // Another notation of the same system brings the stored one.
-    QCOMPARE(m_store.getCoordSystem(
-                 {CoordSystemTypes::Proj4, QStringLiteral("+proj=longlat +datum=WGS84 +no_defs")}),
-             mine);
-    QVERIFY(!m_store.getCoordSystem(prj("Earth Projection 1, 1001")));
-    QVERIFY(!m_store.getCoordSystem(prj("no system at all")));
-    QVERIFY(m_store.hasCoordSystem(
-        support::shippedFactory()->createFromPrj(QStringLiteral("Earth Projection 1, 104"))));
-    QVERIFY(!m_store.hasCoordSystem(nullptr));
-}
-
-void TestUserCoordSystem::textThatMakesNoSystem()
-{
-    QVERIFY(!m_store.setCoordSystem(QStringLiteral("A"), prj("100% wrong %1"), QStringLiteral("kept")));
-    const QStringList errors = m_log->lines(QStringLiteral("error"));
-    QVERIFY(errors.size() == 1 && errors.at(0).endsWith(QStringLiteral(" (100% wrong %1)")));
-    QCOMPARE(m_store.description(prj("100% wrong %1")), QStringLiteral("kept"));
-    QVERIFY(!m_store.data().at(0).entries.at(0).coordSystem());
-}
-
-void TestUserCoordSystem::testStringValue_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("description"); // of the stored entry, empty: a new entry
-    const auto row = [](const char *title, const char *text, const char *description) {
-        QTest::newRow(title) << QString::fromUtf8(text) << QString::fromUtf8(description);
-    };
-    row("other spelling", "CoordSys Earth Projection 8,104,\"m\",39,0,1.0,500000,0", "plain");
-    row("bounds count", "Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0 Bounds (0, 0) (1000, 1000)",
-        "bounded");
-    row("other bounds", "Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0 Bounds (0, 0) (2000, 1000)", "");
-    row("affine counts",
-        "Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0 Affine Units \"m\", 1, 0, 5, 0, 1, 5", "");
-    row("other notation", "4326", "");
-}
-
-void TestUserCoordSystem::testStringValue()
-{
-    QFETCH(QString, text);
-    QFETCH(QString, description);
-    const QString branch = QStringLiteral("A");
-    m_store.setCoordSystem(branch, prj("malformed, but a CoordSys string it is called"),
-                           QStringLiteral("bad"));
-    m_store.setCoordSystem(branch, prj("Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0"),
-                           QStringLiteral("plain"));
-    m_store.setCoordSystem(
-        branch, prj("Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0 Bounds (0, 0) (1000, 1000)"),
-        QStringLiteral("bounded"));
-    const UserCoordSystem::CoordSystemParam entry = m_store.testStringValue(text);
-    QCOMPARE(entry.description(), description);
-    if (description.isEmpty())
-        QCOMPARE(entry.source().string, text);
-    QVERIFY(entry.coordSystem());
-}
-
-void TestUserCoordSystem::reading()
-{
-    QFile file(m_store.fileInfo().filePath());
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(R"(<any><other><cs type="prj" str="Earth Projection 1, 0"/></other>
-<branch><whatever type="EPSG" str="4326"/><!-- passed over --><cs type="PrJ" str="Earth Projection 1, 104" desc="мой"/></branch>
-<branch name="B"><cs type="sql" str="?" desc=""/></branch></any>)");
-    file.close();
-    m_store.loadFromFile(false);
-
-    QCOMPARE(m_store.data().size(), 2);
-    QCOMPARE(m_store.data().at(0).name, QString::fromUtf8("Каталог"));
-    const QList<UserCoordSystem::CoordSystemParam> entries = m_store.data().at(0).entries;
-    QCOMPARE(entries.size(), 2);
-    QCOMPARE(entries.at(0).description(), QString::fromUtf8("Без имени"));
-    QVERIFY(entries.at(0).storedSystem()->description() != QString::fromUtf8("Без имени"));
-    QCOMPARE(entries.at(0).storedSystem()->epsg(), 4326);
-    QCOMPARE(entries.at(1).storedSystem()->description(), QString::fromUtf8("мой"));
-    QVERIFY(!m_store.data().at(1).entries.at(0).storedSystem());
-    QCOMPARE(m_log->lines(QStringLiteral("info")).last(),
-             QString::fromUtf8("Пользовательские КС: UserCoordSystem.xml (3)"));
-}
 
 NIVORA_TEST(TestUserCoordSystem)
 #include "tst_usercoordsystem.moc"

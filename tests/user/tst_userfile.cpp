@@ -87,18 +87,172 @@ class TestUserFile : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
+    void init()
+    {
+        m_log = std::make_unique<support::LogCapture>();
+        m_dir = std::make_unique<QTemporaryDir>();
+        m_file = QFileInfo(QDir(m_dir->path()), QStringLiteral("UserCoordSystem.xml"));
+    }
+
     void cleanup() { m_log.reset(); }
-    void written();
-    void texts_data();
-    void texts();
-    void unreadable_data();
-    void unreadable();
-    void backup();
-    void refusedSaves();
-    void killedWhileSaving();
-    void twoProcessesSaving();
-    void fullDisk();
+
+    void written()
+    {
+        UserCoordSystem::saveToFile(m_file, {}, false);
+        QVERIFY(content().simplified().endsWith("?> <coordsys/>"));
+        UserCoordSystem::CsDataType branch{QStringLiteral("B"), {}};
+        branch.entries.append(UserCoordSystem::CoordSystemParam({CoordSystemTypes::Wkt, QStringLiteral("W")},
+                                                                QStringLiteral("D"), nullptr));
+        branch.entries.append(UserCoordSystem::CoordSystemParam({}, QString(), nullptr));
+        UserCoordSystem::saveToFile(m_file, {branch}, true);
+        QCOMPARE(content().simplified(),
+                 QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?> <coordsys> <branch name=\"B\"> "
+                            "<cs type=\"wkt\" str=\"W\" desc=\"D\"/> "
+                            "<cs type=\"unknown\" str=\"\" desc=\"\"/> </branch> </coordsys>"));
+        QCOMPARE(m_log->lines(QStringLiteral("info")).last(),
+                 QString::fromUtf8("Пользовательские КС сохранены в файле ") + m_file.absoluteFilePath());
+    }
+
+    void texts_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("readBack");
+        const auto row = [](const char *title, const QString &text, const QString &readBack = QString()) {
+            QTest::newRow(title) << text << (readBack.isEmpty() ? text : readBack);
+        };
+        row("quotes and brackets", QStringLiteral("Earth Projection 8, 104, \"m\" <a> 'b' & &amp; ]]>"));
+        row("line feeds and tabs", QStringLiteral("PROJCS[\n\t\"a\",\r\n  GEOGCS]\r"));
+        row("blanks at the ends", QStringLiteral("  a   b  "));
+        row("percent signs", QStringLiteral("100% %1 %2 %n %%"));
+        row("scripts", QString::fromUtf8("Пулково ÷ Ελλάς 東京 עברית 🌍 é"));
+        row("control characters have no form in XML", QString::fromUtf8("a\u0001b\u000Bc\uFFFEd"),
+            QString::fromUtf8("a\uFFFDb\uFFFDc\uFFFDd"));
+        row("half a surrogate pair", QStringLiteral("a") + QChar(0xD83C) + QStringLiteral("b"),
+            QString::fromUtf8("a\uFFFDb"));
+    }
+    void texts()
+    {
+        QFETCH(QString, text);
+        UserCoordSystem::saveToFile(m_file, branches(2, text), false);
+        QTEST(loaded().chopped(1), "readBack");
+    }
+
+    void unreadable_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("missing") << QByteArray();
+        QTest::newRow("directory") << QByteArray("/");
+        QTest::newRow("empty") << QByteArray("");
+        QTest::newRow("not XML") << QByteArray("+proj=longlat");
+        QTest::newRow("cut off") << QByteArray(
+            "<coordsys><branch name=\"x\"><cs type=\"epsg\" str=\"4326\"/>");
+    }
+    void unreadable()
+    {
+        QFETCH(QByteArray, bytes);
+        UserCoordSystem store{m_file.dir()};
+        UserCoordSystem::saveToFile(m_file, branches(3, QStringLiteral("kept")), true);
+        store.loadFromFile(false);
+        QVERIFY(QFile::remove(m_file.filePath()));
+        if (bytes == "/")
+            QVERIFY(QDir().mkdir(m_file.filePath()));
+        else if (!bytes.isNull())
+            put(bytes);
+
+        VERIFY_THROWS(std::logic_error, store.loadFromFile(false),
+                      QString::fromUtf8("Не могу открыть файл UserCoordSystem.xml"));
+        store.loadFromFile(true);
+        QCOMPARE(summary(store.data()), QStringLiteral("kept3"));
+    }
+
+    void backup()
+    {
+        put("<cut off");
+        UserCoordSystem::saveToFile(m_file, branches(1, QStringLiteral("a")), true);
+        QCOMPARE(content(QStringLiteral(".bak")), QByteArray("<cut off"));
+        QCOMPARE(m_log->lines(QStringLiteral("error")).filter(QStringLiteral(".bak")).size(), 1);
+        QCOMPARE(loaded(), QStringLiteral("a1"));
+
+        put("<cut off again");
+        UserCoordSystem::saveToFile(m_file, branches(2, QStringLiteral("b")), true);
+        QCOMPARE(content(QStringLiteral(".bak")), QByteArray("<cut off"));
+        QCOMPARE(loaded(), QStringLiteral("b2"));
+
+        QVERIFY(QFile::remove(m_file.filePath() + QStringLiteral(".bak")));
+        UserCoordSystem::saveToFile(m_file, branches(3, QStringLiteral("c")),
+                                    true); // a good file needs no copy
+        QVERIFY(!QFile::exists(m_file.filePath() + QStringLiteral(".bak")));
+    }
+
+    void refusedSaves()
+    {
+        const Branches list = branches(1, QStringLiteral("a"));
+        const QFileInfo deep(m_file.dir().filePath(QStringLiteral("x/y/z.xml")));
+        UserCoordSystem::saveToFile(deep, list, false); // makes the directories
+        VERIFY_THROWS(std::logic_error, UserCoordSystem::saveToFile(deep, {}, false),
+                      QString::fromUtf8("Файл z.xml существует"));
+        const QFileInfo directory(m_file.dir().filePath(QStringLiteral("x/y")));
+        VERIFY_THROWS(std::logic_error, UserCoordSystem::saveToFile(directory, list, true),
+                      QString::fromUtf8("Не могу создать файл y"));
+        const QFileInfo underFile(deep.filePath() + QStringLiteral("/w.xml"));
+        VERIFY_THROWS(std::logic_error, UserCoordSystem::saveToFile(underFile, list, true),
+                      QString::fromUtf8("Не могу создать файл w.xml"));
+        QVERIFY(QFileInfo::exists(deep.filePath()));
+    }
+
+    void killedWhileSaving()
+    {
+        const QList<Branches> contents = {branches(1, QStringLiteral("a")),
+                                          branches(400, QStringLiteral("b"))};
+        for (int round = 0; round < 25; ++round) {
+            SavingChild child(m_file, contents, 1000000);
+            for (int i = 0; i <= round % 5; ++i)
+                QVERIFY(child.awaitSave());
+            usleep(static_cast<useconds_t>(round * 40)); // to be killed at different places of the next save
+            child.killNow();
+            QVERIFY(WIFSIGNALED(child.exitStatus()));
+            const QString got = loaded();
+            QVERIFY2(got == QLatin1String("a1") || got == QLatin1String("b400"), qPrintable(got));
+        }
+        QVERIFY(!QFile::exists(m_file.filePath() + QStringLiteral(".bak")));
+    }
+
+    void twoProcessesSaving()
+    {
+        SavingChild small(m_file, {branches(1, QStringLiteral("a"))}, 150);
+        SavingChild large(m_file, {branches(400, QStringLiteral("b"))}, 150);
+        QVERIFY(small.awaitSave() && large.awaitSave());
+        do {
+            const QString got = loaded();
+            QVERIFY2(got == QLatin1String("a1") || got == QLatin1String("b400"), qPrintable(got));
+        } while (large.awaitSave());
+        QCOMPARE(small.exitStatus(), 0);
+        QCOMPARE(large.exitStatus(), 0);
+        QCOMPARE(m_file.dir().entryList(QDir::Files),
+                 QStringList{m_file.fileName()}); // nothing temporary is left
+    }
+
+    void fullDisk()
+    {
+        UserCoordSystem::saveToFile(m_file, branches(1, QStringLiteral("a")), false);
+        const Branches large = branches(2000, QStringLiteral("b"));
+        const pid_t child = fork();
+        if (child == 0) {
+            std::signal(SIGXFSZ, SIG_IGN); // writing past the limit then fails as on a full disk
+            const rlimit limit{4096, 4096};
+            if (setrlimit(RLIMIT_FSIZE, &limit) != 0)
+                _exit(2);
+            const QString instead = support::thrownInstead<std::logic_error>(
+                [&] { UserCoordSystem::saveToFile(m_file, large, true); },
+                QString::fromUtf8("Не могу создать файл UserCoordSystem.xml"));
+            _exit(instead.isEmpty() ? 0 : 1);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        QCOMPARE(status, 0);
+        QCOMPARE(loaded(), QStringLiteral("a1"));
+        QCOMPARE(m_file.dir().entryList(QDir::Files), QStringList{m_file.fileName()});
+    }
 
 private:
     QByteArray content(const QString &suffix = QString()) const
@@ -123,170 +277,6 @@ private:
     QFileInfo m_file;
     std::unique_ptr<support::LogCapture> m_log;
 };
-
-void TestUserFile::init()
-{
-    m_log = std::make_unique<support::LogCapture>();
-    m_dir = std::make_unique<QTemporaryDir>();
-    m_file = QFileInfo(QDir(m_dir->path()), QStringLiteral("UserCoordSystem.xml"));
-}
-
-void TestUserFile::written()
-{
-    UserCoordSystem::saveToFile(m_file, {}, false);
-    QVERIFY(content().simplified().endsWith("?> <coordsys/>"));
-    UserCoordSystem::CsDataType branch{QStringLiteral("B"), {}};
-    branch.entries.append(UserCoordSystem::CoordSystemParam({CoordSystemTypes::Wkt, QStringLiteral("W")},
-                                                            QStringLiteral("D"), nullptr));
-    branch.entries.append(UserCoordSystem::CoordSystemParam({}, QString(), nullptr));
-    UserCoordSystem::saveToFile(m_file, {branch}, true);
-    QCOMPARE(content().simplified(),
-             QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?> <coordsys> <branch name=\"B\"> "
-                        "<cs type=\"wkt\" str=\"W\" desc=\"D\"/> "
-                        "<cs type=\"unknown\" str=\"\" desc=\"\"/> </branch> </coordsys>"));
-    QCOMPARE(m_log->lines(QStringLiteral("info")).last(),
-             QString::fromUtf8("Пользовательские КС сохранены в файле ") + m_file.absoluteFilePath());
-}
-
-void TestUserFile::texts_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("readBack");
-    const auto row = [](const char *title, const QString &text, const QString &readBack = QString()) {
-        QTest::newRow(title) << text << (readBack.isEmpty() ? text : readBack);
-    };
-    row("quotes and brackets", QStringLiteral("Earth Projection 8, 104, \"m\" <a> 'b' & &amp; ]]>"));
-    row("line feeds and tabs", QStringLiteral("PROJCS[\n\t\"a\",\r\n  GEOGCS]\r"));
-    row("blanks at the ends", QStringLiteral("  a   b  "));
-    row("percent signs", QStringLiteral("100% %1 %2 %n %%"));
-    row("scripts", QString::fromUtf8("Пулково ÷ Ελλάς 東京 עברית 🌍 é"));
-    row("control characters have no form in XML", QString::fromUtf8("a\u0001b\u000Bc\uFFFEd"),
-        QString::fromUtf8("a\uFFFDb\uFFFDc\uFFFDd"));
-    row("half a surrogate pair", QStringLiteral("a") + QChar(0xD83C) + QStringLiteral("b"),
-        QString::fromUtf8("a\uFFFDb"));
-}
-
-void TestUserFile::texts()
-{
-    QFETCH(QString, text);
-    UserCoordSystem::saveToFile(m_file, branches(2, text), false);
-    QTEST(loaded().chopped(1), "readBack");
-}
-
-void TestUserFile::unreadable_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("missing") << QByteArray();
-    QTest::newRow("directory") << QByteArray("/");
-    QTest::newRow("empty") << QByteArray("");
-    QTest::newRow("not XML") << QByteArray("+proj=longlat");
-    QTest::newRow("cut off") << QByteArray("<coordsys><branch name=\"x\"><cs type=\"epsg\" str=\"4326\"/>");
-}
-
-void TestUserFile::unreadable()
-{
-    QFETCH(QByteArray, bytes);
-    UserCoordSystem store{m_file.dir()};
-    UserCoordSystem::saveToFile(m_file, branches(3, QStringLiteral("kept")), true);
-    store.loadFromFile(false);
-    QVERIFY(QFile::remove(m_file.filePath()));
-    if (bytes == "/")
-        QVERIFY(QDir().mkdir(m_file.filePath()));
-    else if (!bytes.isNull())
-        put(bytes);
-
-    VERIFY_THROWS(std::logic_error, store.loadFromFile(false),
-                  QString::fromUtf8("Не могу открыть файл UserCoordSystem.xml"));
-    store.loadFromFile(true);
-    QCOMPARE(summary(store.data()), QStringLiteral("kept3"));
-}
-
-void TestUserFile::backup()
-{
-    put("<cut off");
-    UserCoordSystem::saveToFile(m_file, branches(1, QStringLiteral("a")), true);
-    QCOMPARE(content(QStringLiteral(".bak")), QByteArray("<cut off"));
-    QCOMPARE(m_log->lines(QStringLiteral("error")).filter(QStringLiteral(".bak")).size(), 1);
-    QCOMPARE(loaded(), QStringLiteral("a1"));
-
-    put("<cut off again");
-    UserCoordSystem::saveToFile(m_file, branches(2, QStringLiteral("b")), true);
-    QCOMPARE(content(QStringLiteral(".bak")), QByteArray("<cut off"));
-    QCOMPARE(loaded(), QStringLiteral("b2"));
-
-    QVERIFY(QFile::remove(m_file.filePath() + QStringLiteral(".bak")));
-    UserCoordSystem::saveToFile(m_file, branches(3, QStringLiteral("c")), true); // a good file needs no copy
-    QVERIFY(!QFile::exists(m_file.filePath() + QStringLiteral(".bak")));
-}
-
-void TestUserFile::refusedSaves()
-{
-    const Branches list = branches(1, QStringLiteral("a"));
-    const QFileInfo deep(m_file.dir().filePath(QStringLiteral("x/y/z.xml")));
-    UserCoordSystem::saveToFile(deep, list, false); // makes the directories
-    VERIFY_THROWS(std::logic_error, UserCoordSystem::saveToFile(deep, {}, false),
-                  QString::fromUtf8("Файл z.xml существует"));
-    const QFileInfo directory(m_file.dir().filePath(QStringLiteral("x/y")));
-    VERIFY_THROWS(std::logic_error, UserCoordSystem::saveToFile(directory, list, true),
-                  QString::fromUtf8("Не могу создать файл y"));
-    const QFileInfo underFile(deep.filePath() + QStringLiteral("/w.xml"));
-    VERIFY_THROWS(std::logic_error, UserCoordSystem::saveToFile(underFile, list, true),
-                  QString::fromUtf8("Не могу создать файл w.xml"));
-    QVERIFY(QFileInfo::exists(deep.filePath()));
-}
-
-void TestUserFile::killedWhileSaving()
-{
-    const QList<Branches> contents = {branches(1, QStringLiteral("a")), branches(400, QStringLiteral("b"))};
-    for (int round = 0; round < 25; ++round) {
-        SavingChild child(m_file, contents, 1000000);
-        for (int i = 0; i <= round % 5; ++i)
-            QVERIFY(child.awaitSave());
-        usleep(static_cast<useconds_t>(round * 40)); // to be killed at different places of the next save
-        child.killNow();
-        QVERIFY(WIFSIGNALED(child.exitStatus()));
-        const QString got = loaded();
-        QVERIFY2(got == QLatin1String("a1") || got == QLatin1String("b400"), qPrintable(got));
-    }
-    QVERIFY(!QFile::exists(m_file.filePath() + QStringLiteral(".bak")));
-}
-
-void TestUserFile::twoProcessesSaving()
-{
-    SavingChild small(m_file, {branches(1, QStringLiteral("a"))}, 150);
-    SavingChild large(m_file, {branches(400, QStringLiteral("b"))}, 150);
-    QVERIFY(small.awaitSave() && large.awaitSave());
-    do {
-        const QString got = loaded();
-        QVERIFY2(got == QLatin1String("a1") || got == QLatin1String("b400"), qPrintable(got));
-    } while (large.awaitSave());
-    QCOMPARE(small.exitStatus(), 0);
-    QCOMPARE(large.exitStatus(), 0);
-    QCOMPARE(m_file.dir().entryList(QDir::Files),
-             QStringList{m_file.fileName()}); // nothing temporary is left
-}
-
-void TestUserFile::fullDisk()
-{
-    UserCoordSystem::saveToFile(m_file, branches(1, QStringLiteral("a")), false);
-    const Branches large = branches(2000, QStringLiteral("b"));
-    const pid_t child = fork();
-    if (child == 0) {
-        std::signal(SIGXFSZ, SIG_IGN); // writing past the limit then fails as on a full disk
-        const rlimit limit{4096, 4096};
-        if (setrlimit(RLIMIT_FSIZE, &limit) != 0)
-            _exit(2);
-        const QString instead = support::thrownInstead<std::logic_error>(
-            [&] { UserCoordSystem::saveToFile(m_file, large, true); },
-            QString::fromUtf8("Не могу создать файл UserCoordSystem.xml"));
-        _exit(instead.isEmpty() ? 0 : 1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    QCOMPARE(status, 0);
-    QCOMPARE(loaded(), QStringLiteral("a1"));
-    QCOMPARE(m_file.dir().entryList(QDir::Files), QStringList{m_file.fileName()});
-}
 
 NIVORA_TEST(TestUserFile)
 #include "tst_userfile.moc"
