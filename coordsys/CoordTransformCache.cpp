@@ -87,11 +87,6 @@ PjHandle createCrsToCrs(const std::pair<QString, QString> &texts)
                                         texts.second.toUtf8().constData(), nullptr));
 }
 
-std::shared_ptr<PJ> shared(PjHandle pj)
-{
-    return std::shared_ptr<PJ>(pj.release(), std::function<PJ *(PJ *)>(proj_destroy));
-}
-
 } // namespace
 
 TransformStep::TransformStep(std::shared_ptr<PJ> object)
@@ -122,7 +117,7 @@ void CoordTransformCache::insert(const CoordSystemPtr &from, const CoordSystemPt
                                  TransformQueuePtr queue)
 {
     const QMutexLocker lock(&m_mutex);
-    m_queues[{from, to}] = std::move(queue);
+    m_queues[{from, to}].swap(queue); // another thread's queue goes after the lock: it takes the PROJ lock
 }
 
 std::size_t CoordTransformCache::size() const
@@ -180,7 +175,7 @@ std::shared_ptr<PJ> CoordTransformCache::createNormalizedTransformation(const Co
                 QObject::tr("Не могу создать объект трансформации. %1").arg(projLastError()).toStdString());
         if (PJ *normalized = proj_normalize_for_visualization(globalProjContext(), pj.get()))
             pj = ownPj(normalized);
-        result = shared(std::move(pj));
+        result = std::move(pj);
     }
     const QMutexLocker lock(&m_mutex);
     m_byTexts[texts] = result;

@@ -42,11 +42,17 @@ struct ContextDestroy
     void operator()(PJ_CONTEXT *context) const { proj_context_destroy(context); }
 };
 
+PJ *destroyUnderLock(PJ *pj)
+{
+    const QMutexLocker lock(globalProj4Mutex()); // the object works on its context as it goes
+    return proj_destroy(pj);
+}
+
 } // namespace
 
 PjHandle ownPj(PJ *pj)
 {
-    return PjHandle(pj, proj_destroy); // an empty deleter would terminate
+    return PjHandle(pj, destroyUnderLock); // an empty deleter would terminate
 }
 
 PJ_CONTEXT *globalProjContext()

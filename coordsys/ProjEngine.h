@@ -24,7 +24,7 @@ namespace nivora::cs {
 /// Owns one PROJ object. The deleter is a function object, so an owner can hold objects that die another way.
 using PjHandle = std::unique_ptr<PJ, std::function<PJ *(PJ *)>>;
 
-/// Adopts a PROJ object; null is allowed.
+/// Adopts a PROJ object, which dies under globalProj4Mutex(); null is allowed.
 NIVORA_CS_EXPORT PjHandle ownPj(PJ *pj);
 
 /// The one PROJ context of the process, made on first use with its messages routed to the log at trace level

@@ -167,6 +167,26 @@ private Q_SLOTS:
         VERIFY_THROWS(std::runtime_error, catalogue.getProj(0, 0), QStringLiteral("no % system %1"));
     }
 
+    /// Bytes of another encoding, a line that is no entry, an entry twice, an end that is cut off: what can
+    /// be read is read, and nothing is said.
+    void brokenFile()
+    {
+        write("\"---A---\"\n\"\xCF\xF1\xEA\", 1, 104\n\"no values\",\nnone\n\"B\\p4326\", 1, 104\n"
+              "\"B\\p4326\", 1, 104\n\"zero\", 1, 0\n\"cut\", 8, 104, 7, 3");
+        QVERIFY(support::shippedFactory());
+        MapinfoCoordSystem catalogue(shipped);
+        const support::LogCapture log;
+        QVERIFY(catalogue.loadFromPRJ(m_file));
+        QVERIFY(log.lines(QStringLiteral("error")).isEmpty());
+        QStringList texts;
+        for (const CoordSystemParams &entry : catalogue.projectionList().at(0).entries)
+            texts << entry.asPrjString();
+        const QString wgs = QStringLiteral("Earth Projection 1,104");
+        QCOMPARE(texts, QStringList({wgs, wgs, wgs, QStringLiteral("Earth Projection 1,0"),
+                                     QStringLiteral("Earth Projection 8,104,7,3")}));
+        QCOMPARE(catalogue.seekByEPSG(4326), QStringLiteral("Earth Projection 1, 104"));
+    }
+
     void clearDuringFill()
     {
         write("\"A\", 1, 104\n\"B\", 1, 0\n\"C\", 1, 0\n");
