@@ -147,7 +147,8 @@ void addCatalogue(const std::shared_ptr<CoordSysFactory> &factory, const QString
     addCreation("createFromPrj of a catalogued string", 0.0, factory, known);
     addCreation("createFromPrj of an uncatalogued string", 2.0, factory, unknown);
 
-    const auto search = std::make_shared<const MapinfoSearch>(*catalogue);
+    const auto search = std::make_shared<MapinfoSearch>(*catalogue);
+    search->loadPlaces(QFileInfo(QStringLiteral(NIVORA_RESOURCES), QStringLiteral("places.tsv")));
     for (const char *text : {"utm 37", "state plane california", "псков"}) {
         const QString query = QString::fromUtf8(text);
         const auto find = [search, query](State &state) {

@@ -44,13 +44,12 @@ public:
     /// letter case and accents do not count, and letters and digits are words apart ("wgs84" is "wgs 84"). An
     /// entry whose code is a word of the text comes first, then those whose name begins each word so, then
     /// the rest, each group in file order. When some of the words name a town, the entries in use there that
-    /// hold the other words follow, in the order of at(). Nothing for a text without words or a limit below
-    /// 1.
+    /// hold the other words follow, as at() has them. Nothing for a text without words or a limit below 1.
     QVector<Hit> find(const QString &text, int limit) const;
 
     /// Entries with an EPSG code whose area of use holds a point (longitude and latitude in degrees), the
     /// smallest area first, in file order within one size. The areas come from the PROJ database on first
-    /// call.
+    /// call, which takes some 40 ms.
     QVector<Hit> at(const QPointF &lonLat, int limit) const;
 
 private:
