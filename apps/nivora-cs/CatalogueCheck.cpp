@@ -44,6 +44,16 @@ int valuesNeeded(const QStringList &values)
     return 2 + figures + (projection == longitudeLatitude ? 0 : 1 + parameters);
 }
 
+/// On one line, and nothing in it that a terminal would obey.
+QString shown(const QString &text)
+{
+    QString result = oneLine(text);
+    for (QChar &c : result)
+        if (!c.isPrint())
+            c = QLatin1Char('?');
+    return result;
+}
+
 class Check
 {
 public:
@@ -70,7 +80,7 @@ public:
         });
         QObject::connect(&reader, &MapinfoPrjReader::rejected, &reader, [&] {
             m_line = reader.currentLineNumber();
-            found(QStringLiteral("not an entry: %1").arg(oneLine(reader.currentLineTextRef().toString())));
+            found(QStringLiteral("not an entry: %1").arg(reader.currentLineTextRef().toString()));
         });
         while (reader.readNext())
             if (reader.capturedCategoryName().isNull())
@@ -84,7 +94,7 @@ private:
     void found(const QString &what)
     {
         ++m_findings;
-        print(QStringLiteral("line %1: %2\n").arg(QString::number(m_line), what));
+        print(QStringLiteral("line %1: %2\n").arg(QString::number(m_line), shown(what)));
     }
 
     void encoding(const QByteArray &bytes)
@@ -128,7 +138,7 @@ private:
         try {
             m_factory.createWithoutDescription(prj);
         } catch (const std::exception &e) {
-            found(QStringLiteral("cannot be built: %1: %2").arg(name, oneLine(QString::fromUtf8(e.what()))));
+            found(QStringLiteral("cannot be built: %1: %2").arg(name, QString::fromUtf8(e.what())));
         }
     }
 

@@ -16,6 +16,8 @@
 #include <QJsonObject>
 #include <QSet>
 
+#include <cmath>
+
 using nivora::cs::CoordSysFactory;
 using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemParamsList;
@@ -76,6 +78,9 @@ QPointF placeOf(const QString &text)
     }
     if (!ok)
         throw Failure(QStringLiteral("\"%1\" is no LON,LAT").arg(text));
+    if (std::fabs(numbers[0]) > 360.0 || std::fabs(numbers[1]) > 90.0)
+        throw Failure(
+            QStringLiteral("%1 is no place on the earth: longitude and latitude in degrees").arg(text));
     return {numbers[0], numbers[1]};
 }
 
@@ -119,7 +124,7 @@ void addWhatUsersType(MapinfoSearch &search, const CoordSysFactory &factory)
 
 int runFind(const CommandLine &line)
 {
-    if (line.arguments().isEmpty() && !line.isSet("at"))
+    if (line.arguments().join(QString()).trimmed().isEmpty() && !line.isSet("at"))
         throw Failure(QStringLiteral("find needs words or --at LON,LAT"));
     constexpr int fewEnoughToRead = 50;
     const int limit = line.number("limit", 1, 1 << 20, fewEnoughToRead);
@@ -141,6 +146,8 @@ int runFind(const CommandLine &line)
         list.append(object);
     }
     print(line.isSet("json") ? QString::fromUtf8(QJsonDocument(list).toJson()) : text);
+    if (hits.isEmpty())
+        complain(QStringLiteral("nothing found"));
     return hits.isEmpty() ? SomeFailed : Success;
 }
 

@@ -25,10 +25,16 @@ private Q_SLOTS:
         QCOMPARE(list.size(), 1);
         QCOMPARE(list.first().toObject().value(QStringLiteral("epsg")).toInt(), 27700);
 
-        QCOMPARE(run({QStringLiteral("find"), QStringLiteral("qqqq")}).status, 1);
+        const CliRun nothing = run({QStringLiteral("find"), QStringLiteral("qqqq")});
+        QCOMPARE(nothing.status, 1);
+        QCOMPARE(nothing.err, QByteArray("nivora-cs: nothing found\n"));
+        const CliRun town = run({QStringLiteral("find"), QStringLiteral("utm"), QStringLiteral("Псков")});
+        QVERIFY2(town.out.contains("\n32635\t"), town.out); // zone 35 from 24 to 30 degrees
         QVERIFY(run({QStringLiteral("find")}).isRefusal(QStringLiteral("words")));
         QVERIFY(run({QStringLiteral("find"), QStringLiteral("--at"), QStringLiteral("37.6")})
                     .isRefusal(QStringLiteral("LON,LAT")));
+        QVERIFY(run({QStringLiteral("find"), QStringLiteral("--at"), QStringLiteral("55.75,97.6")})
+                    .isRefusal(QStringLiteral("no place on the earth")));
     }
 
     void list()
