@@ -118,6 +118,8 @@ private Q_SLOTS:
         row("across notations", "prj:Earth Projection 1, 104", "proj:+proj=longlat +datum=WGS84 +no_defs",
             true, true);
         row("plans", "prj:NonEarth Units \"m\"", "prj:NonEarth Units \"ft\"", false, false);
+        row("units that the PROJ object does not tell", "prj:Earth Projection 10, 157, \"m\", 0",
+            "prj:Earth Projection 10, 157, \"ft\", 0", false, false);
         row("bounds of plans", "prj:NonEarth Units \"m\"", "prj:NonEarth Units \"m\" Bounds (0, 0) (1, 1)",
             false, true);
         row("text order, as PROJ sees it", "proj:+proj=utm +zone=37 +datum=WGS84 +no_defs",
