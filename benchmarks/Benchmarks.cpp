@@ -80,7 +80,7 @@ struct Pair
         , pj(engineTransform(from, to))
     {
         QPointF ours;
-        const PJ_COORD theirs = proj_trans(pj.get(), PJ_FWD, proj_coord(38.0, 55.0, 0.0, 0.0));
+        const PJ_COORD theirs = proj_trans(pj.get(), PJ_FWD, proj_coord(38.0, 55.0, 0.0, HUGE_VAL));
         if (!transform.forward(QPointF(38.0, 55.0), ours) || ours != QPointF(theirs.xy.x, theirs.xy.y))
             giveUp(QStringLiteral("library and engine disagree; the comparison would mean nothing"));
     }
@@ -109,7 +109,7 @@ void addVector(const char *name, const std::shared_ptr<const Pair> &pair, const 
         for (auto _ : state) {
             auto slot = buffer.begin();
             for (const QPointF &p : points)
-                *slot++ = proj_coord(p.x(), p.y(), 0.0, 0.0);
+                *slot++ = proj_coord(p.x(), p.y(), 0.0, HUGE_VAL);
             if (proj_trans_array(pair->pj.get(), PJ_FWD, buffer.size(), buffer.data()) != 0)
                 state.SkipWithError("failed");
             QPointF *to = out.data();
@@ -137,7 +137,7 @@ void addSinglePoint(const std::shared_ptr<const Pair> &pair, const QVector<QPoin
         int i = 0;
         for (auto _ : state) {
             const QPointF &p = points.at(i);
-            const PJ_COORD out = proj_trans(pair->pj.get(), PJ_FWD, proj_coord(p.x(), p.y(), 0.0, 0.0));
+            const PJ_COORD out = proj_trans(pair->pj.get(), PJ_FWD, proj_coord(p.x(), p.y(), 0.0, HUGE_VAL));
             benchmark::DoNotOptimize(out);
             i = i + 1 < points.size() ? i + 1 : 0;
         }
@@ -162,7 +162,7 @@ void addSinglePointOfSystem(const CoordSystemPtr &cs, const QVector<QPointF> &po
         int i = 0;
         for (auto _ : state) {
             const QPointF &p = points.at(i);
-            const PJ_COORD in = proj_coord(proj_torad(p.x()), proj_torad(p.y()), 0.0, 0.0);
+            const PJ_COORD in = proj_coord(proj_torad(p.x()), proj_torad(p.y()), 0.0, HUGE_VAL);
             const PJ_COORD out = proj_trans(pj, PJ_FWD, in);
             benchmark::DoNotOptimize(out);
             i = i + 1 < points.size() ? i + 1 : 0;
@@ -189,7 +189,7 @@ void addMesh(const std::shared_ptr<const Pair> &pair)
         for (auto _ : state) {
             for (int i = 0; i <= intervals; ++i)
                 for (int j = 0; j <= intervals; ++j) {
-                    const PJ_COORD in = proj_coord(square.x() + i * step, square.y() + j * step, 0.0, 0.0);
+                    const PJ_COORD in = proj_coord(square.x() + i * step, square.y() + j * step, 0.0, HUGE_VAL);
                     const PJ_COORD out = proj_trans(pair->pj.get(), PJ_FWD, in);
                     benchmark::DoNotOptimize(out);
                 }

@@ -2,6 +2,7 @@
 
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
+#include <coordsys/ProjPoint_p.h>
 #include <coordsys/ProjectionParamsManager.h>
 
 #include <proj.h>
@@ -120,9 +121,8 @@ std::array<PJ_COORD, 8> rectPjCoord(const QRectF &rect, const std::function<doub
     const double bottom = mapped(rect.y() + rect.height());
     const double midX = 0.5 * (left + right);
     const double midY = 0.5 * (top + bottom);
-    return {proj_coord(left, top, 0, 0),    proj_coord(right, top, 0, 0), proj_coord(right, bottom, 0, 0),
-            proj_coord(left, bottom, 0, 0), proj_coord(midX, top, 0, 0),  proj_coord(right, midY, 0, 0),
-            proj_coord(midX, bottom, 0, 0), proj_coord(left, midY, 0, 0)};
+    return {projPoint(left, top), projPoint(right, top),  projPoint(right, bottom), projPoint(left, bottom),
+            projPoint(midX, top), projPoint(right, midY), projPoint(midX, bottom),  projPoint(left, midY)};
 }
 
 QRectF boundsOf(const std::array<PJ_COORD, 8> &points, const std::function<double(double)> &mapped)
@@ -195,7 +195,7 @@ bool CoordSystem::forward(const QPointF &lonLat, QPointF &out) const
         out = tryConvertForward(this, lonLat * DEGREES_TO_METERS);
         return true;
     }
-    PJ_COORD point = proj_coord(proj_torad(lonLat.x()), proj_torad(lonLat.y()), 0, 0);
+    PJ_COORD point = projPoint(proj_torad(lonLat.x()), proj_torad(lonLat.y()));
     if (!transPoint(PJ_Proj4_Internal(), PJ_FWD, point,
                     QT_TRANSLATE_NOOP("QObject", "Ошибка прямого преобразования (%1, %2): %3"), lonLat))
         return false;
@@ -210,7 +210,7 @@ bool CoordSystem::inverse(const QPointF &planar, QPointF &out) const
         out = p * METERS_TO_DEGREES;
         return true;
     }
-    PJ_COORD point = proj_coord(p.x(), p.y(), 0, 0);
+    PJ_COORD point = projPoint(p.x(), p.y());
     if (!transPoint(PJ_Proj4_Internal(), PJ_INV, point,
                     QT_TRANSLATE_NOOP("QObject", "Ошибка обратного преобразования (%1, %2): %3"), planar))
         return false;
@@ -250,9 +250,8 @@ bool CoordSystem::forward(const QVector<QPointF> &lonLat, QVector<QPointF> &out)
                        [](const QPointF &p) { return p * DEGREES_TO_METERS; });
     } else {
         PointBuffer points(lonLat.size());
-        std::transform(lonLat.begin(), lonLat.end(), points.begin(), [](const QPointF &p) {
-            return proj_coord(proj_torad(p.x()), proj_torad(p.y()), 0, 0);
-        });
+        std::transform(lonLat.begin(), lonLat.end(), points.begin(),
+                       [](const QPointF &p) { return projPoint(proj_torad(p.x()), proj_torad(p.y())); });
         if (!transArray(PJ_Proj4_Internal(), PJ_FWD, points,
                         QObject::tr("Ошибка прямого преобразования: %1")))
             return false;
@@ -273,7 +272,7 @@ bool CoordSystem::inverse(const QVector<QPointF> &planar, QVector<QPointF> &out)
     } else {
         PointBuffer points(in.size());
         std::transform(in.begin(), in.end(), points.begin(),
-                       [](const QPointF &p) { return proj_coord(p.x(), p.y(), 0, 0); });
+                       [](const QPointF &p) { return projPoint(p.x(), p.y()); });
         if (!transArray(PJ_Proj4_Internal(), PJ_INV, points,
                         QObject::tr("Ошибка обратного преобразования: %3")))
             return false;

@@ -1,6 +1,7 @@
 #include <coordsys/TransformMesh_p.h>
 
 #include <coordsys/CoordSystem.h>
+#include <coordsys/ProjPoint_p.h>
 #include <platform/Logger.h>
 #include <platform/Utils.h>
 
@@ -28,7 +29,10 @@ std::unique_ptr<PJ_COORD[]> zeroedPoints(double count)
 {
     if (!(count <= mostPoints))
         throw std::bad_array_new_length();
-    return std::make_unique<PJ_COORD[]>(static_cast<std::size_t>(count));
+    const auto size = static_cast<std::size_t>(count);
+    auto points = std::make_unique<PJ_COORD[]>(size);
+    std::fill_n(points.get(), size, projPoint(0.0, 0.0));
+    return points;
 }
 
 /// Bounding box of what could be transformed; x and y are judged separately.
@@ -99,11 +103,10 @@ std::unique_ptr<PJ_COORD[]> fillPointsMesh(int addPoints, int &count, const QRec
                                            const QRectF &csRect)
 {
     const int intervals = std::max(addPoints, 1);
-    const auto point = [](double x, double y) { return proj_coord(x, y, 0, 0); };
 
     if (!(rect.width() > 0.0 && rect.height() > 0.0)) {
         auto single = zeroedPoints(1);
-        single[0] = point(rect.x(), rect.y());
+        single[0] = projPoint(rect.x(), rect.y());
         count = 1;
         return single;
     }
@@ -112,8 +115,8 @@ std::unique_ptr<PJ_COORD[]> fillPointsMesh(int addPoints, int &count, const QRec
         auto line = zeroedPoints(intervals + 1.0);
         for (int i = 0; i <= intervals; ++i)
             line[static_cast<std::size_t>(i)] =
-                column ? point(rect.x(), rect.y() + i * rect.height() / intervals)
-                       : point(rect.x() + i * rect.width() / intervals, rect.y());
+                column ? projPoint(rect.x(), rect.y() + i * rect.height() / intervals)
+                       : projPoint(rect.x() + i * rect.width() / intervals, rect.y());
         count = intervals + 1;
         return line;
     }
@@ -138,13 +141,13 @@ std::unique_ptr<PJ_COORD[]> fillPointsMesh(int addPoints, int &count, const QRec
         const double x = rect.x() + i * stepX;
         for (int j = 0; j <= rows; ++j) {
             const double y = rect.y() + j * stepY;
-            *next++ = point(x, y);
+            *next++ = projPoint(x, y);
             if (i == 0)
                 for (const double extra : extraX)
-                    *next++ = point(extra, y);
+                    *next++ = projPoint(extra, y);
         }
         for (const double extra : extraY)
-            *next++ = point(x, extra);
+            *next++ = projPoint(x, extra);
     }
     count = (rows + 1 + extraY.size()) * (intervals + 1 + extraX.size());
     return points;
@@ -159,7 +162,7 @@ bool TransformInternalMesh::transform(const QVector<QPointF> &in, QVector<QPoint
     const QRectF rect = coordsArrayToRect({in[0].x(), in[1].x(), in[2].x(), in[3].x()},
                                           {in[0].y(), in[1].y(), in[2].y(), in[3].y()});
     if (queue && rect.width() == 0.0 && rect.height() == 0.0) {
-        PJ_COORD single = proj_coord(rect.x(), rect.y(), 0, 0);
+        PJ_COORD single = projPoint(rect.x(), rect.y());
         transformAll(*queue, direction, &single, 1);
         return !isIncorrect(single);
     }

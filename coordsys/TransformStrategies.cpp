@@ -1,6 +1,7 @@
 #include <coordsys/TransformStrategies_p.h>
 
 #include <coordsys/ProjEngine.h>
+#include <coordsys/ProjPoint_p.h>
 
 #include <proj.h>
 
@@ -107,7 +108,7 @@ bool TransformInternalCommon::transform(const QVector<QPointF> &in, QVector<QPoi
     }
     PointBuffer points(in.size());
     std::transform(in.begin(), in.end(), points.begin(),
-                   [](const QPointF &p) { return proj_coord(p.x(), p.y(), 0, 0); });
+                   [](const QPointF &p) { return projPoint(p.x(), p.y()); });
     const int error = transAll(OrderedSteps(*queue, direction), direction, points);
     if (error != 0) {
         reportFailure(direction, error);
@@ -129,7 +130,7 @@ bool transformSinglePoint(const TransformQueue *queue, int direction, QPointF &p
 {
     if (!queue)
         return true;
-    PJ_COORD c = proj_coord(point.x(), point.y(), 0, 0);
+    PJ_COORD c = projPoint(point.x(), point.y());
     {
         const QMutexLocker lock(globalProj4Mutex());
         c = transformed(OrderedSteps(*queue, direction), direction, c);

@@ -163,6 +163,11 @@ private Q_SLOTS:
         // "No datum" takes the other side's: the place keeps its numbers.
         row("no datum to a datum", "prj:Earth Projection 1, 0", prjShifted, wgs, wgs);
         row("a datum to no datum", prjShifted, "prj:Earth Projection 1, 0", wgs, wgs);
+        // Frames that move: figures of cs2cs without an epoch.
+        row("ETRS89 to ITRF2014", "epsg:4258", "epsg:9000", {10, 50}, {10.0000057064, 50.0000029609});
+        row("ITRF2014 to GDA2020", "epsg:9000", "epsg:7844", {135, -25}, {135, -25});
+        row("ITRF2020 to GDA2020", "epsg:9990", "epsg:7844", {135, -25}, {135.0000000161, -24.9999999873});
+        row("GDA2020 to UTM on ITRF2014", "epsg:7844", "prj:Earth Projection 1, 104", {135, -25}, {135, -25});
     }
     void datumShift()
     {
