@@ -10,6 +10,7 @@
 namespace nivora::cs {
 
 class ProjectionParamsManager;
+struct TABProjInfo_t;
 
 /// What coordinate systems and the text functions ask of whoever owns the catalogues. CoordSysFactory is the
 /// one implementation in the library; hosts need this class only to stand something in for it.
@@ -31,6 +32,12 @@ public:
     virtual CoordSystemPtr latLongWgs84CoordSystem() const = 0;
     /// Longitude and latitude on no particular datum, null before start-up.
     virtual CoordSystemPtr LatLongCoordSystem() const = 0;
+    /// The name that goes with an EPSG code: that of the first entry of the MapInfo catalogue with the code,
+    /// else the database's. Throws ProjException for a code that neither knows.
+    virtual QString nameOfCode(int epsg) const = 0;
+    /// Of some codes the one whose entry in the MapInfo catalogue has this record (clauses left aside), the
+    /// first in the catalogue when several have; else EPSG_UNDEFINDED.
+    virtual int codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const = 0;
     /// The description that the user gave to a system, empty when there is none.
     virtual QString userDescription(const CoordSystem &cs) const = 0;
 

@@ -2,14 +2,17 @@
 
 #include <coordsys/CoordSysRect.h>
 #include <coordsys/CoordSystem.h>
+#include <coordsys/CoordSystemConversions.h>
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/DriverText_p.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/OsrHandle_p.h>
 #include <coordsys/ProjLibMetadata.h>
+#include <coordsys/ProjText_p.h>
 #include <coordsys/ProjectionParamsManager.h>
 #include <coordsys/SpatialReferenceText.h>
+#include <coordsys/SystemIdentity_p.h>
 #include <platform/Logger.h>
 
 #include <QFile>
@@ -19,18 +22,25 @@
 #include <QRegularExpression>
 #include <QXmlStreamReader>
 
+#include <cmath>
+
 namespace nivora::cs {
 namespace {
 
 /// MapInfo's number for the datum of web Mercator.
 constexpr int webMercatorDatum = 157;
-constexpr int webMercatorEpsg = 3857;
+constexpr double ellipsoidToleranceM = 1e-3;
 
 [[noreturn]] void throwEmpty() { throw std::invalid_argument(QObject::tr("Строка КС пустая").toStdString()); }
 
 [[noreturn]] void throwInvalid(const QString &text)
 {
     throw std::runtime_error(QObject::tr("Неверная строка КС\n%1").arg(text).toStdString());
+}
+
+[[noreturn]] void throwWithoutPlane(const QString &text)
+{
+    throw std::runtime_error(QObject::tr("КС не имеет плановой части: %1").arg(text).toStdString());
 }
 
 /// PROJ text of web Mercator as GDAL writes it, a Mercator on a sphere with grid tricks, turned into PROJ's
@@ -85,6 +95,48 @@ std::shared_ptr<void> importRecord(const TABProjInfo_t &record, const QString &t
     return srs;
 }
 
+/// Throws std::runtime_error when GDAL refuses the text, or x and y alone are no coordinates of it.
+std::shared_ptr<void> importProj(const QString &text)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope errors;
+    const std::shared_ptr<void> srs = srsFromProj(text);
+    if (!srs)
+        throwInvalid(text);
+    if (OSRIsGeocentric(srs.get()))
+        throwWithoutPlane(text);
+    return srs;
+}
+
+std::shared_ptr<void> importWkt(const QString &wkt)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope errors;
+    std::shared_ptr<void> srs = srsFromWkt(wkt);
+    if (!srs)
+        throw std::runtime_error(
+            QObject::tr("Ошибка импорта из строки WKT:\n%1\n(%2)").arg(wkt, errors.message()).toStdString());
+    return srs;
+}
+
+bool isLocal(void *srs)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    return OSRIsLocal(srs) != 0;
+}
+
+/// GDAL's PROJ text; empty when it has none.
+QString exportedProj(void *srs)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope quiet;
+    const QString proj = osrToProj4(srs);
+    const bool webMercator = proj.contains(QLatin1String("+proj=merc ")) &&
+                             proj.contains(QLatin1String("+nadgrids=@null")) &&
+                             OSRGetLinearUnits(srs, nullptr) == 1.0;
+    return webMercator ? webMercatorText(proj) : proj;
+}
+
 PjHandle projObjectFor(const CoordSystem &cs, const TABProjInfo_t &record)
 {
     const QMutexLocker lock(globalProj4Mutex());
@@ -106,14 +158,12 @@ CoordSystemPtr CoordSysFactory::createFromProj(const QString &proj) const
 {
     const CatalogueScope scope(*this);
     const CoordSystemPtr cs = unnamedFromProj(proj);
-    cs->setDescription(m_mapinfo->getHumanReadableTextWithEpsg(*cs, true).first);
-    if (cs->description().isEmpty()) {
-        const int epsg = cs->epsg();
-        cs->setDescription(epsg == CoordSystem::EPSG_UNDEFINDED
-                               ? proj
-                               : ProjLibMetadata().nameCrs(epsg, ProjLibMetadata::EPSG));
-    }
+    const QString name = m_mapinfo->getHumanReadableTextWithEpsg(*cs, true).first;
     cs->setSourceParameters({CoordSystem::Proj4, proj});
+    if (name.isEmpty())
+        cs->setNameless();
+    else
+        cs->setDescription(name);
     return cs;
 }
 
@@ -128,18 +178,14 @@ CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj) const
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromProj=%1").arg(proj));
 
     auto cs = std::make_shared<CoordSystem>();
-    bool local = false;
-    {
-        const QMutexLocker lock(globalProj4Mutex());
-        const CplErrorScope errors;
-        std::shared_ptr<void> srs = newSrs();
-        if (OSRImportFromProj4(srs.get(), proj.toLocal8Bit().constData()) != OGRERR_NONE)
-            throwInvalid(proj);
-        local = OSRIsLocal(srs.get()) != 0;
-        cs->setOGRSpatialReference(srs);
-    }
-    if (!local)
-        cs->setProj4(proj4FromString(proj));
+    const QString text = withoutVerticalTerms(proj);
+    const std::shared_ptr<void> srs = importProj(text);
+    cs->setOGRSpatialReference(srs);
+    if (!cs->isNonEarth())
+        cs->setProj4(proj4FromString(text));
+    if (cs->isRotated()) // the object of the text alone would give radians
+        if (const SystemIdentityPtr identity = SystemIdentity::from(osrToWkt2(srs.get())))
+            cs->setPlane(identity->plane());
     return cs;
 }
 
@@ -197,18 +243,62 @@ CoordSystemPtr CoordSysFactory::createFromEpsg(int epsg) const
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromEpsg=%1").arg(epsg));
     // Entries without a code carry a negative one, which no caller may find them by.
     const QString prj = epsg > 0 ? m_mapinfo->seekByEPSG(epsg) : QString();
-    CoordSystemPtr cs;
-    if (!prj.isEmpty()) {
-        cs = createFromPrj(prj);
-    } else {
-        const ProjLibMetadata database;
-        const QString proj = database.projStringForCrs(epsg, ProjLibMetadata::EPSG);
-        LOG_DEBUG(proj);
-        cs = unnamedFromProj(proj); // searching the database for the code may take a tenth of a second
-        cs->setDescription(database.nameCrs(epsg, ProjLibMetadata::EPSG));
-    }
+    const CoordSystemPtr cs = prj.isEmpty() ? unnamedFromEpsg(epsg) : cataloguedEpsg(prj, epsg);
+    cs->setDescription(nameOfCode(epsg));
     cs->setEpsg(epsg);
+    return cs;
+}
+
+/// From the catalogue's entry. Where MapInfo's ellipsoid is not quite the code's (Xian 1980: 19 mm), the
+/// code's own plane counts, as it does in transformations.
+CoordSystemPtr CoordSysFactory::cataloguedEpsg(const QString &prj, int epsg) const
+{
+    const CoordSystemPtr cs = createWithoutDescription(prj);
     cs->setSourceParameters({CoordSystem::Epsg, QString::number(epsg)});
+    const SystemIdentityPtr identity = cs->identity();
+    if (identity && identity->kind() == CrsKind::Projected &&
+        std::fabs(identity->semiMinorM() - cs->getSemiMinor()) > ellipsoidToleranceM)
+        if (const std::shared_ptr<const EngineStep> plane = identity->plane())
+            cs->setPlane(plane);
+    return cs;
+}
+
+/// From the database. PROJ text does not carry every method and every direction of axes; where it fails, the
+/// system converts by itself.
+CoordSystemPtr CoordSysFactory::unnamedFromEpsg(int epsg) const
+{
+    const QString code = QStringLiteral("EPSG:%1").arg(epsg);
+    QString proj = ProjLibMetadata().projStringForCrs(epsg, ProjLibMetadata::EPSG);
+    LOG_DEBUG(proj);
+    const SystemIdentityPtr identity = SystemIdentity::from(code);
+    if (!identity || !identity->hasPlane())
+        throwWithoutPlane(code);
+    if (identity->isFlattened())
+        proj = identity->projText();
+    const bool sameAxes = identity->runsEastAndNorth() || proj.contains(QLatin1String("+axis="));
+    try {
+        const CoordSystemPtr cs = proj.isEmpty() ? fromIdentity(identity) : unnamedFromProj(proj);
+        if (!sameAxes && !cs->isLatLong())
+            cs->setPlane(identity->plane());
+        cs->setSourceParameters({CoordSystem::Epsg, QString::number(epsg)});
+        cs->setIdentity(identity);
+        return cs;
+    } catch (const std::exception &e) {
+        LOG_DEBUG(QString::fromUtf8(e.what()));
+        throw ProjException(QObject::tr("Ошибка инициализации проекции: %1").arg(code));
+    }
+}
+
+/// A system that has no PROJ text. Throws std::runtime_error when PROJ cannot compute in it.
+CoordSystemPtr CoordSysFactory::fromIdentity(const SystemIdentityPtr &identity)
+{
+    const std::shared_ptr<const EngineStep> plane = identity ? identity->plane() : nullptr;
+    if (!plane || !identity->converts(*plane))
+        throw std::runtime_error(QObject::tr("Ошибка экспорта КС в формат proj").toStdString());
+    auto cs = std::make_shared<CoordSystem>();
+    cs->setOGRSpatialReference(importWkt(identity->wkt()));
+    cs->m_pj = identity->copyOfCrs();
+    cs->setPlane(plane);
     return cs;
 }
 
@@ -219,38 +309,38 @@ CoordSystemPtr CoordSysFactory::createFromWkt(const QString &wkt) const
         throw std::runtime_error(QObject::tr("Строка КС пустая").toStdString());
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromWkt=%1").arg(wkt));
 
-    const std::shared_ptr<void> srs = newSrs();
-    QString proj;
-    {
-        const QMutexLocker lock(globalProj4Mutex());
-        const CplErrorScope errors;
-        QByteArray utf8 = wkt.toUtf8();
-        char *rest = utf8.data();
-        if (OSRImportFromWkt(srs.get(), &rest) != OGRERR_NONE)
-            throw std::runtime_error(QObject::tr("Ошибка импорта из строки WKT:\n%1\n(%2)")
-                                         .arg(wkt, errors.message())
-                                         .toStdString());
-        if (!wkt.startsWith(QLatin1String("LOCAL_CS"), Qt::CaseInsensitive)) {
-            proj = osrToProj4(srs.get());
-            if (proj.isEmpty())
-                throw std::runtime_error(QObject::tr("Ошибка экспорта КС в формат proj").toStdString());
-            if (getEpsgFromCrs(srs.get()) == webMercatorEpsg)
-                proj = webMercatorText(proj);
-        }
-    }
-    CoordSystemPtr cs;
-    if (proj.isEmpty()) {
-        cs = createFromPrj(prjFromSpatialReference(srs.get()));
-    } else {
-        cs = createFromProj(proj);
-        // PROJCS["WGS 84 …
-        static const QRegularExpression named(
-            QStringLiteral("^(\\s*GEOGCS|PROJCS|LOCAL_CS)\\s*\\[\\s*\"([\\w\\s-]*)\""));
-        const QRegularExpressionMatch match = named.match(wkt);
-        if (cs->description().startsWith(QLatin1String("+proj=")) && match.hasMatch())
-            cs->setDescription(match.captured(2));
-    }
+    std::shared_ptr<void> srs = importWkt(wkt);
+    SystemIdentityPtr identity = SystemIdentity::from(wkt);
+    if (!identity)
+        identity = SystemIdentity::of({CoordSystem::Unknown, QString()}, srs.get());
+    if (identity && !identity->hasPlane())
+        throwWithoutPlane(wkt);
+    if (identity && identity->isFlattened())
+        srs = importWkt(identity->wkt());
+    const CoordSystemPtr cs = isLocal(srs.get()) ? createFromPrj(prjFromSpatialReference(srs.get()))
+                                                 : unnamedFromWkt(srs, identity);
     cs->setSourceParameters({CoordSystem::Wkt, wkt});
+    cs->setIdentity(identity);
+    const int code = cs->statedEpsg();
+    if (code != CoordSystem::EPSG_UNDEFINDED)
+        cs->setDescription(nameOfCode(code));
+    else if (cs->description().isEmpty())
+        cs->setNameless();
+    return cs;
+}
+
+CoordSystemPtr CoordSysFactory::unnamedFromWkt(const std::shared_ptr<void> &srs,
+                                               const SystemIdentityPtr &identity)
+{
+    const QString proj = exportedProj(srs.get());
+    if (proj.isEmpty())
+        return fromIdentity(identity);
+    auto cs = std::make_shared<CoordSystem>();
+    cs->setOGRSpatialReference(srs);
+    cs->setProj4(proj4FromExport(proj));
+    const std::shared_ptr<const EngineStep> plane = identity ? identity->plane() : nullptr;
+    if (plane)
+        cs->setPlane(plane);
     return cs;
 }
 
@@ -316,7 +406,11 @@ CoordSystemPtr CoordSysFactory::resetRectCsToDefault(const CoordSystemPtr &cs) c
 {
     const CatalogueScope scope(*this);
     CoordSystemPtr copy = cs->clone();
-    copy->setRectCoordSystem(m_coordSysRect->rect(copy));
+    const QRectF bounds = m_coordSysRect->rect(copy);
+    copy->setRectCoordSystem(hasAffine(cs) ? cs->affineTransform()->mapRect(bounds) : bounds);
+    if (hasAffine(cs))
+        copy->setAffineTransform(std::make_unique<QTransform>(*cs->affineTransform()), cs->affineUnit());
+    copy->setEpsg(cs->m_epsg);
     return copy;
 }
 

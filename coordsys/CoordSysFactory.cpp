@@ -6,6 +6,7 @@
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjEngine.h>
+#include <coordsys/ProjLibMetadata.h>
 #include <coordsys/ProjectionParamsManager.h>
 #include <coordsys/UserCoordSystem.h>
 #include <platform/Logger.h>
@@ -16,6 +17,7 @@
 
 #include <clocale>
 #include <exception>
+#include <optional>
 
 namespace nivora::cs {
 namespace {
@@ -171,6 +173,18 @@ QVector<CoordSystemPtr> CoordSysFactory::systemsToCrop() const
 {
     const CatalogueScope scope(*this);
     return cropCoordSystems();
+}
+
+QString CoordSysFactory::nameOfCode(int epsg) const
+{
+    const std::optional<CoordSystemParams> entry = epsg > 0 ? m_mapinfo->entryByEpsg(epsg) : std::nullopt;
+    return entry ? entry->name() : ProjLibMetadata().nameCrs(epsg, ProjLibMetadata::EPSG);
+}
+
+int CoordSysFactory::codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const
+{
+    const CatalogueScope scope(*this);
+    return m_mapinfo->codeOfRecord(record, codes);
 }
 
 QString CoordSysFactory::userDescription(const CoordSystem &cs) const

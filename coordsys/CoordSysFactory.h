@@ -13,6 +13,7 @@ namespace nivora::cs {
 
 class CoordSysRect;
 class MapinfoCoordSystem;
+class SystemIdentity;
 class UserCoordSystem;
 struct MIUnitConvParam;
 
@@ -62,6 +63,9 @@ public:
 
     /// \name Creators. No half-made object is left behind when one throws.
     /// @{
+    /// All of them throw std::runtime_error "КС не имеет плановой части: …" for geocentric systems and
+    /// systems of height alone; a vertical part besides a plane is left aside (the source text stays).
+
     /// From a PROJ string. Throws std::invalid_argument for empty text, std::logic_error when it does not
     /// begin with "+proj=", std::runtime_error when GDAL refuses it, ProjException when PROJ does.
     CoordSystemPtr createFromProj(const QString &proj) const override;
@@ -72,9 +76,10 @@ public:
     /// From a CoordSys string, named from the MapInfo catalogue or the user's.
     CoordSystemPtr createFromPrj(const QString &prj) const override;
     /// From an EPSG code: the catalogue's system when it has the code, else the PROJ database's.
-    /// Throws ProjException for an unknown code.
+    /// Throws ProjException for an unknown code and for one that no coordinates can be computed in.
     CoordSystemPtr createFromEpsg(int epsg) const override;
-    /// From WKT. Throws std::runtime_error for empty or unusable text.
+    /// From WKT 1, WKT 2 or ESRI's. Code, name and datum stay those of the text. Throws std::runtime_error
+    /// for empty or unusable text, ProjException when PROJ refuses what GDAL took.
     CoordSystemPtr createFromWkt(const QString &wkt) const override;
     /// From "proj:", "proj4:", "wkt:", "epsg:" or "prj:" and the text; text without a tag is a CoordSys
     /// string.
@@ -97,13 +102,19 @@ public:
 
     QRectF boundsOf(CoordSystem *cs) const override;
     QVector<CoordSystemPtr> systemsToCrop() const override;
+    QString nameOfCode(int epsg) const override;
+    int codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const override;
     QString userDescription(const CoordSystem &cs) const override;
 
 private:
     struct Lifeline;
 
     CoordSystemPtr unnamedFromProj(const QString &proj) const;
-    void nameFromCatalogue(CoordSystem &cs) const;
+    CoordSystemPtr unnamedFromEpsg(int epsg) const;
+    CoordSystemPtr cataloguedEpsg(const QString &prj, int epsg) const;
+    static CoordSystemPtr unnamedFromWkt(const std::shared_ptr<void> &srs,
+                                         const std::shared_ptr<const SystemIdentity> &identity);
+    static CoordSystemPtr fromIdentity(const std::shared_ptr<const SystemIdentity> &identity);
 
     QDir m_resourceDir;
     QString m_language;

@@ -2,11 +2,11 @@
 
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/DefaultRects.h>
+#include <coordsys/EngineStep_p.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/OsrHandle_p.h>
-#include <coordsys/ProjLibMetadata.h>
 #include <coordsys/ProjectionParamsManager.h>
-#include <coordsys/SpatialReferenceText.h>
+#include <coordsys/SystemIdentity_p.h>
 #include <platform/Logger.h>
 
 #include <proj.h>
@@ -19,17 +19,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace nivora::cs {
 namespace {
-
-using nivora::concurrent::ProgressHandler;
-
-const std::shared_ptr<ProgressHandler> &neverCancelled()
-{
-    static const auto handler = std::make_shared<ProgressHandler>();
-    return handler;
-}
 
 bool hasExtent(const QRectF &r) { return r.width() > 0.0 && r.height() > 0.0; } // NaN has none
 
@@ -61,13 +54,20 @@ constexpr UnitRule unitRules[] = {
     {"Rod", 0.0, LinearUnit::Rod},
 };
 
+/// PROJ's chain and link bear the names of the survey units and are six millionths shorter.
+bool isLength(const MIUnitConvParam &unit, double factor)
+{
+    return std::fabs(unit.conversion() - factor) <= 1e-9 * factor;
+}
+
 const MIUnitConvParam *unitByRule(const ProjectionParamsManager &manager, const QString &name, double factor)
 {
     for (const UnitRule &rule : unitRules) {
         const bool hit = rule.name ? name.compare(QLatin1String(rule.name), Qt::CaseInsensitive) == 0
                                    : qFuzzyCompare(factor, rule.factor);
-        if (hit)
-            return manager.unitByID(rule.code, std::nothrow);
+        const MIUnitConvParam *unit = hit ? manager.unitByID(rule.code, std::nothrow) : nullptr;
+        if (unit && isLength(*unit, factor))
+            return unit;
     }
     return nullptr;
 }
@@ -76,7 +76,7 @@ const MIUnitConvParam *unitByRule(const ProjectionParamsManager &manager, const 
 const MIUnitConvParam *unitByLength(const ProjectionParamsManager &manager, double factor)
 {
     for (const auto &unit : manager.linearUnits())
-        if (unit->id != LinearUnit::Degree && std::fabs(unit->conversion() - factor) <= 1e-9 * factor)
+        if (unit->id != LinearUnit::Degree && isLength(*unit, factor))
             return unit.get();
     return nullptr;
 }
@@ -117,7 +117,8 @@ CoordSystem::CoordSystem()
 CoordSystem::~CoordSystem()
 {
     const QMutexLocker lock(globalProj4Mutex()); // the handles' deleters work on the shared context
-    m_pjInternal.reset();
+    m_identity.reset();
+    m_plane.reset();
     m_pj.reset();
     m_srs.reset();
 }
@@ -130,22 +131,29 @@ std::shared_ptr<void> CoordSystem::copyOgrSpatialReference() const
     return ownSrs(OSRClone(m_srs.get()));
 }
 
+PJ *CoordSystem::PJ_Proj4_Internal() const { return m_plane ? m_plane->pj.get() : nullptr; }
+
 CoordSystemPtr CoordSystem::clone() const
 {
     auto copy = std::make_shared<CoordSystem>();
     copy->setOGRSpatialReference(copyOgrSpatialReference());
     copy->setSourceParameters(m_source);
-    if (isNonEarth()) {
-        copy->setProj4(proj4FromString(projStr()));
-    } else if (m_pj) {
-        QMutexLocker lock(globalProj4Mutex());
-        PjHandle pj = ownPj(proj_clone(globalProjContext(), m_pj.get()));
-        lock.unlock();
-        copy->setProj4(std::move(pj));
+    if (m_pj) {
+        const QMutexLocker lock(globalProj4Mutex());
+        copy->m_pj = ownPj(proj_clone(globalProjContext(), m_pj.get()));
+        copy->m_plane = m_plane && m_plane->pj == m_pj ? std::make_shared<const EngineStep>(copy->m_pj) : m_plane;
     }
-    copy->setDescription(m_description);
     copy->m_projectionBounds = m_projectionBounds;
-    copy->setRectCoordSystem(rectNumericCoordSys());
+    const QRectF bounds = rectNumericCoordSys();
+    if (isRectSet() || !hasExtent(bounds))
+        copy->setRectCoordSystem(bounds);
+    else if (!m_affine)
+        copy->m_computedRect.setValue(bounds);
+    const QReadLocker lock(&m_lock);
+    copy->m_description = m_description;
+    copy->m_isNameless = m_isNameless;
+    copy->m_identity = m_identity;
+    copy->m_hasIdentity = m_hasIdentity;
     return copy;
 }
 
@@ -155,6 +163,13 @@ void CoordSystem::setDescription(const QString &description)
 {
     const QWriteLocker lock(&m_lock);
     m_description = description;
+    m_isNameless = false;
+}
+
+void CoordSystem::setNameless()
+{
+    const QWriteLocker lock(&m_lock);
+    m_isNameless = true;
 }
 
 void CoordSystem::setEpsg(int epsg) { m_epsg = epsg; }
@@ -164,12 +179,14 @@ void CoordSystem::setSourceParameters(const SourceData &source)
     m_source = source;
     m_isLatLong = NotAsked;
     m_isNonEarth = NotAsked;
+    forgetIdentity();
 }
 
 void CoordSystem::setOGRSpatialReference(std::shared_ptr<void> srs)
 {
     m_srs = std::move(srs);
     forgetDerived();
+    forgetIdentity();
 }
 
 void CoordSystem::forgetDerived()
@@ -177,7 +194,22 @@ void CoordSystem::forgetDerived()
     m_isLatLong = NotAsked;
     m_isNonEarth = NotAsked;
     m_matchedEpsg = NotAsked;
-    m_projEpsg = NotAsked;
+}
+
+void CoordSystem::forgetIdentity()
+{
+    m_statedEpsg = NotAsked;
+    m_searchedEpsg = NotAsked;
+    setIdentity(nullptr);
+    const QWriteLocker lock(&m_lock);
+    m_hasIdentity = false;
+}
+
+void CoordSystem::setIdentity(IdentityPtr identity) const
+{
+    const QWriteLocker lock(&m_lock);
+    m_identity.swap(identity); // the old one takes the PROJ lock as it goes, after this one
+    m_hasIdentity = true;
 }
 
 void CoordSystem::setProj4(PjHandle pj)
@@ -188,6 +220,8 @@ void CoordSystem::setProj4(PjHandle pj)
 
     const QWriteLocker lock(&m_lock);
     m_pj = std::move(pj);
+    m_plane = nullptr;
+    m_searchedEpsg = NotAsked;
     forgetDerived();
     if (!m_pj)
         return;
@@ -195,7 +229,10 @@ void CoordSystem::setProj4(PjHandle pj)
         projText([&] { return manager ? detectUnitLocked(*manager, nullptr) : LinearUnit(); });
     bool shifted = false;
     const QString unshifted = withoutDatumShift(text, shifted);
-    m_pjInternal = shifted ? proj4FromString(unshifted) : nullptr;
+    std::shared_ptr<PJ> converting = m_pj;
+    if (shifted)
+        converting = proj4FromString(unshifted);
+    m_plane = std::make_shared<const EngineStep>(std::move(converting));
 }
 
 void CoordSystem::setRectCoordSystem(const QRectF &rect)
@@ -256,11 +293,22 @@ bool CoordSystem::isLatLong() const
     {
         const QMutexLocker lock(globalProj4Mutex());
         const char *id = proj_pj_info(m_pj.get()).id;
-        const QString text = id ? QString::fromUtf8(id) : projText([] { return LinearUnit(); });
-        answer = geographic.match(text).hasMatch();
+        if (id || !proj_is_crs(m_pj.get())) {
+            const QString text = id ? QString::fromUtf8(id) : projText([] { return LinearUnit(); });
+            answer = geographic.match(text).hasMatch();
+        } // else a system that has no PROJ text: all of those are projected
     }
     m_isLatLong.store(answer, std::memory_order_release);
     return answer;
+}
+
+/// Longitude and latitude around another pole: a plane of degrees.
+bool CoordSystem::isRotated() const
+{
+    if (!m_srs)
+        return false;
+    const QMutexLocker lock(globalProj4Mutex());
+    return OSRIsDerivedGeographic(m_srs.get()) != 0;
 }
 
 QString CoordSystem::datumName() const
@@ -297,43 +345,6 @@ bool CoordSystem::needCropCoords() const
     return m_needCrop.valueRef();
 }
 
-int CoordSystem::epsg() const { return epsg(neverCancelled()); }
-
-int CoordSystem::epsg(const std::shared_ptr<ProgressHandler> &progress) const
-{
-    if (m_source.type == Epsg)
-        return m_source.string.toInt();
-    const int set = m_epsg;
-    return set != EPSG_UNDEFINDED ? set : searchedEpsg(progress);
-}
-
-int CoordSystem::matchedEpsg() const { return matchedEpsg(neverCancelled()); }
-
-int CoordSystem::matchedEpsg(const std::shared_ptr<ProgressHandler> &progress) const
-{
-    const int known = m_matchedEpsg;
-    if (known != NotAsked)
-        return known;
-    const int found = getEpsgFromCrs(progress, m_srs.get());
-    if (found != EPSG_UNDEFINDED || !progress || !progress->isCanceled())
-        m_matchedEpsg = found;
-    return found;
-}
-
-int CoordSystem::searchedEpsg(const std::shared_ptr<ProgressHandler> &progress) const
-{
-    const int matched = matchedEpsg(progress);
-    if (matched != EPSG_UNDEFINDED)
-        return matched;
-    const int known = m_projEpsg;
-    if (known != NotAsked)
-        return known;
-    const int found = ProjLibMetadata().epsgForProjString(progress, projStr());
-    if (found != EPSG_UNDEFINDED || !progress || !progress->isCanceled())
-        m_projEpsg = found;
-    return found;
-}
-
 double CoordSystem::osrLinearUnits(QString *name) const
 {
     if (!m_srs)
@@ -355,9 +366,10 @@ LinearUnit CoordSystem::detectUnitLocked(const ProjectionParamsManager &manager,
     const double factor = osrLinearUnits(&name);
     LOG_TRACE(QStringLiteral("Unit detected %1, conv=%2, cs=%3")
                   .arg(name, QString::number(factor), m_source.string));
+    const bool isAngle = isLatLong() || isRotated();
     const MIUnitConvParam *unit =
-        isLatLong() ? manager.unitByID(LinearUnit::Degree, std::nothrow) : unitByRule(manager, name, factor);
-    if (!unit && !isLatLong())
+        isAngle ? manager.unitByID(LinearUnit::Degree, std::nothrow) : unitByRule(manager, name, factor);
+    if (!unit && !isAngle)
         unit = unitByLength(manager, factor);
     if (unit)
         m_detectedUnit = *unit;
@@ -406,6 +418,14 @@ double CoordSystem::getSemiMajor() const { return getParamOSR(OSRGetSemiMajor, m
 double CoordSystem::getSemiMinor() const { return getParamOSR(OSRGetSemiMinor, m_srs.get()); }
 
 double CoordSystem::getInvFlattening() const { return getParamOSR(OSRGetInvFlattening, m_srs.get()); }
+
+bool CoordSystem::hasShift() const
+{
+    double values[7] = {};
+    const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope quiet;
+    return m_srs && OSRGetTOWGS84(m_srs.get(), values, 7) == OGRERR_NONE;
+}
 
 QList<double> CoordSystem::getTOWGS84Params() const
 {
@@ -470,6 +490,22 @@ bool CoordSystem::testEqual(const CoordSystemPtr &a, const CoordSystemPtr &b, bo
     return a->isEqual(b, ignoreRect);
 }
 
+namespace {
+
+constexpr int unreadable = std::numeric_limits<int>::min();
+
+/// MapInfo's datum number of a CoordSys text; a text that cannot be read equals nothing.
+int datumNumber(const QString &prj)
+{
+    try {
+        return MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj).nDatumId;
+    } catch (const std::exception &) {
+        return unreadable;
+    }
+}
+
+} // namespace
+
 bool CoordSystem::isEqual(const CoordSystem &other, bool ignoreRect) const
 {
     if (this == &other)
@@ -481,10 +517,10 @@ bool CoordSystem::isEqual(const CoordSystem &other, bool ignoreRect) const
         return true;
     if (m_source.type != Prj || other.m_source.type != Prj)
         return true;
-    const MapHeaderCoordsysConverter converter;
-    const int datum = converter.prjStrToTABProjInfo(m_source.string).nDatumId;
-    const int otherDatum = converter.prjStrToTABProjInfo(other.m_source.string).nDatumId;
-    return datum <= 0 || otherDatum <= 0 || datum == otherDatum;
+    const int datum = datumNumber(m_source.string);
+    const int otherDatum = datumNumber(other.m_source.string);
+    return datum != unreadable && otherDatum != unreadable &&
+           (datum <= 0 || otherDatum <= 0 || datum == otherDatum);
 }
 
 bool CoordSystem::samePj(const CoordSystem &other) const

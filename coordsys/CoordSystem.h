@@ -18,6 +18,8 @@
 namespace nivora::cs {
 
 class ProjectionParamsManager;
+class SystemIdentity;
+struct EngineStep;
 
 /// A coordinate system: a GDAL spatial reference, a PROJ object, the text it was made from, and what is known
 /// of it (description, EPSG code, bounds, affine transformation, unit). Made by CoordSysFactory and shared
@@ -37,23 +39,30 @@ public:
     CoordSystem(const CoordSystem &) = delete;
     CoordSystem &operator=(const CoordSystem &) = delete;
 
-    /// An independent copy. The affine transformation, its unit and the EPSG code are not carried over: set
-    /// them again where needed. Throws std::logic_error when no bounds are known.
+    /// An independent copy. The affine transformation, its unit and a code set by setEpsg() are not carried
+    /// over: set them again where needed. Bounds are explicit in the copy when they are here. Throws
+    /// std::logic_error "Не могу задать пустые границы" when no bounds are known.
     CoordSystemPtr clone() const;
 
-    /// \name Handles, borrowed; null on a fresh object. Use them under globalProj4Mutex().
+    /// \name Handles, borrowed; null on a fresh object
+    /// Hand them to PROJ and GDAL only under globalProj4Mutex(), and call no method of a coordinate system
+    /// while holding it: methods take the object's lock first and the mutex second, and the other order
+    /// deadlocks.
     /// @{
     void *OGRSpatialReference() const { return m_srs.get(); }
     PJ *PJ_Proj4() const { return m_pj.get(); }
-    /// The system without datum shift: the object that forward() and inverse() use.
-    PJ *PJ_Proj4_Internal() const { return m_pjInternal ? m_pjInternal.get() : m_pj.get(); }
+    /// The system without datum shift: the object that forward() and inverse() use. It may take degrees,
+    /// grads or radians on its geographic side.
+    PJ *PJ_Proj4_Internal() const;
     /// A copy of the spatial reference with a life of its own.
     std::shared_ptr<void> copyOgrSpatialReference() const;
     /// @}
 
     /// \name What is known
     /// @{
-    QString description() const { return m_description; }
+    /// The name for people: the one that was set, else that of the catalogue, of the code, or of the text.
+    /// May search the database for the code on first call, as epsg().
+    QString description() const;
     SourceData sourceParameters() const { return m_source; }
     SourceType sourceType() const { return m_source.type; }
     const QTransform *affineTransform() const { return m_affine.get(); }
@@ -68,12 +77,13 @@ public:
     /// Coordinates of this system must be cropped before they are drawn. Found on first call, then kept.
     bool needCropCoords() const;
 
-    /// EPSG code, or EPSG_UNDEFINDED. A search (up to 0.5 s) on first call, then kept, a failure too unless
-    /// it was cancelled. A system made from an EPSG code answers with that code.
+    /// EPSG code, or EPSG_UNDEFINDED. A system made from an EPSG code answers with that code, one made from
+    /// WKT with the code that the text states when the database's system of that code is this one. Else a
+    /// search (up to 0.2 s) on first call, then kept, a failure too unless it was cancelled; it gives no code
+    /// to a system that merely resembles a registered one. Throws std::logic_error on a fresh object.
     int epsg(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress) const;
     int epsg() const;
-    /// The code that GDAL's search gives for the spatial reference alone, whatever setEpsg() or the source
-    /// say.
+    /// The code of the search alone, whatever setEpsg() or the source say; equal systems have the same.
     int matchedEpsg(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress) const;
     int matchedEpsg() const;
 
@@ -160,8 +170,24 @@ public:
 
 private:
     friend class CoordSysFactory;
+    friend class CoordTransformCache;
+    using IdentityPtr = std::shared_ptr<const SystemIdentity>;
 
     void setProjectionDefaultBounds(const QRectF &rect) { m_projectionBounds = rect; }
+    /// The conversion of forward() and inverse() instead of the one that setProj4() makes.
+    void setPlane(std::shared_ptr<const EngineStep> plane) { m_plane = std::move(plane); }
+    void setIdentity(IdentityPtr identity) const;
+    /// Made on first call; null when the source is no text that PROJ knows a system by.
+    IdentityPtr identity() const;
+    /// The description is found when it is first asked for.
+    void setNameless();
+    QString foundDescription() const;
+    int statedEpsg() const;
+    bool convertPoints(int direction, QPointF *points, std::size_t count) const;
+    bool convertRect(int direction, const QRectF &in, QRectF &out) const;
+    QString registeredWkt() const;
+    bool isPlaneOf(int code, const SystemIdentity &registered) const;
+    bool hasShift() const;
     QRectF computeRect() const;
     bool computeNeedCrop() const;
     QString projText(const std::function<LinearUnit()> &unitOf) const;
@@ -177,14 +203,20 @@ private:
     bool sameSpecialDatum(const CoordSystem &other) const;
     double osrLinearUnits(QString *name) const;
     QString datumName() const;
+    bool isRotated() const;
     void forgetDerived();
+    void forgetIdentity();
     /// With m_lock held; calls nothing that takes it. An invalid unit when none fits.
     LinearUnit detectUnitLocked(const ProjectionParamsManager &manager, QString *osrName) const;
 
     std::shared_ptr<void> m_srs;
-    PjHandle m_pj;
-    PjHandle m_pjInternal; ///< null unless the main object's text had datum shift terms
-    QString m_description;
+    std::shared_ptr<PJ> m_pj;
+    std::shared_ptr<const EngineStep>
+        m_plane;                        ///< what converts; the main object unless that shifts the datum
+    mutable IdentityPtr m_identity;     ///< under m_lock
+    mutable bool m_hasIdentity = false; ///< under m_lock; a failure is remembered too
+    mutable QString m_description;      ///< under m_lock
+    mutable bool m_isNameless = false;  ///< under m_lock
     QRectF m_rect;
     mutable nivora::utils::CachedValue<QRectF, std::function<QRectF()>> m_computedRect; ///< under m_lock
     QRectF m_projectionBounds;
@@ -201,7 +233,8 @@ private:
     mutable std::atomic<int> m_isLatLong{NotAsked};
     mutable std::atomic<int> m_isNonEarth{NotAsked};
     mutable std::atomic<int> m_matchedEpsg{NotAsked};
-    mutable std::atomic<int> m_projEpsg{NotAsked}; ///< a search that found nothing is remembered too
+    mutable std::atomic<int> m_statedEpsg{NotAsked};
+    mutable std::atomic<int> m_searchedEpsg{NotAsked}; ///< a search that found nothing is remembered too
 };
 
 /// True when the '+' separated parts of two PROJ texts are a permutation of each other, blanks included.

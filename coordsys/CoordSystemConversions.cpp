@@ -2,14 +2,13 @@
 
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
-#include <coordsys/ProjPoint_p.h>
+#include <coordsys/EngineStep_p.h>
 #include <coordsys/ProjectionParamsManager.h>
 
 #include <proj.h>
 
 #include <QMutexLocker>
 #include <QObject>
-#include <QVarLengthArray>
 
 #include <algorithm>
 #include <cmath>
@@ -18,6 +17,18 @@ namespace nivora::cs {
 
 bool hasAffine(const CoordSystem *cs) { return cs->affineTransform() != nullptr; }
 bool hasAffine(const CoordSystemPtr &cs) { return hasAffine(cs.get()); }
+
+bool isSingularAffine(const QTransform &t)
+{
+    const double determinant = std::fabs(t.m11() * t.m22() - t.m21() * t.m12());
+    const double size = (std::fabs(t.m11()) + std::fabs(t.m21())) * (std::fabs(t.m12()) + std::fabs(t.m22()));
+    return !(determinant > 1e-12 * size) || !std::isfinite(size) || !std::isfinite(t.dx() + t.dy());
+}
+
+bool hasSingularAffine(const CoordSystem *cs)
+{
+    return hasAffine(cs) && isSingularAffine(*cs->affineTransform());
+}
 
 QPointF tryConvertForward(const CoordSystem *cs, const QPointF &point)
 {
@@ -98,9 +109,6 @@ LinearUnit findUnitByName(CoordSystem &, const QString &name)
 
 namespace {
 
-using PointBuffer = QVarLengthArray<PJ_COORD, 256>; // small lists on the stack, a million points on the heap
-
-/// NaN and infinities have none: normalizing turns an infinite negative extent into a positive one.
 bool hasFiniteExtent(const QRectF &r)
 {
     return std::isfinite(r.x()) && std::isfinite(r.y()) && std::isfinite(r.width()) &&
@@ -112,174 +120,131 @@ QRectF scaled(const QRectF &r, double factor)
     return {r.x() * factor, r.y() * factor, r.width() * factor, r.height() * factor};
 }
 
-/// Corners and edge midpoints of a rectangle, each coordinate mapped first.
-std::array<PJ_COORD, 8> rectPjCoord(const QRectF &rect, const std::function<double(double)> &mapped)
+/// Corners and edge midpoints of a rectangle.
+std::array<QPointF, 8> samplesOf(const QRectF &r)
 {
-    const double left = mapped(rect.x());
-    const double top = mapped(rect.y());
-    const double right = mapped(rect.x() + rect.width());
-    const double bottom = mapped(rect.y() + rect.height());
-    const double midX = 0.5 * (left + right);
-    const double midY = 0.5 * (top + bottom);
-    return {projPoint(left, top), projPoint(right, top),  projPoint(right, bottom), projPoint(left, bottom),
-            projPoint(midX, top), projPoint(right, midY), projPoint(midX, bottom),  projPoint(left, midY)};
+    const double midX = 0.5 * (r.left() + r.right());
+    const double midY = 0.5 * (r.top() + r.bottom());
+    return {r.topLeft(),
+            r.topRight(),
+            r.bottomRight(),
+            r.bottomLeft(),
+            QPointF(midX, r.top()),
+            QPointF(r.right(), midY),
+            QPointF(midX, r.bottom()),
+            QPointF(r.left(), midY)};
 }
 
-QRectF boundsOf(const std::array<PJ_COORD, 8> &points, const std::function<double(double)> &mapped)
+QRectF boundsOf(const std::array<QPointF, 8> &points)
 {
     double minX = HUGE_VAL, minY = HUGE_VAL, maxX = -HUGE_VAL, maxY = -HUGE_VAL;
-    for (const PJ_COORD &p : points) {
-        const double x = mapped(p.xy.x);
-        const double y = mapped(p.xy.y);
-        minX = std::min(minX, x);
-        maxX = std::max(maxX, x);
-        minY = std::min(minY, y);
-        maxY = std::max(maxY, y);
+    for (const QPointF &p : points) {
+        minX = std::min(minX, p.x());
+        maxX = std::max(maxX, p.x());
+        minY = std::min(minY, p.y());
+        maxY = std::max(maxY, p.y());
     }
     return {minX, minY, maxX - minX, maxY - minY};
 }
 
-double identity(double value) { return value; }
-
-/// The engine's part of a rectangle's conversion; false, message built, when any of its points fails.
-bool convertRect(PJ *pj, PJ_DIRECTION direction, const QRectF &in, QRectF &out)
+void reportFailure(int direction, const QPointF &asked)
 {
-    if (!pj)
-        return false; // PROJ would give the input back
-    const bool forward = direction == PJ_FWD;
-    const std::function<double(double)> before = forward ? proj_torad : identity;
-    const std::function<double(double)> after = forward ? identity : proj_todeg;
-    std::array<PJ_COORD, 8> points = rectPjCoord(in, before);
-    const QMutexLocker lock(globalProj4Mutex());
-    const int error = proj_trans_array(pj, direction, points.size(), points.data());
-    if (error != 0) {
-        const QString message = forward ? QObject::tr("Ошибка прямого преобразования: %3")
-                                        : QObject::tr("Ошибка обратного преобразования: %3");
-        logTransformError(message.arg(QString::fromUtf8(proj_errno_string(error))));
-        return false;
-    }
-    out = boundsOf(points, after);
-    return true;
-}
-
-bool transArray(PJ *pj, PJ_DIRECTION direction, PointBuffer &points, const QString &message)
-{
-    if (!pj)
-        return false; // PROJ would give the input back
-    const QMutexLocker lock(globalProj4Mutex());
-    const int error = proj_trans_array(pj, direction, static_cast<std::size_t>(points.size()), points.data());
-    if (error != 0)
-        logTransformError(message.arg(QString::fromUtf8(proj_errno_string(error))));
-    return error == 0;
-}
-
-/// One point through the engine; false, message built from \p message and \p asked, when it fails.
-bool transPoint(PJ *pj, PJ_DIRECTION direction, PJ_COORD &point, const char *message, const QPointF &asked)
-{
-    if (!pj)
-        return false; // PROJ would give the input back
-    const QMutexLocker lock(globalProj4Mutex());
-    point = proj_trans(pj, direction, point);
-    if (!isIncorrect(point))
-        return true;
-    logTransformError(QObject::tr(message).arg(QString::number(asked.x(), 'f', 6),
-                                               QString::number(asked.y(), 'f', 6), projLastError()));
-    return false;
+    const QString message = direction == PJ_FWD ? QObject::tr("Ошибка прямого преобразования (%1, %2): %3")
+                                                : QObject::tr("Ошибка обратного преобразования (%1, %2): %3");
+    logTransformError(
+        message.arg(QString::number(asked.x(), 'f', 6), QString::number(asked.y(), 'f', 6), projLastError()));
 }
 
 } // namespace
 
-bool CoordSystem::forward(const QPointF &lonLat, QPointF &out) const
+/// Between longitude/latitude and the projection's plane, the affine transformation left aside.
+bool CoordSystem::convertPoints(int direction, QPointF *points, std::size_t count) const
 {
     if (isLatLong()) {
-        out = tryConvertForward(this, lonLat * DEGREES_TO_METERS);
-        return true;
+        const double factor = direction == PJ_FWD ? DEGREES_TO_METERS : METERS_TO_DEGREES;
+        std::for_each(points, points + count, [factor](QPointF &p) { p *= factor; });
+        return std::all_of(points, points + count, isFinite);
     }
-    PJ_COORD point = projPoint(proj_torad(lonLat.x()), proj_torad(lonLat.y()));
-    if (!transPoint(PJ_Proj4_Internal(), PJ_FWD, point,
-                    QT_TRANSLATE_NOOP("QObject", "Ошибка прямого преобразования (%1, %2): %3"), lonLat))
+    if (!m_plane)
         return false;
-    out = tryConvertForward(this, QPointF(point.xy.x, point.xy.y));
+    const QPointF asked = count > 0 ? points[0] : QPointF();
+    const QMutexLocker lock(globalProj4Mutex());
+    if (transformPoints(*m_plane, direction, points, count))
+        return true;
+    reportFailure(direction, asked);
+    return false;
+}
+
+bool CoordSystem::forward(const QPointF &lonLat, QPointF &out) const
+{
+    QPointF point = lonLat;
+    if (hasSingularAffine(this) || !convertPoints(PJ_FWD, &point, 1))
+        return false;
+    point = tryConvertForward(this, point);
+    if (!isFinite(point))
+        return false;
+    out = point;
     return true;
 }
 
 bool CoordSystem::inverse(const QPointF &planar, QPointF &out) const
 {
-    const QPointF p = tryConvertInverse(this, planar);
-    if (isLatLong()) {
-        out = p * METERS_TO_DEGREES;
-        return true;
-    }
-    PJ_COORD point = projPoint(p.x(), p.y());
-    if (!transPoint(PJ_Proj4_Internal(), PJ_INV, point,
-                    QT_TRANSLATE_NOOP("QObject", "Ошибка обратного преобразования (%1, %2): %3"), planar))
+    if (hasSingularAffine(this))
         return false;
-    out = QPointF(proj_todeg(point.lp.lam), proj_todeg(point.lp.phi));
+    QPointF point = tryConvertInverse(this, planar);
+    if (!convertPoints(PJ_INV, &point, 1))
+        return false;
+    out = point;
     return true;
+}
+
+bool CoordSystem::convertRect(int direction, const QRectF &in, QRectF &out) const
+{
+    if (isLatLong()) {
+        out = scaled(in, direction == PJ_FWD ? DEGREES_TO_METERS : METERS_TO_DEGREES).normalized();
+        return hasFiniteExtent(out);
+    }
+    std::array<QPointF, 8> points = samplesOf(in);
+    if (!convertPoints(direction, points.data(), points.size()))
+        return false;
+    out = boundsOf(points).normalized();
+    return hasFiniteExtent(out);
 }
 
 bool CoordSystem::forward(const QRectF &lonLat, QRectF &out) const
 {
-    if (isLatLong())
-        out = scaled(lonLat, DEGREES_TO_METERS);
-    else if (!convertRect(PJ_Proj4_Internal(), PJ_FWD, lonLat, out))
-        return false;
-    out = out.normalized();
-    if (!hasFiniteExtent(out))
+    if (hasSingularAffine(this) || !convertRect(PJ_FWD, lonLat, out))
         return false;
     out = tryConvertForward(this, out);
-    return true;
+    return hasFiniteExtent(out);
 }
 
 bool CoordSystem::inverse(const QRectF &planar, QRectF &out) const
 {
-    const QRectF rect = tryConvertInverse(this, planar);
-    if (isLatLong())
-        out = scaled(rect, METERS_TO_DEGREES);
-    else if (!convertRect(PJ_Proj4_Internal(), PJ_INV, rect, out))
-        return false;
-    out = out.normalized();
-    return hasFiniteExtent(out);
+    return !hasSingularAffine(this) && convertRect(PJ_INV, tryConvertInverse(this, planar), out);
 }
 
 bool CoordSystem::forward(const QVector<QPointF> &lonLat, QVector<QPointF> &out) const
 {
-    QPolygonF result(lonLat.size());
-    if (isLatLong()) {
-        std::transform(lonLat.begin(), lonLat.end(), result.begin(),
-                       [](const QPointF &p) { return p * DEGREES_TO_METERS; });
-    } else {
-        PointBuffer points(lonLat.size());
-        std::transform(lonLat.begin(), lonLat.end(), points.begin(),
-                       [](const QPointF &p) { return projPoint(proj_torad(p.x()), proj_torad(p.y())); });
-        if (!transArray(PJ_Proj4_Internal(), PJ_FWD, points,
-                        QObject::tr("Ошибка прямого преобразования: %1")))
-            return false;
-        std::transform(points.begin(), points.end(), result.begin(),
-                       [](const PJ_COORD &c) { return QPointF(c.xy.x, c.xy.y); });
-    }
-    out = tryConvertForward(this, result);
+    QPolygonF points(lonLat);
+    if (hasSingularAffine(this) ||
+        !convertPoints(PJ_FWD, points.data(), static_cast<std::size_t>(points.size())))
+        return false;
+    points = tryConvertForward(this, points);
+    if (!std::all_of(points.cbegin(), points.cend(), isFinite))
+        return false;
+    out = points;
     return true;
 }
 
 bool CoordSystem::inverse(const QVector<QPointF> &planar, QVector<QPointF> &out) const
 {
-    const QPolygonF in = tryConvertInverse(this, QPolygonF(planar));
-    QVector<QPointF> result(in.size());
-    if (isLatLong()) {
-        std::transform(in.begin(), in.end(), result.begin(),
-                       [](const QPointF &p) { return p * METERS_TO_DEGREES; });
-    } else {
-        PointBuffer points(in.size());
-        std::transform(in.begin(), in.end(), points.begin(),
-                       [](const QPointF &p) { return projPoint(p.x(), p.y()); });
-        if (!transArray(PJ_Proj4_Internal(), PJ_INV, points,
-                        QObject::tr("Ошибка обратного преобразования: %3")))
-            return false;
-        std::transform(points.begin(), points.end(), result.begin(),
-                       [](const PJ_COORD &c) { return QPointF(proj_todeg(c.lp.lam), proj_todeg(c.lp.phi)); });
-    }
-    out = result;
+    if (hasSingularAffine(this))
+        return false;
+    QPolygonF points = tryConvertInverse(this, QPolygonF(planar));
+    if (!convertPoints(PJ_INV, points.data(), static_cast<std::size_t>(points.size())))
+        return false;
+    out = points;
     return true;
 }
 
@@ -310,9 +275,12 @@ double CoordSystem::sphericalDistance(const QPointF &a, const QPointF &b, bool *
     const double sinLat = std::sin((q.y() - p.y()) / 2.0);
     const double sinLon = std::sin((q.x() - p.x()) / 2.0);
     const double chord = sinLat * sinLat + std::cos(p.y()) * std::cos(q.y()) * sinLon * sinLon;
+    const double distanceM = 2.0 * EARTH_SPHERE_RADIUS * std::asin(std::sqrt(std::min(chord, 1.0)));
+    if (!std::isfinite(distanceM))
+        return 0.0;
     if (ok)
         *ok = true;
-    return 2.0 * EARTH_SPHERE_RADIUS * std::asin(std::sqrt(std::min(1.0, chord)));
+    return distanceM;
 }
 
 } // namespace nivora::cs

@@ -7,6 +7,7 @@
 #include <QPointF>
 #include <QPolygonF>
 #include <QStringList>
+#include <QTransform>
 
 namespace nivora::cs {
 
@@ -17,6 +18,11 @@ namespace nivora::cs {
 /// @{
 NIVORA_CS_EXPORT bool hasAffine(const CoordSystem *cs);
 NIVORA_CS_EXPORT bool hasAffine(const CoordSystemPtr &cs);
+/// True when a transformation folds the plane into a line or a point, or is not finite: with x' = A x + B y +
+/// C and y' = D x + E y + F, when |A E - B D| <= 1e-12 (|A| + |B|) (|D| + |E|).
+NIVORA_CS_EXPORT bool isSingularAffine(const QTransform &affine);
+/// The system has such a transformation; its conversions fail.
+NIVORA_CS_EXPORT bool hasSingularAffine(const CoordSystem *cs);
 NIVORA_CS_EXPORT QPointF tryConvertForward(const CoordSystem *cs, const QPointF &point);
 NIVORA_CS_EXPORT QRectF tryConvertForward(const CoordSystem *cs, const QRectF &rect);
 NIVORA_CS_EXPORT QPolygonF tryConvertForward(const CoordSystem *cs, const QPolygonF &polygon);

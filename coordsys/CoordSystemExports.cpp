@@ -2,7 +2,9 @@
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/OsrHandle_p.h>
+#include <coordsys/ProjText_p.h>
 #include <coordsys/SpatialReferenceText.h>
+#include <coordsys/SystemIdentity_p.h>
 #include <platform/Logger.h>
 
 #include <proj.h>
@@ -18,18 +20,76 @@ namespace nivora::cs {
 
 using nivora::utils::toString;
 
-QString CoordSystem::exportToWkt() const
+namespace {
+
+/// WKT 1; the reason when GDAL cannot write it.
+QString wkt1Of(void *srs, QString &reason)
 {
     const QMutexLocker lock(globalProj4Mutex());
     const CplErrorScope errors;
     char *raw = nullptr;
-    const OGRErr code = m_srs ? OSRExportToWkt(m_srs.get(), &raw) : OGRERR_FAILURE;
+    const OGRErr code = srs ? OSRExportToWkt(srs, &raw) : OGRERR_FAILURE;
     const CplText text(raw);
-    if (code == OGRERR_NONE)
-        return QString::fromUtf8(text.get());
-    LOG_ERROR(QObject::tr("Ошибка экспорта координатной системы в формат %0. %1")
-                  .arg(QStringLiteral("WKT"), errors.message()));
-    return {};
+    reason = errors.message();
+    return code == OGRERR_NONE ? QString::fromUtf8(text.get()) : QString();
+}
+
+/// A shift that says more than the datum's own name: WGS 84 with zeros does not.
+bool statesShift(const QList<double> &shift, void *srs)
+{
+    const bool isZero = std::all_of(shift.begin(), shift.end(), [](double figure) { return figure == 0.0; });
+    const QString datum = QString::fromUtf8(OSRGetAttrValue(srs, "DATUM", 0));
+    return !shift.isEmpty() && !(isZero && datum == QLatin1String("WGS_1984"));
+}
+
+/// The database's system of a code with the shift that a text gave it. Not by GDAL's import, which puts
+/// another system in the place of a deprecated one.
+std::shared_ptr<void> registeredSrs(const SystemIdentity &registered, const QList<double> &shift)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope quiet;
+    std::shared_ptr<void> srs = srsFromWkt(registered.wkt());
+    if (srs && statesShift(shift, srs.get()))
+        OSRSetTOWGS84(srs.get(), shift[0], shift[1], shift[2], shift[3], shift[4], shift[5], shift[6]);
+    return srs;
+}
+
+} // namespace
+
+/// The system as the database names it, code included; empty without a code, or where the code's plane is
+/// another.
+QString CoordSystem::registeredWkt() const
+{
+    const int code = m_srs && !isNonEarth() ? epsg() : int(EPSG_UNDEFINDED);
+    const SystemIdentityPtr registered =
+        code > 0 ? SystemIdentity::from(QStringLiteral("EPSG:%1").arg(code)) : nullptr;
+    if (!registered || !registered->hasPlane() || !isPlaneOf(code, *registered))
+        return {};
+    QString reason;
+    const QList<double> shift = m_source.type != Epsg && hasShift() ? getTOWGS84Params() : QList<double>();
+    return wkt1Of(registeredSrs(*registered, shift).get(), reason);
+}
+
+/// A code that was given or stated is trusted; one that was found may be that of a system with another plane.
+bool CoordSystem::isPlaneOf(int code, const SystemIdentity &registered) const
+{
+    if (m_source.type == Epsg || m_epsg == code || statedEpsg() == code)
+        return true;
+    const IdentityPtr mine = identity();
+    return mine && mine->hasPlaneOf(registered);
+}
+
+QString CoordSystem::exportToWkt() const
+{
+    const QString registered = registeredWkt();
+    if (!registered.isEmpty())
+        return registered;
+    QString reason;
+    const QString text = wkt1Of(m_srs.get(), reason);
+    if (text.isEmpty())
+        LOG_ERROR(QObject::tr("Ошибка экспорта координатной системы в формат %0. %1")
+                      .arg(QStringLiteral("WKT"), reason));
+    return text;
 }
 
 QString CoordSystem::exportToWkt2() const
@@ -65,7 +125,7 @@ QString CoordSystem::projStr() const
 QString CoordSystem::projText(const std::function<LinearUnit()> &unitOf) const
 {
     if (m_source.type == Proj4)
-        return m_source.string;
+        return withoutVerticalTerms(m_source.string);
     if (m_source.type == Prj && isNonEarth())
         return projNonEarthString(static_cast<LinearUnit::MIUnitCode>(unitOf().unitCode()));
 

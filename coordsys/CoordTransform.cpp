@@ -8,9 +8,23 @@
 
 #include <QObject>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace nivora::cs {
+
+namespace {
+
+/// Two codes of the database may have one PROJ text and still lie metres apart: PROJ decides.
+bool haveDifferentCodes(const CoordSystem &from, const CoordSystem &to)
+{
+    return from.sourceType() == CoordSystem::Epsg && to.sourceType() == CoordSystem::Epsg &&
+           from.epsg() != to.epsg();
+}
+
+bool areFinite(const QVector<QPointF> &points) { return std::all_of(points.begin(), points.end(), isFinite); }
+
+} // namespace
 
 struct CoordTransform::Impl
 {
@@ -22,7 +36,7 @@ struct CoordTransform::Impl
             throw std::invalid_argument("cs_from");
         if (!to)
             throw std::invalid_argument("cs_to");
-        isEqualsCS = from->isEqual(to, false);
+        isEqualsCS = !haveDifferentCodes(*from, *to) && from->isEqual(to, false);
         if (!isEqualsCS)
             queue = coordTransformCache().queueFor(from, to);
     }
@@ -52,31 +66,40 @@ bool CoordTransform::Impl::transform(bool forward, const QVector<QPointF> &in, Q
                                      TransformInternalBase &strategy) const
 {
     if (isEqualsCS) {
+        if (!areFinite(in))
+            return false;
         out = in;
         return true;
     }
+    if (hasSingularAffine(source.get()) || hasSingularAffine(destination.get()))
+        return false;
     fill(strategy, forward);
     out = tryConvertInverse(strategy.source, QPolygonF(in));
     QVector<QPointF> result;
     if (!strategy.transform(out, result))
         return false;
-    out = tryConvertForward(strategy.destination, QPolygonF(result));
+    result = tryConvertForward(strategy.destination, QPolygonF(result));
+    if (!areFinite(result))
+        return false;
+    out = result;
     return true;
 }
 
 bool CoordTransform::Impl::transformPoint(bool forward, const QPointF &in, QPointF &out) const
 {
-    if (isEqualsCS) {
-        out = in;
-        return true;
-    }
     // The steps of transform() on the stack: a list of one point costs more than the engine.
-    const CoordSystem *from = forward ? source.get() : destination.get();
-    const CoordSystem *to = forward ? destination.get() : source.get();
-    QPointF point = tryConvertInverse(from, in);
-    if (!transformSinglePoint(queue.get(), forward ? 1 : -1, point))
+    QPointF point = in;
+    if (!isEqualsCS) {
+        if (hasSingularAffine(source.get()) || hasSingularAffine(destination.get()))
+            return false;
+        point = tryConvertInverse(forward ? source.get() : destination.get(), in);
+        if (!transformPoints(queue.get(), forward ? 1 : -1, &point, 1))
+            return false;
+        point = tryConvertForward(forward ? destination.get() : source.get(), point);
+    }
+    if (!isFinite(point))
         return false;
-    out = tryConvertForward(to, point);
+    out = point;
     return true;
 }
 
@@ -107,6 +130,8 @@ bool CoordTransform::Impl::transformMesh(bool forward, const QRectF &in, QRectF 
         return false;
     }
     if (isEqualsCS) {
+        if (!areFinite(rectToVector(in)))
+            return false;
         out = in;
         return true;
     }

@@ -3,7 +3,7 @@
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
-#include <coordsys/PatchedProj_p.h>
+#include <coordsys/SystemIdentity_p.h>
 #include <platform/Logger.h>
 
 #include <proj.h>
@@ -54,51 +54,40 @@ std::pair<CoordSystemPtr, CoordSystemPtr> withCommonDatum(const CoordSystemPtr &
     return {from, to};
 }
 
-QString stringForInitialization(const CoordSystem &cs)
+/// PROJ text as PROJ is given it for a transformation.
+QString transformationText(const CoordSystem &cs) { return fixedProjString(cs.projStr(), true); }
+
+/// A zero shift ties longitude/latitude to the earth. Two systems on another body meet without it.
+QString withoutZeroShift(const QString &text)
 {
-    const CoordSystem::SourceData source = cs.sourceParameters();
-    switch (source.type) {
-    case CoordSystem::Epsg:
-        return QStringLiteral("EPSG:%1").arg(source.string);
-    case CoordSystem::Wkt:
-        return source.string;
-    case CoordSystem::Proj4:
-        return fixedProjString(source.string, true);
-    default:
-        return fixedProjString(cs.projStr(), true);
-    }
+    const bool isProj = text.startsWith(QLatin1Char('+'));
+    return isProj ? QString(text).remove(QStringLiteral("+towgs84=0,0,0,0,0,0,0")) : text;
 }
 
-/// What PROJ is given when it refused the first pair.
-QString fallbackString(const CoordSystem &cs, const QString &first)
+/// Null when PROJ knows no way.
+std::shared_ptr<PJ> normalizedTransformation(const std::pair<QString, QString> &texts)
 {
-    if (cs.sourceType() == CoordSystem::Epsg)
-        return fixedProjString(cs.projStr(), false);
-    if (cs.sourceType() == CoordSystem::Wkt && cs.isNonEarth())
-        return cs.projStr();
-    return first;
-}
-
-/// Needs the PROJ lock.
-PjHandle createCrsToCrs(const std::pair<QString, QString> &texts)
-{
+    const QMutexLocker lock(globalProj4Mutex());
     LOG_TRACE(QStringLiteral("From:%1. To:%2").arg(texts.first, texts.second));
-    return ownPj(proj_create_crs_to_crs(globalProjContext(), texts.first.toUtf8().constData(),
-                                        texts.second.toUtf8().constData(), nullptr));
+    PjHandle pj = ownPj(proj_create_crs_to_crs(globalProjContext(), texts.first.toUtf8().constData(),
+                                               texts.second.toUtf8().constData(), nullptr));
+    PJ *normalized = pj ? proj_normalize_for_visualization(globalProjContext(), pj.get()) : nullptr;
+    return normalized ? ownPj(normalized) : std::move(pj);
+}
+
+/// The ends speak what their systems count in; PROJ alone tells where that is radians.
+EngineStep stepOf(const std::shared_ptr<PJ> &pj)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    EngineStep step(pj);
+    const PjHandle source = ownPj(proj_get_source_crs(globalProjContext(), pj.get()));
+    const PjHandle target = ownPj(proj_get_target_crs(globalProjContext(), pj.get()));
+    if (step.in[0].isPlain() && step.out[0].isPlain())
+        step.setEnds(source ? endOf(source.get()) : EngineEnd(), target ? endOf(target.get()) : EngineEnd());
+    return step;
 }
 
 } // namespace
-
-TransformStep::TransformStep(std::shared_ptr<PJ> object)
-    : pj(std::move(object))
-{
-    const QMutexLocker lock(globalProj4Mutex());
-    constexpr int directions[] = {PJ_FWD, PJ_INV};
-    for (int side = 0; side < 2; ++side) {
-        radiansIn[side] = takesRadians(pj.get(), directions[side]);
-        radiansOut[side] = givesRadians(pj.get(), directions[side]);
-    }
-}
 
 bool CoordTransformCache::ByAddress::operator()(const Key &a, const Key &b) const
 {
@@ -136,10 +125,10 @@ TransformQueuePtr CoordTransformCache::queueFor(const CoordSystemPtr &from, cons
         const CoordSystemPtr wgs84 = activeCatalogues()->latLongWgs84CoordSystem();
         if (!wgs84)
             throw std::logic_error(QObject::tr("Не проинициализированы КС").toStdString());
-        queue->first = TransformStep(createNormalizedTransformation(from, wgs84));
-        queue->second = TransformStep(createNormalizedTransformation(wgs84, to));
+        queue->first = stepOf(createNormalizedTransformation(from, wgs84));
+        queue->second = stepOf(createNormalizedTransformation(wgs84, to));
     } else {
-        queue->first = TransformStep(createNormalizedTransformation(from, to));
+        queue->first = stepOf(createNormalizedTransformation(from, to));
     }
     insert(from, to, queue);
     return queue;
@@ -152,31 +141,50 @@ std::shared_ptr<PJ> CoordTransformCache::sharedByTexts(const Texts &texts) const
     return found == m_byTexts.end() ? nullptr : found->second.lock();
 }
 
+QString CoordTransformCache::definitionOf(const CoordSystem &cs)
+{
+    switch (cs.sourceType()) {
+    case CoordSystem::Epsg:
+    case CoordSystem::Wkt: {
+        const SystemIdentityPtr identity = cs.identity();
+        return identity ? identity->definition() : cs.sourceParameters().string;
+    }
+    default:
+        return transformationText(cs);
+    }
+}
+
+/// What PROJ is given when it refused the first pair.
+QString CoordTransformCache::fallbackOf(const CoordSystem &cs, const QString &first)
+{
+    if (cs.sourceType() == CoordSystem::Epsg)
+        return fixedProjString(cs.projStr(), false);
+    if (cs.sourceType() == CoordSystem::Wkt && cs.isNonEarth())
+        return cs.projStr();
+    return first;
+}
+
 std::shared_ptr<PJ> CoordTransformCache::createNormalizedTransformation(const CoordSystemPtr &from,
                                                                         const CoordSystemPtr &to)
 {
     const auto [source, destination] = withCommonDatum(from, to);
-    Texts texts(stringForInitialization(*source), stringForInitialization(*destination));
-    if (std::shared_ptr<PJ> known = sharedByTexts(texts))
+    const Texts first(definitionOf(*source), definitionOf(*destination));
+    if (std::shared_ptr<PJ> known = sharedByTexts(first))
         return known;
 
-    std::shared_ptr<PJ> result;
-    {
-        QMutexLocker lock(globalProj4Mutex());
-        PjHandle pj = createCrsToCrs(texts);
-        if (!pj) {
-            lock.unlock();
-            texts = Texts(fallbackString(*from, texts.first), fallbackString(*to, texts.second));
-            lock.relock();
-            pj = createCrsToCrs(texts);
-        }
-        if (!pj)
-            throw std::logic_error(
-                QObject::tr("Не могу создать объект трансформации. %1").arg(projLastError()).toStdString());
-        if (PJ *normalized = proj_normalize_for_visualization(globalProjContext(), pj.get()))
-            pj = ownPj(normalized);
-        result = std::move(pj);
+    Texts texts = first;
+    std::shared_ptr<PJ> result = normalizedTransformation(texts);
+    if (!result) {
+        texts = Texts(fallbackOf(*from, first.first), fallbackOf(*to, first.second));
+        result = normalizedTransformation(texts);
     }
+    if (!result) {
+        texts = Texts(withoutZeroShift(first.first), withoutZeroShift(first.second));
+        result = normalizedTransformation(texts);
+    }
+    if (!result)
+        throw std::logic_error(
+            QObject::tr("Не могу создать объект трансформации. %1").arg(projLastError()).toStdString());
     const QMutexLocker lock(&m_mutex);
     m_byTexts[texts] = result;
     return result;

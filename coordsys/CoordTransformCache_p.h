@@ -1,7 +1,7 @@
 #pragma once
 
 #include <coordsys/CoordSystemTypes.h>
-#include <coordsys/ProjEngine.h>
+#include <coordsys/EngineStep_p.h>
 
 #include <QMutex>
 #include <QString>
@@ -12,24 +12,11 @@
 
 namespace nivora::cs {
 
-/// One PROJ transformation and what its ends speak, asked once: index 0 for forward, 1 for inverse.
-struct TransformStep
-{
-    std::shared_ptr<PJ> pj; ///< null for no step
-    bool radiansIn[2] = {false, false};
-    bool radiansOut[2] = {false, false};
-
-    TransformStep() = default;
-    /// Takes the PROJ lock.
-    explicit TransformStep(std::shared_ptr<PJ> object);
-    explicit operator bool() const { return pj != nullptr; }
-};
-
 /// One step, or two when the way runs through WGS 84. Immutable; its PJ objects need the PROJ lock.
 struct TransformQueue
 {
-    TransformStep first;
-    TransformStep second;
+    EngineStep first;
+    EngineStep second;
 };
 using TransformQueuePtr = std::shared_ptr<const TransformQueue>;
 
@@ -59,6 +46,8 @@ private:
     };
     using Texts = std::pair<QString, QString>;
 
+    static QString definitionOf(const CoordSystem &cs);
+    static QString fallbackOf(const CoordSystem &cs, const QString &first);
     std::shared_ptr<PJ> sharedByTexts(const Texts &texts) const;
 
     mutable QMutex m_mutex; ///< guards both maps

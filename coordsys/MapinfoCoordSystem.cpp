@@ -2,6 +2,7 @@
 
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
+#include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoIndex_p.h>
 #include <coordsys/MapinfoPrjReader.h>
 #include <platform/Logger.h>
@@ -189,15 +190,48 @@ void MapinfoCoordSystem::fillCache()
     }
 }
 
-QString MapinfoCoordSystem::seekByEPSG(int epsg) const
+MapinfoCoordSystem::Position MapinfoCoordSystem::positionByEpsg(int epsg) const
 {
     for (int category = 0; category < m_categories.size(); ++category) {
         const QList<CoordSystemParams> &entries = m_categories.at(category).entries;
         for (int index = 0; index < entries.size(); ++index)
             if (entries.at(index).epsg() == epsg)
-                return getStrMB(category, index);
+                return {category, index};
     }
-    return QString();
+    return PairNone;
+}
+
+QString MapinfoCoordSystem::seekByEPSG(int epsg) const
+{
+    const Position position = positionByEpsg(epsg);
+    return position == PairNone ? QString() : getStrMB(position.first, position.second);
+}
+
+std::optional<CoordSystemParams> MapinfoCoordSystem::entryByEpsg(int epsg) const
+{
+    const Position position = positionByEpsg(epsg);
+    const CoordSystemParams *found = entry(position.first, position.second);
+    return found ? std::make_optional(*found) : std::nullopt;
+}
+
+int MapinfoCoordSystem::codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const
+{
+    const auto hasRecord = [&](const Position &position) {
+        try {
+            const QString prj = getStrMB(position.first, position.second);
+            return MapHeaderCoordsysConverter::compareTabProjInfo(
+                MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj), record, false, false);
+        } catch (const std::exception &) {
+            return false; // an entry that cannot be read has no record
+        }
+    };
+    std::map<Position, int> found;
+    for (const int code : codes) {
+        const Position position = positionByEpsg(code);
+        if (position != PairNone && hasRecord(position))
+            found.emplace(position, code);
+    }
+    return found.empty() ? int(CoordSystem::EPSG_UNDEFINDED) : found.begin()->second;
 }
 
 /// The system of an entry for a look-up by equality: null when it cannot be built, which is logged once.

@@ -8,11 +8,13 @@
 #include <QFuture>
 #include <QList>
 #include <QReadWriteLock>
+#include <QVector>
 
 #include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -20,6 +22,7 @@ namespace nivora::cs {
 
 class CatalogueSource;
 class MapinfoIndex;
+struct TABProjInfo_t;
 
 /// The encoding in which loadFromPRJ() reads a file, told by the first line: Windows-1251 when that line is
 /// Russian in it, else (and for a file that cannot be opened) UTF-8.
@@ -64,6 +67,11 @@ public:
 
     /// The CoordSys string of the first entry with the code, null when there is none.
     QString seekByEPSG(int epsg) const;
+    /// That entry itself.
+    std::optional<CoordSystemParams> entryByEpsg(int epsg) const;
+    /// Of some codes the one whose first entry has this record (clauses left aside), the first in file order;
+    /// else EPSG_UNDEFINDED.
+    int codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const;
     /// The first entry, in file order, that equals the system (CoordSystem::isEqual with the flag), else
     /// PairNone. An entry that cannot be built is unequal (logged once).
     Position seekProj(const CoordSystem &cs, bool ignoreRect) const;
@@ -81,6 +89,7 @@ public:
 
 private:
     const CoordSystemParams *entry(int category, int index) const;
+    Position positionByEpsg(int epsg) const;
     CoordSystemPtr buildForLookUp(int category, int index) const;
     Position walkEntries(const CoordSystem &cs, bool ignoreRect) const;
     void fillCache();

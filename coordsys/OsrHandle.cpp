@@ -48,4 +48,27 @@ QString osrToProj4(void *srs)
     return code == OGRERR_NONE ? QString::fromUtf8(text.get()) : QString();
 }
 
+QString osrToWkt2(void *srs)
+{
+    const char *const options[] = {"FORMAT=WKT2_2019", nullptr};
+    char *raw = nullptr;
+    const OGRErr code = srs ? OSRExportToWktEx(srs, &raw, options) : OGRERR_FAILURE;
+    const CplText text(raw);
+    return code == OGRERR_NONE ? QString::fromUtf8(text.get()) : QString();
+}
+
+std::shared_ptr<void> srsFromWkt(const QString &wkt)
+{
+    std::shared_ptr<void> srs = newSrs();
+    QByteArray utf8 = wkt.toUtf8();
+    char *rest = utf8.data();
+    return OSRImportFromWkt(srs.get(), &rest) == OGRERR_NONE ? srs : nullptr;
+}
+
+std::shared_ptr<void> srsFromProj(const QString &proj)
+{
+    std::shared_ptr<void> srs = newSrs();
+    return OSRImportFromProj4(srs.get(), proj.toUtf8().constData()) == OGRERR_NONE ? srs : nullptr;
+}
+
 } // namespace nivora::cs

@@ -48,5 +48,10 @@ public:
 
 /// The PROJ text of a spatial reference; empty when GDAL cannot give one. Takes the PROJ lock.
 QString osrToProj4(void *srs);
+/// WKT 2 of 2019; empty when GDAL cannot give it. Not for a handle that others use.
+QString osrToWkt2(void *srs);
+/// A spatial reference read from a text; null when GDAL refuses it.
+std::shared_ptr<void> srsFromWkt(const QString &wkt);
+std::shared_ptr<void> srsFromProj(const QString &proj);
 
 } // namespace nivora::cs

@@ -1,5 +1,6 @@
 #include <coordsys/ProjEngine.h>
 
+#include <coordsys/ProjText_p.h>
 #include <platform/Logger.h>
 
 #include <cpl_error.h>
@@ -48,6 +49,42 @@ PJ *destroyUnderLock(PJ *pj)
     return proj_destroy(pj);
 }
 
+/// The object of a text that is fit for PROJ; \p asked names it in the exception.
+PjHandle projObject(QString text, const QString &asked)
+{
+    const QString crsTerm = QStringLiteral("+type=crs");
+    const QMutexLocker lock(globalProj4Mutex());
+    PjHandle result = ownPj(proj_create(globalProjContext(), text.toUtf8().constData()));
+    if (result && text.contains(crsTerm) && proj_is_crs(result.get())) {
+        text.remove(crsTerm); // a CRS object describes; only an operation converts
+        result = ownPj(proj_create(globalProjContext(), text.toUtf8().constData()));
+    }
+    if (!result)
+        throw ProjException(QObject::tr("Ошибка инициализации проекции: %1").arg(asked));
+    return result;
+}
+
+QString withZeroShift(const QString &proj, bool onlyGeographicDatumFix)
+{
+    // "+proj=longlat +ellps=WGS84 +no_defs"
+    static const QRegularExpression geographicTerm(QStringLiteral("\\+proj=(longlat|latlong|latlon|lonlat)"));
+    const QString zeroShift = QStringLiteral("+towgs84=0,0,0,0,0,0,0");
+    const QString ellipsoid = QStringLiteral("+ellps=WGS84");
+
+    QString result = proj;
+    const bool geographic = geographicTerm.match(proj).hasMatch();
+    if (geographic && result.contains(ellipsoid) && result.contains(zeroShift))
+        result.replace(ellipsoid, QStringLiteral("+datum=WGS84")); // of the same length
+    if ((geographic || !onlyGeographicDatumFix) && !proj.contains(QLatin1String("+towgs84"))) {
+        const int end = proj.indexOf(QLatin1String("+no_defs"));
+        if (end < 0)
+            result += QLatin1Char(' ') + zeroShift;
+        else
+            result.insert(end, zeroShift + QLatin1Char(' '));
+    }
+    return result;
+}
+
 } // namespace
 
 PjHandle ownPj(PJ *pj)
@@ -94,24 +131,7 @@ ExportToPrjException::ExportToPrjException()
 
 QString fixedProjString(const QString &proj, bool onlyGeographicDatumFix)
 {
-    // "+proj=longlat +ellps=WGS84 +no_defs"
-    static const QRegularExpression geographicTerm(QStringLiteral("\\+proj=(longlat|latlong|latlon|lonlat)"));
-    const QString zeroShift = QStringLiteral("+towgs84=0,0,0,0,0,0,0");
-    const QString ellipsoid = QStringLiteral("+ellps=WGS84");
-
-    QString result = proj;
-    const bool geographic = geographicTerm.match(proj).hasMatch();
-    if (geographic && result.contains(ellipsoid) && result.contains(zeroShift))
-        result.replace(ellipsoid, QStringLiteral("+datum=WGS84")); // of the same length
-    if ((geographic || !onlyGeographicDatumFix) && !proj.contains(QLatin1String("+towgs84"))) {
-        const int end = proj.indexOf(QLatin1String("+no_defs"));
-        if (end < 0)
-            result += QLatin1Char(' ') + zeroShift;
-        else
-            result.insert(end, zeroShift + QLatin1Char(' '));
-    }
-    result.remove(QStringLiteral("+R_A"));
-    return result;
+    return withZeroShift(proj, onlyGeographicDatumFix).remove(QStringLiteral("+R_A"));
 }
 
 QString removeHelmertFromProjString(const QString &proj, bool &removed)
@@ -123,19 +143,16 @@ QString removeHelmertFromProjString(const QString &proj, bool &removed)
     return removed ? QString(proj).remove(term) : proj;
 }
 
-PjHandle proj4FromString(const QString &proj)
+PjHandle proj4FromString(const QString &proj) { return projObject(fixedProjString(proj, true), proj); }
+
+PjHandle proj4FromExport(const QString &proj) { return projObject(withZeroShift(proj, true), proj); }
+
+QString withoutVerticalTerms(const QString &proj)
 {
-    const QString crsTerm = QStringLiteral("+type=crs");
-    const QMutexLocker lock(globalProj4Mutex());
-    QString fixed = fixedProjString(proj, true);
-    PjHandle result = ownPj(proj_create(globalProjContext(), fixed.toUtf8().constData()));
-    if (result && fixed.contains(crsTerm) && proj_is_crs(result.get())) {
-        fixed.remove(crsTerm); // a CRS object describes; only an operation converts
-        result = ownPj(proj_create(globalProjContext(), fixed.toUtf8().constData()));
-    }
-    if (!result)
-        throw ProjException(QObject::tr("Ошибка инициализации проекции: %1").arg(proj));
-    return result;
+    // "+vunits=m", "+geoidgrids=egm96.gtx"
+    static const QRegularExpression term(
+        QStringLiteral("\\s*\\+(vunits|vto_meter|geoidgrids|geoid_crs)=\\S+"));
+    return QString(proj).remove(term);
 }
 
 bool isIncorrect(const PJ_COORD &c) { return !std::isfinite(c.v[0]) || !std::isfinite(c.v[1]); }

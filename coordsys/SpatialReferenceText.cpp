@@ -34,7 +34,6 @@ constexpr std::uint8_t nonEarth = 0;
 constexpr std::uint8_t longitudeLatitude = 1;
 constexpr std::uint8_t hotine = 7; // always with a rectified grid angle of 90
 constexpr std::uint8_t mercator = 10;
-constexpr int leastConfidence = 50; // GDAL gives 25 to systems that merely resemble; right ones begin at 50
 
 /// Shift to WGS 84 in MapInfo's order and signs: dx, dy, dz (m), rx, ry, rz (arc-seconds), scale (ppm).
 using Shift = std::array<double, 7>;
@@ -43,7 +42,8 @@ using Shift = std::array<double, 7>;
 struct Exported
 {
     QString prj;
-    bool warned = false; ///< GDAL said that something was lost; logged already
+    QStringList complaints; ///< what could not be written, for the log
+    bool warned = false;    ///< GDAL said that something was lost
     bool local = false;
     double linearFactor = 1.0; ///< metres per unit of the plane
     bool falseOrigin = false;
@@ -58,12 +58,12 @@ struct Exported
     std::optional<Shift> shift; ///< none when the reference carries none
 };
 
-void logIncorrect(const QString &what)
+void complainIncorrect(Exported &exported, const QString &what)
 {
-    LOG_ERROR(QObject::tr("Строка PRJ сформирована некорректно (%1)").arg(what));
+    exported.complaints << QObject::tr("Строка PRJ сформирована некорректно (%1)").arg(what);
 }
 
-QString exportToMapInfo(OGRSpatialReferenceH srs, bool &warned)
+void exportToMapInfo(OGRSpatialReferenceH srs, Exported &out)
 {
     const CplErrorScope errors;
     char *raw = nullptr;
@@ -71,12 +71,10 @@ QString exportToMapInfo(OGRSpatialReferenceH srs, bool &warned)
     const CplText text(raw);
     if (code != OGRERR_NONE)
         throw ExportToPrjException();
-    warned = CPLGetLastErrorType() == CE_Warning;
-    if (warned) {
-        logIncorrect(errors.message());
-        CPLErrorReset();
-    }
-    return QString::fromUtf8(text.get());
+    out.warned = CPLGetLastErrorType() == CE_Warning;
+    if (out.warned)
+        complainIncorrect(out, errors.message());
+    out.prj = QString::fromUtf8(text.get());
 }
 
 /// PROJ keeps angles in radians, so a figure comes back with a wrong sixteenth digit; GDAL writes fifteen,
@@ -110,7 +108,7 @@ Exported exportedFrom(OGRSpatialReferenceH srs)
 {
     const QMutexLocker lock(globalProj4Mutex());
     Exported out;
-    out.prj = exportToMapInfo(srs, out.warned);
+    exportToMapInfo(srs, out);
 
     const CplErrorScope quiet;
     out.local = OSRIsLocal(srs) != 0;
@@ -152,7 +150,7 @@ bool sameFactor(double a, double b) { return std::fabs(a - b) <= factorTolerance
 
 /// The exporter knows some units by name only and writes metres for the others, the false origin in the unit
 /// that it dropped. True when the record was changed.
-bool mendUnit(TABProjInfo_t &info, const Exported &exported, const ProjectionParamsManager &manager)
+bool mendUnit(TABProjInfo_t &info, Exported &exported, const ProjectionParamsManager &manager)
 {
     if (info.nProjId == longitudeLatitude)
         return false;
@@ -165,7 +163,7 @@ bool mendUnit(TABProjInfo_t &info, const Exported &exported, const ProjectionPar
         info.nUnitsId = static_cast<std::uint8_t>(unit->unitCode());
         return true;
     }
-    logIncorrect(exported.prj);
+    complainIncorrect(exported, exported.prj);
     return false;
 }
 
@@ -303,7 +301,7 @@ bool isWgs84(const QString &datum)
 /// The exporter writes WGS 84 for every datum that it has no number for, sometimes the number of another one,
 /// and the scale with the wrong sign. A datum nearer to WGS 84 than the axes tell keeps that number, but a
 /// shift of zero that nobody stated is told. True when the record was changed.
-bool mendDatum(TABProjInfo_t &info, const Exported &exported, const ProjectionParamsManager &manager)
+bool mendDatum(TABProjInfo_t &info, Exported &exported, const ProjectionParamsManager &manager)
 {
     if (info.nProjId == nonEarth || !exported.hasEllipsoid)
         return false;
@@ -323,11 +321,12 @@ bool mendDatum(TABProjInfo_t &info, const Exported &exported, const ProjectionPa
     }
     const bool fits = datumFits(info, exported, manager);
     if (!fits && !writeDatum(info, exported, manager)) {
-        logIncorrect(exported.prj);
+        complainIncorrect(exported, exported.prj);
         return false;
     }
     if (!exported.shift && (!fits || (info.nDatumId == wgs84Datum && !isWgs84(exported.datum))))
-        LOG_ERROR(QObject::tr("Сдвиг датума неизвестен, в строке PRJ он нулевой (%1)").arg(exported.prj));
+        exported.complaints
+            << QObject::tr("Сдвиг датума неизвестен, в строке PRJ он нулевой (%1)").arg(exported.prj);
     return !fits;
 }
 
@@ -341,56 +340,44 @@ bool isPlaneLost(const TABProjInfo_t &info, const Exported &exported)
     return exported.falseOrigin && paramForPrj(info.nProjId) < 4;
 }
 
+/// Mends the record of what GDAL wrote. True when its text must be written anew.
+bool mend(TABProjInfo_t &info, Exported &exported, const ProjectionParamsManager &manager)
+{
+    if (!exported.warned && isPlaneLost(info, exported))
+        complainIncorrect(exported, exported.prj);
+    const bool userDatum = isUserDatum(info.nDatumId);
+    const bool unitMended = mendUnit(info, exported, manager);
+    const bool datumMended = mendDatum(info, exported, manager);
+    return userDatum || unitMended || datumMended;
+}
+
 } // namespace
 
 QString prjFromSpatialReference(void *srs)
 {
     // Facts first, catalogues after the lock is released: they may wait for threads that need it.
-    const Exported exported = exportedFrom(srs);
-    if (exported.prj.isEmpty())
-        return exported.prj;
+    Exported exported = exportedFrom(srs);
+    QString text = exported.prj;
+    if (!text.isEmpty()) {
+        const auto manager = activeCatalogues()->projectionParamsManager();
+        TABProjInfo_t info = recordOf(exported.prj, *manager);
+        if (mend(info, exported, *manager))
+            text = MapHeaderCoordsysConverter().tabProjInfoToString(info);
+    }
+    for (const QString &complaint : qAsConst(exported.complaints))
+        LOG_ERROR(complaint);
+    return text;
+}
 
+std::optional<TABProjInfo_t> recordFromSpatialReference(void *srs)
+{
+    Exported exported = exportedFrom(srs);
+    if (exported.prj.isEmpty())
+        return std::nullopt;
     const auto manager = activeCatalogues()->projectionParamsManager();
     TABProjInfo_t info = recordOf(exported.prj, *manager);
-    if (!exported.warned && isPlaneLost(info, exported))
-        logIncorrect(exported.prj);
-    const bool userDatum = isUserDatum(info.nDatumId);
-    const bool unitMended = mendUnit(info, exported, *manager);
-    const bool datumMended = mendDatum(info, exported, *manager);
-    if (!userDatum && !unitMended && !datumMended)
-        return exported.prj;
-    return MapHeaderCoordsysConverter().tabProjInfoToString(info);
-}
-
-int getEpsgFromCrs(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress, void *srs)
-{
-    if (!srs)
-        return CoordSystemTypes::EPSG_UNDEFINDED;
-    const QMutexLocker lock(globalProj4Mutex());
-    const CplErrorScope quiet;
-    int count = 0;
-    int *rawConfidences = nullptr;
-    const SrsArray candidates(OSRFindMatches(srs, nullptr, &count, &rawConfidences));
-    const std::unique_ptr<int, decltype(&VSIFree)> confidences(rawConfidences, VSIFree);
-
-    for (int i = 0; candidates && i < count; ++i) {
-        if (progress && progress->isCanceled())
-            break;
-        OGRSpatialReferenceH candidate = candidates.get()[i];
-        const char *authority = OSRGetAuthorityName(candidate, nullptr);
-        const char *code = OSRGetAuthorityCode(candidate, nullptr);
-        const bool isEpsg =
-            QString::fromLatin1(authority).compare(QLatin1String("EPSG"), Qt::CaseInsensitive) == 0;
-        if (isEpsg && code && confidences && confidences.get()[i] >= leastConfidence)
-            return static_cast<int>(std::strtol(code, nullptr, 10));
-    }
-    return CoordSystemTypes::EPSG_UNDEFINDED;
-}
-
-int getEpsgFromCrs(void *srs)
-{
-    static const auto neverCancelled = std::make_shared<nivora::concurrent::ProgressHandler>();
-    return getEpsgFromCrs(neverCancelled, srs);
+    mend(info, exported, *manager);
+    return exported.complaints.isEmpty() ? std::make_optional(info) : std::nullopt;
 }
 
 } // namespace nivora::cs

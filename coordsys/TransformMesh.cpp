@@ -80,7 +80,7 @@ void transformAll(const TransformQueue &queue, int direction, PJ_COORD *points, 
     const QMutexLocker lock(globalProj4Mutex());
     const ErrnoKeeper keeper(queue.first.pj.get());
     for (int i = 0; i < count; ++i)
-        points[i] = transformed(steps, direction, points[i]);
+        points[i] = transformed(steps, points[i]);
 }
 
 } // namespace

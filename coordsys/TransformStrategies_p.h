@@ -24,27 +24,27 @@ public:
     int direction = 1; ///< PROJ's: 1 forward, -1 inverse
 };
 
-/// Every point through one array call per step; one bad point fails the list.
+/// Every point through the steps; one bad point fails the list.
 class TransformInternalCommon : public TransformInternalBase
 {
 public:
     bool transform(const QVector<QPointF> &in, QVector<QPointF> &out) override;
 };
 
-/// The steps of TransformInternalCommon for one point, without a list; \p queue may be null, which changes
-/// nothing. \p point is written on success.
-bool transformSinglePoint(const TransformQueue *queue, int direction, QPointF &point);
-
 /// The steps of a queue in the order of a direction.
 struct OrderedSteps
 {
     OrderedSteps(const TransformQueue &queue, int direction);
-    const TransformStep *first;
-    const TransformStep *second; ///< null for one step
-    int side;                    ///< index into TransformStep::radiansIn and radiansOut
+    const EngineStep *first;
+    const EngineStep *second; ///< null for one step
+    int direction;
 };
 
 /// One point through the steps, a failed one as PROJ marks it. Needs the PROJ lock.
-PJ_COORD transformed(const OrderedSteps &steps, int direction, PJ_COORD point);
+PJ_COORD transformed(const OrderedSteps &steps, PJ_COORD point);
+
+/// Points through the steps in place, as EngineStep's transformPoints(). A null \p queue changes nothing.
+/// Takes the PROJ lock once.
+bool transformPoints(const TransformQueue *queue, int direction, QPointF *points, std::size_t count);
 
 } // namespace nivora::cs

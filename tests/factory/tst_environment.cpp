@@ -163,8 +163,8 @@ private Q_SLOTS:
         QVERIFY(factory->initCoordSystemEnvironment());
         CoordSysFactory::setDefaultCoordSysFactory(factory);
         const CoordSystemPtr lambert = factory->createFromEpsg(2154);
-        QCOMPARE(factory->createFromWkt(lambert->exportToWkt())->matchedEpsg(),
-                 2154); // GDAL asks its own database
+        QCOMPARE(factory->createFromProj(QStringLiteral("+proj=utm +zone=37 +datum=WGS84"))->matchedEpsg(),
+                 32637); // GDAL asks its own database
         QPointF out;
         QVERIFY(CoordTransform(factory->createFromEpsg(4326), lambert).forward(QPointF(3, 46.5), out));
         VERIFY_NEAR(out, QPointF(700000, 6600000), 1e-3); // the origin of Lambert-93

@@ -39,8 +39,6 @@ private Q_SLOTS:
             QTest::addRow("PROJ %s", name)
                 << proj.arg(QStringLiteral("+units=") + QLatin1String(name)) << inOrder++;
         const std::pair<const char *, int> terms[] = {{"", 7},
-                                                      {"+units=link", 30},
-                                                      {"+units=ch", 31},
                                                       {"+to_meter=5.02921005842012", 32},
                                                       {"+to_meter=1000", 1}};
         for (const auto &[term, code] : terms)
@@ -66,7 +64,8 @@ private Q_SLOTS:
 
     void unitUnknown()
     {
-        for (const char *unit : {"+units=ind-yd", "+to_meter=2.5"}) {
+        // PROJ's chain and link are six millionths shorter than the survey units of that name.
+        for (const char *unit : {"+units=ind-yd", "+to_meter=2.5", "+units=ch", "+units=link"}) {
             const QString term = QString::fromUtf8(unit);
             const CoordSystemPtr cs = tmercIn(term);
             const QString instead = support::thrownInstead<std::logic_error>(
@@ -303,9 +302,7 @@ private Q_SLOTS:
         QVERIFY2(search < 1000000 || timer.nsecsElapsed() < search,
                  "a search without result must be remembered");
         // A cancelled search is not a result.
-        const CoordSystemPtr cs = made("epsg:3395");
-        cs->setSourceParameters({CoordSystem::Wkt, cs->exportToWkt()});
-        cs->setEpsg(CoordSystem::EPSG_UNDEFINDED);
+        const CoordSystemPtr cs = made("proj:+proj=merc +lon_0=0 +k=1 +datum=WGS84 +units=m");
         const auto cancelled = std::make_shared<nivora::concurrent::ProgressHandler>();
         cancelled->cancel();
         QCOMPARE(cs->epsg(cancelled), int(CoordSystem::EPSG_UNDEFINDED));

@@ -163,7 +163,6 @@ private Q_SLOTS:
         const CoordSystemPtr cs = made(system);
         const CoordTransform t(made(QStringLiteral("prj:Earth Projection 1, 104")), cs);
         const QPointF untouched(-7, -7);
-        const bool finite = std::isfinite(bad.x()) && std::isfinite(bad.y());
         QPointF out = untouched;
         QVERIFY(!t.forward(bad, out));
         QCOMPARE(out, untouched);
@@ -171,9 +170,7 @@ private Q_SLOTS:
         QCOMPARE(out, untouched);
         const QPointF good(40, 56);
         QVector<QPointF> list;
-        QVERIFY(!t.forward({good, bad, good}, list));
-        // PROJ passes what is not finite through a list; every other failure fails the whole list.
-        QCOMPARE(cs->forward({good, bad, good}, list), !finite);
+        QVERIFY(!t.forward({good, bad, good}, list) && !cs->forward({good, bad, good}, list));
         // The failure does not stick.
         QVERIFY(t.forward(good, out));
         QPointF own;

@@ -1,0 +1,144 @@
+#include <coordsys/CoordSystem.h>
+
+#include <coordsys/CatalogueSource.h>
+#include <coordsys/EpsgSearch_p.h>
+#include <coordsys/OsrHandle_p.h>
+#include <coordsys/ProjLibMetadata.h>
+#include <coordsys/SpatialReferenceText.h>
+#include <coordsys/SystemIdentity_p.h>
+#include <platform/Logger.h>
+
+#include <QReadLocker>
+#include <QWriteLocker>
+
+// Who a system is: its identity, its code and its name.
+
+namespace nivora::cs {
+namespace {
+
+using nivora::concurrent::ProgressHandler;
+
+const std::shared_ptr<ProgressHandler> &neverCancelled()
+{
+    static const auto handler = std::make_shared<ProgressHandler>();
+    return handler;
+}
+
+/// The name that goes with a code: the catalogue's, else the database's.
+QString nameOfCode(int code)
+{
+    try {
+        return activeCatalogues()->nameOfCode(code);
+    } catch (const std::exception &e) {
+        LOG_DEBUG(QString::fromUtf8(e.what()));
+        return {};
+    }
+}
+
+/// Remembers what a search found, also nothing; not what a cancelled one did not find.
+template <typename Search>
+int remembered(std::atomic<int> &memory, int notAsked, const ProgressHandler *progress, Search &&search)
+{
+    const int known = memory;
+    if (known != notAsked)
+        return known;
+    const int found = search();
+    if (found != CoordSystemTypes::EPSG_UNDEFINDED || !progress || !progress->isCanceled())
+        memory = found;
+    return found;
+}
+
+} // namespace
+
+CoordSystem::IdentityPtr CoordSystem::identity() const
+{
+    {
+        const QReadLocker lock(&m_lock);
+        if (m_hasIdentity)
+            return m_identity;
+    }
+    setIdentity(SystemIdentity::of(m_source, m_srs.get()));
+    const QReadLocker lock(&m_lock);
+    return m_identity;
+}
+
+// Code
+
+int CoordSystem::epsg() const { return epsg(neverCancelled()); }
+
+int CoordSystem::epsg(const std::shared_ptr<ProgressHandler> &progress) const
+{
+    if (m_source.type == Epsg)
+        return m_source.string.toInt();
+    const int set = m_epsg;
+    return set != EPSG_UNDEFINDED ? set : searchedEpsg(progress);
+}
+
+/// The code that a WKT states and keeps.
+int CoordSystem::statedEpsg() const
+{
+    if (m_source.type != Wkt)
+        return EPSG_UNDEFINDED;
+    return remembered(m_statedEpsg, NotAsked, nullptr, [this] {
+        const IdentityPtr known = identity();
+        return known ? known->ownCode() : int(EPSG_UNDEFINDED);
+    });
+}
+
+int CoordSystem::searchedEpsg(const std::shared_ptr<ProgressHandler> &progress) const
+{
+    const int stated = statedEpsg();
+    if (stated != EPSG_UNDEFINDED)
+        return stated;
+    if (!m_srs)
+        (void)projStr(); // throws: there is nothing to search for
+    return remembered(m_searchedEpsg, NotAsked, progress.get(), [&] {
+        const IdentityPtr known = m_source.type == Wkt ? identity() : nullptr;
+        const int identified = known ? identifiedEpsg(progress, known->definition()) : int(EPSG_UNDEFINDED);
+        return identified != EPSG_UNDEFINDED ? identified : getEpsgFromCrs(progress, m_srs.get());
+    });
+}
+
+int CoordSystem::matchedEpsg() const { return matchedEpsg(neverCancelled()); }
+
+int CoordSystem::matchedEpsg(const std::shared_ptr<ProgressHandler> &progress) const
+{
+    return remembered(m_matchedEpsg, NotAsked, progress.get(), [&] {
+        if (m_source.type != Wkt)
+            return getEpsgFromCrs(progress, m_srs.get());
+        // Of equal systems one may come from WKT and one from PROJ text: the text that they share is asked.
+        const std::shared_ptr<void> shared = srsFromProj(projStr());
+        return getEpsgFromCrs(progress, shared.get());
+    });
+}
+
+// Name
+
+QString CoordSystem::description() const
+{
+    {
+        const QReadLocker lock(&m_lock);
+        if (!m_isNameless)
+            return m_description;
+    }
+    const QString found = foundDescription(); // leaves the class: never under the lock
+    const QWriteLocker lock(&m_lock);
+    if (m_isNameless)
+        m_description = found;
+    m_isNameless = false;
+    return m_description;
+}
+
+QString CoordSystem::foundDescription() const
+{
+    const int code = epsg();
+    const QString registered = code != EPSG_UNDEFINDED ? nameOfCode(code) : QString();
+    if (!registered.isEmpty())
+        return registered;
+    if (m_source.type != Wkt)
+        return m_source.string;
+    const IdentityPtr known = identity();
+    return known && !known->name().isEmpty() ? known->name() : projStr();
+}
+
+} // namespace nivora::cs

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <proj.h>
+
+namespace nivora::cs {
+
+/// True when a system is the registered one, whatever shift to WGS 84, axis order and spelling its text has:
+/// PROJ finds them equivalent, or plane and figures agree and the system's datum has a name that the database
+/// does not know. The name of another known datum makes another system. Needs the lock of the context.
+bool isRegisteredSystem(PJ_CONTEXT *context, const PJ *crs, const PJ *registered);
+
+/// True when both have the same unit, axes, prime meridian, method, parameters (1e-9 of their size) and
+/// ellipsoid (1 mm), so that the same numbers mean the same place on one datum. Needs the lock of the
+/// context.
+bool isSamePlane(PJ_CONTEXT *context, const PJ *a, const PJ *b);
+
+/// The ellipsoid's axes differ by less than a millimetre.
+bool isSameEllipsoid(PJ_CONTEXT *context, const PJ *a, const PJ *b);
+
+} // namespace nivora::cs

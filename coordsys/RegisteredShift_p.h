@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+
+#include <array>
+
+namespace nivora::cs {
+
+/// Shift to WGS 84 as TOWGS84 has it: dx, dy, dz (m), rx, ry, rz (arc-seconds, position vector), scale (ppm).
+using Shift = std::array<double, 7>;
+
+/// True when the database has an operation from the datum of an EPSG system to WGS 84 with these figures
+/// (0.01 m, 0.001 arc-second, 0.001 ppm). Works in the search's context; thread-safe.
+bool hasRegisteredShift(int epsg, const Shift &shift);
+
+/// True when the numbers of a system (WKT with its own shift) mean a place within 100 m of the one that they
+/// mean in an EPSG system by PROJ's best operation, in the middle of that one's area of use. Systems that
+/// merely share figures lie further apart. Works in the search's context; thread-safe.
+bool liesNear(int epsg, const QString &wkt);
+
+} // namespace nivora::cs
