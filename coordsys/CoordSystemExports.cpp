@@ -171,7 +171,8 @@ QString CoordSystem::withClauses(const QString &prj) const
     const PrjClauses written = hasAffineOrBoundsInString(prj);
     const auto record = written.affine || written.bounds ? recordOf(prj) : std::nullopt;
     const bool beforeBounds = written.bounds && !written.affine && m_affine;
-    const bool kept = !record || (!beforeBounds && (!written.affine || holdsAffine(*record, m_affine.get(), m_affineUnit)) &&
+    const bool kept = !record || (!beforeBounds &&
+                                  (!written.affine || holdsAffine(*record, m_affine.get(), m_affineUnit)) &&
                                   (!written.bounds || holdsBounds(*record, m_rect)));
     QString text = kept ? prj : withoutClauses(*record);
     if (m_affine && !(kept && written.affine))
@@ -208,10 +209,10 @@ QString CoordSystem::taggedStringImpl() const
     return QStringLiteral("proj4:") + projStr();
 }
 
-/// Only a CoordSys string carries an affine transformation.
+/// Only a CoordSys string carries an affine transformation; the source's may be gone, in a clone for one.
 QString CoordSystem::taggedWithClauses() const
 {
-    if (!m_affine)
+    if (!m_affine && !(m_source.type == Prj && hasAffineOrBoundsInString(m_source.string).affine))
         return taggedStringImpl();
     try {
         return QStringLiteral("prj:") + prjStr();
@@ -225,8 +226,7 @@ QString CoordSystem::taggedString() const
 {
     if (!isNonEarth())
         return taggedWithClauses();
-    const CoordSystemPtr plan =
-        activeCatalogues()->createNonEarth(unit().unitCode(), rectNumericCoordSys());
+    const CoordSystemPtr plan = activeCatalogues()->createNonEarth(unit().unitCode(), rectNumericCoordSys());
     if (m_affine)
         plan->setAffineTransform(std::make_unique<QTransform>(*m_affine), affineUnit());
     return plan->taggedWithClauses();

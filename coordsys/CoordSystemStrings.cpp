@@ -110,8 +110,8 @@ int endOfPlanUnit(const QString &prj, int from)
                                          QRegularExpression::CaseInsensitiveOption);
     if (!prj.contains(QLatin1String("NonEarth"), Qt::CaseInsensitive))
         return from;
-    const QRegularExpressionMatch match = unit.match(prj, from, QRegularExpression::NormalMatch,
-                                                     QRegularExpression::AnchoredMatchOption);
+    const QRegularExpressionMatch match =
+        unit.match(prj, from, QRegularExpression::NormalMatch, QRegularExpression::AnchoredMatchOption);
     return match.hasMatch() ? match.capturedEnd() : from;
 }
 
