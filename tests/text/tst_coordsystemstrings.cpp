@@ -240,6 +240,18 @@ private Q_SLOTS:
         QVERIFY(csStringToInternal({CoordSystemTypes::Proj4, QStringLiteral("+proj=longlat +datum=WGS84")})
                     ->isLatLong());
 
+        // The first entry whose number is nothing but the number.
+        const support::ResourceCopy copy;
+        copy.write(
+            QStringLiteral("OracleSRID.xml"),
+            "<s><cs srid=\"5,6\" mbproj=\"1, 0\"/><cs srid=\"5 6\" mbproj=\"1, 0\"/><cs mbproj=\"1, 0\"/>"
+            "<cs srid=\" 5\" mbproj=\"1, 0\"/><cs srid=\"0x5\" mbproj=\"1, 1\"/><cs srid=\"5\" mbproj=\"1, "
+            "0\"/></s>");
+        const auto oracles = std::make_shared<CoordSysFactory>(copy.dir(), copy.dir(), QStringLiteral("ru"));
+        QVERIFY(oracles->initCoordSystemEnvironment());
+        QCOMPARE(oracles->createFromOracleSRID(5)->prjStr(), QStringLiteral("Earth Projection 1, 1"));
+        QVERIFY_EXCEPTION_THROWN(oracles->createFromOracleSRID(0), std::runtime_error);
+
         const support::LogCapture log;
         QVERIFY(!csStringToInternal(QStringLiteral("proj4%1"), QStringLiteral("+proj=longlat")));
         QCOMPARE(log.lines(QStringLiteral("error")),
