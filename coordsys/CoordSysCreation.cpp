@@ -23,6 +23,7 @@
 #include <QXmlStreamReader>
 
 #include <cmath>
+#include <optional>
 
 namespace nivora::cs {
 namespace {
@@ -150,6 +151,16 @@ PjHandle projObjectFor(const CoordSystem &cs, const TABProjInfo_t &record)
         }
     }
     return proj4FromString(text);
+}
+
+/// "8307" or "0x2073"; nothing for a list, a sign, blanks, or a number beyond an int.
+std::optional<int> cleanNumber(const QString &text)
+{
+    static const QRegularExpression clean(QStringLiteral("\\A(?:0x[0-9a-fA-F]+|[0-9]+)\\z")); // "0x2073"
+    const bool hex = text.startsWith(QLatin1String("0x"));
+    bool isNumber = false;
+    const int number = text.toInt(&isNumber, hex ? 16 : 10);
+    return isNumber && clean.match(text).hasMatch() ? std::optional<int>(number) : std::nullopt;
 }
 
 } // namespace
@@ -382,10 +393,7 @@ CoordSystemPtr CoordSysFactory::createFromOracleSRID(int srid) const
     QXmlStreamReader xml(&file);
     xml.readNextStartElement(); // the root, whatever its name
     while (prj.isEmpty() && xml.readNextStartElement()) {
-        const QString number = xml.attributes().value(QLatin1String("srid")).toString();
-        const bool hex = number.startsWith(QLatin1String("0x"));
-        bool isNumber = false;
-        if (number.toInt(&isNumber, hex ? 16 : 10) == srid && isNumber)
+        if (cleanNumber(xml.attributes().value(QLatin1String("srid")).toString()) == srid)
             prj = QStringLiteral("CoordSys Earth Projection, ") +
                   xml.attributes().value(QLatin1String("mbproj"));
         xml.skipCurrentElement();
@@ -443,6 +451,8 @@ void setAffineParamsArray(CoordSystem &cs, const MIUnitConvParam *unit, const st
 {
     auto transform =
         std::make_unique<QTransform>(params[0], params[1], params[2], params[3], params[4], params[5]);
+    if (isSingularAffine(*transform))
+        throw std::invalid_argument(QObject::tr("Вырожденное аффинное преобразование").toStdString());
     LinearUnit named = unit ? LinearUnit(*unit) : LinearUnit();
     if (!unit) {
         try {
@@ -451,10 +461,7 @@ void setAffineParamsArray(CoordSystem &cs, const MIUnitConvParam *unit, const st
             LOG_DEBUG(QString::fromUtf8(e.what()));
         }
     }
-    if (named)
-        cs.setAffineTransform(std::move(transform), named);
-    else
-        cs.setAffineTransform(std::move(transform));
+    cs.setAffineTransform(std::move(transform), named); // an earlier unit does not belong to it
 }
 
 } // namespace nivora::cs

@@ -94,7 +94,7 @@ public:
     /// @}
 
     /// Installs an affine transformation: \p params is the unit's name and A to F (x' = A x + B y + C,
-    /// y' = D x + E y + F) as text. An unknown unit name counts as no unit.
+    /// y' = D x + E y + F) as text. An unknown unit name counts as no unit. Throws like setAffineParamsArray.
     static void setAffineParams(CoordSystem &cs, const QStringList &params);
     /// The two systems whose coordinates must be cropped, made by the active factory on first call and kept
     /// for the life of the process. Thread-safe.
@@ -130,7 +130,9 @@ private:
 };
 
 /// Installs the affine transformation whose matrix is m11, m12, m21, m22, dx, dy, in this order. With no
-/// unit: degree for a geographic system, else the system's own unit when it can be named, else no unit.
+/// unit: degree for a geographic system, else the system's own unit when it can be named, else none, whatever
+/// unit an earlier transformation had. Throws std::invalid_argument "Вырожденное аффинное преобразование" for
+/// a singular one (isSingularAffine), which leaves the system as it was.
 NIVORA_CS_EXPORT void setAffineParamsArray(CoordSystem &cs, const MIUnitConvParam *unit,
                                            const std::array<double, 6> &params);
 

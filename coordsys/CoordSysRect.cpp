@@ -44,14 +44,29 @@ TABProjInfo_t entryFrom(const QXmlStreamAttributes &attributes)
     return info;
 }
 
+/// "nan" and "inf" are numbers to the text conversion.
+bool isFinite(const TABProjInfo_t &info)
+{
+    const auto finite = [](double value) { return std::isfinite(value); };
+    return std::all_of(std::begin(info.adProjParams), std::end(info.adProjParams), finite) &&
+           std::all_of(std::begin(info.adDatumParams), std::end(info.adDatumParams), finite) &&
+           finite(info.dDatumShiftX) && finite(info.dDatumShiftY) && finite(info.dDatumShiftZ) &&
+           std::isfinite(info.dXMax - info.dXMin) && std::isfinite(info.dYMax - info.dYMin);
+}
+
 /// The children of the root that are named "cs"; deeper elements are not entries.
 bool readEntries(QXmlStreamReader &xml, std::vector<TABProjInfo_t> &entries)
 {
     if (!xml.readNextStartElement())
         return false;
     while (xml.readNextStartElement()) {
-        if (xml.name() == QLatin1String("cs"))
-            entries.push_back(entryFrom(xml.attributes()));
+        if (xml.name() == QLatin1String("cs")) {
+            const TABProjInfo_t entry = entryFrom(xml.attributes());
+            if (isFinite(entry))
+                entries.push_back(entry);
+            else
+                LOG_ERROR(QStringLiteral("cs_mbr.xml:%1: not a finite number").arg(xml.lineNumber()));
+        }
         xml.skipCurrentElement();
     }
     while (!xml.atEnd())

@@ -120,9 +120,14 @@ public:
     QString exportToWkt2() const;
     /// PROJ text. Throws std::logic_error when neither PROJ nor GDAL can give one.
     QString projStr() const;
-    /// CoordSys string with affine clause and explicit bounds. Throws ExportToPrjException.
+    /// CoordSys string with the affine clause and the explicit bounds that the object holds now, in this
+    /// order; clauses of the source text that say something else are replaced. A singular transformation is
+    /// written too, though no creator takes it. Throws ExportToPrjException.
     QString prjStr() const;
-    /// "prj:", "proj4:", "EPSG:" or "WKT:" and the text; CoordSysFactory::createFromTaggedString reads it.
+    /// "prj:", "proj4:", "EPSG:" or "WKT:" and the text; CoordSysFactory::createFromTaggedString reads it. A
+    /// system with an affine transformation is tagged "prj:"; when it has no CoordSys string that is logged
+    /// as an error and the tag is written without the transformation. Explicit bounds that were set on a
+    /// system of another notation are not part of its tag. Throws like projStr(); for a plan like unit().
     QString taggedString() const;
     /// @}
 
@@ -192,6 +197,7 @@ private:
     bool computeNeedCrop() const;
     QString projText(const std::function<LinearUnit()> &unitOf) const;
     QString taggedStringImpl() const;
+    QString taggedWithClauses() const;
     QString barePrj() const;
     QString withClauses(const QString &prj) const;
     QString affineUnitName() const;

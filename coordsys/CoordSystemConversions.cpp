@@ -18,11 +18,17 @@ namespace nivora::cs {
 bool hasAffine(const CoordSystem *cs) { return cs->affineTransform() != nullptr; }
 bool hasAffine(const CoordSystemPtr &cs) { return hasAffine(cs.get()); }
 
-bool isSingularAffine(const QTransform &t)
+bool isSingularAffine(const QTransform &affine)
 {
-    const double determinant = std::fabs(t.m11() * t.m22() - t.m21() * t.m12());
-    const double size = (std::fabs(t.m11()) + std::fabs(t.m21())) * (std::fabs(t.m12()) + std::fabs(t.m22()));
-    return !(determinant > 1e-12 * size) || !std::isfinite(size) || !std::isfinite(t.dx() + t.dy());
+    const double rowX = std::fabs(affine.m11()) + std::fabs(affine.m21());
+    const double rowY = std::fabs(affine.m12()) + std::fabs(affine.m22());
+    if (!std::isfinite(rowX) || !std::isfinite(rowY) || !std::isfinite(affine.dx()) ||
+        !std::isfinite(affine.dy()))
+        return true;
+    // Row by row, so that neither 1e-200 nor 1e200 leaves the range of a double; a zero row gives NaN.
+    const double determinant =
+        affine.m11() / rowX * (affine.m22() / rowY) - affine.m21() / rowX * (affine.m12() / rowY);
+    return !(std::fabs(determinant) > 1e-12);
 }
 
 bool hasSingularAffine(const CoordSystem *cs)

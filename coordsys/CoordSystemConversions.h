@@ -13,16 +13,13 @@ namespace nivora::cs {
 
 /// \name Between a system's user plane and its projection's plane
 /// forward applies the system's affine transformation, inverse undoes it; without one the value comes back
-/// unchanged. A transformation that cannot be inverted counts as the identity. Rectangles give the bounding
-/// rectangle of their image. Thread-safe.
+/// unchanged. Rectangles give the bounding rectangle of their image. These functions cannot fail: a singular
+/// transformation (isSingularAffine) maps forward as it stands, a line or a point, and inverse takes the
+/// identity for it. Ask first where that matters. Thread-safe.
 /// @{
+/// True when a transformation is installed, a singular one too. \p cs must not be null.
 NIVORA_CS_EXPORT bool hasAffine(const CoordSystem *cs);
 NIVORA_CS_EXPORT bool hasAffine(const CoordSystemPtr &cs);
-/// True when a transformation folds the plane into a line or a point, or is not finite: with x' = A x + B y +
-/// C and y' = D x + E y + F, when |A E - B D| <= 1e-12 (|A| + |B|) (|D| + |E|).
-NIVORA_CS_EXPORT bool isSingularAffine(const QTransform &affine);
-/// The system has such a transformation; its conversions fail.
-NIVORA_CS_EXPORT bool hasSingularAffine(const CoordSystem *cs);
 NIVORA_CS_EXPORT QPointF tryConvertForward(const CoordSystem *cs, const QPointF &point);
 NIVORA_CS_EXPORT QRectF tryConvertForward(const CoordSystem *cs, const QRectF &rect);
 NIVORA_CS_EXPORT QPolygonF tryConvertForward(const CoordSystem *cs, const QPolygonF &polygon);
@@ -36,6 +33,14 @@ NIVORA_CS_EXPORT QPointF tryConvertInverse(const CoordSystemPtr &cs, const QPoin
 NIVORA_CS_EXPORT QRectF tryConvertInverse(const CoordSystemPtr &cs, const QRectF &rect);
 NIVORA_CS_EXPORT QPolygonF tryConvertInverse(const CoordSystemPtr &cs, const QPolygonF &polygon);
 /// @}
+
+/// No point of the plane can be found back: a coefficient is no finite number, or with MapInfo's letters
+/// |AE - BD| <= 1e-12 (|A| + |B|)(|D| + |E|), where rounding hides the difference. The size of the
+/// coefficients does not count. Creators refuse such a transformation, CoordSystem::setAffineTransform takes
+/// it. Thread-safe.
+NIVORA_CS_EXPORT bool isSingularAffine(const QTransform &affine);
+/// The system has such a transformation; its conversions fail.
+NIVORA_CS_EXPORT bool hasSingularAffine(const CoordSystem *cs);
 
 /// \name Units offered for a system: degrees for a geographic one, else the catalogue's lengths. Empty for
 /// null.

@@ -1,6 +1,7 @@
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemStrings.h>
+#include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/OsrHandle_p.h>
 #include <coordsys/ProjText_p.h>
 #include <coordsys/SpatialReferenceText.h>
@@ -15,12 +16,59 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <optional>
 
 namespace nivora::cs {
 
 using nivora::utils::toString;
 
 namespace {
+
+/// Nothing for a text that a host has set and that cannot be read.
+std::optional<TABProjInfo_t> recordOf(const QString &prj)
+{
+    try {
+        return MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj);
+    } catch (const std::exception &e) {
+        LOG_DEBUG(QString::fromUtf8(e.what()));
+        return std::nullopt;
+    }
+}
+
+bool holdsAffine(const TABProjInfo_t &record, const QTransform *affine, const LinearUnit &unit)
+{
+    if (!affine || !record.nAffineFlag)
+        return !affine && !record.nAffineFlag;
+    const double held[] = {affine->m11(), affine->m21(), affine->dx(),
+                           affine->m12(), affine->m22(), affine->dy()};
+    return std::equal(std::begin(held), std::end(held), std::begin(record.dAffineParams)) &&
+           (!unit || unit.unitCode() == record.nAffineUnits);
+}
+
+/// Compared as they are written: a rectangle keeps its width, not its far corner.
+bool holdsBounds(const TABProjInfo_t &record, const QRectF &rect)
+{
+    const bool isSet = rect.width() > 0.0 && rect.height() > 0.0;
+    if (!isSet || !record.nBoundsFlag)
+        return !isSet && !record.nBoundsFlag;
+    return boundConditionAsString(MapHeaderCoordsysConverter::boundForTabProj(record)) ==
+           boundConditionAsString(rect);
+}
+
+QString withoutClauses(TABProjInfo_t record)
+{
+    record.nAffineFlag = 0;
+    record.nBoundsFlag = 0;
+    return MapHeaderCoordsysConverter().tabProjInfoToString(record);
+}
+
+/// " Affine Units "m", A, B, C, D, E, F", with the leading blank.
+QString affineClause(const QTransform &t, const QString &unit)
+{
+    return QStringLiteral(" Affine Units \"%1\", %2, %3, %4, %5, %6, %7")
+        .arg(unit.isEmpty() ? QStringLiteral("m") : unit, toString(t.m11()), toString(t.m21()),
+             toString(t.dx()), toString(t.m12()), toString(t.m22()), toString(t.dy()));
+}
 
 /// WKT 1; the reason when GDAL cannot write it.
 QString wkt1Of(void *srs, QString &reason)
@@ -175,17 +223,17 @@ QString CoordSystem::affineUnitName() const
 
 QString CoordSystem::withClauses(const QString &prj) const
 {
-    QString text = prj;
-    const PrjClauses present = hasAffineOrBoundsInString(prj);
-    if (m_affine && !present.affine) {
-        const QString name = affineUnitName();
-        const QTransform &t = *m_affine;
-        text =
-            QStringLiteral("%1 Affine Units \"%2\", %3, %4, %5, %6, %7, %8")
-                .arg(text, name.isEmpty() ? QStringLiteral("m") : name, toString(t.m11()), toString(t.m21()),
-                     toString(t.dx()), toString(t.m12()), toString(t.m22()), toString(t.dy()));
-    }
-    if (isRectSet() && !present.bounds)
+    // Clauses of the text stay as they are written only when they are the object's, all of them.
+    const PrjClauses written = hasAffineOrBoundsInString(prj);
+    const auto record = written.affine || written.bounds ? recordOf(prj) : std::nullopt;
+    const bool beforeBounds = written.bounds && !written.affine && m_affine;
+    const bool kept = !record || (!beforeBounds &&
+                                  (!written.affine || holdsAffine(*record, m_affine.get(), m_affineUnit)) &&
+                                  (!written.bounds || holdsBounds(*record, m_rect)));
+    QString text = kept ? prj : withoutClauses(*record);
+    if (m_affine && !(kept && written.affine))
+        text += affineClause(*m_affine, affineUnitName());
+    if (isRectSet() && !(kept && written.bounds))
         text += boundConditionAsString(m_rect);
     return text;
 }
@@ -217,11 +265,27 @@ QString CoordSystem::taggedStringImpl() const
     return QStringLiteral("proj4:") + projStr();
 }
 
+/// Only a CoordSys string carries an affine transformation; the source's may be gone, in a clone for one.
+QString CoordSystem::taggedWithClauses() const
+{
+    if (!m_affine && !(m_source.type == Prj && hasAffineOrBoundsInString(m_source.string).affine))
+        return taggedStringImpl();
+    try {
+        return QStringLiteral("prj:") + prjStr();
+    } catch (const std::exception &e) {
+        LOG_ERROR(QObject::tr("Аффинное преобразование не записано: %1").arg(QString::fromUtf8(e.what())));
+    }
+    return taggedStringImpl();
+}
+
 QString CoordSystem::taggedString() const
 {
     if (!isNonEarth())
-        return taggedStringImpl();
-    return activeCatalogues()->createNonEarth(unit().unitCode(), rectNumericCoordSys())->taggedStringImpl();
+        return taggedWithClauses();
+    const CoordSystemPtr plan = activeCatalogues()->createNonEarth(unit().unitCode(), rectNumericCoordSys());
+    if (m_affine)
+        plan->setAffineTransform(std::make_unique<QTransform>(*m_affine), affineUnit());
+    return plan->taggedWithClauses();
 }
 
 bool compareprojStr(const QString &a, const QString &b)

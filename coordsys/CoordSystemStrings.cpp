@@ -10,6 +10,7 @@
 #include <QRegularExpression>
 #include <QVector>
 
+#include <algorithm>
 #include <cmath>
 
 namespace nivora::cs {
@@ -24,6 +25,7 @@ struct Token
 {
     QString text;
     int position;
+    int end() const { return position + text.size(); }
 };
 
 /// Numbers and quoted names of a CoordSys string: 1008, 104, "survey ft", -1.5e-05 …
@@ -33,7 +35,7 @@ QVector<Token> clauseTokens(const QString &prj)
     QVector<Token> tokens;
     for (auto matches = pattern.globalMatch(prj); matches.hasNext();) {
         const QRegularExpressionMatch match = matches.next();
-        tokens.append({match.captured(0).trimmed(), match.capturedStart(0)});
+        tokens.append({match.captured(0), match.capturedStart(0)});
     }
     return tokens;
 }
@@ -79,17 +81,62 @@ QRectF boundsFromTail(const QVector<Token> &tokens)
                        tokens[first + 3].text);
 }
 
-/// The clause is counted from the end of the text. With a missing number or an unquoted unit that count would
-/// reach into the parameters of the projection, so all of it must lie behind the words when they are there.
-QStringList affineFromTail(const QVector<Token> &tokens, bool behindBounds, int endOfWords)
+QStringList texts(const QVector<Token> &tokens, int first)
 {
-    const int first = tokens.size() - affineTokenCount - (behindBounds ? boundsTokenCount : 0);
-    if (first < 0 || tokens[first].position < endOfWords)
-        return {};
     QStringList clause;
     for (int i = first; i < first + affineTokenCount; ++i)
         clause << tokens[i].text;
     return clause;
+}
+
+/// Announced by the thousands the clause is counted from the end of the text.
+QStringList affineFromTail(const QVector<Token> &tokens, bool behindBounds)
+{
+    const int first = tokens.size() - affineTokenCount - (behindBounds ? boundsTokenCount : 0);
+    return first < 0 ? QStringList() : texts(tokens, first);
+}
+
+bool onlySeparators(const QString &prj, int from, int to)
+{
+    return std::all_of(prj.begin() + from, prj.begin() + to,
+                       [](QChar c) { return c.isSpace() || QStringLiteral(",()+").contains(c); });
+}
+
+/// Where a plan's unit ends that stands behind its affine clause; \p from when there is none.
+int endOfPlanUnit(const QString &prj, int from)
+{
+    // NonEarth Affine Units "m", 1, 0, 0, 0, 1, 0 Units "m" Bounds …
+    static const QRegularExpression unit(QStringLiteral(R"rx([\s,]*+Units\s*+("[^"]*"|[^\s,()"]+))rx"),
+                                         QRegularExpression::CaseInsensitiveOption);
+    if (!prj.contains(QLatin1String("NonEarth"), Qt::CaseInsensitive))
+        return from;
+    const QRegularExpressionMatch match =
+        unit.match(prj, from, QRegularExpression::NormalMatch, QRegularExpression::AnchoredMatchOption);
+    return match.hasMatch() ? match.capturedEnd() : from;
+}
+
+/// The seven tokens must follow the words at once, and behind them may stand a plan's unit and the bounds,
+/// nothing else: with a missing number or an unquoted unit other figures of the text would be taken.
+QStringList affineFromWords(const QString &prj, const QVector<Token> &tokens, int endOfWords, int boundsKind)
+{
+    const auto firstFrom = [&tokens](int position) {
+        return static_cast<int>(std::count_if(tokens.begin(), tokens.end(),
+                                              [position](const Token &t) { return t.position < position; }));
+    };
+    const int first = firstFrom(endOfWords);
+    if (first + affineTokenCount > tokens.size())
+        return {};
+    int end = endOfWords;
+    for (int i = first; i < first + affineTokenCount; ++i) {
+        if (!onlySeparators(prj, end, tokens[i].position))
+            return {};
+        end = tokens[i].end();
+    }
+    end = endOfPlanUnit(prj, end);
+    const bool boundsBehind =
+        boundsKind != 2 || prj.indexOf(QLatin1String("Bounds"), end, Qt::CaseInsensitive) >= 0;
+    const int rest = tokens.size() - firstFrom(end);
+    return boundsBehind && rest == (boundsKind ? boundsTokenCount : 0) ? texts(tokens, first) : QStringList();
 }
 
 struct UnitTerm
@@ -126,10 +173,10 @@ CoordSystemTypes::SourceType tryDetectTypeCoordSystem(const QString &text)
         return Notation{QRegularExpression(pattern, QRegularExpression::CaseInsensitiveOption), type};
     };
     // The first hit wins. The anchors bind only to the first alternative; stored texts rely on that
-    // looseness.
+    // looseness. A run of blanks or digits is never tried again from within: texts may be long.
     static const Notation notations[] = {
         notation(QStringLiteral(R"(^\s*GEOGCS|PROJCS|LOCAL_CS\[)"), CoordSystemTypes::Wkt),
-        notation(QStringLiteral(R"(^\s*(Coordsys|)\s*(Earth\s+Projection)|(NonEarth)|\d+\s*,\s*\d+)"),
+        notation(QStringLiteral(R"(^\s*+(?:Coordsys\s*+)?+Earth\s+Projection|NonEarth|\d\s*+,\s*+\d)"),
                  CoordSystemTypes::Prj),
         notation(QStringLiteral(R"(^\s*\+proj=)"), CoordSystemTypes::Proj4),
         notation(QStringLiteral(R"(^\s*\d{4,7}$)"), CoordSystemTypes::Epsg),
@@ -168,9 +215,10 @@ CoordSystemPtr csStringToInternal(const CoordSystemTypes::SourceData &source)
 PrjClauses hasAffineOrBoundsInString(const QString &prj)
 {
     // Earth Projection 3008, 104 … The class takes any of its letters before the number; kept, files rely on
-    // it.
+    // it. A longer number announces nothing.
     static const QRegularExpression projection(
-        QStringLiteral(R"((([Projection|NonEarth]\s+)|(^\s*))(?<prj_id>\d{4,4}))"),
+        QStringLiteral(
+            R"rx((?:[Projection|NonEarth]\s++|(?:CoordSys|Projection|Earth)[\s,]++|^[\s,]*+)(?<prj_id>\d{4})(?!\d))rx"),
         QRegularExpression::CaseInsensitiveOption);
 
     PrjClauses clauses{0, 0};
@@ -199,8 +247,11 @@ AffineAndBounds affineParamsAndBoundsFromPrj(const QString &prj)
     const QVector<Token> tokens = clauseTokens(prj);
     if (clauses.bounds == 1)
         result.bounds = boundsFromTail(tokens);
-    if (clauses.affine != 0)
-        result.affine = affineFromTail(tokens, clauses.bounds != 0, affineWords(prj).capturedEnd());
+    if (clauses.affine == 0)
+        return result;
+    const QRegularExpressionMatch words = affineWords(prj);
+    result.affine = words.hasMatch() ? affineFromWords(prj, tokens, words.capturedEnd(), clauses.bounds)
+                                     : affineFromTail(tokens, clauses.bounds != 0);
     return result;
 }
 

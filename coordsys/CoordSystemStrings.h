@@ -10,7 +10,8 @@
 namespace nivora::cs {
 
 /// The notation a text is written in, Unknown when none is recognised. Loose: two numbers joined by a comma
-/// anywhere make a CoordSys string of it, PROJ strings with several shift values included. Thread-safe.
+/// anywhere make a CoordSys string of it, PROJ strings with several shift values included. The time grows
+/// with the length alone. Thread-safe.
 NIVORA_CS_EXPORT CoordSystemTypes::SourceType tryDetectTypeCoordSystem(const QString &text);
 
 /// A system from text and the tag of its notation ("prj", "proj", "epsg", "wkt", "oracle", any case). An
@@ -18,7 +19,8 @@ NIVORA_CS_EXPORT CoordSystemTypes::SourceType tryDetectTypeCoordSystem(const QSt
 NIVORA_CS_EXPORT CoordSystemPtr csStringToInternal(const QString &type, const QString &text);
 NIVORA_CS_EXPORT CoordSystemPtr csStringToInternal(const CoordSystemTypes::SourceData &source);
 
-/// Which clauses a CoordSys string carries.
+/// Which clauses a CoordSys string carries. A number of four digits at its start, or behind white space and
+/// one of the letters of "Projection" or "NonEarth", is taken for the projection's.
 struct PrjClauses
 {
     std::int32_t affine; ///< 1 when an affine clause is announced
@@ -27,8 +29,9 @@ struct PrjClauses
 NIVORA_CS_EXPORT PrjClauses hasAffineOrBoundsInString(const QString &prj);
 
 /// The clauses themselves: seven tokens (the unit in its quotes, then A to F) or none, and the bounds, empty
-/// when there are none. Text that is no number counts as 0. A clause announced by words whose tokens are not
-/// all there gives no tokens. Thread-safe.
+/// when there are none. Text that is no number counts as 0. A clause announced by words must be complete, and
+/// only the bounds (or a plan's unit and its bounds) may stand behind it: else it gives no tokens. One
+/// announced by the thousands is counted from the end, whatever stands there. Thread-safe.
 struct AffineAndBounds
 {
     QStringList affine;

@@ -93,7 +93,10 @@ public:
 
     int size() const { return m_tokens.size(); }
     const QString &at(int i) const { return m_tokens.at(i); }
-    int indexOf(QLatin1String word) const { return static_cast<int>(m_tokens.indexOf(word)); }
+    int indexOf(QLatin1String word, int from = 0) const
+    {
+        return static_cast<int>(m_tokens.indexOf(word, from));
+    }
     bool isNonEarth() const { return m_nonEarth; }
     double number(int i) const { return prjNumber(m_tokens.at(i)); }
     /// True past the last token and where a clause begins.
@@ -101,12 +104,27 @@ public:
     {
         if (i >= m_tokens.size())
             return true;
-        const QString &token = m_tokens.at(i);
+        return isClauseWord(m_tokens.at(i));
+    }
+    /// How many tokens stand before the first word of a clause.
+    int beforeWords() const
+    {
+        const auto word = std::find_if(m_tokens.begin(), m_tokens.end(), isClauseWord);
+        return static_cast<int>(word - m_tokens.begin());
+    }
+    bool containsAffine() const { return !m_tokens.filter(QStringLiteral("affine")).isEmpty(); }
+    int clauseWords() const
+    {
+        return static_cast<int>(std::count_if(m_tokens.begin(), m_tokens.end(), isClauseWord));
+    }
+
+private:
+    static bool isClauseWord(const QString &token)
+    {
         return token.contains(QLatin1String("affine")) || token.contains(QLatin1String("units")) ||
                token.contains(QLatin1String("bounds"));
     }
 
-private:
     static QStringList split(const QString &prj)
     {
         // earth projection 8, 104, "survey ft", 39, 0, 1, 500000, 0 bounds (0, 0) (1, 1)
@@ -142,12 +160,32 @@ void setDatum(TABProjInfo_t &info, const MIDatumParam &datum)
     std::copy(std::begin(parameters), std::end(parameters), info.adDatumParams);
 }
 
+/// How many tokens belong to the projection itself, before its clauses. Thousands announce clauses: without
+/// words before them those are the last seven, four or eleven tokens, and no other number of them will do.
+int ownTokens(const Tokens &tokens, int code, const PrjClauses &announced)
+{
+    const int ahead = tokens.beforeWords();
+    const int thousands = code / 1000;
+    const bool affine = thousands == 1 || thousands == 3;
+    const bool bounds = thousands == 2 || thousands == 3;
+    const bool affineByNumber = announced.affine && !tokens.containsAffine();
+    if ((affine && !announced.affine) || (affineByNumber && !affine) || bounds != (announced.bounds == 1))
+        throw NotEnoughtParamsException(); // another number than the projection's announces
+    if (thousands == 0)
+        return ahead;
+    const int behindWords = tokens.size() - ahead - tokens.clauseWords();
+    const int clauses = (announced.affine ? 7 : 0) + (announced.bounds ? 4 : 0) - behindWords;
+    if (clauses < 0 || clauses > ahead)
+        throw NotEnoughtParamsException();
+    return ahead - clauses;
+}
+
 /// Reads the datum and, for a user's datum, its figures. Returns the index of the token behind them.
-int parseDatum(const Tokens &tokens, const ProjectionParamsManager &manager, TABProjInfo_t &info)
+int parseDatum(const Tokens &tokens, int own, const ProjectionParamsManager &manager, TABProjInfo_t &info)
 {
     const int number = tokens.at(1).toInt();
     info.nDatumId = static_cast<std::int16_t>(number);
-    if (!isUserDatum(number) || tokens.size() <= 5) {
+    if (!isUserDatum(number) || own <= 5) {
         const MIDatumParam *datum = manager.datumByID(number);
         if (!datum)
             throw unknownDatum();
@@ -162,7 +200,7 @@ int parseDatum(const Tokens &tokens, const ProjectionParamsManager &manager, TAB
     info.dDatumShiftX = tokens.number(3);
     info.dDatumShiftY = tokens.number(4);
     info.dDatumShiftZ = tokens.number(5);
-    if (number != fullUserDatum || tokens.size() <= 10)
+    if (number != fullUserDatum || own <= 10)
         return 6;
     for (int i = 0; i < 5; ++i)
         info.adDatumParams[i] = tokens.number(6 + i);
@@ -178,17 +216,42 @@ void parseNonEarth(const Tokens &tokens, int unitIndex, const ProjectionParamsMa
     info.nUnitsId = tryUnitCode(manager, tokens.at(unitIndex));
 }
 
-void parseEarth(const Tokens &tokens, int code, const ProjectionParamsManager &manager, TABProjInfo_t &info)
+/// NonEarth Affine Units "m", 1, 0, 0, 0, 1, 0 Units "m": the plan's unit is the second one.
+void parseNonEarthBehindAffine(const Tokens &tokens, const ProjectionParamsManager &manager,
+                               TABProjInfo_t &info)
+{
+    const int units = tokens.indexOf(QLatin1String("units"), 2);
+    parseNonEarth(tokens, units < 0 ? tokens.size() : units + 1, manager, info);
+}
+
+/// With thousands exactly the projection's parameters stand before the clauses; longitude/latitude may also
+/// lack its unit. Before a word of a clause parameters may be left out as they may without thousands.
+void checkOwnCount(const Tokens &tokens, int behindDatum, int own, const TABProjInfo_t &info)
+{
+    const int full = 1 + paramForPrj(info.nProjId); // unit and parameters
+    const bool mayLackUnit = info.nProjId == longitudeLatitude && behindDatum == 0;
+    const bool mayBeShort = own == tokens.beforeWords() && own < tokens.size() && behindDatum < full;
+    if (behindDatum != full && !mayLackUnit && !mayBeShort)
+        throw NotEnoughtParamsException();
+}
+
+void parseEarth(const Tokens &tokens, int code, const PrjClauses &announced,
+                const ProjectionParamsManager &manager, TABProjInfo_t &info)
 {
     info.nProjId = static_cast<std::uint8_t>(code % 1000);
     if (info.nProjId != longitudeLatitude && tokens.size() == 2)
         throw NotEnoughtParamsException();
 
-    int next = parseDatum(tokens, manager, info);
-    if (!tokens.endsAt(next))
+    const int own = ownTokens(tokens, code, announced);
+    if (own < 2)
+        throw NotEnoughtParamsException(); // the datum is missing
+    int next = parseDatum(tokens, own, manager, info);
+    if (code >= 1000)
+        checkOwnCount(tokens, own - next, own, info);
+    if (next < own)
         info.nUnitsId = tryUnitCode(manager, tokens.at(next++));
-    const int count = parameterCount(info);
-    for (int i = 0; i < count && !tokens.endsAt(next + i); ++i)
+    const int count = std::min(parameterCount(info), own - next);
+    for (int i = 0; i < count; ++i)
         info.adProjParams[i] = tokens.number(next + i);
 }
 
@@ -202,26 +265,31 @@ int projectionCode(const QString &token)
     return code;
 }
 
-void parseSystem(const Tokens &tokens, const ProjectionParamsManager &manager, TABProjInfo_t &info)
+void parseSystem(const Tokens &tokens, const PrjClauses &announced, const ProjectionParamsManager &manager,
+                 TABProjInfo_t &info)
 {
     static const QRegularExpression numberOrUnits(QStringLiteral("^\\d+$|units"));
     const QString &first = tokens.at(0);
+    if (tokens.isNonEarth() && first == QLatin1String("affine")) {
+        parseNonEarthBehindAffine(tokens, manager, info);
+        return;
+    }
     if (!numberOrUnits.match(first).hasMatch())
         throw logicError(QObject::tr("Не могу определить тип КС"));
     if (first == QLatin1String("units")) {
-        parseNonEarth(tokens, tokens.indexOf(QLatin1String("units")) + 1, manager, info);
+        parseNonEarth(tokens, 1, manager, info);
         return;
     }
     const int code = projectionCode(first);
-    if (tokens.isNonEarth() && code % 1000 == nonEarth)
+    if (tokens.isNonEarth() && code == nonEarth)
         parseNonEarth(tokens, 1, manager, info); // NonEarth 0, 7
     else
-        parseEarth(tokens, code, manager, info);
+        parseEarth(tokens, code, announced, manager, info);
 }
 
-void parseClauses(const QString &prj, const ProjectionParamsManager &manager, TABProjInfo_t &info)
+void parseClauses(const QString &prj, const PrjClauses &announced, const ProjectionParamsManager &manager,
+                  TABProjInfo_t &info)
 {
-    const PrjClauses announced = hasAffineOrBoundsInString(prj);
     if (announced.affine == 0 && announced.bounds == 0)
         return;
     const AffineAndBounds clauses = affineParamsAndBoundsFromPrj(prj);
@@ -387,8 +455,9 @@ TABProjInfo_t MapHeaderCoordsysConverter::prjStrToTABProjInfo(const QString &prj
     const Tokens tokens(prj);
     const auto manager = activeCatalogues()->projectionParamsManager();
     TABProjInfo_t info;
-    parseSystem(tokens, *manager, info);
-    parseClauses(prj, *manager, info);
+    const PrjClauses announced = hasAffineOrBoundsInString(prj);
+    parseSystem(tokens, announced, *manager, info);
+    parseClauses(prj, announced, *manager, info);
     return info;
 }
 

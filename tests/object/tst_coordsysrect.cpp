@@ -64,13 +64,17 @@ private Q_SLOTS:
         const QByteArray entry =
             "<cs prj=\"8\" el=\"5\" u=\"7\" pp0=\"39\" pp1=\"0\" pp2=\"1\" pp3=\"0\" pp4=\"0\" pp5=\"0\""
             " datum=\"5\" sx=\"0\" sy=\"0\" sz=\"0\" xmin=\"%1\" ymin=\"-2\" xmax=\"30\" ymax=\"40\"/>";
-        copy.write(QStringLiteral("cs_mbr.xml"), "<a>" + QByteArray(entry).replace("%1", "-10") + "<other/>" +
-                                                     QByteArray(entry).replace("%1", "0") + "</a>");
+        copy.write(QStringLiteral("cs_mbr.xml"),
+                   "<a>" + QByteArray(entry).replace("%1", "nan") + QByteArray(entry).replace("%1", "-inf") +
+                       QByteArray(entry).replace("%1", "-10").replace("<cs", "<cs dp0=\"inf\"") +
+                       QByteArray(entry).replace("%1", "-10") + "<other/>" +
+                       QByteArray(entry).replace("%1", "0") + "</a>");
         CoordSysRect rects;
         support::LogCapture log;
         QVERIFY(rects.initFromXML(copy.dir()));
         QVERIFY(
             log.lines(QStringLiteral("info")).contains(QStringLiteral("CS MBRs loaded from cs_mbr.xml=2")));
+        QCOMPARE(log.lines(QStringLiteral("error")).size(), 3); // what is not finite
         const QString metres = QStringLiteral("Earth Projection 8, 1001, \"m\", 39, 0, 1, 0, 0");
         VERIFY_NEAR(rects.rect(metres, nullptr), QRectF(-10, -2, 40, 42), 0.0); // the first entry
         const QString feet = QStringLiteral("Earth Projection 8, 1001, \"ft\", 39, 0, 1, 0, 0");

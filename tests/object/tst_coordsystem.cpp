@@ -105,6 +105,12 @@ private Q_SLOTS:
         row("unit by name and by number", tm,
             "prj:CoordSys Earth Projection 8, 1001, 7, 39, 0, 1, 7500000, 0", true, true);
         row("bounds", tm, bounded, false, true);
+        row("bounds from y", bounded,
+            "prj:Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0 Bounds (0, 1e6) (9e6, 10e6)", false,
+            true);
+        row("bounds to y", bounded,
+            "prj:Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0 Bounds (0, 0) (9e6, 8e6)", false,
+            true);
         row("equal bounds", bounded, bounded, true, true);
         row("unit", tm, "prj:Earth Projection 8, 1001, \"km\", 39, 0, 1, 7500, 0", false, false);
         row("meridian", tm, "prj:Earth Projection 8, 1001, \"m\", 45, 0, 1, 7500000, 0", false, false);

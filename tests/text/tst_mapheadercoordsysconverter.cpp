@@ -95,6 +95,24 @@ private Q_SLOTS:
         row("plan", "CoordSys NonEarth Units \"parsec\" Bounds (0, 0) (1, 2)",
             "NonEarth Units \"m\" Bounds (0, 0) (1, 2)");
         row("plan by number", "NonEarth 0, 8", "NonEarth Units \"survey ft\"");
+        row("plan, affine before its unit",
+            "NonEarth Affine Units \"ft\", 1, 2, 3, 4, 5, 6 Units \"survey ft\" Bounds (0, 0) (1, 2)",
+            "NonEarth Units \"survey ft\" Affine Units \"ft\", 1, 2, 3, 4, 5, 6 Bounds (0, 0) (1, 2)");
+        row("bounds behind the datum", "2001, 104, -180, -90, 180, 90",
+            "Earth Projection 1, 104 Bounds (-180, -90) (180, 90)");
+        row("the affine unit is not the system's", "1001, 104, \"ft\", 1, 2, 3, 4, 5, 6",
+            "Earth Projection 1, 104 Affine Units \"ft\", 1, 2, 3, 4, 5, 6");
+        row("a comma before the thousands", "Earth Projection, 2001, 999, 3, 1, 2, 3, 7, 0, 0, 9, 8",
+            "Earth Projection 1, 999, 3, 1, 2, 3, \"m\" Bounds (0, 0) (9, 8)");
+        row("announced, then in words",
+            "3010, 104 Affine Units \"ft\", 1, 2, 3, 4, 5, 6 Bounds (0, 0) (9, 8)",
+            "Earth Projection 10, 104, \"m\", 0 Affine Units \"ft\", 1, 2, 3, 4, 5, 6 Bounds (0, 0) (9, 8)");
+        row("seven own parameters", "2035, 104, 7, 1, 2, 3, 4, 5, 6, 7, 0, 0, 9, 8",
+            "Earth Projection 35, 104, \"m\", 1, 2, 3, 4, 5, 6 Bounds (0, 0) (9, 8)");
+        row("4000 announces nothing", "4010, 104, 7, 39", "Earth Projection 10, 104, \"m\", 39");
+        row("nor does 10000", "10010, 104, 7, 39", "Earth Projection 10, 104, \"m\", 39");
+        row("a clause is no part of the datum", "1, 9999, 3, 1, 2, 3 Affine Units \"ft\", 1, 2, 3, 4, 5, 6",
+            "Earth Projection 1, 9999, 3, 1, 2, 3, 0, 0, 0, 0, 0 Affine Units \"ft\", 1, 2, 3, 4, 5, 6");
     }
     void readAndWrite()
     {
@@ -127,8 +145,19 @@ private Q_SLOTS:
             "Earth Projection 8, 104, 7, 39, 0, 1, 500000, 0 Affine Units \"m\", 1, 0, 500", few);
         row("affine unit without quotes", "Earth Projection 1, 104 Affine Units m, 1, 0, 0, 0, 1, 0", few);
         row("no number first", "Earth Projection %1, 104", kind);
-        row("affine before the plan's unit", "NonEarth Affine Units \"m\", 1, 0, 0, 0, 1, 0 Units \"m\"",
-            kind);
+        row("second unit without a plan", "Affine Units \"m\", 1, 0, 0, 0, 1, 0 Units \"m\"", kind);
+        row("plan's unit missing behind affine", "NonEarth Affine Units \"m\", 1, 0, 0, 0, 1, 0",
+            "Не могу определить единицы измерения.");
+        row("seven taken from the parameters", "1008, 104, 7, 39, 0, 1, 500000, 0, 1, 2, 3", few);
+        row("one too many", "2008, 104, 7, 39, 0, 1, 500000, 0, 0, 0, 9, 8, 7", few);
+        row("one too few", "3001, 104, 7, 1, 2, 3, 4, 5, 6, 9, 8, 0", few);
+        row("only longitude/latitude may lack its unit", "2000, 104, 0, 0, 9, 8", few);
+        row("a plan's 1000 is no 0", "NonEarth 2000, 7, 0, 0, 9, 8", few);
+        row("more than 4000 says", "4001, 104, 7, 0, 0, 9, 8", few);
+        row("more than 10000 says", "11008, 104, 7, 39, 0, 1, 0, 0, 7, 1, 2, 3, 4, 5, 6", few);
+        row("user datum cut short", "2010, 999, 3, 1, 2, 3, 7, 0, 0, 9, 8", few);
+        row("bounds for a datum", "1, 999 Bounds (0, 0) (1, 1)", datum);
+        row("part of a name for the unit", "1, 104 Affine Units m2, 1, 0, 0, 0, 1, 0", few);
         row("tab is no separator", "Earth\tProjection 1, 104", kind);
         row("projection unknown", "Earth Projection 36, 104, 7", "Неверное значение проекции:36");
         row("thousands stay in the message", "Earth Projection 1036, 104, 7",
@@ -195,8 +224,8 @@ private Q_SLOTS:
                     else if (bounds)
                         prj += QStringLiteral(" Bounds (%1, %2) (%3, %4)")
                                    .arg(figure.next(), figure.next(), figure.next(), figure.next());
-                    if (projection != 1 && unit.isEmpty() && figures == 0 && form % 4 == 0)
-                        continue; // two tokens: refused
+                    if (projection != 1 && unit.isEmpty() && (form > 4 || (figures == 0 && form % 4 == 0)))
+                        continue; // refused: two tokens, or clauses in place of the parameters
 
                     TABProjInfo_t expected = converter.prjStrToTABProjInfo(prj);
                     const QString written = converter.tabProjInfoToString(expected);
@@ -244,7 +273,10 @@ private Q_SLOTS:
         row("affine", "1001, 104, 7, 7, 1, 0, 5, 0, 1, 6", "1001, 104, 7, 7, 1, 0, 5, 0, 1, 7", "", "101");
         row("affine unit", "1001, 104, 7, 7, 1, 0, 5, 0, 1, 6", "1001, 104, 7, 3, 1, 0, 5, 0, 1, 6", "",
             "101");
+        row("no affine", "1, 104 Affine Units \"m\", 1, 0, 0, 0, 1, 0", "1, 104", "", "101");
         row("bounds", "1, 104 Bounds (0, 0) (1, 1)", "1, 104", "", "110");
+        row("bounds from y", "1, 104 Bounds (0, 0) (1, 3)", "1, 104 Bounds (0, 1) (1, 3)", "", "110");
+        row("bounds to y", "1, 104 Bounds (0, 0) (1, 2)", "1, 104 Bounds (0, 0) (1, 3)", "", "110");
     }
     void compare()
     {
