@@ -96,6 +96,7 @@ public:
     static QVector<CoordSystemPtr> cropCoordSystems();
 
     QRectF boundsOf(CoordSystem *cs) const override;
+    QRectF boundsWithoutSearch(CoordSystem *cs) const override;
     QVector<CoordSystemPtr> systemsToCrop() const override;
     QString userDescription(const CoordSystem &cs) const override;
 

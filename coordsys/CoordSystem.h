@@ -14,6 +14,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace nivora::cs {
 
@@ -100,6 +101,9 @@ public:
     QRectF rectNumericCoordSys() const;
     /// The computed bounds, whatever was set.
     QRectF rectInternal() const;
+    /// The explicit bounds, else the computed ones without the area of use: no database is searched, and the
+    /// answer does not depend on whether one was. Empty when there is no catalogue to ask; never throws.
+    QRectF rectWithoutSearch() const;
     /// @}
 
     /// \name Exports
@@ -163,6 +167,7 @@ private:
 
     void setProjectionDefaultBounds(const QRectF &rect) { m_projectionBounds = rect; }
     QRectF computeRect() const;
+    QRectF withAffine(const QRectF &rect) const;
     bool computeNeedCrop() const;
     QString projText(const std::function<LinearUnit()> &unitOf) const;
     QString taggedStringImpl() const;
@@ -187,6 +192,7 @@ private:
     QString m_description;
     QRectF m_rect;
     mutable nivora::utils::CachedValue<QRectF, std::function<QRectF()>> m_computedRect; ///< under m_lock
+    mutable std::optional<QRectF> m_rectWithoutSearch;                                  ///< under m_lock
     QRectF m_projectionBounds;
     mutable QReadWriteLock m_lock;     ///< guards the lazily found members; taken before the PROJ lock
     mutable LinearUnit m_detectedUnit; ///< under m_lock

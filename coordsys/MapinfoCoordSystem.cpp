@@ -106,7 +106,9 @@ bool MapinfoCoordSystem::loadFromPRJ(const QFileInfo &file)
     const int count = readCategories(stream, categories);
     LOG_DEBUG(QObject::tr("Категорий: %1, Проекций: %2")
                   .arg(QString::number(categories.size()), QString::number(count)));
+    const int known = m_categories.size();
     m_categories = std::move(categories);
+    noteCodes(known);
     {
         const QWriteLocker lock(&m_lock);
         m_index.reset(); // speaks of the entries before this file
@@ -191,13 +193,19 @@ void MapinfoCoordSystem::fillCache()
 
 QString MapinfoCoordSystem::seekByEPSG(int epsg) const
 {
-    for (int category = 0; category < m_categories.size(); ++category) {
+    const auto found = m_byCode.constFind(epsg);
+    return found == m_byCode.constEnd() ? QString() : getStrMB(found->first, found->second);
+}
+
+/// Notes the categories from a number on; the first entry of a code stands for it.
+void MapinfoCoordSystem::noteCodes(int firstCategory)
+{
+    for (int category = firstCategory; category < m_categories.size(); ++category) {
         const QList<CoordSystemParams> &entries = m_categories.at(category).entries;
         for (int index = 0; index < entries.size(); ++index)
-            if (entries.at(index).epsg() == epsg)
-                return getStrMB(category, index);
+            if (!m_byCode.contains(entries.at(index).epsg()))
+                m_byCode.insert(entries.at(index).epsg(), {category, index});
     }
-    return QString();
 }
 
 /// The system of an entry for a look-up by equality: null when it cannot be built, which is logged once.
@@ -290,6 +298,7 @@ void MapinfoCoordSystem::clear()
         fill.waitForFinished(); // the fill reads the categories
     m_fills.clear();
     m_categories.clear();
+    m_byCode.clear();
 
     std::map<Position, CoordSystemPtr>
         released; // outlives the lock: systems take locks of their own as they die
