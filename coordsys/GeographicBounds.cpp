@@ -120,6 +120,12 @@ public:
         if (m_area.period > 0.0)
             p.rx() -= m_area.period * std::floor((p.x() - m_rect.left() + m_slackX) / m_area.period);
         out = p;
+        return holds(p);
+    }
+
+    /// NaN is nowhere.
+    bool holds(const QPointF &p) const
+    {
         return p.x() >= m_rect.left() - m_slackX && p.x() <= m_rect.right() + m_slackX &&
                p.y() >= m_rect.top() - m_slackY && p.y() <= m_rect.bottom() + m_slackY;
     }
@@ -467,8 +473,10 @@ public:
             for (const Cell &cell : cells) {
                 if (--m_budget < 0)
                     return;
+                const double limit = 0.8 * extent(cell);
                 for (const Cell &part : partsOf(cell, 2))
-                    parts.push_back(part);
+                    if (extent(part) < limit || touches(part))
+                        parts.push_back(part); // where images do not shrink with the cells, they are noise
             }
             updateHull();
             cells.clear();
@@ -511,11 +519,11 @@ private:
             return;
         for (const Cell &hole : holes)
             for (const Cell &part : partsOf(hole, 6))
-                keepIfPromising(cells, part);
+                if (touches(part))
+                    cells.push_back(part);
     }
 
-    /// The images of a cell's corners say roughly where it lies; it bends by less than its size.
-    void keepIfPromising(std::vector<Cell> &cells, const Cell &cell) const
+    static QRectF imageOf(const Cell &cell)
     {
         double minX = HUGE_VAL, minY = HUGE_VAL, maxX = -HUGE_VAL, maxY = -HUGE_VAL;
         for (const Spot &corner : cell) {
@@ -524,13 +532,32 @@ private:
             minY = std::fmin(minY, corner.planar.y());
             maxY = std::fmax(maxY, corner.planar.y());
         }
-        if (!(maxX >= minX))
+        return QRectF(minX, minY, maxX - minX, maxY - minY); // without any image: of negative width
+    }
+    static double extent(const Cell &cell)
+    {
+        const QRectF image = imageOf(cell);
+        return std::max(image.width(), image.height());
+    }
+
+    /// True when a corner lies in the rectangle.
+    bool touches(const Cell &cell) const
+    {
+        return std::any_of(cell.begin(), cell.end(),
+                           [this](const Spot &corner) { return m_area.holds(corner.planar); });
+    }
+
+    /// The images of a cell's corners say roughly where it lies; it bends by less than its size.
+    void keepIfPromising(std::vector<Cell> &cells, const Cell &cell) const
+    {
+        const QRectF image = imageOf(cell);
+        if (!(image.width() >= 0.0))
             return;
-        const double marginX = 0.5 * (maxX - minX);
-        const double marginY = 0.5 * (maxY - minY);
+        const double marginX = 0.5 * image.width();
+        const double marginY = 0.5 * image.height();
         const QRectF &r = m_area.rect();
-        const bool apart = minX - marginX > r.right() || maxX + marginX < r.left() ||
-                           minY - marginY > r.bottom() || maxY + marginY < r.top();
+        const bool apart = image.left() - marginX > r.right() || image.right() + marginX < r.left() ||
+                           image.top() - marginY > r.bottom() || image.bottom() + marginY < r.top();
         if (!apart && !isWithinHull(cell))
             cells.push_back(cell);
     }
