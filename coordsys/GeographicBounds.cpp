@@ -15,12 +15,13 @@ namespace {
 constexpr double fullTurn = 360.0;
 constexpr double halfTurn = 180.0;
 constexpr double quarterTurn = 90.0;
-constexpr double angleTolerance = 1e-9; // degrees, a tenth of a millimetre on the ground
-constexpr double poleTolerance = 1e-7;  // degrees of latitude, a centimetre: no longitude worth the name
+constexpr double angleTolerance = 1e-7; // degrees, a centimetre on the ground
+/// Degrees of latitude, a metre: nearer to a pole the engine's noise turns longitudes.
+constexpr double poleTolerance = 1e-5;
 
-constexpr int intervals = 48;          // of the mesh, each way
-constexpr double gridStep = 3.0;       // degrees, of the grid over the earth
-constexpr double edgeTolerance = 1e-9; // of the rectangle's side
+constexpr int intervals = 48;           // of the mesh, each way
+constexpr double gridStep = 3.0;        // degrees, of the grid over the earth
+constexpr double edgeTolerance = 4e-16; // of the coordinates: the last digit of a double
 constexpr double returnTolerance =
     0.05;                       // of a cell of the mesh; what comes back at all comes back far better
 constexpr int refinements = 11; // halvings of a cell: a smooth extreme is then 1e-7 of its bend away
@@ -99,8 +100,8 @@ public:
     explicit Area(const PlanarArea &area)
         : m_area(area)
         , m_rect(area.rect)
-        , m_slackX(edgeTolerance * area.rect.width())
-        , m_slackY(edgeTolerance * area.rect.height())
+        , m_slackX(edgeTolerance * std::max(std::fabs(area.rect.left()), std::fabs(area.rect.right())))
+        , m_slackY(edgeTolerance * std::max(std::fabs(area.rect.top()), std::fabs(area.rect.bottom())))
     {
         if (area.period > 0.0 && m_rect.width() > area.period) {
             m_rect.setLeft(-area.period / 2);
@@ -391,7 +392,7 @@ void addBeyond(const Area &area, const Objective &objective, QPointF place, Foun
 {
     constexpr int mostSteps = 60;
     double step = 0.5 * gridStep;
-    for (int i = 0; i < mostSteps && step >= poleTolerance; ++i) {
+    for (int i = 0; i < mostSteps && step >= angleTolerance; ++i) {
         QPointF best = place;
         for (const auto &way : compass) {
             const QPointF next(place.x() + way[0] * step,
@@ -611,7 +612,8 @@ Pole poleIn(const Area &area, double latitude)
     pole.touched = count > 0;
     const double toEdge =
         std::min({first.x() - r.left(), r.right() - first.x(), first.y() - r.top(), r.bottom() - first.y()});
-    pole.surrounded = count == 360 / step && spread <= slack && toEdge > edgeTolerance * r.width();
+    pole.surrounded = count == 360 / step && spread <= slack &&
+                      toEdge > returnTolerance * 1e-6 * std::min(r.width(), r.height());
     return pole;
 }
 
@@ -669,8 +671,8 @@ bool geographicBoundsOf(const PlanarArea &planar, GeographicBounds &out)
         return false;
 
     GeographicBounds bounds;
-    bounds.hasNorthPole = northPole.touched || found.north > quarterTurn - poleTolerance;
-    bounds.hasSouthPole = southPole.touched || found.south < poleTolerance - quarterTurn;
+    bounds.hasNorthPole = northPole.touched || found.north > quarterTurn - angleTolerance;
+    bounds.hasSouthPole = southPole.touched || found.south < angleTolerance - quarterTurn;
     bounds.north = bounds.hasNorthPole ? quarterTurn : found.north;
     bounds.south = bounds.hasSouthPole ? -quarterTurn : found.south;
     setLongitudes(bounds, found.arcs, northPole.surrounded || southPole.surrounded);

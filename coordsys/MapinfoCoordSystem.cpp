@@ -262,7 +262,7 @@ MapinfoCoordSystem::Position MapinfoCoordSystem::seekProj(const CoordSystem &cs,
     if (!facts)
         return PairNone;
     for (const MapinfoIndex::Row &row : index->rows())
-        if (facts->mayEqual(row.facts) &&
+        if (index->mayEqual(*facts, row) &&
             cs.isEqual(buildForLookUp(row.position.first, row.position.second), ignoreRect))
             return row.position;
     return PairNone;
