@@ -23,12 +23,17 @@ CatalogueScope::CatalogueScope(const CatalogueSource &source)
 
 CatalogueScope::~CatalogueScope() { innermost = m_outer; }
 
-std::shared_ptr<const CatalogueSource> activeCatalogues()
+std::shared_ptr<const CatalogueSource> activeCatalogues(std::nothrow_t)
 {
     if (innermost)
         return {std::shared_ptr<void>(), innermost}; // borrowed: the scope's source outlives the scope
     const DefaultCatalogues lookUp = lookUpDefault.load();
-    std::shared_ptr<const CatalogueSource> installed = lookUp ? lookUp() : nullptr;
+    return lookUp ? lookUp() : nullptr;
+}
+
+std::shared_ptr<const CatalogueSource> activeCatalogues()
+{
+    std::shared_ptr<const CatalogueSource> installed = activeCatalogues(std::nothrow);
     if (!installed)
         throw std::logic_error(QObject::tr("Не проинициализированы КС").toStdString());
     return installed;

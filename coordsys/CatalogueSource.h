@@ -6,6 +6,7 @@
 #include <QVector>
 
 #include <memory>
+#include <new>
 
 namespace nivora::cs {
 
@@ -26,6 +27,9 @@ public:
 
     /// The bounds of a system in its own unit, computed anew.
     virtual QRectF boundsOf(CoordSystem *cs) const = 0;
+    /// The same without a search of the PROJ database for the system's area of use; boundsOf() unless the
+    /// source says otherwise.
+    virtual QRectF boundsWithoutSearch(CoordSystem *cs) const { return boundsOf(cs); }
     /// The systems whose coordinates must be cropped, made on first call.
     virtual QVector<CoordSystemPtr> systemsToCrop() const = 0;
     /// Longitude and latitude on WGS 84, null before start-up.
@@ -68,6 +72,8 @@ private:
 /// The source of the innermost scope of this thread, else the installed default factory. Thread-safe.
 /// Throws std::logic_error "Не проинициализированы КС" when there is neither.
 NIVORA_CS_EXPORT std::shared_ptr<const CatalogueSource> activeCatalogues();
+/// The same, null when there is neither.
+NIVORA_CS_EXPORT std::shared_ptr<const CatalogueSource> activeCatalogues(std::nothrow_t);
 
 /// How activeCatalogues() reaches the installed default. Set once by the owner of the default; start-up only.
 using DefaultCatalogues = std::shared_ptr<const CatalogueSource> (*)();

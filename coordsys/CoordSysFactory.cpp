@@ -169,6 +169,12 @@ QRectF CoordSysFactory::boundsOf(CoordSystem *cs) const
     return m_coordSysRect->rect(cs);
 }
 
+QRectF CoordSysFactory::boundsWithoutSearch(CoordSystem *cs) const
+{
+    const CatalogueScope scope(*this);
+    return m_coordSysRect->rectWithoutSearch(cs);
+}
+
 QVector<CoordSystemPtr> CoordSysFactory::systemsToCrop() const
 {
     const CatalogueScope scope(*this);

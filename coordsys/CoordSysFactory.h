@@ -101,6 +101,7 @@ public:
     static QVector<CoordSystemPtr> cropCoordSystems();
 
     QRectF boundsOf(CoordSystem *cs) const override;
+    QRectF boundsWithoutSearch(CoordSystem *cs) const override;
     QVector<CoordSystemPtr> systemsToCrop() const override;
     QString nameOfCode(int epsg) const override;
     int codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const override;

@@ -2,6 +2,7 @@
 
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
+#include <coordsys/CoordSystemConversions.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/ProjLibMetadata.h>
 #include <coordsys/ProjectionParamsManager.h>
@@ -124,9 +125,81 @@ Rule ruleFor(const TABProjInfo_t &info)
     }
 }
 
+bool isFinite(const QPointF &p) { return std::isfinite(p.x()) && std::isfinite(p.y()); }
+
+/// The smallest rectangle around the points added.
+struct Box
+{
+    double minX = HUGE_VAL, minY = HUGE_VAL, maxX = -HUGE_VAL, maxY = -HUGE_VAL;
+
+    void add(const QPointF &p)
+    {
+        minX = std::min(minX, p.x());
+        maxX = std::max(maxX, p.x());
+        minY = std::min(minY, p.y());
+        maxY = std::max(maxY, p.y());
+    }
+    /// False, \p out untouched, when it has no extent or a side beyond a double.
+    bool rect(QRectF &out) const
+    {
+        const QRectF found(minX, minY, maxX - minX, maxY - minY);
+        if (!(std::isfinite(found.width()) && std::isfinite(found.height()) && maxX > minX && maxY > minY))
+            return false;
+        out = found;
+        return true;
+    }
+};
+
+/// Longitude/latitude into the plane of a system, its affine transformation left out: the system maps the
+/// bounds that it is given by that itself, whatever they were made from.
+class Plane
+{
+public:
+    explicit Plane(const CoordSystem &cs)
+        : m_cs(cs)
+    {
+        if (hasAffine(&cs))
+            m_inverse = cs.affineTransform()->inverted(&m_usable);
+    }
+
+    bool forward(const QPointF &lonLat, QPointF &out) const
+    {
+        QPointF point;
+        if (!m_usable || !m_cs.forward(lonLat, point))
+            return false;
+        point = m_inverse.map(point);
+        if (!isFinite(point))
+            return false;
+        out = point;
+        return true;
+    }
+
+    /// Corners and edge midpoints, as the system itself projects a rectangle.
+    bool forward(const QRectF &lonLat, QRectF &out) const
+    {
+        Box box;
+        for (int k = 0; k < 9; ++k) {
+            QPointF point;
+            if (k == 4) // the centre
+                continue;
+            if (!forward(lonLat.topLeft() +
+                             QPointF(lonLat.width() / 2 * (k % 3), lonLat.height() / 2 * (k / 3)),
+                         point))
+                return false;
+            box.add(point);
+        }
+        return box.rect(out);
+    }
+
+private:
+    const CoordSystem &m_cs;
+    QTransform m_inverse;
+    bool m_usable = true;
+};
+
 /// A world projection folds or breaks at the edges of the rule's rectangle. Then its bounds are those of what
 /// a 10 x 10 degree grid around the central meridian gives, points beyond 1e8 metres left out.
-bool boundsOfGrid(const CoordSystem &cs, const Rule &rule, double meridian, QRectF &out)
+bool boundsOfGrid(const Plane &plane, const Rule &rule, double meridian, QRectF &out)
 {
     constexpr int columns = 37;
     constexpr int rows = 19;
@@ -135,22 +208,21 @@ bool boundsOfGrid(const CoordSystem &cs, const Rule &rule, double meridian, QRec
     constexpr double farAway = 1e8;
     const double south = std::max(rule.rect.top(), -nearlyPole);
     const double north = std::min(rule.rect.bottom(), nearlyPole);
-    double minX = HUGE_VAL, minY = HUGE_VAL, maxX = -HUGE_VAL, maxY = -HUGE_VAL;
-    for (int i = 0; i < columns; ++i) {
-        for (int j = 0; j < rows; ++j) {
-            const QPointF lonLat(meridian - nearlyHalfTurn + 2.0 * nearlyHalfTurn * i / (columns - 1),
-                                 south + (north - south) * j / (rows - 1));
-            QPointF p;
-            if (!cs.forward(lonLat, p) || std::fabs(p.x()) > farAway || std::fabs(p.y()) > farAway)
-                continue;
-            minX = std::min(minX, p.x());
-            maxX = std::max(maxX, p.x());
-            minY = std::min(minY, p.y());
-            maxY = std::max(maxY, p.y());
-        }
+    Box box;
+    for (int k = 0; k < columns * rows; ++k) {
+        const QPointF lonLat(meridian - nearlyHalfTurn + 2.0 * nearlyHalfTurn * (k / rows) / (columns - 1),
+                             south + (north - south) * (k % rows) / (rows - 1));
+        QPointF p;
+        if (plane.forward(lonLat, p) && std::fabs(p.x()) <= farAway && std::fabs(p.y()) <= farAway)
+            box.add(p);
     }
-    out = QRectF(minX, minY, maxX - minX, maxY - minY);
-    return maxX > minX && maxY > minY;
+    return box.rect(out);
+}
+
+/// The rule's rectangle in the plane; false when the projection cannot say.
+bool projectedRule(const Plane &plane, const Rule &rule, double meridian, QRectF &out)
+{
+    return !rule.planar && (plane.forward(rule.rect, out) || boundsOfGrid(plane, rule, meridian, out));
 }
 
 /// Area of use of the code that the system's definition matches, in the system's plane.
@@ -162,7 +234,7 @@ bool boundsOfAreaOfUse(const CoordSystem &cs, QRectF &out)
     QRectF area = ProjLibMetadata().rectWgs84ForCrs(code, ProjLibMetadata::EPSG);
     if (area.width() < 0.0)
         area.setWidth(area.width() + 360.0); // across the 180th meridian
-    return cs.forward(area, out);
+    return Plane(cs).forward(area, out);
 }
 
 } // namespace
@@ -228,12 +300,19 @@ QRectF CoordSysRect::rectMifalAlgorithm(const QString &prj, CoordSystem *cs)
 {
     const Rule rule = ruleFor(MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj));
     QRectF projected;
-    return !rule.planar && cs && cs->forward(rule.rect, projected) ? projected : rule.rect;
+    return !rule.planar && cs && Plane(*cs).forward(rule.rect, projected) ? projected : rule.rect;
 }
 
 QRectF CoordSysRect::rect(const CoordSystemPtr &cs) const { return rect(cs.get()); }
 
-QRectF CoordSysRect::rect(CoordSystem *cs) const
+QRectF CoordSysRect::rect(CoordSystem *cs) const { return rectBy(cs, &boundsOfAreaOfUse); }
+
+QRectF CoordSysRect::rectWithoutSearch(CoordSystem *cs) const
+{
+    return rectBy(cs, [](const CoordSystem &, QRectF &) { return false; });
+}
+
+QRectF CoordSysRect::rectBy(CoordSystem *cs, const AreaOfUse &areaOfUse) const
 {
     if (!cs)
         return {};
@@ -249,12 +328,9 @@ QRectF CoordSysRect::rect(CoordSystem *cs) const
             return DefaultRectNonEarth; // a plan given as PROJ text is exported as a cylinder
         if (cs->isLatLong())
             return rule.rect; // independent of any EPSG code, so that equal systems have equal bounds
-        if (boundsOfAreaOfUse(*cs, result))
-            return result;
-        if (!rule.planar &&
-            (cs->forward(rule.rect, result) || boundsOfGrid(*cs, rule, info.adProjParams[0], result)))
-            return result;
-        return rule.rect;
+        const bool known =
+            areaOfUse(*cs, result) || projectedRule(Plane(*cs), rule, info.adProjParams[0], result);
+        return known ? result : rule.rect;
     } catch (const std::exception &e) {
         LOG_ERROR(QStringLiteral("%1 : %2").arg(cs->description(), QString::fromUtf8(e.what())));
         return {};

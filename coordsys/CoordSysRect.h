@@ -7,12 +7,14 @@
 #include <QDir>
 #include <QReadWriteLock>
 
+#include <functional>
 #include <vector>
 
 namespace nivora::cs {
 
 /// Bounds of coordinate systems in their own units: from "cs_mbr.xml" for known systems, else by a rule per
-/// projection. Thread-safe.
+/// projection. The bounds are those of the plane without the system's affine transformation, which the caller
+/// applies (CoordSystem::rectNumericCoordSys does). Thread-safe.
 class NIVORA_CS_EXPORT CoordSysRect
 {
 public:
@@ -31,6 +33,9 @@ public:
     /// use. Failures are logged and give an empty rectangle; never throws.
     QRectF rect(CoordSystem *cs) const;
     QRectF rect(const CoordSystemPtr &cs) const;
+    /// The same without the area of use: the PROJ database is never searched, and the answer does not depend
+    /// on whether it was searched before.
+    QRectF rectWithoutSearch(CoordSystem *cs) const;
 
     /// The rule per projection alone.
     static QRectF rectMifalAlgorithm(const QString &prj, CoordSystem *cs);
@@ -38,6 +43,9 @@ public:
     static bool isDefaultRectNonEarth(const QRectF &rect) { return nivora::cs::isDefaultRectNonEarth(rect); }
 
 private:
+    using AreaOfUse = std::function<bool(const CoordSystem &cs, QRectF &out)>;
+
+    QRectF rectBy(CoordSystem *cs, const AreaOfUse &areaOfUse) const;
     bool catalogued(const TABProjInfo_t &info, QRectF &out) const;
 
     std::vector<TABProjInfo_t> m_entries; ///< file order, under m_lock

@@ -81,6 +81,16 @@ const MIUnitConvParam *unitByLength(const ProjectionParamsManager &manager, doub
     return nullptr;
 }
 
+/// The datum's number in a CoordSys string; nothing when the text is none.
+std::optional<int> datumOfPrj(const QString &prj)
+{
+    try {
+        return MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj).nDatumId;
+    } catch (const std::exception &) {
+        return std::nullopt;
+    }
+}
+
 /// PROJ's named datums and their ellipsoids. WGS84 and NAD83 are left out: they carry no shift.
 struct NamedDatum
 {
@@ -474,8 +484,30 @@ QRectF CoordSystem::computeRect() const
 {
     if (hasExtent(m_projectionBounds))
         return m_projectionBounds;
-    const QRectF rect = activeCatalogues()->boundsOf(const_cast<CoordSystem *>(this));
+    return withAffine(activeCatalogues()->boundsOf(const_cast<CoordSystem *>(this)));
+}
+
+QRectF CoordSystem::withAffine(const QRectF &rect) const
+{
     return m_affine && hasExtent(rect) ? m_affine->mapRect(rect) : rect;
+}
+
+QRectF CoordSystem::rectWithoutSearch() const
+{
+    if (isRectSet() || hasExtent(m_projectionBounds))
+        return isRectSet() ? m_rect : m_projectionBounds;
+    {
+        const QReadLocker lock(&m_lock);
+        if (m_rectWithoutSearch)
+            return *m_rectWithoutSearch;
+    }
+    const auto catalogues = activeCatalogues(std::nothrow);
+    if (!catalogues)
+        return {}; // not remembered: a factory may be installed later
+    const QRectF rect = withAffine(catalogues->boundsWithoutSearch(const_cast<CoordSystem *>(this)));
+    const QWriteLocker lock(&m_lock);
+    m_rectWithoutSearch = rect;
+    return rect;
 }
 
 // Equality
@@ -490,22 +522,6 @@ bool CoordSystem::testEqual(const CoordSystemPtr &a, const CoordSystemPtr &b, bo
     return a->isEqual(b, ignoreRect);
 }
 
-namespace {
-
-constexpr int unreadable = std::numeric_limits<int>::min();
-
-/// MapInfo's datum number of a CoordSys text; a text that cannot be read equals nothing.
-int datumNumber(const QString &prj)
-{
-    try {
-        return MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj).nDatumId;
-    } catch (const std::exception &) {
-        return unreadable;
-    }
-}
-
-} // namespace
-
 bool CoordSystem::isEqual(const CoordSystem &other, bool ignoreRect) const
 {
     if (this == &other)
@@ -517,10 +533,9 @@ bool CoordSystem::isEqual(const CoordSystem &other, bool ignoreRect) const
         return true;
     if (m_source.type != Prj || other.m_source.type != Prj)
         return true;
-    const int datum = datumNumber(m_source.string);
-    const int otherDatum = datumNumber(other.m_source.string);
-    return datum != unreadable && otherDatum != unreadable &&
-           (datum <= 0 || otherDatum <= 0 || datum == otherDatum);
+    const std::optional<int> datum = datumOfPrj(m_source.string);
+    const std::optional<int> otherDatum = datumOfPrj(other.m_source.string);
+    return datum && otherDatum && (*datum <= 0 || *otherDatum <= 0 || *datum == *otherDatum);
 }
 
 bool CoordSystem::samePj(const CoordSystem &other) const

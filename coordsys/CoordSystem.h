@@ -14,6 +14,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace nivora::cs {
 
@@ -110,6 +111,9 @@ public:
     QRectF rectNumericCoordSys() const;
     /// The computed bounds, whatever was set.
     QRectF rectInternal() const;
+    /// The explicit bounds, else the computed ones without the area of use: no database is searched, and the
+    /// answer does not depend on whether one was. Empty when there is no catalogue to ask; never throws.
+    QRectF rectWithoutSearch() const;
     /// @}
 
     /// \name Exports
@@ -194,6 +198,7 @@ private:
     bool isPlaneOf(int code, const SystemIdentity &registered) const;
     bool hasShift() const;
     QRectF computeRect() const;
+    QRectF withAffine(const QRectF &rect) const;
     bool computeNeedCrop() const;
     QString projText(const std::function<LinearUnit()> &unitOf) const;
     QString taggedStringImpl() const;
@@ -225,6 +230,7 @@ private:
     mutable bool m_isNameless = false;  ///< under m_lock
     QRectF m_rect;
     mutable nivora::utils::CachedValue<QRectF, std::function<QRectF()>> m_computedRect; ///< under m_lock
+    mutable std::optional<QRectF> m_rectWithoutSearch;                                  ///< under m_lock
     QRectF m_projectionBounds;
     mutable QReadWriteLock m_lock;     ///< guards the lazily found members; taken before the PROJ lock
     mutable LinearUnit m_detectedUnit; ///< under m_lock

@@ -220,7 +220,10 @@ bool CoordTransform::geographicBounds(const QRectF &planar, GeographicBounds &ou
             return m_impl->transformPoint(forward, in, result);
         };
     };
-    return geographicBoundsOf(planar, way(toDestination), way(!toDestination), out);
+    const CoordSystemPtr &plane = toDestination ? m_impl->source : m_impl->destination;
+    const bool longitudes = plane->isLatLong() && !hasAffine(plane);
+    return geographicBoundsOf({planar, way(toDestination), way(!toDestination), longitudes ? 360.0 : 0.0},
+                              out);
 }
 
 void CoordTransform::throwTransformFailed()

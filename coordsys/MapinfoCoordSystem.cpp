@@ -107,7 +107,9 @@ bool MapinfoCoordSystem::loadFromPRJ(const QFileInfo &file)
     const int count = readCategories(stream, categories);
     LOG_DEBUG(QObject::tr("Категорий: %1, Проекций: %2")
                   .arg(QString::number(categories.size()), QString::number(count)));
+    const int known = m_categories.size();
     m_categories = std::move(categories);
+    noteCodes(known);
     {
         const QWriteLocker lock(&m_lock);
         m_index.reset(); // speaks of the entries before this file
@@ -190,26 +192,26 @@ void MapinfoCoordSystem::fillCache()
     }
 }
 
-MapinfoCoordSystem::Position MapinfoCoordSystem::positionByEpsg(int epsg) const
+/// Notes the categories from a number on; the first entry of a code stands for it.
+void MapinfoCoordSystem::noteCodes(int firstCategory)
 {
-    for (int category = 0; category < m_categories.size(); ++category) {
+    for (int category = firstCategory; category < m_categories.size(); ++category) {
         const QList<CoordSystemParams> &entries = m_categories.at(category).entries;
         for (int index = 0; index < entries.size(); ++index)
-            if (entries.at(index).epsg() == epsg)
-                return {category, index};
+            if (!m_byCode.contains(entries.at(index).epsg()))
+                m_byCode.insert(entries.at(index).epsg(), {category, index});
     }
-    return PairNone;
 }
 
 QString MapinfoCoordSystem::seekByEPSG(int epsg) const
 {
-    const Position position = positionByEpsg(epsg);
+    const Position position = m_byCode.value(epsg, PairNone);
     return position == PairNone ? QString() : getStrMB(position.first, position.second);
 }
 
 std::optional<CoordSystemParams> MapinfoCoordSystem::entryByEpsg(int epsg) const
 {
-    const Position position = positionByEpsg(epsg);
+    const Position position = m_byCode.value(epsg, PairNone);
     const CoordSystemParams *found = entry(position.first, position.second);
     return found ? std::make_optional(*found) : std::nullopt;
 }
@@ -227,7 +229,7 @@ int MapinfoCoordSystem::codeOfRecord(const TABProjInfo_t &record, const QVector<
     };
     std::map<Position, int> found;
     for (const int code : codes) {
-        const Position position = positionByEpsg(code);
+        const Position position = m_byCode.value(code, PairNone);
         if (position != PairNone && hasRecord(position))
             found.emplace(position, code);
     }
@@ -288,7 +290,7 @@ MapinfoCoordSystem::Position MapinfoCoordSystem::seekProj(const CoordSystem &cs,
     if (!facts)
         return PairNone;
     for (const MapinfoIndex::Row &row : index->rows())
-        if (facts->mayEqual(row.facts) &&
+        if (index->mayEqual(*facts, row) &&
             cs.isEqual(buildForLookUp(row.position.first, row.position.second), ignoreRect))
             return row.position;
     return PairNone;
@@ -324,6 +326,7 @@ void MapinfoCoordSystem::clear()
         fill.waitForFinished(); // the fill reads the categories
     m_fills.clear();
     m_categories.clear();
+    m_byCode.clear();
 
     std::map<Position, CoordSystemPtr>
         released; // outlives the lock: systems take locks of their own as they die

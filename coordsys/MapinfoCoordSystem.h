@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QFuture>
+#include <QHash>
 #include <QList>
 #include <QReadWriteLock>
 #include <QVector>
@@ -89,15 +90,16 @@ public:
 
 private:
     const CoordSystemParams *entry(int category, int index) const;
-    Position positionByEpsg(int epsg) const;
     CoordSystemPtr buildForLookUp(int category, int index) const;
     Position walkEntries(const CoordSystem &cs, bool ignoreRect) const;
     void fillCache();
+    void noteCodes(int firstCategory);
     std::shared_ptr<const MapinfoIndex> indexForLookUps() const;
 
     Creator m_creator;
     std::atomic<const CatalogueSource *> m_owner{nullptr};
     QList<CoordSystemParamsList> m_categories;
+    QHash<int, Position> m_byCode; ///< first entry of each code; kept with m_categories
     mutable QReadWriteLock m_lock; ///< guards m_cache, m_broken and m_index
     mutable std::map<Position, CoordSystemPtr> m_cache;
     mutable std::set<Position> m_broken; ///< entries that look-ups could not build, already logged

@@ -3,6 +3,8 @@
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/OsrHandle_p.h>
+#include <coordsys/PrjNumber_p.h>
 #include <coordsys/ProjectionParamsManager.h>
 
 #include <proj.h>
@@ -13,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <stdexcept>
 
 namespace nivora::cs {
@@ -26,10 +29,28 @@ constexpr double lengthSlackM = 1e-2;
 
 constexpr int webMercatorDatum = 157; // its PROJ text is written anew on plain WGS 84
 constexpr int philippineDatum = 1031; // the driver puts a registered system in its place
-constexpr int hotine = 7;             // names its meridian and origin in other terms
+constexpr int fullUserDatum = 9999;
+constexpr int nonEarth = 0;
+constexpr int longitudeLatitude = 1;
+constexpr int lastProjection = 35;
+constexpr int hotine = 7;
 constexpr int krovak = 32;
 constexpr int hotineWithGridAngle = 35; // the record lacks a parameter
 constexpr int unsetUnit = 255;
+
+/// What the driver makes of a unit's name, whatever length a host's catalogue gives it.
+struct DriverUnit
+{
+    LinearUnit::MIUnitCode code;
+    const char *name;
+    double metres;
+};
+constexpr DriverUnit driverUnits[] = {
+    {LinearUnit::Meter, "m", 1.0},        {LinearUnit::SurveyFoot, "survey ft", 1200.0 / 3937.0},
+    {LinearUnit::Foot, "ft", 0.3048},     {LinearUnit::Kilometer, "km", 1000.0},
+    {LinearUnit::Yard, "yd", 0.9144},     {LinearUnit::Inch, "in", 0.0254},
+    {LinearUnit::Centimeter, "cm", 0.01}, {LinearUnit::Millimeter, "mm", 0.001},
+};
 
 bool near(double a, double b, double slack) { return std::fabs(a - b) <= slack + 1e-9 * std::fabs(a); }
 
@@ -39,39 +60,194 @@ bool compatible(const std::optional<T> &a, const std::optional<T> &b, Same &&sam
     return !a || !b || same(*a, *b);
 }
 
+std::optional<double> length(double value)
+{
+    return std::isfinite(value) && value > 0.0 ? std::make_optional(value) : std::nullopt;
+}
+
+bool sameShift(const std::array<double, 3> &a, const std::array<double, 3> &b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(),
+                      [](double x, double y) { return near(x, y, lengthSlackM); });
+}
+
 bool isOdd(int projection)
 {
     return projection == hotine || projection == krovak || projection == hotineWithGridAngle;
 }
 
-SystemFacts factsOfEntry(const QStringList &params, const ProjectionParamsManager &manager)
+/// prjNumber() of "-7500000.25" and the like at a tenth of its cost: up to 15 digits and a power of ten below
+/// 10^22 are doubles themselves, so that their quotient is the nearest one.
+double plainNumber(const QString &text)
 {
-    const TABProjInfo_t info =
-        MapHeaderCoordsysConverter().prjStrToTABProjInfo(prjFromParams(params, QStringLiteral(",")));
-    SystemFacts facts;
-    const int projection = info.nProjId;
-    const int unit = info.nUnitsId == unsetUnit ? int(LinearUnit::Meter) : info.nUnitsId;
-    facts.unitCode = projection == 1 ? int(LinearUnit::Degree) : unit;
-    if (projection == 0) {
-        facts.centralMeridian = 0.0;
-        facts.falseOriginM = {0.0, 0.0};
+    constexpr int mostDigits = 15;
+    const bool negative = text.startsWith(QLatin1Char('-'));
+    double mantissa = 0.0;
+    double scale = 1.0;
+    bool behindPoint = false;
+    int digits = 0;
+    for (int i = negative ? 1 : 0; i < text.size(); ++i) {
+        const int digit = text.at(i).unicode() - '0';
+        if (digit >= 0 && digit <= 9 && ++digits <= mostDigits) {
+            mantissa = mantissa * 10.0 + digit;
+            scale *= behindPoint ? 10.0 : 1.0;
+        } else if (text.at(i) == QLatin1Char('.') && !behindPoint) {
+            behindPoint = true;
+        } else {
+            return prjNumber(text);
+        }
+    }
+    return digits == 0 ? 0.0 : (negative ? -mantissa : mantissa) / scale + 0.0;
+}
+
+/// Makes the facts of entries. The texts of a catalogue repeat few units and datums: each is looked up once.
+class EntryReader
+{
+public:
+    explicit EntryReader(const ProjectionParamsManager &manager)
+        : m_manager(manager)
+    {}
+
+    /// Throws std::exception for an entry that makes no system.
+    SystemFacts facts(const QStringList &params)
+    {
+        TABProjInfo_t info;
+        if (!readPlain(params, info))
+            info =
+                MapHeaderCoordsysConverter().prjStrToTABProjInfo(prjFromParams(params, QStringLiteral(",")));
+        return factsOf(info);
+    }
+
+private:
+    /// A token that the pattern of the CoordSys parser takes whole and no keyword can hide in.
+    static bool isPlainNumber(const QString &text)
+    {
+        return !text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar c) {
+            return (c >= QLatin1Char('0') && c <= QLatin1Char('9')) || c == QLatin1Char('.') ||
+                   c == QLatin1Char('-') || c == QLatin1Char('+') || c == QLatin1Char('e');
+        });
+    }
+
+    /// "8", "1001", "7", "39", "0", "1", "7500000", "0": the common entries, read as the parser reads them at
+    /// a hundredth of its cost. False for any other form.
+    bool readPlain(const QStringList &params, TABProjInfo_t &info)
+    {
+        if (params.size() < 2 || !std::all_of(params.begin(), params.end(), isPlainNumber))
+            return false;
+        bool isCode = false;
+        const int projection = params.at(0).toInt(&isCode);
+        if (!isCode || params.at(0).size() > 2 || projection <= nonEarth || projection > lastProjection ||
+            (params.size() == 2 && projection != longitudeLatitude))
+            return false;
+        info.nProjId = static_cast<std::uint8_t>(projection);
+        const int next = readDatum(params, info);
+        if (next > 0)
+            readPlane(params, next, info);
+        return next > 0;
+    }
+
+    /// The index of the token behind the datum, 0 for forms that are left to the parser.
+    int readDatum(const QStringList &params, TABProjInfo_t &info)
+    {
+        const int datum = params.at(1).toInt();
+        if (datum <= 0 || datum > std::numeric_limits<std::int16_t>::max())
+            return 0;
+        info.nDatumId = static_cast<std::int16_t>(datum);
+        if (!isUserDatum(datum))
+            return isKnownDatum(datum) ? 2 : 0;
+        const int ellipsoid = params.size() > 5 ? params.at(2).toInt() : -1;
+        if (ellipsoid < 0 || ellipsoid > std::numeric_limits<std::uint8_t>::max())
+            return 0;
+        info.nEllipsoidId = static_cast<std::uint8_t>(ellipsoid);
+        info.dDatumShiftX = plainNumber(params.at(3));
+        info.dDatumShiftY = plainNumber(params.at(4));
+        info.dDatumShiftZ = plainNumber(params.at(5));
+        return datum == fullUserDatum && params.size() > 10 ? 11 : 6;
+    }
+
+    void readPlane(const QStringList &params, int next, TABProjInfo_t &info)
+    {
+        if (next < params.size())
+            info.nUnitsId = static_cast<std::uint8_t>(unitCode(params.at(next++)));
+        const int count = std::min(paramForPrj(info.nProjId), 6);
+        for (int i = 0; i < count && next + i < params.size(); ++i)
+            if (i == 0 || i >= count - 2) // the others are no facts
+                info.adProjParams[i] = plainNumber(params.at(next + i));
+    }
+
+    bool isKnownDatum(int number)
+    {
+        const auto known = m_datums.constFind(number);
+        return known != m_datums.constEnd() ? *known : *m_datums.insert(number, m_manager.datumByID(number));
+    }
+
+    int unitCode(const QString &token)
+    {
+        const auto known = m_units.constFind(token);
+        if (known != m_units.constEnd())
+            return *known;
+        const MIUnitConvParam *unit = m_manager.unitByName(token, std::nothrow);
+        return *m_units.insert(token, unit ? unit->unitCode() : int(LinearUnit::Meter));
+    }
+
+    /// Null when the name that the host gives to the code is not the one the driver knows it by.
+    const DriverUnit *driverUnit(int code)
+    {
+        const auto known = m_driverUnits.constFind(code);
+        if (known != m_driverUnits.constEnd())
+            return *known;
+        const auto row = std::find_if(std::begin(driverUnits), std::end(driverUnits),
+                                      [code](const DriverUnit &unit) { return unit.code == code; });
+        const MIUnitConvParam *named = m_manager.unitByID(code, std::nothrow);
+        const bool same = row != std::end(driverUnits) && named && named->name() == QLatin1String(row->name);
+        return *m_driverUnits.insert(code, same ? row : nullptr);
+    }
+
+    SystemFacts factsOf(const TABProjInfo_t &info)
+    {
+        SystemFacts facts;
+        const int projection = info.nProjId;
+        const int code = info.nUnitsId == unsetUnit ? int(LinearUnit::Meter) : info.nUnitsId;
+        const DriverUnit *unit = driverUnit(code);
+        if (unit && projection != longitudeLatitude)
+            facts.unitCode = code;
+        if (projection == longitudeLatitude)
+            facts.unitCode = LinearUnit::Degree;
+        facts.isOblique = isOdd(projection);
+        if (projection == nonEarth) {
+            facts.centralMeridian = 0.0;
+            facts.falseOriginM = {0.0, 0.0};
+            return facts;
+        }
+        facts.datum = info.nDatumId;
+        if (isUserDatum(info.nDatumId)) {
+            facts.ellipsoid = info.nEllipsoidId;
+            facts.shiftM = {info.dDatumShiftX, info.dDatumShiftY, info.dDatumShiftZ};
+        }
+        if (!isOdd(projection))
+            addPlane(facts, info, unit);
         return facts;
     }
-    facts.datum = info.nDatumId;
-    if (const MIEllipsoidParam *ellipsoid = manager.ellipsoidByID(info.nEllipsoidId))
-        facts.semiMajorM = ellipsoid->semi_major;
-    if (info.nDatumId != webMercatorDatum && info.nDatumId != philippineDatum)
-        facts.shiftM = {info.dDatumShiftX, info.dDatumShiftY, info.dDatumShiftZ};
-    const MIUnitConvParam *record = manager.unitByID(unit, std::nothrow);
-    if (isOdd(projection) || !record)
-        return facts;
-    const int count = paramForPrj(projection);
-    facts.centralMeridian = projection == 1 ? 0.0 : info.adProjParams[0];
-    facts.falseOriginM = count < 4 ? std::make_pair(0.0, 0.0)
-                                   : std::make_pair(info.adProjParams[count - 2] * record->conversion(),
-                                                    info.adProjParams[count - 1] * record->conversion());
-    return facts;
-}
+
+    static void addPlane(SystemFacts &facts, const TABProjInfo_t &info, const DriverUnit *unit)
+    {
+        const int count = paramForPrj(info.nProjId);
+        facts.centralMeridian = info.nProjId == longitudeLatitude ? 0.0 : info.adProjParams[0];
+        if (count < 4) {
+            facts.falseOriginM = {0.0, 0.0};
+            return;
+        }
+        const double east = unit ? info.adProjParams[count - 2] * unit->metres : HUGE_VAL;
+        const double north = unit ? info.adProjParams[count - 1] * unit->metres : HUGE_VAL;
+        if (std::isfinite(east) && std::isfinite(north))
+            facts.falseOriginM = {east, north};
+    }
+
+    const ProjectionParamsManager &m_manager;
+    QHash<int, bool> m_datums;
+    QHash<QString, int> m_units;
+    QHash<int, const DriverUnit *> m_driverUnits;
+};
 
 /// "+proj=utm +zone=37 +south" as proj → utm, zone → 37, south → "".
 QHash<QString, QString> termsOf(const QString &proj)
@@ -81,25 +257,82 @@ QHash<QString, QString> termsOf(const QString &proj)
     for (const QStringRef &part : parts) {
         const QStringRef term = part.startsWith(QLatin1Char('+')) ? part.mid(1) : part;
         const int equals = term.indexOf(QLatin1Char('='));
-        terms.insert((equals < 0 ? term : term.left(equals)).toString(),
-                     equals < 0 ? QString() : term.mid(equals + 1).toString());
+        const QString name = (equals < 0 ? term : term.left(equals)).toString();
+        if (!terms.contains(name)) // PROJ takes the first, too
+            terms.insert(name, equals < 0 ? QString() : term.mid(equals + 1).toString());
     }
     return terms;
 }
 
-void addPlane(SystemFacts &facts, const QHash<QString, QString> &terms)
+using Terms = QHash<QString, QString>;
+
+/// A term's figure; \p absent without the term, nothing when it is no finite decimal number.
+std::optional<double> figure(const Terms &terms, const char *name, double absent)
+{
+    const auto term = terms.constFind(QLatin1String(name));
+    if (term == terms.constEnd())
+        return absent;
+    bool isNumber = false;
+    const double value = term->toDouble(&isNumber);
+    return isNumber && std::isfinite(value) ? std::make_optional(value) : std::nullopt;
+}
+
+void addPlane(SystemFacts &facts, const Terms &terms)
 {
     const QString projection = terms.value(QStringLiteral("proj"));
-    const auto number = [&terms](const char *name) { return terms.value(QLatin1String(name)).toDouble(); };
-    if (projection == QLatin1String("omerc") || projection == QLatin1String("krovak"))
+    const bool turned =
+        projection == QLatin1String("somerc"); // what an oblique Mercator at 90 degrees becomes
+    if (!turned)
+        facts.isOblique =
+            projection == QLatin1String("omerc") || projection.endsWith(QLatin1String("krovak"));
+    if (turned || *facts.isOblique)
         return;
     if (projection == QLatin1String("utm")) {
-        facts.centralMeridian = number("zone") * 6.0 - 183.0;
-        facts.falseOriginM = {500000.0, terms.contains(QStringLiteral("south")) ? 1e7 : 0.0};
+        const double none = -1.0;
+        if (const auto zone = figure(terms, "zone", none); zone && *zone != none) {
+            facts.centralMeridian = *zone * 6.0 - 183.0;
+            facts.falseOriginM = {500000.0, terms.contains(QStringLiteral("south")) ? 1e7 : 0.0};
+        }
         return;
     }
-    facts.centralMeridian = number("lon_0");
-    facts.falseOriginM = {number("x_0"), number("y_0")};
+    facts.centralMeridian = figure(terms, "lon_0", 0.0);
+    const auto east = figure(terms, "x_0", 0.0);
+    const auto north = figure(terms, "y_0", 0.0);
+    if (east && north)
+        facts.falseOriginM = {*east, *north};
+}
+
+/// "+towgs84=23.57,-140.95,-79.8", the only shift of its text.
+std::optional<std::array<double, 3>> shiftIn(const Terms &terms)
+{
+    const QStringList parts = terms.value(QStringLiteral("towgs84")).split(QLatin1Char(','));
+    if (parts.size() < 3 || terms.contains(QStringLiteral("datum")) ||
+        terms.contains(QStringLiteral("nadgrids")))
+        return std::nullopt;
+    std::array<double, 3> shift{};
+    for (std::size_t i = 0; i < shift.size(); ++i) {
+        bool isNumber = false;
+        shift[i] = parts.at(static_cast<int>(i)).toDouble(&isNumber);
+        if (!isNumber || !std::isfinite(shift[i]))
+            return std::nullopt;
+    }
+    return shift;
+}
+
+QString projTextOf(const CoordSystem &cs)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    return QString::fromUtf8(proj_as_proj_string(globalProjContext(), cs.PJ_Proj4(), PJ_PROJ_4, nullptr));
+}
+
+/// What \p ask gives; nothing when it throws, because the system does not know.
+template <typename Ask> auto answerOf(Ask &&ask) -> std::optional<decltype(ask())>
+{
+    try {
+        return ask();
+    } catch (const std::exception &) {
+        return std::nullopt;
+    }
 }
 
 } // namespace
@@ -108,9 +341,9 @@ bool SystemFacts::mayEqual(const SystemFacts &other) const
 {
     if (datum > 0 && other.datum > 0 && datum != other.datum)
         return false;
-    return compatible(unitCode, other.unitCode, [](int a, int b) { return a == b; }) &&
-           compatible(semiMajorM, other.semiMajorM,
-                      [](double a, double b) { return near(a, b, axisSlackM); }) &&
+    const auto identical = [](auto a, auto b) { return a == b; };
+    return compatible(unitCode, other.unitCode, identical) &&
+           compatible(isOblique, other.isOblique, identical) &&
            compatible(
                centralMeridian, other.centralMeridian,
                [](double a, double b) { return std::fabs(std::remainder(a - b, 360.0)) <= angleSlackDeg; }) &&
@@ -119,27 +352,32 @@ bool SystemFacts::mayEqual(const SystemFacts &other) const
                           return near(a.first, b.first, lengthSlackM) &&
                                  near(a.second, b.second, lengthSlackM);
                       }) &&
-           compatible(shiftM, other.shiftM, [](const auto &a, const auto &b) {
-               return std::equal(a.begin(), a.end(), b.begin(),
-                                 [](double x, double y) { return near(x, y, lengthSlackM); });
-           });
+           compatible(semiMajorM, other.semiMajorM,
+                      [](double a, double b) { return near(a, b, axisSlackM); }) &&
+           compatible(shiftM, other.shiftM, sameShift);
 }
 
 MapinfoIndex::MapinfoIndex(const QList<CoordSystemParamsList> &categories)
 {
     const auto manager = activeCatalogues()->projectionParamsManager();
-    QSet<QString> seen;
+    EntryReader reader(*manager);
+    QSet<QStringList> seen;
+    int count = 0;
+    for (const CoordSystemParamsList &category : categories)
+        count += category.entries.size();
+    seen.reserve(count);
+    m_rows.reserve(static_cast<std::size_t>(count));
     for (int category = 0; category < categories.size(); ++category) {
         const QList<CoordSystemParams> &entries = categories.at(category).entries;
         for (int index = 0; index < entries.size(); ++index) {
             const QStringList &params = entries.at(index).params;
-            const QString text = params.join(QLatin1Char(','));
-            if (seen.contains(text))
+            const int before = seen.size();
+            seen.insert(params);
+            if (seen.size() == before)
                 continue;
-            seen.insert(text);
             Row row{{}, {category, index}};
             try {
-                row.facts = factsOfEntry(params, *manager);
+                row.facts = reader.facts(params);
             } catch (const std::exception &) {
                 row.facts = {}; // rules nothing out: the search itself tells that the entry is broken
             }
@@ -148,37 +386,68 @@ MapinfoIndex::MapinfoIndex(const QList<CoordSystemParamsList> &categories)
     }
 }
 
+MapinfoIndex::DatumFigures MapinfoIndex::figuresOf(const SystemFacts &facts)
+{
+    QString text = QStringLiteral("Earth Projection 1, %1").arg(facts.datum);
+    if (isUserDatum(facts.datum))
+        text += QStringLiteral(", %1, 0, 0, 0").arg(facts.ellipsoid) +
+                (facts.datum == fullUserDatum ? QStringLiteral(", 0, 0, 0, 0, 0") : QString());
+    const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope quiet;
+    const std::shared_ptr<void> srs = newSrs();
+    DatumFigures figures;
+    if (OSRImportFromMICoordSys(srs.get(), text.toUtf8().constData()) != OGRERR_NONE)
+        return figures;
+    OGRErr code = OGRERR_NONE;
+    const double semiMajor = OSRGetSemiMajor(srs.get(), &code);
+    if (code == OGRERR_NONE)
+        figures.semiMajorM = length(semiMajor);
+    double shift[7] = {};
+    if (!isUserDatum(facts.datum) && OSRGetTOWGS84(srs.get(), shift, 7) == OGRERR_NONE)
+        figures.shiftM = {shift[0], shift[1], shift[2]};
+    return figures;
+}
+
+bool MapinfoIndex::mayEqual(const SystemFacts &facts, const Row &row) const
+{
+    const SystemFacts &entry = row.facts;
+    if (!facts.mayEqual(entry))
+        return false;
+    if (entry.datum <= 0 || entry.datum == webMercatorDatum || entry.datum == philippineDatum)
+        return true;
+    const QMutexLocker lock(&m_lock);
+    const std::pair<int, int> key(entry.datum, entry.ellipsoid);
+    auto known = m_figures.find(key);
+    if (known == m_figures.end())
+        known = m_figures.insert(key, figuresOf(entry));
+    return compatible(facts.semiMajorM, known->semiMajorM,
+                      [](double a, double b) { return near(a, b, axisSlackM); }) &&
+           compatible(facts.shiftM, known->shiftM, sameShift);
+}
+
 std::optional<SystemFacts> factsOf(const CoordSystem &cs)
 {
-    QString proj;
-    {
-        const QMutexLocker lock(globalProj4Mutex());
-        if (!cs.PJ_Proj4())
-            return std::nullopt;
-        proj = QString::fromUtf8(proj_as_proj_string(globalProjContext(), cs.PJ_Proj4(), PJ_PROJ_4, nullptr));
-    }
+    if (!cs.PJ_Proj4())
+        return std::nullopt;
     SystemFacts facts;
-    try {
-        facts.unitCode = cs.unit().unitCode();
-    } catch (const std::exception &) {
-        // an unnamed unit is compared by its length
+    if (const auto unit = answerOf([&cs] { return cs.unit(); }))
+        facts.unitCode = unit->unitCode(); // an unnamed unit is compared by its length
+    if (cs.sourceType() == CoordSystem::Prj) {
+        const auto record = answerOf(
+            [&cs] { return MapHeaderCoordsysConverter().prjStrToTABProjInfo(cs.sourceParameters().string); });
+        if (!record)
+            return std::nullopt;
+        facts.datum = record->nDatumId;
     }
-    if (cs.sourceType() == CoordSystem::Prj)
-        facts.datum = MapHeaderCoordsysConverter().prjStrToTABProjInfo(cs.sourceParameters().string).nDatumId;
+    const QString proj = projTextOf(cs);
     if (!proj.contains(QLatin1String("+proj=")) || proj.contains(QLatin1String("+proj=pipeline")))
         return facts;
-    const QHash<QString, QString> terms = termsOf(proj);
+    const Terms terms = termsOf(proj);
     addPlane(facts, terms);
-    const QStringList shift = terms.value(QStringLiteral("towgs84")).split(QLatin1Char(','));
-    if (shift.size() >= 3)
-        facts.shiftM = {shift.at(0).toDouble(), shift.at(1).toDouble(), shift.at(2).toDouble()};
-    if (!cs.isNonEarth()) {
-        try {
-            facts.semiMajorM = cs.getSemiMajor();
-        } catch (const std::exception &) {
-            // without an ellipsoid nothing is ruled out
-        }
-    }
+    facts.shiftM = shiftIn(terms);
+    if (!cs.isNonEarth() && !terms.contains(QStringLiteral("R_A")))
+        if (const auto semiMajor = answerOf([&cs] { return cs.getSemiMajor(); }))
+            facts.semiMajorM = length(*semiMajor);
     return facts;
 }
 

@@ -2,7 +2,9 @@
 
 #include <coordsys/CoordSystemParams.h>
 
+#include <QHash>
 #include <QList>
+#include <QMutex>
 
 #include <array>
 #include <optional>
@@ -14,23 +16,25 @@ namespace nivora::cs {
 class CoordSystem;
 
 /// What the parameters of a catalogue entry, or the PROJ text of a system, tell before anything is built. A
-/// fact that is not known rules nothing out.
+/// fact that is not known rules nothing out. Facts of an entry are only those that reach the engine from its
+/// text: the figures that a host's catalogue has for numbered datums and units do not.
 struct SystemFacts
 {
     std::optional<int> unitCode;
     std::optional<double> semiMajorM;
+    std::optional<bool> isOblique; ///< an oblique Mercator or Krovak, which name their plane otherwise
     std::optional<double> centralMeridian; ///< degrees
     std::optional<std::pair<double, double>> falseOriginM;
     std::optional<std::array<double, 3>> shiftM; ///< explicit shift to WGS 84
     int datum = 0;                               ///< MapInfo's number, compared when both are positive
+    int ellipsoid = 0;                           ///< MapInfo's number, of an entry with a datum of its own
 
     /// False only when two systems with these facts cannot be equal.
     bool mayEqual(const SystemFacts &other) const;
 };
 
 /// Narrows a search by equality to the entries that can still be equal, in file order. Entries with the same
-/// parameters make equal systems, so only the first of them is kept. Immutable once made; needs the active
-/// catalogue when it is made.
+/// parameters make equal systems, so only the first of them is kept. Thread-safe; needs the active catalogue.
 class MapinfoIndex
 {
 public:
@@ -43,12 +47,25 @@ public:
 
     explicit MapinfoIndex(const QList<CoordSystemParamsList> &categories);
     const std::vector<Row> &rows() const { return m_rows; }
+    /// False only when a system with these facts cannot be equal to the row's. Asks the engine for the
+    /// figures of the row's datum, once each.
+    bool mayEqual(const SystemFacts &facts, const Row &row) const;
 
 private:
+    struct DatumFigures
+    {
+        std::optional<double> semiMajorM;
+        std::optional<std::array<double, 3>> shiftM;
+    };
+    static DatumFigures figuresOf(const SystemFacts &facts);
+
     std::vector<Row> m_rows;
+    mutable QMutex m_lock;                                      ///< guards m_figures
+    mutable QHash<std::pair<int, int>, DatumFigures> m_figures; ///< by datum and ellipsoid
 };
 
-/// The facts of a system; nothing when it has no PROJ object, since every entry has one.
+/// The facts of a system; nothing when it has no PROJ object, since every entry has one, or a source text
+/// that does not parse, which is equal to nothing.
 std::optional<SystemFacts> factsOf(const CoordSystem &cs);
 
 } // namespace nivora::cs

@@ -166,7 +166,7 @@ bool TransformInternalMesh::transform(const QVector<QPointF> &in, QVector<QPoint
         transformAll(*queue, direction, &single, 1);
         return !isIncorrect(single);
     }
-    QRectF bounds = source->rectNumericCoordSys();
+    QRectF bounds = source->rectWithoutSearch();
     if (source->isLatLong()) {
         bounds.setTop(-nearlyPole);
         bounds.setBottom(nearlyPole);

@@ -138,6 +138,20 @@ private Q_SLOTS:
         QVERIFY2(fiji.width() < 2e6 && fiji.height() < 2e6, qPrintable(QString::number(fiji.height())));
     }
 
+    // The bounds are those of the plane; the system maps them by its affine transformation, once.
+    void affineOnce()
+    {
+        const auto factory = support::shippedFactory();
+        const QString plain = QStringLiteral("Earth Projection 8, 104, \"m\", 39.123, 0, 1, 500000, 0");
+        const QRectF bounds = factory->createWithoutDescription(plain)->rectInternal();
+        const CoordSystemPtr moved = factory->createWithoutDescription(
+            plain + QStringLiteral(" Affine Units \"m\", 0, 2, 1000, -2, 0, 3000"));
+        QVERIFY(bounds.width() > 1e6);
+        VERIFY_NEAR(CoordSysRect().rect(moved), CoordSysRect().rect(factory->createWithoutDescription(plain)),
+                    1e-3);
+        VERIFY_NEAR(moved->rectInternal(), moved->affineTransform()->mapRect(bounds), 1e-2);
+    }
+
     void badText()
     {
         support::LogCapture log;

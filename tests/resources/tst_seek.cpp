@@ -7,6 +7,8 @@
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjLibMetadata.h>
 
+#include <QRegularExpression>
+
 #include <set>
 #include <tuple>
 
@@ -23,6 +25,7 @@ private Q_SLOTS:
     void everyCode();
     void strangers();
     void codes();
+    void editedByAHost();
 
 private:
     /// Numbers of entries in file order, -1 for none.
@@ -162,6 +165,75 @@ void TestSeek::codes()
             QCOMPARE(m_catalogue->seekByEPSG(item.entry.epsg()),
                      m_catalogue->getStrMB(item.category, item.index));
     QVERIFY(m_catalogue->seekByEPSG(1).isNull());
+}
+
+/// A host that changes figures, takes a datum away and writes nonsense. The walk is made by hand: every entry
+/// that can be built is compared.
+void TestSeek::editedByAHost()
+{
+    const support::ResourceCopy copy;
+    QFile shipped(support::resources().filePath(QStringLiteral("projection_en.xml")));
+    QVERIFY(shipped.open(QIODevice::ReadOnly));
+    QString xml = QString::fromUtf8(shipped.readAll());
+    const auto edit = [&xml](const char *pattern, const char *text) {
+        const QString before = xml;
+        xml.replace(QRegularExpression(QString::fromLatin1(pattern)), QString::fromLatin1(text));
+        return xml != before;
+    };
+    QVERIFY(edit("(<datum [^>]*id=\"1001\"[^>]* dx=)\"[^\"]*\"", "\\1\"500\""));
+    QVERIFY(edit("<datum id=\"62\"[^>]*/>", ""));
+    QVERIFY(edit("(<ellipsoid id=\"3\"[^>]* semi_major=)\"[^\"]*\"", "\\1\"nan\""));
+    QVERIFY(edit("(name_mi=\"km\"[^>]* conv=)\"1000\"", "\\1\"999\""));
+    copy.write(QStringLiteral("projection_en.xml"), xml.toUtf8());
+    const QStringList texts = {QStringLiteral("8, 1001, 7, 39, 0, 1, 7500000, 0"),
+                               QStringLiteral("1, 1001"),
+                               QStringLiteral("8, 62, 7, 39, 0, 1, 7500000, 0"),
+                               QStringLiteral("8, 1001, 1, 39, 0, 1, 7500, 0"),
+                               QStringLiteral("8, 104, 7, nan, 0, 1, inf, 1e300"),
+                               QStringLiteral("8, 104, 7, 39, 0, 1, 1e300, 0"),
+                               QStringLiteral("8, 999, 3, 1, 2, 3, 7, 39, 0, 1, 0, 0"),
+                               QStringLiteral("8, 104, \"km\", 39, 0, 1, 500, 0"),
+                               QStringLiteral("7, 104, 7, 115, 4, 53.31582, 53.1, 0.99984, 0, 0"),
+                               QStringLiteral("99, nonsense"),
+                               QStringLiteral("8, 9999, 3, 1, 2, 3, 0, 0, 0, 0, 0, 7, 39, 0, 1, 0, 0"),
+                               QStringLiteral("0, 7"),
+                               QStringLiteral("3, 62, 8, -120.5, 41.67, 43.33, 45.5, 4921250.000000, 0"),
+                               QStringLiteral("1, 104")};
+    QString catalogue = QStringLiteral("\"--- A host's ---\"\n");
+    for (const QString &text : texts)
+        catalogue += QStringLiteral("\"%1\", %1\n")
+                         .arg(text)
+                         .replace(QStringLiteral("\"km\"\","), QStringLiteral("km\","));
+    copy.write(QStringLiteral("projections_en.prj"), catalogue.toUtf8());
+
+    const support::DefaultFactoryKeeper keeper;
+    const auto host = std::make_shared<CoordSysFactory>(copy.dir(), copy.dir(), QStringLiteral("en"));
+    CoordSysFactory::setDefaultCoordSysFactory(host);
+    QVERIFY(host->initCoordSystemEnvironment());
+    const auto list = host->mapinfoCoordSystem();
+    const int count = list->projectionList().first().entries.size();
+    QVERIFY(count > 10);
+    const auto built = [&](int index) -> CoordSystemPtr {
+        try {
+            return list->getProj(0, index);
+        } catch (const std::exception &) {
+            return nullptr; // equal to nothing
+        }
+    };
+    int found = 0;
+    for (int i = 0; i < count; ++i) {
+        if (!built(i))
+            continue;
+        for (const CoordSystemPtr &cs : {host->createWithoutDescription(list->getStrMB(0, i)),
+                                         host->createFromProj(built(i)->projStr())}) {
+            int expected = -1;
+            for (int k = 0; k < count && expected < 0; ++k)
+                expected = built(k) && cs->isEqual(built(k), true) ? k : -1;
+            QCOMPARE(list->seekProj(cs, true).second, expected);
+            found += expected >= 0;
+        }
+    }
+    QVERIFY(found > 10);
 }
 
 NIVORA_TEST(TestSeek)

@@ -174,6 +174,29 @@ private Q_SLOTS:
         VERIFY_NEAR(out.topLeft(), QPointF(0, -corner.y()), 1e-3);
     }
 
+    // The answer is the same before and after the database was searched, and with bounds that nobody knows.
+    void needsNoSearchAndNoFactory()
+    {
+        const auto transform = [] { // two registered systems, whose areas of use would add lines
+            return CoordTransform(support::shippedFactory()->createFromProj(
+                                      QStringLiteral("+proj=utm +zone=37 +datum=WGS84 +units=m")),
+                                  made(lonLat));
+        };
+        const QRectF planar(-2e6, 1e6, 5e6, 6e6);
+        const CoordTransform searched = transform();
+        searched.sourceCoordSystem()->rectInternal();
+        QRectF first;
+        QRectF second;
+        QVERIFY(transform().forwardMesh(planar, first, 10) && searched.forwardMesh(planar, second, 10));
+        QCOMPARE(first, second);
+
+        const CoordTransform orphan = transform();
+        const support::DefaultFactoryKeeper keeper;
+        CoordSysFactory::setDefaultCoordSysFactory(nullptr);
+        QVERIFY(orphan.forwardMesh(planar, second, 10));
+        VERIFY_NEAR(first, second, 1e-9);
+    }
+
     void thinRectangle()
     {
         // Flatter than a step: three rows, so the equator, where a sinusoidal parallel is longest, is on the
