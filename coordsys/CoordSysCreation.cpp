@@ -19,6 +19,8 @@
 #include <QRegularExpression>
 #include <QXmlStreamReader>
 
+#include <memory>
+
 namespace nivora::cs {
 namespace {
 
@@ -324,14 +326,13 @@ QVector<CoordSystemPtr> CoordSysFactory::cropCoordSystems()
 {
     static const QStringList cropCsList = {QStringLiteral("CoordSys Earth Projection,4,104,7,90,90,90"),
                                            QStringLiteral("CoordSys Earth Projection,4,104,7,0,90,90")};
-    static const QVector<CoordSystemPtr> systems = [] {
-        globalProj4Mutex();
-        globalProjContext(); // outlives the systems
+    // Never destroyed: statics may still convert while the process ends.
+    static const QVector<CoordSystemPtr> &systems = *[] {
         const auto catalogues = activeCatalogues();
-        QVector<CoordSystemPtr> made;
+        auto made = std::make_unique<QVector<CoordSystemPtr>>();
         for (const QString &prj : cropCsList)
-            made << catalogues->createWithoutDescription(prj);
-        return made;
+            *made << catalogues->createWithoutDescription(prj);
+        return made.release();
     }();
     return systems;
 }

@@ -20,20 +20,18 @@
 namespace nivora::cs {
 namespace {
 
-std::shared_ptr<CoordSysFactory> gDefaultCoordSysFactory;
-QReadWriteLock gDefaultLock;
-
-/// The default must go before the PROJ context does: its systems own PROJ objects. Made after the context,
-/// this guard is destroyed before it.
-struct DefaultGuard
+struct Installed
 {
-    DefaultGuard()
-    {
-        globalProj4Mutex();
-        globalProjContext();
-    }
-    ~DefaultGuard() { gDefaultCoordSysFactory.reset(); }
+    std::shared_ptr<CoordSysFactory> factory;
+    QReadWriteLock lock; ///< guards factory
 };
+
+/// Never destroyed: at the end of the process other threads may still ask for the default.
+Installed &installed()
+{
+    static Installed &made = *new Installed;
+    return made;
+}
 
 std::shared_ptr<const CatalogueSource> installedDefault()
 {
@@ -130,15 +128,14 @@ void CoordSysFactory::clearEnvironment()
 
 std::shared_ptr<CoordSysFactory> CoordSysFactory::defaultCoordSysFactory()
 {
-    const QReadLocker lock(&gDefaultLock);
-    return gDefaultCoordSysFactory;
+    const QReadLocker lock(&installed().lock);
+    return installed().factory;
 }
 
 void CoordSysFactory::setDefaultCoordSysFactory(std::shared_ptr<CoordSysFactory> factory)
 {
-    static const DefaultGuard guard;
-    const QWriteLocker lock(&gDefaultLock);
-    gDefaultCoordSysFactory = std::move(factory); // releases the previous one under the lock
+    const QWriteLocker lock(&installed().lock);
+    installed().factory = std::move(factory); // releases the previous one under the lock
 }
 
 CoordSystemPtr CoordSysFactory::currentCoordSystem() const { return std::atomic_load(&m_current); }
