@@ -4,6 +4,7 @@
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/DriverText_p.h>
+#include <coordsys/InputFile_p.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/OsrHandle_p.h>
@@ -287,7 +288,7 @@ CoordSystemPtr CoordSysFactory::createFromOracleSRID(int srid) const
     LOG_INFO(QStringLiteral("SRID=%1").arg(srid));
     const QString path = m_resourceDir.absoluteFilePath(QStringLiteral("OracleSRID.xml"));
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!openInput(file).isEmpty())
         throw std::runtime_error(QObject::tr("Не могу открыть файл %0").arg(path).toStdString());
 
     QString prj;

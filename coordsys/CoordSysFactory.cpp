@@ -67,16 +67,10 @@ template <typename Load> bool loaded(Load &&load)
 CoordSysFactory::CoordSysFactory(const QDir &systemDir, const QDir &userDir, const QString &language)
     : m_resourceDir(systemDir)
     , m_language(language)
-    , m_coordSysRect(std::make_shared<CoordSysRect>())
     , m_lifeline(std::make_shared<Lifeline>(this))
 {
     setDefaultCatalogues(installedDefault);
-    m_mapinfo = std::make_shared<MapinfoCoordSystem>([lifeline = m_lifeline](const QString &prj) {
-        const QReadLocker alive(&lifeline->lock);
-        return lifeline->factory ? lifeline->factory->createWithoutDescription(prj) : CoordSystemPtr();
-    });
-    m_mapinfo->setOwner(this);
-    m_params = std::make_shared<ProjectionParamsManager>();
+    makeCatalogues();
     m_user = std::make_shared<UserCoordSystem>(userDir);
     if (!m_resourceDir.exists())
         LOG_ERROR(QObject::tr("Путь с ресурсами неверен:%1").arg(m_resourceDir.absolutePath()));
@@ -92,9 +86,33 @@ CoordSysFactory::~CoordSysFactory()
 {
     // Must not ask for the default factory: it may be destroyed while its lock is held.
     m_mapinfo->clear(); // waits for the background fill, which still builds with this factory
-    m_mapinfo->setOwner(nullptr);
+    retireMapinfo();
     const QWriteLocker lock(&m_lifeline->lock);
     m_lifeline->factory = nullptr;
+}
+
+/// A catalogue that a holder keeps builds on with this factory while that lives, and compares with the active
+/// one.
+void CoordSysFactory::retireMapinfo()
+{
+    if (!m_mapinfo)
+        return;
+    m_mapinfo->stopInternalCache();
+    m_mapinfo->setOwner(nullptr);
+}
+
+/// Each start-up but the first works on new catalogues: those handed out before stay as their holders know
+/// them, and a cleared MapInfo catalogue would build nothing any more.
+void CoordSysFactory::makeCatalogues()
+{
+    retireMapinfo();
+    m_coordSysRect = std::make_shared<CoordSysRect>();
+    m_params = std::make_shared<ProjectionParamsManager>();
+    m_mapinfo = std::make_shared<MapinfoCoordSystem>([lifeline = m_lifeline](const QString &prj) {
+        const QReadLocker alive(&lifeline->lock);
+        return lifeline->factory ? lifeline->factory->createWithoutDescription(prj) : CoordSystemPtr();
+    });
+    m_mapinfo->setOwner(this);
 }
 
 bool CoordSysFactory::initCoordSystemEnvironment()
@@ -104,7 +122,11 @@ bool CoordSysFactory::initCoordSystemEnvironment()
     initProjLibEnvironment();
     setMitabEnvVariable();
     LOG_INFO(QObject::tr("Инициализация координатных систем"));
-    if (!loaded([this] { return m_params->initFromXML(m_resourceDir, m_language); }))
+    if (m_wasStarted)
+        makeCatalogues();
+    m_wasStarted = true;
+    if (!loaded(
+            [this] { return m_params->initFromXML(m_resourceDir, m_language) && !m_params->isDamaged(); }))
         return false;
     if (!loaded([this] { return m_mapinfo->loadFromPRJ(m_resourceDir, m_language); }))
         return false;

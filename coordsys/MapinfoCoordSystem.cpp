@@ -2,6 +2,7 @@
 
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
+#include <coordsys/InputFile_p.h>
 #include <coordsys/MapinfoIndex_p.h>
 #include <coordsys/MapinfoPrjReader.h>
 #include <platform/Logger.h>
@@ -126,7 +127,7 @@ QByteArray codecNameForTextFile(const QString &path)
 {
     static const QByteArray utf8 = QByteArrayLiteral("UTF-8");
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!openInput(file).isEmpty())
         return utf8;
     QTextStream stream(&file);
     stream.setCodec(utf8.constData());
@@ -160,7 +161,7 @@ bool MapinfoCoordSystem::loadFromPRJ(const QFileInfo &file)
 {
     QList<CoordSystemParamsList> categories = m_categories;
     QFile source(nivora::utils::lookUpExistingFileInDirectory(file).absoluteFilePath());
-    if (!source.open(QIODevice::ReadOnly))
+    if (!openInput(source).isEmpty())
         throw std::runtime_error(QObject::tr("Не могу открыть файл %1").arg(file.fileName()).toStdString());
     LOG_INFO(QObject::tr("Файл с проекциями: %1").arg(source.fileName()));
 
