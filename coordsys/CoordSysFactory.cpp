@@ -16,6 +16,7 @@
 
 #include <clocale>
 #include <exception>
+#include <optional>
 
 namespace nivora::cs {
 namespace {
@@ -72,6 +73,13 @@ CoordSysFactory::CoordSysFactory(const QDir &systemDir, const QDir &userDir, con
     setDefaultCatalogues(installedDefault);
     makeCatalogues();
     m_user = std::make_shared<UserCoordSystem>(userDir);
+    m_user->setMaker([lifeline = m_lifeline](const CoordSystemTypes::SourceData &source) {
+        const QReadLocker alive(&lifeline->lock);
+        std::optional<CatalogueScope> scope;
+        if (lifeline->factory)
+            scope.emplace(*lifeline->factory);
+        return UserCoordSystem::csStringToInternalNoDescription(source);
+    });
     if (!m_resourceDir.exists())
         LOG_ERROR(QObject::tr("Путь с ресурсами неверен:%1").arg(m_resourceDir.absolutePath()));
     LOG_TRACE(QObject::tr("Системные ресурсы КС: %1").arg(systemDir.absolutePath()));

@@ -7,6 +7,7 @@
 #include <coordsys/ProjLibMetadata.h>
 #include <coordsys/ProjectionParamsManager.h>
 #include <coordsys/SpatialReferenceText.h>
+#include <coordsys/SpatialReferenceText_p.h>
 #include <platform/Logger.h>
 
 #include <proj.h>
@@ -377,6 +378,7 @@ LinearUnit CoordSystem::unit(const ProjectionParamsManager &manager) const
             return found;
     }
     QString text = m_source.string;
+    const QuietExportScope quiet; // an exception is no reason to log as well
     try {
         text = withClauses(barePrj());
     } catch (const std::exception &) {

@@ -5,6 +5,7 @@
 #include <coordsys/OsrHandle_p.h>
 #include <coordsys/ProjEngine.h>
 #include <coordsys/ProjectionParamsManager.h>
+#include <coordsys/SpatialReferenceText_p.h>
 #include <platform/Logger.h>
 
 #include <QMutexLocker>
@@ -19,6 +20,9 @@
 #include <optional>
 
 namespace nivora::cs {
+
+thread_local int QuietExportScope::depth = 0;
+
 namespace {
 
 constexpr double axisToleranceM = 1e-3;
@@ -60,6 +64,8 @@ struct Exported
 
 void logIncorrect(const QString &what)
 {
+    if (QuietExportScope::isOn())
+        return;
     LOG_ERROR(QObject::tr("Строка PRJ сформирована некорректно (%1)").arg(what));
 }
 
@@ -326,7 +332,8 @@ bool mendDatum(TABProjInfo_t &info, const Exported &exported, const ProjectionPa
         logIncorrect(exported.prj);
         return false;
     }
-    if (!exported.shift && (!fits || (info.nDatumId == wgs84Datum && !isWgs84(exported.datum))))
+    if (!QuietExportScope::isOn() && !exported.shift &&
+        (!fits || (info.nDatumId == wgs84Datum && !isWgs84(exported.datum))))
         LOG_ERROR(QObject::tr("Сдвиг датума неизвестен, в строке PRJ он нулевой (%1)").arg(exported.prj));
     return !fits;
 }

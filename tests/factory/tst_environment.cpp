@@ -9,6 +9,7 @@
 #include <coordsys/ProjLibMetadata.h>
 #include <coordsys/ProjectionParamsManager.h>
 
+#include <cpl_error.h>
 #include <proj.h>
 
 #include <QProcess>
@@ -335,6 +336,24 @@ private Q_SLOTS:
         QVERIFY(none.unitCode() == -1 && none.conversion() == 0.0 && none.name().isEmpty());
         QCOMPARE(factory->areaUnitById(LinearUnit::MIUnitCode(25)).conversion(), 10000.0); // the hectare
         QVERIFY(!factory->areaUnitById(LinearUnit::Meter).isValid());
+    }
+
+    // What the library asks of GDAL leaves no trace in the host's view of it, nor does an exception in the
+    // log.
+    void hostsErrors()
+    {
+        const auto factory = support::shippedFactory();
+        const CoordSystemPtr cs =
+            factory->createFromProj(QStringLiteral("+proj=utm +zone=33 +ellps=intl +units=ind-yd"));
+        support::LogCapture log;
+        CPLErrorSetState(CE_Warning, 77, "the host's own");
+        QVERIFY_EXCEPTION_THROWN(factory->createFromWkt(QStringLiteral("PROJCS[")), std::runtime_error);
+        QVERIFY_EXCEPTION_THROWN(cs->unit(), std::logic_error);
+        QVERIFY(cs->epsg() != 0 && !cs->exportToWkt().isEmpty());
+        QCOMPARE(CPLGetLastErrorType(), CE_Warning);
+        QCOMPARE(CPLGetLastErrorNo(), 77);
+        QCOMPARE(CPLGetLastErrorMsg(), "the host's own");
+        QCOMPARE(log.lines(QStringLiteral("error")), QStringList());
     }
 
     // Each factory sees its own catalogues, whichever is installed, and either may die first.
