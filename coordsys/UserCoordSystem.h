@@ -76,6 +76,7 @@ public:
     /// Keeps the file's name and moves it to another directory; nothing is copied.
     void setDir(const QDir &dir);
     const QFileInfo &fileInfo() const { return m_file; }
+    /// Refers to the store: take a copy before changing, loading or leaving it (copies are shared, so cheap).
     const QList<CsDataType> &data() const { return m_branches; }
     bool isEmpty() const { return m_branches.isEmpty(); }
 
