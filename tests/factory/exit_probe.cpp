@@ -54,11 +54,12 @@ void convertForEver(const CoordTransform &transform, std::atomic<int> &started)
     }
 }
 
-void convertInThreads()
+void convertInThreads(const CoordSystemPtr &from, const CoordSystemPtr &to)
 {
+    const CoordTransform &transform = *new CoordTransform(from, to); // the threads never end
     static std::atomic<int> started{0};
     for (int i = 0; i < 4; ++i)
-        std::thread(convertForEver, std::cref(*keptTransform), std::ref(started)).detach();
+        std::thread(convertForEver, std::cref(transform), std::ref(started)).detach();
     while (started < 4)
         std::this_thread::yield();
 }
@@ -84,7 +85,7 @@ int main(int argc, char **argv)
         keptFactory = factory;
     }
     if (is("threads"))
-        convertInThreads();
+        convertInThreads(grid, factory->latLongWgs84CoordSystem());
     if (is("fill") || is("fill-return") || is("threads")) {
         factory->mapinfoCoordSystem()->initInternalCache();
         std::this_thread::sleep_for(std::chrono::milliseconds(argc > 2 ? std::atoi(argv[2]) : 20));
