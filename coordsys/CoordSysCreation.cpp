@@ -5,6 +5,7 @@
 #include <coordsys/CoordSystemConversions.h>
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/DriverText_p.h>
+#include <coordsys/InputFile_p.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/OsrHandle_p.h>
@@ -23,6 +24,7 @@
 #include <QXmlStreamReader>
 
 #include <cmath>
+#include <memory>
 #include <optional>
 
 namespace nivora::cs {
@@ -386,7 +388,7 @@ CoordSystemPtr CoordSysFactory::createFromOracleSRID(int srid) const
     LOG_INFO(QStringLiteral("SRID=%1").arg(srid));
     const QString path = m_resourceDir.absoluteFilePath(QStringLiteral("OracleSRID.xml"));
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!openInput(file).isEmpty())
         throw std::runtime_error(QObject::tr("Не могу открыть файл %0").arg(path).toStdString());
 
     QString prj;
@@ -426,14 +428,13 @@ QVector<CoordSystemPtr> CoordSysFactory::cropCoordSystems()
 {
     static const QStringList cropCsList = {QStringLiteral("CoordSys Earth Projection,4,104,7,90,90,90"),
                                            QStringLiteral("CoordSys Earth Projection,4,104,7,0,90,90")};
-    static const QVector<CoordSystemPtr> systems = [] {
-        globalProj4Mutex();
-        globalProjContext(); // outlives the systems
+    // Never destroyed: statics may still convert while the process ends.
+    static const QVector<CoordSystemPtr> &systems = *[] {
         const auto catalogues = activeCatalogues();
-        QVector<CoordSystemPtr> made;
+        auto made = std::make_unique<QVector<CoordSystemPtr>>();
         for (const QString &prj : cropCsList)
-            made << catalogues->createWithoutDescription(prj);
-        return made;
+            *made << catalogues->createWithoutDescription(prj);
+        return made.release();
     }();
     return systems;
 }

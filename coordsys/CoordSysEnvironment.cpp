@@ -14,6 +14,7 @@
 #include <QSettings>
 #include <QStringList>
 
+#include <memory>
 #include <stdexcept>
 #include <vector>
 
@@ -43,6 +44,24 @@ QStringList candidates()
     return paths;
 }
 
+struct ContextDestroy
+{
+    void operator()(PJ_CONTEXT *context) const { proj_context_destroy(context); }
+};
+
+/// Whether PROJ works with a database: it refuses other layouts, and SQLite what is damaged. Tried in a
+/// context of its own, since one that opened a database keeps it.
+bool isUsable(const QString &database)
+{
+    if (!QFileInfo(database).isFile()) // a FIFO would be waited for
+        return false;
+    const std::unique_ptr<PJ_CONTEXT, ContextDestroy> context(proj_context_create());
+    proj_log_level(context.get(), PJ_LOG_NONE);
+    return proj_context_set_database_path(context.get(), QFile::encodeName(database).constData(), nullptr,
+                                          nullptr) &&
+           proj_context_get_database_metadata(context.get(), "EPSG.VERSION");
+}
+
 QStringList directoriesWithDatabase()
 {
     QStringList found;
@@ -51,8 +70,13 @@ QStringList directoriesWithDatabase()
         const QDir dir(path); // reads an empty path as ".", which QFileInfo would not
         if (!dir.exists())
             LOG_TRACE(QObject::tr("Каталог с ресурсами %1 не существует").arg(dir.absolutePath()));
-        else if (dir.exists(databaseFile))
+        else if (!dir.exists(databaseFile))
+            continue;
+        else if (isUsable(dir.absoluteFilePath(databaseFile)))
             found << QDir::toNativeSeparators(dir.absolutePath());
+        else
+            LOG_INFO(QObject::tr("База данных %1 не подходит для PROJ, каталог пропущен")
+                         .arg(QDir::toNativeSeparators(dir.absoluteFilePath(databaseFile))));
     }
     return found;
 }
@@ -103,7 +127,8 @@ void initProjLibEnvironment()
     LOG_DEBUG(QStringLiteral("proj path (PROJ_LIB)=%1").arg(QFile::decodeName(info.searchpath)));
     if (!proj_context_get_database_path(globalProjContext()))
         throw std::logic_error(
-            QObject::tr("Не найден файл \"%1\". Необходимо указать путь к нему в переменной окружения %2.")
+            QObject::tr("Не найден файл \"%1\". Необходимо указать путь к нему в переменной окружения %2. "
+                        "Каталог можно указать также в PROJ_DATA или в настройке proj/ProjDataDir.")
                 .arg(databaseFile, QStringLiteral("PROJ_LIB"))
                 .toStdString());
 }

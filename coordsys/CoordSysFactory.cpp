@@ -22,20 +22,18 @@
 namespace nivora::cs {
 namespace {
 
-std::shared_ptr<CoordSysFactory> gDefaultCoordSysFactory;
-QReadWriteLock gDefaultLock;
-
-/// The default must go before the PROJ context does: its systems own PROJ objects. Made after the context,
-/// this guard is destroyed before it.
-struct DefaultGuard
+struct Installed
 {
-    DefaultGuard()
-    {
-        globalProj4Mutex();
-        globalProjContext();
-    }
-    ~DefaultGuard() { gDefaultCoordSysFactory.reset(); }
+    std::shared_ptr<CoordSysFactory> factory;
+    QReadWriteLock lock; ///< guards factory
 };
+
+/// Never destroyed: at the end of the process other threads may still ask for the default.
+Installed &installed()
+{
+    static Installed &made = *new Installed;
+    return made;
+}
 
 std::shared_ptr<const CatalogueSource> installedDefault()
 {
@@ -71,17 +69,18 @@ template <typename Load> bool loaded(Load &&load)
 CoordSysFactory::CoordSysFactory(const QDir &systemDir, const QDir &userDir, const QString &language)
     : m_resourceDir(systemDir)
     , m_language(language)
-    , m_coordSysRect(std::make_shared<CoordSysRect>())
     , m_lifeline(std::make_shared<Lifeline>(this))
 {
     setDefaultCatalogues(installedDefault);
-    m_mapinfo = std::make_shared<MapinfoCoordSystem>([lifeline = m_lifeline](const QString &prj) {
-        const QReadLocker alive(&lifeline->lock);
-        return lifeline->factory ? lifeline->factory->createWithoutDescription(prj) : CoordSystemPtr();
-    });
-    m_mapinfo->setOwner(this);
-    m_params = std::make_shared<ProjectionParamsManager>();
+    makeCatalogues();
     m_user = std::make_shared<UserCoordSystem>(userDir);
+    m_user->setMaker([lifeline = m_lifeline](const CoordSystemTypes::SourceData &source) {
+        const QReadLocker alive(&lifeline->lock);
+        std::optional<CatalogueScope> scope;
+        if (lifeline->factory)
+            scope.emplace(*lifeline->factory);
+        return UserCoordSystem::csStringToInternalNoDescription(source);
+    });
     if (!m_resourceDir.exists())
         LOG_ERROR(QObject::tr("Путь с ресурсами неверен:%1").arg(m_resourceDir.absolutePath()));
     LOG_TRACE(QObject::tr("Системные ресурсы КС: %1").arg(systemDir.absolutePath()));
@@ -96,9 +95,33 @@ CoordSysFactory::~CoordSysFactory()
 {
     // Must not ask for the default factory: it may be destroyed while its lock is held.
     m_mapinfo->clear(); // waits for the background fill, which still builds with this factory
-    m_mapinfo->setOwner(nullptr);
+    retireMapinfo();
     const QWriteLocker lock(&m_lifeline->lock);
     m_lifeline->factory = nullptr;
+}
+
+/// A catalogue that a holder keeps builds on with this factory while that lives, and compares with the active
+/// one.
+void CoordSysFactory::retireMapinfo()
+{
+    if (!m_mapinfo)
+        return;
+    m_mapinfo->stopInternalCache();
+    m_mapinfo->setOwner(nullptr);
+}
+
+/// Each start-up but the first works on new catalogues: those handed out before stay as their holders know
+/// them, and a cleared MapInfo catalogue would build nothing any more.
+void CoordSysFactory::makeCatalogues()
+{
+    retireMapinfo();
+    m_coordSysRect = std::make_shared<CoordSysRect>();
+    m_params = std::make_shared<ProjectionParamsManager>();
+    m_mapinfo = std::make_shared<MapinfoCoordSystem>([lifeline = m_lifeline](const QString &prj) {
+        const QReadLocker alive(&lifeline->lock);
+        return lifeline->factory ? lifeline->factory->createWithoutDescription(prj) : CoordSystemPtr();
+    });
+    m_mapinfo->setOwner(this);
 }
 
 bool CoordSysFactory::initCoordSystemEnvironment()
@@ -108,7 +131,11 @@ bool CoordSysFactory::initCoordSystemEnvironment()
     initProjLibEnvironment();
     setMitabEnvVariable();
     LOG_INFO(QObject::tr("Инициализация координатных систем"));
-    if (!loaded([this] { return m_params->initFromXML(m_resourceDir, m_language); }))
+    if (m_wasStarted)
+        makeCatalogues();
+    m_wasStarted = true;
+    if (!loaded(
+            [this] { return m_params->initFromXML(m_resourceDir, m_language) && !m_params->isDamaged(); }))
         return false;
     if (!loaded([this] { return m_mapinfo->loadFromPRJ(m_resourceDir, m_language); }))
         return false;
@@ -132,15 +159,14 @@ void CoordSysFactory::clearEnvironment()
 
 std::shared_ptr<CoordSysFactory> CoordSysFactory::defaultCoordSysFactory()
 {
-    const QReadLocker lock(&gDefaultLock);
-    return gDefaultCoordSysFactory;
+    const QReadLocker lock(&installed().lock);
+    return installed().factory;
 }
 
 void CoordSysFactory::setDefaultCoordSysFactory(std::shared_ptr<CoordSysFactory> factory)
 {
-    static const DefaultGuard guard;
-    const QWriteLocker lock(&gDefaultLock);
-    gDefaultCoordSysFactory = std::move(factory); // releases the previous one under the lock
+    const QWriteLocker lock(&installed().lock);
+    installed().factory = std::move(factory); // releases the previous one under the lock
 }
 
 CoordSystemPtr CoordSysFactory::currentCoordSystem() const { return std::atomic_load(&m_current); }

@@ -18,10 +18,13 @@ class UserCoordSystem;
 struct MIUnitConvParam;
 
 /// Owns the catalogues and the standard coordinate systems, and makes systems from text and codes.
-/// A host makes one, calls initCoordSystemEnvironment() once on its start-up thread, and installs it with
+/// A host makes one, calls initCoordSystemEnvironment() on its start-up thread, and installs it with
 /// setDefaultCoordSysFactory(). A factory also works before it is installed.
 /// Threads: creators and accessors may run together after start-up; initCoordSystemEnvironment() and
-/// clearEnvironment() are start-up and shut-down only.
+/// clearEnvironment() are start-up and shut-down only: no creator may run on another thread meanwhile.
+/// Ownership: catalogues, store and systems are shared and may outlive the factory. The MapInfo catalogue is
+/// then empty; systems and transformations go on converting, but what they ask of catalogues later (bounds,
+/// units, names) comes from the installed default. At the end of the process the default is not destroyed.
 class NIVORA_CS_EXPORT CoordSysFactory : public CatalogueSource
 {
 public:
@@ -34,11 +37,15 @@ public:
     CoordSysFactory &operator=(const CoordSysFactory &) = delete;
 
     /// Sets LC_NUMERIC to "C" (construct QCoreApplication before), prepares PROJ and GDAL, loads the
-    /// catalogues and makes the standard systems. False when the projection catalogue or the MapInfo
-    /// catalogue cannot be loaded (logged; what was loaded before stays). Throws std::logic_error when PROJ
-    /// has no database.
+    /// catalogues and makes the standard systems. False when the projection catalogue cannot be opened or is
+    /// damaged (logged with line and column) or the MapInfo catalogue cannot be opened (logged; what was
+    /// loaded before stays). Throws std::logic_error when PROJ has no database, and as createFromPrj() when
+    /// the projection catalogue lacks the datums 0 and 104. May be called again, also after
+    /// clearEnvironment(): the factory then has new catalogues, and those handed out before stay as they are
+    /// for their holders.
     bool initCoordSystemEnvironment();
-    /// Empties the bounds, MapInfo and projection catalogues; the standard systems and the user store stay.
+    /// Empties the bounds, MapInfo and projection catalogues, for their holders too; the standard systems and
+    /// the user store stay.
     void clearEnvironment();
 
     /// The installed default, empty before setDefaultCoordSysFactory(). Thread-safe.
@@ -116,6 +123,8 @@ private:
     static CoordSystemPtr unnamedFromWkt(const std::shared_ptr<void> &srs,
                                          const std::shared_ptr<const SystemIdentity> &identity);
     static CoordSystemPtr fromIdentity(const std::shared_ptr<const SystemIdentity> &identity);
+    void makeCatalogues();
+    void retireMapinfo();
 
     QDir m_resourceDir;
     QString m_language;
@@ -126,7 +135,8 @@ private:
     CoordSystemPtr m_current; ///< read and replaced atomically
     CoordSystemPtr m_latLong;
     CoordSystemPtr m_latLongWgs84;
-    QReadWriteLock m_lock;                ///< one writer of m_current at a time
+    QReadWriteLock m_lock; ///< one writer of m_current at a time
+    bool m_wasStarted = false;
     std::shared_ptr<Lifeline> m_lifeline; ///< what the MapInfo catalogue's creator holds instead of `this`
 };
 

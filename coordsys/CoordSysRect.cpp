@@ -3,6 +3,7 @@
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
+#include <coordsys/InputFile_p.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/ProjLibMetadata.h>
 #include <coordsys/ProjectionParamsManager.h>
@@ -247,7 +248,7 @@ bool CoordSysRect::initFromXML(const QDir &dir)
 {
     clear();
     QFile file(dir.filePath(QStringLiteral("cs_mbr.xml")));
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!openInput(file).isEmpty()) {
         LOG_ERROR(QObject::tr("Не могу открыть файл %1").arg(file.fileName()));
         return false;
     }
@@ -292,7 +293,7 @@ QRectF CoordSysRect::rect(const QString &prj, CoordSystem *cs) const
     QRectF known;
     if (catalogued(MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj), known))
         return known;
-    LOG_INFO(QObject::tr("Не могу рассчитать ограничивающий прямоугольник для КС (%1)").arg(prj));
+    LOG_DEBUG(QObject::tr("Не могу рассчитать ограничивающий прямоугольник для КС (%1)").arg(prj));
     return rectMifalAlgorithm(prj, cs);
 }
 
@@ -322,7 +323,7 @@ QRectF CoordSysRect::rectBy(CoordSystem *cs, const AreaOfUse &areaOfUse) const
         QRectF result;
         if (catalogued(info, result))
             return result;
-        LOG_INFO(QObject::tr("Не могу рассчитать ограничивающий прямоугольник для КС (%1)").arg(prj));
+        LOG_DEBUG(QObject::tr("Не могу рассчитать ограничивающий прямоугольник для КС (%1)").arg(prj));
         const Rule rule = ruleFor(info);
         if (cs->isNonEarth())
             return DefaultRectNonEarth; // a plan given as PROJ text is exported as a cylinder

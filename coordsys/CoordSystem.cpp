@@ -6,6 +6,7 @@
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/OsrHandle_p.h>
 #include <coordsys/ProjectionParamsManager.h>
+#include <coordsys/SpatialReferenceText_p.h>
 #include <coordsys/SystemIdentity_p.h>
 #include <platform/Logger.h>
 
@@ -151,7 +152,8 @@ CoordSystemPtr CoordSystem::clone() const
     if (m_pj) {
         const QMutexLocker lock(globalProj4Mutex());
         copy->m_pj = ownPj(proj_clone(globalProjContext(), m_pj.get()));
-        copy->m_plane = m_plane && m_plane->pj == m_pj ? std::make_shared<const EngineStep>(copy->m_pj) : m_plane;
+        copy->m_plane =
+            m_plane && m_plane->pj == m_pj ? std::make_shared<const EngineStep>(copy->m_pj) : m_plane;
     }
     copy->m_projectionBounds = m_projectionBounds;
     const QRectF bounds = rectNumericCoordSys();
@@ -399,6 +401,7 @@ LinearUnit CoordSystem::unit(const ProjectionParamsManager &manager) const
             return found;
     }
     QString text = m_source.string;
+    const QuietExportScope quiet; // an exception is no reason to log as well
     try {
         text = withClauses(barePrj());
     } catch (const std::exception &) {

@@ -192,12 +192,8 @@ std::shared_ptr<PJ> CoordTransformCache::createNormalizedTransformation(const Co
 
 CoordTransformCache &coordTransformCache()
 {
-    static CoordTransformCache &cache = []() -> CoordTransformCache & {
-        globalProj4Mutex();
-        globalProjContext(); // must outlive the cached objects
-        static CoordTransformCache made;
-        return made;
-    }();
+    static CoordTransformCache &cache =
+        *new CoordTransformCache; // never destroyed: statics may still convert
     return cache;
 }
 

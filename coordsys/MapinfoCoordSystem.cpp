@@ -2,21 +2,28 @@
 
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
+#include <coordsys/InputFile_p.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoIndex_p.h>
 #include <coordsys/MapinfoPrjReader.h>
 #include <platform/Logger.h>
 #include <platform/Utils.h>
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QFile>
+#include <QMutexLocker>
 #include <QObject>
 #include <QReadLocker>
 #include <QTextCodec>
 #include <QTextStream>
+#include <QThreadPool>
+#include <QWaitCondition>
 #include <QWriteLocker>
 #include <QtConcurrent>
 
 #include <algorithm>
+#include <cstdlib>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -56,6 +63,63 @@ int readCategories(QTextStream &stream, QList<CoordSystemParamsList> &categories
     return count;
 }
 
+/// The background fills of the process. They end before the engines and Qt take themselves apart: a fill
+/// works with both. Never destroyed.
+class BackgroundFills
+{
+public:
+    static BackgroundFills &instance()
+    {
+        static BackgroundFills &made = *new BackgroundFills;
+        return made;
+    }
+
+    /// What a fill is given when it is asked for; it may run while the number is still the current one.
+    unsigned round() const { return m_round; }
+    bool isCurrent(unsigned round) const { return round == m_round; }
+    /// False when the fill must not start any more; else leave() must follow.
+    bool enter(unsigned round)
+    {
+        const QMutexLocker lock(&m_lock);
+        if (!isCurrent(round))
+            return false;
+        ++m_running;
+        return true;
+    }
+    void leave()
+    {
+        const QMutexLocker lock(&m_lock);
+        --m_running;
+        m_left.wakeAll();
+    }
+    /// Ends the fills that run or wait for a thread. The wait is bounded: whoever ends the process may hold a
+    /// lock that a fill needs.
+    void stop()
+    {
+        const QMutexLocker lock(&m_lock);
+        ++m_round;
+        const QDeadlineTimer patience(longestWaitMs);
+        while (m_running > 0 && m_left.wait(&m_lock, patience)) {
+        }
+    }
+    /// What is made later is taken apart earlier, so this is called again as a fill makes the engines'
+    /// statics.
+    static void stopAtExit()
+    {
+        std::atexit([] { instance().stop(); });
+    }
+
+private:
+    static constexpr int longestWaitMs = 3000;
+
+    QMutex m_lock; ///< guards m_running
+    QWaitCondition m_left;
+    int m_running = 0;
+    std::atomic<unsigned> m_round{0};
+};
+
+bool isPowerOfTwo(unsigned n) { return n != 0 && (n & (n - 1)) == 0; }
+
 } // namespace
 
 // A catalogue begins with a heading in Russian or in plain ASCII. Windows-1251 bytes read as UTF-8 turn into
@@ -64,7 +128,7 @@ QByteArray codecNameForTextFile(const QString &path)
 {
     static const QByteArray utf8 = QByteArrayLiteral("UTF-8");
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!openInput(file).isEmpty())
         return utf8;
     QTextStream stream(&file);
     stream.setCodec(utf8.constData());
@@ -98,7 +162,7 @@ bool MapinfoCoordSystem::loadFromPRJ(const QFileInfo &file)
 {
     QList<CoordSystemParamsList> categories = m_categories;
     QFile source(nivora::utils::lookUpExistingFileInDirectory(file).absoluteFilePath());
-    if (!source.open(QIODevice::ReadOnly))
+    if (!openInput(source).isEmpty())
         throw std::runtime_error(QObject::tr("Не могу открыть файл %1").arg(file.fileName()).toStdString());
     LOG_INFO(QObject::tr("Файл с проекциями: %1").arg(source.fileName()));
 
@@ -176,20 +240,45 @@ CoordSystemPtr MapinfoCoordSystem::tryAddToCache(int category, int index) const
 
 void MapinfoCoordSystem::initInternalCache()
 {
-    m_fills.append(QtConcurrent::run([this] { fillCache(); }));
+    BackgroundFills &fills = BackgroundFills::instance();
+    QThreadPool::globalInstance(); // made before the handler, so it waits for its tasks after it
+    BackgroundFills::stopAtExit();
+    qAddPostRoutine([] { BackgroundFills::instance().stop(); }); // the application's end waits for the pool
+    m_fillStopped = false;
+    m_fills.append(QtConcurrent::run([this, &fills, round = fills.round()] {
+        if (!fills.enter(round))
+            return;
+        fillCache([this, &fills, round] { return m_cancelled || m_fillStopped || !fills.isCurrent(round); });
+        fills.leave();
+    }));
 }
 
-void MapinfoCoordSystem::fillCache()
+void MapinfoCoordSystem::fillCache(const std::function<bool()> &stopped)
 {
+    unsigned built = 0;
     try {
         const int categories = m_categories.size();
-        for (int category = 0; category < categories && !m_cancelled; ++category)
-            for (int index = 0; index < m_categories.at(category).entries.size() && !m_cancelled; ++index)
+        for (int category = 0; category < categories; ++category) {
+            for (int index = 0; index < m_categories.at(category).entries.size(); ++index) {
+                if (stopped())
+                    return;
                 tryAddToCache(category, index);
+                if (isPowerOfTwo(++built))
+                    BackgroundFills::stopAtExit();
+            }
+        }
     } catch (...) {
         // Whoever asks for the broken entry gets its exception; one that escaped here would come out of
         // clear().
     }
+}
+
+void MapinfoCoordSystem::stopInternalCache()
+{
+    m_fillStopped = true;
+    for (QFuture<void> &fill : m_fills)
+        fill.waitForFinished();
+    m_fills.clear();
 }
 
 /// Notes the categories from a number on; the first entry of a code stands for it.
@@ -322,9 +411,7 @@ std::pair<QString, int> MapinfoCoordSystem::getHumanReadableTextWithEpsg(const C
 void MapinfoCoordSystem::clear()
 {
     m_cancelled = true;
-    for (QFuture<void> &fill : m_fills)
-        fill.waitForFinished(); // the fill reads the categories
-    m_fills.clear();
+    stopInternalCache(); // the fill reads the categories
     m_categories.clear();
     m_byCode.clear();
 

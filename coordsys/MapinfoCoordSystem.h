@@ -33,7 +33,8 @@ NIVORA_CS_EXPORT QByteArray codecNameForTextFile(const QString &path);
 /// "projections_<language>.prj". Systems are built on demand through a creator and cached by position
 /// (category, entry). Threads: look-ups may run together; loading is start-up only; clear() may run while the
 /// background fill does, but not while the PROJ lock is held. A cleared catalogue is finished: it builds
-/// nothing any more.
+/// nothing any more. It may outlive its factory, which clears it as it goes; systems that it gave out live
+/// on.
 class NIVORA_CS_EXPORT MapinfoCoordSystem
 {
 public:
@@ -63,8 +64,12 @@ public:
     CoordSystemPtr getProj(int category, int index) const;
     CoordSystemPtr getProj(const Position &position) const;
     CoordSystemPtr tryAddToCache(int category, int index) const;
-    /// Builds all entries on Qt's global thread pool; returns at once. An entry that fails ends the fill.
+    /// Builds all entries on Qt's global thread pool; returns at once. An entry that fails ends the fill, and
+    /// so does the end of the application or of the process.
     void initInternalCache();
+    /// Stops the background fill and waits for it. What it built stays, and it may be started again. Not
+    /// while the PROJ lock is held.
+    void stopInternalCache();
 
     /// The CoordSys string of the first entry with the code, null when there is none.
     QString seekByEPSG(int epsg) const;
@@ -92,8 +97,8 @@ private:
     const CoordSystemParams *entry(int category, int index) const;
     CoordSystemPtr buildForLookUp(int category, int index) const;
     Position walkEntries(const CoordSystem &cs, bool ignoreRect) const;
-    void fillCache();
     void noteCodes(int firstCategory);
+    void fillCache(const std::function<bool()> &stopped);
     std::shared_ptr<const MapinfoIndex> indexForLookUps() const;
 
     Creator m_creator;
@@ -105,6 +110,7 @@ private:
     mutable std::set<Position> m_broken; ///< entries that look-ups could not build, already logged
     mutable std::shared_ptr<const MapinfoIndex> m_index; ///< null until the first look-up, under m_lock
     std::atomic<bool> m_cancelled{false};
+    std::atomic<bool> m_fillStopped{false};
     QList<QFuture<void>> m_fills;
 };
 

@@ -22,12 +22,15 @@ public:
     /// Goes to the next heading or entry; false at the end.
     bool readNext();
     /// The trimmed name when readNext() stopped at a heading, else null (an empty heading is not null).
+    /// Refers to the reader's current line: dead after the next readNext() and with the reader; keep
+    /// toString().
     QStringRef capturedCategoryName() const;
     /// The entry that readNext() stopped at, else an empty one.
     CoordSystemParams prj() const;
     /// Lines read so far, ignored ones included.
     int currentLineNumber() const { return m_line; }
-    /// What the last pattern matched: the whole trimmed line for an ignored or rejected one.
+    /// What the last pattern matched: the whole trimmed line for an ignored or rejected one. As short-lived
+    /// as capturedCategoryName().
     QStringRef currentLineTextRef() const;
     /// Percent of the device read (it runs ahead by the stream's buffer).
     double progress() const;

@@ -1,6 +1,7 @@
 #include <coordsys/OsrHandle_p.h>
 
 #include <coordsys/ProjEngine.h>
+#include <coordsys/ProjEngine_p.h>
 #include <platform/Logger.h>
 
 #include <QMutexLocker>
@@ -17,7 +18,11 @@ void CPL_STDCALL logFromCpl(CPLErr, CPLErrorNum number, const char *message)
 
 std::shared_ptr<void> ownSrs(OGRSpatialReferenceH srs)
 {
-    return srs ? std::shared_ptr<void>(srs, OSRDestroySpatialReference) : nullptr;
+    const auto destroy = [](void *owned) {
+        if (!isKeptAtProcessEnd(owned))
+            OSRDestroySpatialReference(owned);
+    };
+    return srs ? std::shared_ptr<void>(srs, destroy) : nullptr;
 }
 
 std::shared_ptr<void> newSrs()
@@ -28,12 +33,19 @@ std::shared_ptr<void> newSrs()
 }
 
 CplErrorScope::CplErrorScope()
+    : m_outerClass(CPLGetLastErrorType())
+    , m_outerNumber(CPLGetLastErrorNo())
+    , m_outerMessage(CPLGetLastErrorMsg())
 {
     CPLPushErrorHandler(logFromCpl);
     CPLErrorReset();
 }
 
-CplErrorScope::~CplErrorScope() { CPLPopErrorHandler(); }
+CplErrorScope::~CplErrorScope()
+{
+    CPLPopErrorHandler();
+    CPLErrorSetState(m_outerClass, m_outerNumber, m_outerMessage.constData());
+}
 
 QString CplErrorScope::message() const { return QString::fromUtf8(CPLGetLastErrorMsg()); }
 

@@ -2,6 +2,7 @@
 
 // Owning handles for what GDAL returns, and GDAL's messages caught per call. GDAL's own headers stay here.
 
+#include <QByteArray>
 #include <QString>
 
 #include <cpl_conv.h>
@@ -33,7 +34,9 @@ std::shared_ptr<void> ownSrs(OGRSpatialReferenceH srs);
 std::shared_ptr<void> newSrs();
 
 /// Keeps GDAL's messages of this thread out of stderr and in the log (trace level) for the life of the
-/// object, and clears GDAL's last error at its start. Host's own handlers stay as they are. Not for sharing.
+/// object, and clears GDAL's last error at its start. At its end the error that GDAL had before is the last
+/// one again (class, number and message), as if nothing had been called. Host's own handlers stay as they
+/// are. Scopes nest. Not for sharing.
 class CplErrorScope
 {
 public:
@@ -44,6 +47,11 @@ public:
 
     /// GDAL's last message of this thread.
     QString message() const;
+
+private:
+    CPLErr m_outerClass;
+    CPLErrorNum m_outerNumber;
+    QByteArray m_outerMessage;
 };
 
 /// The PROJ text of a spatial reference; empty when GDAL cannot give one. Takes the PROJ lock.

@@ -1,5 +1,6 @@
 #include <coordsys/ProjEngine.h>
 
+#include <coordsys/ProjEngine_p.h>
 #include <coordsys/ProjText_p.h>
 #include <platform/Logger.h>
 
@@ -11,8 +12,10 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <limits>
+#include <vector>
 
 namespace nivora::cs {
 namespace {
@@ -38,15 +41,10 @@ void projLogOnNivora(void *, int level, const char *message)
     LOG_TRACE(QStringLiteral("PROJ %1: %2").arg(QLatin1String(levelName(level)), QString::fromUtf8(message)));
 }
 
-struct ContextDestroy
-{
-    void operator()(PJ_CONTEXT *context) const { proj_context_destroy(context); }
-};
-
 PJ *destroyUnderLock(PJ *pj)
 {
     const QMutexLocker lock(globalProj4Mutex()); // the object works on its context as it goes
-    return proj_destroy(pj);
+    return isKeptAtProcessEnd(pj) ? nullptr : proj_destroy(pj);
 }
 
 /// The object of a text that is fit for PROJ; \p asked names it in the exception.
@@ -85,27 +83,49 @@ QString withZeroShift(const QString &proj, bool onlyGeographicDatumFix)
     return result;
 }
 
+std::atomic<bool> processEnds{false};
+
+/// Made after PROJ's default context, so destroyed before it: GDAL's destructors may ask PROJ for a new
+/// context, which copies that one.
+struct EndMark
+{
+    ~EndMark() { processEnds = true; }
+};
+
 } // namespace
+
+bool isKeptAtProcessEnd(void *object)
+{
+    if (!processEnds)
+        return false;
+    static std::vector<void *> &kept = *new std::vector<void *>;
+    const QMutexLocker lock(globalProj4Mutex());
+    kept.push_back(object);
+    return true;
+}
 
 PjHandle ownPj(PJ *pj)
 {
     return PjHandle(pj, destroyUnderLock); // an empty deleter would terminate
 }
 
+// Neither is ever destroyed: objects in a host's statics die after any static of this library, and other
+// threads may convert while the process ends.
 PJ_CONTEXT *globalProjContext()
 {
-    static const std::unique_ptr<PJ_CONTEXT, ContextDestroy> context = [] {
-        std::unique_ptr<PJ_CONTEXT, ContextDestroy> made(proj_context_create());
-        proj_log_func(made.get(), nullptr, projLogOnNivora);
+    static PJ_CONTEXT *const context = [] {
+        PJ_CONTEXT *made = proj_context_create();
+        static const EndMark mark;
+        proj_log_func(made, nullptr, projLogOnNivora);
         return made;
     }();
-    return context.get();
+    return context;
 }
 
 QMutex *globalProj4Mutex()
 {
-    static QMutex mutex(QMutex::Recursive);
-    return &mutex;
+    static QMutex *const mutex = new QMutex(QMutex::Recursive);
+    return mutex;
 }
 
 QString projLastError()

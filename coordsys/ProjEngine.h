@@ -30,6 +30,8 @@ NIVORA_CS_EXPORT PjHandle ownPj(PJ *pj);
 /// The one PROJ context of the process, made on first use with its messages routed to the log at trace level
 /// ("PROJ ERROR: …"). Creation is thread-safe; the context itself is not: hold globalProj4Mutex() around
 /// every PROJ call. A context remembers PROJ_DATA and PROJ_LIB as they were at its first look for a file.
+/// Like the lock it is never destroyed: systems and transformations may lie in a host's statics and die after
+/// the library's. Made things still convert then; nothing new can be made while the process ends.
 NIVORA_CS_EXPORT PJ_CONTEXT *globalProjContext();
 
 /// The recursive lock around all PROJ work and around GDAL's handles of shared objects. Taken after an

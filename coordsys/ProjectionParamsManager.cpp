@@ -2,6 +2,7 @@
 
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/ExportCoordSystemParamsToMitabInternal.h>
+#include <coordsys/InputFile_p.h>
 #include <platform/Logger.h>
 #include <platform/Utils.h>
 
@@ -45,20 +46,6 @@ void readUnit(const QDomElement &e, LinearUnit &unit)
     unit.setDescription(textOf(e, "descr"));
     unit.setConversion(doubleOf(e, "conv"));
     unit.setUnitCode(intOf(e, "id"));
-}
-
-/// The root element of an XML file; null when it is not well-formed. Qt keeps what it read up to the error,
-/// and half a catalogue would be worse than none.
-QDomElement rootOf(QFile &file, QDomDocument &document)
-{
-    QString error;
-    int line = 0;
-    int column = 0;
-    if (document.setContent(&file, &error, &line, &column))
-        return document.documentElement();
-    LOG_ERROR(QStringLiteral("%1:%2:%3: %4")
-                  .arg(file.fileName(), QString::number(line), QString::number(column), error));
-    return QDomElement();
 }
 
 template <typename Record, typename Matches>
@@ -125,16 +112,21 @@ bool ProjectionParamsManager::initFromXML(const QDir &dir, const QString &langua
     };
 
     clear();
+    m_damaged = false;
     QFile file(QFileInfo(dir, QStringLiteral("projection_%1.xml").arg(language)).filePath());
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!openInput(file).isEmpty()) {
         LOG_ERROR(QObject::tr("Не могу открыть файл %1").arg(file.fileName()));
         return false;
     }
     LOG_INFO(QObject::tr("Файл с параметрами проекций: %1").arg(file.fileName()));
+    QString damage;
     try {
         QDomDocument document;
-        const QDomElement root = rootOf(file, document);
+        damage = readXml(file, document);
         file.close();
+        m_damaged = !damage.isEmpty();
+        // Qt keeps what it read up to an error, and half a catalogue would be worse than none.
+        const QDomElement root = m_damaged ? QDomElement() : document.documentElement();
         for (QDomElement section = root.firstChildElement(); !section.isNull();
              section = section.nextSiblingElement())
             for (const auto &[name, read] : readers)
@@ -150,6 +142,8 @@ bool ProjectionParamsManager::initFromXML(const QDir &dir, const QString &langua
                        QString::number(m_areaUnits.size())));
     ExportCoordSystemParamsToMitabInternal::replaceEllipsoidParameters(m_ellipsoids);
     ExportCoordSystemParamsToMitabInternal::replaceDatumParameters(m_datums);
+    if (m_damaged) // behind the driver's complaints: the last line names the cause
+        LOG_ERROR(QStringLiteral("%1:%2").arg(file.fileName(), damage));
     return true;
 }
 

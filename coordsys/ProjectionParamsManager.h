@@ -31,8 +31,11 @@ public:
     /// then); a file that is not XML loads as an empty catalogue. An entry with unusable values is logged and
     /// skipped. Throws std::runtime_error "Ошибка загрузки файла проекций …" around any other failure.
     bool initFromXML(const QDir &dir, const QString &language);
-    /// The same with the directory and language of the active factory.
+    /// The same with the directory and language of the active factory. Throws std::logic_error without one.
     bool initFromXML();
+    /// Whether the file of the last initFromXML() was not well-formed, or nested deeper than 64 elements
+    /// (logged with line and column). It loads as an empty catalogue all the same; a start-up refuses it.
+    bool isDamaged() const { return m_damaged; }
     void clear();
 
     void appendMIProjectionParam(MIProjectionParam record);
@@ -89,6 +92,7 @@ private:
     std::vector<std::unique_ptr<MIDatumParam>> m_datums;
     std::vector<std::unique_ptr<MIUnitConvParam>> m_linearUnits;
     std::vector<std::unique_ptr<MIAreaConvParam>> m_areaUnits;
+    bool m_damaged = false;
 };
 
 } // namespace nivora::cs

@@ -5,6 +5,7 @@
 #include <coordsys/OsrHandle_p.h>
 #include <coordsys/ProjEngine.h>
 #include <coordsys/ProjectionParamsManager.h>
+#include <coordsys/SpatialReferenceText_p.h>
 #include <platform/Logger.h>
 
 #include <QMutexLocker>
@@ -19,6 +20,9 @@
 #include <optional>
 
 namespace nivora::cs {
+
+thread_local int QuietExportScope::depth = 0;
+
 namespace {
 
 constexpr double axisToleranceM = 1e-3;
@@ -365,7 +369,8 @@ QString prjFromSpatialReference(void *srs)
             text = MapHeaderCoordsysConverter().tabProjInfoToString(info);
     }
     for (const QString &complaint : qAsConst(exported.complaints))
-        LOG_ERROR(complaint);
+        if (!QuietExportScope::isOn())
+            LOG_ERROR(complaint);
     return text;
 }
 

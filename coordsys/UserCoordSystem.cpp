@@ -5,13 +5,12 @@
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/SourceTags.h>
+#include <coordsys/UserStoreFile_p.h>
 #include <platform/Logger.h>
 
-#include <QDomDocument>
-#include <QFile>
+#include <QDomElement>
+#include <QMutexLocker>
 #include <QObject>
-#include <QSaveFile>
-#include <QXmlStreamWriter>
 
 #include <algorithm>
 #include <stdexcept>
@@ -21,14 +20,6 @@ namespace nivora::cs {
 namespace {
 
 QString fileName() { return QStringLiteral("UserCoordSystem.xml"); }
-
-QString rootTag() { return QStringLiteral("coordsys"); }
-QString branchTag() { return QStringLiteral("branch"); }
-QString entryTag() { return QStringLiteral("cs"); }
-QString nameAttribute() { return QStringLiteral("name"); }
-QString typeAttribute() { return QStringLiteral("type"); }
-QString sourceAttribute() { return QStringLiteral("str"); }
-QString descriptionAttribute() { return QStringLiteral("desc"); }
 
 QString withoutDescription() { return QObject::tr("Без имени"); }
 
@@ -42,74 +33,27 @@ std::logic_error fileError(const QString &message, const QFileInfo &file)
     return std::logic_error(message.arg(file.fileName()).toStdString());
 }
 
-enum class ReadResult { Read, NotOpened, NotXml };
-
-ReadResult readDocument(const QFileInfo &file, QDomDocument &document)
+/// While one lives, look-ups by equality on this thread find nothing: they would build the entry that is
+/// being built.
+class StoreAbsence
 {
-    QFile source(file.absoluteFilePath());
-    if (!source.open(QIODevice::ReadOnly))
-        return ReadResult::NotOpened;
-    return document.setContent(&source) ? ReadResult::Read : ReadResult::NotXml;
-}
+public:
+    StoreAbsence() { ++depth; }
+    ~StoreAbsence() { --depth; }
+    StoreAbsence(const StoreAbsence &) = delete;
+    StoreAbsence &operator=(const StoreAbsence &) = delete;
+    static bool isOn() { return depth > 0; }
 
-/// XML 1.0 has no form for most control characters and for halves of surrogate pairs: one of them would make
-/// the whole file unreadable. They become U+FFFD.
-QString writable(const QString &text)
-{
-    QString result = text;
-    for (int i = 0; i < result.size(); ++i) {
-        const QChar c = result.at(i);
-        if (c.isHighSurrogate() && i + 1 < result.size() && result.at(i + 1).isLowSurrogate()) {
-            ++i;
-            continue;
-        }
-        const bool control = c < QLatin1Char(' ') && c != QLatin1Char('\t') && c != QLatin1Char('\n') &&
-                             c != QLatin1Char('\r');
-        if (control || c.isSurrogate() || c.unicode() >= 0xFFFE)
-            result[i] = QChar(QChar::ReplacementCharacter);
-    }
-    return result;
-}
+private:
+    static thread_local int depth;
+};
+thread_local int StoreAbsence::depth = 0;
 
-/// The writer turns line feeds and tabs in attributes into character references, so they survive reading.
-void writeDocument(QIODevice &target, const QList<UserCoordSystem::CsDataType> &branches)
+CoordSystemPtr described(CoordSystemPtr cs, const QString &description)
 {
-    QXmlStreamWriter writer(&target);
-    writer.setAutoFormatting(true);
-    writer.writeStartDocument();
-    writer.writeStartElement(rootTag());
-    for (const UserCoordSystem::CsDataType &branch : branches) {
-        writer.writeStartElement(branchTag());
-        writer.writeAttribute(nameAttribute(), writable(branch.name));
-        for (const UserCoordSystem::CoordSystemParam &entry : branch.entries) {
-            writer.writeEmptyElement(entryTag());
-            writer.writeAttribute(typeAttribute(), sourceTypeToString(entry.source().type));
-            writer.writeAttribute(sourceAttribute(), writable(entry.source().string));
-            writer.writeAttribute(descriptionAttribute(), writable(entry.description()));
-        }
-        writer.writeEndElement();
-    }
-    writer.writeEndElement();
-    writer.writeEndDocument();
-}
-
-/// Keeps a copy of a file that cannot be read, since a person may yet mend it. An older copy is worth more
-/// than a newer one: it is nearer to the last good state. Throws when there is no copy at all.
-void keepUnreadable(const QFileInfo &file)
-{
-    const QString path = file.absoluteFilePath();
-    QDomDocument document;
-    if (!QFileInfo::exists(path) || QFileInfo(path).isDir() ||
-        readDocument(file, document) == ReadResult::Read)
-        return;
-    const QString copy = path + QStringLiteral(".bak");
-    if (QFileInfo::exists(copy))
-        LOG_ERROR(
-            QObject::tr("Файл %1 не читается и будет заменён, прежняя копия %2 сохранена").arg(path, copy));
-    else if (QFile::copy(path, copy))
-        LOG_ERROR(QObject::tr("Файл %1 не читается и будет заменён, его копия: %2").arg(path, copy));
-    else
-        throw fileError(QObject::tr("Не могу создать файл %1"), QFileInfo(copy));
+    if (cs && !description.isEmpty())
+        cs->setDescription(description);
+    return cs;
 }
 
 template <typename Entries> auto findSource(Entries &entries, const CoordSystemTypes::SourceData &source)
@@ -118,6 +62,15 @@ template <typename Entries> auto findSource(Entries &entries, const CoordSystemT
 }
 
 } // namespace
+
+/// A system on its way from the file into memory. Copies of an entry share it, so it is made once.
+struct UserCoordSystem::CoordSystemParam::System
+{
+    QMutex lock; ///< guards isBuilt and cs
+    bool isBuilt = false;
+    CoordSystemPtr cs;
+    Maker maker;
+};
 
 const QString UserCoordSystem::PrjTag = nivora::cs::sourceTypeToString(CoordSystemTypes::Prj);
 const QString UserCoordSystem::Proj4Tag = nivora::cs::sourceTypeToString(CoordSystemTypes::Proj4);
@@ -129,20 +82,35 @@ UserCoordSystem::CoordSystemParam::CoordSystemParam(const CoordSystemTypes::Sour
                                                     const QString &description, const CoordSystemPtr &cs)
     : m_source(source)
     , m_description(description)
-    , m_system(cs ? cs : csStringToInternalNoDescription(source))
+    , m_system(std::make_shared<System>())
 {
-    describeSystem();
-}
-
-void UserCoordSystem::CoordSystemParam::describeSystem()
-{
-    if (m_system && !m_description.isEmpty())
-        m_system->setDescription(m_description);
+    m_system->isBuilt = true;
+    m_system->cs = described(cs ? cs : csStringToInternalNoDescription(source), description);
 }
 
 CoordSystemPtr UserCoordSystem::CoordSystemParam::coordSystem() const
 {
-    return m_system ? m_system : CoordSystemParam(m_source, m_description, nullptr).m_system;
+    const CoordSystemPtr known = storedSystem();
+    return known ? known : described(csStringToInternalNoDescription(m_source), m_description);
+}
+
+CoordSystemPtr UserCoordSystem::CoordSystemParam::storedSystem() const
+{
+    if (!m_system)
+        return nullptr;
+    {
+        const QMutexLocker lock(&m_system->lock);
+        if (m_system->isBuilt)
+            return m_system->cs;
+    }
+    const StoreAbsence noNamesFromHere; // the system may ask the store for a name while it is made
+    const CoordSystemPtr made =
+        m_system->maker ? m_system->maker(m_source) : csStringToInternalNoDescription(m_source);
+    const QMutexLocker lock(&m_system->lock);
+    if (!m_system->isBuilt) // else another thread was faster
+        m_system->cs = described(made, m_description == withoutDescription() ? QString() : m_description);
+    m_system->isBuilt = true;
+    return m_system->cs;
 }
 
 UserCoordSystem::UserCoordSystem(const QDir &dir)
@@ -195,11 +163,14 @@ CoordSystemPtr UserCoordSystem::getCoordSystem(const CoordSystemTypes::SourceDat
 
 CoordSystemPtr UserCoordSystem::storedEqual(const CoordSystem &cs) const
 {
+    if (StoreAbsence::isOn())
+        return nullptr;
     for (const CsDataType &branch : m_branches) {
         for (const CoordSystemParam &entry : branch.entries) {
             try {
-                if (cs.isEqual(entry.storedSystem(), false))
-                    return entry.storedSystem();
+                const CoordSystemPtr stored = entry.storedSystem();
+                if (cs.isEqual(stored, false))
+                    return stored;
             } catch (const std::exception &error) {
                 LOG_ERROR(failure(error, entry.source()));
             }
@@ -210,40 +181,46 @@ CoordSystemPtr UserCoordSystem::storedEqual(const CoordSystem &cs) const
 
 bool UserCoordSystem::hasCoordSystem(const CoordSystemPtr &cs) const { return cs && storedEqual(*cs); }
 
+UserCoordSystem::CoordSystemParam *UserCoordSystem::findInBranch(const QString &branch,
+                                                                 const CoordSystemTypes::SourceData &source)
+{
+    for (CsDataType &candidate : m_branches) { // a file may hold several branches of one name
+        if (candidate.name != branch)
+            continue;
+        const auto found = findSource(candidate.entries, source);
+        if (found != candidate.entries.end())
+            return &*found;
+    }
+    return nullptr;
+}
+
 bool UserCoordSystem::setCoordSystem(const QString &branch, const CoordSystemTypes::SourceData &source,
                                      const QString &description)
 {
-    CoordSystemParam fresh;
-    fresh.m_source = source;
-    fresh.m_description = description;
-    fresh.m_system = csStringToInternalNoDescription(source);
-    fresh.describeSystem();
-
-    const int index = keyIndex(branch);
-    if (index == -1) {
+    CoordSystemParam fresh(source, description, nullptr);
+    if (CoordSystemParam *known = findInBranch(branch, source)) {
+        fresh.m_source = known->m_source; // the user's own spelling stays
+        *known = fresh;
+    } else if (keyIndex(branch) == -1) {
         m_branches.append({branch, {fresh}});
-        return fresh.m_system != nullptr;
-    }
-    QList<CoordSystemParam> &entries = m_branches[index].entries;
-    const auto found = findSource(entries, source);
-    if (found == entries.end()) {
-        entries.append(fresh);
     } else {
-        found->m_description = fresh.m_description;
-        found->m_system = fresh.m_system;
+        m_branches[keyIndex(branch)].entries.append(fresh);
     }
-    return fresh.m_system != nullptr;
+    return fresh.storedSystem() != nullptr;
 }
 
-void UserCoordSystem::removeCoordSystem(const QString &branch, const CoordSystemTypes::SourceData &source)
+bool UserCoordSystem::removeCoordSystem(const QString &branch, const CoordSystemTypes::SourceData &source)
 {
-    const int index = keyIndex(branch);
-    if (index == -1)
-        return;
-    QList<CoordSystemParam> &entries = m_branches[index].entries;
-    const auto found = findSource(entries, source);
-    if (found != entries.end())
-        entries.erase(found);
+    for (CsDataType &candidate : m_branches) {
+        if (candidate.name != branch)
+            continue;
+        const auto found = findSource(candidate.entries, source);
+        if (found == candidate.entries.end())
+            continue;
+        candidate.entries.erase(found);
+        return true;
+    }
+    return false;
 }
 
 UserCoordSystem::CoordSystemParam UserCoordSystem::testStringValue(const QString &text) const
@@ -282,35 +259,40 @@ CoordSystemPtr UserCoordSystem::csStringToInternalNoDescription(const CoordSyste
     }
 }
 
+/// An entry as the file has it; its system is made when it is asked for.
+UserCoordSystem::CoordSystemParam UserCoordSystem::entryFrom(const QDomElement &element) const
+{
+    CoordSystemParam entry;
+    entry.m_source = {stringToSourceType(element.attribute(storetext::type())),
+                      element.attribute(storetext::source())};
+    entry.m_description = element.attribute(storetext::description(), withoutDescription());
+    entry.m_system = std::make_shared<CoordSystemParam::System>();
+    entry.m_system->maker = m_maker;
+    return entry;
+}
+
 void UserCoordSystem::loadFromFile(bool quiet)
 {
-    QDomDocument document;
-    const ReadResult result = readDocument(m_file, document);
-    if (result != ReadResult::Read) {
+    const StoreReading reading = readStore(m_file);
+    m_readProblem = reading.problem;
+    if (!reading.problem.isEmpty()) {
         if (!quiet)
             throw fileError(QObject::tr("Не могу открыть файл %1"), m_file);
-        if (result == ReadResult::NotXml)
-            LOG_ERROR(QObject::tr("Не могу открыть файл %1").arg(m_file.absoluteFilePath()));
+        if (reading.exists)
+            LOG_ERROR(reading.problem);
         return;
     }
 
     QList<CsDataType> branches;
     int count = 0;
-    for (QDomElement b = document.documentElement().firstChildElement(branchTag()); !b.isNull();
-         b = b.nextSiblingElement(branchTag())) {
+    const QDomElement root = reading.document.documentElement();
+    for (QDomElement b = root.firstChildElement(storetext::branch()); !b.isNull();
+         b = b.nextSiblingElement(storetext::branch())) {
         CsDataType branch;
-        branch.name = b.attribute(nameAttribute(), QObject::tr("Каталог"));
-        for (QDomElement e = b.firstChildElement(); !e.isNull(); e = e.nextSiblingElement()) {
-            CoordSystemParam entry;
-            entry.m_source = {stringToSourceType(e.attribute(typeAttribute())),
-                              e.attribute(sourceAttribute())};
-            entry.m_description = e.attribute(descriptionAttribute(), withoutDescription());
-            entry.m_system = csStringToInternalNoDescription(entry.m_source);
-            if (entry.m_system && entry.m_description != withoutDescription())
-                entry.m_system->setDescription(entry.m_description);
-            branch.entries.append(entry);
-            ++count;
-        }
+        branch.name = b.attribute(storetext::name(), QObject::tr("Каталог"));
+        for (QDomElement e = b.firstChildElement(); !e.isNull(); e = e.nextSiblingElement())
+            branch.entries.append(entryFrom(e));
+        count += branch.entries.size();
         branches.append(branch);
     }
     m_branches = branches;
@@ -324,15 +306,7 @@ void UserCoordSystem::saveToFile(const QFileInfo &file, const QList<CsDataType> 
     const QString path = file.absoluteFilePath();
     if (!overwrite && QFileInfo::exists(path)) // never file.exists(): it may remember an older answer
         throw fileError(QObject::tr("Файл %1 существует"), file);
-    QDir().mkpath(file.absolutePath());
-    keepUnreadable(file);
-
-    QSaveFile target(path);
-    if (!target.open(QIODevice::WriteOnly))
-        throw fileError(QObject::tr("Не могу создать файл %1"), file);
-    writeDocument(target, branches);
-    if (!target.commit())
-        throw fileError(QObject::tr("Не могу создать файл %1"), file);
+    writeStore(file, branches);
     LOG_INFO(QObject::tr("Пользовательские КС сохранены в файле %1").arg(path));
 }
 

@@ -6,14 +6,27 @@
 #include <QFileInfo>
 #include <QList>
 
+#include <functional>
+#include <memory>
+#include <utility>
+
+class QDomElement;
+
 namespace nivora::cs {
 
 /// The coordinate systems that a user keeps, in named branches, stored in "UserCoordSystem.xml".
-/// An entry keeps its source text verbatim, whether or not a system can be made from it.
-/// Threads: const calls may run together; changing, loading and saving belong to one thread at a time.
+/// An entry keeps its source text verbatim, whether or not a system can be made from it. The systems of
+/// entries read from the file are made when they are first asked for, with the catalogues of the store's
+/// factory while it lives, else with the active ones. Threads: const calls may run together, on copies of
+/// entries too; changing, loading and saving belong to one thread while no other one uses the store. Several
+/// processes may save: each file is whole, the last one stays. Ownership: the store may outlive its factory;
+/// entries and systems taken from it outlive the store.
 class NIVORA_CS_EXPORT UserCoordSystem
 {
 public:
+    /// Makes the system of an entry; null when it cannot be made. Must be callable from any thread.
+    using Maker = std::function<CoordSystemPtr(const CoordSystemTypes::SourceData &)>;
+
     /// The stored words for the source types.
     static const QString PrjTag;
     static const QString Proj4Tag;
@@ -32,19 +45,19 @@ public:
 
         const CoordSystemTypes::SourceData &source() const { return m_source; }
         const QString &description() const { return m_description; }
-        /// The system, built when absent; null when it cannot be built.
+        /// The system, tried again when it could not be built before; null when it still cannot (logged).
         CoordSystemPtr coordSystem() const;
-        /// The system as it stands, never built here.
-        const CoordSystemPtr &storedSystem() const { return m_system; }
+        /// The system, built on the first call for an entry from the file; null, logged once, when it could
+        /// not be built. Copies of the entry share it.
+        CoordSystemPtr storedSystem() const;
 
     private:
         friend class UserCoordSystem;
-
-        void describeSystem();
+        struct System;
 
         CoordSystemTypes::SourceData m_source;
         QString m_description;
-        CoordSystemPtr m_system;
+        std::shared_ptr<System> m_system; ///< null for a default-constructed entry
     };
 
     /// One branch.
@@ -57,9 +70,13 @@ public:
     /// Reads nothing yet; the file is "UserCoordSystem.xml" in \p dir.
     explicit UserCoordSystem(const QDir &dir);
 
+    /// How systems of entries that are loaded from now on are made, in place of
+    /// csStringToInternalNoDescription(). Start-up only.
+    void setMaker(Maker maker) { m_maker = std::move(maker); }
     /// Keeps the file's name and moves it to another directory; nothing is copied.
     void setDir(const QDir &dir);
     const QFileInfo &fileInfo() const { return m_file; }
+    /// Refers to the store: take a copy before changing, loading or leaving it (copies are shared, so cheap).
     const QList<CsDataType> &data() const { return m_branches; }
     bool isEmpty() const { return m_branches.isEmpty(); }
 
@@ -80,11 +97,13 @@ public:
     bool hasCoordSystem(const CoordSystemPtr &cs) const;
 
     /// Adds an entry, or replaces description and system of the one with equal source data in that branch.
-    /// False when no system can be made from the source; the entry is stored all the same.
+    /// The entry keeps its own spelling then. False when no system can be made from the source; the entry is
+    /// stored all the same.
     bool setCoordSystem(const QString &branch, const CoordSystemTypes::SourceData &source,
                         const QString &description);
-    /// Removes the entry with equal source data; nothing happens when there is none.
-    void removeCoordSystem(const QString &branch, const CoordSystemTypes::SourceData &source);
+    /// Removes the first entry with equal source data from the branch of that name (of several such branches,
+    /// from the first that has it). False when there is none.
+    bool removeCoordSystem(const QString &branch, const CoordSystemTypes::SourceData &source);
     /// The stored entry that a text stands for (CoordSys strings only, clauses included), else a new one of
     /// the detected notation. Throws as MapHeaderCoordsysConverter::prjStrToTABProjInfo for a malformed \p
     /// text.
@@ -93,20 +112,30 @@ public:
     /// A system without a description of its own; null, and logged, when it cannot be made.
     static CoordSystemPtr csStringToInternalNoDescription(const CoordSystemTypes::SourceData &source);
 
-    /// Replaces the contents by the file's. A file that cannot be opened or is not well-formed leaves the
-    /// store as it was; then std::logic_error "Не могу открыть файл …" is thrown unless \p quiet.
+    /// Replaces the contents by the file's; no system is made yet. What cannot be opened, is no regular file
+    /// or not well-formed, or has another root than a store and no branches, leaves the store as it was; then
+    /// std::logic_error "Не могу открыть файл …" is thrown, or, when \p quiet, logged for a file that exists.
     void loadFromFile(bool quiet);
+    /// Why the last loadFromFile() took nothing: "path:line:column: reason", or "path: reason" for what
+    /// could not be opened; empty when it was read.
+    const QString &readProblem() const { return m_readProblem; }
     /// Writes the file through a temporary one, so that the old file stays whole whatever happens. A file
-    /// there that cannot be read is first copied to "….bak" (never over an older copy). Throws
-    /// std::logic_error when the file exists and \p overwrite is false, or when it cannot be written.
+    /// there that cannot be read is first copied to "….bak" (never over an older copy); temporary files of
+    /// saves that were killed are removed. Throws std::logic_error when the file exists and \p overwrite is
+    /// false, or when it cannot be written.
     void saveToFile(bool overwrite) const;
     static void saveToFile(const QFileInfo &file, const QList<CsDataType> &branches, bool overwrite);
 
 private:
     const CoordSystemParam *find(const CoordSystemTypes::SourceData &source) const;
 
+    CoordSystemParam *findInBranch(const QString &branch, const CoordSystemTypes::SourceData &source);
+    CoordSystemParam entryFrom(const QDomElement &element) const;
+
     QFileInfo m_file;
     QList<CsDataType> m_branches;
+    Maker m_maker;
+    QString m_readProblem;
 };
 
 } // namespace nivora::cs

@@ -24,6 +24,9 @@ using Entry = UserCoordSystem::CoordSystemParam;
 namespace {
 
 constexpr int lockTimeoutMs = 5000;
+/// From this age on Qt takes a lock file over as soon as the system's own lock on it is free, that is when
+/// its process has gone, whatever is (or is not yet) written in it.
+constexpr int lockDoubtedAfterMs = 1000;
 
 QString filePath(const UserCoordSystem &store) { return store.fileInfo().absoluteFilePath(); }
 
@@ -35,8 +38,8 @@ UserCoordSystem &loaded(const Session &session)
         return store;
     try {
         store.loadFromFile(false);
-    } catch (const std::logic_error &e) {
-        throw Failure(QStringLiteral("%1: %2").arg(filePath(store), QString::fromUtf8(e.what())));
+    } catch (const std::logic_error &) {
+        throw Failure(store.readProblem());
     }
     return store;
 }
@@ -46,14 +49,18 @@ QString sourceText(const CoordSystem::SourceData &source)
     return UserCoordSystem::sourceTypeToString(source.type) + QLatin1Char(':') + source.string.simplified();
 }
 
-bool holds(const UserCoordSystem &store, const QString &branch, const CoordSystem::SourceData &source)
+/// The entry in a branch of that name (a file may hold several); null when there is none.
+const Entry *entryIn(const UserCoordSystem &store, const QString &branch,
+                     const CoordSystem::SourceData &source)
 {
-    const int index = store.keyIndex(branch);
-    if (index < 0)
-        return false;
-    const auto &entries = store.data().at(index).entries;
-    return std::any_of(entries.begin(), entries.end(),
-                       [&source](const Entry &entry) { return entry.source() == source; });
+    for (const UserCoordSystem::CsDataType &candidate : store.data()) {
+        if (candidate.name != branch)
+            continue;
+        for (const Entry &entry : candidate.entries)
+            if (entry.source() == source)
+                return &entry;
+    }
+    return nullptr;
 }
 
 QString branchOption(const CommandLine &line)
@@ -72,6 +79,7 @@ public:
         const QString dir = store.fileInfo().absolutePath();
         if (!QDir().mkpath(dir))
             throw Failure(QStringLiteral("cannot make the directory %1").arg(dir));
+        m_lock.setStaleLockTime(lockDoubtedAfterMs);
         if (!m_lock.tryLock(lockTimeoutMs))
             throw Failure(m_lock.error() == QLockFile::LockFailedError
                               ? QStringLiteral("%1 is being changed by another program").arg(filePath(store))
@@ -112,12 +120,12 @@ int store(const CommandLine &line, const Session &session, const QString &text, 
     const QString branch = branchOption(line);
     const StoreLock lock(session.userSystems());
     UserCoordSystem &systems = loaded(session);
-    const bool known = holds(systems, branch, source);
+    const Entry *known = entryIn(systems, branch, source);
     if (known && !mayReplace)
         throw Failure(QStringLiteral("%1 is already in the branch %2; \"user set\" replaces it")
                           .arg(sourceText(source), branch));
     const QString description = line.isSet("description") ? line.value("description")
-                                : known                   ? systems.description(source)
+                                : known                   ? known->description()
                                                           : cs->description();
     systems.setCoordSystem(branch, source, description);
     systems.saveToFile(true);
@@ -163,8 +171,7 @@ int remove(const CommandLine &line, const Session &session, const QString &text)
         for (const Entry &entry : branch.entries) {
             if (!isMeant(entry.source()))
                 continue;
-            systems.removeCoordSystem(branch.name, entry.source());
-            found = true;
+            found = systems.removeCoordSystem(branch.name, entry.source()) || found;
         }
     }
     if (!found)

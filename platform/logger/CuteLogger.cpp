@@ -3,8 +3,17 @@
 #include <QLoggingCategory>
 
 namespace {
-Q_LOGGING_CATEGORY(lines, "nivora.cs", QtInfoMsg)
-Q_LOGGING_CATEGORY(traceLines, "nivora.cs.trace", QtWarningMsg)
+// Never destroyed: systems in a host's statics, and threads at work as the process ends, still ask for them.
+const QLoggingCategory &lines()
+{
+    static const QLoggingCategory &category = *new QLoggingCategory("nivora.cs", QtInfoMsg);
+    return category;
+}
+const QLoggingCategory &traceLines()
+{
+    static const QLoggingCategory &category = *new QLoggingCategory("nivora.cs.trace", QtWarningMsg);
+    return category;
+}
 } // namespace
 
 bool Logger::isEnabled(LogLevel level) const
@@ -44,6 +53,6 @@ void Logger::write(LogLevel level, const char *file, int line, const char *funct
 
 Logger *cuteLoggerInstance()
 {
-    static Logger logger;
-    return &logger;
+    static Logger *const logger = new Logger;
+    return logger;
 }

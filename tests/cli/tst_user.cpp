@@ -37,7 +37,12 @@ private Q_SLOTS:
         QCOMPARE(user(words("remove --branch Другая") + QStringList(text)).status, 2);
         QCOMPARE(user(words("remove") + QStringList(text)).status, 0);
         QVERIFY(!user(words("list")).out.contains("prj:"));
-        // No lock, no temporary file is left.
+        // The lock file of a run that was killed holds nobody up, and neither it nor a temporary file is
+        // left.
+        QFile lock(folder() + QStringLiteral("/UserCoordSystem.xml.lock"));
+        QVERIFY(lock.open(QIODevice::WriteOnly));
+        lock.close();
+        QCOMPARE(user(words("add 4326")).status, 0);
         QCOMPARE(QDir(folder()).entryList(QDir::Files | QDir::Hidden).size(), 1);
     }
 
@@ -53,13 +58,14 @@ private Q_SLOTS:
         };
         const char *const good =
             R"(<coordsys><branch name="Каталог"><cs type="epsg" str="4326" desc="a"/></branch></coordsys>)";
-        const char *const damaged = "<coordsys><branch";
+        const char *const damaged = "<coordsys>\n<branch";
         row("add what makes no system", good, "add +proj=nonsense", "Неверная строка КС");
         row("set what makes no system", good, "set epsg:999999", "EPSG=999999");
         row("add what is there", good, "add 4326", "already in the branch");
         row("remove what is not there", good, "remove 32637", "not among");
-        row("add to a damaged file", damaged, "add 4326", "UserCoordSystem.xml");
-        row("remove from a damaged file", damaged, "remove 4326", "UserCoordSystem.xml");
+        row("add to a damaged file", damaged, "add 4326", "UserCoordSystem.xml:2:");
+        row("remove from a damaged file", damaged, "remove 4326", "UserCoordSystem.xml:2:");
+        row("somebody else's file", "<html/>", "list", "UserCoordSystem.xml:1:");
         row("two systems", good, "add 4326 32637", "one coordinate system");
     }
     void refusedChangesKeepTheFile()
@@ -71,6 +77,18 @@ private Q_SLOTS:
         const CliRun refused = user(words(arguments.toUtf8()));
         QVERIFY2(refused.isRefusal(message), refused.describe());
         QCOMPARE(content(), before);
+    }
+
+    // The same system in other branches, one of them of the same name, keeps its name and place.
+    void branches()
+    {
+        write(R"(<coordsys><branch name="a"><cs type="epsg" str="4326" desc="one"/></branch><branch name="b">
+<cs type="epsg" str="32637" desc="two"/></branch><branch name="b"><cs type="epsg" str="4326" desc="three"/></branch></coordsys>)");
+        QCOMPARE(user(words("set --branch b 4326")).status, 0);
+        QCOMPARE(user(words("list")).out,
+                 QByteArray("a\n  one\tepsg:4326\nb\n  two\tepsg:32637\nb\n  three\tepsg:4326\n"));
+        QCOMPARE(user(words("remove --branch b 4326")).status, 0);
+        QCOMPARE(user(words("list")).out, QByteArray("a\n  one\tepsg:4326\nb\n  two\tepsg:32637\nb\n"));
     }
 
     void check()

@@ -9,10 +9,13 @@
 #include <coordsys/ProjLibMetadata.h>
 #include <coordsys/ProjectionParamsManager.h>
 
+#include <cpl_error.h>
 #include <proj.h>
 
 #include <QProcess>
 #include <QSettings>
+
+#include <sys/stat.h>
 
 #include <clocale>
 
@@ -148,7 +151,8 @@ private Q_SLOTS:
                                                 QStringLiteral("PROJ_LIB=/old")}));
         VERIFY_THROWS(std::logic_error, factoryOver(support::resources())->initCoordSystemEnvironment(),
                       QStringLiteral("Не найден файл \"proj.db\". Необходимо указать путь к нему в "
-                                     "переменной окружения PROJ_LIB."));
+                                     "переменной окружения PROJ_LIB. Каталог можно указать также в "
+                                     "PROJ_DATA или в настройке proj/ProjDataDir."));
         QVERIFY(qEnvironmentVariableIsSet("PROJ_LIB") && qEnvironmentVariableIsEmpty("PROJ_LIB"));
     }
 
@@ -170,6 +174,33 @@ private Q_SLOTS:
         VERIFY_NEAR(out, QPointF(700000, 6600000), 1e-3); // the origin of Lambert-93
     }
 
+    // What is no database of this PROJ is passed over, even when the context met one before.
+    void uselessDatabases()
+    {
+        const QTemporaryDir cwd, data, older;
+        const auto environment = [&] {
+            QDir(cwd.path()).mkdir(QStringLiteral("proj.db"));
+            const QString expected = withDatabase(data, QStringLiteral("/third-party/out/share/proj"));
+            const QString cut = withDatabase(data, QStringLiteral("/proj")) + QStringLiteral("/proj.db");
+            QFile::setPermissions(cut, QFile::ReadOwner | QFile::WriteOwner);
+            QFile::resize(cut, 100000);
+            QFile text(older.filePath(QStringLiteral("proj.db")));
+            if (!text.open(QIODevice::WriteOnly) || text.write("no database") < 0)
+                qFatal("cannot write");
+            QDir(data.path()).mkdir(QStringLiteral("inner"));
+            return QStringList{QStringLiteral("NIVORA_DATA=") + data.path() + QStringLiteral("/inner"),
+                               QStringLiteral("PROJ_DATA=") + older.path(),
+                               QStringLiteral("EXPECTED=") + expected};
+        };
+        IN_NEW_PROCESS(cwd.path(), environment());
+        QVERIFY(databasePath().isEmpty());
+        support::LogCapture log;
+        QVERIFY(factoryOver(support::resources())->initCoordSystemEnvironment());
+        QCOMPARE(qEnvironmentVariable("PROJ_LIB"), qEnvironmentVariable("EXPECTED"));
+        QCOMPARE(databasePath(), qEnvironmentVariable("EXPECTED") + QStringLiteral("/proj.db"));
+        QCOMPARE(log.lines(QStringLiteral("info")).filter(QStringLiteral("/proj.db не подходит")).size(), 2);
+    }
+
     void contextUsedBefore()
     {
         const QTemporaryDir cwd;
@@ -185,19 +216,28 @@ private Q_SLOTS:
     void resources_data()
     {
         QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("content"); // null: the file is missing
+        QTest::addColumn<QString>("content"); // null: missing; "/": a directory; "|": a FIFO
         QTest::addColumn<QString>("outcome"); // of the start-up: "true", "false" or the exception's text
-        const QString missing, empty = QStringLiteral(""),
-                               cut = QStringLiteral("<catalogue><datums><datum id=\"1");
+        const QString missing,
+            empty = QStringLiteral(""), cut = QStringLiteral("<catalogue>\n<datums><datum id=\"1"),
+            directory = QStringLiteral("/"), fifo = QStringLiteral("|"),
+            deep = QStringLiteral("<a>").repeated(100000) + QStringLiteral("</a>").repeated(100000);
         const QString datum = QStringLiteral("Не могу определить дополнительные параметры датума");
-        const auto row = [](const char *file, const char *how, const QString &content,
+        const auto row = [](const char *file, const QByteArray &how, const QString &content,
                             const QString &outcome) {
-            QTest::addRow("%s %s", file, how) << QString::fromUtf8(file) << content << outcome;
+            QTest::addRow("%s %s", file, how.constData()) << QString::fromUtf8(file) << content << outcome;
         };
-        row("projection_ru.xml", "missing", missing, QStringLiteral("false"));
-        row("projection_ru.xml", "empty", empty, datum); // loads as an empty catalogue
-        row("projection_ru.xml", "cut short", cut, datum);
-        row("projections_ru.prj", "missing", missing, QStringLiteral("false"));
+        row("projection_ru.xml", "empty", empty, QStringLiteral("false:1:"));
+        row("projection_ru.xml", "cut short", cut, QStringLiteral("false:2:"));
+        row("projection_ru.xml", "nested until the stack ends", deep, QStringLiteral("false:1:"));
+        row("projection_ru.xml", "without entries", QStringLiteral("<catalogue/>"), datum);
+        for (const QString &inItsPlace : {missing, directory, fifo}) {
+            const QByteArray how = inItsPlace.toUtf8() + " in its place";
+            row("projection_ru.xml", how, inItsPlace, QStringLiteral("false"));
+            row("projections_ru.prj", how, inItsPlace, QStringLiteral("false"));
+            row("cs_mbr.xml", how, inItsPlace, QStringLiteral("true"));
+        }
+        row("OracleSRID.xml", "FIFO", fifo, QStringLiteral("true"));
         row("projections_ru.prj", "empty", empty, QStringLiteral("true"));
         row("projections_ru.prj", "rubbish", QStringLiteral("\"no comma\"\n%1 %s\n\"---x\n"),
             QStringLiteral("true"));
@@ -205,8 +245,8 @@ private Q_SLOTS:
             QStringLiteral(
                 "\"huge\\p99999999999\", 1, 99999999999\n\"%1 %2\\p4326\", 8, 104\n\"-\", -1, nan\n"),
             QStringLiteral("true"));
+        row("OracleSRID.xml", "missing", missing, QStringLiteral("true"));
         for (const char *file : {"cs_mbr.xml", "OracleSRID.xml"}) {
-            row(file, "missing", missing, QStringLiteral("true"));
             row(file, "empty", empty, QStringLiteral("true"));
             row(file, "cut short", cut, QStringLiteral("true"));
         }
@@ -218,9 +258,13 @@ private Q_SLOTS:
         QFETCH(QString, outcome);
         const support::DefaultFactoryKeeper keeper;
         const support::ResourceCopy copy;
-        if (content.isNull())
-            copy.remove(file);
-        else
+        copy.remove(file);
+        const QString path = copy.dir().absoluteFilePath(file);
+        if (content == QLatin1String("/"))
+            QVERIFY(copy.dir().mkdir(file));
+        else if (content == QLatin1String("|"))
+            QCOMPARE(mkfifo(qPrintable(path), 0600), 0);
+        else if (!content.isNull())
             copy.write(file, content.toUtf8());
         const auto factory = factoryOver(copy.dir());
         support::LogCapture log;
@@ -230,10 +274,10 @@ private Q_SLOTS:
         } catch (const std::exception &e) {
             got = QString::fromUtf8(e.what());
         }
-        QCOMPARE(got, outcome);
+        QCOMPARE(got, outcome.section(QLatin1Char(':'), 0, 0));
         if (got == QLatin1String("false"))
-            QVERIFY2(log.lines(QStringLiteral("error")).join(QString()).contains(file),
-                     "the log must name the file");
+            QVERIFY2(log.lines(QStringLiteral("error")).last().contains(file + outcome.mid(5)),
+                     "the last line must name the file, and where it is damaged");
         if (got != QLatin1String("true"))
             return;
         CoordSysFactory::setDefaultCoordSysFactory(factory);
@@ -244,10 +288,10 @@ private Q_SLOTS:
         if (file != QLatin1String("OracleSRID.xml")) {
             QCOMPARE(factory->createFromOracleSRID(8307)->sourceType(), CoordSystem::Oracle);
         } else {
-            const QString path = copy.dir().absoluteFilePath(file);
             const QString text =
-                content.isNull() ? QStringLiteral("Не могу открыть файл ") + path
-                                 : QStringLiteral("Данные для SRID=8307 в файле %1 отсутствуют").arg(path);
+                content.isNull() || content == QLatin1String("|")
+                    ? QStringLiteral("Не могу открыть файл ") + path
+                    : QStringLiteral("Данные для SRID=8307 в файле %1 отсутствуют").arg(path);
             VERIFY_THROWS(std::runtime_error, factory->createFromOracleSRID(8307), text);
         }
     }
@@ -294,6 +338,24 @@ private Q_SLOTS:
         QVERIFY(!factory->areaUnitById(LinearUnit::Meter).isValid());
     }
 
+    // What the library asks of GDAL leaves no trace in the host's view of it, nor does an exception in the
+    // log.
+    void hostsErrors()
+    {
+        const auto factory = support::shippedFactory();
+        const CoordSystemPtr cs =
+            factory->createFromProj(QStringLiteral("+proj=utm +zone=33 +ellps=intl +units=ind-yd"));
+        support::LogCapture log;
+        CPLErrorSetState(CE_Warning, 77, "the host's own");
+        QVERIFY_EXCEPTION_THROWN(factory->createFromWkt(QStringLiteral("PROJCS[")), std::runtime_error);
+        QVERIFY_EXCEPTION_THROWN(cs->unit(), std::logic_error);
+        QVERIFY(cs->epsg() != 0 && !cs->exportToWkt().isEmpty());
+        QCOMPARE(CPLGetLastErrorType(), CE_Warning);
+        QCOMPARE(CPLGetLastErrorNo(), 77);
+        QCOMPARE(CPLGetLastErrorMsg(), "the host's own");
+        QCOMPARE(log.lines(QStringLiteral("error")), QStringList());
+    }
+
     // Each factory sees its own catalogues, whichever is installed, and either may die first.
     void twoFactories()
     {
@@ -324,6 +386,18 @@ private Q_SLOTS:
         const auto factory = factoryOver(support::resources());
         QVERIFY(factory->initCoordSystemEnvironment());
         const int units = factory->projectionParamsManager()->coordinateUnits().size();
+        const auto mapinfo = factory->mapinfoCoordSystem();
+        const auto entries = [](const MapinfoCoordSystem &catalogue) {
+            int count = 0;
+            for (const CoordSystemParamsList &category : catalogue.projectionList())
+                count += category.entries.size();
+            return count;
+        };
+        const int shipped = entries(*mapinfo);
+        mapinfo->initInternalCache(); // must end before its catalogue goes out of use
+        QVERIFY(factory->initCoordSystemEnvironment());
+        QCOMPARE(entries(*factory->mapinfoCoordSystem()), shipped);
+        QVERIFY(mapinfo != factory->mapinfoCoordSystem() && mapinfo->getProj(0, 0)->unit());
         support::LogCapture log;
         factory->clearEnvironment();
         QVERIFY(log.lines(QStringLiteral("info"))
@@ -337,6 +411,8 @@ private Q_SLOTS:
                                  std::logic_error);
         QVERIFY(factory->initCoordSystemEnvironment());
         QCOMPARE(factory->projectionParamsManager()->coordinateUnits().size(), units);
+        QCOMPARE(factory->createFromPrj(QStringLiteral("Earth Projection 1, 104"))->epsg(), 4326);
+        QVERIFY(factory->mapinfoCoordSystem()->getProj(0, 0));
     }
 
     void missingDirectories()

@@ -42,7 +42,7 @@ private Q_SLOTS:
         support::LogCapture log;
         VERIFY_NEAR(CoordSysRect().rect(prj, nullptr), expected, 1e-9);
         QVERIFY(
-            log.lines(QStringLiteral("info"))
+            log.lines(QStringLiteral("debug"))
                 .contains(
                     QStringLiteral("Не могу рассчитать ограничивающий прямоугольник для КС (%1)").arg(prj)));
     }

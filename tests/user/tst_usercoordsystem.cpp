@@ -4,6 +4,9 @@
 #include <support/Support.h>
 #include <support/TestRunner.h>
 
+#include <algorithm>
+#include <thread>
+
 using namespace nivora::cs;
 
 namespace {
@@ -130,6 +133,37 @@ private Q_SLOTS:
         QVERIFY(!m_store.data().at(1).entries.at(0).storedSystem());
         QCOMPARE(m_log->lines(QStringLiteral("info")).last(),
                  QString::fromUtf8("Пользовательские КС: UserCoordSystem.xml (3)"));
+    }
+
+    // Entries are made when they are asked for, once, whoever asks, and by the catalogues they came with.
+    void lazyEntries()
+    {
+        const QTemporaryDir dir;
+        CoordSysFactory factory(support::resources(), QDir(dir.path()), QStringLiteral("en"));
+        QFile file(dir.filePath(QStringLiteral("UserCoordSystem.xml")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        // The second one is a plan, which asks the store for its name while it is made.
+        file.write(R"(<coordsys><branch name="A"><cs type="epsg" str="999999" desc="no code"/>
+<cs type="wkt" str="LOCAL_CS[&quot;plan&quot;,UNIT[&quot;metre&quot;,1]]" desc="plan"/></branch></coordsys>)");
+        file.close();
+        QVERIFY(factory.initCoordSystemEnvironment());
+        QCOMPARE(m_log->lines(QStringLiteral("error")), QStringList());
+
+        CoordSysFactory::setDefaultCoordSysFactory(nullptr);
+        const auto store = factory.userCoordSystem();
+        std::vector<std::thread> threads;
+        std::vector<CoordSystemPtr> made(8);
+        for (CoordSystemPtr &cs : made)
+            threads.emplace_back([&cs, &store] {
+                cs = QList<UserCoordSystem::CsDataType>(store->data()).at(0).entries.at(1).storedSystem();
+            });
+        for (std::thread &thread : threads)
+            thread.join();
+        QVERIFY(made.front() && std::count(made.begin(), made.end(), made.front()) == 8);
+        QCOMPARE(made.front()->description(), QStringLiteral("plan"));
+        for (int i = 0; i < 2; ++i)
+            QVERIFY(!store->data().at(0).entries.at(0).storedSystem());
+        QCOMPARE(m_log->lines(QStringLiteral("error")).size(), 1);
     }
 
 private:

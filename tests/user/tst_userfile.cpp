@@ -4,6 +4,7 @@
 #include <support/TestRunner.h>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -142,6 +143,8 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("bytes");
         QTest::newRow("missing") << QByteArray();
         QTest::newRow("directory") << QByteArray("/");
+        QTest::newRow("FIFO") << QByteArray("|");
+        QTest::newRow("not a store") << QByteArray("<html/>");
         QTest::newRow("empty") << QByteArray("");
         QTest::newRow("not XML") << QByteArray("+proj=longlat");
         QTest::newRow("cut off") << QByteArray(
@@ -156,6 +159,8 @@ private Q_SLOTS:
         QVERIFY(QFile::remove(m_file.filePath()));
         if (bytes == "/")
             QVERIFY(QDir().mkdir(m_file.filePath()));
+        else if (bytes == "|")
+            QCOMPARE(mkfifo(qPrintable(m_file.filePath()), 0600), 0);
         else if (!bytes.isNull())
             put(bytes);
 
@@ -163,6 +168,9 @@ private Q_SLOTS:
                       QString::fromUtf8("Не могу открыть файл UserCoordSystem.xml"));
         store.loadFromFile(true);
         QCOMPARE(summary(store.data()), QStringLiteral("kept3"));
+        if (bytes == "/" || bytes == "|")
+            VERIFY_THROWS(std::logic_error, store.saveToFile(true),
+                          QString::fromUtf8("Не могу создать файл UserCoordSystem.xml"));
     }
 
     void backup()
@@ -214,7 +222,20 @@ private Q_SLOTS:
             const QString got = loaded();
             QVERIFY2(got == QLatin1String("a1") || got == QLatin1String("b400"), qPrintable(got));
         }
-        QVERIFY(!QFile::exists(m_file.filePath() + QStringLiteral(".bak")));
+        const QStringList foreign = {
+            QStringLiteral("Other.xml.aBcDeF"), QStringLiteral("UserCoordSystem.xml.aBcDeF"),
+            QStringLiteral("UserCoordSystem.xml.backup"), QStringLiteral("UserCoordSystem.xml.old")};
+        for (const QString &name : foreign)
+            QVERIFY(QFile::copy(m_file.filePath(), m_file.dir().filePath(name)));
+        QFile note(m_file.dir().filePath(foreign.at(1)));
+        QVERIFY(QFile::copy(m_file.filePath(), m_file.filePath() + QStringLiteral(".qRsTuV")));
+        QVERIFY(note.open(QIODevice::WriteOnly) && note.write("a note") > 0 && note.flush());
+        UserCoordSystem::saveToFile(m_file, {}, true);
+        // What a killed save left is gone; a name that a person may have given stays, and so do strange
+        // contents.
+        QStringList left = m_file.dir().entryList(QDir::Files);
+        left.sort();
+        QCOMPARE(left, QStringList(foreign.mid(0, 1)) << m_file.fileName() << foreign.mid(1));
     }
 
     void twoProcessesSaving()

@@ -1,0 +1,21 @@
+#pragma once
+
+// Opening of what a start-up reads: nothing that lies in a file's place may hang or crash it.
+
+#include <QString>
+
+class QDomDocument;
+class QFile;
+
+namespace nivora::cs {
+
+/// Opens for reading when there is a regular file of a sensible size (at most 64 MB; catalogues have less
+/// than one). A FIFO would be waited for, a device has no end. \return empty when open, else the reason in
+/// words.
+QString openInput(QFile &file);
+
+/// Reads an open file as XML. \return empty when it is well-formed and not nested deeper than 64 elements (Qt
+/// walks the tree by recursion), else "line:column: reason"; the document is of no use then.
+QString readXml(QFile &file, QDomDocument &document);
+
+} // namespace nivora::cs

@@ -1,0 +1,37 @@
+#pragma once
+
+// The file of the user's own systems: reading, and saving so that it is whole at any time.
+
+#include <coordsys/UserCoordSystem.h>
+
+#include <QDomDocument>
+
+namespace nivora::cs {
+
+struct StoreReading
+{
+    bool exists = false;
+    QString problem; ///< "path:line:column: reason" or "path: reason"; empty when the document was read
+    QDomDocument document;
+};
+
+/// Reads the file of a store. A well-formed document of another root that holds no branches is somebody
+/// else's and counts as a problem.
+StoreReading readStore(const QFileInfo &file);
+
+/// Replaces the file through a temporary one. What cannot be read there is copied to "….bak" first, and
+/// temporary files that killed saves left behind are removed. Throws std::logic_error.
+void writeStore(const QFileInfo &file, const QList<UserCoordSystem::CsDataType> &branches);
+
+/// Names of elements and attributes.
+namespace storetext {
+inline QString root() { return QStringLiteral("coordsys"); }
+inline QString branch() { return QStringLiteral("branch"); }
+inline QString entry() { return QStringLiteral("cs"); }
+inline QString name() { return QStringLiteral("name"); }
+inline QString type() { return QStringLiteral("type"); }
+inline QString source() { return QStringLiteral("str"); }
+inline QString description() { return QStringLiteral("desc"); }
+} // namespace storetext
+
+} // namespace nivora::cs
