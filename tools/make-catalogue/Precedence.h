@@ -17,8 +17,8 @@ public:
 
     /// The rank of a system by its EPSG name; the smallest stands first.
     int of(const QString &name) const;
-    /// File order: by category, in it by rank, in that as the entries came. Throws Failure where a text's first
-    /// entry is not one of its best: then the categories need another order, or a row another rank.
+    /// File order: by category, in it by rank, in that as the entries came. Throws Failure where a text's
+    /// first entry is not one of its best: then the categories need another order, or a row another rank.
     void sort(std::vector<Entry> &entries) const;
 
 private:
