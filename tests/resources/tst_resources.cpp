@@ -14,8 +14,11 @@
 
 #include <QDomDocument>
 #include <QFile>
+#include <QRegularExpression>
 
+#include <algorithm>
 #include <cmath>
+#include <map>
 
 using namespace nivora::cs;
 using catalogue::Definition;
@@ -41,6 +44,40 @@ QByteArray firstLine(const QString &name)
 {
     QFile file(support::resources().filePath(name));
     return file.open(QIODevice::ReadOnly) ? file.readLine().trimmed() : QByteArray();
+}
+
+std::vector<CoordSystemParams> entries(const QString &language)
+{
+    std::vector<CoordSystemParams> all;
+    for (const CoordSystemParamsList &category : categories(language))
+        all.insert(all.end(), category.entries.begin(), category.entries.end());
+    return all;
+}
+
+/// Entries of equal text in file order, by that text.
+std::map<QStringList, std::vector<CoordSystemParams>> groups()
+{
+    std::map<QStringList, std::vector<CoordSystemParams>> all;
+    for (const CoordSystemParams &entry : entries(QStringLiteral("en")))
+        all[entry.params].push_back(entry);
+    return all;
+}
+
+/// The name that \p name is a twin of: with the axes turned, or on a realization of NAD83.
+QString plain(QString name)
+{
+    static const QRegularExpression twin(
+        QStringLiteral(" \\((z?E-?,?N|N-?,?z?E|lon-lat)\\)|(?<=NAD83)\\(.*?\\)(v\\d)?"));
+    return name.remove(twin);
+}
+
+QString baseName(int epsg)
+{
+    const Pj crs(proj_create_from_database(nullptr, "EPSG", QByteArray::number(epsg).constData(),
+                                           PJ_CATEGORY_CRS, 0, nullptr),
+                 proj_destroy);
+    const Pj base(proj_crs_get_geodetic_crs(nullptr, crs.get()), proj_destroy);
+    return QString::fromUtf8(proj_get_name(base.get()));
 }
 
 /// What an entry may differ in from the definition of its code, metres.
@@ -75,6 +112,10 @@ private Q_SLOTS:
     void initTestCase();
     void headings();
     void languagesAgree();
+    void everydaySystemFirst_data();
+    void everydaySystemFirst();
+    void twinsInOrder();
+    void namesAreUniqueAndOfOneLanguage();
     void everyEntryBuilds();
     void codesMeanWhatTheySay();
     void boundsHoldTheArea();
@@ -106,6 +147,101 @@ void TestResources::languagesAgree()
             QCOMPARE(ru[c].entries[i].epsg(), en[c].entries[i].epsg());
         }
     }
+}
+
+void TestResources::everydaySystemFirst_data()
+{
+    QTest::addColumn<QVector<int>>("codes"); // of one text; the first is the everyday one
+    const auto row = [](const char *name, const QVector<int> &codes) { QTest::newRow(name) << codes; };
+    row("axes turned", {25832, 3044});
+    row("axes turned, zone in the easting", {4647, 5652});
+    row("plain before easting first", {31467, 5677});
+    row("easting before northing first", {5041, 32661});
+    row("NAD83 before its realizations", {26917, 2958, 3724, 6346, 22217});
+    row("in another category", {5070, 5071, 5072, 6350});
+    row("in Canada", {3347, 3348});
+    row("WGS 84", {32635, 4037});
+    row("a national grid before a zone: Sweden", {3006, 8687, 3767, 3065, 6708, 7792});
+    row("a national grid before a zone: Finland", {3067, 25835, 3047, 5048});
+    row("Serbia", {8682, 3768, 7799, 7803, 9716});
+    row("the Canaries", {4083, 3188, 5016, 3343});
+    row("the frame in force: Mexico", {6371, 4489, 8909, 31970});
+    row("the frame of a continent", {31973, 3179, 2202, 31988});
+    row("Greenland, where the continent has sea", {3184, 6211});
+    row("a number for 130 frames: none of them", {0, 4490, 4619, 4674});
+}
+
+void TestResources::everydaySystemFirst()
+{
+    QFETCH(QVector<int>, codes);
+    for (const auto &[params, group] : groups()) {
+        const auto last = std::find_if(group.begin(), group.end(),
+                                       [&](const auto &entry) { return entry.epsg() == codes.last(); });
+        if (last == group.end())
+            continue;
+        QCOMPARE(qMax(0, group.front().epsg()), codes.first());
+        for (int code : codes)
+            QVERIFY2(std::any_of(group.begin(), group.end(),
+                                 [&](const auto &entry) { return qMax(0, entry.epsg()) == code; }),
+                     qPrintable(QString::number(code)));
+        return;
+    }
+    QFAIL("no such text");
+}
+
+void TestResources::twinsInOrder()
+{
+    QStringList faults;
+    int twins = 0;
+    for (const auto &[params, group] : groups()) {
+        QSet<QString> plainAhead;
+        for (const CoordSystemParams &entry : group) {
+            const QString &name = entry.name();
+            if (plain(name) != name)
+                plainAhead << plain(name);
+            else if (plainAhead.contains(name))
+                faults << name;
+            twins += plain(name) != name;
+        }
+        // Only the text that belongs to no country leads with a name of its own.
+        const bool coded =
+            std::any_of(group.begin(), group.end(), [](const auto &e) { return e.epsg() > 0; });
+        if (coded && group.front().epsg() <= 0 &&
+            params != QStringList{QStringLiteral("1"), QStringLiteral("33")})
+            faults << group.front().name();
+    }
+    QVERIFY2(faults.isEmpty(), qPrintable(summary(faults)));
+    QVERIFY(twins > 1000);
+}
+
+/// Beside Cyrillic letters only codes (no two small letters together) and proper names of datums are Latin.
+void TestResources::namesAreUniqueAndOfOneLanguage()
+{
+    static const QRegularExpression cyrillic(QStringLiteral("[А-яЁё]"));
+    static const QRegularExpression word(QStringLiteral("[a-z]{2}"));
+    static const QRegularExpression common(QStringLiteral(
+        "\\b(Islands?|North|South|East|West|Central|Old|New|Datum|System|Grid|Zone|Belt|Valley|Gulf|"
+        "Lighthouse|Corrected|Antarctic|Indian|Korean|lon-lat|extended|accurate)\\b"));
+    const auto ru = entries(QStringLiteral("ru"));
+    const auto en = entries(QStringLiteral("en"));
+    QStringList faults;
+    QSet<QString> russian, english;
+    int code = 0; // a second entry without one follows the first
+    for (std::size_t i = 0; i < ru.size(); ++i) {
+        QString name = ru[i].name();
+        if (russian.contains(name) || english.contains(en[i].name()))
+            faults << QStringLiteral("twice: ") + name;
+        russian << name;
+        english << en[i].name();
+        code = ru[i].epsg() > 0 ? ru[i].epsg() : code;
+        if (!name.contains(cyrillic)) {
+            if (name != en[i].name())
+                faults << name;
+        } else if (name.contains(common) ||
+                   (name.contains(word) && name.remove(baseName(code)).contains(word)))
+            faults << ru[i].name();
+    }
+    QVERIFY2(faults.isEmpty(), qPrintable(summary(faults)));
 }
 
 void TestResources::everyEntryBuilds()

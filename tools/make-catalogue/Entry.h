@@ -17,6 +17,7 @@ struct Entry
     QString params;   ///< what follows "Earth Projection ", or `Units "m"` of a plan
     QString nameEn;
     QString nameRu;
+    int rank = 0; ///< among entries of one text and category, the smallest first
 
     bool isPlan() const { return params.startsWith(QLatin1String("Units")); }
     QString coordSys() const
@@ -28,7 +29,7 @@ struct Entry
 struct Catalogue
 {
     std::vector<Category> categories;
-    std::vector<Entry> entries; ///< in file order within each category
+    std::vector<Entry> entries; ///< in file order
 };
 
 } // namespace catalogue

@@ -25,6 +25,7 @@ Generator::Generator(const Database &database, const QString &tables, const Libr
     , m_places(tables)
     , m_categories(tables, m_places)
     , m_names(tables, m_places)
+    , m_precedence(tables)
 {
     m_catalogue.categories = m_categories.list();
     for (const Table::Row &row : Table(tables + QStringLiteral("/left_out.tsv")))
@@ -70,6 +71,7 @@ void Generator::run()
                          m_catalogue.entries.size());
     }
     std::fputc('\n', stderr);
+    m_precedence.sort(m_catalogue.entries);
 }
 
 void Generator::addExtra(const Extra &extra)
@@ -130,6 +132,7 @@ void Generator::addSystem(const EpsgSystem &system, const Extra *extra)
     if (!extra)
         entry.category = m_categories.of(system.name, system.area.name, system.projected);
     entry.epsg = system.code;
+    entry.rank = extra ? 0 : m_precedence.of(system.name);
     entry.params = found->form.withDatum(found->datum.text);
     if (entry.nameEn.isEmpty())
         entry.nameEn = m_names.english(system);
@@ -169,8 +172,9 @@ void Generator::addTwin(const EpsgSystem &system, const Entry &entry, const Foun
     if (!check.fault(m_library.read(twin.coordSys()), choice.ellipsoidTolerance).isEmpty())
         return;
     const bool standard = system.datum == pulkovo1942;
-    twin.nameEn += standard ? QStringLiteral(" (GOST)") : QStringLiteral(" (accurate shift)");
-    twin.nameRu += standard ? QStringLiteral(" (ГОСТ)") : QStringLiteral(" (точные параметры)");
+    const QString remark = standard ? QStringLiteral(" (GOST)") : QStringLiteral(" (accurate shift)");
+    twin.nameEn += remark;
+    twin.nameRu += m_names.remark(remark, entry.nameRu);
     m_catalogue.entries.push_back(twin);
     ++m_accurateTwins;
 }

@@ -7,6 +7,7 @@
 #include "Library.h"
 #include "Names.h"
 #include "PlaneCheck.h"
+#include "Precedence.h"
 
 #include <optional>
 
@@ -71,6 +72,7 @@ private:
     Places m_places;
     Categories m_categories;
     Names m_names;
+    Precedence m_precedence;
     std::vector<std::pair<QRegularExpression, QString>> m_leftOut;
     std::vector<Extra> m_extras;
     std::map<int, const Extra *> m_extraByCode;

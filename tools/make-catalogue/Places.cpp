@@ -14,6 +14,8 @@ Places::Places(const QString &tables)
         if (!row.text("name_ru").isEmpty())
             names.emplace_back(row.text("prefix"), row.text("name_ru"));
     }
+    for (const Table::Row &row : Table(tables + QStringLiteral("/regions_ru.tsv")))
+        names.emplace_back(row.text("name_en"), row.text("name_ru"));
     std::stable_sort(names.begin(), names.end(),
                      [](const auto &a, const auto &b) { return a.first.size() > b.first.size(); });
     for (const auto &[english, russian] : names)

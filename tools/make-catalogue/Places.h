@@ -24,7 +24,7 @@ public:
 
     /// The longest known prefix of the area's name decides; \p known becomes false when there is none.
     Place of(const QString &area, bool &known) const;
-    /// Names of countries inside \p text in Russian.
+    /// Names of countries and regions inside \p text in Russian.
     QString translated(QString text) const;
 
 private:
