@@ -286,8 +286,12 @@ CoordSystemPtr CoordSysFactory::unnamedFromEpsg(int epsg) const
     const SystemIdentityPtr identity = SystemIdentity::from(code);
     if (!identity || !identity->hasPlane())
         throwWithoutPlane(code);
-    if (identity->isFlattened())
+    if (identity->isFlattened()) {
+        const QString prj = m_mapinfo->seekByEPSG(identity->partCode());
+        if (identity->partCode() > 0 && !prj.isEmpty())
+            return cataloguedEpsg(prj, epsg);
         proj = identity->projText();
+    }
     const bool sameAxes = identity->runsEastAndNorth() || proj.contains(QLatin1String("+axis="));
     try {
         const CoordSystemPtr cs = proj.isEmpty() ? fromIdentity(identity) : unnamedFromProj(proj);

@@ -59,6 +59,7 @@ struct Wanted
     QString datum;
     std::optional<Shift> shift; ///< as TOWGS84 has it
     bool isBare = false;        ///< an ellipsoid other than WGS 84 and nothing else is known of the datum
+    bool isPlainWgs84 = false;  ///< the ellipsoid of WGS 84 without a datum's name stands for WGS 84
 };
 
 QString wktWithoutShift(const QString &wkt)
@@ -75,6 +76,11 @@ std::optional<Shift> shiftOf(void *srs)
     if (OSRGetTOWGS84(srs, shift.data(), static_cast<int>(shift.size())) != OGRERR_NONE)
         return std::nullopt;
     return shift;
+}
+
+bool isZero(const Shift &shift)
+{
+    return std::all_of(shift.begin(), shift.end(), [](double figure) { return figure == 0.0; });
 }
 
 /// "Unknown based on GRS 1980 ellipsoid"
@@ -95,7 +101,9 @@ Wanted wantedFrom(void *srs)
     wanted.datum = QString::fromUtf8(OSRGetAttrValue(wanted.srs.get(), "DATUM", 0));
     const bool isWgs84 = std::fabs(OSRGetSemiMajor(wanted.srs.get(), nullptr) - 6378137.0) < 1e-3 &&
                          std::fabs(OSRGetInvFlattening(wanted.srs.get(), nullptr) - 298.257223563) < 1e-6;
-    wanted.isBare = !wanted.shift && isUnknownDatum(wanted.datum) && !isWgs84;
+    const bool isUnknown = isUnknownDatum(wanted.datum);
+    wanted.isBare = !wanted.shift && isUnknown && !isWgs84;
+    wanted.isPlainWgs84 = isUnknown && isWgs84 && (!wanted.shift || isZero(*wanted.shift));
     return wanted;
 }
 
@@ -134,6 +142,14 @@ std::vector<QString> datumsOf(const std::vector<Candidate> &candidates)
     return datums;
 }
 
+int codeOnWgs84(const std::vector<Candidate> &candidates)
+{
+    const auto found = std::find_if(candidates.begin(), candidates.end(), [](const Candidate &candidate) {
+        return candidate.datum == QLatin1String("WGS_1984");
+    });
+    return found == candidates.end() ? undefined : found->code;
+}
+
 const Candidate &firstWith(const QString &datum, const std::vector<Candidate> &candidates)
 {
     return *std::find_if(candidates.begin(), candidates.end(),
@@ -151,11 +167,6 @@ int cataloguedCode(const Wanted &wanted, const std::vector<Candidate> &candidate
     const std::shared_ptr<void> srs = srsFromWkt(wanted.wkt);
     const std::optional<TABProjInfo_t> record = srs ? recordFromSpatialReference(srs.get()) : std::nullopt;
     return record ? activeCatalogues()->codeOfRecord(*record, codes) : undefined;
-}
-
-bool isZero(const Shift &shift)
-{
-    return std::all_of(shift.begin(), shift.end(), [](double figure) { return figure == 0.0; });
 }
 
 /// The one datum with the system's own shift among its registered ones; without a shift the one datum there
@@ -176,8 +187,8 @@ int codeByDatum(const Wanted &wanted, const std::vector<Candidate> &candidates)
 
 int chosenCode(const Wanted &wanted, const std::vector<Candidate> &candidates)
 {
-    if (candidates.empty())
-        return undefined;
+    if (candidates.empty() || wanted.isPlainWgs84)
+        return codeOnWgs84(candidates);
     for (const auto choose : {cataloguedCode, codeByDatum}) {
         const int code = choose(wanted, candidates);
         if (code != undefined)

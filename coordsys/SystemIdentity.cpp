@@ -98,6 +98,12 @@ int SystemIdentity::ownCode() const
     return same ? m_statedCode : CoordSystemTypes::EPSG_UNDEFINDED;
 }
 
+int SystemIdentity::partCode() const
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    return codeOf(m_crs.get(), QLatin1String("EPSG")).value_or(CoordSystemTypes::EPSG_UNDEFINDED);
+}
+
 bool SystemIdentity::runsEastAndNorth() const
 {
     const QMutexLocker lock(globalProj4Mutex());
