@@ -120,6 +120,7 @@ private:
     CoordSystemPtr unnamedFromProj(const QString &proj) const;
     CoordSystemPtr unnamedFromEpsg(int epsg) const;
     CoordSystemPtr cataloguedEpsg(const QString &prj, int epsg) const;
+    static void convertByItself(CoordSystem &cs, const QString &proj);
     static CoordSystemPtr unnamedFromWkt(const std::shared_ptr<void> &srs,
                                          const std::shared_ptr<const SystemIdentity> &identity);
     static CoordSystemPtr fromIdentity(const std::shared_ptr<const SystemIdentity> &identity);

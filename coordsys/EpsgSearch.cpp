@@ -11,6 +11,7 @@
 #include <platform/Logger.h>
 
 #include <QMutexLocker>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <cmath>
@@ -62,12 +63,15 @@ struct Wanted
     bool isPlainWgs84 = false;  ///< the ellipsoid of WGS 84 without a datum's name stands for WGS 84
 };
 
-QString wktWithoutShift(const QString &wkt)
+/// WKT 2 without a shift and without a code: one that a text states is not what a search may lean on.
+QString bareWkt(const QString &wkt)
 {
+    // … ,ID["EPSG",28407]] at the end of the text
+    static const QRegularExpression code(QStringLiteral(",\\s*ID\\[\"[^\"]*\",[^\\]]*\\]\\]\\s*$"));
     const SearchContext context;
     const PjHandle crs = ownPj(proj_create(context.get(), wkt.toUtf8().constData()));
     const PjHandle plain = crs ? unbound(context.get(), crs.get()) : nullptr;
-    return plain ? wkt2Of(context.get(), plain.get()) : wkt;
+    return plain ? wkt2Of(context.get(), plain.get()).replace(code, QStringLiteral("]")) : wkt;
 }
 
 std::optional<Shift> shiftOf(void *srs)
@@ -94,7 +98,8 @@ Wanted wantedFrom(void *srs)
     Wanted wanted;
     wanted.wkt = osrToWkt2(srs);
     wanted.shift = shiftOf(srs);
-    wanted.srs = wanted.shift ? srsFromWkt(wktWithoutShift(wanted.wkt)) : ownSrs(OSRClone(srs));
+    const bool isBareText = !wanted.shift && !OSRGetAuthorityCode(srs, nullptr);
+    wanted.srs = isBareText ? ownSrs(OSRClone(srs)) : srsFromWkt(bareWkt(wanted.wkt));
     if (!wanted.srs)
         return wanted;
     wanted.metresPerUnit = OSRGetLinearUnits(wanted.srs.get(), nullptr);
@@ -205,8 +210,7 @@ int searchByGdal(const Wanted &wanted, const std::shared_ptr<ProgressHandler> &p
 int searchByProj(const QString &wkt, const std::shared_ptr<ProgressHandler> &progress)
 {
     const SearchContext context;
-    const PjHandle crs = ownPj(proj_create(context.get(), wkt.toUtf8().constData()));
-    const PjHandle plain = crs ? unbound(context.get(), crs.get()) : nullptr;
+    const PjHandle plain = ownPj(proj_create(context.get(), bareWkt(wkt).toUtf8().constData()));
     if (!plain || isCanceled(progress))
         return undefined;
     int *rawConfidences = nullptr;

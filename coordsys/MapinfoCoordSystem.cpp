@@ -38,9 +38,21 @@ bool hasRussianLetter(const QString &text)
     return std::any_of(text.begin(), text.end(), [](QChar c) { return letters.contains(c); });
 }
 
-/// The same record, a user's datum by its figures.
-bool isSameSystem(TABProjInfo_t entry, const TABProjInfo_t &record)
+/// A cone with two standard parallels is the same in either order of them.
+void sortParallels(TABProjInfo_t &record)
 {
+    constexpr std::uint8_t conics[] = {3, 6, 9, 19}; // Lambert's, equidistant, Albers', the Belgian one
+    double *parallels = record.adProjParams + 2;
+    if (std::find(std::begin(conics), std::end(conics), record.nProjId) != std::end(conics) &&
+        parallels[0] > parallels[1])
+        std::swap(parallels[0], parallels[1]);
+}
+
+/// The same record, a user's datum by its figures.
+bool isSameSystem(TABProjInfo_t entry, TABProjInfo_t record)
+{
+    sortParallels(entry);
+    sortParallels(record);
     if (isUserDatum(record.nDatumId))
         entry.nDatumId = record.nDatumId;
     return MapHeaderCoordsysConverter::compareTabProjInfo(entry, record, false, false);

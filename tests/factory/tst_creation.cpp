@@ -44,6 +44,14 @@ private Q_SLOTS:
         row("epsg:x", "ProjException", "Запрос proj строки для EPSG=0:");
         row("epsg:99999999999", "ProjException", "Запрос proj строки для EPSG=0:");
         row("EPSG:2147483647", "ProjException", "Запрос proj строки для EPSG=2147483647:");
+        row("epsg:4978", "runtime_error", "КС не имеет плановой части: EPSG:4978");
+        row("epsg:5773", "runtime_error", "КС не имеет плановой части: EPSG:5773");
+        row("proj:+proj=geocent +ellps=WGS84 +towgs84=1,2,3", "runtime_error",
+            "КС не имеет плановой части: +proj");
+        row("wkt:VERTCRS[\"h\",VDATUM[\"d\"],CS[vertical,1],AXIS[\"h\",up],LENGTHUNIT[\"metre\",1]]",
+            "runtime_error", "КС не имеет плановой части: VERTCRS");
+        row("epsg:32600", "ProjException",
+            "Ошибка инициализации проекции: EPSG:32600:");  // no projection at all
         row(" epsg:4326", "NotEnoughtParamsException", ""); // a blank before the tag: not a tag
         row("prj:Earth Projection 8, 104", "NotEnoughtParamsException", "");
         row("prj:Earth Projection 35, 104, 7, 1, 2, 3, 4, 5, 6", "runtime_error", "Неверная строка КС\n");
@@ -137,8 +145,11 @@ private Q_SLOTS:
             "Earth Projection 8, 104, \"m\", 39, 0, 1, 0, 0");
         row("prj:Earth Projection 34, 104, 7, 39, 0, 1, 0, 0", CoordSystem::Prj,
             "Earth Projection 34, 104, \"m\", 39, 0, 1, 0, 0");
-        row("wkt:LOCAL_CS[\"x\",\nUNIT[\"Meter\",1]]", CoordSystem::Wkt,
-            "LOCAL_CS[\"x\",\nUNIT[\"Meter\",1]]");
+        for (const char *plan :
+             {"wkt:LOCAL_CS[\"x\",\nUNIT[\"Meter\",1]]", "wkt: local_cs[\"x\",UNIT[\"Meter\",1]]",
+              "wkt:ENGCRS[\"x\",EDATUM[\"y\"],CS[Cartesian,2],AXIS[\"x\",east],AXIS[\"y\",north],LENGTHUNIT["
+              "\"metre\",1]]"})
+            row(plan, CoordSystem::Wkt, plan + 4);
     }
     void sources()
     {
