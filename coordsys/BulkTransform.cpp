@@ -33,7 +33,8 @@ void markFailures(QPointF *points, std::size_t count)
         points, points + count, [](const QPointF &p) { return !isFinite(p); }, QPointF(HUGE_VAL, HUGE_VAL));
 }
 
-void transformQueue(const TransformQueue &queue, int direction, QPointF *points, std::size_t count, double time)
+void transformQueue(const TransformQueue &queue, int direction, QPointF *points, std::size_t count,
+                    double time)
 {
     const OrderedSteps steps(queue, direction);
     transformSpan(*steps.first, direction, spanOf(points, count), time);

@@ -48,16 +48,15 @@ struct BulkResult
     bool isComplete() const { return ending == Finished && failed.empty(); }
 };
 
-/// Converts many points with many threads, or with one that waits for no other: what CoordTransform does under
-/// a process-wide lock, to the bit, this does with PROJ objects of its own. Not for rectangles and bounds.
-/// Coordinates are those of CoordTransform: x = longitude or easting first, degrees for geographic systems,
-/// affine transformations included; equal systems copy.
-/// A point that fails is NaN in both coordinates and fails alone. Where a conversion ended early, the points
-/// that it did not come to are NaN too, so that nobody takes them for converted ones.
-/// Threads: thread-safe; one object serves any number at once, each with a clone of PROJ's objects that is
-/// made on first need (up to 3 ms, with grid files half a megabyte) and kept until the last copy goes. Copies
-/// share the clones. May be called from a thread of the pool it uses. Keeps the systems; their affine
-/// transformations are read at each call.
+/// Converts many points with many threads, or with one that waits for no other: what CoordTransform does
+/// under a process-wide lock, to the bit, this does with PROJ objects of its own. Not for rectangles and
+/// bounds. Coordinates are those of CoordTransform: x = longitude or easting first, degrees for geographic
+/// systems, affine transformations included; equal systems copy. A point that fails is NaN in both
+/// coordinates and fails alone. Where a conversion ended early, the points that it did not come to are NaN
+/// too, so that nobody takes them for converted ones. Threads: thread-safe; one object serves any number at
+/// once, each with a clone of PROJ's objects that is made on first need (up to 3 ms, with grid files half a
+/// megabyte) and kept until the last copy goes. Copies share the clones. May be called from a thread of the
+/// pool it uses. Keeps the systems; their affine transformations are read at each call.
 class NIVORA_CS_EXPORT BulkTransform
 {
 public:

@@ -74,7 +74,6 @@ private:
     /// Null for equal systems.
     std::shared_ptr<const TransformQueue> queue() const;
 
-
     std::unique_ptr<Impl> m_impl;
 };
 

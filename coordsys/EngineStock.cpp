@@ -27,8 +27,7 @@ OwnEnginePtr clonedFrom(const TransformQueue &original)
     const QMutexLocker lock(globalProj4Mutex());
     OwnEnginePtr engine(new OwnEngine);
     engine->context = proj_context_clone(globalProjContext());
-    const bool done = engine->context &&
-                      cloneStep(engine->context, original.first, engine->queue.first) &&
+    const bool done = engine->context && cloneStep(engine->context, original.first, engine->queue.first) &&
                       cloneStep(engine->context, original.second, engine->queue.second);
     return done ? std::move(engine) : nullptr;
 }
