@@ -1,8 +1,8 @@
 #include "CommandLine.h"
 
 #include "CsText.h"
+#include "NumberText.h"
 #include "Output.h"
-#include "PointText.h"
 
 #include <QByteArray>
 
@@ -80,6 +80,11 @@ QStringList CommandLine::optionsFirst(const QStringList &arguments) const
             continue;
         }
         const Option *option = valueOption(argument);
+        const bool takesNext = option && option->bareValue && m_command.argumentCount == Command::AnyCount;
+        if (takesNext && isCount(arguments.value(i + 1))) {
+            options << argument << arguments.at(++i);
+            continue;
+        }
         if (option && option->bareValue) {
             bareOption = options.size();
             followingArgument = rest.size();

@@ -1,8 +1,8 @@
 #include "CsText.h"
 
 #include "CommandLine.h"
+#include "NumberText.h"
 #include "Output.h"
-#include "PointText.h"
 #include "Session.h"
 
 #include <QFile>
@@ -146,7 +146,7 @@ int fittingDecimals(const CoordSystem &cs)
         if (!(metres > 0.0))
             return forUnnamedUnit;
         const double decimals = std::ceil(std::log10(metres / resolutionM) - 1e-9);
-        return static_cast<int>(qBound(0.0, decimals, static_cast<double>(XyWriter::MostDecimals)));
+        return static_cast<int>(qBound(0.0, decimals, static_cast<double>(mostDecimals)));
     } catch (const std::logic_error &) {
         return forUnnamedUnit;
     }
