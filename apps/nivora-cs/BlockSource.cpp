@@ -53,7 +53,7 @@ bool BlockSource::read(Block &block)
         return false;
     block.kind = m_stage == Body ? Block::Lines : Block::Verbatim;
     block.replacement.clear();
-    if (m_stage == Heading && !m_format.passesOn(withoutEnd(block.chunk.text)))
+    if (m_stage == Heading && (block.chunk.oversized || !m_format.passesOn(withoutEnd(block.chunk.text))))
         readHead(block);
     block.reader = m_head.reader;
     block.file = m_file;

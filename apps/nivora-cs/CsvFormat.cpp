@@ -83,15 +83,17 @@ public:
     /// Null when there is no such column.
     std::optional<int> find(const QString &wanted)
     {
+        bool isNumber = false;
+        const int number = wanted.toInt(&isNumber);
+        if (isNumber)
+            return number >= 1 && number <= m_names.size() ? std::optional(number - 1) : std::nullopt;
         for (const Qt::CaseSensitivity sensitivity : {Qt::CaseSensitive, Qt::CaseInsensitive})
             for (int i = 0; i < m_names.size(); ++i)
                 if (m_names.at(i).compare(wanted.trimmed(), sensitivity) == 0) {
                     m_foundByName = true;
                     return i;
                 }
-        bool isNumber = false;
-        const int number = wanted.toInt(&isNumber);
-        return isNumber && number >= 1 && number <= m_names.size() ? std::optional(number - 1) : std::nullopt;
+        return std::nullopt;
     }
 
     /// The column, or several with commas between. Throws Failure.

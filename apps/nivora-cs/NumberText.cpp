@@ -52,32 +52,53 @@ const char *parseShortNumber(const char *p, const char *end, double &value)
     return behind;
 }
 
+constexpr char digitPairs[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
+
 /// \p count digits of \p number, zeros in front.
 char *putDigits(char *at, std::uint64_t number, int count)
 {
-    for (int i = count; i-- > 0; number /= 10)
-        at[i] = static_cast<char>('0' + number % 10);
+    int i = count;
+    for (; i > 1; number /= 100)
+        std::memcpy(at + (i -= 2), digitPairs + 2 * (number % 100), 2);
+    if (i == 1)
+        *at = static_cast<char>('0' + number % 10);
     return at + count;
 }
 
-/// The value times 10^decimals as a whole number, rounded half to even from the exact binary value. False
-/// when it is out of the range that 128 bits work out.
-bool roundedScaled(double magnitude, int decimals, std::uint64_t &scaled)
+/// A number cut at the point; the decimals as a whole number.
+struct Decimals
+{
+    std::uint64_t whole;
+    std::uint64_t fraction;
+};
+
+/// The value to so many decimals, rounded half to even from the exact binary value. False when it is out of
+/// the range that 128 bits work out.
+bool roundTo(double magnitude, int decimals, Decimals &result)
 {
     std::uint64_t bits = 0;
     std::memcpy(&bits, &magnitude, sizeof bits);
     const int shift = 1075 - static_cast<int>(bits >> mantissaBits); // magnitude = mantissa / 2^shift
-    if (shift < 1 || shift > 127)
+    if (shift < 1 || shift > 63)
         return false;
     const std::uint64_t mantissa = (bits & (largestExact / 2 - 1)) | largestExact / 2;
-    const Wide product = Wide{mantissa} * powers[decimals];
-    const Wide rest = product & ((Wide{1} << shift) - 1);
-    const Wide half = Wide{1} << (shift - 1);
-    Wide whole = product >> shift;
-    if (rest > half || (rest == half && (whole & 1) != 0))
-        ++whole;
-    scaled = static_cast<std::uint64_t>(whole);
-    return whole == scaled;
+    const std::uint64_t mask = (std::uint64_t{1} << shift) - 1;
+    const Wide product = Wide{mantissa & mask} * powers[decimals];
+    const std::uint64_t rest = static_cast<std::uint64_t>(product) & mask;
+    const std::uint64_t half = std::uint64_t{1} << (shift - 1);
+    result.whole = mantissa >> shift;
+    result.fraction = static_cast<std::uint64_t>(product >> shift);
+    const std::uint64_t last = decimals == 0 ? result.whole : result.fraction;
+    if (rest > half || (rest == half && (last & 1) != 0))
+        ++result.fraction;
+    if (result.fraction == powers[decimals]) {
+        ++result.whole;
+        result.fraction = 0;
+    }
+    return true;
 }
 
 char *putAnyNumber(char *at, double value, int decimals)
@@ -129,17 +150,16 @@ const char *parseCommaNumber(const char *p, const char *end, double &value, cons
 char *putNumber(char *at, double value, int decimals)
 {
     const bool negative = value < 0.0;
-    std::uint64_t scaled = 0;
-    if (!roundedScaled(negative ? -value : value, decimals, scaled))
+    Decimals rounded{};
+    if (!roundTo(negative ? -value : value, decimals, rounded))
         return putAnyNumber(at, value, decimals);
-    if (negative && scaled != 0)
+    if (negative && (rounded.whole | rounded.fraction) != 0)
         *at++ = '-';
-    const std::uint64_t whole = scaled / powers[decimals];
-    at = std::to_chars(at, at + longestNumber, whole).ptr;
+    at = std::to_chars(at, at + longestNumber, rounded.whole).ptr;
     if (decimals == 0)
         return at;
     *at++ = '.';
-    return putDigits(at, scaled - whole * powers[decimals], decimals);
+    return putDigits(at, rounded.fraction, decimals);
 }
 
 bool readNumber(std::string_view text, double &value)

@@ -62,6 +62,11 @@ const char *skipCommaNumber(const char *p, const char *end)
     return behind != comma + 1 && endsColumn(behind, end) ? behind : nullptr;
 }
 
+bool isLetter(char c)
+{
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || static_cast<unsigned char>(c) >= 0x80;
+}
+
 bool beginsWithNumber(const char *p, const char *end)
 {
     double number = 0.0;
@@ -109,7 +114,6 @@ const char *parseColumn(const char *p, const char *end, Angle &angle, std::strin
             break;
         p += *p == '"';
     }
-    // A second's mark may be the quote that ends the column.
     return p != end && readAngle(text, angle, why) ? p + 1 : nullptr;
 }
 
@@ -352,5 +356,6 @@ bool looksLikeHeader(std::string_view line)
     const char *const first = skipBlanks(line.data(), end);
     const char *const firstEnd = std::find_if(first, end, isSeparator);
     const char *const second = skipSeparator(firstEnd, end);
-    return !beginsLikeNumber(view(first, firstEnd)) && !beginsLikeNumber(view(second, end)) && first != end;
+    return std::any_of(first, end, isLetter) && !beginsLikeNumber(view(first, firstEnd)) &&
+           !beginsLikeNumber(view(second, end));
 }
