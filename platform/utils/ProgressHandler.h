@@ -8,7 +8,9 @@ namespace nivora::concurrent {
 class ProgressHandler
 {
 public:
+    /// Whether somebody asked to stop.
     bool isCanceled() const { return m_canceled.load(std::memory_order_relaxed); }
+    /// Asks the work to stop; it does at its next look.
     void cancel() { m_canceled.store(true, std::memory_order_relaxed); }
 
 private:
