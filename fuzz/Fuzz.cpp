@@ -10,20 +10,20 @@
 namespace {
 
 constexpr FuzzTarget targets[] = {
-    {"coordsys",   fuzzCoordSys  },
-    {"proj",       fuzzProj      },
-    {"wkt",        fuzzWkt       },
-    {"tagged",     fuzzTagged    },
-    {"clauses",    fuzzClauses   },
-    {"catalogue",  fuzzCatalogue },
+    {"coordsys", fuzzCoordSys},
+    {"proj", fuzzProj},
+    {"wkt", fuzzWkt},
+    {"tagged", fuzzTagged},
+    {"clauses", fuzzClauses},
+    {"catalogue", fuzzCatalogue},
     {"parameters", fuzzParameters},
-    {"bounds",     fuzzBounds    },
-    {"oracle",     fuzzOracle    },
-    {"user",       fuzzUser      },
-    {"places",     fuzzPlaces    },
-    {"record",     fuzzRecord    },
-    {"mgrs",       fuzzMgrs      },
-    {"pointline",  fuzzPointLine },
+    {"bounds", fuzzBounds},
+    {"oracle", fuzzOracle},
+    {"user", fuzzUser},
+    {"places", fuzzPlaces},
+    {"record", fuzzRecord},
+    {"mgrs", fuzzMgrs},
+    {"pointline", fuzzPointLine},
 };
 
 const FuzzTarget *chosen = nullptr;

@@ -2,8 +2,8 @@
 
 #include <QByteArray>
 
-/// A reader under test: takes any bytes, may refuse them with a std::exception, and aborts when a promise of the
-/// reader is broken (what it wrote does not read back, an answer outside its range).
+/// A reader under test: takes any bytes, may refuse them with a std::exception, and aborts when a promise of
+/// the reader is broken (what it wrote does not read back, an answer outside its range).
 struct FuzzTarget
 {
     const char *name;

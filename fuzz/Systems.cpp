@@ -15,7 +15,8 @@ using namespace nivora::cs;
 
 namespace {
 
-/// What every caller does with a system that was made: nothing of it may fail in another way than the headers say.
+/// What every caller does with a system that was made: nothing of it may fail in another way than the headers
+/// say.
 void use(const CoordSystemPtr &cs)
 {
     require(cs != nullptr, "a creator gives a system or throws");

@@ -7,8 +7,9 @@
 
 #include <memory>
 
-/// What all targets share: a started factory over links to the shipped catalogues, and a directory of its own to
-/// put damaged ones into. One per process, never closed, so that the end of a run tests the library's exit.
+/// What all targets share: a started factory over links to the shipped catalogues, and a directory of its own
+/// to put damaged ones into. One per process, never closed, so that the end of a run tests the library's
+/// exit.
 class Workshop
 {
 public:
