@@ -180,6 +180,20 @@ CoordSystemPtr CoordSysFactory::createFromProj(const QString &proj) const
     return cs;
 }
 
+/// PROJ's operation and PROJ's system of one text disagree in a few: around another pole the operation gives
+/// radians, and Miller's and van der Grinten's maps are drawn on the authalic sphere by the system alone.
+/// Transformations use the system, so forward() and inverse() do.
+void CoordSysFactory::convertByItself(CoordSystem &cs, const QString &proj)
+{
+    static const QRegularExpression authalic(QStringLiteral("\\+proj=(mill|vandg)(?=\\s|$)"));
+    if (!cs.isRotated() && !authalic.match(proj).hasMatch())
+        return;
+    const SystemIdentityPtr identity = SystemIdentity::of({CoordSystem::Proj4, proj}, nullptr);
+    const std::shared_ptr<const EngineStep> plane = identity ? identity->plane() : nullptr;
+    if (plane)
+        cs.setPlane(plane);
+}
+
 /// A system without name, code and source.
 CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj) const
 {
@@ -196,9 +210,7 @@ CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj) const
     cs->setOGRSpatialReference(srs);
     if (!cs->isNonEarth())
         cs->setProj4(proj4FromString(text));
-    if (cs->isRotated()) // the object of the text alone would give radians
-        if (const SystemIdentityPtr identity = SystemIdentity::from(osrToWkt2(srs.get())))
-            cs->setPlane(identity->plane());
+    convertByItself(*cs, text);
     return cs;
 }
 
@@ -215,6 +227,7 @@ CoordSystemPtr CoordSysFactory::createWithoutDescription(const QString &prj) con
     cs->setSourceParameters({CoordSystem::Prj, text});
     cs->setOGRSpatialReference(importRecord(record, text));
     cs->setProj4(cs->isNonEarth() ? proj4FromString(cs->projStr()) : projObjectFor(*cs, record));
+    convertByItself(*cs, cs->projStr());
     if (record.nAffineFlag) {
         const double *p = record.dAffineParams; // A to F; the matrix is given by columns
         setAffineParamsArray(*cs, m_params->unitByID(record.nAffineUnits),
@@ -286,8 +299,12 @@ CoordSystemPtr CoordSysFactory::unnamedFromEpsg(int epsg) const
     const SystemIdentityPtr identity = SystemIdentity::from(code);
     if (!identity || !identity->hasPlane())
         throwWithoutPlane(code);
-    if (identity->isFlattened())
+    if (identity->isFlattened()) {
+        const QString prj = m_mapinfo->seekByEPSG(identity->partCode());
+        if (identity->partCode() > 0 && !prj.isEmpty())
+            return cataloguedEpsg(prj, epsg);
         proj = identity->projText();
+    }
     const bool sameAxes = identity->runsEastAndNorth() || proj.contains(QLatin1String("+axis="));
     try {
         const CoordSystemPtr cs = proj.isEmpty() ? fromIdentity(identity) : unnamedFromProj(proj);

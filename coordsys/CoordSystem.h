@@ -27,11 +27,21 @@ struct EngineStep;
 /// through CoordSystemPtr; neither copyable nor movable, clone() copies.
 ///
 /// It converts between its own plane and longitude/latitude **on its own datum**; for a datum shift use
-/// CoordTransform. x is longitude or easting, y latitude or northing; angles are degrees. The plane of a
-/// geographic system is degrees times DEGREES_TO_METERS, so that distances in it are metric. The plane of a
-/// system with an affine transformation is the affine image of the projection's plane.
+/// CoordTransform. x is longitude or easting, y latitude or northing; angles are degrees, whatever unit the
+/// definition counts in. The plane of a system with an affine transformation is the affine image of the
+/// projection's plane.
 ///
-/// Threads: const calls may run together, setters are for the thread that makes the object.
+/// A geographic system has two sets of coordinates, which are easily taken for each other:
+/// - forward() gives and inverse() takes **metres**, degrees times DEGREES_TO_METERS, so that distances in
+/// this
+///   plane are metric;
+/// - bounds, unit(), the affine transformation of CoordTransform, and what CoordTransform takes and gives are
+///   **degrees**.
+///
+/// A system works without the factory that made it and may outlive it, and every static object. What asks
+/// a catalogue (unit, bounds, isEqual, crop flag, exports that name a unit or a datum) throws
+/// std::logic_error "Не проинициализированы КС" while no default factory is installed. Threads: const calls
+/// may run together, setters are for the thread that makes the object.
 class NIVORA_CS_EXPORT CoordSystem : public CoordSystemTypes
 {
 public:
@@ -88,7 +98,8 @@ public:
     int matchedEpsg(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress) const;
     int matchedEpsg() const;
 
-    /// The unit of the plane (degree for a geographic system), found on first call.
+    /// The unit of bounds and of CoordTransform's coordinates, found on first call: degree for a geographic
+    /// system (whose forward() gives metres all the same) and for one around another pole.
     /// Throws std::logic_error "Не могу определить единицы измерения …" when no catalogue unit fits.
     LinearUnit unit(const ProjectionParamsManager &manager) const;
     LinearUnit unit() const;
@@ -104,7 +115,7 @@ public:
     double longitudeOfCenter() const;
     /// @}
 
-    /// \name Bounds, in the system's own unit
+    /// \name Bounds, in the system's own unit: degrees for a geographic system, not the metres of forward()
     /// @{
     bool isRectSet() const;
     /// The explicit bounds, else the computed ones.
@@ -118,7 +129,9 @@ public:
 
     /// \name Exports
     /// @{
-    /// WKT 1; empty on failure (logged).
+    /// WKT 1; empty on failure (logged). A system with an EPSG code is written as the database names it, code
+    /// included, with a shift to WGS 84 that its own text states; reading that back gives the same code. May
+    /// search for the code, as epsg().
     QString exportToWkt() const;
     /// exportToWkt(), but a non-earth plan is written as an equidistant cylinder on the sphere.
     QString exportToWkt2() const;
@@ -137,7 +150,8 @@ public:
 
     /// \name Equality
     /// @{
-    /// The same system: PROJ object, unit, bounds (unless ignored), affine transformation, datum.
+    /// The same system: PROJ object, unit, bounds (unless ignored), affine transformation, datum. Symmetric.
+    /// A CoordSys source that cannot be read equals nothing but itself.
     bool isEqual(const CoordSystem &other, bool ignoreRect) const;
     /// False for null.
     bool isEqual(const CoordSystemPtr &other, bool ignoreRect) const;
@@ -145,8 +159,10 @@ public:
     /// @}
 
     /// \name Conversions: forward from longitude/latitude to the plane, inverse back
-    /// Coordinates never throw. False outside the projection's domain; a point written only on success, a
-    /// rectangle also when it came out empty.
+    /// Longitude and latitude are degrees from Greenwich on the system's own datum, the plane is in the
+    /// system's unit, in metres for a geographic system. Coordinates never throw. False for what is not
+    /// finite, with a singular affine transformation (isSingularAffine), and outside the projection's domain;
+    /// a point written only on success, a rectangle also when it came out empty.
     /// @{
     bool forward(const QPointF &lonLat, QPointF &out) const;
     bool inverse(const QPointF &planar, QPointF &out) const;
@@ -156,10 +172,13 @@ public:
     /// One engine call for the whole list; false, nothing written, when any point fails.
     bool forward(const QVector<QPointF> &lonLat, QVector<QPointF> &out) const;
     bool inverse(const QVector<QPointF> &planar, QVector<QPointF> &out) const;
-    /// Straight distance in the plane, metres for a geographic system, else the system's unit.
+    /// Straight distance of two points in the system's unit: of a plane in that unit; for a geographic
+    /// system, whose points are degrees here, in metres of forward()'s plane (no great circle). Not finite
+    /// for points that are not.
     double cartesianDistance(const QPointF &a, const QPointF &b) const;
-    /// Great-circle distance in metres on the sphere of EARTH_SPHERE_RADIUS (haversine formula). 0 and *ok
-    /// false when a point cannot be converted; \p ok may be null.
+    /// Great-circle distance in metres, on the sphere of EARTH_SPHERE_RADIUS (haversine formula), of two
+    /// points of the plane, for a geographic system of two points in degrees. 0 and *ok false when a point
+    /// cannot be converted; \p ok may be null.
     double sphericalDistance(const QPointF &a, const QPointF &b, bool *ok) const;
     /// @}
 
@@ -169,7 +188,8 @@ public:
     void setEpsg(int epsg);
     void setSourceParameters(const SourceData &source);
     void setOGRSpatialReference(std::shared_ptr<void> srs);
-    /// Also makes the object without datum shift. Throws ProjException when that fails.
+    /// Also makes the object without datum shift that forward() and inverse() use. Throws ProjException when
+    /// that fails.
     void setProj4(PjHandle pj);
     /// Throws std::logic_error "Не могу задать пустые границы" unless width and height are positive.
     void setRectCoordSystem(const QRectF &rect);
@@ -180,6 +200,7 @@ public:
 private:
     friend class CoordSysFactory;
     friend class CoordTransformCache;
+    friend class SystemFacts;
     using IdentityPtr = std::shared_ptr<const SystemIdentity>;
 
     void setProjectionDefaultBounds(const QRectF &rect) { m_projectionBounds = rect; }
@@ -195,6 +216,9 @@ private:
     bool convertPoints(int direction, QPointF *points, std::size_t count) const;
     bool convertRect(int direction, const QRectF &in, QRectF &out) const;
     QString registeredWkt() const;
+    IdentityPtr registeredIdentity() const;
+    IdentityPtr namedIdentity() const;
+    IdentityPtr writableIdentity() const;
     bool isPlaneOf(int code, const SystemIdentity &registered) const;
     bool hasShift() const;
     QRectF computeRect() const;

@@ -11,11 +11,16 @@
 
 namespace nivora::cs {
 
+struct TransformQueue;
+
 /// Converts points, lists and rectangles from one coordinate system into another and back, datum shift and
-/// both systems' affine transformations included. Coordinates are x = longitude or easting first, degrees for
-/// geographic systems. Equal systems copy.
-/// The engine's objects come from a process-wide cache that never shrinks: it keeps every system that was
-/// ever used in a transformation. A copy shares them. Threads: thread-safe, construction included.
+/// both systems' affine transformations included. Coordinates are x = longitude or easting first. Those of
+/// a geographic system are degrees, whatever unit its definition counts in (and not the metres of
+/// CoordSystem::forward()), from its own prime meridian. Equal systems copy; two different EPSG codes are
+/// never taken for equal. What is not finite fails. Points carry no time: between moving frames that is what
+/// cs2cs does without an epoch. The engine's objects come from a process-wide cache that never shrinks: it
+/// keeps every system that was ever used in a transformation. A copy shares them. Threads: thread-safe,
+/// construction included.
 class NIVORA_CS_EXPORT CoordTransform
 {
 public:
@@ -71,7 +76,11 @@ public:
     [[noreturn]] static void throwTransformFailed();
 
 private:
+    friend class BulkTransform;
     struct Impl;
+    /// Null for equal systems.
+    std::shared_ptr<const TransformQueue> queue() const;
+
     std::unique_ptr<Impl> m_impl;
 };
 

@@ -11,6 +11,7 @@
 #include <platform/Logger.h>
 
 #include <QMutexLocker>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <cmath>
@@ -59,14 +60,18 @@ struct Wanted
     QString datum;
     std::optional<Shift> shift; ///< as TOWGS84 has it
     bool isBare = false;        ///< an ellipsoid other than WGS 84 and nothing else is known of the datum
+    bool isPlainWgs84 = false;  ///< the ellipsoid of WGS 84 without a datum's name stands for WGS 84
 };
 
-QString wktWithoutShift(const QString &wkt)
+/// WKT 2 without a shift and without a code: one that a text states is not what a search may lean on.
+QString bareWkt(const QString &wkt)
 {
+    // … ,ID["EPSG",28407]] at the end of the text
+    static const QRegularExpression code(QStringLiteral(",\\s*ID\\[\"[^\"]*\",[^\\]]*\\]\\]\\s*$"));
     const SearchContext context;
     const PjHandle crs = ownPj(proj_create(context.get(), wkt.toUtf8().constData()));
     const PjHandle plain = crs ? unbound(context.get(), crs.get()) : nullptr;
-    return plain ? wkt2Of(context.get(), plain.get()) : wkt;
+    return plain ? wkt2Of(context.get(), plain.get()).replace(code, QStringLiteral("]")) : wkt;
 }
 
 std::optional<Shift> shiftOf(void *srs)
@@ -75,6 +80,11 @@ std::optional<Shift> shiftOf(void *srs)
     if (OSRGetTOWGS84(srs, shift.data(), static_cast<int>(shift.size())) != OGRERR_NONE)
         return std::nullopt;
     return shift;
+}
+
+bool isZero(const Shift &shift)
+{
+    return std::all_of(shift.begin(), shift.end(), [](double figure) { return figure == 0.0; });
 }
 
 /// "Unknown based on GRS 1980 ellipsoid"
@@ -88,14 +98,17 @@ Wanted wantedFrom(void *srs)
     Wanted wanted;
     wanted.wkt = osrToWkt2(srs);
     wanted.shift = shiftOf(srs);
-    wanted.srs = wanted.shift ? srsFromWkt(wktWithoutShift(wanted.wkt)) : ownSrs(OSRClone(srs));
+    const bool isBareText = !wanted.shift && !OSRGetAuthorityCode(srs, nullptr);
+    wanted.srs = isBareText ? ownSrs(OSRClone(srs)) : srsFromWkt(bareWkt(wanted.wkt));
     if (!wanted.srs)
         return wanted;
     wanted.metresPerUnit = OSRGetLinearUnits(wanted.srs.get(), nullptr);
     wanted.datum = QString::fromUtf8(OSRGetAttrValue(wanted.srs.get(), "DATUM", 0));
     const bool isWgs84 = std::fabs(OSRGetSemiMajor(wanted.srs.get(), nullptr) - 6378137.0) < 1e-3 &&
                          std::fabs(OSRGetInvFlattening(wanted.srs.get(), nullptr) - 298.257223563) < 1e-6;
-    wanted.isBare = !wanted.shift && isUnknownDatum(wanted.datum) && !isWgs84;
+    const bool isUnknown = isUnknownDatum(wanted.datum);
+    wanted.isBare = !wanted.shift && isUnknown && !isWgs84;
+    wanted.isPlainWgs84 = isUnknown && isWgs84 && (!wanted.shift || isZero(*wanted.shift));
     return wanted;
 }
 
@@ -134,6 +147,14 @@ std::vector<QString> datumsOf(const std::vector<Candidate> &candidates)
     return datums;
 }
 
+int codeOnWgs84(const std::vector<Candidate> &candidates)
+{
+    const auto found = std::find_if(candidates.begin(), candidates.end(), [](const Candidate &candidate) {
+        return candidate.datum == QLatin1String("WGS_1984");
+    });
+    return found == candidates.end() ? undefined : found->code;
+}
+
 const Candidate &firstWith(const QString &datum, const std::vector<Candidate> &candidates)
 {
     return *std::find_if(candidates.begin(), candidates.end(),
@@ -151,11 +172,6 @@ int cataloguedCode(const Wanted &wanted, const std::vector<Candidate> &candidate
     const std::shared_ptr<void> srs = srsFromWkt(wanted.wkt);
     const std::optional<TABProjInfo_t> record = srs ? recordFromSpatialReference(srs.get()) : std::nullopt;
     return record ? activeCatalogues()->codeOfRecord(*record, codes) : undefined;
-}
-
-bool isZero(const Shift &shift)
-{
-    return std::all_of(shift.begin(), shift.end(), [](double figure) { return figure == 0.0; });
 }
 
 /// The one datum with the system's own shift among its registered ones; without a shift the one datum there
@@ -176,8 +192,8 @@ int codeByDatum(const Wanted &wanted, const std::vector<Candidate> &candidates)
 
 int chosenCode(const Wanted &wanted, const std::vector<Candidate> &candidates)
 {
-    if (candidates.empty())
-        return undefined;
+    if (candidates.empty() || wanted.isPlainWgs84)
+        return codeOnWgs84(candidates);
     for (const auto choose : {cataloguedCode, codeByDatum}) {
         const int code = choose(wanted, candidates);
         if (code != undefined)
@@ -194,8 +210,7 @@ int searchByGdal(const Wanted &wanted, const std::shared_ptr<ProgressHandler> &p
 int searchByProj(const QString &wkt, const std::shared_ptr<ProgressHandler> &progress)
 {
     const SearchContext context;
-    const PjHandle crs = ownPj(proj_create(context.get(), wkt.toUtf8().constData()));
-    const PjHandle plain = crs ? unbound(context.get(), crs.get()) : nullptr;
+    const PjHandle plain = ownPj(proj_create(context.get(), bareWkt(wkt).toUtf8().constData()));
     if (!plain || isCanceled(progress))
         return undefined;
     int *rawConfidences = nullptr;

@@ -38,6 +38,26 @@ bool hasRussianLetter(const QString &text)
     return std::any_of(text.begin(), text.end(), [](QChar c) { return letters.contains(c); });
 }
 
+/// A cone with two standard parallels is the same in either order of them.
+void sortParallels(TABProjInfo_t &record)
+{
+    constexpr std::uint8_t conics[] = {3, 6, 9, 19}; // Lambert's, equidistant, Albers', the Belgian one
+    double *parallels = record.adProjParams + 2;
+    if (std::find(std::begin(conics), std::end(conics), record.nProjId) != std::end(conics) &&
+        parallels[0] > parallels[1])
+        std::swap(parallels[0], parallels[1]);
+}
+
+/// The same record, a user's datum by its figures.
+bool isSameSystem(TABProjInfo_t entry, TABProjInfo_t record)
+{
+    sortParallels(entry);
+    sortParallels(record);
+    if (isUserDatum(record.nDatumId))
+        entry.nDatumId = record.nDatumId;
+    return MapHeaderCoordsysConverter::compareTabProjInfo(entry, record, false, false);
+}
+
 /// Appends the categories of a catalogue to \p categories, those without entries left out. Returns the number
 /// of entries read.
 int readCategories(QTextStream &stream, QList<CoordSystemParamsList> &categories)
@@ -307,22 +327,34 @@ std::optional<CoordSystemParams> MapinfoCoordSystem::entryByEpsg(int epsg) const
 
 int MapinfoCoordSystem::codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const
 {
-    const auto hasRecord = [&](const Position &position) {
-        try {
-            const QString prj = getStrMB(position.first, position.second);
-            return MapHeaderCoordsysConverter::compareTabProjInfo(
-                MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj), record, false, false);
-        } catch (const std::exception &) {
-            return false; // an entry that cannot be read has no record
-        }
-    };
-    std::map<Position, int> found;
+    Position first = PairNone;
     for (const int code : codes) {
         const Position position = m_byCode.value(code, PairNone);
-        if (position != PairNone && hasRecord(position))
-            found.emplace(position, code);
+        if (position != PairNone && (first == PairNone || position < first) && hasRecord(position, record))
+            first = position;
     }
-    return found.empty() ? int(CoordSystem::EPSG_UNDEFINDED) : found.begin()->second;
+    const CoordSystemParams *found = entry(first.first, first.second);
+    return found ? firstWithParams(found->params)->epsg() : int(CoordSystem::EPSG_UNDEFINDED);
+}
+
+bool MapinfoCoordSystem::hasRecord(const Position &position, const TABProjInfo_t &record) const
+{
+    try {
+        const QString prj = getStrMB(position.first, position.second);
+        return isSameSystem(MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj), record);
+    } catch (const std::exception &) {
+        return false; // an entry that cannot be read has no record
+    }
+}
+
+/// Entries with the same parameters are one system, which has the code of the first of them, or none.
+const CoordSystemParams *MapinfoCoordSystem::firstWithParams(const QStringList &params) const
+{
+    for (const CoordSystemParamsList &category : m_categories)
+        for (const CoordSystemParams &candidate : category.entries)
+            if (candidate.params == params)
+                return &candidate;
+    return nullptr;
 }
 
 /// The system of an entry for a look-up by equality: null when it cannot be built, which is logged once.

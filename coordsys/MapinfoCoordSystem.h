@@ -99,6 +99,8 @@ public:
 
 private:
     const CoordSystemParams *entry(int category, int index) const;
+    bool hasRecord(const Position &position, const TABProjInfo_t &record) const;
+    const CoordSystemParams *firstWithParams(const QStringList &params) const;
     CoordSystemPtr buildForLookUp(int category, int index) const;
     Position walkEntries(const CoordSystem &cs, bool ignoreRect) const;
     void noteCodes(int firstCategory);

@@ -61,6 +61,13 @@ bool statesGeocentricCode(const PJ *crs)
     return registered && proj_get_type(registered.get()) == PJ_TYPE_GEOCENTRIC_CRS;
 }
 
+/// PROJ reads "EPSG:102100" too, a number of ESRI's.
+bool isOfEpsg(int code)
+{
+    return ownPj(proj_create_from_database(globalProjContext(), "EPSG", QByteArray::number(code).constData(),
+                                           PJ_CATEGORY_CRS, 0, nullptr)) != nullptr;
+}
+
 } // namespace
 
 SystemIdentityPtr SystemIdentity::from(const QString &definition)
@@ -110,8 +117,15 @@ int SystemIdentity::ownCode() const
     const QMutexLocker lock(globalProj4Mutex());
     const SystemIdentityPtr registered = from(QStringLiteral("EPSG:%1").arg(m_statedCode));
     const bool same = registered && registered->hasPlane() &&
-                      isRegisteredSystem(globalProjContext(), m_crs.get(), registered->crs());
+                      isRegisteredSystem(globalProjContext(), m_crs.get(), registered->crs()) &&
+                      isOfEpsg(m_statedCode);
     return same ? m_statedCode : CoordSystemTypes::EPSG_UNDEFINDED;
+}
+
+int SystemIdentity::partCode() const
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    return codeOf(m_crs.get(), QLatin1String("EPSG")).value_or(CoordSystemTypes::EPSG_UNDEFINDED);
 }
 
 bool SystemIdentity::runsEastAndNorth() const

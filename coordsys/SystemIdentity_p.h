@@ -37,6 +37,8 @@ public:
     /// The EPSG code at the root of the text when the database's system of that code is this one, else
     /// EPSG_UNDEFINDED. An ESRI code counts by its number.
     int ownCode() const;
+    /// The EPSG code of the horizontal part alone.
+    int partCode() const;
     /// True when both axes run as a map's do, one to the east and one to the north.
     bool runsEastAndNorth() const;
     /// WKT 2 of the horizontal part.

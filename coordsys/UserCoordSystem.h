@@ -84,6 +84,8 @@ public:
     /// No branches.
     bool isEmpty() const { return m_branches.isEmpty(); }
 
+    /// The name that a branch without one gets when it is read: "Каталог" in the language of messages.
+    static QString defaultBranch();
     /// See nivora::cs::stringToSourceType.
     static CoordSystemTypes::SourceType stringToSourceType(const QString &text);
     /// See nivora::cs::sourceTypeToString.

@@ -50,6 +50,7 @@ private Q_SLOTS:
             {"+proj=tmerc +lon_0=9 +ellps=bessel +nadgrids=@null +no_defs", bessel},
             {"+proj=tmerc +lon_0=9 +ellps=bessel +no_defs +type=crs", bessel},
             {" +proj=tmerc +lon_0=9 +datum=potsdam +type=crs", bessel},
+            {"+proj=tmerc +lon_0=9 +datum=OSGB36", "+proj=tmerc +lon_0=9 +ellps=airy"},
             {"+proj=tmerc +lon_0=9 +datum=NAD27 +units=us-ft",
              "+proj=tmerc +lon_0=9 +ellps=clrk66 +units=us-ft"}};
         for (const auto &[shifted, plain] : shiftedAndPlain) {
@@ -93,6 +94,15 @@ private Q_SLOTS:
         bool ok = false;
         QVERIFY(std::fabs(geographic->sphericalDistance({0, 0}, {0, 1}, &ok) - METRES_PER_DEGREE) < 1e-6);
         QVERIFY(ok);
+        // From 60 N to 30 N, 90 degrees apart: arccos(sin 60 sin 30) on the sphere.
+        QVERIFY(std::fabs(geographic->sphericalDistance({0, 60}, {90, 30}, nullptr) -
+                          6370997 * std::acos(std::sin(M_PI / 3) * std::sin(M_PI / 6))) < 1e-5);
+        for (const double bad : {qQNaN(), qInf()}) {
+            ok = true;
+            QVERIFY(geographic->sphericalDistance({0, bad}, {0, 1}, &ok) == 0.0 && !ok);
+            QPointF out(1, 1);
+            QVERIFY(!geographic->forward(QPointF(bad, 1), out) && !geographic->inverse(QPointF(1, bad), out));
+        }
         // Half a great circle over the pole; and the same degree through a projection.
         QVERIFY(std::fabs(geographic->sphericalDistance({0, 45}, {180, 45}, nullptr) -
                           90 * METRES_PER_DEGREE) < 1e-5);
@@ -123,6 +133,42 @@ private Q_SLOTS:
         QCOMPARE(tryConvertInverse(cs, QPolygonF({QPointF(102, -1)})), QPolygonF({QPointF(1, 2)}));
         cs->setAffineTransform(std::make_unique<QTransform>(1, 1, 1, 1, 0, 0));
         QCOMPARE(tryConvertInverse(cs, QPointF(5, 6)), QPointF(5, 6)); // cannot be undone: the identity
+        QPointF out;
+        QVector<QPointF> list{QPointF(1, 2)};
+        QVERIFY(!cs->forward(QPointF(1, 2), out) && !cs->inverse(QPointF(1, 2), out) &&
+                !cs->forward(list, list));
+    }
+
+    void normalizedText_data()
+    {
+        QTest::addColumn<QString>("in");
+        QTest::addColumn<QString>("geographicOnly");
+        QTest::addColumn<QString>("always");
+        const char *zero = "+towgs84=0,0,0,0,0,0,0";
+        const auto row = [](const char *in, const QString &fixed, const QString &always) {
+            QTest::newRow(in) << QString::fromUtf8(in) << fixed << always;
+        };
+        const QString lonLat =
+            QStringLiteral("+proj=longlat +ellps=WGS84 %1 +no_defs").arg(QLatin1String(zero));
+        row("+proj=longlat +ellps=WGS84 +no_defs", lonLat, lonLat);
+        const QString twice =
+            QStringLiteral("+proj=longlat +datum=WGS84 %1 +no_defs").arg(QLatin1String(zero));
+        row("+proj=longlat +ellps=WGS84 +towgs84=0,0,0,0,0,0,0 +no_defs", twice, twice);
+        row("+proj=merc +ellps=WGS84", QStringLiteral("+proj=merc +ellps=WGS84"),
+            QStringLiteral("+proj=merc +ellps=WGS84 ") + QLatin1String(zero));
+        row("+proj=mill +R_A +towgs84=1,2,3", QStringLiteral("+proj=mill  +towgs84=1,2,3"),
+            QStringLiteral("+proj=mill  +towgs84=1,2,3"));
+    }
+    void normalizedText()
+    {
+        QFETCH(QString, in);
+        QTEST(fixedProjString(in, true), "geographicOnly");
+        QTEST(fixedProjString(in, false), "always");
+        bool removed = false;
+        QCOMPARE(removeHelmertFromProjString(
+                     QStringLiteral("+proj=x +nadgrids=a +towgs84=1 +geoidgrids=b +no_defs"), removed),
+                 QStringLiteral("+proj=x    +no_defs"));
+        QVERIFY(removed);
     }
 };
 

@@ -38,9 +38,8 @@ private Q_SLOTS:
         for (const char *name : {"mi", "km", "in", "ft", "yd", "mm", "cm", "m", "us-ft", "kmi"})
             QTest::addRow("PROJ %s", name)
                 << proj.arg(QStringLiteral("+units=") + QLatin1String(name)) << inOrder++;
-        const std::pair<const char *, int> terms[] = {{"", 7},
-                                                      {"+to_meter=5.02921005842012", 32},
-                                                      {"+to_meter=1000", 1}};
+        const std::pair<const char *, int> terms[] = {
+            {"", 7}, {"+to_meter=5.02921005842012", 32}, {"+to_meter=1000", 1}};
         for (const auto &[term, code] : terms)
             QTest::addRow("PROJ %s", term) << proj.arg(QLatin1String(term)) << code;
         for (int code : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 30, 31, 32})
@@ -74,6 +73,18 @@ private Q_SLOTS:
             QVERIFY(cs->isEqual(tmercIn(term), true)); // equal factors; and the lock was given back
             QVERIFY(!cs->isEqual(tmercIn(QStringLiteral("+units=m")), true));
         }
+    }
+
+    void secondObject()
+    {
+        CoordSystem cs;
+        cs.setProj4(proj4FromString(QStringLiteral("+proj=tmerc +lon_0=9 +ellps=bessel +towgs84=1000,0,0")));
+        QVERIFY(cs.PJ_Proj4_Internal() != cs.PJ_Proj4());
+        cs.setProj4(proj4FromString(QStringLiteral("+proj=tmerc +lon_0=39 +ellps=krass")));
+        QVERIFY(cs.PJ_Proj4_Internal() == cs.PJ_Proj4());
+        QPointF out;
+        QVERIFY(cs.forward(QPointF(39, 0), out) && qAbs(out.x()) < 1e-6);
+        QVERIFY(!made("proj:+proj=merc +R=6370997 +units=m")->isNonEarth()); // the sphere alone is no plan
     }
 
     void sourceData()
@@ -115,6 +126,10 @@ private Q_SLOTS:
         row("unit", tm, "prj:Earth Projection 8, 1001, \"km\", 39, 0, 1, 7500, 0", false, false);
         row("meridian", tm, "prj:Earth Projection 8, 1001, \"m\", 45, 0, 1, 7500000, 0", false, false);
         row("affine", tm,
+            "prj:Earth Projection 1008, 1001, \"m\", 39, 0, 1, 7500000, 0, \"m\", 1, 0, 5, 0, 1, 0", false,
+            false);
+        row("affines",
+            "prj:Earth Projection 1008, 1001, \"m\", 39, 0, 1, 7500000, 0, \"m\", 1, 0, 6, 0, 1, 0",
             "prj:Earth Projection 1008, 1001, \"m\", 39, 0, 1, 7500000, 0, \"m\", 1, 0, 5, 0, 1, 0", false,
             false);
         row("no datum", "prj:Earth Projection 1, 0", "prj:Earth Projection 1, 33", false, false);
@@ -164,6 +179,7 @@ private Q_SLOTS:
             QCOMPARE(copy->description(), cs->description());
             QVERIFY(copy->sourceParameters() == cs->sourceParameters());
             QCOMPARE(copy->rectNumericCoordSys(), cs->rectNumericCoordSys());
+            QCOMPARE(copy->isRectSet(), cs->isRectSet());
         }
         const CoordSystemPtr bent = made("prj:NonEarth Units \"m\" Affine Units \"m\", 1, 2, 3, 4, 5, 6");
         QVERIFY(bent->affineTransform() && !bent->clone()->affineTransform());

@@ -26,6 +26,8 @@ using catalogue::summary;
 namespace {
 
 constexpr double samePlace = 0.001; // metres: the text has 12 digits, which keep a micrometre
+// The code's ellipsoid is flattened by 1/298.257, the one that CoordSys text can name by 1/298.257222.
+constexpr double sameOnXian = 0.02;
 
 /// The first difference in what two CoordSys strings say of the datum, empty when there is none.
 QString otherDatum(const TABProjInfo_t &a, const TABProjInfo_t &b)
@@ -93,7 +95,8 @@ void TestRoundTrip::cataloguedCodesKeepPlaneAndDatum()
             if (fault.isEmpty() && made->isLatLong() != read->isLatLong())
                 fault = QStringLiteral("another kind of system");
             const double off = made->isLatLong() ? 0.0 : farthest(*made, *read, Definition(code));
-            if (fault.isEmpty() && !(off <= samePlace))
+            const bool isXian = made->description().contains(QLatin1String("1980"));
+            if (fault.isEmpty() && !(off <= (isXian ? sameOnXian : samePlace)))
                 fault = QStringLiteral("%1 m off").arg(off);
             if (!fault.isEmpty())
                 faults << QStringLiteral("%1: %2: %3").arg(QString::number(code), fault, text);

@@ -163,6 +163,8 @@ private Q_SLOTS:
         // "No datum" takes the other side's: the place keeps its numbers.
         row("no datum to a datum", "prj:Earth Projection 1, 0", prjShifted, wgs, wgs);
         row("a datum to no datum", prjShifted, "prj:Earth Projection 1, 0", wgs, wgs);
+        // Grads from Paris are degrees from Paris at the border; figures of cs2cs.
+        row("WGS 84 to NTF (Paris)", "epsg:4326", "epsg:4807", {2.5, 48.5}, {0.163482765, 48.500066072});
         // Frames that move: figures of cs2cs without an epoch.
         row("ETRS89 to ITRF2014", "epsg:4258", "epsg:9000", {10, 50}, {10.0000057064, 50.0000029609});
         row("ITRF2014 to GDA2020", "epsg:9000", "epsg:7844", {135, -25}, {135, -25});
