@@ -5,6 +5,7 @@
 #include <coordsys/CoordSysRect.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/MapHeaderRecord.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/MapinfoSearch.h>
 #include <coordsys/ProjectionParamsManager.h>
@@ -124,4 +125,12 @@ void fuzzRecord(const QByteArray &input)
     MapHeaderCoordsysConverter::compareTabProjInfo(record, TABProjInfo_t(), true, true);
     const TABProjInfo_t again = converter.prjStrToTABProjInfo(converter.tabProjInfoToString(record));
     require(again.nProjId == record.nProjId, "a written record keeps its projection");
+}
+
+void fuzzMapHeader(const QByteArray &input)
+{
+    const TABProjInfo_t record = mapHeaderRecord(input);
+    const MapHeaderCoordsysConverter converter;
+    converter.tabProjInfoToInnerString(record);
+    converter.prjStrToTABProjInfo(converter.tabProjInfoToString(record));
 }

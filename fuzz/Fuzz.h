@@ -16,6 +16,8 @@ void fuzzProj(const QByteArray &input);
 void fuzzWkt(const QByteArray &input);
 void fuzzTagged(const QByteArray &input);
 void fuzzClauses(const QByteArray &input);
+void fuzzUserInput(const QByteArray &input);
+void fuzzSystemFile(const QByteArray &input);
 
 // Files and records.
 void fuzzCatalogue(const QByteArray &input);
@@ -25,6 +27,7 @@ void fuzzOracle(const QByteArray &input);
 void fuzzUser(const QByteArray &input);
 void fuzzPlaces(const QByteArray &input);
 void fuzzRecord(const QByteArray &input);
+void fuzzMapHeader(const QByteArray &input);
 
 // Points.
 void fuzzMgrs(const QByteArray &input);

@@ -10,6 +10,7 @@
 #include <QRectF>
 
 #include <cmath>
+#include <iterator>
 
 using namespace nivora::cs;
 
@@ -66,4 +67,24 @@ void fuzzClauses(const QByteArray &input)
     require(found.bounds >= 0 && found.bounds <= 2, "there are three kinds of bounds");
     const int tokens = affineParamsAndBoundsFromPrj(text).affine.size();
     require(tokens == 0 || tokens == 7, "an affine clause has seven tokens or none");
+}
+
+void fuzzUserInput(const QByteArray &input)
+{
+    if (!input.startsWith('@')) // fuzzSystemFile reads files
+        use(Workshop::factory().createFromUserInput(QString::fromUtf8(input)));
+}
+
+/// The first byte chooses the kind of file.
+void fuzzSystemFile(const QByteArray &input)
+{
+    const char *const names[] = {"layer.prj", "layer.wkt", "layer.qpj",
+                                 "layer.mif", "layer.tab", "layer.map"};
+    if (input.isEmpty())
+        return;
+    const char *name = names[static_cast<unsigned char>(input.at(0)) % std::size(names)];
+    Workshop::put("layer.tab", "!table\n!version 300\nDefinition Table\n  Type NATIVE Charset \"Neutral\"\n");
+    Workshop::put(name, input.mid(1));
+    const QString file = qstrcmp(name, "layer.map") == 0 ? QStringLiteral("layer.tab") : QLatin1String(name);
+    use(Workshop::factory().createFromUserInput(QLatin1Char('@') + Workshop::dir().filePath(file)));
 }
