@@ -13,6 +13,18 @@ function(nivora_target target)
             target_compile_options(${target} PRIVATE -fno-sanitize-recover=undefined)
         endif()
     endif()
+    if(NIVORA_BUILD_FUZZERS)
+        target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+    endif()
     target_compile_definitions(${target} PRIVATE QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII
                                                  QT_NO_KEYWORDS)
+endfunction()
+
+# For what gets installed: texts of the build machine's directories (__FILE__, debug records) would make two builds of
+# one tree differ. The debugger and the sanitizers of a developer's build want the real ones.
+function(nivora_reproducible target)
+    if(CMAKE_BUILD_TYPE MATCHES "^(Release|MinSizeRel|None)$")
+        target_compile_options(${target} PRIVATE -ffile-prefix-map=${PROJECT_BINARY_DIR}=build
+                                                 -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+    endif()
 endfunction()

@@ -22,7 +22,7 @@ function(nivora_add_translation target name)
     qt5_add_resources(sources ${directory}/${name}.qrc)
     set_source_files_properties(${sources} PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
     target_sources(${target} PRIVATE ${sources})
-    install(FILES ${ts} ${qm} DESTINATION ${CMAKE_INSTALL_DATADIR}/nivora-cs/translations)
+    install(FILES ${ts} ${qm} DESTINATION ${CMAKE_INSTALL_DATADIR}/nivora-cs/translations COMPONENT data)
 endfunction()
 
 add_custom_target(update-translations

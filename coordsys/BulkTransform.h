@@ -38,9 +38,10 @@ struct BulkOptions
 /// What became of a list.
 struct BulkResult
 {
+    /// Why it ended.
     enum Ending { Finished, Canceled, TooManyFailures };
 
-    Ending ending = Finished;
+    Ending ending = Finished; ///< the list was gone through when Finished
     /// Positions of the points that failed, ascending. After an early end there may be more behind them.
     std::vector<std::size_t> failed;
 
@@ -60,8 +61,11 @@ struct BulkResult
 class NIVORA_CS_EXPORT BulkTransform
 {
 public:
+    /// Takes the pair over; clones are made on first need.
     explicit BulkTransform(const CoordTransform &transform);
+    /// A copy shares the clones.
     BulkTransform(const BulkTransform &other);
+    /// Likewise.
     BulkTransform &operator=(const BulkTransform &other);
     ~BulkTransform();
 
@@ -86,7 +90,9 @@ public:
     /// \name A point, in the calling thread
     /// False when it fails; \p out is written only on success.
     /// @{
+    /// Source to destination; the epoch as in BulkOptions.
     bool forward(const QPointF &in, QPointF &out, std::optional<double> epoch = std::nullopt) const;
+    /// Destination to source.
     bool inverse(const QPointF &in, QPointF &out, std::optional<double> epoch = std::nullopt) const;
     /// @}
 

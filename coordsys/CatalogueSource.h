@@ -21,8 +21,11 @@ class NIVORA_CS_EXPORT CatalogueSource
 public:
     virtual ~CatalogueSource();
 
+    /// Projections, ellipsoids, datums and units; empty before start-up.
     virtual std::shared_ptr<ProjectionParamsManager> projectionParamsManager() const = 0;
+    /// Where the catalogue files lie.
     virtual QDir resourceDir() const = 0;
+    /// The language of the catalogue files, "ru" or "en".
     virtual QString language() const = 0;
 
     /// The bounds of a system in its own unit, computed anew.
@@ -45,12 +48,19 @@ public:
     /// The description that the user gave to a system, empty when there is none.
     virtual QString userDescription(const CoordSystem &cs) const = 0;
 
+    /// The creators: what CoordSysFactory says of each.
     virtual CoordSystemPtr createFromProj(const QString &proj) const = 0;
+    /// See CoordSysFactory::createFromPrj.
     virtual CoordSystemPtr createFromPrj(const QString &prj) const = 0;
+    /// See CoordSysFactory::createWithoutDescription.
     virtual CoordSystemPtr createWithoutDescription(const QString &prj) const = 0;
+    /// See CoordSysFactory::createFromEpsg.
     virtual CoordSystemPtr createFromEpsg(int epsg) const = 0;
+    /// See CoordSysFactory::createFromWkt.
     virtual CoordSystemPtr createFromWkt(const QString &wkt) const = 0;
+    /// See CoordSysFactory::createFromOracleSRID.
     virtual CoordSystemPtr createFromOracleSRID(int srid) const = 0;
+    /// See CoordSysFactory::createNonEarth.
     virtual CoordSystemPtr createNonEarth(int unitCode, QRectF bounds) const = 0;
 };
 
@@ -60,6 +70,7 @@ public:
 class NIVORA_CS_EXPORT CatalogueScope
 {
 public:
+    /// Opens the scope on this thread.
     explicit CatalogueScope(const CatalogueSource &source);
     ~CatalogueScope();
     CatalogueScope(const CatalogueScope &) = delete;

@@ -56,17 +56,23 @@ public:
 
     QString language() const override { return m_language; }
     QDir resourceDir() const override { return m_resourceDir; }
+    /// Bounds of systems; empty before start-up.
     std::shared_ptr<CoordSysRect> coordSysRect() const { return m_coordSysRect; }
     std::shared_ptr<ProjectionParamsManager> projectionParamsManager() const override { return m_params; }
+    /// The named systems; empty before start-up.
     std::shared_ptr<MapinfoCoordSystem> mapinfoCoordSystem() const { return m_mapinfo; }
+    /// The user's own systems.
     std::shared_ptr<UserCoordSystem> userCoordSystem() const { return m_user; }
     CoordSystemPtr latLongWgs84CoordSystem() const override { return m_latLongWgs84; }
     CoordSystemPtr LatLongCoordSystem() const override { return m_latLong; }
+    /// What a host made current: kept for it, used by nothing here. Thread-safe.
     CoordSystemPtr currentCoordSystem() const;
+    /// Replaces it; null takes it away. Thread-safe.
     void setCurrentCoordSystem(const CoordSystemPtr &cs);
 
     /// A copy of the catalogue's unit, an invalid one for an unknown code. Never throws.
     LinearUnit unitById(LinearUnit::MIUnitCode code) const;
+    /// The same for area units.
     LinearUnit areaUnitById(LinearUnit::MIUnitCode code) const;
 
     /// \name Creators. No half-made object is left behind when one throws.

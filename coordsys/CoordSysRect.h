@@ -23,6 +23,7 @@ public:
     bool initFromXML(const QDir &dir);
     /// The same with the directory of the active factory.
     bool initFromXML();
+    /// Forgets all entries.
     void clear();
 
     /// Bounds of the system that a CoordSys string describes; \p cs, which may be null, projects the rules
@@ -39,7 +40,9 @@ public:
 
     /// The rule per projection alone.
     static QRectF rectMifalAlgorithm(const QString &prj, CoordSystem *cs);
+    /// Whether the bounds are those that every geographic system gets.
     static bool isDefaultRectLatLong(const QRectF &rect) { return nivora::cs::isDefaultRectLatLong(rect); }
+    /// Whether the bounds are those that every plan gets.
     static bool isDefaultRectNonEarth(const QRectF &rect) { return nivora::cs::isDefaultRectNonEarth(rect); }
 
 private:

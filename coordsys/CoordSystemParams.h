@@ -12,8 +12,10 @@ class NIVORA_CS_EXPORT CoordSystemParams
 {
 public:
     CoordSystemParams() = default;
+    /// An entry without values.
     explicit CoordSystemParams(QString name, int epsg = CoordSystemTypes::EPSG_UNDEFINDED);
 
+    /// The name as the file has it.
     const QString &name() const { return m_name; }
     /// CoordSystem::EPSG_UNDEFINDED when the entry has none.
     int epsg() const { return m_epsg; }
@@ -33,8 +35,8 @@ private:
 /// One category of a catalogue; the name is null for entries before the first heading.
 struct CoordSystemParamsList
 {
-    QList<CoordSystemParams> entries;
-    QString name;
+    QList<CoordSystemParams> entries; ///< in file order
+    QString name;                     ///< null before the first heading
 };
 
 /// The CoordSys string of an entry's values: "Earth Projection " or, when the first value is zero or no

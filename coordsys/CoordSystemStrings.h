@@ -34,8 +34,8 @@ NIVORA_CS_EXPORT PrjClauses hasAffineOrBoundsInString(const QString &prj);
 /// announced by the thousands is counted from the end, whatever stands there. Thread-safe.
 struct AffineAndBounds
 {
-    QStringList affine;
-    QRectF bounds;
+    QStringList affine; ///< seven tokens or none
+    QRectF bounds;      ///< normalised, in the unit of the text
 };
 NIVORA_CS_EXPORT AffineAndBounds affineParamsAndBoundsFromPrj(const QString &prj);
 

@@ -17,14 +17,15 @@ using CoordSystemPtr = std::shared_ptr<CoordSystem>;
 class NIVORA_CS_EXPORT CoordSystemTypes
 {
 public:
-    static constexpr double DEGREES_TO_RADIANS = 0.017453292519943295;
-    static constexpr double RADIANS_TO_DEGREES = 57.29577951308232;
+    static constexpr double DEGREES_TO_RADIANS = 0.017453292519943295; ///< pi / 180
+    static constexpr double RADIANS_TO_DEGREES = 57.29577951308232;    ///< 180 / pi
     /// Metres; the sphere on which PROJ and MapInfo measure.
     static constexpr double EARTH_SPHERE_RADIUS = 6370997.0;
     /// Metres per degree on that sphere.
     static constexpr double DEGREES_TO_METERS = DEGREES_TO_RADIANS * EARTH_SPHERE_RADIUS;
-    static constexpr double METERS_TO_DEGREES = RADIANS_TO_DEGREES / EARTH_SPHERE_RADIUS;
-    static constexpr int LAT_LON_EPSG = 4326;
+    static constexpr double METERS_TO_DEGREES =
+        RADIANS_TO_DEGREES / EARTH_SPHERE_RADIUS; ///< the inverse of DEGREES_TO_METERS
+    static constexpr int LAT_LON_EPSG = 4326;     ///< longitude and latitude on WGS 84
     /// No EPSG code is known. The spelling is part of the interface.
     static constexpr int EPSG_UNDEFINDED = -2;
     /// x, y, width, height in degrees.
@@ -43,8 +44,8 @@ public:
     /// What a system was made from: the notation and the text exactly as given.
     struct SourceData
     {
-        SourceType type = Unknown;
-        QString string;
+        SourceType type = Unknown; ///< the notation
+        QString string;            ///< the text as given
     };
 };
 

@@ -27,7 +27,7 @@ bool areFinite(const QVector<QPointF> &points) { return std::all_of(points.begin
 
 } // namespace
 
-struct CoordTransform::Impl
+struct NIVORA_CS_NO_EXPORT CoordTransform::Impl
 {
     Impl(const CoordSystemPtr &from, const CoordSystemPtr &to)
         : source(from)

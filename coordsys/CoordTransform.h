@@ -30,13 +30,17 @@ public:
     /// Throws std::invalid_argument "cs_from" or "cs_to" for null, std::logic_error "Не могу создать объект
     /// трансформации. …" when PROJ knows no way.
     CoordTransform(const CoordSystemPtr &from, const CoordSystemPtr &to);
+    /// A copy shares the engine's objects.
     CoordTransform(const CoordTransform &other);
+    /// Likewise.
     CoordTransform &operator=(const CoordTransform &other);
     virtual ~CoordTransform();
 
     /// True when the two systems are equal, so that nothing is transformed.
     bool isEqualsCS() const;
+    /// The system that forward() reads.
     CoordSystemPtr sourceCoordSystem() const;
+    /// The system that forward() writes.
     CoordSystemPtr destinationCoordSystem() const;
 
     /// \name Transformations. They never throw for coordinates: false when a point fails.

@@ -36,29 +36,37 @@ public:
     /// Not valid until setUnitCode(). Throws as setName and setConversion do.
     LinearUnit(QString name, QString description, double conversion);
 
+    /// The name in texts and files.
     const QString &name() const { return m_name; }
     /// Throws std::invalid_argument "name" when empty; the old name stays.
     void setName(QString name);
     /// The name for people; "°" for degrees.
     const QString &localizedName() const { return m_localizedName; }
+    /// Any text, empty too.
     void setLocalizedName(const QString &name) { m_localizedName = name; }
+    /// A word or two for people.
     const QString &description() const { return m_description; }
+    /// Any text, empty too.
     void setDescription(const QString &description) { m_description = description; }
     /// Metres per unit, square metres per unit for an area unit.
     double conversion() const { return m_conversion; }
     /// Throws std::invalid_argument "conversion" when negative or not a number; the old factor stays.
     void setConversion(double conversion);
+    /// MapInfo's number, -1 for none.
     int unitCode() const { return m_unitCode; }
+    /// Not checked against any catalogue.
     void setUnitCode(int code) { m_unitCode = code; }
 
     /// Any code but -1.
     bool isValid() const { return m_unitCode != -1; }
+    /// isValid()
     explicit operator bool() const { return isValid(); }
     /// True when the localized name is exactly "°".
     bool isDegree() const;
 
     /// Equal codes; names and factors are not looked at.
     friend bool operator==(const LinearUnit &a, const LinearUnit &b) { return a.m_unitCode == b.m_unitCode; }
+    /// Unequal codes.
     friend bool operator!=(const LinearUnit &a, const LinearUnit &b) { return !(a == b); }
     /// Small units first.
     friend bool operator<(const LinearUnit &a, const LinearUnit &b)
@@ -78,7 +86,9 @@ private:
 class NIVORA_CS_EXPORT UnknownUnitException : public std::logic_error
 {
 public:
+    /// By the name that was looked for.
     explicit UnknownUnitException(const QString &name);
+    /// By the code that was looked for.
     explicit UnknownUnitException(int code);
 };
 

@@ -61,6 +61,7 @@ public:
                                    bool compareBounds);
     /// The bounds as a normalised rectangle, whatever the bounds flag says.
     static QRectF boundForTabProj(const TABProjInfo_t &info);
+    /// See nivora::cs::isUserDatum.
     static bool isUserDatum(int datum);
 };
 

@@ -38,7 +38,9 @@ NIVORA_CS_EXPORT QByteArray codecNameForTextFile(const QString &path);
 class NIVORA_CS_EXPORT MapinfoCoordSystem
 {
 public:
+    /// Makes a system from a CoordSys string, or throws.
     using Creator = std::function<CoordSystemPtr(const QString &prj)>;
+    /// Category and entry, from 0.
     using Position = std::pair<int, int>;
 
     /// (-1, -1): no entry.
@@ -63,6 +65,7 @@ public:
     /// the creator throws.
     CoordSystemPtr getProj(int category, int index) const;
     CoordSystemPtr getProj(const Position &position) const;
+    /// The same as getProj(): builds the entry when it is not there yet.
     CoordSystemPtr tryAddToCache(int category, int index) const;
     /// Builds all entries on Qt's global thread pool; returns at once. An entry that fails ends the fill, and
     /// so does the end of the application or of the process.
@@ -89,6 +92,7 @@ public:
     /// and takes itself away before it goes. Start-up and shut-down only.
     void setOwner(const CatalogueSource *owner) { m_owner = owner; }
 
+    /// All categories, in file order.
     QList<CoordSystemParamsList> projectionList() const { return m_categories; }
     /// Stops the background fill, waits for it, and empties the catalogue for good.
     void clear();

@@ -17,6 +17,7 @@ class NIVORA_CS_EXPORT MapinfoPrjReader : public QObject
 {
     Q_OBJECT
 public:
+    /// Borrows an open stream; nothing is read yet.
     explicit MapinfoPrjReader(QTextStream *stream, QObject *parent = nullptr);
 
     /// Goes to the next heading or entry; false at the end.

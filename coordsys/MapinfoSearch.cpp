@@ -68,7 +68,7 @@ bool holds(const QRectF &area, const QPointF &lonLat)
 
 } // namespace
 
-struct MapinfoSearch::Data
+struct NIVORA_CS_NO_EXPORT MapinfoSearch::Data
 {
     struct Entry
     {

@@ -19,14 +19,16 @@ class MapinfoCoordSystem;
 class NIVORA_CS_EXPORT MapinfoSearch
 {
 public:
+    /// An entry that was found.
     struct Hit
     {
         std::pair<int, int> position; ///< category and index, as MapinfoCoordSystem takes them
-        QString category;
-        QString name;
-        int epsg = CoordSystemTypes::EPSG_UNDEFINDED;
+        QString category;             ///< its name
+        QString name;                 ///< of the entry
+        int epsg = CoordSystemTypes::EPSG_UNDEFINDED; ///< EPSG_UNDEFINDED when it has none
     };
 
+    /// Reads the catalogue; it need not outlive the search.
     explicit MapinfoSearch(const MapinfoCoordSystem &catalogue);
     ~MapinfoSearch();
     MapinfoSearch(const MapinfoSearch &) = delete;

@@ -47,6 +47,7 @@ NIVORA_CS_EXPORT QString projLastError();
 class NIVORA_CS_EXPORT ProjException : public std::logic_error
 {
 public:
+    /// See the class for the text.
     explicit ProjException(const QString &message);
     /// The text that what() carries, made from the context's error of this moment.
     QString makeString(const QString &message) const;

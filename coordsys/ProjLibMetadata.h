@@ -19,13 +19,15 @@ public:
     /// The authority "EPSG".
     static const QString EPSG;
 
+    /// Longitude and latitude, or a plane.
     enum class Kind : int { Geographic = 0, Projected = 1 };
+    /// What the database tells of a system.
     struct ProjectionInfo
     {
-        QString id; ///< "EPSG:4326"
-        QString name;
-        Kind kind = Kind::Geographic;
-        QRectF rect; ///< WGS 84 area of use, null when unknown
+        QString id;                   ///< "EPSG:4326"
+        QString name;                 ///< as the authority has it
+        Kind kind = Kind::Geographic; ///< what its coordinates are
+        QRectF rect;                  ///< WGS 84 area of use, null when unknown
     };
     /// From the name of an area of use to the systems used there.
     using ProjectionCatalog = QMap<QString, QList<ProjectionInfo>>;
@@ -46,6 +48,7 @@ public:
                           const QString &projString) const;
     int epsgForProjString(const QString &projString) const;
 
+    /// The authorities that the database knows.
     QStringList authNames() const;
     /// All geographic and projected systems of an authority; others are logged and left out.
     ProjectionCatalog listProjections(const QString &auth) const;

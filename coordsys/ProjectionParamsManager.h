@@ -36,17 +36,25 @@ public:
     /// Whether the file of the last initFromXML() was not well-formed, or nested deeper than 64 elements
     /// (logged with line and column). It loads as an empty catalogue all the same; a start-up refuses it.
     bool isDamaged() const { return m_damaged; }
+    /// Forgets all records: pointers to them die.
     void clear();
 
+    /// Behind the others; a record of an id that is there already is not found by it.
     void appendMIProjectionParam(MIProjectionParam record);
+    /// Likewise.
     void appendMIEllipsoidParam(MIEllipsoidParam record);
+    /// Likewise.
     void appendMIDatumParam(MIDatumParam record);
+    /// Likewise.
     void appendMIUnitConvParam(MIUnitConvParam record);
+    /// Likewise.
     void appendMIAreaConvParam(MIAreaConvParam record);
 
     /// The first record with the id, null when there is none.
     const MIProjectionParam *projectionByID(int id) const;
+    /// The same for ellipsoids.
     const MIEllipsoidParam *ellipsoidByID(int id) const;
+    /// The same for datums.
     const MIDatumParam *datumByID(int id) const;
     /// Id of the first datum with the ellipsoid and equal figures (metres, arc-seconds in MapInfo's sign,
     /// ppm, degrees), -1 when there is none.
@@ -63,6 +71,7 @@ public:
     const MIUnitConvParam *unitByName(const QString &name) const;
     /// The first linear unit with exactly this description, null when there is none.
     const MIUnitConvParam *unitByDescr(const QString &description) const;
+    /// Area units by id; the throwing form throws UnknownUnitException.
     const MIAreaConvParam *areaUnitByID(int id, std::nothrow_t) const;
     const MIAreaConvParam *areaUnitByID(int id) const;
     /// Area units by unit name or localized name as given: no number form, quotes count.
@@ -71,13 +80,20 @@ public:
 
     /// Copies in file order; distance units leave out degrees.
     QList<LinearUnit> coordinateUnits() const;
+    /// Linear units but degrees.
     QList<LinearUnit> distanceUnits() const;
+    /// Area units.
     QList<LinearUnit> areaUnits() const;
 
+    /// The records in file order; borrowed.
     const std::vector<std::unique_ptr<MIProjectionParam>> &projections() const { return m_projections; }
+    /// Likewise.
     const std::vector<std::unique_ptr<MIEllipsoidParam>> &ellipsoids() const { return m_ellipsoids; }
+    /// Likewise.
     const std::vector<std::unique_ptr<MIDatumParam>> &datums() const { return m_datums; }
+    /// Likewise.
     const std::vector<std::unique_ptr<MIUnitConvParam>> &linearUnits() const { return m_linearUnits; }
+    /// Likewise.
     const std::vector<std::unique_ptr<MIAreaConvParam>> &areaUnitRecords() const { return m_areaUnits; }
 
 private:

@@ -47,6 +47,20 @@ QString givenName(const PJ *root)
     return open ? QString() : name;
 }
 
+/// PROJ 9.1 takes the database's system of a geographic one's code for geographic unseen, and crashes in the
+/// search of a shift when a text gives it the code of a geocentric one. Such a text contradicts itself: its
+/// code counts.
+bool statesGeocentricCode(const PJ *crs)
+{
+    const PjHandle geographic = crs ? baseOf(globalProjContext(), crs) : nullptr;
+    const auto code = geographic ? codeOf(geographic.get(), QLatin1String("EPSG")) : std::nullopt;
+    if (!code)
+        return false;
+    const PjHandle registered = ownPj(proj_create_from_database(
+        globalProjContext(), "EPSG", QByteArray::number(*code).constData(), PJ_CATEGORY_CRS, false, nullptr));
+    return registered && proj_get_type(registered.get()) == PJ_TYPE_GEOCENTRIC_CRS;
+}
+
 /// PROJ reads "EPSG:102100" too, a number of ESRI's.
 bool isOfEpsg(int code)
 {
@@ -92,6 +106,8 @@ SystemIdentity::SystemIdentity(const QString &definition, PjHandle root)
     m_statedCode = statedCode(whole, m_crs.get());
     if (m_flattened)
         m_definition = wkt2Of(globalProjContext(), m_crs.get());
+    if (statesGeocentricCode(m_crs.get()))
+        m_kind = CrsKind::Other;
 }
 
 int SystemIdentity::ownCode() const

@@ -14,6 +14,7 @@ namespace nivora::cs {
 /// that code, else those of the definition.
 struct NIVORA_CS_EXPORT SystemInfo
 {
+    /// What its coordinates are.
     enum class Kind {
         Unknown,
         Geographic,
@@ -22,7 +23,7 @@ struct NIVORA_CS_EXPORT SystemInfo
         Local, ///< a plan without a place on the earth
     };
 
-    Kind kind = Kind::Unknown;
+    Kind kind = Kind::Unknown;                    ///< of the horizontal part
     QString name;                                 ///< CoordSystem::description()
     int epsg = CoordSystemTypes::EPSG_UNDEFINDED; ///< CoordSystem::epsg()
     /// The registry's identifier, "EPSG:32637" or "ESRI:102100"; empty without one.
@@ -36,13 +37,13 @@ struct NIVORA_CS_EXPORT SystemInfo
     /// The part of the area's centre that lies within -180 to 180.
     QPointF areaCentre() const;
 
-    QString datum;
-    QString ellipsoid;
-    double semiMajorM = 0.0;
+    QString datum;                  ///< its name
+    QString ellipsoid;              ///< its name
+    double semiMajorM = 0.0;        ///< metres
     double inverseFlattening = 0.0; ///< 0 for a sphere
-    QString primeMeridian;
-    double primeMeridianDeg = 0.0; ///< from Greenwich
-    QString method;                ///< of the projection, "Transverse Mercator"
+    QString primeMeridian;          ///< its name
+    double primeMeridianDeg = 0.0;  ///< from Greenwich
+    QString method;                 ///< of the projection, "Transverse Mercator"
 
     /// Sentences (in the language of the installed translation) on what the library read into the
     /// definition or left out of it.

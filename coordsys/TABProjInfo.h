@@ -17,18 +17,18 @@ struct TABProjInfo_t
     std::uint8_t nUnitsId = 255;     ///< MapInfo unit code of the coordinates
     double adProjParams[6] = {};     ///< in the order of the CoordSys clause
     std::int16_t nDatumId = -1;      ///< MapInfo datum number; 999 and 9999 carry their own figures
-    double dDatumShiftX = 0.0;
-    double dDatumShiftY = 0.0;
-    double dDatumShiftZ = 0.0;
+    double dDatumShiftX = 0.0;       ///< to WGS 84
+    double dDatumShiftY = 0.0;       ///< to WGS 84
+    double dDatumShiftZ = 0.0;       ///< to WGS 84
     double adDatumParams[5] = {}; ///< rotations x, y, z (arc-seconds), scale (ppm), prime meridian (degrees)
     std::uint8_t nAffineFlag = 0; ///< 1 when an affine clause is present
     std::uint8_t nAffineUnits = 255; ///< MapInfo unit code of C and F
     double dAffineParams[6] = {};    ///< A to F: x' = A x + B y + C, y' = D x + E y + F
     std::uint8_t nBoundsFlag = 0;    ///< 1 when bounds with a positive extent are present
-    double dXMin = 0.0;
-    double dYMin = 0.0;
-    double dXMax = 0.0;
-    double dYMax = 0.0;
+    double dXMin = 0.0;              ///< bounds, in the unit
+    double dYMin = 0.0;              ///< bounds
+    double dXMax = 0.0;              ///< bounds
+    double dYMax = 0.0;              ///< bounds
 };
 
 /// 999 and 9999: the datum's figures stand in the CoordSys string itself.

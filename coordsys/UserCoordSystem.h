@@ -29,10 +29,10 @@ public:
 
     /// The stored words for the source types.
     static const QString PrjTag;
-    static const QString Proj4Tag;
-    static const QString EpsgTag;
-    static const QString WktTag;
-    static const QString OracleTag;
+    static const QString Proj4Tag;  ///< the word for PROJ text
+    static const QString EpsgTag;   ///< the word for a code
+    static const QString WktTag;    ///< the word for WKT
+    static const QString OracleTag; ///< the word for an Oracle SRID
 
     /// One entry. The system may be null: a text that cannot be read is kept.
     class NIVORA_CS_EXPORT CoordSystemParam
@@ -43,7 +43,9 @@ public:
         CoordSystemParam(const CoordSystemTypes::SourceData &source, const QString &description,
                          const CoordSystemPtr &cs);
 
+        /// What the entry was made from.
         const CoordSystemTypes::SourceData &source() const { return m_source; }
+        /// The user's name for it.
         const QString &description() const { return m_description; }
         /// The system, tried again when it could not be built before; null when it still cannot (logged).
         CoordSystemPtr coordSystem() const;
@@ -63,8 +65,8 @@ public:
     /// One branch.
     struct CsDataType
     {
-        QString name;
-        QList<CoordSystemParam> entries;
+        QString name;                    ///< of the branch
+        QList<CoordSystemParam> entries; ///< in file order
     };
 
     /// Reads nothing yet; the file is "UserCoordSystem.xml" in \p dir.
@@ -75,20 +77,25 @@ public:
     void setMaker(Maker maker) { m_maker = std::move(maker); }
     /// Keeps the file's name and moves it to another directory; nothing is copied.
     void setDir(const QDir &dir);
+    /// Where the store is read from and written to.
     const QFileInfo &fileInfo() const { return m_file; }
     /// Refers to the store: take a copy before changing, loading or leaving it (copies are shared, so cheap).
     const QList<CsDataType> &data() const { return m_branches; }
+    /// No branches.
     bool isEmpty() const { return m_branches.isEmpty(); }
 
     /// The name that a branch without one gets when it is read: "Каталог" in the language of messages.
     static QString defaultBranch();
+    /// See nivora::cs::stringToSourceType.
     static CoordSystemTypes::SourceType stringToSourceType(const QString &text);
+    /// See nivora::cs::sourceTypeToString.
     static QString sourceTypeToString(CoordSystemTypes::SourceType type);
 
     /// Index of the first branch of that name, -1 when there is none.
     int keyIndex(const QString &branch) const;
     /// Whether an entry has equal source data, and its description (empty when there is none).
     bool hasValue(const CoordSystemTypes::SourceData &source) const;
+    /// The description of the entry with equal source data, empty when there is none.
     QString description(const CoordSystemTypes::SourceData &source) const;
     /// The first stored system equal to the one that the source makes, null when there is none or it makes
     /// none.
@@ -96,6 +103,7 @@ public:
     /// The first stored system equal to the given one, null when there is none. Never throws: an equality
     /// that cannot be decided is logged and passed over.
     CoordSystemPtr storedEqual(const CoordSystem &cs) const;
+    /// Whether storedEqual() finds one.
     bool hasCoordSystem(const CoordSystemPtr &cs) const;
 
     /// Adds an entry, or replaces description and system of the one with equal source data in that branch.

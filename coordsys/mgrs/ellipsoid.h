@@ -10,6 +10,7 @@
 /// sets a new one meanwhile. Conversions allocate nothing and take no lock.
 namespace mgrs {
 
+/// What was wrong, as bits: several may be OR-ed together. 0 is success.
 enum ErrorCode : int {
     LatitudeError = 1,
     LongitudeError = 2,
@@ -27,6 +28,7 @@ enum ErrorCode : int {
 /// flattening between 250 and 350. A set is kept for the life of the process (under 200 bytes for each
 /// different one), because a conversion may be using it. Codes: SemiMajorError, InverseFlatteningError.
 NIVORA_CS_EXPORT int Set_Ellipsoid_Parameters(double semi_major, double inverse_flattening);
+/// The ellipsoid in force: metres, 1 / flattening.
 NIVORA_CS_EXPORT void Get_Ellipsoid_Parameters(double *semi_major, double *inverse_flattening);
 
 } // namespace mgrs

@@ -10,9 +10,9 @@ struct PolarStereographicParameters
 {
     char hemisphere = 'N';        ///< 'N' or 'S', the pole in the middle
     double centralMeridian = 0.0; ///< runs straight down from the north pole, straight up from the south pole
-    double falseEasting = 0.0;
-    double falseNorthing = 0.0;
-    double scaleFactor = 1.0; ///< at the pole; positive
+    double falseEasting = 0.0;    ///< metres
+    double falseNorthing = 0.0;   ///< metres
+    double scaleFactor = 1.0;     ///< at the pole; positive
 };
 
 /// Any point but the opposite pole. Longitudes are -pi to 2 pi.

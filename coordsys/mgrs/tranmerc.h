@@ -7,11 +7,11 @@ namespace mgrs {
 /// A transverse Mercator grid: radians and metres.
 struct TransverseMercatorParameters
 {
-    double originLatitude = 0.0;
-    double centralMeridian = 0.0;
-    double falseEasting = 0.0;
-    double falseNorthing = 0.0;
-    double scaleFactor = 1.0; ///< on the central meridian; positive
+    double originLatitude = 0.0;  ///< radians
+    double centralMeridian = 0.0; ///< radians
+    double falseEasting = 0.0;    ///< metres
+    double falseNorthing = 0.0;   ///< metres
+    double scaleFactor = 1.0;     ///< on the central meridian; positive
 };
 
 /// Krueger's series to the sixth order in the third flattening: errors are a few nanometres within 3900 km of

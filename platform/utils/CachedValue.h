@@ -9,6 +9,7 @@ namespace nivora::utils {
 template <typename T, typename F> class CachedValue
 {
 public:
+    /// The function runs on the first call of the value.
     explicit CachedValue(F function)
         : m_function(std::move(function))
     {}
@@ -20,6 +21,7 @@ public:
             m_value = m_function();
         return *m_value;
     }
+    /// Whether it ran.
     bool hasValue() const { return m_value.has_value(); }
     /// Stores a value that was computed elsewhere, so that the function is not called.
     void setValue(T value) { m_value = std::move(value); }

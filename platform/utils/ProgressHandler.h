@@ -11,15 +11,19 @@ namespace nivora::concurrent {
 class ProgressHandler
 {
 public:
+    /// Whether somebody asked to stop.
     bool isCanceled() const { return m_canceled.load(std::memory_order_relaxed); }
+    /// Asks the work to stop; it does at its next look.
     void cancel() { m_canceled.store(true, std::memory_order_relaxed); }
 
     /// Items done and to be done, in the unit of the work.
     std::uint64_t done() const { return m_done.load(std::memory_order_relaxed); }
+    /// Items to be done.
     std::uint64_t total() const { return m_total.load(std::memory_order_relaxed); }
     /// For the work: so many more items are to be done, so many more are. One handler may follow several
     /// pieces of work, one after the other or at once.
     void expect(std::uint64_t items) { m_total.fetch_add(items, std::memory_order_relaxed); }
+    /// So many items more are done.
     void advance(std::uint64_t items) { m_done.fetch_add(items, std::memory_order_relaxed); }
 
 private:

@@ -1,9 +1,7 @@
 # Installs into a temporary prefix, moves it (nothing in it may remember where it was made), and builds and runs
-# the consumer against it twice: with find_package and with pkg-config.
+# the consumer against it twice: with find_package and with pkg-config. With DEBIAN the same from Debian packages.
 set(CMAKE_EXECUTE_PROCESS_COMMAND_ECHO STDOUT)
 
-set(staged ${WORK_DIR}/staged)
-set(prefix "${WORK_DIR}/moved here")
 set(sanitizer "")
 if(SANITIZE)
     # A program without the sanitizers' run-time cannot load a library that has them.
@@ -25,8 +23,13 @@ endfunction()
 
 file(REMOVE_RECURSE ${WORK_DIR})
 file(MAKE_DIRECTORY ${WORK_DIR})
-run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${staged})
-file(RENAME ${staged} ${prefix})
+if(DEBIAN)
+    include(${CMAKE_CURRENT_LIST_DIR}/debian.cmake)
+else()
+    set(prefix "${WORK_DIR}/moved here")
+    run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${WORK_DIR}/staged)
+    file(RENAME ${WORK_DIR}/staged ${prefix})
+endif()
 
 run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/cmake -G ${GENERATOR}
     -D CMAKE_CXX_COMPILER=${COMPILER} -D CMAKE_PREFIX_PATH=${prefix}
@@ -45,9 +48,9 @@ run(${COMPILER} -std=c++17 ${sanitizer} "-DRESOURCES=\"${resources}\"" ${CONSUME
 run_consumer(${WORK_DIR}/consumer-pc)
 
 if(APPS)
-    # The installed program finds its library and its catalogues beside itself, from any working directory.
-    execute_process(COMMAND ${CMAKE_COMMAND} -E env --unset=PROJ_LIB --unset=NIVORA_DATA
-            ${prefix}/bin/nivora-cs info EPSG:32637
+    # The installed program finds its library and its catalogues beside itself, from any working directory and
+    # without an environment.
+    execute_process(COMMAND env -i ${prefix}/bin/nivora-cs info EPSG:32637
         WORKING_DIRECTORY / OUTPUT_VARIABLE printed COMMAND_ERROR_IS_FATAL ANY)
     if(NOT printed MATCHES "32637")
         message(FATAL_ERROR "the installed program said: ${printed}")

@@ -32,6 +32,23 @@ Database::Database()
     if (code != SQLITE_OK)
         throw Failure(
             QStringLiteral("%1: %2").arg(QString::fromUtf8(path), QString::fromUtf8(sqlite3_errmsg(raw))));
+    checkLayout();
+}
+
+/// The queries name tables and columns. PROJ raises the first number when one of those goes or changes its
+/// meaning, the second when one is added.
+void Database::checkLayout() const
+{
+    constexpr int knownMajor = 1;
+    constexpr int leastMinor = 2; // of PROJ 9.1, which the queries were written against
+    const int major = metadata("DATABASE.LAYOUT.VERSION.MAJOR").toInt();
+    const int minor = metadata("DATABASE.LAYOUT.VERSION.MINOR").toInt();
+    if (major != knownMajor || minor < leastMinor)
+        throw Failure(QStringLiteral("the layout of proj.db is %1.%2, known is %3 from %3.%4 on")
+                          .arg(major)
+                          .arg(minor)
+                          .arg(knownMajor)
+                          .arg(leastMinor));
 }
 
 void Database::each(const char *sql, const std::function<void(const Row &)> &take) const

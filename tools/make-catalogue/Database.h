@@ -30,7 +30,8 @@ public:
         sqlite3_stmt *m_statement;
     };
 
-    /// Opens the database that PROJ itself uses. Throws Failure.
+    /// Opens the database that PROJ itself uses. Throws Failure, also for a layout that the queries do not
+    /// know.
     Database();
 
     /// Calls \p take for each row of a query without parameters. Throws Failure for bad SQL.
@@ -39,6 +40,8 @@ public:
     QString metadata(const char *key) const;
 
 private:
+    void checkLayout() const;
+
     std::unique_ptr<sqlite3, int (*)(sqlite3 *)> m_handle;
 };
 

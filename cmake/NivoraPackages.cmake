@@ -1,0 +1,65 @@
+# Debian packages, split as Debian does it: cpack -G DEB in the build directory. -DCMAKE_INSTALL_PREFIX=/usr gives the
+# paths of Debian's own packages. Every install() belongs to one of the components below, "development" when it names
+# none; tests/package/debian.cmake fails when a file of the installed tree is in no package.
+
+# nivora_package(COMPONENT PACKAGE DEPENDS text SECTION name [SHLIBS] [ALL] DESCRIPTION text)
+# SHLIBS: has programs or libraries, whose needs dpkg-shlibdeps adds; ALL: the same on every architecture.
+macro(nivora_package component package)
+    cmake_parse_arguments(arg "SHLIBS;ALL" "DEPENDS;SECTION;DESCRIPTION" "" ${ARGN})
+    string(TOUPPER ${component} upper)
+    list(APPEND CPACK_COMPONENTS_ALL ${component})
+    set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${package})
+    set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${arg_SECTION})
+    set(CPACK_DEBIAN_${upper}_PACKAGE_DEPENDS "${arg_DEPENDS}")
+    set(CPACK_DEBIAN_${upper}_PACKAGE_SHLIBDEPS ${arg_SHLIBS})
+    if(arg_ALL)
+        set(CPACK_DEBIAN_${upper}_PACKAGE_ARCHITECTURE all)
+    endif()
+    set(CPACK_COMPONENT_${upper}_DESCRIPTION "${arg_DESCRIPTION}")
+    install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
+            RENAME copyright COMPONENT ${component})
+    install(FILES ${PROJECT_SOURCE_DIR}/NOTICE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
+            COMPONENT ${component})
+endmacro()
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_CONTACT "the nivora-cs authors <nivora-cs@invalid.invalid>" CACHE STRING "Maintainer of the packages")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+# The packages need each other: dpkg-shlibdeps finds the libraries where they were built.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+
+set(version "${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}")
+set(CPACK_COMPONENTS_ALL "")
+# PROJ without proj.db and the library without its catalogues can do nothing.
+nivora_package(library libnivora-cs0 SHLIBS SECTION libs DEPENDS "nivora-cs-data (= ${version}), proj-data"
+    DESCRIPTION "coordinate systems and transformations for desktop GIS\n The shared library.")
+nivora_package(development libnivora-cs-dev SECTION libdevel
+    DEPENDS "libnivora-cs0 (= ${version}), nivora-cs-data (= ${version}), qtbase5-dev (>= 5.15)"
+    DESCRIPTION "coordinate systems and transformations for desktop GIS\n Headers, CMake package and pkg-config file.")
+nivora_package(data nivora-cs-data ALL SECTION science DEPENDS ""
+    DESCRIPTION "catalogues of coordinate systems\n Named systems, datums, units, bounds and towns.")
+if(TARGET nivora-cs-program)
+    nivora_package(program nivora-cs SHLIBS SECTION science
+        DEPENDS "libnivora-cs0 (= ${version}), nivora-cs-data (= ${version})"
+        DESCRIPTION "coordinate systems and transformations on the command line\n The program nivora-cs.")
+endif()
+if(TARGET nivora-cs-widgets)
+    nivora_package(widgets libnivora-cs-widgets0 SHLIBS SECTION libs DEPENDS "libnivora-cs0 (= ${version})"
+        DESCRIPTION "widgets to choose a coordinate system\n The shared library of Qt widgets.")
+    string(APPEND CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ", libnivora-cs-widgets0 (= ${version})")
+endif()
+nivora_package(doc nivora-cs-doc ALL SECTION doc DEPENDS ""
+    DESCRIPTION "coordinate systems and transformations for desktop GIS\n Pages, examples and, when doxygen was there, the reference.")
+
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc
+        FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
+install(DIRECTORY ${PROJECT_BINARY_DIR}/reference/html DESTINATION ${CMAKE_INSTALL_DOCDIR}/reference OPTIONAL
+        COMPONENT doc)
+
+include(CPack)

@@ -1,0 +1,14 @@
+# Input filter of doxygen: an overload that stands without words right behind a documented one of its name shares
+# its documentation, as readers of the headers take it.
+function declared(line) {
+    return match(line, /[A-Za-z_][A-Za-z_0-9]*\(/) ? substr(line, RSTART, RLENGTH - 1) : ""
+}
+/^ *\/\// { commented = 1; print; next }
+/^ *$|^ *[{}]/ { commented = 0; previous = ""; print; next }
+/^    [A-Za-z]/ || /^NIVORA/ {
+    name = declared($0)
+    if (name != "" && name == previous && !commented && $0 !~ /\/\/\/</)
+        print "/// \\overload"
+    previous = name
+}
+{ commented = 0; print }
