@@ -18,9 +18,9 @@
 namespace {
 
 /// Degrees. On a map 400 pixels wide a pixel is 0.9 degree, ten times magnified 0.09.
-constexpr double tolerance = 0.06;
+constexpr double tolerance = 0.075;
 /// Square degrees; some 130 square kilometres at the equator, a pixel of the magnified map.
-constexpr double leastArea = 0.011;
+constexpr double leastArea = 0.012;
 /// The file counts in hundredths of a degree.
 constexpr double unitsPerDegree = 100.0;
 constexpr quint32 magic = 0x4e574d31; // "NWM1"

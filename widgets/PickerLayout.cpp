@@ -1,0 +1,165 @@
+#include <widgets/PickerLayout_p.h>
+
+#include <QAction>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QShortcut>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+namespace nivora::cs {
+namespace {
+
+QTreeView *listView(QAbstractItemModel &model)
+{
+    auto *view = new QTreeView;
+    view->setModel(&model);
+    view->setUniformRowHeights(true);
+    view->setAllColumnsShowFocus(true);
+    view->setAlternatingRowColors(false);
+    view->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    view->header()->setStretchLastSection(false);
+    view->header()->setSectionsMovable(false);
+    view->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    return view;
+}
+
+void setWidth(QTreeView *view, int column, int characters)
+{
+    view->header()->setSectionResizeMode(column, QHeaderView::Interactive);
+    view->header()->resizeSection(column, view->fontMetrics().averageCharWidth() * characters);
+}
+
+} // namespace
+
+PickerLayout::PickerLayout(QWidget *owner, QAbstractItemModel &treeModel, QAbstractItemModel &resultModel)
+    : search(new QLineEdit)
+    , placeKind(new QComboBox)
+    , point(new QLineEdit)
+    , tree(listView(treeModel))
+    , results(listView(resultModel))
+    , message(new QLabel)
+    , count(new QLabel)
+    , map(new WorldMap)
+    , details(new SystemDetails)
+    , save(new QPushButton(tr("Сохранить как &мою систему…")))
+    , m_owner(owner)
+    , m_pages(new QStackedWidget)
+{
+    setUpSearch();
+    setUpLists();
+    auto *splitter = new QSplitter(Qt::Horizontal);
+    splitter->addWidget(leftSide());
+    splitter->addWidget(rightSide());
+    splitter->setStretchFactor(0, 5);
+    splitter->setStretchFactor(1, 4);
+    splitter->setChildrenCollapsible(false);
+    auto *layout = new QVBoxLayout(owner);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addLayout(searchRow());
+    layout->addWidget(splitter, 1);
+    owner->setFocusProxy(search);
+    QWidget *const order[] = {search, placeKind, point, tree, results, message, details, save};
+    for (std::size_t i = 1; i < std::size(order); ++i)
+        QWidget::setTabOrder(order[i - 1], order[i]);
+}
+
+void PickerLayout::setUpSearch()
+{
+    search->setClearButtonEnabled(true);
+    search->setPlaceholderText(tr("Название, код, город или описание в любой нотации"));
+    search->setAccessibleName(tr("Поиск системы координат"));
+    search->setAccessibleDescription(
+        tr("Стрелки вверх и вниз выбирают найденную систему, Enter подтверждает выбор."));
+    placeKind->addItem(tr("Весь мир"), Everywhere);
+    placeKind->addItem(tr("Место…"), AtPoint);
+    placeKind->setAccessibleName(tr("Где применяется система"));
+    point->setPlaceholderText(tr("долгота, широта"));
+    point->setAccessibleName(tr("Долгота и широта места в градусах"));
+    point->setFixedWidth(point->fontMetrics().averageCharWidth() * 20);
+    point->setClearButtonEnabled(true);
+    point->hide();
+    auto *find = new QShortcut(QKeySequence::Find, m_owner);
+    find->setContext(Qt::WidgetWithChildrenShortcut);
+    QObject::connect(find, &QShortcut::activated, search, [this] {
+        search->setFocus(Qt::ShortcutFocusReason);
+        search->selectAll();
+    });
+}
+
+void PickerLayout::setUpLists()
+{
+    setWidth(tree, 1, 11);
+    setWidth(results, 1, 11);
+    setWidth(results, 2, 22);
+    tree->setAccessibleName(tr("Системы координат по разделам"));
+    results->setAccessibleName(tr("Найденные системы координат"));
+    results->setRootIsDecorated(false);
+    message->setAlignment(Qt::AlignCenter);
+    message->setWordWrap(true);
+    message->setMargin(24);
+    message->setTextInteractionFlags(Qt::TextBrowserInteraction);
+    message->setFocusPolicy(Qt::TabFocus); // its links
+    for (QWidget *page :
+         {static_cast<QWidget *>(tree), static_cast<QWidget *>(results), static_cast<QWidget *>(message)})
+        m_pages->addWidget(page);
+}
+
+QLayout *PickerLayout::searchRow()
+{
+    auto *searchLabel = new QLabel(tr("&Поиск:"));
+    searchLabel->setBuddy(search);
+    auto *placeLabel = new QLabel(tr("&Где:"));
+    placeLabel->setBuddy(placeKind);
+    auto *row = new QHBoxLayout;
+    row->addWidget(searchLabel);
+    row->addWidget(search, 1);
+    row->addSpacing(8);
+    row->addWidget(placeLabel);
+    row->addWidget(placeKind);
+    row->addWidget(point);
+    return row;
+}
+
+QWidget *PickerLayout::leftSide()
+{
+    auto *side = new QWidget;
+    auto *layout = new QVBoxLayout(side);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_pages, 1);
+    layout->addWidget(count);
+    return side;
+}
+
+QWidget *PickerLayout::rightSide()
+{
+    auto *side = new QWidget;
+    auto *layout = new QVBoxLayout(side);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(map);
+    layout->addWidget(details, 1);
+    layout->addWidget(save, 0, Qt::AlignLeft);
+    return side;
+}
+
+void PickerLayout::showMessage(const QString &html)
+{
+    message->setText(html);
+    m_pages->setCurrentWidget(message);
+}
+
+void PickerLayout::showList(QTreeView *list) { m_pages->setCurrentWidget(list); }
+
+QTreeView *PickerLayout::currentList() const { return qobject_cast<QTreeView *>(m_pages->currentWidget()); }
+
+void PickerLayout::offerView(bool isKnown)
+{
+    const int item = placeKind->findData(InView);
+    if (isKnown && item < 0)
+        placeKind->insertItem(1, tr("Вид карты"), InView);
+    if (!isKnown && item >= 0)
+        placeKind->removeItem(item);
+}
+
+} // namespace nivora::cs
