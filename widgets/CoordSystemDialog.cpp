@@ -24,7 +24,7 @@ CoordSystemDialog::CoordSystemDialog(std::shared_ptr<CoordSysFactory> factory, Q
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_picker);
     layout->addWidget(buttons);
-    resize(940, 620);
+    resize(1060, 640);
 
     connect(buttons, &QDialogButtonBox::accepted, this, &CoordSystemDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &CoordSystemDialog::reject);

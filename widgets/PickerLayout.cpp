@@ -52,8 +52,9 @@ PickerLayout::PickerLayout(QWidget *owner, QAbstractItemModel &treeModel, QAbstr
     auto *splitter = new QSplitter(Qt::Horizontal);
     splitter->addWidget(leftSide());
     splitter->addWidget(rightSide());
-    splitter->setStretchFactor(0, 5);
-    splitter->setStretchFactor(1, 4);
+    splitter->setSizes({620, 400});
+    splitter->setStretchFactor(0, 1);
+    splitter->setStretchFactor(1, 0);
     splitter->setChildrenCollapsible(false);
     auto *layout = new QVBoxLayout(owner);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -90,9 +91,9 @@ void PickerLayout::setUpSearch()
 
 void PickerLayout::setUpLists()
 {
-    setWidth(tree, 1, 11);
-    setWidth(results, 1, 11);
-    setWidth(results, 2, 22);
+    setWidth(tree, 1, 12);
+    setWidth(results, 1, 12);
+    setWidth(results, 2, 26);
     tree->setAccessibleName(tr("Системы координат по разделам"));
     results->setAccessibleName(tr("Найденные системы координат"));
     results->setRootIsDecorated(false);
