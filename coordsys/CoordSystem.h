@@ -180,6 +180,7 @@ public:
 private:
     friend class CoordSysFactory;
     friend class CoordTransformCache;
+    friend class SystemFacts;
     using IdentityPtr = std::shared_ptr<const SystemIdentity>;
 
     void setProjectionDefaultBounds(const QRectF &rect) { m_projectionBounds = rect; }
@@ -195,6 +196,9 @@ private:
     bool convertPoints(int direction, QPointF *points, std::size_t count) const;
     bool convertRect(int direction, const QRectF &in, QRectF &out) const;
     QString registeredWkt() const;
+    IdentityPtr registeredIdentity() const;
+    IdentityPtr namedIdentity() const;
+    IdentityPtr writableIdentity() const;
     bool isPlaneOf(int code, const SystemIdentity &registered) const;
     bool hasShift() const;
     QRectF computeRect() const;

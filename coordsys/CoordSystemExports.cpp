@@ -104,14 +104,39 @@ std::shared_ptr<void> registeredSrs(const SystemIdentity &registered, const QLis
 
 } // namespace
 
-/// The system as the database names it, code included; empty without a code, or where the code's plane is
-/// another.
-QString CoordSystem::registeredWkt() const
+/// The database's system of this one's code; null without a code, or where the code's plane is another.
+CoordSystem::IdentityPtr CoordSystem::registeredIdentity() const
 {
     const int code = m_srs && !isNonEarth() ? epsg() : int(EPSG_UNDEFINDED);
-    const SystemIdentityPtr registered =
+    SystemIdentityPtr registered =
         code > 0 ? SystemIdentity::from(QStringLiteral("EPSG:%1").arg(code)) : nullptr;
-    if (!registered || !registered->hasPlane() || !isPlaneOf(code, *registered))
+    const bool same = registered && registered->hasPlane() && isPlaneOf(code, *registered);
+    return same ? registered : nullptr;
+}
+
+/// Whose facts the system is known by: the database's, else its own.
+CoordSystem::IdentityPtr CoordSystem::namedIdentity() const
+{
+    const IdentityPtr registered = registeredIdentity();
+    return registered ? registered : identity();
+}
+
+/// What the system is written from: with the names and codes of the database and the shift of the definition.
+CoordSystem::IdentityPtr CoordSystem::writableIdentity() const
+{
+    const bool namesItself = m_source.type == Epsg || m_source.type == Wkt;
+    if (namesItself)
+        return identity();
+    const QString shifted = hasShift() ? registeredWkt() : QString();
+    const IdentityPtr written = shifted.isEmpty() ? nullptr : SystemIdentity::from(shifted);
+    return written ? written : namedIdentity();
+}
+
+/// The system as the database names it, code included; empty as registeredIdentity() is null.
+QString CoordSystem::registeredWkt() const
+{
+    const SystemIdentityPtr registered = registeredIdentity();
+    if (!registered)
         return {};
     QString reason;
     const QList<double> shift = m_source.type != Epsg && hasShift() ? getTOWGS84Params() : QList<double>();

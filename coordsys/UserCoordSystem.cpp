@@ -271,6 +271,8 @@ UserCoordSystem::CoordSystemParam UserCoordSystem::entryFrom(const QDomElement &
     return entry;
 }
 
+QString UserCoordSystem::defaultBranch() { return QObject::tr("Каталог"); }
+
 void UserCoordSystem::loadFromFile(bool quiet)
 {
     const StoreReading reading = readStore(m_file);
@@ -289,7 +291,7 @@ void UserCoordSystem::loadFromFile(bool quiet)
     for (QDomElement b = root.firstChildElement(storetext::branch()); !b.isNull();
          b = b.nextSiblingElement(storetext::branch())) {
         CsDataType branch;
-        branch.name = b.attribute(storetext::name(), QObject::tr("Каталог"));
+        branch.name = b.attribute(storetext::name(), defaultBranch());
         for (QDomElement e = b.firstChildElement(); !e.isNull(); e = e.nextSiblingElement())
             branch.entries.append(entryFrom(e));
         count += branch.entries.size();

@@ -7,7 +7,7 @@ ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 export PATH="${PATH:-/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin}"
 
 # What a build needs, and what the tests need on top.
-BUILD_PACKAGES=(g++ cmake ninja-build pkg-config ccache qtbase5-dev libproj-dev proj-data libgdal-dev)
+BUILD_PACKAGES=(g++ cmake ninja-build pkg-config ccache qtbase5-dev qttools5-dev-tools libproj-dev proj-data libgdal-dev)
 TEST_PACKAGES=(binutils libbenchmark-dev libsqlite3-dev proj-bin valgrind)
 
 say() { printf '%s\n' "$*" >&2; }

@@ -80,13 +80,13 @@ public:
         });
         QObject::connect(&reader, &MapinfoPrjReader::rejected, &reader, [&] {
             m_line = reader.currentLineNumber();
-            found(QStringLiteral("not an entry: %1").arg(reader.currentLineTextRef().toString()));
+            found(QObject::tr("not an entry: %1").arg(reader.currentLineTextRef().toString()));
         });
         while (reader.readNext())
             if (reader.capturedCategoryName().isNull())
                 entry(reader.prj());
         if (!m_bytes.isEmpty() && !m_bytes.endsWith('\n'))
-            found(QStringLiteral("no line break at the end of the file, which may be cut off"));
+            found(QObject::tr("no line break at the end of the file, which may be cut off"));
         return m_findings;
     }
 
@@ -94,20 +94,20 @@ private:
     void found(const QString &what)
     {
         ++m_findings;
-        print(QStringLiteral("line %1: %2\n").arg(QString::number(m_line), shown(what)));
+        print(QObject::tr("line %1: %2\n").arg(QString::number(m_line), shown(what)));
     }
 
     void encoding(const QByteArray &bytes)
     {
         const bool readAsUtf8 = m_codec == "UTF-8";
         if (bytes.contains('\0'))
-            found(QStringLiteral("a zero byte: not a text of one byte a sign"));
+            found(QObject::tr("a zero byte: not a text of one byte a sign"));
         else if (isAscii(bytes))
             return;
         else if (readAsUtf8 && !isUtf8(bytes))
-            found(QStringLiteral("not UTF-8, which the first line lets expect"));
+            found(QObject::tr("not UTF-8, which the first line lets expect"));
         else if (!readAsUtf8 && isUtf8(bytes))
-            found(QStringLiteral("UTF-8, where the first line is in %1").arg(QString::fromLatin1(m_codec)));
+            found(QObject::tr("UTF-8, where the first line is in %1").arg(QString::fromLatin1(m_codec)));
     }
 
     void entry(const CoordSystemParams &entry)
@@ -116,14 +116,14 @@ private:
         const QString same = entry.name() + QLatin1Char('\t') + prj;
         const int needed = valuesNeeded(entry.params);
         if (m_texts.contains(same))
-            found(QStringLiteral("duplicate of line %1: %2")
+            found(QObject::tr("duplicate of line %1: %2")
                       .arg(QString::number(m_texts.value(same)), entry.name()));
         else if (entry.epsg() > 0 && m_codes.contains(entry.epsg()))
-            found(QStringLiteral("duplicate of the code %1 on line %2: %3")
+            found(QObject::tr("duplicate of the code %1 on line %2: %3")
                       .arg(QString::number(entry.epsg()), QString::number(m_codes.value(entry.epsg())),
                            entry.name()));
         else if (entry.params.size() < needed)
-            found(QStringLiteral("%1 values where %2 are needed: %3")
+            found(QObject::tr("%1 values where %2 are needed: %3")
                       .arg(QString::number(entry.params.size()), QString::number(needed), entry.name()));
         else
             build(entry.name(), prj);
@@ -138,7 +138,7 @@ private:
         try {
             m_factory.createWithoutDescription(prj);
         } catch (const std::exception &e) {
-            found(QStringLiteral("cannot be built: %1: %2").arg(name, QString::fromUtf8(e.what())));
+            found(QObject::tr("cannot be built: %1: %2").arg(name, QString::fromUtf8(e.what())));
         }
     }
 

@@ -14,6 +14,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMap>
+#include <QObject>
 #include <QSet>
 
 #include <cmath>
@@ -62,7 +64,7 @@ int runList(const CommandLine &line)
                               catalogue->getStrMB(category, index));
     }
     if (!wanted.isEmpty() && !known)
-        throw Failure(QStringLiteral("no category \"%1\"; nivora-cs list shows them").arg(wanted));
+        throw Failure(QObject::tr("no category \"%1\"; nivora-cs list shows them").arg(wanted));
     print(text);
     return Success;
 }
@@ -77,10 +79,10 @@ QPointF placeOf(const QString &text)
         ok = readNumber({utf8.constData(), static_cast<std::size_t>(utf8.size())}, numbers[i]);
     }
     if (!ok)
-        throw Failure(QStringLiteral("\"%1\" is no LON,LAT").arg(text));
+        throw Failure(QObject::tr("\"%1\" is no LON,LAT").arg(text));
     if (std::fabs(numbers[0]) > 360.0 || std::fabs(numbers[1]) > 90.0)
         throw Failure(
-            QStringLiteral("%1 is no place on the earth: longitude and latitude in degrees").arg(text));
+            QObject::tr("%1 is no place on the earth: longitude and latitude in degrees").arg(text));
     return {numbers[0], numbers[1]};
 }
 
@@ -125,7 +127,7 @@ void addWhatUsersType(MapinfoSearch &search, const CoordSysFactory &factory)
 int runFind(const CommandLine &line)
 {
     if (line.arguments().join(QString()).trimmed().isEmpty() && !line.isSet("at"))
-        throw Failure(QStringLiteral("find needs words or --at LON,LAT"));
+        throw Failure(QObject::tr("find needs words or --at LON,LAT"));
     constexpr int fewEnoughToRead = 50;
     const int limit = line.number("limit", 1, 1 << 20, fewEnoughToRead);
     const Session session(line);
@@ -147,7 +149,7 @@ int runFind(const CommandLine &line)
     }
     print(line.isSet("json") ? QString::fromUtf8(QJsonDocument(list).toJson()) : text);
     if (hits.isEmpty())
-        complain(QStringLiteral("nothing found"));
+        complain(QObject::tr("nothing found"));
     return hits.isEmpty() ? SomeFailed : Success;
 }
 
@@ -158,8 +160,9 @@ const Command &listCommand()
     static const Command command = {
         "list",
         "[--category NAME | --check FILE]",
-        "The catalogue of named systems.",
-        R"(Without options the categories with their counts. With --category its systems, a
+        QT_TRANSLATE_NOOP("QObject", "The catalogue of named systems."),
+        QT_TRANSLATE_NOOP("QObject",
+                          R"(Without options the categories with their counts. With --category its systems, a
 line each: EPSG code or "-", name, CoordSys string, separated by tabs.
 --check reads another catalogue file and reports, by line, what loading it would
 pass over in silence: lines that are no entry, entries that cannot be built or
@@ -168,11 +171,12 @@ the exit status is 1 when there are any.
 
 Examples:
   nivora-cs list
-)",
+)"),
         0,
         {
-            {"category", "NAME", "The systems of one category, letter case does not count."},
-            {"check", "FILE", "Check a catalogue file."},
+            {"category", "NAME",
+             QT_TRANSLATE_NOOP("QObject", "The systems of one category, letter case does not count.")},
+            {"check", "FILE", QT_TRANSLATE_NOOP("QObject", "Check a catalogue file.")},
         },
         runList,
     };
@@ -206,4 +210,19 @@ Examples:
         runFind,
     };
     return command;
+}
+
+QString systemsBeginningWith(const QString &digits)
+{
+    static const Command plain = {"", "", "", "", Command::AnyCount, {}, nullptr};
+    const Session session(CommandLine(plain, {}));
+    QMap<QString, QString> lines;
+    for (const CoordSystemParamsList &category : session.factory().mapinfoCoordSystem()->projectionList())
+        for (const nivora::cs::CoordSystemParams &entry : category.entries)
+            if (const QString code = codeText(entry.epsg()); code.startsWith(digits) && !lines.contains(code))
+                lines.insert(code, entry.name());
+    QString text;
+    for (auto line = lines.constBegin(); line != lines.constEnd(); ++line)
+        text += QStringLiteral("%1\t%2\n").arg(line.key(), line.value());
+    return text;
 }

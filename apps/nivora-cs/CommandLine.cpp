@@ -1,19 +1,14 @@
 #include "CommandLine.h"
 
 #include "CsText.h"
+#include "Messages.h"
 #include "Output.h"
 #include "PointText.h"
 
 #include <QByteArray>
+#include <QObject>
 
 namespace {
-
-const std::vector<Option> commonOptions = {
-    {"resources", "DIR", "Directory of the catalogues, instead of those that came with the program."},
-    {"language", "ru|en", "Language of the names in the catalogues, ru when not given."},
-    {"user-dir", "DIR", "Directory of your own systems (UserCoordSystem.xml), instead of your data folder."},
-    {"verbose", nullptr, "Write the library's log to stderr."},
-};
 
 QString text(const char *utf8) { return QString::fromUtf8(utf8); }
 
@@ -31,89 +26,137 @@ bool isCount(const QString &argument)
     return ok;
 }
 
+/// "-" is standard input, and a point may begin with a sign.
+bool looksLikeOption(const QString &argument)
+{
+    const bool begins = argument.size() > 1 && argument.startsWith(QLatin1Char('-'));
+    return begins && !isNumber(argument.section(QLatin1Char(','), 0, 0));
+}
+
+bool asksForHelp(const QStringList &arguments)
+{
+    const QStringList options = arguments.mid(0, arguments.indexOf(QStringLiteral("--")));
+    return options.contains(QStringLiteral("--help")) || options.contains(QStringLiteral("-h"));
+}
+
 } // namespace
+
+const std::vector<Option> &commonOptions()
+{
+    static const std::vector<Option> options = {
+        {"resources", "DIR",
+         QT_TRANSLATE_NOOP("QObject",
+                           "Directory of the catalogues, instead of those that came with the program.")},
+        {"language", "ru|en",
+         QT_TRANSLATE_NOOP("QObject", "Language of names and messages, instead of the locale's.")},
+        {"user-dir", "DIR",
+         QT_TRANSLATE_NOOP(
+             "QObject", "Directory of your own systems (UserCoordSystem.xml), instead of your data folder.")},
+        {"verbose", nullptr, QT_TRANSLATE_NOOP("QObject", "Write the library's log to stderr.")},
+    };
+    return options;
+}
 
 CommandLine::CommandLine(const Command &command, const QStringList &arguments)
     : m_command(command)
     , m_options(command.options)
+    , m_helpWanted(asksForHelp(arguments))
 {
-    m_options.insert(m_options.end(), commonOptions.begin(), commonOptions.end());
-    for (const Option &option : m_options)
-        m_parser.addOption(QCommandLineOption(text(option.name), text(option.help), text(option.valueName)));
-    m_parser.addOption(
-        QCommandLineOption({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("This text.")));
+    m_options.insert(m_options.end(), commonOptions().begin(), commonOptions().end());
+    if (m_helpWanted)
+        return;
     parse(arguments);
+    takeBareValue();
+    checkCount();
 }
 
 void CommandLine::parse(const QStringList &arguments)
 {
-    const bool parsed = m_parser.parse(optionsFirst(arguments));
-    if (parsed && helpWanted())
-        return;
-    const QString seeHelp = QStringLiteral("; see nivora-cs %1 --help").arg(text(m_command.name));
-    if (!parsed)
-        throw Failure(m_parser.errorText().section(QLatin1Char('.'), 0, 0) + seeHelp);
-    const int given = m_parser.positionalArguments().size();
-    if (m_command.argumentCount != Command::AnyCount && given != m_command.argumentCount)
-        throw Failure(QStringLiteral("%1: arguments expected %2, given %3%4")
-                          .arg(text(m_command.name), QString::number(m_command.argumentCount),
-                               QString::number(given), seeHelp));
-}
-
-/// QCommandLineParser takes "-5" for options and knows no value that may be left out. So options go before
-/// "--" and arguments behind it, and a bare option gets its value: the following number, when that leaves as
-/// many arguments as the command takes, else its default.
-QStringList CommandLine::optionsFirst(const QStringList &arguments) const
-{
-    QStringList options{QStringLiteral("nivora-cs")};
-    QStringList rest;
-    int bareOption = -1; // its place among the options
-    int followingArgument = -1;
     for (int i = 0; i < arguments.size(); ++i) {
         const QString &argument = arguments.at(i);
         if (argument == QLatin1String("--")) {
-            rest << arguments.mid(i + 1);
-            break;
+            m_arguments << arguments.mid(i + 1);
+            return;
         }
-        if (!argument.startsWith(QLatin1Char('-')) || argument.size() == 1 || isNumber(argument)) {
-            rest << argument;
-            continue;
-        }
-        const Option *option = valueOption(argument);
-        if (option && option->bareValue) {
-            bareOption = options.size();
-            followingArgument = rest.size();
-            options << argument + QLatin1Char('=') + text(option->bareValue);
-            continue;
-        }
-        options << argument;
-        if (!option)
-            continue;
-        if (i + 1 == arguments.size())
-            throw Failure(QStringLiteral("%1 needs a value").arg(argument));
-        options << arguments.at(++i);
+        if (looksLikeOption(argument))
+            i = parseOption(arguments, i);
+        else
+            m_arguments << argument;
     }
-    if (bareOption >= 0 && rest.size() == m_command.argumentCount + 1 &&
-        isCount(rest.value(followingArgument)))
-        options[bareOption] = options.at(bareOption).section(QLatin1Char('='), 0, 0) + QLatin1Char('=') +
-                              rest.takeAt(followingArgument);
-    return options << QStringLiteral("--") << rest;
 }
 
-/// The option that \p argument names when its value is to follow.
-const Option *CommandLine::valueOption(const QString &argument) const
+/// The place of the last argument that belongs to the option.
+int CommandLine::parseOption(const QStringList &arguments, int place)
 {
-    for (const Option &option : m_options)
-        if (option.valueName && argument == QStringLiteral("--") + text(option.name))
-            return &option;
-    return nullptr;
+    const QString &argument = arguments.at(place);
+    const QString name = argument.section(QLatin1Char('='), 0, 0);
+    const Option &found = option(name);
+    const bool hasValue = argument.size() > name.size();
+    if (m_values.contains(text(found.name)))
+        throw Failure(QObject::tr("%1 is given twice").arg(name) + seeHelp());
+    QString &value = m_values[text(found.name)];
+    if (hasValue && !found.valueName)
+        throw Failure(QObject::tr("%1 takes no value").arg(name) + seeHelp());
+    if (hasValue) {
+        value = argument.mid(name.size() + 1);
+    } else if (found.bareValue) {
+        value = text(found.bareValue);
+        m_bareOption = text(found.name);
+        m_behindBareOption = m_arguments.size();
+    } else if (found.valueName) {
+        if (place + 1 == arguments.size())
+            throw Failure(QObject::tr("%1 needs a value").arg(name) + seeHelp());
+        value = arguments.at(place + 1);
+        if (looksLikeOption(value))
+            throw Failure(
+                QObject::tr("%1 needs a value, and %2 looks like an option; %1=%2 if it is meant so")
+                    .arg(name, value));
+        return place + 1;
+    }
+    return place;
+}
+
+/// A bare option gets its value from the number behind it, when that leaves as many arguments as the command
+/// takes, else its default.
+void CommandLine::takeBareValue()
+{
+    if (!m_bareOption.isEmpty() && m_arguments.size() == m_command.argumentCount + 1 &&
+        isCount(m_arguments.value(m_behindBareOption)))
+        m_values[m_bareOption] = m_arguments.takeAt(m_behindBareOption);
+}
+
+void CommandLine::checkCount() const
+{
+    const int given = m_arguments.size();
+    if (m_command.argumentCount != Command::AnyCount && given != m_command.argumentCount)
+        throw Failure(
+            QObject::tr("%1: arguments expected %2, given %3")
+                .arg(text(m_command.name), QString::number(m_command.argumentCount), QString::number(given)) +
+            seeHelp());
+}
+
+/// Throws Failure for one that the command does not take; \p name begins with its dashes.
+const Option &CommandLine::option(const QString &name) const
+{
+    for (const Option &candidate : m_options) {
+        const QString dashed = QStringLiteral("--") + text(candidate.name);
+        if (name == dashed)
+            return candidate;
+        if (QLatin1Char('-') + name == dashed)
+            throw Failure(QObject::tr("options begin with two dashes: %1 instead of %2").arg(dashed, name));
+    }
+    throw Failure(QObject::tr("%1 has no option %2").arg(text(m_command.name), name) + seeHelp());
+}
+
+QString CommandLine::seeHelp() const
+{
+    return QObject::tr("; see nivora-cs %1 --help").arg(text(m_command.name));
 }
 
 QString CommandLine::required(const char *option) const
 {
     if (!isSet(option))
-        throw Failure(
-            QStringLiteral("%1 needs --%2; see nivora-cs %1 --help").arg(text(m_command.name), text(option)));
+        throw Failure(QObject::tr("%1 needs --%2").arg(text(m_command.name), text(option)) + seeHelp());
     return value(option);
 }
 
@@ -124,25 +167,30 @@ int CommandLine::number(const char *option, int low, int high, int otherwise) co
     bool ok = false;
     const int number = value(option).toInt(&ok);
     if (!ok || number < low || number > high)
-        throw Failure(QStringLiteral("--%1 takes a whole number from %2 to %3, not \"%4\"")
+        throw Failure(QObject::tr("--%1 takes a whole number from %2 to %3, not \"%4\"")
                           .arg(text(option), QString::number(low), QString::number(high), value(option)));
     return number;
 }
 
+QString optionForm(const Option &option)
+{
+    const QString name = QStringLiteral("--") + text(option.name);
+    if (!option.valueName)
+        return name;
+    return name +
+           (option.bareValue ? QStringLiteral(" [%1]") : QStringLiteral(" %1")).arg(text(option.valueName));
+}
+
 QString CommandLine::helpText() const
 {
-    QString result = QStringLiteral("Usage: nivora-cs %1 %2\n%3\n\n%4\nOptions:\n")
-                         .arg(text(m_command.name), text(m_command.arguments), text(m_command.summary),
-                              text(m_command.text));
-    const auto row = [&result](const QString &option, const QString &help) {
-        result += QStringLiteral("  %1 %2\n").arg(option.leftJustified(20), help);
+    QString result = QObject::tr("Usage: nivora-cs %1 %2\n%3\n\n%4\nOptions:\n")
+                         .arg(text(m_command.name), text(m_command.arguments), translated(m_command.summary),
+                              translated(m_command.text));
+    const auto row = [&result](const QString &form, const QString &help) {
+        result += QStringLiteral("  %1 %2\n").arg(form.leftJustified(20), help);
     };
-    for (const Option &option : m_options) {
-        const QString value = !option.valueName  ? QString()
-                              : option.bareValue ? QStringLiteral(" [%1]").arg(text(option.valueName))
-                                                 : QLatin1Char(' ') + text(option.valueName);
-        row(QStringLiteral("--") + text(option.name) + value, text(option.help));
-    }
-    row(QStringLiteral("-h, --help"), QStringLiteral("This text."));
-    return result + QLatin1Char('\n') + text(coordSystemHelp);
+    for (const Option &option : m_options)
+        row(optionForm(option), translated(option.help));
+    row(QStringLiteral("-h, --help"), QObject::tr("This text."));
+    return m_command.takesSystem ? result + QLatin1Char('\n') + translated(coordSystemHelp) : result;
 }

@@ -9,3 +9,8 @@ const Command &mgrsCommand();
 const Command &userCommand();
 const Command &listCommand();
 const Command &findCommand();
+
+#include <QString>
+
+/// Lines of code and name of the catalogue's systems whose code begins so, for completion.
+QString systemsBeginningWith(const QString &digits);

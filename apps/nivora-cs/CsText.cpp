@@ -13,8 +13,7 @@
 using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
 
-const char *const coordSystemHelp =
-    R"(CS is a coordinate system in one of these notations; a tag may stand before it:
+const char *const coordSystemHelp = QT_TRANSLATE_NOOP("QObject", R"(CS is a coordinate system in one of these notations; a tag may stand before it:
   32637                 EPSG code; also epsg:32637
   oracle:8307           Oracle Spatial number
   '+proj=utm +zone=37'  PROJ string; also proj:... or proj4:...
@@ -26,7 +25,7 @@ const char *const coordSystemHelp =
 x is always first: longitude or easting, then latitude or northing, whatever
 order an authority has for the system. Angles are degrees. The decimal mark is
 the point.
-)";
+)");
 
 namespace {
 
@@ -46,10 +45,10 @@ QString readFile(const QString &fileName)
 {
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
-        throw Failure(QStringLiteral("cannot read %1: %2").arg(fileName, file.errorString()));
+        throw Failure(QObject::tr("cannot read %1: %2").arg(fileName, file.errorString()));
     const QByteArray content = file.read(largestFile + 1);
     if (content.size() > largestFile)
-        throw Failure(QStringLiteral("%1 is too large for the text of a coordinate system").arg(fileName));
+        throw Failure(QObject::tr("%1 is too large for the text of a coordinate system").arg(fileName));
     QString text = QString::fromUtf8(content);
     if (text.startsWith(QChar::ByteOrderMark))
         text.remove(0, 1);
@@ -86,10 +85,9 @@ void checkCode(const CoordSystem::SourceData &source)
 {
     bool ok = false;
     if (source.string.toInt(&ok) <= 0 || !ok)
-        throw Failure(QStringLiteral("\"%1\" is no %2")
-                          .arg(source.string, source.type == CoordSystem::Epsg
-                                                  ? QStringLiteral("EPSG code")
-                                                  : QStringLiteral("Oracle number")));
+        throw Failure((source.type == CoordSystem::Epsg ? QObject::tr("\"%1\" is no EPSG code")
+                                                        : QObject::tr("\"%1\" is no Oracle number"))
+                          .arg(source.string));
 }
 
 } // namespace

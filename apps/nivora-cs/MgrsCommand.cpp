@@ -143,8 +143,9 @@ const Command &mgrsCommand()
     static const Command command = {
         "mgrs",
         "--cs CS [options] [FILE...]",
-        "Military grid references of points, and points of references.",
-        R"(Reads and writes as transform does: x and y become one reference, further columns
+        QT_TRANSLATE_NOOP("QObject", "Military grid references of points, and points of references."),
+        QT_TRANSLATE_NOOP("QObject",
+                          R"(Reads and writes as transform does: x and y become one reference, further columns
 are passed on. The points are brought to WGS 84 first. Digits are cut off, not
 rounded: a reference names the cell that the point lies in. With --inverse a line
 begins with a reference ("37UDB1234567890" or "37U DB 12345 67890") and the answer
@@ -153,13 +154,16 @@ is the south-west corner of its cell.
 Examples:
   echo 37.6173 55.7558 | nivora-cs mgrs --cs 4326
   echo 37UDB1324979476 | nivora-cs mgrs --cs 28407 --inverse
-)",
+)"),
         Command::AnyCount,
         {
-            {"cs", "CS", "The system of the points."},
-            {"inverse", nullptr, "Read references and write points."},
-            {"precision", "N", "Digits of each coordinate, 0 to 5 (5: a metre); with --inverse decimals."},
-            {"progress", nullptr, "Show a bar on stderr, when it is a terminal."},
+            {"cs", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the points.")},
+            {"inverse", nullptr, QT_TRANSLATE_NOOP("QObject", "Read references and write points.")},
+            {"precision", "N",
+             QT_TRANSLATE_NOOP("QObject",
+                               "Digits of each coordinate, 0 to 5 (5: a metre); with --inverse decimals.")},
+            {"progress", nullptr,
+             QT_TRANSLATE_NOOP("QObject", "Show a bar on stderr, when it is a terminal.")},
         },
         run,
     };

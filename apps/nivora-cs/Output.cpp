@@ -1,6 +1,7 @@
 #include "Output.h"
 
 #include <QByteArray>
+#include <QObject>
 
 #include <cerrno>
 #include <cstring>
@@ -83,8 +84,10 @@ void Output::writeAll(const char *bytes, std::size_t size) const
         } else if (wouldBlock(errno)) {
             pollfd ready{m_descriptor, POLLOUT, 0};
             ::poll(&ready, 1, -1);
+        } else if (errno == EPIPE && m_descriptor == STDOUT_FILENO) {
+            throw ReaderGone();
         } else if (errno != EINTR) {
-            throw Failure(QStringLiteral("cannot write the output: %1").arg(systemMessage(errno)));
+            throw Failure(QObject::tr("cannot write the output: %1").arg(systemMessage(errno)));
         }
     }
 }

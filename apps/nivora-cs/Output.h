@@ -16,6 +16,10 @@ public:
     {}
 };
 
+/// The reader of standard output has gone, as in "| head": the program ends in silence.
+struct ReaderGone : std::exception
+{};
+
 /// Exit statuses of the program.
 enum ExitStatus : int {
     Success = 0,
@@ -35,8 +39,8 @@ void report(const QString &line);
 /// The system's words for an errno value.
 QString systemMessage(int error);
 
-/// Bytes to a file descriptor through a buffer. Every failure to write is a Failure; nothing is written by
-/// the destructor, where a failure would be lost.
+/// Bytes to a file descriptor through a buffer. Every failure to write is a Failure, a closed pipe
+/// ReaderGone; nothing is written by the destructor, where a failure would be lost.
 class Output
 {
 public:

@@ -26,11 +26,11 @@ QRectF rectOf(const QStringList &arguments)
         const QString text = arguments.at(static_cast<int>(i));
         const QByteArray utf8 = text.toUtf8();
         if (!readNumber({utf8.constData(), static_cast<std::size_t>(utf8.size())}, numbers[i]))
-            throw Failure(QStringLiteral("\"%1\" is no number").arg(text));
+            throw Failure(QObject::tr("\"%1\" is no number").arg(text));
     }
     const QRectF rect(numbers[0], numbers[1], numbers[2], numbers[3]);
     if (!(rect.width() > 0.0) || !(rect.height() > 0.0))
-        throw Failure(QStringLiteral("width and height must be greater than 0"));
+        throw Failure(QObject::tr("width and height must be greater than 0"));
     return rect;
 }
 
@@ -45,7 +45,7 @@ bool transformed(const CommandLine &line, const CoordTransform &transform, const
         return inverse ? transform.inverseMesh(in, out, intervals)
                        : transform.forwardMesh(in, out, intervals);
     } catch (const std::bad_array_new_length &) {
-        throw Failure(QStringLiteral("a mesh of %1 intervals has too many points for this rectangle")
+        throw Failure(QObject::tr("a mesh of %1 intervals has too many points for this rectangle")
                           .arg(QString::number(intervals)));
     }
 }
@@ -61,8 +61,8 @@ int run(const CommandLine &line)
 
     QRectF out;
     if (!transformed(line, CoordTransform(from, to), in, out)) {
-        complain(line.isSet("mesh") ? QStringLiteral("no part of the rectangle can be transformed")
-                                    : QStringLiteral("a corner of the rectangle cannot be transformed"));
+        complain(line.isSet("mesh") ? QObject::tr("no part of the rectangle can be transformed")
+                                    : QObject::tr("a corner of the rectangle cannot be transformed"));
         return SomeFailed;
     }
     QStringList numbers;
@@ -79,8 +79,9 @@ const Command &rectCommand()
     static const Command command = {
         "rect",
         "--from CS --to CS [options] X Y W H",
-        "The rectangle that encloses a rectangle's image in another system.",
-        R"(X and Y are the smallest coordinates, W and H width and height; the answer is
+        QT_TRANSLATE_NOOP("QObject", "The rectangle that encloses a rectangle's image in another system."),
+        QT_TRANSLATE_NOOP("QObject",
+                          R"(X and Y are the smallest coordinates, W and H width and height; the answer is
 written in the same order. Only the four corners are transformed, unless --mesh
 is given: then a mesh of points with N intervals along the width, so that edges
 that bulge and poles inside count too, and points that fail are left out.
@@ -89,14 +90,18 @@ The exit status is 1 when the rectangle cannot be transformed.
 Examples:
   nivora-cs rect --from 4326 --to 32637 36 55 3 1
   nivora-cs rect --from 4326 --to 3575 --mesh 50 -180 60 360 30
-)",
+)"),
         4,
         {
-            {"from", "CS", "The system of the rectangle."},
-            {"to", "CS", "The system of the answer."},
-            {"inverse", nullptr, "The other way: the rectangle is in the --to system."},
-            {"mesh", "N", "Transform a mesh of points; 100 intervals when N is left out.", "100"},
-            {"precision", "N", "Decimals; when not given, enough for a tenth of a millimetre."},
+            {"from", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the rectangle.")},
+            {"to", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the answer.")},
+            {"inverse", nullptr,
+             QT_TRANSLATE_NOOP("QObject", "The other way: the rectangle is in the --to system.")},
+            {"mesh", "N",
+             QT_TRANSLATE_NOOP("QObject", "Transform a mesh of points; 100 intervals when N is left out."),
+             "100"},
+            {"precision", "N",
+             QT_TRANSLATE_NOOP("QObject", "Decimals; when not given, enough for a tenth of a millimetre.")},
         },
         run,
     };

@@ -1,6 +1,7 @@
 #include "Session.h"
 
 #include "CommandLine.h"
+#include "Messages.h"
 #include "Output.h"
 
 #include <QCoreApplication>
@@ -73,7 +74,7 @@ QDir userDir(const CommandLine &line)
 Failure startUpFailure(const QDir &resources, const QString &exceptionText)
 {
     const QString logged = takeLastErrorMessage();
-    return Failure(QStringLiteral("cannot start with the catalogues in %1: %2")
+    return Failure(QObject::tr("cannot start with the catalogues in %1: %2")
                        .arg(resources.absolutePath(), logged.isEmpty() ? exceptionText : logged));
 }
 
@@ -85,7 +86,7 @@ Session::Session(const CommandLine &line)
 {
     if (line.isSet("verbose"))
         setVerbose();
-    const QString language = line.isSet("language") ? line.value("language") : QStringLiteral("ru");
+    const QString language = line.isSet("language") ? line.value("language") : localeLanguage();
     const QDir resources = resourceDir(line);
     m_factory = std::make_shared<CoordSysFactory>(resources, userDir(line), language);
     bool started = false;
@@ -95,7 +96,7 @@ Session::Session(const CommandLine &line)
         throw startUpFailure(resources, QString::fromUtf8(e.what()));
     }
     if (!started)
-        throw startUpFailure(resources, QStringLiteral("no reason is known"));
+        throw startUpFailure(resources, QObject::tr("no reason is known"));
     CoordSysFactory::setDefaultCoordSysFactory(m_factory);
 }
 

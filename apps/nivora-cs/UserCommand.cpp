@@ -66,7 +66,7 @@ const Entry *entryIn(const UserCoordSystem &store, const QString &branch,
 QString branchOption(const CommandLine &line)
 {
     // The name that the library gives to branches without one.
-    return line.isSet("branch") ? line.value("branch") : QObject::tr("Каталог");
+    return line.isSet("branch") ? line.value("branch") : UserCoordSystem::defaultBranch();
 }
 
 /// Reading, changing and writing are one step for other runs of this program.
@@ -78,12 +78,12 @@ public:
     {
         const QString dir = store.fileInfo().absolutePath();
         if (!QDir().mkpath(dir))
-            throw Failure(QStringLiteral("cannot make the directory %1").arg(dir));
+            throw Failure(QObject::tr("cannot make the directory %1").arg(dir));
         m_lock.setStaleLockTime(lockDoubtedAfterMs);
         if (!m_lock.tryLock(lockTimeoutMs))
             throw Failure(m_lock.error() == QLockFile::LockFailedError
-                              ? QStringLiteral("%1 is being changed by another program").arg(filePath(store))
-                              : QStringLiteral("cannot write in the directory %1").arg(dir));
+                              ? QObject::tr("%1 is being changed by another program").arg(filePath(store))
+                              : QObject::tr("cannot write in the directory %1").arg(dir));
     }
 
 private:
@@ -122,7 +122,7 @@ int store(const CommandLine &line, const Session &session, const QString &text, 
     UserCoordSystem &systems = loaded(session);
     const Entry *known = entryIn(systems, branch, source);
     if (known && !mayReplace)
-        throw Failure(QStringLiteral("%1 is already in the branch %2; \"user set\" replaces it")
+        throw Failure(QObject::tr("%1 is already in the branch %2; \"user set\" replaces it")
                           .arg(sourceText(source), branch));
     const QString description = line.isSet("description") ? line.value("description")
                                 : known                   ? known->description()
@@ -175,7 +175,7 @@ int remove(const CommandLine &line, const Session &session, const QString &text)
         }
     }
     if (!found)
-        throw Failure(QStringLiteral("%1 is not among your systems").arg(text));
+        throw Failure(QObject::tr("%1 is not among your systems").arg(text));
     systems.saveToFile(true);
     return Success;
 }
@@ -183,13 +183,13 @@ int remove(const CommandLine &line, const Session &session, const QString &text)
 QString whyUnusable(const Session &session, const CoordSystem::SourceData &source)
 {
     if (source.type == CoordSystem::Unknown)
-        return QStringLiteral("the notation is not known");
+        return QObject::tr("the notation is not known");
     try {
         makeSystem(session, source);
     } catch (const std::exception &e) {
         return oneLine(QString::fromUtf8(e.what()));
     }
-    return QStringLiteral("the system cannot be made");
+    return QObject::tr("the system cannot be made");
 }
 
 bool sameSystem(const CoordSystemPtr &a, const CoordSystemPtr &b)
@@ -217,9 +217,9 @@ int check(const CommandLine &, const Session &session, const QString &)
                 problems << QStringLiteral("%1: %2").arg(name, whyUnusable(session, entry.source()));
             for (const Named &other : qAsConst(seen)) {
                 if (other.entry.source() == entry.source())
-                    problems << QStringLiteral("%1: stands twice, also as %2").arg(name, other.name);
+                    problems << QObject::tr("%1: stands twice, also as %2").arg(name, other.name);
                 else if (sameSystem(other.entry.storedSystem(), entry.storedSystem()))
-                    problems << QStringLiteral("%1: the same system as %2").arg(name, other.name);
+                    problems << QObject::tr("%1: the same system as %2").arg(name, other.name);
                 else
                     continue;
                 break;
@@ -229,7 +229,7 @@ int check(const CommandLine &, const Session &session, const QString &)
     }
     for (const QString &problem : qAsConst(problems))
         print(problem + QLatin1Char('\n'));
-    print(QStringLiteral("%1: %2 entries, %3 problems\n")
+    print(QObject::tr("%1: %2 entries, %3 problems\n")
               .arg(filePath(session.userSystems()), QString::number(seen.size()),
                    QString::number(problems.size())));
     return problems.isEmpty() ? Success : SomeFailed;
@@ -239,11 +239,37 @@ struct Action
 {
     const char *name;
     int argumentCount; // the action's name included
+    const char *options;
     int (*run)(const CommandLine &, const Session &, const QString &text);
 };
 constexpr Action actions[] = {
-    {"list", 1, list}, {"add", 2, add}, {"set", 2, set}, {"remove", 2, remove}, {"check", 1, check},
+    {"list", 1, "json", list},
+    {"add", 2, "branch description", add},
+    {"set", 2, "branch description", set},
+    {"remove", 2, "branch", remove},
+    {"check", 1, "", check},
 };
+
+void checkOptions(const CommandLine &line, const Action &action)
+{
+    QStringList taken = QString::fromLatin1(action.options).split(QLatin1Char(' '));
+    for (const Option &option : commonOptions())
+        taken << QLatin1String(option.name);
+    for (const QString &given : line.options())
+        if (!taken.contains(given))
+            throw Failure(QObject::tr("user %1 has no option --%2; see nivora-cs user --help")
+                              .arg(QLatin1String(action.name), given));
+}
+
+void checkArguments(const CommandLine &line, const Action &action)
+{
+    checkOptions(line, action);
+    if (line.arguments().size() != action.argumentCount)
+        throw Failure((action.argumentCount == 1
+                           ? QObject::tr("user %1 takes no further arguments; see nivora-cs user --help")
+                           : QObject::tr("user %1 takes one coordinate system; see nivora-cs user --help"))
+                          .arg(QLatin1String(action.name)));
+}
 
 int run(const CommandLine &line)
 {
@@ -251,14 +277,12 @@ int run(const CommandLine &line)
     for (const Action &action : actions) {
         if (arguments.value(0) != QLatin1String(action.name))
             continue;
-        if (arguments.size() != action.argumentCount)
-            throw Failure(QStringLiteral("user %1 takes %2; see nivora-cs user --help")
-                              .arg(arguments.first(), action.argumentCount == 1
-                                                          ? QStringLiteral("no further arguments")
-                                                          : QStringLiteral("one coordinate system")));
+        checkArguments(line, action);
         const Session session(line);
         try {
             return action.run(line, session, arguments.value(1));
+        } catch (const ReaderGone &) {
+            throw;
         } catch (const std::exception &e) {
             if (action.run != check)
                 throw;
@@ -266,7 +290,7 @@ int run(const CommandLine &line)
             return SomeFailed;
         }
     }
-    throw Failure(QStringLiteral("user takes list, add, set, remove or check; see nivora-cs user --help"));
+    throw Failure(QObject::tr("user takes list, add, set, remove or check; see nivora-cs user --help"));
 }
 
 } // namespace
@@ -276,8 +300,8 @@ const Command &userCommand()
     static const Command command = {
         "user",
         "list|add|set|remove|check [options] [CS]",
-        "Your own catalogue of systems.",
-        R"(  user list        all entries, under the names of their branches
+        QT_TRANSLATE_NOOP("QObject", "Your own catalogue of systems."),
+        QT_TRANSLATE_NOOP("QObject", R"(  user list        all entries, under the names of their branches
   user add CS      a new entry
   user set CS      replaces the description of an entry, or adds the entry
   user remove CS   takes an entry out of its branch, or of every branch
@@ -290,12 +314,14 @@ Examples:
   nivora-cs user add --branch Moscow --description 'Local grid' 'CoordSys Earth Projection 8, 1001, "m", 37.5, 0, 1, 0, 0'
   nivora-cs user add 32637
   nivora-cs user remove 32637
-)",
+)"),
         Command::AnyCount,
         {
-            {"branch", "NAME", "The branch of the entry, \"Каталог\" when not given."},
-            {"description", "TEXT", "The name of the entry; that of the system when not given."},
-            {"json", nullptr, "list: write a JSON array."},
+            {"branch", "NAME",
+             QT_TRANSLATE_NOOP("QObject", "The branch of the entry, \"Catalogue\" when not given.")},
+            {"description", "TEXT",
+             QT_TRANSLATE_NOOP("QObject", "The name of the entry; that of the system when not given.")},
+            {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "list: write a JSON array.")},
         },
         run,
     };

@@ -1,10 +1,13 @@
 #include "CommandLine.h"
 #include "Commands.h"
 #include "CsText.h"
+#include "Manual.h"
+#include "Messages.h"
 #include "Output.h"
 #include "Session.h"
 
 #include <QCoreApplication>
+#include <QObject>
 
 #include <csignal>
 #include <fcntl.h>
@@ -32,19 +35,33 @@ void occupyStandardDescriptors()
 
 QString overview()
 {
-    QString text =
-        QStringLiteral("Usage: nivora-cs COMMAND [options] [arguments]\n"
-                       "Coordinate systems: what they are, and coordinates from one to another.\n\n");
+    QString text = QObject::tr("Usage: nivora-cs COMMAND [options] [arguments]\n"
+                               "Coordinate systems: what they are, and coordinates from one to another.\n\n");
     for (const Command *command : commands())
         text += QStringLiteral("  %1 %2\n")
                     .arg(QLatin1String(command->name), -10)
-                    .arg(QLatin1String(command->summary));
+                    .arg(translated(command->summary));
     return text +
-           QStringLiteral("\n  nivora-cs COMMAND --help tells more, with examples.\n"
-                          "  --help, --version\n\n") +
-           QString::fromUtf8(coordSystemHelp) +
-           QStringLiteral(
-               "\nExit status: 0 done; 1 some lines or entries failed; 2 nothing could be done.\n");
+           QObject::tr("\n  nivora-cs COMMAND --help tells more, with examples.\n"
+                       "  --help, --version\n\n") +
+           translated(coordSystemHelp) +
+           QObject::tr("\nExit status: 0 done; 1 some lines or entries failed; 2 nothing could be done.\n");
+}
+
+/// What stands in place of a command; false when \p name is none of it.
+bool runWithoutCommand(const QString &name, const QStringList &arguments)
+{
+    if (name == QLatin1String("--help") || name == QLatin1String("-h") || name == QLatin1String("help"))
+        print(overview());
+    else if (name == QLatin1String("--version") || name == QLatin1String("-v"))
+        print(QStringLiteral("nivora-cs %1\n").arg(QCoreApplication::applicationVersion()));
+    else if (name == QLatin1String("--generate")) // for the build, so in no help
+        print(generatedText(commands(), arguments.value(1)));
+    else if (name == QLatin1String("--complete")) // for the shells' completion
+        print(systemsBeginningWith(arguments.value(1)));
+    else
+        return false;
+    return true;
 }
 
 int run(const QStringList &arguments)
@@ -54,14 +71,8 @@ int run(const QStringList &arguments)
         report(overview());
         return Unusable;
     }
-    if (name == QLatin1String("--help") || name == QLatin1String("-h") || name == QLatin1String("help")) {
-        print(overview());
+    if (runWithoutCommand(name, arguments))
         return Success;
-    }
-    if (name == QLatin1String("--version") || name == QLatin1String("-v")) {
-        print(QStringLiteral("nivora-cs %1\n").arg(QCoreApplication::applicationVersion()));
-        return Success;
-    }
     for (const Command *command : commands()) {
         if (name != QLatin1String(command->name))
             continue;
@@ -72,7 +83,20 @@ int run(const QStringList &arguments)
         }
         return command->run(line);
     }
-    throw Failure(QStringLiteral("no command \"%1\"; see nivora-cs --help").arg(name));
+    throw Failure(QObject::tr("no command \"%1\"; see nivora-cs --help").arg(name));
+}
+
+/// Messages about the command line itself are in the language that it asks for too.
+QString languageOf(const QStringList &arguments)
+{
+    const QString option = QStringLiteral("--language");
+    const int place = arguments.indexOf(option);
+    if (place >= 0 && place + 1 < arguments.size())
+        return arguments.at(place + 1);
+    for (const QString &argument : arguments)
+        if (argument.startsWith(option + QLatin1Char('=')))
+            return argument.mid(option.size() + 1);
+    return localeLanguage();
 }
 
 } // namespace
@@ -88,8 +112,11 @@ int main(int argc, char **argv)
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
         arguments << QString::fromUtf8(argv[i]); // whatever the locale says
+    setMessageLanguage(languageOf(arguments));
     try {
         return run(arguments);
+    } catch (const ReaderGone &) {
+        return Success; // nobody is left to tell anything to
     } catch (const std::exception &e) {
         complain(QString::fromUtf8(e.what()));
         return Unusable;

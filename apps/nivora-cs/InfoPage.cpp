@@ -1,0 +1,138 @@
+#include "InfoText.h"
+
+#include "Messages.h"
+
+#include <coordsys/CoordSystem.h>
+
+#include <QLocale>
+#include <QObject>
+
+using namespace nivora::cs;
+
+namespace {
+
+QString number(double value) { return QString::number(value, 'g', QLocale::FloatingPointShortest); }
+
+/// "36° … 42°, 0° … 84°"
+QString degreesText(const QRectF &area)
+{
+    const double east = area.right() > 180.0 ? area.right() - 360.0 : area.right();
+    return QStringLiteral("%1° … %2°, %3° … %4°")
+        .arg(number(area.left()), number(east), number(area.top()), number(area.bottom()));
+}
+
+QString areaText(const CoordSystem &, const SystemInfo &info)
+{
+    return info.area.isNull() ? QString() : degreesText(info.area);
+}
+
+QString kindLine(const CoordSystem &, const SystemInfo &info)
+{
+    const QString kind = kindText(info.kind);
+    return info.method.isEmpty() ? kind : QStringLiteral("%1 (%2)").arg(kind, info.method);
+}
+
+QString codeLine(const CoordSystem &, const SystemInfo &info)
+{
+    return info.isDeprecated ? QObject::tr("%1, withdrawn").arg(info.identifier) : info.identifier;
+}
+
+QString unitLine(const CoordSystem &cs, const SystemInfo &)
+{
+    const LinearUnit unit = cs.unit();
+    const QString name = unit.localizedName().isEmpty() ? unit.name() : unit.localizedName();
+    return unit.description().isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, unit.description());
+}
+
+QString ellipsoidLine(const CoordSystem &, const SystemInfo &info)
+{
+    if (!(info.semiMajorM > 0.0))
+        return {};
+    const QString figures =
+        info.inverseFlattening > 0.0
+            ? QObject::tr("a = %1 m, 1/f = %2").arg(number(info.semiMajorM), number(info.inverseFlattening))
+            : QObject::tr("a sphere of %1 m").arg(number(info.semiMajorM));
+    return info.ellipsoid.isEmpty() ? figures : QStringLiteral("%1, %2").arg(info.ellipsoid, figures);
+}
+
+QString meridianLine(const CoordSystem &, const SystemInfo &info)
+{
+    if (info.primeMeridianDeg == 0.0)
+        return {};
+    return QStringLiteral("%1, %2°").arg(info.primeMeridian, number(info.primeMeridianDeg));
+}
+
+QString shiftLine(const CoordSystem &cs, const SystemInfo &)
+{
+    QStringList figures;
+    if (!cs.isNonEarth())
+        for (const double figure : cs.getTOWGS84Params())
+            figures << number(figure);
+    return figures.join(QLatin1Char(' '));
+}
+
+QString boundsLine(const CoordSystem &cs, const SystemInfo &)
+{
+    const QRectF rect = cs.rectNumericCoordSys();
+    if (rect.isNull())
+        return {};
+    const QString corners =
+        QStringLiteral("%1 %2 … %3 %4")
+            .arg(number(rect.left()), number(rect.top()), number(rect.right()), number(rect.bottom()));
+    return cs.isRectSet() ? QObject::tr("%1, as the definition has them").arg(corners) : corners;
+}
+
+QString affineLine(const CoordSystem &cs, const SystemInfo &)
+{
+    const QTransform *t = cs.affineTransform();
+    QStringList figures;
+    if (t)
+        for (const double figure : {t->m11(), t->m21(), t->dx(), t->m12(), t->m22(), t->dy()})
+            figures << number(figure);
+    return figures.join(QLatin1Char(' '));
+}
+
+struct Line
+{
+    const char *title;
+    QString (*text)(const CoordSystem &, const SystemInfo &); ///< empty, or throws: not known, not shown
+};
+const Line lines[] = {
+    {QT_TRANSLATE_NOOP("QObject", "Name"), [](const CoordSystem &, const SystemInfo &i) { return i.name; }},
+    {QT_TRANSLATE_NOOP("QObject", "Code"), codeLine},
+    {QT_TRANSLATE_NOOP("QObject", "Kind"), kindLine},
+    {QT_TRANSLATE_NOOP("QObject", "Unit"), unitLine},
+    {QT_TRANSLATE_NOOP("QObject", "Area of use"),
+     [](const CoordSystem &, const SystemInfo &i) { return i.areaName; }},
+    {QT_TRANSLATE_NOOP("QObject", "Area (longitude, latitude)"), areaText},
+    {QT_TRANSLATE_NOOP("QObject", "Ellipsoid"), ellipsoidLine},
+    {QT_TRANSLATE_NOOP("QObject", "Datum"), [](const CoordSystem &, const SystemInfo &i) { return i.datum; }},
+    {QT_TRANSLATE_NOOP("QObject", "Prime meridian"), meridianLine},
+    {QT_TRANSLATE_NOOP("QObject", "Shift to WGS 84 in the text"), shiftLine},
+    {QT_TRANSLATE_NOOP("QObject", "Bounds"), boundsLine},
+    {QT_TRANSLATE_NOOP("QObject", "Affine transformation (A B C D E F)"), affineLine},
+    {QT_TRANSLATE_NOOP("QObject", "CoordSys"),
+     [](const CoordSystem &cs, const SystemInfo &) { return cs.prjStr(); }},
+};
+
+QString titled(const QString &title, const QString &text)
+{
+    return text.isEmpty() ? QString() : QStringLiteral("%1: %2\n").arg(title, text.simplified());
+}
+
+} // namespace
+
+QString infoPage(const CoordSystem &cs, const SystemInfo &info)
+{
+    QString page;
+    for (const Line &line : lines) {
+        try {
+            page += titled(translated(line.title), line.text(cs, info));
+        } catch (const std::exception &) {
+            continue; // said under "Assumed" where it matters
+        }
+    }
+    for (const QString &assumption : info.assumptions)
+        page += titled(QObject::tr("Assumed"), assumption);
+    return page;
+}

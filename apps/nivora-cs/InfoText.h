@@ -1,0 +1,11 @@
+#pragma once
+
+#include <coordsys/SystemInfo.h>
+
+#include <QString>
+
+/// What is known of a system as a JSON object: null for what is not known, with the reasons under "unknown".
+QString infoJson(const nivora::cs::CoordSystem &cs, const nivora::cs::SystemInfo &info);
+
+/// The same for people: a line "Title: value" for each thing that is known.
+QString infoPage(const nivora::cs::CoordSystem &cs, const nivora::cs::SystemInfo &info);

@@ -1,0 +1,453 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="en" sourcelanguage="ru">
+<context>
+    <name>QObject</name>
+    <message>
+        <source>Не проинициализированы КС</source>
+        <translation>Coordinate systems are not initialised</translation>
+    </message>
+    <message>
+        <source>Строка КС пустая</source>
+        <translation>The text of the coordinate system is empty</translation>
+    </message>
+    <message>
+        <source>Неверная строка КС
+%1</source>
+        <translation>Not a coordinate system
+%1</translation>
+    </message>
+    <message>
+        <source>КС не имеет плановой части: %1</source>
+        <translation>The coordinate system has no horizontal part: %1</translation>
+    </message>
+    <message>
+        <source>Ошибка импорта из строки WKT:
+%1
+(%2)</source>
+        <translation>Cannot read the WKT text:
+%1
+(%2)</translation>
+    </message>
+    <message>
+        <source>Неверный формат строки</source>
+        <translation>Wrong format of the text</translation>
+    </message>
+    <message>
+        <source>Ошибка инициализации проекции: %1</source>
+        <translation>Cannot make the projection: %1</translation>
+    </message>
+    <message>
+        <source>Ошибка экспорта КС в формат proj</source>
+        <translation>Cannot write the coordinate system as PROJ text</translation>
+    </message>
+    <message>
+        <source>Не могу открыть файл %0</source>
+        <translation>Cannot open the file %0</translation>
+    </message>
+    <message>
+        <source>Данные для SRID=%1 в файле %0 отсутствуют</source>
+        <translation>No data for SRID=%1 in the file %0</translation>
+    </message>
+    <message>
+        <source>Вырожденное аффинное преобразование</source>
+        <translation>The affine transformation is singular</translation>
+    </message>
+    <message>
+        <source>Каталог с ресурсами %1 не существует</source>
+        <translation>The resource directory %1 does not exist</translation>
+    </message>
+    <message>
+        <source>База данных %1 не подходит для PROJ, каталог пропущен</source>
+        <translation>PROJ cannot use the database %1, the directory is left out</translation>
+    </message>
+    <message>
+        <source>Не найден файл &quot;%1&quot;. Необходимо указать путь к нему в переменной окружения %2. Каталог можно указать также в PROJ_DATA или в настройке proj/ProjDataDir.</source>
+        <translation>File &quot;%1&quot; not found. Give its path in the environment variable %2. The directory can also be given in PROJ_DATA or in the setting proj/ProjDataDir.</translation>
+    </message>
+    <message>
+        <source>Путь с ресурсами неверен:%1</source>
+        <translation>Wrong path of the resources: %1</translation>
+    </message>
+    <message>
+        <source>Системные ресурсы КС: %1</source>
+        <translation>System resources of coordinate systems: %1</translation>
+    </message>
+    <message>
+        <source>Пользовательские ресурсы КС: %1</source>
+        <translation>User&apos;s resources of coordinate systems: %1</translation>
+    </message>
+    <message>
+        <source>Инициализация координатных систем</source>
+        <translation>Starting up coordinate systems</translation>
+    </message>
+    <message>
+        <source>Очистка ресурсов координатных систем</source>
+        <translation>Releasing the resources of coordinate systems</translation>
+    </message>
+    <message>
+        <source>Не могу открыть файл %1</source>
+        <translation>Cannot open the file %1</translation>
+    </message>
+    <message>
+        <source>Ограничения для КС: %1</source>
+        <translation>Bounds of coordinate systems: %1</translation>
+    </message>
+    <message>
+        <source>Строка с координатной системой пустая</source>
+        <translation>The text with the coordinate system is empty</translation>
+    </message>
+    <message>
+        <source>Не могу рассчитать ограничивающий прямоугольник для КС (%1)</source>
+        <translation>Cannot work out the bounds of the coordinate system (%1)</translation>
+    </message>
+    <message>
+        <source>Не могу задать пустые границы</source>
+        <translation>Cannot set empty bounds</translation>
+    </message>
+    <message>
+        <source>Не могу определить единицы измерения (%1) КС (%2).</source>
+        <translation>Cannot tell the unit (%1) of the coordinate system (%2).</translation>
+    </message>
+    <message>
+        <source>Не могу получить параметр</source>
+        <translation>Cannot get the parameter</translation>
+    </message>
+    <message>
+        <source>Не могу получить параметры</source>
+        <translation>Cannot get the parameters</translation>
+    </message>
+    <message>
+        <source>Ошибка прямого преобразования (%1, %2): %3</source>
+        <translation>Forward conversion of (%1, %2) failed: %3</translation>
+    </message>
+    <message>
+        <source>Ошибка обратного преобразования (%1, %2): %3</source>
+        <translation>Inverse conversion of (%1, %2) failed: %3</translation>
+    </message>
+    <message>
+        <source>Ошибка преобразования первой точки (%1, %2)</source>
+        <translation>Conversion of the first point (%1, %2) failed</translation>
+    </message>
+    <message>
+        <source>Ошибка преобразования второй точки (%1, %2)</source>
+        <translation>Conversion of the second point (%1, %2) failed</translation>
+    </message>
+    <message>
+        <source>Ошибка экспорта координатной системы в формат %0. %1</source>
+        <translation>Cannot write the coordinate system as %0. %1</translation>
+    </message>
+    <message>
+        <source>Ошибка экспорта КС в формат proj
+%1
+%2</source>
+        <translation>Cannot write the coordinate system as PROJ text
+%1
+%2</translation>
+    </message>
+    <message>
+        <source>Аффинное преобразование не записано: %1</source>
+        <translation>The affine transformation was not written: %1</translation>
+    </message>
+    <message>
+        <source>Неизвестный тип проекции %1</source>
+        <translation>Unknown type of projection: %1</translation>
+    </message>
+    <message>
+        <source>Пустой прямоугольник на входе %1</source>
+        <translation>Empty input rectangle %1</translation>
+    </message>
+    <message>
+        <source>Ни одна из КС не является географической</source>
+        <translation>Neither of the coordinate systems is geographic</translation>
+    </message>
+    <message>
+        <source>Ошибка преобразования координат</source>
+        <translation>Coordinates cannot be transformed</translation>
+    </message>
+    <message>
+        <source>Исправленная КС: %1</source>
+        <translation>Corrected coordinate system: %1</translation>
+    </message>
+    <message>
+        <source>Не могу создать объект трансформации. %1</source>
+        <translation>Cannot make the transformation. %1</translation>
+    </message>
+    <message>
+        <source>Слишком глубокая вложенность элементов</source>
+        <translation>Elements are nested too deeply</translation>
+    </message>
+    <message>
+        <source>Это не файл</source>
+        <translation>This is not a file</translation>
+    </message>
+    <message>
+        <source>Файл слишком велик</source>
+        <translation>The file is too large</translation>
+    </message>
+    <message>
+        <source>Неизвестная единица измерения: %1</source>
+        <translation>Unknown unit: %1</translation>
+    </message>
+    <message>
+        <source>Не могу определить дополнительные параметры датума</source>
+        <translation>Cannot read the further parameters of the datum</translation>
+    </message>
+    <message>
+        <source>Не могу определить единицы измерения.</source>
+        <translation>Cannot tell the unit.</translation>
+    </message>
+    <message>
+        <source>Неверное значение проекции:%1</source>
+        <translation>Wrong value of the projection: %1</translation>
+    </message>
+    <message>
+        <source>Не могу определить тип КС</source>
+        <translation>Cannot tell the type of the coordinate system</translation>
+    </message>
+    <message>
+        <source>Недостаточно параметров в строке prj</source>
+        <translation>Not enough parameters in the CoordSys text</translation>
+    </message>
+    <message>
+        <source>Пустая входная строка</source>
+        <translation>The input text is empty</translation>
+    </message>
+    <message>
+        <source>Ошибка при освобождении ресурсов %0</source>
+        <translation>Cannot release the resources of %0</translation>
+    </message>
+    <message>
+        <source>Файл с проекциями: %1</source>
+        <translation>File of projections: %1</translation>
+    </message>
+    <message>
+        <source>Категорий: %1, Проекций: %2</source>
+        <translation>Categories: %1, projections: %2</translation>
+    </message>
+    <message>
+        <source>Каталог координатных систем MapInfo не содержит категории с номером %1</source>
+        <translation>The MapInfo catalogue of coordinate systems has no category number %1</translation>
+    </message>
+    <message>
+        <source>Каталог координатных систем MapInfo не содержит координатной системы с индексом %1,%2</source>
+        <translation>The MapInfo catalogue of coordinate systems has no system with the index %1,%2</translation>
+    </message>
+    <message>
+        <source>Широта не попадает в допустимые пределы (от -90 до 90 градусов)</source>
+        <translation>Latitude is outside of the limits (-90 to 90 degrees)</translation>
+    </message>
+    <message>
+        <source>Долгота не попадает в допустимые пределы (от -180 до 360 градусов)</source>
+        <translation>Longitude is outside of the limits (-180 to 360 degrees)</translation>
+    </message>
+    <message>
+        <source>Ошибка строки MGRS: строка слишком длинная, слишком короткая или содержит ошибки</source>
+        <translation>Bad MGRS text: too long, too short or with errors</translation>
+    </message>
+    <message>
+        <source>Точность должна быть между 0 и 5 включительно</source>
+        <translation>Precision must be from 0 to 5</translation>
+    </message>
+    <message>
+        <source>Величина большой полуоси отрицательная или равна нулю</source>
+        <translation>The semi-major axis is negative or zero</translation>
+    </message>
+    <message>
+        <source>Обратный коэффициент сжатия не попадает в допустимые пределы (от 250 до 350)</source>
+        <translation>The inverse flattening is outside of the limits (250 to 350)</translation>
+    </message>
+    <message>
+        <source>Координата восточного положения не попадает в допустимые пределы (от 100,000 до 900,000 метров для UTM) (от 0 до 4,000,000 метров для UPS)</source>
+        <translation>The easting is outside of the limits (100,000 to 900,000 metres for UTM) (0 to 4,000,000 metres for UPS)</translation>
+    </message>
+    <message>
+        <source>Координата северного положения не попадает в допустимые пределы (от 0 до 10,000,000 метров для UTM) (от 0 до 4,000,000 метров для UPS)</source>
+        <translation>The northing is outside of the limits (0 to 10,000,000 metres for UTM) (0 to 4,000,000 metres for UPS)</translation>
+    </message>
+    <message>
+        <source>Номер зоны не попадает в допустимые пределы (от 1 до 60)</source>
+        <translation>The zone number is outside of the limits (1 to 60)</translation>
+    </message>
+    <message>
+        <source>Не задано полушарие (должно быть &apos;N&apos; или &apos;S&apos;)</source>
+        <translation>The hemisphere is not given (it must be &apos;N&apos; or &apos;S&apos;)</translation>
+    </message>
+    <message>
+        <source>Неизвестный код ошибки %1</source>
+        <translation>Unknown error code %1</translation>
+    </message>
+    <message>
+        <source>%1: Ошибка %2</source>
+        <translation>%1: error %2</translation>
+    </message>
+    <message>
+        <source>Файл с параметрами проекций: %1</source>
+        <translation>File of projection parameters: %1</translation>
+    </message>
+    <message>
+        <source>Ошибка загрузки файла проекций %1</source>
+        <translation>Cannot load the file of projections %1</translation>
+    </message>
+    <message>
+        <source>Строка %1: Не удалось добавить проекцию</source>
+        <translation>Line %1: cannot add the projection</translation>
+    </message>
+    <message>
+        <source>Строка %1: Не удалось добавить эллипсоид</source>
+        <translation>Line %1: cannot add the ellipsoid</translation>
+    </message>
+    <message>
+        <source>Строка %1: Не удалось добавить датум</source>
+        <translation>Line %1: cannot add the datum</translation>
+    </message>
+    <message>
+        <source>Строка %1: Не удалось добавить линейную единицу измерения</source>
+        <translation>Line %1: cannot add the unit of length</translation>
+    </message>
+    <message>
+        <source>Строка %1: Не удалось добавить площадную единицу измерения</source>
+        <translation>Line %1: cannot add the unit of area</translation>
+    </message>
+    <message>
+        <source>Ошибка экспорта КС в формат MI Prj: %1</source>
+        <translation>Cannot write the coordinate system as CoordSys text: %1</translation>
+    </message>
+    <message>
+        <source>Запрос имени для %1=%2</source>
+        <translation>Looking up the name of %1=%2</translation>
+    </message>
+    <message>
+        <source>Запрос proj строки для %1=%2</source>
+        <translation>Looking up the PROJ text of %1=%2</translation>
+    </message>
+    <message>
+        <source>Запрос %0 строки для %1=%2</source>
+        <translation>Looking up the %0 text of %1=%2</translation>
+    </message>
+    <message>
+        <source>Запрос ограничивающего прямоугольника для %1=%2</source>
+        <translation>Looking up the area of use of %1=%2</translation>
+    </message>
+    <message>
+        <source>Ошибка при инициализации проекции %1</source>
+        <translation>Cannot make the projection %1</translation>
+    </message>
+    <message>
+        <source>Неподдерживаемый тип %1</source>
+        <translation>Type %1 is not supported</translation>
+    </message>
+    <message>
+        <source>Категорий=%1, Всего проекций=%2</source>
+        <translation>Categories=%1, projections in all=%2</translation>
+    </message>
+    <message>
+        <source>Строка PRJ сформирована некорректно (%1)</source>
+        <translation>The CoordSys text came out wrong (%1)</translation>
+    </message>
+    <message>
+        <source>Сдвиг датума неизвестен, в строке PRJ он нулевой (%1)</source>
+        <translation>The shift of the datum is unknown, it is zero in the CoordSys text (%1)</translation>
+    </message>
+    <message>
+        <source>Вертикальная часть опущена.</source>
+        <translation>The vertical part is left out.</translation>
+    </message>
+    <message>
+        <source>Датум не указан: сдвиг к WGS 84 принят нулевым.</source>
+        <translation>No datum is given: its shift to WGS 84 is taken as zero.</translation>
+    </message>
+    <message>
+        <source>Единица измерения не опознана: приняты метры.</source>
+        <translation>The unit is not known: metres are taken.</translation>
+    </message>
+    <message>
+        <source>КС «%1» не записывается в этом формате: %2</source>
+        <translation>The coordinate system &quot;%1&quot; cannot be written in this format: %2</translation>
+    </message>
+    <message>
+        <source>Географическая</source>
+        <translation>Geographic</translation>
+    </message>
+    <message>
+        <source>Географическая с повёрнутым полюсом</source>
+        <translation>Geographic with a rotated pole</translation>
+    </message>
+    <message>
+        <source>Прямоугольная</source>
+        <translation>Projected</translation>
+    </message>
+    <message>
+        <source>План-схема</source>
+        <translation>Plan without a place on the earth</translation>
+    </message>
+    <message>
+        <source>аффинное преобразование было бы потеряно</source>
+        <translation>the affine transformation would be lost</translation>
+    </message>
+    <message>
+        <source>Неверное количество точек: %1</source>
+        <translation>Wrong count of points: %1</translation>
+    </message>
+    <message>
+        <source>Ошибка преобразования. Возможно, выходит за пределы КС.</source>
+        <translation>Transformation failed. The coordinates may lie outside of the coordinate system.</translation>
+    </message>
+    <message>
+        <source>Результирующий прямоугольник: (%1 %2) (%3 %4)</source>
+        <translation>Resulting rectangle: (%1 %2) (%3 %4)</translation>
+    </message>
+    <message>
+        <source>прямого</source>
+        <translation>forward</translation>
+    </message>
+    <message>
+        <source>обратного</source>
+        <translation>inverse</translation>
+    </message>
+    <message>
+        <source>Ошибка %1 преобразования: %2</source>
+        <translation>The %1 transformation failed: %2</translation>
+    </message>
+    <message>
+        <source>Преобразование координат не произведено. %2 (%3 %4)</source>
+        <translation>Coordinates were not transformed. %2 (%3 %4)</translation>
+    </message>
+    <message>
+        <source>Без имени</source>
+        <translation>Unnamed</translation>
+    </message>
+    <message>
+        <source>Каталог</source>
+        <translation>Catalogue</translation>
+    </message>
+    <message>
+        <source>Пользовательские КС: %1 (%2)</source>
+        <translation>User&apos;s coordinate systems: %1 (%2)</translation>
+    </message>
+    <message>
+        <source>Файл %1 существует</source>
+        <translation>The file %1 exists</translation>
+    </message>
+    <message>
+        <source>Пользовательские КС сохранены в файле %1</source>
+        <translation>User&apos;s coordinate systems are saved in the file %1</translation>
+    </message>
+    <message>
+        <source>Не могу создать файл %1</source>
+        <translation>Cannot create the file %1</translation>
+    </message>
+    <message>
+        <source>Файл %1 не читается и будет заменён, прежняя копия %2 сохранена</source>
+        <translation>The file %1 cannot be read and is being replaced, its older copy %2 is kept</translation>
+    </message>
+    <message>
+        <source>Файл %1 не читается и будет заменён, его копия: %2</source>
+        <translation>The file %1 cannot be read and is being replaced, its copy: %2</translation>
+    </message>
+    <message>
+        <source>Корневой элемент &lt;%1&gt; не из файла систем координат</source>
+        <translation>The root element &lt;%1&gt; is not that of a file of coordinate systems</translation>
+    </message>
+</context>
+</TS>
