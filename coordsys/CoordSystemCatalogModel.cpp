@@ -358,8 +358,8 @@ QString CoordSystemCatalogModel::nameOf(const QModelIndex &index) const
     default:
         return record(index).name;
     }
-    const QString sections[SectionCount] = {tr("Мои системы"), tr("Недавние"), tr("Каталог MapInfo"),
-                                            tr("База EPSG")};
+    const QString sections[SectionCount] = {QObject::tr("Мои системы"), QObject::tr("Недавние"),
+                                            QObject::tr("Каталог MapInfo"), QObject::tr("База EPSG")};
     return sections[index.row()];
 }
 
@@ -403,7 +403,9 @@ QVariant CoordSystemCatalogModel::headerData(int section, Qt::Orientation orient
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return {};
-    return section == NameColumn ? tr("Название") : section == CodeColumn ? tr("Код EPSG") : QVariant();
+    return section == NameColumn   ? QObject::tr("Название")
+           : section == CodeColumn ? QObject::tr("Код EPSG")
+                                   : QVariant();
 }
 
 Qt::ItemFlags CoordSystemCatalogModel::flags(const QModelIndex &index) const

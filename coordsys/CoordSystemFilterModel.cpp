@@ -246,7 +246,7 @@ QVariant CoordSystemFilterModel::headerData(int section, Qt::Orientation orienta
 {
     if (section != GroupColumn || orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return m_source.headerData(section, orientation, role);
-    return tr("Раздел");
+    return QObject::tr("Раздел");
 }
 
 } // namespace nivora::cs

@@ -16,11 +16,11 @@ CoordSystemDialog::CoordSystemDialog(std::shared_ptr<CoordSysFactory> factory, Q
     : QDialog(parent)
     , m_picker(new CoordSystemPicker(std::move(factory), this))
 {
-    setWindowTitle(tr("Выбор системы координат"));
+    setWindowTitle(QObject::tr("Выбор системы координат"));
     auto *buttons = new QDialogButtonBox(this);
-    m_ok = buttons->addButton(tr("Выбрать"), QDialogButtonBox::AcceptRole);
+    m_ok = buttons->addButton(QObject::tr("Выбрать"), QDialogButtonBox::AcceptRole);
     m_ok->setDefault(true);
-    buttons->addButton(tr("Отмена"), QDialogButtonBox::RejectRole);
+    buttons->addButton(QObject::tr("Отмена"), QDialogButtonBox::RejectRole);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_picker);
     layout->addWidget(buttons);

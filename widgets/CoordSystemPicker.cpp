@@ -40,12 +40,6 @@ void setCode(int epsg, SystemFacts &facts)
         facts.code = QStringLiteral("EPSG:%1").arg(epsg);
 }
 
-void setArea(const QRectF &area, SystemFacts &facts)
-{
-    if (!area.isNull())
-        facts.area = areaText(area);
-}
-
 } // namespace
 
 class CoordSystemPicker::Private
@@ -56,7 +50,6 @@ public:
     {
         CoordSystemPtr system;
         SystemFacts facts;
-        QRectF area;
     };
 
     Private(CoordSystemPicker *owner, std::shared_ptr<CoordSysFactory> factory);
@@ -163,10 +156,11 @@ void CoordSystemPicker::Private::showPage()
     if (hasFound)
         ui.showList(ui.results);
     else if (isSearching || isDefinition)
-        ui.showMessage(filter.isPending() ? tr("Готовлю поиск…") : tr("Читаю текст…"));
+        ui.showMessage(filter.isPending() ? QObject::tr("Готовлю поиск…") : QObject::tr("Читаю текст…"));
     else
         ui.showList(ui.tree);
-    ui.count->setText(hasFound ? tr("Найдено: %1").arg(QLocale().toString(filter.foundCount())) : QString());
+    ui.count->setText(hasFound ? QObject::tr("Найдено: %1").arg(QLocale().toString(filter.foundCount()))
+                               : QString());
 }
 
 QModelIndex CoordSystemPicker::Private::currentRow() const
@@ -197,7 +191,7 @@ void CoordSystemPicker::Private::settle()
     if (!given && isReadingText())
         explainText(current);
     ui.details->show(current.facts);
-    ui.map->setArea(current.area);
+    ui.map->setArea(current.facts.area);
     showNeighbours(currentRow());
     ui.save->setEnabled(system != nullptr);
     Q_EMIT q->choiceChanged();
@@ -217,9 +211,8 @@ CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOf(const QM
         return result;
     result.facts.name = row.data(CoordSystemCatalogModel::NameRole).toString();
     result.facts.prj = row.data(CoordSystemCatalogModel::PrjRole).toString();
-    result.area = row.data(CoordSystemCatalogModel::AreaRole).toRectF();
+    result.facts.area = row.data(CoordSystemCatalogModel::AreaRole).toRectF();
     setCode(row.data(CoordSystemCatalogModel::CodeRole).toInt(), result.facts);
-    setArea(result.area, result.facts);
     try {
         result.system = model.create(row);
         addFacts(*result.system, result.facts);
@@ -232,12 +225,7 @@ CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOf(const QM
 CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOf(const CoordSystemPtr &cs) const
 {
     Choice result;
-    const int code = cs->epsg();
     result.system = cs;
-    result.facts.name = cs->description();
-    result.area = model.indexOfCode(code).data(CoordSystemCatalogModel::AreaRole).toRectF();
-    setCode(code, result.facts);
-    setArea(result.area, result.facts);
     addFacts(*cs, result.facts);
     return result;
 }
@@ -257,10 +245,10 @@ CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOfText() co
 void CoordSystemPicker::Private::explainText(const Choice &choice)
 {
     if (choice.system)
-        ui.showMessage(
-            tr("Введённый текст – описание системы<br><b>%1</b>").arg(choice.facts.name.toHtmlEscaped()));
+        ui.showMessage(QObject::tr("Введённый текст – описание системы<br><b>%1</b>")
+                           .arg(choice.facts.name.toHtmlEscaped()));
     else if (isDefinition)
-        ui.showMessage(tr("По введённому тексту систему создать нельзя."));
+        ui.showMessage(QObject::tr("По введённому тексту систему создать нельзя."));
     else
         ui.showMessage(emptinessText());
 }
@@ -268,13 +256,13 @@ void CoordSystemPicker::Private::explainText(const Choice &choice)
 /// Links are the texts to search for, and "everywhere".
 QString CoordSystemPicker::Private::emptinessText() const
 {
-    QStringList lines{tr("Ничего не найдено.")};
+    QStringList lines{QObject::tr("Ничего не найдено.")};
     const QVector<CoordSystemFilterModel::Relaxation> ways = filter.relaxations();
     for (const CoordSystemFilterModel::Relaxation &way : ways) {
         const QString count = QLocale().toString(way.count);
         lines << (way.without.isNull()
-                      ? tr("<a href=\"everywhere\">Во всём мире</a>: %1").arg(count)
-                      : tr("<a href=\"text:%1\">Без слова «%2»</a>: %3")
+                      ? QObject::tr("<a href=\"everywhere\">Во всём мире</a>: %1").arg(count)
+                      : QObject::tr("<a href=\"text:%1\">Без слова «%2»</a>: %3")
                             .arg(way.text.toHtmlEscaped(), way.without.toHtmlEscaped(), count));
     }
     return lines.join(QStringLiteral("<br>"));

@@ -43,7 +43,7 @@ PickerLayout::PickerLayout(QWidget *owner, QAbstractItemModel &treeModel, QAbstr
     , count(new QLabel)
     , map(new WorldMap)
     , details(new SystemDetails)
-    , save(new QPushButton(tr("Сохранить как &мою систему…")))
+    , save(new QPushButton(QObject::tr("Сохранить как &мою систему…")))
     , m_owner(owner)
     , m_pages(new QStackedWidget)
 {
@@ -69,15 +69,16 @@ PickerLayout::PickerLayout(QWidget *owner, QAbstractItemModel &treeModel, QAbstr
 void PickerLayout::setUpSearch()
 {
     search->setClearButtonEnabled(true);
-    search->setPlaceholderText(tr("Название, код, город или описание в любой нотации"));
-    search->setAccessibleName(tr("Поиск системы координат"));
+    search->setPlaceholderText(QObject::tr("Название, код, город или описание в любой нотации"));
+    search->setAccessibleName(QObject::tr("Поиск системы координат"));
     search->setAccessibleDescription(
-        tr("Стрелки вверх и вниз выбирают найденную систему, Enter подтверждает выбор."));
-    placeKind->addItem(tr("Весь мир"), Everywhere);
-    placeKind->addItem(tr("Место…"), AtPoint);
-    placeKind->setAccessibleName(tr("Где применяется система"));
-    point->setPlaceholderText(tr("долгота, широта"));
-    point->setAccessibleName(tr("Долгота и широта места в градусах"));
+        QObject::tr("Стрелки вверх и вниз выбирают найденную систему, Enter подтверждает выбор."));
+    placeKind->addItem(QObject::tr("Весь мир"), Everywhere);
+    placeKind->addItem(QObject::tr("Место…"), AtPoint);
+    placeKind->setAccessibleName(QObject::tr("Где применяется система"));
+    placeKind->setToolTip(QObject::tr("Место можно указать и правой кнопкой мыши на карте"));
+    point->setPlaceholderText(QObject::tr("долгота, широта"));
+    point->setAccessibleName(QObject::tr("Долгота и широта места в градусах"));
     point->setFixedWidth(point->fontMetrics().averageCharWidth() * 20);
     point->setClearButtonEnabled(true);
     point->hide();
@@ -94,12 +95,15 @@ void PickerLayout::setUpLists()
     setWidth(tree, 1, 12);
     setWidth(results, 1, 12);
     setWidth(results, 2, 26);
-    tree->setAccessibleName(tr("Системы координат по разделам"));
-    results->setAccessibleName(tr("Найденные системы координат"));
+    tree->setAccessibleName(QObject::tr("Системы координат по разделам"));
+    results->setAccessibleName(QObject::tr("Найденные системы координат"));
     results->setRootIsDecorated(false);
     message->setAlignment(Qt::AlignCenter);
     message->setWordWrap(true);
     message->setMargin(24);
+    message->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    message->setBackgroundRole(QPalette::Base);
+    message->setAutoFillBackground(true);
     message->setTextInteractionFlags(Qt::TextBrowserInteraction);
     message->setFocusPolicy(Qt::TabFocus); // its links
     for (QWidget *page :
@@ -109,9 +113,9 @@ void PickerLayout::setUpLists()
 
 QLayout *PickerLayout::searchRow()
 {
-    auto *searchLabel = new QLabel(tr("&Поиск:"));
+    auto *searchLabel = new QLabel(QObject::tr("&Поиск:"));
     searchLabel->setBuddy(search);
-    auto *placeLabel = new QLabel(tr("&Где:"));
+    auto *placeLabel = new QLabel(QObject::tr("&Где:"));
     placeLabel->setBuddy(placeKind);
     auto *row = new QHBoxLayout;
     row->addWidget(searchLabel);
@@ -158,7 +162,7 @@ void PickerLayout::offerView(bool isKnown)
 {
     const int item = placeKind->findData(InView);
     if (isKnown && item < 0)
-        placeKind->insertItem(1, tr("Вид карты"), InView);
+        placeKind->insertItem(1, QObject::tr("Вид карты"), InView);
     if (!isKnown && item >= 0)
         placeKind->removeItem(item);
 }

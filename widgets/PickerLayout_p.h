@@ -4,7 +4,6 @@
 #include <widgets/WorldMap_p.h>
 
 #include <QComboBox>
-#include <QCoreApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -18,7 +17,6 @@ namespace nivora::cs {
 /// The widgets of a picker, in their places: search above, lists on the left, map and details on the right.
 class PickerLayout
 {
-    Q_DECLARE_TR_FUNCTIONS(PickerLayout)
 public:
     enum PlaceKind { Everywhere, InView, AtPoint };
 

@@ -4,7 +4,6 @@
 #include <coordsys/UserCoordSystem.h>
 
 #include <QComboBox>
-#include <QCoreApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -20,25 +19,24 @@ namespace {
 /// Asks for the two names.
 class SaveDialog : public QDialog
 {
-    Q_DECLARE_TR_FUNCTIONS(SaveDialog)
 public:
     SaveDialog(QWidget *parent, const UserCoordSystem &store, const QString &name)
         : QDialog(parent)
         , m_name(new QLineEdit(name))
         , m_branch(new QComboBox)
     {
-        setWindowTitle(tr("Сохранить как мою систему"));
+        setWindowTitle(QObject::tr("Сохранить как мою систему"));
         m_branch->setEditable(true);
         for (const UserCoordSystem::CsDataType &branch : store.data())
             m_branch->addItem(branch.name);
         if (m_branch->count() == 0)
-            m_branch->addItem(tr("Мои системы"));
+            m_branch->addItem(QObject::tr("Мои системы"));
         auto *buttons = new QDialogButtonBox(this);
-        QPushButton *save = buttons->addButton(tr("Сохранить"), QDialogButtonBox::AcceptRole);
-        buttons->addButton(tr("Отмена"), QDialogButtonBox::RejectRole);
+        QPushButton *save = buttons->addButton(QObject::tr("Сохранить"), QDialogButtonBox::AcceptRole);
+        buttons->addButton(QObject::tr("Отмена"), QDialogButtonBox::RejectRole);
         auto *form = new QFormLayout(this);
-        form->addRow(tr("&Название:"), m_name);
-        form->addRow(tr("&Раздел:"), m_branch);
+        form->addRow(QObject::tr("&Название:"), m_name);
+        form->addRow(QObject::tr("&Раздел:"), m_branch);
         form->addRow(buttons);
         m_name->setMinimumWidth(m_name->fontMetrics().averageCharWidth() * 50);
         connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);

@@ -1,7 +1,10 @@
 #include <widgets/SystemDetails_p.h>
 
+#include <widgets/WorldMap_p.h>
+
 #include <coordsys/CoordSystem.h>
 #include <coordsys/LinearUnit.h>
+#include <coordsys/SystemInfo.h>
 
 #include <QFontDatabase>
 #include <QFormLayout>
@@ -21,17 +24,29 @@ QString textOr(const std::function<QString()> &fact)
     try {
         return fact();
     } catch (const std::exception &e) {
-        return SystemDetails::tr("нет (%1)").arg(QString::fromUtf8(e.what()));
+        return QObject::tr("нет (%1)").arg(QString::fromUtf8(e.what()));
     }
 }
 
-QString kindText(const CoordSystem &cs)
+/// "Прямоугольная, м, Transverse Mercator"
+QString kindOf(const CoordSystem &cs, const SystemInfo &info)
 {
-    const QString unit = cs.unit().localizedName();
-    if (cs.isNonEarth())
-        return SystemDetails::tr("План без привязки к Земле, единица – %1").arg(unit);
-    return cs.isLatLong() ? SystemDetails::tr("Географическая, градусы")
-                          : SystemDetails::tr("Прямоугольная, единица – %1").arg(unit);
+    QStringList parts{kindText(info.kind), cs.unit().localizedName(), info.method};
+    parts.removeAll(QString());
+    return parts.join(QStringLiteral(", "));
+}
+
+QString datumOf(const SystemInfo &info)
+{
+    if (info.datum.isEmpty() || info.ellipsoid.isEmpty())
+        return info.datum + info.ellipsoid;
+    return QObject::tr("%1 (эллипсоид %2)").arg(info.datum, info.ellipsoid);
+}
+
+void setIfEmpty(QString &fact, const QString &value)
+{
+    if (fact.isEmpty())
+        fact = value;
 }
 
 QLabel *valueLabel(QFormLayout *form, const QString &title)
@@ -42,8 +57,15 @@ QLabel *valueLabel(QFormLayout *form, const QString &title)
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     label->setAccessibleName(title);
     label->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Minimum);
-    form->addRow(SystemDetails::tr("%1:", "title of a field").arg(title), label);
+    form->addRow(QObject::tr("%1:", "title of a field").arg(title), label);
     return label;
+}
+
+QString areaOf(const SystemFacts &facts)
+{
+    const QString degrees = facts.area.isNull() ? QString() : areaText(facts.area);
+    const bool hasBoth = !facts.areaName.isEmpty() && !degrees.isEmpty();
+    return facts.areaName + (hasBoth ? QStringLiteral("\n") : QString()) + degrees;
 }
 
 QString orDash(const QString &text) { return text.isEmpty() ? QStringLiteral("—") : text; }
@@ -52,9 +74,15 @@ QString orDash(const QString &text) { return text.isEmpty() ? QStringLiteral("�
 
 void addFacts(const CoordSystem &cs, SystemFacts &facts)
 {
-    facts.kind = textOr([&] { return kindText(cs); });
+    const SystemInfo info = systemInfo(cs);
+    setIfEmpty(facts.name, info.name);
+    setIfEmpty(facts.code, info.identifier);
+    facts.kind = textOr([&] { return kindOf(cs, info); });
+    facts.datum = datumOf(info);
+    facts.areaName = info.areaName;
+    if (facts.area.isNull())
+        facts.area = info.area;
     facts.prj = textOr([&] { return cs.prjStr(); });
-    facts.accuracy = QString();
 }
 
 SystemDetails::SystemDetails(QWidget *parent)
@@ -66,11 +94,12 @@ SystemDetails::SystemDetails(QWidget *parent)
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     form->setLabelAlignment(Qt::AlignLeft | Qt::AlignTop);
     form->setContentsMargins(0, 0, 0, 0);
-    m_name = valueLabel(form, tr("Название"));
-    m_code = valueLabel(form, tr("Код"));
-    m_kind = valueLabel(form, tr("Вид"));
-    m_area = valueLabel(form, tr("Область"));
-    m_accuracy = valueLabel(form, tr("Точность"));
+    m_name = valueLabel(form, QObject::tr("Название"));
+    m_code = valueLabel(form, QObject::tr("Код"));
+    m_kind = valueLabel(form, QObject::tr("Вид"));
+    m_datum = valueLabel(form, QObject::tr("Датум"));
+    m_area = valueLabel(form, QObject::tr("Область"));
+    m_accuracy = valueLabel(form, QObject::tr("Точность"));
     QFont bold = m_name->font();
     bold.setBold(true);
     m_name->setFont(bold);
@@ -78,16 +107,16 @@ SystemDetails::SystemDetails(QWidget *parent)
     m_prj->setReadOnly(true);
     m_prj->setTabChangesFocus(true);
     m_prj->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    m_prj->setAccessibleName(tr("Строка CoordSys"));
+    m_prj->setAccessibleName(QObject::tr("Строка CoordSys"));
     m_prj->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     m_prj->setMinimumHeight(m_prj->fontMetrics().lineSpacing() * 4);
-    auto *title = new QLabel(tr("&Строка CoordSys:"));
+    auto *title = new QLabel(QObject::tr("&Строка CoordSys:"));
     title->setBuddy(m_prj);
 
     m_problem->setWordWrap(true);
     m_problem->setTextFormat(Qt::PlainText);
     m_problem->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    m_problem->setAccessibleName(tr("Почему систему нельзя выбрать"));
+    m_problem->setAccessibleName(QObject::tr("Почему систему нельзя выбрать"));
     m_problem->setStyleSheet(QStringLiteral("QLabel { background: #fdecea; color: #7b241c; padding: 6px; }"));
 
     auto *layout = new QVBoxLayout(this);
@@ -104,11 +133,12 @@ void SystemDetails::show(const SystemFacts &facts)
     m_name->setText(orDash(facts.name));
     m_code->setText(orDash(facts.code));
     m_kind->setText(orDash(facts.kind));
-    m_area->setText(orDash(facts.area));
+    m_datum->setText(orDash(facts.datum));
+    m_area->setText(orDash(areaOf(facts)));
     m_accuracy->setText(orDash(facts.accuracy));
     m_prj->setPlainText(facts.prj);
     m_problem->setVisible(!facts.problem.isEmpty());
-    m_problem->setText(tr("Систему нельзя создать: %1").arg(facts.problem));
+    m_problem->setText(QObject::tr("Систему нельзя создать: %1").arg(facts.problem));
 }
 
 } // namespace nivora::cs

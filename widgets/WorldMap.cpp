@@ -102,14 +102,14 @@ QString longitudeText(double value)
 {
     const double turned = std::remainder(value, 360.0);
     const double longitude = turned == -180.0 ? 180.0 : turned;
-    return longitude < 0.0 ? WorldMap::tr("%1° з. д.").arg(degrees(longitude))
-                           : WorldMap::tr("%1° в. д.").arg(degrees(longitude));
+    return longitude < 0.0 ? QObject::tr("%1° з. д.").arg(degrees(longitude))
+                           : QObject::tr("%1° в. д.").arg(degrees(longitude));
 }
 
 QString latitudeText(double value)
 {
-    return value < 0.0 ? WorldMap::tr("%1° ю. ш.").arg(degrees(value))
-                       : WorldMap::tr("%1° с. ш.").arg(degrees(value));
+    return value < 0.0 ? QObject::tr("%1° ю. ш.").arg(degrees(value))
+                       : QObject::tr("%1° с. ш.").arg(degrees(value));
 }
 
 } // namespace
@@ -117,12 +117,12 @@ QString latitudeText(double value)
 QString areaText(const QRectF &area)
 {
     const QString latitudes =
-        WorldMap::tr("%1 – %2", "range").arg(latitudeText(area.top()), latitudeText(area.bottom()));
+        QObject::tr("%1 – %2", "range").arg(latitudeText(area.top()), latitudeText(area.bottom()));
     if (area.width() >= 360.0)
-        return WorldMap::tr("все долготы, %1").arg(latitudes);
+        return QObject::tr("все долготы, %1").arg(latitudes);
     const QString longitudes =
-        WorldMap::tr("%1 – %2", "range").arg(longitudeText(area.left()), longitudeText(area.right()));
-    return WorldMap::tr("%1, %2", "longitudes, latitudes").arg(longitudes, latitudes);
+        QObject::tr("%1 – %2", "range").arg(longitudeText(area.left()), longitudeText(area.right()));
+    return QObject::tr("%1, %2", "longitudes, latitudes").arg(longitudes, latitudes);
 }
 
 WorldMap::WorldMap(QWidget *parent)
@@ -131,11 +131,10 @@ WorldMap::WorldMap(QWidget *parent)
 {
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setAccessibleName(tr("Карта мира"));
+    setAccessibleName(QObject::tr("Карта мира"));
     QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
-    setToolTip(tr("Правая кнопка – системы для этого места"));
     setArea({});
 }
 
@@ -143,8 +142,8 @@ void WorldMap::setArea(const QRectF &area)
 {
     m_area = area;
     m_shown = surroundings();
-    setAccessibleDescription(area.isNull() ? tr("Область применения неизвестна")
-                                           : tr("Область применения: %1").arg(areaText(area)));
+    setAccessibleDescription(area.isNull() ? QObject::tr("Область применения неизвестна")
+                                           : QObject::tr("Область применения: %1").arg(areaText(area)));
     update();
 }
 
@@ -282,8 +281,8 @@ QString WorldMap::caption(const Neighbour *neighbour) const
     if (std::isnan(place.x()))
         return {};
     const QString where =
-        tr("%1, %2", "longitude, latitude").arg(longitudeText(place.x()), latitudeText(place.y()));
-    return neighbour ? tr("%1 (%2)", "system, place").arg(neighbour->name, where) : where;
+        QObject::tr("%1, %2", "longitude, latitude").arg(longitudeText(place.x()), latitudeText(place.y()));
+    return neighbour ? QObject::tr("%1 (%2)", "system, place").arg(neighbour->name, where) : where;
 }
 
 void WorldMap::paintCaption(QPainter &painter, const QString &text) const

@@ -4,6 +4,7 @@
 #include <coordsys/CoordSysFactory.h>
 #include <coordsys/CoordSystem.h>
 #include <widgets/CoordSystemDialog.h>
+#include <widgets/WidgetTranslations.h>
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -107,6 +108,8 @@ void prepare(CoordSystemPicker &picker, const CoordSysFactory &factory, const QC
 int run(const QCommandLineParser &line)
 {
     const QString language = languageOf(line);
+    QLocale::setDefault(QLocale(language)); // numbers in texts
+    installWidgetTranslations(language);
     const auto factory = startedFactory(line, language);
     CoordSystemDialog dialog(factory);
     prepare(*dialog.picker(), *factory, line);
