@@ -7,6 +7,7 @@
 #include <QMap>
 
 #include <algorithm>
+#include <tuple>
 
 namespace nivora::cs {
 namespace {
@@ -84,10 +85,14 @@ void CatalogIndex::readDatabase()
             m_areas.insert(systems.last().code, systems.last().area);
         }
     }
+    const auto key = [](const System &system) { return std::tie(system.name, system.code); };
     for (auto country = countries.begin(); country != countries.end(); ++country) {
-        std::sort(country->begin(), country->end(), [](const System &a, const System &b) {
-            return std::tie(a.name, a.code) < std::tie(b.name, b.code);
-        });
+        std::sort(country->begin(), country->end(),
+                  [&](const System &a, const System &b) { return key(a) < key(b); });
+        // The database lists a system once for each of its areas of use.
+        country->erase(std::unique(country->begin(), country->end(),
+                                   [&](const System &a, const System &b) { return key(a) == key(b); }),
+                       country->end());
         m_countries << Country{country.key(), country.value()};
     }
 }

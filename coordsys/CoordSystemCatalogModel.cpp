@@ -74,8 +74,6 @@ CoordSystemPtr made(const CoordSysFactory &factory, const QString &tagged)
 struct CoordSystemCatalogModel::Record
 {
     QString name;
-    QString tagged;
-    QString prj;
     int epsg = CoordSystemTypes::EPSG_UNDEFINDED;
     Kind kind = Kind::Unknown;
 };
@@ -296,53 +294,75 @@ void CoordSystemCatalogModel::fetchMore(const QModelIndex &parent)
 
 bool CoordSystemCatalogModel::isSystem(const QModelIndex &index) { return levelOf(index) == Level::System; }
 
-CoordSystemCatalogModel::Record CoordSystemCatalogModel::ownRecord(int branch, int row) const
+const CoordSystemParams &CoordSystemCatalogModel::catalogueEntry(const QModelIndex &index) const
 {
-    const UserCoordSystem::CoordSystemParam &entry = m_branches.at(branch).entries.at(row);
-    const CoordSystemTypes::SourceData &source = entry.source();
-    Record record{entry.description(), sourceTypeToString(source.type) + QLatin1Char(':') + source.string,
-                  QString(), CoordSystemTypes::EPSG_UNDEFINDED, Kind::Unknown};
-    if (source.type == CoordSystemTypes::Prj)
-        record.prj = source.string;
-    if (source.type == CoordSystemTypes::Epsg)
-        record.epsg = source.string.toInt();
-    return record;
+    return m_categories.at(groupOf(index)).entries.at(index.row());
+}
+
+const UserCoordSystem::CoordSystemParam &CoordSystemCatalogModel::ownEntry(const QModelIndex &index) const
+{
+    return m_branches.at(groupOf(index)).entries.at(index.row());
+}
+
+/// What views ask for all the time; copies nothing.
+CoordSystemCatalogModel::Record CoordSystemCatalogModel::record(const QModelIndex &index) const
+{
+    switch (sectionOf(index)) {
+    case OwnSystems: {
+        const CoordSystemTypes::SourceData &source = ownEntry(index).source();
+        const bool isCode = source.type == CoordSystemTypes::Epsg;
+        return {ownEntry(index).description(),
+                isCode ? source.string.toInt() : CoordSystemTypes::EPSG_UNDEFINDED, Kind::Unknown};
+    }
+    case RecentSystems:
+        return {m_recent.at(index.row()).name, m_recent.at(index.row()).epsg, Kind::Unknown};
+    case MapinfoCatalogue: {
+        const CoordSystemParams &entry = catalogueEntry(index);
+        return {entry.name(), entry.epsg(), kindOfParams(entry.params)};
+    }
+    default: {
+        const CatalogIndex::System &system = m_index->countries().at(groupOf(index)).systems.at(index.row());
+        return {system.name, system.code, system.kind};
+    }
+    }
+}
+
+QString CoordSystemCatalogModel::prjText(const QModelIndex &index) const
+{
+    switch (sectionOf(index)) {
+    case OwnSystems: {
+        const CoordSystemTypes::SourceData &source = ownEntry(index).source();
+        return source.type == CoordSystemTypes::Prj ? source.string : QString();
+    }
+    case RecentSystems:
+        return {};
+    case MapinfoCatalogue:
+        return catalogueEntry(index).asPrjString();
+    default:
+        return m_factory->mapinfoCoordSystem()->seekByEPSG(record(index).epsg);
+    }
 }
 
 /// By its code where that makes this very entry: the system then knows its code without a search.
-CoordSystemCatalogModel::Record CoordSystemCatalogModel::catalogueRecord(int category, int row) const
+QString CoordSystemCatalogModel::taggedText(const QModelIndex &index) const
 {
-    const CoordSystemParams &entry = m_categories.at(category).entries.at(row);
-    Record record{entry.name(), QString(), entry.asPrjString(), entry.epsg(), kindOfParams(entry.params)};
-    const auto first = entry.epsg() == CoordSystemTypes::EPSG_UNDEFINDED
-                           ? std::nullopt
-                           : m_factory->mapinfoCoordSystem()->entryByEpsg(entry.epsg());
-    const bool byCode = first && first->params == entry.params;
-    record.tagged = byCode ? epsgTag(entry.epsg()) : QStringLiteral("prj:") + record.prj;
-    return record;
-}
-
-CoordSystemCatalogModel::Record CoordSystemCatalogModel::databaseRecord(int country, int row) const
-{
-    const CatalogIndex::System &system = m_index->countries().at(country).systems.at(row);
-    return {system.name, epsgTag(system.code), m_factory->mapinfoCoordSystem()->seekByEPSG(system.code),
-            system.code, system.kind};
-}
-
-CoordSystemCatalogModel::Record CoordSystemCatalogModel::record(const QModelIndex &index) const
-{
-    const Section section = sectionOf(index);
-    switch (section) {
-    case OwnSystems:
-        return ownRecord(groupOf(index), index.row());
-    case RecentSystems: {
-        const RecentSystem &system = m_recent.at(index.row());
-        return {system.name, system.tagged, QString(), system.epsg, Kind::Unknown};
+    switch (sectionOf(index)) {
+    case OwnSystems: {
+        const CoordSystemTypes::SourceData &source = ownEntry(index).source();
+        return sourceTypeToString(source.type) + QLatin1Char(':') + source.string;
     }
-    case MapinfoCatalogue:
-        return catalogueRecord(groupOf(index), index.row());
+    case RecentSystems:
+        return m_recent.at(index.row()).tagged;
+    case MapinfoCatalogue: {
+        const CoordSystemParams &entry = catalogueEntry(index);
+        const auto first = entry.epsg() == CoordSystemTypes::EPSG_UNDEFINDED
+                               ? std::nullopt
+                               : m_factory->mapinfoCoordSystem()->entryByEpsg(entry.epsg());
+        const bool isByCode = first && first->params == entry.params;
+        return isByCode ? epsgTag(entry.epsg()) : QStringLiteral("prj:") + entry.asPrjString();
+    }
     default:
-        return databaseRecord(groupOf(index), index.row());
+        return epsgTag(record(index).epsg);
     }
 }
 
@@ -365,18 +385,17 @@ QString CoordSystemCatalogModel::nameOf(const QModelIndex &index) const
 
 QVariant CoordSystemCatalogModel::systemData(const QModelIndex &index, int role) const
 {
-    const Record system = record(index);
     switch (role) {
     case CodeRole:
-        return system.epsg;
+        return record(index).epsg;
     case PrjRole:
-        return system.prj;
+        return prjText(index);
     case AreaRole:
-        return area(system.epsg);
+        return area(record(index).epsg);
     case KindRole:
-        return static_cast<int>(system.kind);
+        return static_cast<int>(record(index).kind);
     case TaggedRole:
-        return system.tagged;
+        return taggedText(index);
     case GroupRole:
         return groupName(sectionOf(index), groupOf(index));
     default:
@@ -443,7 +462,7 @@ CoordSystemPtr CoordSystemCatalogModel::create(const QModelIndex &index) const
     if (!isSystem(index))
         throw std::invalid_argument("index");
     const Record system = record(index);
-    const CoordSystemPtr cs = made(*m_factory, system.tagged);
+    const CoordSystemPtr cs = made(*m_factory, taggedText(index));
     if (!system.name.isEmpty())
         cs->setDescription(system.name);
     return cs;

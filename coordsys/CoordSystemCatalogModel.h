@@ -105,9 +105,10 @@ private:
     QString nameOf(const QModelIndex &index) const;
     QVariant systemData(const QModelIndex &index, int role) const;
     Record record(const QModelIndex &index) const;
-    Record ownRecord(int branch, int row) const;
-    Record catalogueRecord(int category, int row) const;
-    Record databaseRecord(int country, int row) const;
+    const CoordSystemParams &catalogueEntry(const QModelIndex &index) const;
+    const UserCoordSystem::CoordSystemParam &ownEntry(const QModelIndex &index) const;
+    QString prjText(const QModelIndex &index) const;
+    QString taggedText(const QModelIndex &index) const;
     QModelIndex systemIndex(Section section, int group, int row, int column = NameColumn) const;
     QString groupName(Section section, int group) const;
     int groupCount(Section section) const;

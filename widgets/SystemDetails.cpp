@@ -7,7 +7,7 @@
 #include <coordsys/SystemInfo.h>
 
 #include <QFontDatabase>
-#include <QFormLayout>
+#include <QGridLayout>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QVBoxLayout>
@@ -49,15 +49,17 @@ void setIfEmpty(QString &fact, const QString &value)
         fact = value;
 }
 
-QLabel *valueLabel(QFormLayout *form, const QString &title)
+QLabel *valueLabel(QGridLayout *form, const QString &title)
 {
     auto *label = new QLabel;
     label->setWordWrap(true);
     label->setTextFormat(Qt::PlainText);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     label->setAccessibleName(title);
-    label->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Minimum);
-    form->addRow(QObject::tr("%1:", "title of a field").arg(title), label);
+    label->setAlignment(Qt::AlignTop);
+    const int row = form->rowCount();
+    form->addWidget(new QLabel(QObject::tr("%1:", "title of a field").arg(title)), row, 0, Qt::AlignTop);
+    form->addWidget(label, row, 1);
     return label;
 }
 
@@ -90,10 +92,9 @@ SystemDetails::SystemDetails(QWidget *parent)
     , m_prj(new QPlainTextEdit)
     , m_problem(new QLabel)
 {
-    auto *form = new QFormLayout;
-    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
-    form->setLabelAlignment(Qt::AlignLeft | Qt::AlignTop);
-    form->setContentsMargins(0, 0, 0, 0);
+    auto *form = new QGridLayout;
+    form->setColumnStretch(1, 1);
+    form->setHorizontalSpacing(12);
     m_name = valueLabel(form, QObject::tr("Название"));
     m_code = valueLabel(form, QObject::tr("Код"));
     m_kind = valueLabel(form, QObject::tr("Вид"));

@@ -96,20 +96,23 @@ QColor faint(QColor colour, int alpha)
 
 double areaOf(const QRectF &rect) { return rect.width() * rect.height(); }
 
+/// A coordinate does not break across lines.
+QString unbroken(QString text) { return text.replace(QLatin1Char(' '), QChar::Nbsp); }
+
 QString degrees(double value) { return QLocale().toString(std::fabs(value), 'g', 5); }
 
 QString longitudeText(double value)
 {
     const double turned = std::remainder(value, 360.0);
     const double longitude = turned == -180.0 ? 180.0 : turned;
-    return longitude < 0.0 ? QObject::tr("%1° з. д.").arg(degrees(longitude))
-                           : QObject::tr("%1° в. д.").arg(degrees(longitude));
+    const QString text = longitude < 0.0 ? QObject::tr("%1° з. д.") : QObject::tr("%1° в. д.");
+    return unbroken(text.arg(degrees(longitude)));
 }
 
 QString latitudeText(double value)
 {
-    return value < 0.0 ? QObject::tr("%1° ю. ш.").arg(degrees(value))
-                       : QObject::tr("%1° с. ш.").arg(degrees(value));
+    const QString text = value < 0.0 ? QObject::tr("%1° ю. ш.") : QObject::tr("%1° с. ш.");
+    return unbroken(text.arg(degrees(value)));
 }
 
 } // namespace

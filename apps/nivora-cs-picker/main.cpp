@@ -10,6 +10,7 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QLocale>
+#include <QLoggingCategory>
 #include <QStandardPaths>
 
 #include <cstdio>
@@ -110,6 +111,7 @@ int run(const QCommandLineParser &line)
     const QString language = languageOf(line);
     QLocale::setDefault(QLocale(language)); // numbers in texts
     installWidgetTranslations(language);
+    QLoggingCategory::setFilterRules(QStringLiteral("nivora.cs.info=false"));
     const auto factory = startedFactory(line, language);
     CoordSystemDialog dialog(factory);
     prepare(*dialog.picker(), *factory, line);
