@@ -2,6 +2,7 @@
 
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/LinearUnit.h>
+#include <coordsys/UserInput.h>
 
 #include <QReadWriteLock>
 #include <QStringList>
@@ -91,6 +92,29 @@ public:
     /// From "proj:", "proj4:", "wkt:", "epsg:" or "prj:" and the text; text without a tag is a CoordSys
     /// string.
     CoordSystemPtr createFromTaggedString(const QString &text) const;
+    /// From what a person writes for a system, in whichever notation it is, blanks around it aside:
+    /// - the notations above, with or without their tags ("oracle:" too): a bare number is an EPSG code, PROJ
+    ///   text may begin with any term and lack the signs, CoordSys text may lack that word;
+    /// - a code in any letter case: "EPSG:4326", "EPSG::4326", "epsg 4326", "+init=epsg:4326", "SRID=4326"
+    ///   (a geometry behind it is left aside), OGC URNs and URLs, "OGC:CRS84", "CRS:84", and the other
+    ///   authorities of the PROJ database ("ESRI:102100", "IGNF:LAMB93"); of "A:n+B:m" and the compound URNs
+    ///   the horizontal part;
+    /// - PROJJSON;
+    /// - a name or alias of the PROJ database ("ETRS89 / UTM zone 32N", "NAD83"), else a name of the
+    ///   catalogue in any of its languages, letter case aside; blanks and punctuation count only where they
+    ///   tell systems apart;
+    /// - a line of a catalogue file: "name\p4326", 1, 104;
+    /// - "@FILE": what a .prj, .qpj or .wkt file holds in any of these notations, the CoordSys clause of a
+    ///   .mif, the system of a .tab (by the header of the .map beside it). UTF-8, UTF-16 or the locale's
+    ///   encoding; at most 1 MB.
+    /// The source is Epsg when the system is one of EPSG's, else Wkt with the database's WKT 2 of 2019 in
+    /// which the code stands; notations of which the tags above tell keep their own type and text. x is
+    /// longitude or easting, whatever order the authority has for the system. Throws std::invalid_argument
+    /// for empty text, else std::runtime_error that says what the text was taken for and what is nearest, or
+    /// lists the systems that it may mean. Up to 0.3 s for a text that means nothing.
+    CoordSystemPtr createFromUserInput(const QString &text) const;
+    /// The same, with what was assumed and left aside.
+    UserInput readUserInput(const QString &text) const;
     /// A plan without a place on the earth. Throws UnknownUnitException.
     CoordSystemPtr createNonEarth(int unitCode, QRectF bounds) const override;
     /// By Oracle Spatial's number, through "OracleSRID.xml". Throws std::runtime_error for an unknown number

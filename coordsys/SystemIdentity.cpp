@@ -47,6 +47,13 @@ QString givenName(const PJ *root)
     return open ? QString() : name;
 }
 
+/// PROJ reads "EPSG:102100" too, a number of ESRI's.
+bool isOfEpsg(int code)
+{
+    return ownPj(proj_create_from_database(globalProjContext(), "EPSG", QByteArray::number(code).constData(),
+                                           PJ_CATEGORY_CRS, 0, nullptr)) != nullptr;
+}
+
 } // namespace
 
 SystemIdentityPtr SystemIdentity::from(const QString &definition)
@@ -94,7 +101,8 @@ int SystemIdentity::ownCode() const
     const QMutexLocker lock(globalProj4Mutex());
     const SystemIdentityPtr registered = from(QStringLiteral("EPSG:%1").arg(m_statedCode));
     const bool same = registered && registered->hasPlane() &&
-                      isRegisteredSystem(globalProjContext(), m_crs.get(), registered->crs());
+                      isRegisteredSystem(globalProjContext(), m_crs.get(), registered->crs()) &&
+                      isOfEpsg(m_statedCode);
     return same ? m_statedCode : CoordSystemTypes::EPSG_UNDEFINDED;
 }
 

@@ -6,8 +6,13 @@
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjEngine.h>
+#include <coordsys/SourceTags.h>
+
+#include <gdal.h>
+#include <ogr_api.h>
 
 #include <QRegularExpression>
+#include <QTextCodec>
 
 using namespace nivora::cs;
 
@@ -118,6 +123,165 @@ private Q_SLOTS:
         }
         QVERIFY(refused > 0);
         QVERIFY(factory()->createFromTaggedString(whole));
+    }
+
+    // What people write, and what it is: "epsg:" and the code, or how the WKT ends; notes are told by a
+    // piece.
+    void userInput_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<QString>("note");
+        const auto row = [](const char *text, const char *source, const char *note = "") {
+            QTest::newRow(text) << QString::fromUtf8(text) << QString::fromUtf8(source)
+                                << QString::fromUtf8(note);
+        };
+        for (const char *text :
+             {"4326", "EPSG:4326", "EPSG::4326", "epsg 4326", "+init=epsg:4326", "SRID=4326",
+              "urn:ogc:def:crs:EPSG::4326", "urn:ogc:def:crs:EPSG:6.9:4326", "\"EPSG:4326\"",
+              "http://www.opengis.net/def/crs/EPSG/0/4326", "http://www.opengis.net/gml/srs/epsg.xml#4326",
+              "WGS84", " wgs  84 ", "WGS 84 (EPSG:4326)", "Долгота / широта (WGS 84)",
+              "Longitude / Latitude (WGS 84)", "\"any name\\p4326\", 1, 104"})
+            row(text, "epsg:4326");
+        row("SRID=4326;POINT(37 55)", "epsg:4326", "POINT(37 55)");
+        row("EPSG:27700+5701", "epsg:27700", "EPSG:27700");
+        row("urn:ogc:def:crs,crs:EPSG::27700,crs:EPSG::5701", "epsg:27700", "EPSG:27700");
+        row("EPSG:7405", "epsg:7405", "плановая");
+        row("ETRS89 / UTM zone 32N", "epsg:25832");
+        row("etrs89/utm zone 32n", "epsg:25832", "EPSG:25832");
+        row("NAD83", "epsg:4269"); // of the five systems with this name or alias the plain one
+        row("ogc:crs84", R"(wkt:ID["OGC","CRS84"]])");
+        row("CRS:84", R"(wkt:ID["OGC","CRS84"]])");
+        row("esri:102100", R"(wkt:ID["ESRI",102100]])"); // no code of EPSG's, though PROJ takes it
+        row("IGNF:lamb93", R"(wkt:ID["IGNF","LAMB93"]])");
+        row("+lon_0=37 +proj=tmerc +ellps=krass", "proj:+proj=tmerc +lon_0=37 +ellps=krass");
+        row("proj=utm zone=33", "proj:+proj=utm +zone=33");
+        row("+proj=utm  +zone=33", "proj:+proj=utm  +zone=33"); // the source text stays
+        row("1, 104", "prj:Earth Projection 1, 104");
+        row("Longitude / Latitude (GRS 80)", "prj:Earth Projection 1, 33");
+        row("\"x\\p32638\", 8, 104, 7, 39, 0, 0.9996, 500000, 0",
+            "prj:Earth Projection 8, 104, \"m\", 39, 0, 0.9996, 500000, 0", "EPSG:32638");
+        row("Earth Projection 8, 104, \"furlong\", 39, 0, 1, 0, 0",
+            "prj:Earth Projection 8, 104, \"m\", 39, 0, 1, 0, 0", "furlong");
+        row("oracle:8307", "oracle:8307");
+    }
+    void userInput()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, source);
+        QFETCH(QString, note);
+        const UserInput input = factory()->readUserInput(text);
+        const CoordSystem::SourceData made = input.system->sourceParameters();
+        const QString type = sourceTypeToString(made.type);
+        QCOMPARE(made.type == CoordSystem::Wkt ? QStringLiteral("wkt:") + made.string.right(source.size() - 4)
+                                               : type + QLatin1Char(':') + made.string,
+                 source);
+        const QString notes = input.notes.join(QLatin1Char('\n'));
+        QVERIFY2(note.isEmpty() ? notes.isEmpty() : notes.contains(note), qPrintable(notes));
+    }
+
+    void userInputRefused_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("piece"); // of the message
+        const auto row = [](const char *name, const QString &text, const char *piece) {
+            QTest::newRow(name) << text << QString::fromUtf8(piece);
+        };
+        row("near a name", QStringLiteral("WGS 85"), "WGS 84 (EPSG:4326)");
+        row("near a code", QStringLiteral("EPSG:43260"), "EPSG:4326 (WGS 84)");
+        row("near an authority", QStringLiteral("ESPG:4326"), "EPSG:4326");
+        row("an alias of eight", QStringLiteral("KY1Z"), "EPSG:3088");
+        row("no plane", QStringLiteral("EPSG:4978"), "не имеет плановой части");
+        row("too few numbers", QStringLiteral("Earth Projection 8, 104"), "5 чисел");
+        row("two systems", QStringLiteral("+proj=utm +zone=33 +to +proj=longlat"), "больше одной");
+        row("beyond an int", QStringLiteral("EPSG:99999999999"), "В базе нет");
+        row("zero character", QStringLiteral("WGS") + QChar(QChar::Null), "недопустимые символы");
+        row("half a character", QStringLiteral("WGS") + QChar(0xd800), "недопустимые символы");
+        row("deep", QString(100000, QLatin1Char('{')), "вложенность");
+        row("deep WKT", QStringLiteral("ABCCS[").repeated(1000), "вложенность");
+        row("huge", QString(20000, QLatin1Char('x')), "слишком длинный");
+        row("quotes", QString(10000, QLatin1Char('"')), "строк");
+        row("a device", QStringLiteral("@/dev/zero"), "Это не файл");
+        row("no file", QStringLiteral("@"), "имя файла");
+    }
+    void userInputRefused()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, piece);
+        try {
+            const CoordSystemPtr cs = factory()->createFromUserInput(text);
+            QFAIL(qPrintable(cs->description()));
+        } catch (const std::runtime_error &e) {
+            QVERIFY2(QString::fromUtf8(e.what()).contains(piece), e.what());
+        }
+    }
+
+    // Encodings, clauses over several lines, and files that stand for others.
+    void userFiles_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<int>("epsg"); // 0: refused
+        const QString wkt = factory()->createFromEpsg(32637)->exportToWkt();
+        QTextCodec *utf16 = QTextCodec::codecForName("UTF-16LE");
+        QTextCodec::ConverterState noMark(QTextCodec::IgnoreHeader);
+        const QByteArray bare = utf16->fromUnicode(wkt.constData(), wkt.size(), &noMark);
+        const QByteArray mif = "Version 300\nCoordSys Earth Projection 8,\r\n 104, \"m\", 39, 0,\n"
+                               " 0.9996, 500000, 0\nColumns 1\n a Integer\nData\nCoordSys Earth\n";
+        QTest::newRow("UTF-8 with mark") << "a.prj" << ("\xef\xbb\xbf" + wkt.toUtf8()) << 32637;
+        QTest::newRow("UTF-16 with mark") << "a.qpj" << ("\xff\xfe" + bare) << 32637;
+        QTest::newRow("UTF-16 without") << "a.wkt" << bare << 32637;
+        QTest::newRow("mif") << "a.MIF" << mif << 32637;
+        QTest::newRow("mif without clause") << "b.mif" << QByteArray("Version 300\nColumns 0\nData\n") << -2;
+        QTest::newRow("raster's tab")
+            << "a.tab" << QByteArray("!table\n CoordSys Earth Projection 1, 104\n Units \"degree\"\n")
+            << 4326;
+        QTest::newRow("tab alone") << "b.tab" << QByteArray("!table\nType NATIVE\n") << 0;
+        QTest::newRow("itself") << "a.prj" << QByteArray("@a.prj") << 0;
+        QTest::newRow("empty") << "a.prj" << QByteArray(" \n") << 0;
+        QTest::newRow("catalogue") << "a.prj" << QByteArray("\"a\", 1, 104\n\"b\", 1, 0\n") << 0;
+    }
+    void userFiles()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, content);
+        QFETCH(int, epsg);
+        const QTemporaryDir dir;
+        const QString path = dir.filePath(name);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+        file.close();
+        const QString text = QLatin1Char('@') + path;
+        if (epsg == 0)
+            QVERIFY_EXCEPTION_THROWN((void)factory()->createFromUserInput(text), std::runtime_error);
+        else
+            QCOMPARE(factory()->createFromUserInput(text)->epsg(), epsg);
+    }
+
+    // GDAL's driver writes the header; of a datum by its figures it writes the scale with the wrong sign.
+    void userTabFiles_data()
+    {
+        QTest::addColumn<QString>("system");
+        QTest::newRow("numbered datum") << QStringLiteral("epsg:28407");
+        QTest::newRow("figures") << QStringLiteral("prj:Earth Projection 8, 9999, 10, 598.1, 73.7, 418.2, "
+                                                   "-0.202, -0.045, 2.455, 0, 0, 7, 40, 0, 1, 1000, 2000");
+    }
+    void userTabFiles()
+    {
+        QFETCH(QString, system);
+        const QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("t.tab"));
+        const CoordSystemPtr cs = factory()->createFromTaggedString(system);
+        GDALAllRegister();
+        GDALDatasetH set = GDALCreate(GDALGetDriverByName("MapInfo File"), path.toUtf8().constData(), 0, 0, 0,
+                                      GDT_Unknown, nullptr);
+        OGRLayerH layer = GDALDatasetCreateLayer(set, "t", cs->OGRSpatialReference(), wkbPoint, nullptr);
+        OGRFieldDefnH field = OGR_Fld_Create("a", OFTInteger);
+        QVERIFY(OGR_L_CreateField(layer, field, 1) == OGRERR_NONE);
+        OGR_Fld_Destroy(field);
+        GDALClose(set);
+        const CoordSystemPtr read = factory()->createFromUserInput(QLatin1Char('@') + path);
+        QVERIFY2(read->isEqual(cs, true), qPrintable(read->prjStr()));
     }
 
     void sources_data()

@@ -1,0 +1,52 @@
+#pragma once
+
+// How texts that people write for a coordinate system look. Nothing here asks a database or a catalogue.
+
+#include <QString>
+#include <QVector>
+
+#include <optional>
+
+namespace nivora::cs {
+
+class ProjectionParamsManager;
+
+/// "EPSG", "", "4326" of "EPSG:4326"; "OGC", "1.3", "CRS84" of "urn:ogc:def:crs:OGC:1.3:CRS84".
+struct CodeReference
+{
+    QString authority;
+    QString version; ///< as written, mostly empty
+    QString code;
+
+    QString text() const { return authority + QLatin1Char(':') + code; }
+};
+
+/// A text that names a system by code.
+struct CodeText
+{
+    QVector<CodeReference> parts; ///< the first is horizontal; more for "A:n+B:m" and its URN and URL forms
+    QString leftAside;            ///< the geometry of extended WKT
+};
+
+/// Bare numbers, "EPSG:4326", "epsg 4326", SRID, URN, URL and compound forms; nothing for other texts. Words
+/// apart by a blank name an authority only when it is one of \p authorities.
+std::optional<CodeText> codeTextOf(const QString &text, const QStringList &authorities);
+
+/// PROJ text as the engines take it, "+proj=…" first and every term with its sign, of text whose terms stand
+/// in any order and may lack the sign; nothing when there is no term "proj" or "init".
+std::optional<QString> projTextOf(const QString &text);
+/// The code of PROJ text that begins with "+init=epsg:4326" and says nothing more of a system; else nothing.
+std::optional<CodeReference> initCodeOf(const QString &proj);
+
+bool isWktText(const QString &text);
+bool isCoordSysText(const QString &text);
+/// Brackets of PROJJSON or WKT are nested deeper than any system needs; the engines read them by recursion.
+bool isNestedTooDeep(const QString &text);
+
+/// The unit of a CoordSys string that no catalogue knows, so that it is read as metres; else nothing.
+std::optional<QString> unknownUnitOf(const QString &prj, const ProjectionParamsManager &manager);
+
+/// The text on one line, cut to what a message can hold.
+QString shownText(const QString &text);
+
+} // namespace nivora::cs
