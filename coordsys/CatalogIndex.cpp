@@ -68,7 +68,9 @@ CatalogIndex::CatalogIndex(const MapinfoCoordSystem &catalogue, const QDir &reso
 {
     addOtherLanguages(m_search, resources, language);
     m_search.loadPlaces(QFileInfo(resources.filePath(QStringLiteral("places.tsv"))));
-    m_search.at({}, 1); // reads the areas now, not when somebody types the first town
+    m_search.loadAliases(QFileInfo(resources.filePath(QStringLiteral("aliases.tsv"))));
+    m_search.at({}, 1);                      // what these read on first call is read now, not when
+    m_search.find(QStringLiteral("utm"), 1); // somebody types
     readDatabase();
     noteUncatalogued(catalogue);
 }
@@ -110,6 +112,13 @@ void CatalogIndex::noteUncatalogued(const MapinfoCoordSystem &catalogue)
                                    .arg(system.name, list.name, QString::number(system.code)))};
         }
     }
+}
+
+const CatalogIndex::Uncatalogued *CatalogIndex::uncatalogued(int code) const
+{
+    const auto found = std::find_if(m_uncatalogued.begin(), m_uncatalogued.end(),
+                                    [code](const Uncatalogued &system) { return system.code == code; });
+    return found == m_uncatalogued.end() ? nullptr : &*found;
 }
 
 } // namespace nivora::cs

@@ -42,6 +42,8 @@ public:
 
     const QVector<Country> &countries() const { return m_countries; }
     const QVector<Uncatalogued> &uncatalogued() const { return m_uncatalogued; }
+    /// Null for a code that the catalogue has, or nobody.
+    const Uncatalogued *uncatalogued(int code) const;
     const MapinfoSearch &search() const { return m_search; }
     /// Area of use of a code, null when unknown.
     QRectF area(int code) const { return m_areas.value(code); }

@@ -449,12 +449,8 @@ QModelIndex CoordSystemCatalogModel::indexOfCode(int epsg) const
         if (found != entries.end())
             return catalogueIndex(category, static_cast<int>(found - entries.begin()));
     }
-    if (!m_index)
-        return {};
-    const QVector<CatalogIndex::Uncatalogued> &rest = m_index->uncatalogued();
-    const auto found =
-        std::find_if(rest.begin(), rest.end(), [epsg](const auto &s) { return s.code == epsg; });
-    return found == rest.end() ? QModelIndex() : systemIndex(EpsgDatabase, found->country, found->row);
+    const CatalogIndex::Uncatalogued *rest = m_index ? m_index->uncatalogued(epsg) : nullptr;
+    return rest ? systemIndex(EpsgDatabase, rest->country, rest->row) : QModelIndex();
 }
 
 CoordSystemPtr CoordSystemCatalogModel::create(const QModelIndex &index) const

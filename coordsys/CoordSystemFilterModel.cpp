@@ -2,6 +2,8 @@
 
 #include <coordsys/CatalogIndex_p.h>
 
+#include <QSet>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -113,8 +115,13 @@ void CoordSystemFilterModel::addCatalogue(const QString &text, Entries &out) con
     const auto section = CoordSystemCatalogModel::MapinfoCatalogue;
     if (!searchText(text).isEmpty()) {
         const auto hits = m_source.m_index->search().find(text, std::numeric_limits<int>::max());
-        for (const MapinfoSearch::Hit &hit : hits)
-            out << Entry{section, hit.position.first, hit.position.second, hit.epsg};
+        for (const MapinfoSearch::Hit &hit : hits) {
+            const auto *rest = hit.isInCatalogue() ? nullptr : m_source.m_index->uncatalogued(hit.epsg);
+            if (hit.isInCatalogue())
+                out << Entry{section, hit.position.first, hit.position.second, hit.epsg};
+            else if (rest)
+                out << Entry{CoordSystemCatalogModel::EpsgDatabase, rest->country, rest->row, hit.epsg};
+        }
         return;
     }
     for (int category = 0; category < m_source.m_categories.size(); ++category) {
@@ -124,12 +131,17 @@ void CoordSystemFilterModel::addCatalogue(const QString &text, Entries &out) con
     }
 }
 
-/// A code that is asked for by number stands above all that merely hold the number.
+/// A code that is asked for by number stands above all that merely hold the number. The search itself may
+/// have given some of the database's systems.
 void CoordSystemFilterModel::addDatabase(const QStringList &words, Entries &out) const
 {
+    QSet<int> given;
+    for (const Entry &entry : qAsConst(out))
+        if (entry.section == CoordSystemCatalogModel::EpsgDatabase)
+            given << entry.epsg;
     int asked = 0;
     for (const CatalogIndex::Uncatalogued &system : m_source.m_index->uncatalogued()) {
-        if (!holdsWords(system.text, words))
+        if (given.contains(system.code) || !holdsWords(system.text, words))
             continue;
         const Entry entry{CoordSystemCatalogModel::EpsgDatabase, system.country, system.row, system.code};
         if (words.contains(QString::number(system.code)))

@@ -1,5 +1,7 @@
 #include <widgets/PickerLayout_p.h>
 
+#include <widgets/RowDelegate_p.h>
+
 #include <QAction>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -16,6 +18,7 @@ QTreeView *listView(QAbstractItemModel &model)
     auto *view = new QTreeView;
     view->setModel(&model);
     view->setUniformRowHeights(true);
+    view->setItemDelegate(new RowDelegate(view));
     view->setAllColumnsShowFocus(true);
     view->setAlternatingRowColors(false);
     view->setEditTriggers(QAbstractItemView::NoEditTriggers);

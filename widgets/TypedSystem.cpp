@@ -22,7 +22,7 @@ bool looksLikeDefinition(const QString &text)
 
 CoordSystemPtr systemFromText(const CoordSysFactory &factory, const QString &text)
 {
-    return factory.createFromTaggedString(text);
+    return factory.createFromUserInput(text);
 }
 
 std::optional<QRectF> placeFromText(const QString &text)

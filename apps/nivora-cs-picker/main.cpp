@@ -62,7 +62,7 @@ void addOptions(QCommandLineParser &line)
     add("view", "The current view, drawn on the map and offered as a filter; degrees.",
         "WEST,SOUTH,EAST,NORTH");
     add("search", "Begin with this text in the search box.", "TEXT");
-    add("current", "The system selected at first, a tagged string.", "CS");
+    add("current", "The system selected at first, in any notation.", "CS");
     add("resources", "Directory of the catalogues.", "DIR");
     add("user-dir", "Directory of the user's own systems.", "DIR");
 }
@@ -93,7 +93,7 @@ std::shared_ptr<CoordSysFactory> startedFactory(const QCommandLineParser &line, 
 void prepare(CoordSystemPicker &picker, const CoordSysFactory &factory, const QCommandLineParser &line)
 {
     if (line.isSet(QStringLiteral("current")))
-        picker.setCoordSystem(factory.createFromTaggedString(line.value(QStringLiteral("current"))));
+        picker.setCoordSystem(factory.createFromUserInput(line.value(QStringLiteral("current"))));
     if (line.isSet(QStringLiteral("view"))) {
         const QVector<double> sides = numbers(line, QStringLiteral("view"), 4);
         const double east = sides.at(2) < sides.at(0) ? sides.at(2) + 360.0 : sides.at(2);

@@ -96,9 +96,9 @@ private Q_SLOTS:
         QCOMPARE(d.dialog.result(), int(QDialog::Accepted));
         QCOMPARE(d.dialog.coordSystem()->epsg(), second);
 
-        Dialog again; // my systems, recently used, the first of them
+        Dialog again; // my systems with their branches, recently used, the first of them
         for (int i = 0;
-             i < 3 && again.list()->currentIndex().data().toString() != d.dialog.coordSystem()->description();
+             i < 6 && again.list()->currentIndex().data().toString() != d.dialog.coordSystem()->description();
              ++i)
             QTest::keyClick(again.search, Qt::Key_Down);
         QTest::keyClick(again.search, Qt::Key_Return);
