@@ -2,7 +2,10 @@
 
 #include <coordsys/CatalogIndex_p.h>
 
+#include <QFutureWatcher>
 #include <QSet>
+#include <QThreadPool>
+#include <QtConcurrent>
 
 #include <algorithm>
 #include <cmath>
@@ -44,13 +47,65 @@ bool isUsable(const QRectF &place)
 
 } // namespace
 
+struct CoordSystemFilterModel::Entry
+{
+    CoordSystemCatalogModel::Section section;
+    int group;
+    int row;
+    int epsg;
+};
+
+struct CoordSystemFilterModel::Answer
+{
+    QVector<Entry> entries;
+    QVector<Relaxation> relaxations;
+};
+
+/// A question with all that is needed to answer it, so that any thread can.
+struct CoordSystemFilterModel::Query
+{
+    using Entries = QVector<Entry>;
+    using Place = std::optional<QRectF>;
+
+    Answer answer() const;
+    Entries find(const QString &words, const Place &where) const;
+    void addOwn(const QStringList &words, Entries &out) const;
+    void addCatalogue(const QString &words, Entries &out) const;
+    void addDatabase(const QStringList &words, Entries &out) const;
+    Entries inUseAt(const QRectF &where, const Entries &entries, bool bySize) const;
+    QVector<Relaxation> relaxations() const;
+
+    QString text;
+    Place place;
+    std::shared_ptr<const CatalogIndex> index;
+    QList<CoordSystemParamsList> categories;
+    QList<UserCoordSystem::CsDataType> branches;
+};
+
+struct CoordSystemFilterModel::Worker
+{
+    Worker() { pool.setMaxThreadCount(1); }
+
+    QFutureWatcher<Answer> watcher;
+    QThreadPool pool; ///< waits as it goes
+    bool isRunning = false;
+    bool isOvertaken = false; ///< the question has changed since
+};
+
 CoordSystemFilterModel::CoordSystemFilterModel(CoordSystemCatalogModel &source, QObject *parent)
     : QAbstractTableModel(parent)
     , m_source(source)
+    , m_worker(std::make_unique<Worker>())
 {
     connect(&source, &CoordSystemCatalogModel::prepared, this, &CoordSystemFilterModel::refresh);
-    connect(&source, &CoordSystemCatalogModel::ownSystemsChanged, this, &CoordSystemFilterModel::refresh);
+    connect(&source, &CoordSystemCatalogModel::ownSystemsChanged, this, [this] {
+        show({}); // rows may stand for what is gone
+        refresh();
+    });
+    connect(&m_worker->watcher, &QFutureWatcherBase::finished, this, &CoordSystemFilterModel::takeAnswer);
 }
+
+CoordSystemFilterModel::~CoordSystemFilterModel() = default;
 
 void CoordSystemFilterModel::setText(const QString &text)
 {
@@ -68,55 +123,110 @@ void CoordSystemFilterModel::setPlace(const std::optional<QRectF> &lonLat)
 
 bool CoordSystemFilterModel::isFiltering() const { return m_place || !searchText(m_text).isEmpty(); }
 
-bool CoordSystemFilterModel::isPending() const { return isFiltering() && !m_source.isPrepared(); }
+int CoordSystemFilterModel::foundCount() const { return m_found.size(); }
 
 void CoordSystemFilterModel::refresh()
 {
-    if (isFiltering())
-        m_source.prepare();
-    Entries found = find(m_text, m_place);
+    m_isPending = isFiltering();
+    m_worker->isOvertaken = m_worker->isRunning;
+    if (!m_isPending) {
+        show({});
+        Q_EMIT found();
+        return;
+    }
+    m_source.prepare();
+    if (m_source.isPrepared() && !m_worker->isRunning)
+        start();
+}
+
+void CoordSystemFilterModel::start()
+{
+    m_worker->isRunning = true;
+    m_worker->isOvertaken = false;
+    const Query query{m_text, m_place, m_source.m_index, m_source.m_categories, m_source.m_branches};
+    m_worker->watcher.setFuture(QtConcurrent::run(&m_worker->pool, [query] { return query.answer(); }));
+}
+
+/// Runs again, to no effect, when the watcher tells what waitUntilFound() has taken already.
+void CoordSystemFilterModel::takeAnswer()
+{
+    if (!m_worker->isRunning)
+        return;
+    m_worker->watcher.waitForFinished();
+    m_worker->isRunning = false;
+    if (!m_isPending)
+        return;
+    if (m_worker->isOvertaken) {
+        start();
+        return;
+    }
+    m_isPending = false;
+    show(m_worker->watcher.result());
+    Q_EMIT found();
+}
+
+void CoordSystemFilterModel::waitUntilFound()
+{
+    if (m_isPending && !m_source.isPrepared())
+        m_source.waitUntilPrepared();
+    while (m_isPending && m_worker->isRunning)
+        takeAnswer();
+}
+
+void CoordSystemFilterModel::show(Answer answer)
+{
     beginResetModel();
-    m_found = std::move(found);
+    m_found = std::move(answer.entries);
+    m_relaxations = std::move(answer.relaxations);
     m_fetched = std::min(portion, m_found.size());
     endResetModel();
 }
 
-CoordSystemFilterModel::Entries CoordSystemFilterModel::find(const QString &text,
-                                                             const std::optional<QRectF> &place) const
+CoordSystemFilterModel::Answer CoordSystemFilterModel::Query::answer() const
 {
-    const QStringList words = searchText(text).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    Entries entries;
-    if (!m_source.m_index || (words.isEmpty() && !place))
-        return entries;
-    addOwn(words, entries);
-    addCatalogue(text, entries);
-    addDatabase(words, entries);
-    return place ? inUseAt(*place, std::move(entries), words.isEmpty()) : entries;
+    Answer answer;
+    answer.entries = find(text, place);
+    if (answer.entries.isEmpty())
+        answer.relaxations = relaxations();
+    return answer;
 }
 
-void CoordSystemFilterModel::addOwn(const QStringList &words, Entries &out) const
+CoordSystemFilterModel::Query::Entries CoordSystemFilterModel::Query::find(const QString &words,
+                                                                           const Place &where) const
 {
-    for (int branch = 0; branch < m_source.m_branches.size(); ++branch) {
-        const auto &list = m_source.m_branches.at(branch);
+    const QStringList list = searchText(words).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    Entries entries;
+    if (list.isEmpty() && !where)
+        return entries;
+    addOwn(list, entries);
+    addCatalogue(words, entries);
+    addDatabase(list, entries);
+    return where ? inUseAt(*where, entries, list.isEmpty()) : entries;
+}
+
+void CoordSystemFilterModel::Query::addOwn(const QStringList &words, Entries &out) const
+{
+    for (int branch = 0; branch < branches.size(); ++branch) {
+        const auto &list = branches.at(branch);
         for (int row = 0; row < list.entries.size(); ++row) {
             const CoordSystemTypes::SourceData &source = list.entries.at(row).source();
-            const QString text = list.entries.at(row).description() + QLatin1Char(' ') + list.name +
-                                 QLatin1Char(' ') + source.string;
+            const QString known = list.entries.at(row).description() + QLatin1Char(' ') + list.name +
+                                  QLatin1Char(' ') + source.string;
             const int code = source.type == CoordSystemTypes::Epsg ? source.string.toInt()
                                                                    : CoordSystemTypes::EPSG_UNDEFINDED;
-            if (holdsWords(searchText(text), words))
+            if (holdsWords(searchText(known), words))
                 out << Entry{CoordSystemCatalogModel::OwnSystems, branch, row, code};
         }
     }
 }
 
-void CoordSystemFilterModel::addCatalogue(const QString &text, Entries &out) const
+void CoordSystemFilterModel::Query::addCatalogue(const QString &words, Entries &out) const
 {
     const auto section = CoordSystemCatalogModel::MapinfoCatalogue;
-    if (!searchText(text).isEmpty()) {
-        const auto hits = m_source.m_index->search().find(text, std::numeric_limits<int>::max());
+    if (!searchText(words).isEmpty()) {
+        const auto hits = index->search().find(words, std::numeric_limits<int>::max());
         for (const MapinfoSearch::Hit &hit : hits) {
-            const auto *rest = hit.isInCatalogue() ? nullptr : m_source.m_index->uncatalogued(hit.epsg);
+            const auto *rest = hit.isInCatalogue() ? nullptr : index->uncatalogued(hit.epsg);
             if (hit.isInCatalogue())
                 out << Entry{section, hit.position.first, hit.position.second, hit.epsg};
             else if (rest)
@@ -124,8 +234,8 @@ void CoordSystemFilterModel::addCatalogue(const QString &text, Entries &out) con
         }
         return;
     }
-    for (int category = 0; category < m_source.m_categories.size(); ++category) {
-        const QList<CoordSystemParams> &entries = m_source.m_categories.at(category).entries;
+    for (int category = 0; category < categories.size(); ++category) {
+        const QList<CoordSystemParams> &entries = categories.at(category).entries;
         for (int row = 0; row < entries.size(); ++row)
             out << Entry{section, category, row, entries.at(row).epsg()};
     }
@@ -133,14 +243,14 @@ void CoordSystemFilterModel::addCatalogue(const QString &text, Entries &out) con
 
 /// A code that is asked for by number stands above all that merely hold the number. The search itself may
 /// have given some of the database's systems.
-void CoordSystemFilterModel::addDatabase(const QStringList &words, Entries &out) const
+void CoordSystemFilterModel::Query::addDatabase(const QStringList &words, Entries &out) const
 {
     QSet<int> given;
     for (const Entry &entry : qAsConst(out))
         if (entry.section == CoordSystemCatalogModel::EpsgDatabase)
             given << entry.epsg;
     int asked = 0;
-    for (const CatalogIndex::Uncatalogued &system : m_source.m_index->uncatalogued()) {
+    for (const CatalogIndex::Uncatalogued &system : index->uncatalogued()) {
         if (given.contains(system.code) || !holdsWords(system.text, words))
             continue;
         const Entry entry{CoordSystemCatalogModel::EpsgDatabase, system.country, system.row, system.code};
@@ -151,8 +261,8 @@ void CoordSystemFilterModel::addDatabase(const QStringList &words, Entries &out)
     }
 }
 
-CoordSystemFilterModel::Entries CoordSystemFilterModel::inUseAt(const QRectF &place, Entries entries,
-                                                                bool bySize) const
+CoordSystemFilterModel::Query::Entries
+CoordSystemFilterModel::Query::inUseAt(const QRectF &where, const Entries &entries, bool bySize) const
 {
     struct Sized
     {
@@ -162,35 +272,35 @@ CoordSystemFilterModel::Entries CoordSystemFilterModel::inUseAt(const QRectF &pl
     };
     QVector<Sized> there;
     for (const Entry &entry : entries) {
-        const QRectF area = m_source.area(entry.epsg);
-        if (holds(area, middleOf(place)))
-            there << Sized{!holds(area, place), share(area), entry};
+        const QRectF area = index->area(entry.epsg);
+        if (holds(area, middleOf(where)))
+            there << Sized{!holds(area, where), share(area), entry};
     }
     if (bySize)
         std::stable_sort(there.begin(), there.end(), [](const Sized &a, const Sized &b) {
             return std::tie(a.isPart, a.share) < std::tie(b.isPart, b.share);
         });
-    entries.clear();
+    Entries sorted;
     for (const Sized &system : there)
-        entries << system.entry;
-    return entries;
+        sorted << system.entry;
+    return sorted;
 }
 
-QVector<CoordSystemFilterModel::Relaxation> CoordSystemFilterModel::relaxations() const
+QVector<CoordSystemFilterModel::Relaxation> CoordSystemFilterModel::Query::relaxations() const
 {
     QVector<Relaxation> all;
-    const auto add = [&](const QString &text, const QString &without, const std::optional<QRectF> &place) {
-        if (const int count = find(text, place).size())
-            all << Relaxation{text, without, count};
+    const auto add = [&](const QString &words, const QString &without, const Place &where) {
+        if (const int count = find(words, where).size())
+            all << Relaxation{words, without, count};
     };
-    const QStringList words = m_text.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    for (int i = 0; i < words.size() && words.size() > 1; ++i) {
-        QStringList rest = words;
+    const QStringList parts = text.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    for (int i = 0; i < parts.size() && parts.size() > 1; ++i) {
+        QStringList rest = parts;
         rest.removeAt(i);
-        add(rest.join(QLatin1Char(' ')), words.at(i), m_place);
+        add(rest.join(QLatin1Char(' ')), parts.at(i), place);
     }
-    if (m_place)
-        add(m_text, QString(), std::nullopt);
+    if (place)
+        add(text, QString(), std::nullopt);
     std::stable_sort(all.begin(), all.end(),
                      [](const Relaxation &a, const Relaxation &b) { return a.count < b.count; });
     return all;

@@ -6,6 +6,7 @@
 #include <QRectF>
 #include <QVector>
 
+#include <memory>
 #include <optional>
 
 namespace nivora::cs {
@@ -14,9 +15,10 @@ namespace nivora::cs {
 /// code or town (as MapinfoSearch finds them), by place, or both. The user's own systems come first, then the
 /// catalogue's, then those of the EPSG database that the catalogue lacks; recent ones are not repeated.
 ///
-/// Made for every keystroke: setText() and setPlace() take a millisecond or two over the shipped catalogue
-/// and the whole database. Until the source is prepared() the list is empty and isPending(); then it fills
-/// itself. Rows come in portions (fetchMore()). Threads: one, that of the views.
+/// Made for every keystroke: setText() and setPlace() return at once, a thread of the model's own looks (a
+/// millisecond or two mostly, some 50 when slips of the hand are forgiven), and found() tells. Until then
+/// isPending(), and the rows are those found before. Texts that are overtaken by the next one are not looked
+/// for. Rows come in portions (fetchMore()). Threads: one, that of the views.
 class NIVORA_CS_EXPORT CoordSystemFilterModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -33,6 +35,8 @@ public:
 
     /// \p source must live as long as this.
     explicit CoordSystemFilterModel(CoordSystemCatalogModel &source, QObject *parent = nullptr);
+    /// Waits for the thread.
+    ~CoordSystemFilterModel() override;
 
     QString text() const { return m_text; }
     void setText(const QString &text);
@@ -45,13 +49,14 @@ public:
 
     /// There are words or a place; without either the list is empty.
     bool isFiltering() const;
-    /// Something is looked for, and the source is not prepared yet.
-    bool isPending() const;
+    /// Something is looked for, and the answer is not there yet.
+    bool isPending() const { return m_isPending; }
+    /// Waits for the answer, and for the source to be prepared. found() is sent meanwhile.
+    void waitUntilFound();
     /// All that was found, fetched or not.
-    int foundCount() const { return m_found.size(); }
-    /// Ways to find something, those with the fewest results first. One search per word: call it when the
-    /// list is empty, not at every keystroke.
-    QVector<Relaxation> relaxations() const;
+    int foundCount() const;
+    /// When nothing was found: ways to find something, those with the fewest results first.
+    const QVector<Relaxation> &relaxations() const { return m_relaxations; }
 
     QModelIndex mapToSource(const QModelIndex &index) const;
     /// Invalid for what was not found; fetches the rows up to what was.
@@ -65,29 +70,30 @@ public:
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
+Q_SIGNALS:
+    /// The rows are those of text() and place().
+    void found();
+
 private:
-    struct Entry
-    {
-        CoordSystemCatalogModel::Section section;
-        int group;
-        int row;
-        int epsg;
-    };
-    using Entries = QVector<Entry>;
+    struct Entry;
+    struct Query;
+    struct Answer;
+    struct Worker;
 
     void refresh();
-    Entries find(const QString &text, const std::optional<QRectF> &place) const;
-    void addOwn(const QStringList &words, Entries &out) const;
-    void addCatalogue(const QString &text, Entries &out) const;
-    void addDatabase(const QStringList &words, Entries &out) const;
-    Entries inUseAt(const QRectF &place, Entries entries, bool bySize) const;
+    void start();
+    void takeAnswer();
+    void show(Answer answer);
     QModelIndex sourceIndex(const Entry &entry) const;
 
     CoordSystemCatalogModel &m_source;
     QString m_text;
     std::optional<QRectF> m_place;
-    Entries m_found;
+    QVector<Entry> m_found;
+    QVector<Relaxation> m_relaxations;
     int m_fetched = 0;
+    bool m_isPending = false;
+    std::unique_ptr<Worker> m_worker; ///< last: it ends first
 };
 
 } // namespace nivora::cs

@@ -8,7 +8,7 @@ export PATH="${PATH:-/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bi
 
 # What a build needs, and what the tests need on top.
 BUILD_PACKAGES=(g++ cmake ninja-build pkg-config ccache qtbase5-dev qttools5-dev-tools libproj-dev proj-data libgdal-dev)
-TEST_PACKAGES=(binutils libbenchmark-dev libsqlite3-dev proj-bin valgrind)
+TEST_PACKAGES=(binutils fonts-dejavu-core libbenchmark-dev libsqlite3-dev proj-bin valgrind xvfb)
 
 say() { printf '%s\n' "$*" >&2; }
 

@@ -20,6 +20,7 @@
 #include <exception>
 #include <iterator>
 #include <optional>
+#include <utility>
 
 namespace nivora::cs {
 namespace {
@@ -123,7 +124,7 @@ void CoordSystemPicker::Private::connectRest()
 {
     connect(ui.search, &QLineEdit::textChanged, q, [this](const QString &now) { search(now); });
     connect(&settling, &QTimer::timeout, q, [this] { settle(); });
-    connect(&model, &CoordSystemCatalogModel::prepared, q, [this] { showFound(); });
+    connect(&filter, &CoordSystemFilterModel::found, q, [this] { showFound(); });
     connect(ui.message, &QLabel::linkActivated, q, [this](const QString &link) { followLink(link); });
     connect(ui.map, &WorldMap::neighbourClicked, q, [this](int id) { choose(neighbours.value(id)); });
     connect(ui.map, &WorldMap::placeClicked, q, &CoordSystemPicker::filterByPoint);
@@ -136,9 +137,13 @@ void CoordSystemPicker::Private::connectRest()
 void CoordSystemPicker::Private::search(const QString &now)
 {
     given.reset();
-    isDefinition = looksLikeDefinition(now);
+    const bool wasDefinition = std::exchange(isDefinition, looksLikeDefinition(now));
     filter.setText(isDefinition ? QString() : now);
-    showFound();
+    if (isDefinition || wasDefinition)
+        showFound();
+    else
+        changed(); // what is found is shown when it is there
+    showPage();
 }
 
 void CoordSystemPicker::Private::showFound()
@@ -152,6 +157,8 @@ void CoordSystemPicker::Private::showFound()
 void CoordSystemPicker::Private::showPage()
 {
     const bool isSearching = filter.isFiltering() && !isDefinition;
+    if (isSearching && filter.isPending() && model.isPrepared())
+        return; // in a moment: what is shown stays
     const bool hasFound = isSearching && filter.foundCount() > 0;
     if (hasFound)
         ui.showList(ui.results);
@@ -185,6 +192,7 @@ void CoordSystemPicker::Private::changed()
 /// The dear part of a change: the engines make the system, the map moves.
 void CoordSystemPicker::Private::settle()
 {
+    filter.waitUntilFound();
     settling.stop();
     const Choice current = choice();
     system = current.system;
@@ -367,7 +375,8 @@ bool CoordSystemPicker::canChoose() const
 {
     if (!d->settling.isActive())
         return d->system != nullptr;
-    return d->given || d->isReadingText() || CoordSystemCatalogModel::isSystem(d->currentRow());
+    return d->given || d->filter.isPending() || d->isReadingText() ||
+           CoordSystemCatalogModel::isSystem(d->currentRow());
 }
 
 void CoordSystemPicker::setCoordSystem(const CoordSystemPtr &cs)
@@ -438,6 +447,7 @@ bool CoordSystemPicker::eventFilter(QObject *watched, QEvent *event)
     QTreeView *list = d->ui.currentList();
     if (watched == d->ui.search && list &&
         std::find(std::begin(listKeys), std::end(listKeys), key->key()) != std::end(listKeys)) {
+        d->filter.waitUntilFound();
         QCoreApplication::sendEvent(list, event);
         return true;
     }

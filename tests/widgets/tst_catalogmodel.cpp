@@ -139,6 +139,7 @@ private Q_SLOTS:
         model.waitUntilPrepared();
         CoordSystemFilterModel filter(model);
         filter.setPlace(place);
+        filter.waitUntilFound();
         QCOMPARE(filter.mapFromSource(model.indexOfCode(inUse)).isValid(), inUse > 0);
         QVERIFY(!filter.mapFromSource(model.indexOfCode(elsewhere)).isValid());
     }
@@ -151,10 +152,12 @@ private Q_SLOTS:
         CoordSystemFilterModel filter(model);
         filter.setText(QStringLiteral("utm 37 qwertyq"));
         filter.setPlace(QRectF(37.6, 55.7, 0, 0));
+        filter.waitUntilFound();
         const auto ways = filter.relaxations();
         QCOMPARE(ways.size(), 1);
         QCOMPARE(ways.first().without, QStringLiteral("qwertyq"));
         filter.setText(ways.first().text);
+        filter.waitUntilFound();
         QCOMPARE(filter.foundCount(), ways.first().count);
     }
 };

@@ -1,6 +1,7 @@
 #include "Tests.h"
 
 #include <coordsys/CoordSystem.h>
+#include <coordsys/CoordSystemFilterModel.h>
 #include <coordsys/UserCoordSystem.h>
 #include <support/Support.h>
 #include <widgets/CoordSystemDialog.h>
@@ -15,7 +16,8 @@
 #include <QTreeView>
 
 #include <algorithm>
-#include <ctime>
+
+#include <time.h>
 
 using namespace nivora::cs;
 
@@ -46,7 +48,12 @@ struct Dialog
     bool hasFound(const QString &text)
     {
         QTest::keyClicks(search, text);
-        return QTest::qWaitFor([this] { return list() && list()->model()->columnCount() == 3; }, settled);
+        return QTest::qWaitFor([this] { return isAnswered(); }, settled);
+    }
+    bool isAnswered() const
+    {
+        const auto *found = list() ? qobject_cast<CoordSystemFilterModel *>(list()->model()) : nullptr;
+        return found && !found->isPending() && found->text() == search->text();
     }
     QString shownText() const
     {
@@ -61,6 +68,14 @@ struct Dialog
     QLineEdit *search;
     QPushButton *ok;
 };
+
+/// Milliseconds of the processor that this thread has used: other programs run, too.
+double threadTime()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
+}
 
 int codeIn(const QTreeView &list, int row) { return list.model()->index(row, 1).data().toInt(); }
 
@@ -138,7 +153,7 @@ private Q_SLOTS:
         QVERIFY(d.dialog.picker()->coordSystem());
         QCOMPARE(d.dialog.picker()->coordSystem()->epsg(), 32638);
         QTest::mouseClick(map, Qt::RightButton, {}, at45E50N);
-        QVERIFY(d.list()->model()->rowCount() > 20);
+        QTRY_VERIFY(d.list() && d.list()->model()->rowCount() > 20);
     }
 
     void texts_data()
@@ -191,29 +206,35 @@ private Q_SLOTS:
         QVERIFY2(!russian.match(d.shownText()).hasMatch(), qPrintable(d.shownText()));
     }
 
-    /// What a keystroke costs, the list laid out and painted. People see delays above some 50 ms; 5 ms leave
-    /// the host its share. Sanitizers change what is measured, so only an optimised build is held to it.
+    /// What a keystroke costs the thread of the windows, the list laid out and painted. People see delays
+    /// above some 50 ms; 5 ms leave the host its share. Sanitizers change what is measured, so only an
+    /// optimised build is held to it.
     void keystrokes()
     {
         Dialog d;
         QVERIFY(d.hasFound(QStringLiteral("u")));
-        QVector<double> times;
+        QVector<double> handled;
+        QVector<double> painted;
         for (const char *text : {"tm 37", "wgs 84 utm zone", "гаусса крюгера зона 7", "32637", "germany",
                                  "moscow utm", "a", "nad83 / california zone 3"}) {
             d.search->clear();
             for (const QChar c : QString::fromUtf8(text)) {
-                const std::clock_t start = std::clock(); // of the processor: other programs run, too
+                const double start = threadTime();
                 QTest::sendKeyEvent(QTest::Click, d.search, Qt::Key_unknown, QString(c), Qt::NoModifier);
+                handled << threadTime() - start;
+                QVERIFY(QTest::qWaitFor([&] { return d.isAnswered() || !d.list(); }, settled));
                 QCoreApplication::processEvents();
-                times << double(std::clock() - start) * 1000.0 / CLOCKS_PER_SEC;
+                painted << threadTime() - start;
             }
         }
-        std::sort(times.begin(), times.end());
-        const double median = times.at(times.size() / 2);
-        qInfo("%d keystrokes: median %.2f ms, 95 %% %.2f ms, max %.2f ms", int(times.size()), median,
-              times.at(times.size() * 95 / 100), times.last());
+        std::sort(handled.begin(), handled.end());
+        std::sort(painted.begin(), painted.end());
+        const int last = handled.size() - 1;
+        qInfo("%d keystrokes, ms: handled %.2f (median) %.2f (most), answered and painted %.2f %.2f",
+              last + 1, handled.at(last / 2), handled.at(last), painted.at(last / 2), painted.at(last));
 #if defined(NDEBUG)
-        QVERIFY(median < 5.0);
+        QVERIFY(handled.at(last) < 5.0);
+        QVERIFY(painted.at(last / 2) < 5.0);
 #endif
     }
 };
