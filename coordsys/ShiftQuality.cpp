@@ -89,7 +89,9 @@ std::optional<ShiftQuality> shiftQuality(const CoordSystem &cs)
     ShiftQuality quality;
     if (!crs || !wgs84 || !middleOfArea(context.get(), crs.get(), quality.place))
         return std::nullopt;
-    quality.definition = cs.epsg() > 0 ? definition : QString::fromUtf8(proj_get_name(crs.get()));
+    quality.definition = definition.startsWith(QLatin1String("EPSG:"))
+                             ? definition
+                             : QString::fromUtf8(proj_get_name(crs.get()));
     const PjHandle base = baseOf(context.get(), crs.get());
     if (base)
         readOperations(operationsBetween(context.get(), base.get(), wgs84.get()), quality);
