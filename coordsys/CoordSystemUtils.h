@@ -5,6 +5,8 @@
 #include <coordsys/CoordSysEnvironment.h>
 #include <coordsys/CoordSystemConversions.h>
 #include <coordsys/CoordSystemStrings.h>
+#include <coordsys/EpsgCandidates.h>
 #include <coordsys/ProjEngine.h>
+#include <coordsys/ShiftQuality.h>
 #include <coordsys/SourceTags.h>
 #include <coordsys/SpatialReferenceText.h>

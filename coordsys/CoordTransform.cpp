@@ -10,6 +10,7 @@
 #include <QObject>
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 namespace nivora::cs {
@@ -52,6 +53,7 @@ struct NIVORA_CS_NO_EXPORT CoordTransform::Impl
     CoordSystemPtr source;
     CoordSystemPtr destination;
     TransformQueuePtr queue; ///< null for equal systems
+    double time = HUGE_VAL;  ///< the epoch as PROJ is given it
 
 private:
     void fill(TransformInternalBase &strategy, bool forward) const
@@ -60,6 +62,7 @@ private:
         strategy.destination = forward ? destination : source;
         strategy.queue = queue.get();
         strategy.direction = forward ? 1 : -1;
+        strategy.time = time;
     }
 };
 
@@ -100,7 +103,7 @@ bool CoordTransform::Impl::transformPoint(bool forward, const QPointF &in, QPoin
         if (sourceAffine.isSingular() || targetAffine.isSingular())
             return false;
         sourceAffine.undo(&point, 1);
-        if (!transformPoints(queue.get(), forward ? 1 : -1, &point, 1))
+        if (!transformPoints(queue.get(), forward ? 1 : -1, &point, 1, time))
             return false;
         targetAffine.map(&point, 1);
     }
@@ -154,14 +157,21 @@ CoordTransform::CoordTransform(const CoordSystemPtr &from, const CoordSystemPtr 
     : m_impl(std::make_unique<Impl>(from, to))
 {}
 
+CoordTransform::CoordTransform(const CoordSystemPtr &from, const CoordSystemPtr &to,
+                               std::optional<double> epoch)
+    : CoordTransform(from, to)
+{
+    setEpoch(epoch);
+}
+
 CoordTransform::CoordTransform(const CoordTransform &other)
-    : CoordTransform(other.sourceCoordSystem(), other.destinationCoordSystem())
+    : CoordTransform(other.sourceCoordSystem(), other.destinationCoordSystem(), other.epoch())
 {}
 
 CoordTransform &CoordTransform::operator=(const CoordTransform &other)
 {
     if (this != &other)
-        m_impl = std::make_unique<Impl>(other.sourceCoordSystem(), other.destinationCoordSystem());
+        m_impl = std::move(CoordTransform(other).m_impl);
     return *this;
 }
 
@@ -172,6 +182,18 @@ bool CoordTransform::isEqualsCS() const { return m_impl->isEqualsCS; }
 CoordSystemPtr CoordTransform::sourceCoordSystem() const { return m_impl->source; }
 
 CoordSystemPtr CoordTransform::destinationCoordSystem() const { return m_impl->destination; }
+
+void CoordTransform::setEpoch(std::optional<double> epoch)
+{
+    if (epoch && !std::isfinite(*epoch))
+        throw std::invalid_argument("epoch");
+    m_impl->time = epoch.value_or(HUGE_VAL);
+}
+
+std::optional<double> CoordTransform::epoch() const
+{
+    return std::isfinite(m_impl->time) ? std::make_optional(m_impl->time) : std::nullopt;
+}
 
 bool CoordTransform::forward(const QPointF &in, QPointF &out) const
 {

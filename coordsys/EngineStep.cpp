@@ -104,11 +104,11 @@ void transformSpan(const EngineStep &step, int direction, const PointSpan &point
         forEach(points, [&out](double &x, double &y) { out.leave(x, y); });
 }
 
-bool transformPoints(const EngineStep &step, int direction, QPointF *points, std::size_t count)
+bool transformPoints(const EngineStep &step, int direction, QPointF *points, std::size_t count, double time)
 {
     for (std::size_t done = 0; done < count; done += blockSize) {
         const std::size_t size = std::min(blockSize, count - done);
-        transformSpan(step, direction, spanOf(points + done, size), HUGE_VAL);
+        transformSpan(step, direction, spanOf(points + done, size), time);
         if (!std::all_of(points + done, points + done + size, isFinite))
             return false;
     }

@@ -71,8 +71,10 @@ void transformSpan(const EngineStep &step, int direction, const PointSpan &point
 
 /// Points through a step in place; false, \p points spoilt, when a result is not finite: a list fails exactly
 /// when one of its points alone would. The engine's error number decides nothing, since an operation that
-/// was tried first may have left it. Needs the lock of the step's context.
-bool transformPoints(const EngineStep &step, int direction, QPointF *points, std::size_t count);
+/// was tried first may have left it. \p time is the coordinates' epoch in decimal years, HUGE_VAL for none.
+/// Needs the lock of the step's context.
+bool transformPoints(const EngineStep &step, int direction, QPointF *points, std::size_t count,
+                     double time = HUGE_VAL);
 
 inline bool isFinite(const QPointF &point) { return std::isfinite(point.x()) && std::isfinite(point.y()); }
 

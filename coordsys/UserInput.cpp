@@ -114,10 +114,16 @@ private:
     bool isCatalogueLine(const QString &text) const { return text.startsWith(QLatin1Char('"')); }
     bool isCoordSys(const QString &text) const { return isCoordSysText(text); }
     bool isCode(const QString &text) const { return codeTextOf(text, databaseAuthorities()).has_value(); }
+    /// URNs that say more than a code ("…,cs:PROJ::ENh,coordinateOperation:EPSG::16031") are for PROJ to
+    /// read.
+    bool isUrn(const QString &text) const
+    {
+        return text.startsWith(QLatin1String("urn:"), Qt::CaseInsensitive);
+    }
     bool isAny(const QString &) const { return true; }
 
     CoordSystemPtr readTagged(const QString &text);
-    CoordSystemPtr readJson(const QString &text) { return fromDefinition(text, shownText(text)); }
+    CoordSystemPtr readDefinition(const QString &text) { return fromDefinition(text, shownText(text)); }
     CoordSystemPtr readWkt(const QString &text) { return m_factory.createFromWkt(text); }
     CoordSystemPtr readProj(const QString &text);
     CoordSystemPtr readCatalogueLine(const QString &text);
@@ -149,12 +155,13 @@ private:
 /// The first that fits reads the text.
 const Reader::Notation Reader::notations[] = {
     {QT_TRANSLATE_NOOP("QObject", "строка с меткой"), &Reader::isTagged, &Reader::readTagged},
-    {QT_TRANSLATE_NOOP("QObject", "PROJJSON"), &Reader::isJson, &Reader::readJson},
+    {QT_TRANSLATE_NOOP("QObject", "PROJJSON"), &Reader::isJson, &Reader::readDefinition},
     {QT_TRANSLATE_NOOP("QObject", "WKT"), &Reader::isWkt, &Reader::readWkt},
     {QT_TRANSLATE_NOOP("QObject", "строка PROJ"), &Reader::isProj, &Reader::readProj},
     {QT_TRANSLATE_NOOP("QObject", "строка каталога"), &Reader::isCatalogueLine, &Reader::readCatalogueLine},
     {QT_TRANSLATE_NOOP("QObject", "строка CoordSys"), &Reader::isCoordSys, &Reader::readCoordSys},
     {QT_TRANSLATE_NOOP("QObject", "код"), &Reader::isCode, &Reader::readCode},
+    {QT_TRANSLATE_NOOP("QObject", "URN"), &Reader::isUrn, &Reader::readDefinition},
     {QT_TRANSLATE_NOOP("QObject", "название"), &Reader::isAny, &Reader::readName},
 };
 
@@ -419,6 +426,12 @@ CoordSystemPtr Reader::readName(const QString &text)
     const bool isLoose = systems.isEmpty();
     if (isLoose)
         systems = names.namedLoosely(text);
+    const int plus = text.indexOf(QLatin1String(" + ")); // "RGF93 v1 / Lambert-93 + NGF-IGN69 height"
+    if (systems.isEmpty() && plus > 0 && names.named(text.left(plus)).size() == 1 &&
+        !names.named(text.mid(plus + 3)).isEmpty()) {
+        m_notes << QObject::tr("Взята только плановая часть: %1").arg(text.left(plus).trimmed());
+        return readName(text.left(plus));
+    }
     if (systems.isEmpty())
         throwUnknown(text, names.nearest(text));
     if (systems.size() > 1)
