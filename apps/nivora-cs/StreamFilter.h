@@ -50,14 +50,27 @@ public:
     ExitStatus run(const QStringList &fileNames, const StreamOptions &options);
 
 private:
-    struct Line;
+    /// What a line is. Its views are of the block's chunk.
+    struct Line
+    {
+        enum Kind { Verbatim, Point, Bad, Header };
+        Kind kind = Verbatim;
+        int index = 0;         ///< of the point, or of the reason why it is bad
+        std::string_view text; ///< without its end
+        std::string_view end;
+        Columns columns;
+    };
     struct Work;
     struct Queue;
+    struct Turn;
 
     void workThrough(Queue &queue);
+    static void takeBlock(Block &block, Queue &queue, Turn &turn);
+    bool finishTurn(const Block &block, Queue &queue, Turn &turn);
     void convert(Block &block, Work &work) const;
     void readBlock(const Block &block, Work &work) const;
     void readLine(const Block &block, Line &line, Work &work) const;
+    static void markBad(Line &line, Line::Kind kind, std::string why, Work &work);
     void writeBlock(Block &block, Work &work) const;
     bool writeLine(const Line &line, const Work &work, TextBuffer &out, std::string &why) const;
     void deliver(const Block &block, Queue &queue);
