@@ -48,11 +48,13 @@ template <typename Run> std::vector<std::thread> startThreads(int count, const R
 
 } // namespace
 
-PointTransform pointTransform(const CoordTransform &transform, bool inverse)
+PointTransform pointTransform(const CoordTransform &transform, bool inverse, std::optional<double> epoch)
 {
-    return [bulk = BulkTransform(transform), inverse](QVector<QPointF> &points, std::vector<char> &failed) {
-        BulkOptions options;
-        options.threads = 1; // the blocks have threads of their own
+    BulkOptions options;
+    options.threads = 1; // the blocks have threads of their own
+    options.epoch = epoch;
+    return [bulk = BulkTransform(transform), options, inverse](QVector<QPointF> &points,
+                                                               std::vector<char> &failed) {
         const BulkResult result =
             inverse ? bulk.inverse(points, points, options) : bulk.forward(points, points, options);
         failed.assign(static_cast<std::size_t>(points.size()), 0);

@@ -15,6 +15,7 @@
 #include <exception>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -24,8 +25,9 @@ class CommandLine;
 /// Called by several threads at once.
 using PointTransform = std::function<void(QVector<QPointF> &points, std::vector<char> &failed)>;
 
-/// The steps of a transformation, or the way back.
-PointTransform pointTransform(const nivora::cs::CoordTransform &transform, bool inverse);
+/// The steps of a transformation, or the way back. \p epoch: when the coordinates hold, in decimal years.
+PointTransform pointTransform(const nivora::cs::CoordTransform &transform, bool inverse,
+                              std::optional<double> epoch = std::nullopt);
 
 struct StreamOptions
 {

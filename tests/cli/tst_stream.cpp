@@ -289,6 +289,8 @@ private Q_SLOTS:
             "line 1: x could be read as one number with thousands or with decimals: give --decimal-comma for "
             "decimals\n");
         row("decimals", "--decimal-comma", "\"1,500\",2\n", "\"1.5\",2.0\n");
+        row("no room for the result", "--out-y 3", "1,2,3\n1,2\n", "1.0,2,2.0\n*,2\n",
+            "line 2: the line has too few columns for the result\n");
         row("unclosed quote", "", "1,2,\"a\n3,4\n", "1.0,2.0,\"a\n3,4\n");
     }
     void tables()
