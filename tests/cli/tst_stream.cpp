@@ -206,7 +206,8 @@ private Q_SLOTS:
         point("quoted", "\"55 45 21.5 N\" \"37 37 2.25 E\"");
         point("quoted with marks", "\"55°45'21.5\"\"N\" \"37°37'2.25\"\"\"");
         point("columns", "55 45 21.5 N 37 37 2.25 E");
-        point("columns, letters first", "E 37 37 2.25 N 55 45 21.5");
+        point("columns, decimal commas", "55 45 21,5 N 37 37 2,25 E");
+        point("columns, letters first", "E 37 37 2.25 N 55 45 21,5");
         point("seconds with a decimal comma", "37°37'2,25\" 55°45'21,5\"");
         row("columns with commas and a further one", "37,37,2.25,E,55,45,21.5,N,a", "37.617292,55.755972,a");
         row("letter behind a height is no hemisphere", "37 55 120 N", "37.000000 55.000000 120 N");
