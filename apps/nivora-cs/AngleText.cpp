@@ -277,14 +277,33 @@ const Hemisphere *loneHemisphere(const char *p, const char *end)
     return found && p + found->text.size() == columnEnd(p, end) ? found : nullptr;
 }
 
+/// A number that takes up a column. Its comma is a decimal mark when a blank or the line ends the
+/// column, unless commas separate the columns.
+const char *parseNumberColumn(const char *p, const char *end, bool commasSeparate, double &value, bool &whole)
+{
+    const char *const behind = parsePart(p, end, value, whole);
+    if (!behind || behind != columnEnd(p, end))
+        return nullptr;
+    const char *reason = nullptr;
+    double decimal = 0.0;
+    const char *const decimalsEnd = parseCommaNumber(p, end, decimal, reason);
+    const bool blankFollows = decimalsEnd && (decimalsEnd == end || isBlank(*decimalsEnd));
+    if (commasSeparate || !blankFollows || decimalsEnd <= behind)
+        return behind;
+    value = decimal;
+    whole = false;
+    return decimalsEnd;
+}
+
 /// The numbers of an angle in columns.
-const char *takeNumberColumns(const char *p, const char *end, int most, Written &written)
+const char *takeNumberColumns(const char *p, const char *end, int most, bool commasSeparate, Written &written)
 {
     const char *behind = nullptr;
     for (const char *next = p; next && written.count < most;) {
         const auto at = static_cast<std::size_t>(written.count);
-        const char *const numberEnd = parsePart(next, end, written.parts[at], written.whole[at]);
-        if (!numberEnd || numberEnd != columnEnd(next, end))
+        const char *const numberEnd =
+            parseNumberColumn(next, end, commasSeparate, written.parts[at], written.whole[at]);
+        if (!numberEnd)
             break;
         ++written.count;
         behind = numberEnd;
@@ -316,7 +335,8 @@ AngleColumns parseAngleColumns(const char *p, const char *end, int most, Angle &
     written.hemisphere = loneHemisphere(p, end);
     result.letterFirst = written.hemisphere != nullptr;
     const char *const numbers = result.letterFirst ? nextColumn(columnEnd(p, end), end) : p;
-    const char *behind = numbers ? takeNumberColumns(numbers, end, most, written) : nullptr;
+    const bool commasSeparate = numbers && std::find(p, numbers, ',') != numbers;
+    const char *behind = numbers ? takeNumberColumns(numbers, end, most, commasSeparate, written) : nullptr;
     if (!behind)
         return result;
     if (!result.letterFirst) {

@@ -315,7 +315,9 @@ bool CsvReader::read(std::string_view line, QPointF &point, Columns &columns, st
         why = "y " + reason;
         return false;
     }
-    return placeCoordinates(x, y, point, why);
+    why = "the line has too few columns for the result";
+    const bool hasRoom = !columns.first.missing && !columns.second.missing;
+    return hasRoom && placeCoordinates(x, y, point, why);
 }
 
 bool CsvReader::isHeader(std::string_view line) const

@@ -2,6 +2,7 @@
 
 #include "PointText.h"
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -40,8 +41,8 @@ public:
     FileHead head(std::string_view) const override { return {m_reader, {}, {}, false}; }
     bool passesOn(std::string_view line) const override
     {
-        const std::size_t first = line.find_first_not_of(" \t\r");
-        return first == std::string_view::npos || line[first] == '#';
+        const auto first = std::find_if_not(line.begin(), line.end(), isBlank);
+        return first == line.end() || *first == '#';
     }
 
 private:

@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr std::size_t readSize = 256 * 1024;
+constexpr std::size_t readSize = 128 * 1024; // some 7000 lines: work enough for a turn
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 bool isStandardInput(const QString &fileName) { return fileName == QLatin1String("-"); }

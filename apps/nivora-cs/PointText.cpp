@@ -271,21 +271,20 @@ bool XyReader::readAgain(std::string_view line, QPointF &point, Columns &columns
 {
     const char *const end = line.data() + line.size();
     const char *const begin = skipBlanks(line.data(), end);
-    if (!m_notation.decimalComma && line.find(',') != std::string_view::npos) {
-        const Commas commas = commasOf(begin, end, m_notation.angles);
-        if (commas == Commas::Decimal)
-            return readPair<parseCommaNumber>(line, point, columns, why);
-        columns.located = commas == Commas::Separate;
-        if (!columns.located)
-            why = doubtfulComma;
-        if (!columns.located)
-            return false;
-    }
     AnglePair pair;
-    if (!m_notation.angles || !hasLoneHemisphere(columns.rest.data(), end) ||
-        !isPairOfAngleColumns(begin, end, pair, why))
+    if (m_notation.angles && hasLoneHemisphere(columns.rest.data(), end) &&
+        isPairOfAngleColumns(begin, end, pair, why))
+        return takePair(pair, end, point, columns, why);
+    if (m_notation.decimalComma || line.find(',') == std::string_view::npos)
         return true;
-    return takePair(pair, end, point, columns, why);
+    const Commas commas = commasOf(begin, end, m_notation.angles);
+    if (commas == Commas::Decimal)
+        return readPair<parseCommaNumber>(line, point, columns, why);
+    if (commas == Commas::Separate)
+        return true;
+    columns.located = false;
+    why = doubtfulComma;
+    return false;
 }
 
 bool XyReader::readAnglePair(std::string_view line, QPointF &point, Columns &columns, std::string &why)

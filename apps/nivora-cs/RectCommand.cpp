@@ -1,8 +1,8 @@
 #include "CommandLine.h"
 #include "Commands.h"
 #include "CsText.h"
-#include "NumberText.h"
 #include "Output.h"
+#include "PointText.h"
 #include "Session.h"
 
 #include <coordsys/CoordTransform.h>
@@ -19,19 +19,24 @@ using nivora::cs::CoordTransform;
 
 namespace {
 
-QRectF rectOf(const QStringList &arguments)
+QRectF rectOf(const QStringList &arguments, const CoordinateNotation &notation)
 {
-    std::array<double, 4> numbers{};
-    for (std::size_t i = 0; i < numbers.size(); ++i) {
-        const QString text = arguments.at(static_cast<int>(i));
-        const QByteArray utf8 = text.toUtf8();
-        if (!readNumber({utf8.constData(), static_cast<std::size_t>(utf8.size())}, numbers[i]))
-            throw Failure(QObject::tr("\"%1\" is no number").arg(text));
+    std::array<Angle, 4> values;
+    std::string why;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const QByteArray utf8 = arguments.at(static_cast<int>(i)).toUtf8();
+        if (!readCoordinate({utf8.constData(), static_cast<std::size_t>(utf8.size())}, notation, values[i],
+                            why))
+            throw Failure(
+                QStringLiteral("\"%1\" %2").arg(QString::fromUtf8(utf8), QString::fromStdString(why)));
     }
-    const QRectF rect(numbers[0], numbers[1], numbers[2], numbers[3]);
-    if (!(rect.width() > 0.0) || !(rect.height() > 0.0))
+    QPointF corner;
+    if (!placeCoordinates(values[0], values[1], corner, why))
+        throw Failure(QString::fromStdString(why));
+    const QSizeF size(values[2].degrees, values[3].degrees);
+    if (!(size.width() > 0.0) || !(size.height() > 0.0))
         throw Failure(QObject::tr("width and height must be greater than 0"));
-    return rect;
+    return {corner, size};
 }
 
 bool transformed(const CommandLine &line, const CoordTransform &transform, const QRectF &in, QRectF &out)
@@ -52,11 +57,13 @@ bool transformed(const CommandLine &line, const CoordTransform &transform, const
 
 int run(const CommandLine &line)
 {
-    const QRectF in = rectOf(line.arguments());
+    rectOf(line.arguments(), {true, false}); // nonsense is told before the systems are made
     const Session session(line);
     const CoordSystemPtr from = systemOfOption(session, line, "from");
     const CoordSystemPtr to = systemOfOption(session, line, "to");
     const CoordSystem &target = line.isSet("inverse") ? *from : *to;
+    const CoordSystem &source = line.isSet("inverse") ? *to : *from;
+    const QRectF in = rectOf(line.arguments(), {source.isLatLong(), false});
     const int decimals = line.number("precision", 0, mostDecimals, fittingDecimals(target));
 
     QRectF out;
@@ -84,7 +91,8 @@ const Command &rectCommand()
                           R"(X and Y are the smallest coordinates, W and H width and height; the answer is
 written in the same order. Only the four corners are transformed, unless --mesh
 is given: then a mesh of points with N intervals along the width, so that edges
-that bulge and poles inside count too, and points that fail are left out.
+that bulge and poles inside count too, and points that fail are left out. Degrees
+may be written as transform reads them (36°30'E); "--" goes before -36°30'.
 The exit status is 1 when the rectangle cannot be transformed.
 
 Examples:

@@ -2,13 +2,19 @@
 
 #include "CommandLine.h"
 
+#include <coordsys/BulkTransform.h>
+
 #include <QObject>
 #include <QThread>
 
 #include <algorithm>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 
+using nivora::cs::BulkOptions;
+using nivora::cs::BulkResult;
+using nivora::cs::BulkTransform;
 using nivora::cs::CoordTransform;
 
 namespace {
@@ -28,37 +34,33 @@ qint64 totalSize(const QStringList &fileNames)
     return total;
 }
 
-/// Transforms a list of which some points may fail, with few calls: a part that fails is halved, one that
-/// succeeds is followed by one of twice its size, so that neither a lone bad point nor a list of nothing but
-/// bad points costs more than a few times the work of a good one.
-template <typename ListTransform>
-void transformAll(const ListTransform &transform, QVector<QPointF> &points, std::vector<char> &failed)
+/// Fewer than asked for, when the system has no more: the calling thread can do all the work.
+template <typename Run> std::vector<std::thread> startThreads(int count, const Run &run)
 {
-    failed.assign(static_cast<std::size_t>(points.size()), 0);
-    QVector<QPointF> out;
-    for (int at = 0, step = points.size(); at < points.size();) {
-        step = qMin(step, points.size() - at);
-        if (transform(points.mid(at, step), out)) {
-            std::copy(out.cbegin(), out.cend(), points.begin() + at);
-            at += step;
-            step *= 2;
-        } else if (step > 1) {
-            step /= 2;
-        } else {
-            failed[static_cast<std::size_t>(at++)] = 1;
-        }
+    std::vector<std::thread> threads;
+    try {
+        for (int i = 0; i < count; ++i)
+            threads.emplace_back(run);
+    } catch (const std::system_error &) {
+        return threads;
     }
+    return threads;
 }
 
 } // namespace
 
-PointTransform pointTransform(const CoordTransform &transform, bool inverse)
+PointTransform pointTransform(const CoordTransform &transform, bool inverse, std::optional<double> epoch)
 {
-    return [&transform, inverse](QVector<QPointF> &points, std::vector<char> &failed) {
-        const auto step = [&transform, inverse](const QVector<QPointF> &in, QVector<QPointF> &out) {
-            return inverse ? transform.inverse(in, out) : transform.forward(in, out);
-        };
-        transformAll(step, points, failed);
+    BulkOptions options;
+    options.threads = 1; // the blocks have threads of their own
+    options.epoch = epoch;
+    return [bulk = BulkTransform(transform), options, inverse](QVector<QPointF> &points,
+                                                               std::vector<char> &failed) {
+        const BulkResult result =
+            inverse ? bulk.inverse(points, points, options) : bulk.forward(points, points, options);
+        failed.assign(static_cast<std::size_t>(points.size()), 0);
+        for (const std::size_t position : result.failed)
+            failed[position] = 1;
     };
 }
 
@@ -71,17 +73,6 @@ StreamOptions streamOptions(const CommandLine &line)
             line.isSet("progress")};
 }
 
-/// What a line is. Its views are of the block's chunk.
-struct StreamFilter::Line
-{
-    enum Kind { Verbatim, Point, Bad, Header };
-    Kind kind = Verbatim;
-    int index = 0;         ///< of the point, or of the reason why it is bad
-    std::string_view text; ///< without its end
-    std::string_view end;
-    Columns columns;
-};
-
 /// A thread's lists, kept from block to block.
 struct StreamFilter::Work
 {
@@ -89,6 +80,14 @@ struct StreamFilter::Work
     std::vector<std::string> reasons;
     QVector<QPointF> points;
     std::vector<char> failed;
+};
+
+/// A thread's place among those that write.
+struct StreamFilter::Turn
+{
+    qint64 ticket = 0;
+    bool hasBlock = false; ///< false at the end of the input
+    std::exception_ptr failure;
 };
 
 /// Who reads next, and whose turn it is to write.
@@ -117,9 +116,7 @@ ExitStatus StreamFilter::run(const QStringList &fileNames, const StreamOptions &
     BlockSource source(m_format, fileNames, options.skip);
     Progress progress(options.showProgress, totalSize(source.fileNames()));
     Queue queue{source, progress, {}, 0, {}, {}, 0, false, nullptr};
-    std::vector<std::thread> threads;
-    for (int i = 1; i < options.jobs; ++i)
-        threads.emplace_back([this, &queue] { workThrough(queue); });
+    std::vector<std::thread> threads = startThreads(options.jobs - 1, [this, &queue] { workThrough(queue); });
     workThrough(queue);
     for (std::thread &thread : threads)
         thread.join();
@@ -137,40 +134,46 @@ void StreamFilter::workThrough(Queue &queue)
 {
     Block block;
     Work work;
-    for (;;) {
-        qint64 ticket = 0;
-        bool more = false;
-        std::exception_ptr failure;
+    for (bool done = false; !done;) {
+        Turn turn;
         try {
-            {
-                const std::lock_guard<std::mutex> lock(queue.input);
-                ticket = queue.nextTicket++;
-                more = queue.source.next(block);
-            }
-            if (more)
+            takeBlock(block, queue, turn);
+            if (turn.hasBlock)
                 convert(block, work);
         } catch (...) {
-            failure = std::current_exception();
+            turn.failure = std::current_exception();
         }
-        std::unique_lock<std::mutex> lock(queue.output);
-        queue.turnChanged.wait(lock, [&] { return queue.done || queue.turn == ticket; });
-        if (queue.done)
-            return;
-        try {
-            if (more && !failure)
-                deliver(block, queue);
-        } catch (...) {
-            failure = std::current_exception();
-        }
-        ++queue.turn;
-        queue.done = !more || failure;
-        queue.failure = failure;
-        queue.turnChanged.notify_all();
-        if (!queue.done)
-            continue;
-        queue.source.interrupt();
-        return;
+        done = finishTurn(block, queue, turn);
     }
+}
+
+void StreamFilter::takeBlock(Block &block, Queue &queue, Turn &turn)
+{
+    const std::lock_guard<std::mutex> lock(queue.input);
+    turn.ticket = queue.nextTicket++;
+    turn.hasBlock = queue.source.next(block);
+}
+
+/// Writes the block when those before it are written. True when there is nothing more to do.
+bool StreamFilter::finishTurn(const Block &block, Queue &queue, Turn &turn)
+{
+    std::unique_lock<std::mutex> lock(queue.output);
+    queue.turnChanged.wait(lock, [&] { return queue.done || queue.turn == turn.ticket; });
+    if (queue.done)
+        return true;
+    try {
+        if (turn.hasBlock && !turn.failure)
+            deliver(block, queue);
+    } catch (...) {
+        turn.failure = std::current_exception();
+    }
+    ++queue.turn;
+    queue.done = !turn.hasBlock || turn.failure;
+    queue.failure = turn.failure;
+    queue.turnChanged.notify_all();
+    if (queue.done)
+        queue.source.interrupt(); // another thread may wait for input
+    return queue.done;
 }
 
 void StreamFilter::convert(Block &block, Work &work) const
@@ -209,36 +212,43 @@ void StreamFilter::readBlock(const Block &block, Work &work) const
 
 void StreamFilter::readLine(const Block &block, Line &line, Work &work) const
 {
-    std::string why = "longer than 16 MiB";
+    if (block.chunk.oversized)
+        return markBad(line, Line::Bad, "longer than 16 MiB", work);
+    if (m_format.passesOn(line.text))
+        return;
     QPointF point;
-    if (!block.chunk.oversized) {
-        if (m_format.passesOn(line.text))
-            return;
-        why.clear();
-        if (block.reader->read(line.text, point, line.columns, why)) {
-            line.kind = Line::Point;
-            line.index = work.points.size();
-            work.points << point;
-            return;
-        }
+    std::string why;
+    if (block.reader->read(line.text, point, line.columns, why)) {
+        line.kind = Line::Point;
+        line.index = work.points.size();
+        work.points << point;
+        return;
     }
-    const bool header = block.kind == Block::FirstLine && !line.columns.located && looksLikeHeader(line.text);
-    line.kind = header ? Line::Header : Line::Bad;
+    if (block.kind == Block::FirstLine && !line.columns.located && looksLikeHeader(line.text))
+        return markBad(line, Line::Header, why + "; passed on as a header", work);
+    markBad(line, Line::Bad, std::move(why), work);
+}
+
+void StreamFilter::markBad(Line &line, Line::Kind kind, std::string why, Work &work)
+{
+    line.kind = kind;
     line.index = static_cast<int>(work.reasons.size());
-    work.reasons.push_back(header ? why + "; passed on as a header" : std::move(why));
+    work.reasons.push_back(std::move(why));
 }
 
 void StreamFilter::writeBlock(Block &block, Work &work) const
 {
+    const std::string_view text = block.chunk.text;
+    const auto lineNumber = [&text](const char *at) { return 1 + std::count(text.data(), at, '\n'); };
+    block.lineCount = std::count(text.begin(), text.end(), '\n');
+    std::string why;
     for (const Line &line : work.lines) {
-        std::string why;
         if (!writeLine(line, work, block.out, why)) {
             ++block.badLines;
             if (block.reports.size() < reportedLines)
-                block.reports.emplace_back(block.lineCount + 1, std::move(why));
+                block.reports.emplace_back(lineNumber(line.text.data()), std::move(why));
         }
         block.out.write(line.end.empty() && !m_format.keepsBytes() ? std::string_view("\n") : line.end);
-        block.lineCount += 1 + std::count(line.text.begin(), line.text.end(), '\n');
     }
 }
 
@@ -255,8 +265,9 @@ bool StreamFilter::writeLine(const Line &line, const Work &work, TextBuffer &out
             writeFailed(line.text, line.columns, out);
         return false;
     }
-    why = "the point cannot be transformed";
-    if (!work.failed[index] && m_writer.write(work.points.at(line.index), line.columns, out, why))
+    if (work.failed[index])
+        why = "the point cannot be transformed";
+    else if (m_writer.write(work.points.at(line.index), line.columns, out, why))
         return true;
     writeFailed(line.text, line.columns, out);
     return false;

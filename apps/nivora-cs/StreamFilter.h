@@ -15,6 +15,7 @@
 #include <exception>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -24,8 +25,9 @@ class CommandLine;
 /// Called by several threads at once.
 using PointTransform = std::function<void(QVector<QPointF> &points, std::vector<char> &failed)>;
 
-/// The steps of a transformation, or the way back.
-PointTransform pointTransform(const nivora::cs::CoordTransform &transform, bool inverse);
+/// The steps of a transformation, or the way back. \p epoch: when the coordinates hold, in decimal years.
+PointTransform pointTransform(const nivora::cs::CoordTransform &transform, bool inverse,
+                              std::optional<double> epoch = std::nullopt);
 
 struct StreamOptions
 {
@@ -50,14 +52,27 @@ public:
     ExitStatus run(const QStringList &fileNames, const StreamOptions &options);
 
 private:
-    struct Line;
+    /// What a line is. Its views are of the block's chunk.
+    struct Line
+    {
+        enum Kind { Verbatim, Point, Bad, Header };
+        Kind kind = Verbatim;
+        int index = 0;         ///< of the point, or of the reason why it is bad
+        std::string_view text; ///< without its end
+        std::string_view end;
+        Columns columns;
+    };
     struct Work;
     struct Queue;
+    struct Turn;
 
     void workThrough(Queue &queue);
+    static void takeBlock(Block &block, Queue &queue, Turn &turn);
+    bool finishTurn(const Block &block, Queue &queue, Turn &turn);
     void convert(Block &block, Work &work) const;
     void readBlock(const Block &block, Work &work) const;
     void readLine(const Block &block, Line &line, Work &work) const;
+    static void markBad(Line &line, Line::Kind kind, std::string why, Work &work);
     void writeBlock(Block &block, Work &work) const;
     bool writeLine(const Line &line, const Work &work, TextBuffer &out, std::string &why) const;
     void deliver(const Block &block, Queue &queue);

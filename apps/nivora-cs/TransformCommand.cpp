@@ -126,8 +126,8 @@ stay as they are, byte for byte. Angles in several columns: --x 1,2,3,4 --out-x 
 
 Examples:
   echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
-  nivora-cs transform --from 28407 --to 4326 --precision 7 points.txt > out.txt
-  nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat towns.csv
+  nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv > out.csv
+  printf 'lon;lat\n37.6;55.7\n' | nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat
   nivora-cs transform --from @moscow.prj --to 'CoordSys Earth Projection 1, 104' --inverse
 )"),
         Command::AnyCount,

@@ -206,7 +206,8 @@ private Q_SLOTS:
         point("quoted", "\"55 45 21.5 N\" \"37 37 2.25 E\"");
         point("quoted with marks", "\"55°45'21.5\"\"N\" \"37°37'2.25\"\"\"");
         point("columns", "55 45 21.5 N 37 37 2.25 E");
-        point("columns, letters first", "E 37 37 2.25 N 55 45 21.5");
+        point("columns, decimal commas", "55 45 21,5 N 37 37 2,25 E");
+        point("columns, letters first", "E 37 37 2.25 N 55 45 21,5");
         point("seconds with a decimal comma", "37°37'2,25\" 55°45'21,5\"");
         row("columns with commas and a further one", "37,37,2.25,E,55,45,21.5,N,a", "37.617292,55.755972,a");
         row("letter behind a height is no hemisphere", "37 55 120 N", "37.000000 55.000000 120 N");
@@ -289,6 +290,8 @@ private Q_SLOTS:
             "line 1: x could be read as one number with thousands or with decimals: give --decimal-comma for "
             "decimals\n");
         row("decimals", "--decimal-comma", "\"1,500\",2\n", "\"1.5\",2.0\n");
+        row("no room for the result", "--out-y 3", "1,2,3\n1,2\n", "1.0,2,2.0\n*,2\n",
+            "line 2: the line has too few columns for the result\n");
         row("unclosed quote", "", "1,2,\"a\n3,4\n", "1.0,2.0,\"a\n3,4\n");
     }
     void tables()
