@@ -140,7 +140,14 @@ private Q_SLOTS:
         cs("long text", QStringLiteral("PROJCS[\"") + QString(100000, QLatin1Char('a')),
            "Ошибка импорта из строки WKT");
         row("no such command", words("foo"), "no command \"foo\"");
-        row("no such option", words("info --foo 1"), "Unknown option 'foo'");
+        row("no such option", words("info --foo 1"), "info has no option --foo");
+        row("another command's option", words("info --mesh 4326"), "info has no option --mesh");
+        row("another action's option", words("user list --branch a"), "user list has no option --branch");
+        row("one dash", words("transform -from 4326 --to 4326"), "--from instead of -from");
+        row("an option twice", words("info --language en --language ru 4326"), "--language is given twice");
+        row("a value for a switch", words("info --json=yes 4326"), "--json takes no value");
+        row("an option for a value", words("transform --from --to 4326"), "--from needs a value, and --to");
+        row("unknown format", words("info --format xml 4326"), "--format takes json, wkt1");
         row("no value", words("transform --to 1 --from"), "--from needs a value");
         row("option missing", words("transform --from 4326"), "needs --to");
         row("argument missing", words("info"), "expected 1, given 0");
@@ -168,7 +175,7 @@ private Q_SLOTS:
         const auto tryInfo = [&copy](const char *arguments) {
             return run(words(arguments) + QStringList{QStringLiteral("--resources"), copy.dir().path()});
         };
-        QVERIFY(tryInfo("info 4326 --language en").out.contains("EPSG code: 4326\n"));
+        QVERIFY(tryInfo("info 4326 --language en").out.contains("Code: EPSG:4326\n"));
         QVERIFY(tryInfo("info 4326 --language xx").isRefusal(QStringLiteral("projection_xx.xml")));
         copy.remove(QStringLiteral("OracleSRID.xml"));
         QVERIFY(tryInfo("info oracle:8307").isRefusal(QStringLiteral("OracleSRID.xml")));
@@ -189,26 +196,56 @@ private Q_SLOTS:
         QCOMPARE(value("unit")[QLatin1String("name")].toString(), QStringLiteral("m"));
         QCOMPARE(value("bounds").toArray().size(), 4);
         QCOMPARE(value("ellipsoid")[0].toDouble(), 6378245.0); // Krassovsky's
+        QCOMPARE(value("datum").toString(), QStringLiteral("Pulkovo 1942"));
         QVERIFY(value("unknown").toObject().isEmpty());
-        for (const char *form : {"prj", "proj", "wkt", "tagged"}) { // each reads back as the same system
+        for (const char *form :
+             {"prj", "proj", "wkt", "wkt2", "tagged"}) { // each reads back as the same system
             const QStringList to(value(form).toString());
             const CliRun again = run(words("transform --from 4326 --to") + to, lonLat);
             QVERIFY2(again.out == zone7, form + again.describe());
         }
         QVERIFY(value("mapHeader").toString().contains(QStringLiteral("datum=1001")));
+    }
 
-        // Nothing of a plan has a place on the earth; one line a fact all the same.
-        const QString plan = QStringLiteral("CoordSys NonEarth Units \"m\" Bounds (0, 0) (100, 50)");
-        const CliRun flat = run({QStringLiteral("info"), plan});
-        QVERIFY2(flat.status == 0 && flat.err.isEmpty() && flat.out.contains("\nEllipsoid (a b 1/f): -\n"),
-                 flat.describe());
-        QCOMPARE(flat.outLines().size(), run(words("info 4326")).outLines().size());
-
-        // No unit has this factor: said where the unit would stand, the rest is there.
-        const CliRun odd =
-            run({QStringLiteral("info"), QStringLiteral("+proj=merc +ellps=WGS84 +to_meter=2.5")});
-        QVERIFY2(odd.status == 0 && odd.out.contains("\nUnit: - (") && odd.out.contains("\nPROJ: +proj=merc"),
-                 odd.describe());
+    void page_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("shown");
+        QTest::addColumn<QByteArray>("missing"); // a line that would say what does not exist
+        const auto row = [](const char *name, const char *options, const QString &cs, const char *shown,
+                            const char *missing) {
+            QTest::newRow(name) << words(options) + QStringList(cs) << QByteArray(shown)
+                                << QByteArray(missing);
+        };
+        const auto s = [](const char *text) { return QString::fromUtf8(text); };
+        row("name, code, kind", "", s("32637"),
+            "Name: WGS 84 / UTM zone 37N\nCode: EPSG:32637\nKind: Projected (Transverse Mercator)\n",
+            "Affine");
+        row("a plan has no ellipsoid", "", s("CoordSys NonEarth Units \"m\" Bounds (0, 0) (100, 50)"),
+            "Kind: Plan without a place on the earth\n", "Ellipsoid");
+        row("a unit that nobody names", "", s("+proj=merc +ellps=WGS84 +to_meter=2.5"), "\nAssumed: The unit",
+            "\nUnit: ");
+        row("a height left out", "", s("7405"), "\nAssumed: ", "\nAffine");
+        row("a unit that is not known", "", s("Earth Projection 8, 104, \"zz\", 39, 0, 1, 7500000, 0"),
+            "\nAssumed: ", "\nCode:");
+        row("no datum", "", s("+proj=longlat +ellps=krass"), "\nAssumed: No datum", "\nDatum:");
+        row("Esri's names", "--format esri", s("28407"), "PROJCS[\"Pulkovo_1942_GK_Zone_7\"", "\n ");
+        row("what had no name gets one, one line", "--format wkt1", s("+proj=utm +zone=37 +ellps=krass"),
+            "PROJCS[\"+proj=utm", "unnamed");
+        row("with its code", "--format wkt2", s("32637"), "    ID[\"EPSG\",32637]]\n", "BOUNDCRS");
+        row("CoordSys as maps have it", "--format mapinfo", zone7Text, "CoordSys Earth Projection 8, 1001",
+            ":");
+        row("Russian", "--language ru", s("28407"), "Вид: Прямоугольная", "Kind:");
+    }
+    void page()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, shown);
+        QFETCH(QByteArray, missing);
+        const CliRun done = run(words("info") + arguments);
+        QVERIFY2(done.status == 0 && done.err.isEmpty() && done.out.contains(shown) &&
+                     !done.out.contains(missing),
+                 done.describe());
     }
 
     void rect_data()
