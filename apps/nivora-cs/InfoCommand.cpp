@@ -60,18 +60,18 @@ QString relations(const CommandLine &line, const Session &session, const CoordSy
         text += operationsText(nivora::cs::CoordTransform(cs, systemOfOption(session, line, "to")));
     if (line.isSet("at"))
         text += factorsText(cs, pointOf(line.value("at")));
+    if (line.isSet("candidates"))
+        text += candidatesText(*cs);
     return text;
 }
 
-QString page(const Session &session, const nivora::cs::UserInput &input)
+QString page(const nivora::cs::UserInput &input)
 {
     SystemInfo info = systemInfo(*input.system);
     for (const QString &note : input.notes)
         if (!info.assumptions.contains(note))
             info.assumptions << note;
-    const QString text = infoPage(*input.system, info);
-    const QString shift = shiftText(input.system, session.factory().latLongWgs84CoordSystem());
-    return text + shift;
+    return infoPage(*input.system, info);
 }
 
 int run(const CommandLine &line)
@@ -79,10 +79,10 @@ int run(const CommandLine &line)
     const Session session(line);
     const nivora::cs::UserInput input = readSystem(session, line.arguments().first());
     const QString format = line.isSet("json") ? QStringLiteral("json") : line.value("format");
-    const bool related = line.isSet("to") || line.isSet("at");
+    const bool related = line.isSet("to") || line.isSet("at") || line.isSet("candidates");
     print(!format.isEmpty() ? textIn(format, *input.system)
           : related         ? relations(line, session, input.system)
-                            : page(session, input));
+                            : page(input));
     return Success;
 }
 
@@ -116,6 +116,9 @@ Examples:
             {"to", "CS",
              QT_TRANSLATE_NOOP("QObject",
                                "The operations from CS to another system, and how good they are.")},
+            {"candidates", nullptr,
+             QT_TRANSLATE_NOOP("QObject",
+                               "The codes that resemble the system, with the confidence in them.")},
             {"at", "X,Y",
              QT_TRANSLATE_NOOP("QObject", "Scale factors and convergence at a point of the system.")},
         },

@@ -1,16 +1,15 @@
 #include "OperationText.h"
 
 #include <coordsys/CoordSystem.h>
-#include <coordsys/Measures.h>
+#include <coordsys/EpsgCandidates.h>
+#include <coordsys/ShiftQuality.h>
 
 #include <QObject>
 #include <QStringList>
 
-#include <algorithm>
-
 using nivora::cs::CoordSystem;
-using nivora::cs::CoordSystemPtr;
 using nivora::cs::CoordTransform;
+using nivora::cs::EpsgCandidate;
 using nivora::cs::TransformGrid;
 using nivora::cs::TransformOperation;
 
@@ -25,15 +24,6 @@ QString accuracyText(const TransformOperation &operation)
                : QObject::tr("good to %1 m").arg(QString::number(operation.accuracyM, 'g', 6));
 }
 
-QStringList missingGrids(const TransformOperation &operation)
-{
-    QStringList names;
-    for (const TransformGrid &grid : operation.grids)
-        if (!grid.isAvailable)
-            names << grid.name;
-    return names;
-}
-
 QString operationText(const TransformOperation &operation)
 {
     QStringList lines{QStringLiteral("%1\n    %2").arg(operation.name, accuracyText(operation))};
@@ -44,27 +34,6 @@ QString operationText(const TransformOperation &operation)
                      (grid.isAvailable ? QObject::tr("grid %1").arg(grid.name)
                                        : QObject::tr("missing grid %1, from %2").arg(grid.name, grid.url));
     return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
-}
-
-/// The first usable one, the one that PROJ prefers.
-const TransformOperation *preferred(const QVector<TransformOperation> &operations)
-{
-    const auto found = std::find_if(operations.begin(), operations.end(),
-                                    [](const TransformOperation &o) { return o.isUsable(); });
-    return found == operations.end() ? nullptr : &*found;
-}
-
-/// The same operation without what is missing would be better than the preferred one.
-const TransformOperation *betterMissing(const QVector<TransformOperation> &operations, double accuracyM)
-{
-    const TransformOperation *best = nullptr;
-    for (const TransformOperation &operation : operations) {
-        const bool isBetter = !operation.isUsable() && operation.accuracyM >= 0.0 &&
-                              (accuracyM < 0.0 || operation.accuracyM < accuracyM);
-        if (isBetter && (!best || operation.accuracyM < best->accuracyM))
-            best = &operation;
-    }
-    return best;
 }
 
 } // namespace
@@ -78,24 +47,30 @@ QString operationsText(const CoordTransform &transform)
     return text.isEmpty() ? QObject::tr("Nothing to do: the systems are equal.\n") : text;
 }
 
-QString shiftText(const CoordSystemPtr &system, const CoordSystemPtr &wgs84)
+QString shiftText(const CoordSystem &system)
 {
-    if (system->isNonEarth())
+    const auto quality = shiftQuality(system);
+    if (!quality)
         return {};
-    try {
-        const QVector<TransformOperation> operations = CoordTransform(system, wgs84).operations();
-        const TransformOperation *used = preferred(operations);
-        if (!used)
-            return {};
-        QString text =
-            QObject::tr("To WGS 84: %1, %2").arg(used->name, accuracyText(*used)) + QLatin1Char('\n');
-        if (const TransformOperation *better = betterMissing(operations, used->accuracyM))
-            text += QObject::tr("With %1 it would be good to %2 m")
-                        .arg(missingGrids(*better).join(QStringLiteral(", ")),
-                             QString::number(better->accuracyM, 'g', 6)) +
-                    QLatin1Char('\n');
-        return text;
-    } catch (const std::exception &) {
-        return {}; // PROJ knows no way
-    }
+    const auto metres = [](double value) { return QString::number(value, 'g', 3); };
+    QStringList parts;
+    if (quality->accuracyM)
+        parts << QObject::tr("by %1 good to %2 m").arg(quality->definition, metres(*quality->accuracyM));
+    if (quality->accuracyWithGridsM && !quality->missingGrids.isEmpty())
+        parts << QObject::tr("to %1 m with the grid %2")
+                     .arg(metres(*quality->accuracyWithGridsM),
+                          quality->missingGrids.join(QStringLiteral(", ")));
+    if (quality->textDistanceM)
+        parts << QObject::tr("as CoordSys text %1 m away").arg(metres(*quality->textDistanceM));
+    return parts.join(QStringLiteral("; "));
+}
+
+QString candidatesText(const CoordSystem &system)
+{
+    QString text;
+    for (const EpsgCandidate &candidate : epsgCandidates(system))
+        text +=
+            QStringLiteral("%1\t%2 %\t%3\n")
+                .arg(QString::number(candidate.code), QString::number(candidate.confidence), candidate.name);
+    return text;
 }

@@ -4,9 +4,11 @@
 
 #include <QString>
 
-/// The operations that PROJ uses for a transformation, the preferred one first: name, accuracy, area, grids,
-/// and what the shift in the systems' own texts would do in the middle of the area.
+/// The operations that PROJ uses for a transformation, the preferred one first: name, accuracy, area, grids.
 QString operationsText(const nivora::cs::CoordTransform &transform);
 
-/// A line on how good the way from a system to WGS 84 is; empty when PROJ knows no way.
-QString shiftText(const nivora::cs::CoordSystemPtr &system, const nivora::cs::CoordSystemPtr &wgs84);
+/// How good the shift of a system to WGS 84 is, on one line; empty when nothing is known of it.
+QString shiftText(const nivora::cs::CoordSystem &system);
+
+/// A line for each code that resembles a system: code, confidence, name, separated by tabs.
+QString candidatesText(const nivora::cs::CoordSystem &system);
