@@ -553,14 +553,6 @@ Examples:
 </translation>
     </message>
     <message>
-        <source>To WGS 84: %1, %2</source>
-        <translation>К WGS 84: %1, %2</translation>
-    </message>
-    <message>
-        <source>With %1 it would be good to %2 m</source>
-        <translation>С сеткой %1 точность была бы %2 м</translation>
-    </message>
-    <message>
         <source>cannot write the output: %1</source>
         <translation>не могу записать вывод: %1</translation>
     </message>
@@ -814,6 +806,26 @@ Examples:
     <message>
         <source>A JSON list.</source>
         <translation>Список JSON.</translation>
+    </message>
+    <message>
+        <source>The codes that resemble the system, with the confidence in them.</source>
+        <translation>Коды похожих систем и степень уверенности в них.</translation>
+    </message>
+    <message>
+        <source>Datum shift</source>
+        <translation>Сдвиг датума</translation>
+    </message>
+    <message>
+        <source>by %1 good to %2 m</source>
+        <translation>по %1 точность %2 м</translation>
+    </message>
+    <message>
+        <source>to %1 m with the grid %2</source>
+        <translation>%1 м с сеткой %2</translation>
+    </message>
+    <message>
+        <source>as CoordSys text %1 m away</source>
+        <translation>запись CoordSys расходится с этим на %1 м</translation>
     </message>
 </context>
 </TS>
