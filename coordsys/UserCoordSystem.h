@@ -80,7 +80,8 @@ public:
     const QList<CsDataType> &data() const { return m_branches; }
     bool isEmpty() const { return m_branches.isEmpty(); }
 
-    /// The name that a branch without one gets when it is read: "Каталог" in the language of messages.
+    /// The name that a branch without one gets when it is read: "Каталог" in every language, since files keep
+    /// it.
     static QString defaultBranch();
     static CoordSystemTypes::SourceType stringToSourceType(const QString &text);
     static QString sourceTypeToString(CoordSystemTypes::SourceType type);

@@ -749,10 +749,6 @@ Examples:
 </translation>
     </message>
     <message>
-        <source>The branch of the entry, &quot;Catalogue&quot; when not given.</source>
-        <translation>Ветвь записи, по умолчанию «Каталог».</translation>
-    </message>
-    <message>
         <source>The name of the entry; that of the system when not given.</source>
         <translation>Название записи; по умолчанию название системы.</translation>
     </message>
@@ -826,6 +822,10 @@ Examples:
     <message>
         <source>as CoordSys text %1 m away</source>
         <translation>запись CoordSys расходится с этим на %1 м</translation>
+    </message>
+    <message>
+        <source>The branch of the entry, &quot;Каталог&quot; when not given.</source>
+        <translation>Ветвь записи, по умолчанию «Каталог».</translation>
     </message>
 </context>
 </TS>

@@ -418,10 +418,6 @@
         <translation>Unnamed</translation>
     </message>
     <message>
-        <source>Каталог</source>
-        <translation>Catalogue</translation>
-    </message>
-    <message>
         <source>Пользовательские КС: %1 (%2)</source>
         <translation>User&apos;s coordinate systems: %1 (%2)</translation>
     </message>

@@ -114,10 +114,18 @@ int list(const CommandLine &line, const Session &session, const QString &)
     return Success;
 }
 
+/// An entry keeps the text as it was given, where that is in a notation that entries have.
+CoordSystem::SourceData sourceOf(const CoordSystem &cs, const QString &text)
+{
+    const CoordSystem::SourceData source = cs.sourceParameters();
+    const CoordSystem::SourceData given{source.type, text};
+    return given == source ? given : source;
+}
+
 int store(const CommandLine &line, const Session &session, const QString &text, bool mayReplace)
 {
     const CoordSystemPtr cs = readSystem(session, text).system; // throws before anything is touched
-    const CoordSystem::SourceData source = cs->sourceParameters();
+    const CoordSystem::SourceData source = sourceOf(*cs, text);
     const QString branch = branchOption(line);
     const StoreLock lock(session.userSystems());
     UserCoordSystem &systems = loaded(session);
@@ -323,7 +331,7 @@ Examples:
         Command::AnyCount,
         {
             {"branch", "NAME",
-             QT_TRANSLATE_NOOP("QObject", "The branch of the entry, \"Catalogue\" when not given.")},
+             QT_TRANSLATE_NOOP("QObject", "The branch of the entry, \"Каталог\" when not given.")},
             {"description", "TEXT",
              QT_TRANSLATE_NOOP("QObject", "The name of the entry; that of the system when not given.")},
             {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "list: write a JSON array.")},

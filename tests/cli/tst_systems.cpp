@@ -124,21 +124,22 @@ private Q_SLOTS:
             row(name, words("transform --to 4326 --from") + QStringList(text), message);
         };
         const auto s = [](const char *text) { return QString::fromUtf8(text); };
-        cs("blank", s("  "), "Строка КС пустая");
-        cs("unknown code", s("epsg:999999"), "EPSG=999999");
-        cs("code with a letter", s("epsg:4326x"), "\"4326x\" is no EPSG code");
-        cs("code too large", s("99999999999"), "is no EPSG code");
-        cs("code 0", s("0"), "is no EPSG code");
+        cs("blank", s("  "), "is empty");
+        cs("unknown code", s("epsg:999999"), "no system EPSG:999999");
+        cs("code with a letter", s("epsg:4326x"), "Nearest: EPSG:4326 (WGS 84)");
+        cs("code too large", s("99999999999"), "no system EPSG:99999999999");
+        cs("code 0", s("0"), "no system EPSG:0");
         cs("unknown Oracle number", s("oracle:1"), "SRID=1");
         cs("Oracle number in letters", s("oracle:x"), "is no Oracle number");
-        cs("percent signs", s("+proj=%1 %2"), "Неверная строка КС +proj=%1 %2");
-        cs("no file", s("@/nowhere/x.prj"), "cannot read /nowhere/x.prj");
-        cs("a directory", s("@/"), "cannot read /");
-        cs("a file without end", s("@/dev/zero"), "too large");
-        cs("empty file", s("@/dev/null"), "Строка КС пустая");
+        cs("percent signs", s("+proj=%1 %2"), "Not a coordinate system +proj=%1 %2");
+        cs("no file", s("@/nowhere/x.prj"), "Cannot read the file /nowhere/x.prj: No such");
+        cs("a directory", s("@/"), "Cannot read the file /: This is not a file");
+        cs("a file without end", s("@/dev/zero"), "This is not a file");
+        writeFile(m_dir.filePath(s("empty.prj")), "\n");
+        cs("empty file", file(s("empty.prj")), "no text");
         // A message that quotes such a text stays one readable line.
         cs("long text", QStringLiteral("PROJCS[\"") + QString(100000, QLatin1Char('a')),
-           "Ошибка импорта из строки WKT");
+           "Cannot read the WKT text");
         row("no such command", words("foo"), "no command \"foo\"");
         row("no such option", words("info --foo 1"), "info has no option --foo");
         row("another command's option", words("info --mesh 4326"), "info has no option --mesh");
