@@ -827,5 +827,17 @@ Examples:
         <source>The branch of the entry, &quot;Каталог&quot; when not given.</source>
         <translation>Ветвь записи, по умолчанию «Каталог».</translation>
     </message>
+    <message>
+        <source>--epoch takes a decimal year such as 2024.5, not &quot;%1&quot;</source>
+        <translation>--epoch принимает год с дробной частью, например 2024.5, а не «%1»</translation>
+    </message>
+    <message>
+        <source>Tell which operations are used and how good they are; no points are read.</source>
+        <translation>Рассказать, какие операции применяются и какова их точность; точки не читаются.</translation>
+    </message>
+    <message>
+        <source>When the points were measured, in decimal years.</source>
+        <translation>Когда измерены точки, в годах с дробной частью.</translation>
+    </message>
 </context>
 </TS>

@@ -1,16 +1,31 @@
 #include "CommandLine.h"
 #include "Commands.h"
 #include "CsText.h"
+#include "OperationText.h"
+#include "Output.h"
 #include "Session.h"
 #include "StreamFilter.h"
 
 #include <coordsys/CoordTransform.h>
+
+#include <QObject>
+
+#include <cmath>
 
 using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
 using nivora::cs::CoordTransform;
 
 namespace {
+
+double epochOf(const QString &text)
+{
+    bool ok = false;
+    const double years = text.toDouble(&ok);
+    if (!ok || !std::isfinite(years))
+        throw Failure(QObject::tr("--epoch takes a decimal year such as 2024.5, not \"%1\"").arg(text));
+    return years;
+}
 
 int run(const CommandLine &line)
 {
@@ -21,7 +36,13 @@ int run(const CommandLine &line)
     const CoordSystem &target = inverse ? *from : *to;
     const int decimals = line.number("precision", 0, XyWriter::MostDecimals, fittingDecimals(target));
 
-    const CoordTransform transform(from, to);
+    CoordTransform transform(from, to);
+    if (line.isSet("epoch"))
+        transform.setEpoch(epochOf(line.value("epoch")));
+    if (line.isSet("explain")) {
+        print(operationsText(inverse ? CoordTransform(to, from) : transform));
+        return Success;
+    }
     const ListTransform step = [&transform, inverse](const QVector<QPointF> &in, QVector<QPointF> &out) {
         return inverse ? transform.inverse(in, out) : transform.forward(in, out);
     };
@@ -54,6 +75,11 @@ Examples:
             {"to", "CS", "The system of the output."},
             {"inverse", nullptr, "The other way: the input is in the --to system."},
             {"precision", "N", "Decimals; when not given, enough for a tenth of a millimetre."},
+            {"explain", nullptr,
+             QT_TRANSLATE_NOOP("QObject",
+                               "Tell which operations are used and how good they are; no points are read.")},
+            {"epoch", "YEAR",
+             QT_TRANSLATE_NOOP("QObject", "When the points were measured, in decimal years.")},
             {"progress", nullptr, "Show a bar on stderr, when it is a terminal."},
         },
         run,
