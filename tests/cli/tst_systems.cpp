@@ -236,6 +236,10 @@ private Q_SLOTS:
         row("with its code", "--format wkt2", s("32637"), "    ID[\"EPSG\",32637]]\n", "BOUNDCRS");
         row("CoordSys as maps have it", "--format mapinfo", zone7Text, "CoordSys Earth Projection 8, 1001",
             ":");
+        row("the scale on UTM's central meridian, by its definition", "--at 500000,0", s("32637"),
+            "meridian: 0.999600000\nScale along the parallel: 0.999600000\n", "Name");
+        row("the grid that is not installed", "--to 4326", s("27700"), "uk_os_OSTN15_NTv2_OSGBtoETRS.tif",
+            "Name");
         row("Russian", "--language ru", s("28407"), "Вид: Прямоугольная", "Kind:");
     }
     void page()
@@ -247,6 +251,16 @@ private Q_SLOTS:
         QVERIFY2(done.status == 0 && done.err.isEmpty() && done.out.contains(shown) &&
                      !done.out.contains(missing),
                  done.describe());
+    }
+
+    /// One degree of the equator is pi/180 of the semi-major axis; east is 90 degrees from north.
+    void measure()
+    {
+        const CliRun done = run(words("measure --cs 4326"), "0 0\n1 0\n");
+        QVERIFY2(done.out.startsWith("Geodesic length: 111319.4908 m\nAzimuth at the start: 90.000000000"),
+                 done.describe());
+        QVERIFY(run(words("measure --cs 4326"), "0 0\n").isRefusal(QStringLiteral("two points")));
+        QVERIFY(run(words("measure --cs 4326"), "0 0\nx\n").isRefusal(QStringLiteral("line 2")));
     }
 
     void rect_data()
