@@ -271,7 +271,7 @@ UserCoordSystem::CoordSystemParam UserCoordSystem::entryFrom(const QDomElement &
     return entry;
 }
 
-QString UserCoordSystem::defaultBranch() { return QObject::tr("Каталог"); }
+QString UserCoordSystem::defaultBranch() { return QStringLiteral("Каталог"); }
 
 void UserCoordSystem::loadFromFile(bool quiet)
 {

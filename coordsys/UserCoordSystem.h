@@ -84,7 +84,8 @@ public:
     /// No branches.
     bool isEmpty() const { return m_branches.isEmpty(); }
 
-    /// The name that a branch without one gets when it is read: "Каталог" in the language of messages.
+    /// The name that a branch without one gets when it is read: "Каталог" in every language, since files keep
+    /// it.
     static QString defaultBranch();
     /// See nivora::cs::stringToSourceType.
     static CoordSystemTypes::SourceType stringToSourceType(const QString &text);

@@ -1,4 +1,843 @@
 <?xml version="1.0" encoding="utf-8"?>
 <!DOCTYPE TS>
 <TS version="2.1" language="ru" sourcelanguage="en">
+<context>
+    <name>QObject</name>
+    <message>
+        <source>not an entry: %1</source>
+        <translation>не запись: %1</translation>
+    </message>
+    <message>
+        <source>no line break at the end of the file, which may be cut off</source>
+        <translation>в конце файла нет перевода строки, файл мог быть обрезан</translation>
+    </message>
+    <message>
+        <source>line %1: %2
+</source>
+        <translation>строка %1: %2
+</translation>
+    </message>
+    <message>
+        <source>a zero byte: not a text of one byte a sign</source>
+        <translation>нулевой байт: это не текст с одним байтом на знак</translation>
+    </message>
+    <message>
+        <source>not UTF-8, which the first line lets expect</source>
+        <translation>не UTF-8, хотя первая строка в этой кодировке</translation>
+    </message>
+    <message>
+        <source>UTF-8, where the first line is in %1</source>
+        <translation>UTF-8, хотя первая строка в кодировке %1</translation>
+    </message>
+    <message>
+        <source>duplicate of line %1: %2</source>
+        <translation>повтор строки %1: %2</translation>
+    </message>
+    <message>
+        <source>duplicate of the code %1 on line %2: %3</source>
+        <translation>повтор кода %1 из строки %2: %3</translation>
+    </message>
+    <message>
+        <source>%1 values where %2 are needed: %3</source>
+        <translation>значений %1, а нужно %2: %3</translation>
+    </message>
+    <message>
+        <source>cannot be built: %1: %2</source>
+        <translation>система не создаётся: %1: %2</translation>
+    </message>
+    <message>
+        <source>no category &quot;%1&quot;; nivora-cs list shows them</source>
+        <translation>нет категории «%1»; их показывает nivora-cs list</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is no LON,LAT</source>
+        <translation>«%1» — не ДОЛГОТА,ШИРОТА</translation>
+    </message>
+    <message>
+        <source>%1 is no place on the earth: longitude and latitude in degrees</source>
+        <translation>%1 — не место на Земле: нужны долгота и широта в градусах</translation>
+    </message>
+    <message>
+        <source>find needs words or --at LON,LAT</source>
+        <translation>для find нужны слова или --at LON,LAT</translation>
+    </message>
+    <message>
+        <source>nothing found</source>
+        <translation>ничего не найдено</translation>
+    </message>
+    <message>
+        <source>The catalogue of named systems.</source>
+        <translation>Каталог именованных систем.</translation>
+    </message>
+    <message>
+        <source>Without options the categories with their counts. With --category its systems, a
+line each: EPSG code or &quot;-&quot;, name, CoordSys string, separated by tabs.
+--check reads another catalogue file and reports, by line, what loading it would
+pass over in silence: lines that are no entry, entries that cannot be built or
+lack values, duplicates, bytes of another encoding, an end that may be cut off;
+the exit status is 1 when there are any.
+
+Examples:
+  nivora-cs list
+</source>
+        <translation>Без параметров — категории и число систем в них. С --category — её системы,
+по строке: код EPSG или «-», название, строка CoordSys, через табуляцию.
+--check читает другой файл каталога и сообщает, с номерами строк, что загрузка
+молча пропустила бы: строки, которые не записи, записи, которые не создаются или
+в которых не хватает значений, повторы, байты другой кодировки, обрезанный конец;
+код выхода 1, если нашлось хоть что-то.
+
+Примеры:
+  nivora-cs list
+</translation>
+    </message>
+    <message>
+        <source>The systems of one category, letter case does not count.</source>
+        <translation>Системы одной категории, регистр букв не важен.</translation>
+    </message>
+    <message>
+        <source>Check a catalogue file.</source>
+        <translation>Проверить файл каталога.</translation>
+    </message>
+    <message>
+        <source>Directory of the catalogues, instead of those that came with the program.</source>
+        <translation>Каталог с ресурсами вместо поставленных с программой.</translation>
+    </message>
+    <message>
+        <source>Language of names and messages, instead of the locale&apos;s.</source>
+        <translation>Язык названий и сообщений вместо языка локали.</translation>
+    </message>
+    <message>
+        <source>Directory of your own systems (UserCoordSystem.xml), instead of your data folder.</source>
+        <translation>Каталог ваших систем (UserCoordSystem.xml) вместо вашей папки данных.</translation>
+    </message>
+    <message>
+        <source>Write the library&apos;s log to stderr.</source>
+        <translation>Писать журнал библиотеки в stderr.</translation>
+    </message>
+    <message>
+        <source>%1 is given twice</source>
+        <translation>%1 задан дважды</translation>
+    </message>
+    <message>
+        <source>%1 takes no value</source>
+        <translation>у %1 нет значения</translation>
+    </message>
+    <message>
+        <source>%1 needs a value</source>
+        <translation>для %1 нужно значение</translation>
+    </message>
+    <message>
+        <source>%1 needs a value, and %2 looks like an option; %1=%2 if it is meant so</source>
+        <translation>для %1 нужно значение, а %2 похоже на параметр; если так и надо, пишите %1=%2</translation>
+    </message>
+    <message>
+        <source>%1: arguments expected %2, given %3</source>
+        <translation>%1: нужно аргументов %2, задано %3</translation>
+    </message>
+    <message>
+        <source>options begin with two dashes: %1 instead of %2</source>
+        <translation>параметры начинаются с двух дефисов: %1 вместо %2</translation>
+    </message>
+    <message>
+        <source>%1 has no option %2</source>
+        <translation>у %1 нет параметра %2</translation>
+    </message>
+    <message>
+        <source>; see nivora-cs %1 --help</source>
+        <translation>; см. nivora-cs %1 --help</translation>
+    </message>
+    <message>
+        <source>%1 needs --%2</source>
+        <translation>для %1 нужен --%2</translation>
+    </message>
+    <message>
+        <source>--%1 takes a whole number from %2 to %3, not &quot;%4&quot;</source>
+        <translation>--%1: нужно целое число от %2 до %3, а не «%4»</translation>
+    </message>
+    <message>
+        <source>Usage: nivora-cs %1 %2
+%3
+
+%4
+Options:
+</source>
+        <translation>Вызов: nivora-cs %1 %2
+%3
+
+%4
+Параметры:
+</translation>
+    </message>
+    <message>
+        <source>This text.</source>
+        <translation>Этот текст.</translation>
+    </message>
+    <message>
+        <source>CS is a coordinate system, in any of these notations:
+  32637                 EPSG code; also EPSG:32637, urn:ogc:def:crs:EPSG::32637,
+                        other authorities (ESRI:102100) and OGC:CRS84
+  &apos;ETRS89 / UTM zone 32N&apos;
+                        a name of the EPSG database or of the catalogue
+  &apos;+proj=utm +zone=37&apos;  PROJ string
+  &apos;PROJCS[&quot;...&quot;]&apos;       WKT 1, WKT 2, WKT of Esri, PROJJSON
+  &apos;CoordSys Earth Projection 1, 104&apos;
+                        MapInfo CoordSys string; also a line of a catalogue file
+  oracle:8307           Oracle Spatial number
+  @FILE                 a .prj, .qpj, .wkt, .mif or .tab file
+
+x is always first: longitude or easting, then latitude or northing, whatever
+order an authority has for the system. Angles are degrees. The decimal mark is
+the point.
+</source>
+        <translation>CS — система координат в любой из этих записей:
+  32637                 код EPSG; также EPSG:32637, urn:ogc:def:crs:EPSG::32637,
+                        другие организации (ESRI:102100) и OGC:CRS84
+  &apos;ETRS89 / UTM zone 32N&apos;
+                        название из базы EPSG или из каталога
+  &apos;+proj=utm +zone=37&apos;  строка PROJ
+  &apos;PROJCS[&quot;...&quot;]&apos;       WKT 1, WKT 2, WKT фирмы Esri, PROJJSON
+  &apos;CoordSys Earth Projection 1, 104&apos;
+                        строка CoordSys MapInfo; также строка файла каталога
+  oracle:8307           номер Oracle Spatial
+  @FILE                 файл .prj, .qpj, .wkt, .mif или .tab
+
+x всегда первый: долгота или восток, затем широта или север, какой бы порядок
+ни был у системы в базе. Углы в градусах. Дробная часть отделяется точкой.
+</translation>
+    </message>
+    <message>
+        <source>--format takes %1, not &quot;%2&quot;</source>
+        <translation>--format принимает %1, а не «%2»</translation>
+    </message>
+    <message>
+        <source>What is known of a coordinate system, and its text in any notation.</source>
+        <translation>Что известно о системе координат, и её запись в любом формате.</translation>
+    </message>
+    <message>
+        <source>Writes a line &quot;Title: value&quot; for each thing that is known, and what was assumed.
+With --format the system in that notation alone, fit to be saved: with its name and
+its code where it has one. With --to and --at what stands between it and another
+system, and how it shows a place.
+
+Examples:
+  nivora-cs info 32637
+  nivora-cs info --format esri 28407 &gt; zone7.prj
+  nivora-cs info 27700 --to 4326
+  nivora-cs info 32637 --at 413224,6179767
+  nivora-cs info --format json &apos;CoordSys Earth Projection 8, 1001, &quot;m&quot;, 39, 0, 1, 7500000, 0&apos;
+</source>
+        <translation>Пишет по строке «Заголовок: значение» на всё, что известно, и что было принято.
+С --format — только запись системы в этом формате, годная для файла: с названием
+и, если он есть, с кодом. С --to и --at — что лежит между нею и другой системой и
+как она показывает место.
+
+Примеры:
+  nivora-cs info 32637
+  nivora-cs info --format esri 28407 &gt; zone7.prj
+  nivora-cs info 27700 --to 4326
+  nivora-cs info 32637 --at 413224,6179767
+  nivora-cs info --format json &apos;CoordSys Earth Projection 8, 1001, &quot;m&quot;, 39, 0, 1, 7500000, 0&apos;
+</translation>
+    </message>
+    <message>
+        <source>The text in one notation; json: all that is known, as one object.</source>
+        <translation>Запись в одном формате; json: всё известное одним объектом.</translation>
+    </message>
+    <message>
+        <source>The same as --format json.</source>
+        <translation>То же, что --format json.</translation>
+    </message>
+    <message>
+        <source>The operations from CS to another system, and how good they are.</source>
+        <translation>Операции из CS в другую систему и их точность.</translation>
+    </message>
+    <message>
+        <source>Scale factors and convergence at a point of the system.</source>
+        <translation>Масштабы и сближение меридианов в точке системы.</translation>
+    </message>
+    <message>
+        <source>%1, withdrawn</source>
+        <translation>%1, отозвана</translation>
+    </message>
+    <message>
+        <source>a = %1 m, 1/f = %2</source>
+        <translation>a = %1 м, 1/f = %2</translation>
+    </message>
+    <message>
+        <source>a sphere of %1 m</source>
+        <translation>сфера радиусом %1 м</translation>
+    </message>
+    <message>
+        <source>%1, as the definition has them</source>
+        <translation>%1, как в определении</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>Название</translation>
+    </message>
+    <message>
+        <source>Code</source>
+        <translation>Код</translation>
+    </message>
+    <message>
+        <source>Kind</source>
+        <translation>Вид</translation>
+    </message>
+    <message>
+        <source>Unit</source>
+        <translation>Единица</translation>
+    </message>
+    <message>
+        <source>Area of use</source>
+        <translation>Область применения</translation>
+    </message>
+    <message>
+        <source>Area (longitude, latitude)</source>
+        <translation>Область (долгота, широта)</translation>
+    </message>
+    <message>
+        <source>Ellipsoid</source>
+        <translation>Эллипсоид</translation>
+    </message>
+    <message>
+        <source>Datum</source>
+        <translation>Датум</translation>
+    </message>
+    <message>
+        <source>Prime meridian</source>
+        <translation>Начальный меридиан</translation>
+    </message>
+    <message>
+        <source>Shift to WGS 84 in the text</source>
+        <translation>Сдвиг к WGS 84 в записи</translation>
+    </message>
+    <message>
+        <source>Bounds</source>
+        <translation>Границы</translation>
+    </message>
+    <message>
+        <source>Affine transformation (A B C D E F)</source>
+        <translation>Аффинное преобразование (A B C D E F)</translation>
+    </message>
+    <message>
+        <source>CoordSys</source>
+        <translation>CoordSys</translation>
+    </message>
+    <message>
+        <source>Assumed</source>
+        <translation>Принято</translation>
+    </message>
+    <message>
+        <source>Usage: nivora-cs COMMAND [options] [arguments]
+Coordinate systems: what they are, and coordinates from one to another.
+
+</source>
+        <translation>Вызов: nivora-cs КОМАНДА [параметры] [аргументы]
+Системы координат: что они такое, и пересчёт координат из одной в другую.
+
+</translation>
+    </message>
+    <message>
+        <source>
+  nivora-cs COMMAND --help tells more, with examples.
+  --help, --version
+
+</source>
+        <translation>
+  nivora-cs КОМАНДА --help расскажет больше, с примерами.
+  --help, --version
+
+</translation>
+    </message>
+    <message>
+        <source>
+Exit status: 0 done; 1 some lines or entries failed; 2 nothing could be done.
+</source>
+        <translation>
+Код выхода: 0 — сделано; 1 — часть строк или записей не удалась; 2 — ничего не сделано.
+</translation>
+    </message>
+    <message>
+        <source>no command &quot;%1&quot;; see nivora-cs --help</source>
+        <translation>нет команды «%1»; см. nivora-cs --help</translation>
+    </message>
+    <message>
+        <source>NAME</source>
+        <translation>ИМЯ</translation>
+    </message>
+    <message>
+        <source>nivora-cs - coordinate systems and coordinates from one to another</source>
+        <translation>nivora-cs - системы координат и пересчёт координат из одной в другую</translation>
+    </message>
+    <message>
+        <source>SYNOPSIS</source>
+        <translation>ВЫЗОВ</translation>
+    </message>
+    <message>
+        <source>COMMAND [options] [arguments]</source>
+        <translation>КОМАНДА [параметры] [аргументы]</translation>
+    </message>
+    <message>
+        <source>COORDINATE SYSTEMS</source>
+        <translation>СИСТЕМЫ КООРДИНАТ</translation>
+    </message>
+    <message>
+        <source>COMMANDS</source>
+        <translation>КОМАНДЫ</translation>
+    </message>
+    <message>
+        <source>OPTIONS OF ALL COMMANDS</source>
+        <translation>ПАРАМЕТРЫ ВСЕХ КОМАНД</translation>
+    </message>
+    <message>
+        <source>EXIT STATUS</source>
+        <translation>КОД ВЫХОДА</translation>
+    </message>
+    <message>
+        <source>0 done; 1 some lines or entries failed; 2 nothing could be done.</source>
+        <translation>0 — сделано; 1 — часть строк или записей не удалась; 2 — ничего не сделано.</translation>
+    </message>
+    <message>
+        <source>%1, line %2: no point</source>
+        <translation>%1, строка %2: не точка</translation>
+    </message>
+    <message>
+        <source>measure takes one file</source>
+        <translation>measure принимает один файл</translation>
+    </message>
+    <message>
+        <source>cannot read %1: %2</source>
+        <translation>не могу прочитать %1: %2</translation>
+    </message>
+    <message>
+        <source>Azimuth at the start: %1°
+Azimuth at the end: %2°
+</source>
+        <translation>Азимут в начале: %1°
+Азимут в конце: %2°
+</translation>
+    </message>
+    <message>
+        <source>Perimeter when closed: %1 m
+Area when closed: %2 m²
+</source>
+        <translation>Периметр замкнутой фигуры: %1 м
+Площадь замкнутой фигуры: %2 м²
+</translation>
+    </message>
+    <message>
+        <source>measure needs two points at least</source>
+        <translation>для measure нужны хотя бы две точки</translation>
+    </message>
+    <message>
+        <source>a point has no place on the earth</source>
+        <translation>у одной из точек нет места на Земле</translation>
+    </message>
+    <message>
+        <source>Geodesic length: %1 m
+</source>
+        <translation>Длина по геодезической: %1 м
+</translation>
+    </message>
+    <message>
+        <source>Length, azimuths and area on the ellipsoid of a system.</source>
+        <translation>Длина, азимуты и площадь на эллипсоиде системы.</translation>
+    </message>
+    <message>
+        <source>Reads a line of points, x and y on each line of the FILE or of standard input, and
+writes its length along geodesics of the system&apos;s own ellipsoid; of two points also
+the azimuths (from north, clockwise), of more the perimeter and area of the polygon
+that the points make when it is closed.
+
+Examples:
+  printf &apos;37.6 55.75\n30.3 59.94\n&apos; | nivora-cs measure --cs 4326
+</source>
+        <translation>Читает линию из точек, по x и y в каждой строке файла или стандартного ввода, и
+пишет её длину по геодезическим эллипсоида системы; для двух точек также азимуты
+(от севера по часовой стрелке), для большего числа — периметр и площадь
+многоугольника, который получится, если линию замкнуть.
+
+Примеры:
+  printf &apos;37.6 55.75\n30.3 59.94\n&apos; | nivora-cs measure --cs 4326
+</translation>
+    </message>
+    <message>
+        <source>The system of the points.</source>
+        <translation>Система точек.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is no X,Y</source>
+        <translation>«%1» — не X,Y</translation>
+    </message>
+    <message>
+        <source>no scale factors there: not a projection, or a point without a place on the earth</source>
+        <translation>масштабов там нет: это не проекция или у точки нет места на Земле</translation>
+    </message>
+    <message>
+        <source>Scale along the meridian: %1
+Scale along the parallel: %2
+Areal scale: %3
+Meridian convergence: %4°
+Angular distortion: %5°
+</source>
+        <translation>Масштаб по меридиану: %1
+Масштаб по параллели: %2
+Масштаб площади: %3
+Сближение меридианов: %4°
+Искажение углов: %5°
+</translation>
+    </message>
+    <message>
+        <source>Military grid references of points, and points of references.</source>
+        <translation>Ссылки MGRS по точкам и точки по ссылкам.</translation>
+    </message>
+    <message>
+        <source>Reads and writes as transform does: x and y become one reference, further columns
+are passed on. The points are brought to WGS 84 first. Digits are cut off, not
+rounded: a reference names the cell that the point lies in. With --inverse a line
+begins with a reference (&quot;37UDB1234567890&quot; or &quot;37U DB 12345 67890&quot;) and the answer
+is the south-west corner of its cell.
+
+Examples:
+  echo 37.6173 55.7558 | nivora-cs mgrs --cs 4326
+  echo 37UDB1324979476 | nivora-cs mgrs --cs 28407 --inverse
+</source>
+        <translation>Читает и пишет как transform: x и y становятся одной ссылкой, остальные столбцы
+передаются дальше. Точки сначала приводятся к WGS 84. Цифры отбрасываются, а не
+округляются: ссылка называет клетку, в которой лежит точка. С --inverse строка
+начинается со ссылки («37UDB1234567890» или «37U DB 12345 67890»), а ответ —
+юго-западный угол её клетки.
+
+Примеры:
+  echo 37.6173 55.7558 | nivora-cs mgrs --cs 4326
+  echo 37UDB1324979476 | nivora-cs mgrs --cs 28407 --inverse
+</translation>
+    </message>
+    <message>
+        <source>Read references and write points.</source>
+        <translation>Читать ссылки и писать точки.</translation>
+    </message>
+    <message>
+        <source>Digits of each coordinate, 0 to 5 (5: a metre); with --inverse decimals.</source>
+        <translation>Цифр в каждой координате, от 0 до 5 (5 — метр); с --inverse знаков после точки.</translation>
+    </message>
+    <message>
+        <source>Show a bar on stderr, when it is a terminal.</source>
+        <translation>Показывать ход работы в stderr, если это терминал.</translation>
+    </message>
+    <message>
+        <source>ballpark: the difference of the datums is left out</source>
+        <translation>грубо: различие датумов не учтено</translation>
+    </message>
+    <message>
+        <source>accuracy unknown</source>
+        <translation>точность неизвестна</translation>
+    </message>
+    <message>
+        <source>good to %1 m</source>
+        <translation>точность %1 м</translation>
+    </message>
+    <message>
+        <source>grid %1</source>
+        <translation>сетка %1</translation>
+    </message>
+    <message>
+        <source>missing grid %1, from %2</source>
+        <translation>нет сетки %1, взять: %2</translation>
+    </message>
+    <message>
+        <source>Nothing to do: the systems are equal.
+</source>
+        <translation>Делать нечего: системы равны.
+</translation>
+    </message>
+    <message>
+        <source>cannot write the output: %1</source>
+        <translation>не могу записать вывод: %1</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is no number</source>
+        <translation>«%1» — не число</translation>
+    </message>
+    <message>
+        <source>width and height must be greater than 0</source>
+        <translation>ширина и высота должны быть больше 0</translation>
+    </message>
+    <message>
+        <source>a mesh of %1 intervals has too many points for this rectangle</source>
+        <translation>в сетке из %1 интервалов слишком много точек для этого прямоугольника</translation>
+    </message>
+    <message>
+        <source>no part of the rectangle can be transformed</source>
+        <translation>ни одна часть прямоугольника не пересчитывается</translation>
+    </message>
+    <message>
+        <source>a corner of the rectangle cannot be transformed</source>
+        <translation>один из углов прямоугольника не пересчитывается</translation>
+    </message>
+    <message>
+        <source>The rectangle that encloses a rectangle&apos;s image in another system.</source>
+        <translation>Прямоугольник, охватывающий образ прямоугольника в другой системе.</translation>
+    </message>
+    <message>
+        <source>X and Y are the smallest coordinates, W and H width and height; the answer is
+written in the same order. Only the four corners are transformed, unless --mesh
+is given: then a mesh of points with N intervals along the width, so that edges
+that bulge and poles inside count too, and points that fail are left out.
+The exit status is 1 when the rectangle cannot be transformed.
+
+Examples:
+  nivora-cs rect --from 4326 --to 32637 36 55 3 1
+  nivora-cs rect --from 4326 --to 3575 --mesh 50 -180 60 360 30
+</source>
+        <translation>X и Y — наименьшие координаты, W и H — ширина и высота; ответ записан в том же
+порядке. Пересчитываются только четыре угла, если не задан --mesh: тогда сетка
+точек с N интервалами по ширине, так что учтены и выпуклые края, и полюс внутри,
+а точки, которые не пересчитались, пропускаются.
+Код выхода 1, если прямоугольник не пересчитывается.
+
+Примеры:
+  nivora-cs rect --from 4326 --to 32637 36 55 3 1
+  nivora-cs rect --from 4326 --to 3575 --mesh 50 -180 60 360 30
+</translation>
+    </message>
+    <message>
+        <source>The system of the rectangle.</source>
+        <translation>Система прямоугольника.</translation>
+    </message>
+    <message>
+        <source>The system of the answer.</source>
+        <translation>Система ответа.</translation>
+    </message>
+    <message>
+        <source>The other way: the rectangle is in the --to system.</source>
+        <translation>Обратно: прямоугольник задан в системе --to.</translation>
+    </message>
+    <message>
+        <source>Transform a mesh of points; 100 intervals when N is left out.</source>
+        <translation>Пересчитать сетку точек; без N — 100 интервалов.</translation>
+    </message>
+    <message>
+        <source>Decimals; when not given, enough for a tenth of a millimetre.</source>
+        <translation>Знаков после точки; по умолчанию хватает на десятую миллиметра.</translation>
+    </message>
+    <message>
+        <source>cannot start with the catalogues in %1: %2</source>
+        <translation>не могу начать работу с каталогами из %1: %2</translation>
+    </message>
+    <message>
+        <source>no reason is known</source>
+        <translation>причина неизвестна</translation>
+    </message>
+    <message>
+        <source>a comment</source>
+        <translation>комментарий</translation>
+    </message>
+    <message>
+        <source>the text &quot;%1&quot;</source>
+        <translation>текст «%1»</translation>
+    </message>
+    <message>
+        <source>the element &lt;%1&gt;</source>
+        <translation>элемент &lt;%1&gt;</translation>
+    </message>
+    <message>
+        <source>the attribute &quot;%1&quot;</source>
+        <translation>атрибут «%1»</translation>
+    </message>
+    <message>
+        <source>cannot make the directory %1</source>
+        <translation>не могу создать каталог %1</translation>
+    </message>
+    <message>
+        <source>%1 is being changed by another program</source>
+        <translation>%1 сейчас изменяет другая программа</translation>
+    </message>
+    <message>
+        <source>cannot write in the directory %1</source>
+        <translation>не могу писать в каталог %1</translation>
+    </message>
+    <message>
+        <source>(unusable)</source>
+        <translation>(не создаётся)</translation>
+    </message>
+    <message>
+        <source>%1 is already in the branch %2; &quot;user set&quot; replaces it</source>
+        <translation>%1 уже есть в ветви %2; заменить можно командой user set</translation>
+    </message>
+    <message>
+        <source>%1 is not among your systems</source>
+        <translation>%1 нет среди ваших систем</translation>
+    </message>
+    <message>
+        <source>the notation is not known</source>
+        <translation>запись неизвестного вида</translation>
+    </message>
+    <message>
+        <source>the system cannot be made</source>
+        <translation>система не создаётся</translation>
+    </message>
+    <message>
+        <source>%1: stands twice, also as %2</source>
+        <translation>%1: записана дважды, также как %2</translation>
+    </message>
+    <message>
+        <source>%1: the same system as %2</source>
+        <translation>%1: та же система, что %2</translation>
+    </message>
+    <message>
+        <source>the next change drops what stands at %1</source>
+        <translation>следующее изменение потеряет то, что стоит в %1</translation>
+    </message>
+    <message>
+        <source>%1: %2 entries, %3 problems
+</source>
+        <translation>%1: записей %2, замечаний %3
+</translation>
+    </message>
+    <message>
+        <source>user %1 has no option --%2; see nivora-cs user --help</source>
+        <translation>у user %1 нет параметра --%2; см. nivora-cs user --help</translation>
+    </message>
+    <message>
+        <source>user %1 takes no further arguments; see nivora-cs user --help</source>
+        <translation>user %1 не принимает других аргументов; см. nivora-cs user --help</translation>
+    </message>
+    <message>
+        <source>user %1 takes one coordinate system; see nivora-cs user --help</source>
+        <translation>user %1 принимает одну систему координат; см. nivora-cs user --help</translation>
+    </message>
+    <message>
+        <source>user takes list, add, set, remove or check; see nivora-cs user --help</source>
+        <translation>user принимает list, add, set, remove или check; см. nivora-cs user --help</translation>
+    </message>
+    <message>
+        <source>Your own catalogue of systems.</source>
+        <translation>Ваш собственный каталог систем.</translation>
+    </message>
+    <message>
+        <source>  user list        all entries, under the names of their branches
+  user add CS      a new entry
+  user set CS      replaces the description of an entry, or adds the entry
+  user remove CS   takes an entry out of its branch, or of every branch
+  user check       looks for entries that make no system, for duplicates, for what the
+                   next change would drop, and for a file that cannot be read; the
+                   exit status is 1 for any of them
+Entries keep the text as it was given. A text that makes no system is refused, and
+the file stays as it was.
+
+Examples:
+  nivora-cs user add --branch Moscow --description &apos;Local grid&apos; &apos;CoordSys Earth Projection 8, 1001, &quot;m&quot;, 37.5, 0, 1, 0, 0&apos;
+  nivora-cs user add 32637
+  nivora-cs user remove 32637
+</source>
+        <translation>  user list        все записи под названиями их ветвей
+  user add CS      новая запись
+  user set CS      заменяет описание записи или добавляет её
+  user remove CS   убирает запись из её ветви или из всех ветвей
+  user check       ищет записи, из которых не получается система, повторы, то, что
+                   потеряет следующее изменение, и нечитаемый файл; код выхода 1,
+                   если что-то из этого нашлось
+Записи хранят текст таким, каким он задан. Текст, из которого система не
+получается, не принимается, и файл остаётся прежним.
+
+Примеры:
+  nivora-cs user add --branch Moscow --description &apos;Local grid&apos; &apos;CoordSys Earth Projection 8, 1001, &quot;m&quot;, 37.5, 0, 1, 0, 0&apos;
+  nivora-cs user add 32637
+  nivora-cs user remove 32637
+</translation>
+    </message>
+    <message>
+        <source>The name of the entry; that of the system when not given.</source>
+        <translation>Название записи; по умолчанию название системы.</translation>
+    </message>
+    <message>
+        <source>list: write a JSON array.</source>
+        <translation>list: писать массив JSON.</translation>
+    </message>
+    <message>
+        <source>Named systems by words, code or place.</source>
+        <translation>Именованные системы по словам, коду или месту.</translation>
+    </message>
+    <message>
+        <source>A system is found when its name or category holds all words, in any order and in
+either language; letter case and accents do not count. A number is a whole EPSG
+code or a whole number in a name. The system of just that name or code comes
+first, also a code that the catalogue does not have. What people say for systems
+(google, swiss, lambert 93), towns and countries are known too, and one slip of
+the hand is forgiven in each word when nothing else is found. --at finds the systems whose
+area of use holds a place, the smallest area first. A line each: EPSG code or
+&quot;-&quot;, name, CoordSys string, separated by tabs. The exit status is 1 when nothing
+was found.
+
+Examples:
+  nivora-cs find 32637
+  nivora-cs find utm Pskov
+  nivora-cs find --at 37.6,55.8 utm
+</source>
+        <translation>Система находится, если в её названии или категории есть все слова, в любом
+порядке и на любом из языков; регистр и диакритика не важны. Число — это целый
+код EPSG или целое число в названии. Система с точно таким названием или кодом
+идёт первой, в том числе код, которого в каталоге нет. Понятны и разговорные
+имена (google, swiss, lambert 93), города и страны, а если иначе ничего не нашлось,
+в каждом слове прощается одна опечатка. --at находит системы, область которых
+содержит место, меньшие области первыми. По строке: код EPSG или «-», название,
+строка CoordSys, через табуляцию. Код выхода 1, если ничего не найдено.
+
+Примеры:
+  nivora-cs find 32637
+  nivora-cs find utm Pskov
+  nivora-cs find --at 37.6,55.8 utm
+</translation>
+    </message>
+    <message>
+        <source>Systems in use at a place, degrees.</source>
+        <translation>Системы, применяемые в месте; градусы.</translation>
+    </message>
+    <message>
+        <source>At most N lines, 50 when not given.</source>
+        <translation>Не больше N строк, по умолчанию 50.</translation>
+    </message>
+    <message>
+        <source>A JSON list.</source>
+        <translation>Список JSON.</translation>
+    </message>
+    <message>
+        <source>The codes that resemble the system, with the confidence in them.</source>
+        <translation>Коды похожих систем и степень уверенности в них.</translation>
+    </message>
+    <message>
+        <source>Datum shift</source>
+        <translation>Сдвиг датума</translation>
+    </message>
+    <message>
+        <source>by %1 good to %2 m</source>
+        <translation>по %1 точность %2 м</translation>
+    </message>
+    <message>
+        <source>to %1 m with the grid %2</source>
+        <translation>%1 м с сеткой %2</translation>
+    </message>
+    <message>
+        <source>as CoordSys text %1 m away</source>
+        <translation>запись CoordSys расходится с этим на %1 м</translation>
+    </message>
+    <message>
+        <source>The branch of the entry, &quot;Каталог&quot; when not given.</source>
+        <translation>Ветвь записи, по умолчанию «Каталог».</translation>
+    </message>
+    <message>
+        <source>--epoch takes a decimal year such as 2024.5, not &quot;%1&quot;</source>
+        <translation>--epoch принимает год с дробной частью, например 2024.5, а не «%1»</translation>
+    </message>
+    <message>
+        <source>Tell which operations are used and how good they are; no points are read.</source>
+        <translation>Рассказать, какие операции применяются и какова их точность; точки не читаются.</translation>
+    </message>
+    <message>
+        <source>When the points were measured, in decimal years.</source>
+        <translation>Когда измерены точки, в годах с дробной частью.</translation>
+    </message>
+</context>
 </TS>

@@ -418,10 +418,6 @@
         <translation>Unnamed</translation>
     </message>
     <message>
-        <source>Каталог</source>
-        <translation>Catalogue</translation>
-    </message>
-    <message>
         <source>Пользовательские КС: %1 (%2)</source>
         <translation>User&apos;s coordinate systems: %1 (%2)</translation>
     </message>
@@ -480,6 +476,158 @@
     <message>
         <source>Раздел</source>
         <translation>Section</translation>
+    </message>
+    <message>
+        <source>Это не заголовок файла MAP</source>
+        <translation>This is not the header of a MAP file</translation>
+    </message>
+    <message>
+        <source>нет</source>
+        <translation>none</translation>
+    </message>
+    <message>
+        <source>Текст слишком длинный для системы координат: «%1»</source>
+        <translation>The text is too long for a coordinate system: &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <source>В тексте системы координат недопустимые символы: «%1»</source>
+        <translation>Characters that cannot stand in the text of a coordinate system: &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <source>Слишком глубокая вложенность скобок: «%1»</source>
+        <translation>Brackets are nested too deeply: &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <source>строка с меткой</source>
+        <translation>text with a tag</translation>
+    </message>
+    <message>
+        <source>PROJJSON</source>
+        <translation>PROJJSON</translation>
+    </message>
+    <message>
+        <source>WKT</source>
+        <translation>WKT</translation>
+    </message>
+    <message>
+        <source>строка PROJ</source>
+        <translation>PROJ text</translation>
+    </message>
+    <message>
+        <source>строка каталога</source>
+        <translation>line of a catalogue</translation>
+    </message>
+    <message>
+        <source>строка CoordSys</source>
+        <translation>CoordSys text</translation>
+    </message>
+    <message>
+        <source>код</source>
+        <translation>code</translation>
+    </message>
+    <message>
+        <source>название</source>
+        <translation>name</translation>
+    </message>
+    <message>
+        <source>Не удалось прочитать систему координат (%1) «%2»: %3</source>
+        <translation>Cannot read the coordinate system (%1) &quot;%2&quot;: %3</translation>
+    </message>
+    <message>
+        <source>За знаком @ нужно имя файла</source>
+        <translation>The sign @ needs the name of a file behind it</translation>
+    </message>
+    <message>
+        <source>Файл %1 ссылается на другой файл</source>
+        <translation>The file %1 refers to another file</translation>
+    </message>
+    <message>
+        <source>«%1» не номер Oracle</source>
+        <translation>&quot;%1&quot; is no Oracle number</translation>
+    </message>
+    <message>
+        <source>%1: за датумом и единицей у этой проекции %2 чисел</source>
+        <translation>%1: this projection has %2 numbers behind datum and unit</translation>
+    </message>
+    <message>
+        <source>Единица «%1» неизвестна и прочитана как метр</source>
+        <translation>The unit &quot;%1&quot; is not known and was read as the metre</translation>
+    </message>
+    <message>
+        <source>Границы без площади отброшены</source>
+        <translation>Bounds without an area are left out</translation>
+    </message>
+    <message>
+        <source>Нужна одна строка каталога, а здесь их %1</source>
+        <translation>One line of a catalogue is needed, and here are %1</translation>
+    </message>
+    <message>
+        <source>Код %1 не соответствует параметрам и отброшен</source>
+        <translation>The code %1 does not fit the parameters and is left out</translation>
+    </message>
+    <message>
+        <source>Здесь больше одной системы</source>
+        <translation>Here is more than one system</translation>
+    </message>
+    <message>
+        <source>Неверный код в «%1»</source>
+        <translation>Wrong code in &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <source>PROJ не знает такой системы</source>
+        <translation>PROJ does not know such a system</translation>
+    </message>
+    <message>
+        <source>Взята только плановая часть: %1</source>
+        <translation>Only the horizontal part is taken: %1</translation>
+    </message>
+    <message>
+        <source>Система помечена в базе как устаревшая: %1</source>
+        <translation>The database has the system as deprecated: %1</translation>
+    </message>
+    <message>
+        <source>Геометрия отброшена: %1</source>
+        <translation>The geometry is left aside: %1</translation>
+    </message>
+    <message>
+        <source>В базе нет организации %1. Есть: %2. Ближайшее: %3</source>
+        <translation>The database has no authority %1. There are: %2. Nearest: %3</translation>
+    </message>
+    <message>
+        <source>Кода %1 нет, взят %2</source>
+        <translation>There is no code %1, %2 is taken</translation>
+    </message>
+    <message>
+        <source>В базе нет системы %1. Ближайшее: %2</source>
+        <translation>The database has no system %1. Nearest: %2</translation>
+    </message>
+    <message>
+        <source>Понято как %1</source>
+        <translation>Understood as %1</translation>
+    </message>
+    <message>
+        <source>Название «%1» носят несколько систем: %2</source>
+        <translation>Several systems have the name &quot;%1&quot;: %2</translation>
+    </message>
+    <message>
+        <source>Непонятно, какая это система координат: «%1». Проверено: %2. Ближайшее: %3</source>
+        <translation>No coordinate system is understood: &quot;%1&quot;. Tried: %2. Nearest: %3</translation>
+    </message>
+    <message>
+        <source>Не могу прочитать файл %1: %2</source>
+        <translation>Cannot read the file %1: %2</translation>
+    </message>
+    <message>
+        <source>В файле %1 нет предложения CoordSys: это долгота и широта</source>
+        <translation>The file %1 has no CoordSys clause: it is longitude and latitude</translation>
+    </message>
+    <message>
+        <source>рядом нет файла %1</source>
+        <translation>there is no file %1 beside it</translation>
+    </message>
+    <message>
+        <source>в нём нет текста</source>
+        <translation>there is no text in it</translation>
     </message>
 </context>
 </TS>

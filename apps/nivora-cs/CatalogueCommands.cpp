@@ -198,6 +198,7 @@ Examples:
             {"check", "FILE", QT_TRANSLATE_NOOP("QObject", "Check a catalogue file.")},
         },
         runList,
+        false,
     };
     return command;
 }
@@ -207,8 +208,9 @@ const Command &findCommand()
     static const Command command = {
         "find",
         "[options] WORDS...",
-        "Named systems by words, code or place.",
-        R"(A system is found when its name or category holds all words, in any order and in
+        QT_TRANSLATE_NOOP("QObject", "Named systems by words, code or place."),
+        QT_TRANSLATE_NOOP("QObject",
+                          R"(A system is found when its name or category holds all words, in any order and in
 either language; letter case and accents do not count. A number is a whole EPSG
 code or a whole number in a name. The system of just that name or code comes
 first, also a code that the catalogue does not have. What people say for systems
@@ -222,21 +224,22 @@ Examples:
   nivora-cs find 32637
   nivora-cs find utm Pskov
   nivora-cs find --at 37.6,55.8 utm
-)",
+)"),
         Command::AnyCount,
         {
-            {"at", "LON,LAT", "Systems in use at a place, degrees."},
-            {"limit", "N", "At most N lines, 50 when not given."},
-            {"json", nullptr, "A JSON list."},
+            {"at", "LON,LAT", QT_TRANSLATE_NOOP("QObject", "Systems in use at a place, degrees.")},
+            {"limit", "N", QT_TRANSLATE_NOOP("QObject", "At most N lines, 50 when not given.")},
+            {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "A JSON list.")},
         },
         runFind,
+        false,
     };
     return command;
 }
 
 QString systemsBeginningWith(const QString &digits)
 {
-    static const Command plain = {"", "", "", "", Command::AnyCount, {}, nullptr};
+    static const Command plain = {"", "", "", "", Command::AnyCount, {}, nullptr, false};
     const Session session(CommandLine(plain, {}));
     QMap<QString, QString> lines;
     for (const CoordSystemParamsList &category : session.factory().mapinfoCoordSystem()->projectionList())

@@ -107,6 +107,10 @@ int CommandLine::parseOption(const QStringList &arguments, int place)
         value = text(found.bareValue);
         m_bareOption = text(found.name);
         m_behindBareOption = m_arguments.size();
+        if (m_command.argumentCount == Command::AnyCount && isCount(arguments.value(place + 1))) {
+            value = arguments.at(place + 1);
+            return place + 1;
+        }
     } else if (found.valueName) {
         if (place + 1 == arguments.size())
             throw Failure(QObject::tr("%1 needs a value").arg(name) + seeHelp());
@@ -120,8 +124,8 @@ int CommandLine::parseOption(const QStringList &arguments, int place)
     return place;
 }
 
-/// A bare option gets its value from the number behind it, when that leaves as many arguments as the command
-/// takes, else its default.
+/// Of a command with so many arguments, a bare option gets its value from the number behind it when that
+/// leaves as many as the command takes, else its default.
 void CommandLine::takeBareValue()
 {
     if (!m_bareOption.isEmpty() && m_arguments.size() == m_command.argumentCount + 1 &&

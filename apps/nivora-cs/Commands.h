@@ -5,6 +5,7 @@ struct Command;
 const Command &infoCommand();
 const Command &transformCommand();
 const Command &rectCommand();
+const Command &measureCommand();
 const Command &mgrsCommand();
 const Command &userCommand();
 const Command &listCommand();

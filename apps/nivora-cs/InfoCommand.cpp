@@ -2,15 +2,20 @@
 #include "Commands.h"
 #include "CsText.h"
 #include "InfoText.h"
+#include "MeasureText.h"
+#include "OperationText.h"
 #include "Output.h"
 #include "Session.h"
 
 #include <coordsys/CoordSystem.h>
+#include <coordsys/CoordTransform.h>
 
 #include <QObject>
 
 using nivora::cs::CoordSystem;
+using nivora::cs::CoordSystemPtr;
 using nivora::cs::SystemFormat;
+using nivora::cs::SystemInfo;
 
 namespace {
 
@@ -47,12 +52,37 @@ QString textIn(const QString &format, const CoordSystem &cs)
     throw Failure(QObject::tr("--format takes %1, not \"%2\"").arg(known.join(QStringLiteral(", ")), format));
 }
 
+/// How the system stands to another, at a place, and to the codes that resemble it.
+QString relations(const CommandLine &line, const Session &session, const CoordSystemPtr &cs)
+{
+    QString text;
+    if (line.isSet("to"))
+        text += operationsText(nivora::cs::CoordTransform(cs, systemOfOption(session, line, "to")));
+    if (line.isSet("at"))
+        text += factorsText(cs, pointOf(line.value("at")));
+    if (line.isSet("candidates"))
+        text += candidatesText(*cs);
+    return text;
+}
+
+QString page(const nivora::cs::UserInput &input)
+{
+    SystemInfo info = systemInfo(*input.system);
+    for (const QString &note : input.notes)
+        if (!info.assumptions.contains(note))
+            info.assumptions << note;
+    return infoPage(*input.system, info);
+}
+
 int run(const CommandLine &line)
 {
     const Session session(line);
-    const nivora::cs::CoordSystemPtr cs = makeSystem(session, readSource(line.arguments().first()));
+    const nivora::cs::UserInput input = readSystem(session, line.arguments().first());
     const QString format = line.isSet("json") ? QStringLiteral("json") : line.value("format");
-    print(format.isEmpty() ? infoPage(*cs, systemInfo(*cs)) : textIn(format, *cs));
+    const bool related = line.isSet("to") || line.isSet("at") || line.isSet("candidates");
+    print(!format.isEmpty() ? textIn(format, *input.system)
+          : related         ? relations(line, session, input.system)
+                            : page(input));
     return Success;
 }
 
@@ -67,11 +97,14 @@ const Command &infoCommand()
         QT_TRANSLATE_NOOP("QObject",
                           R"(Writes a line "Title: value" for each thing that is known, and what was assumed.
 With --format the system in that notation alone, fit to be saved: with its name and
-its code where it has one.
+its code where it has one. With --to and --at what stands between it and another
+system, and how it shows a place.
 
 Examples:
   nivora-cs info 32637
   nivora-cs info --format esri 28407 > zone7.prj
+  nivora-cs info 27700 --to 4326
+  nivora-cs info 32637 --at 413224,6179767
   nivora-cs info --format json 'CoordSys Earth Projection 8, 1001, "m", 39, 0, 1, 7500000, 0'
 )"),
         1,
@@ -80,6 +113,14 @@ Examples:
              QT_TRANSLATE_NOOP("QObject",
                                "The text in one notation; json: all that is known, as one object.")},
             {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "The same as --format json.")},
+            {"to", "CS",
+             QT_TRANSLATE_NOOP("QObject",
+                               "The operations from CS to another system, and how good they are.")},
+            {"candidates", nullptr,
+             QT_TRANSLATE_NOOP("QObject",
+                               "The codes that resemble the system, with the confidence in them.")},
+            {"at", "X,Y",
+             QT_TRANSLATE_NOOP("QObject", "Scale factors and convergence at a point of the system.")},
         },
         run,
     };

@@ -1,6 +1,7 @@
 #include "InfoText.h"
 
 #include "Messages.h"
+#include "OperationText.h"
 
 #include <coordsys/CoordSystem.h>
 
@@ -115,6 +116,8 @@ const Line lines[] = {
     {QT_TRANSLATE_NOOP("QObject", "Datum"), [](const CoordSystem &, const SystemInfo &i) { return i.datum; }},
     {QT_TRANSLATE_NOOP("QObject", "Prime meridian"), meridianLine},
     {QT_TRANSLATE_NOOP("QObject", "Shift to WGS 84 in the text"), shiftLine},
+    {QT_TRANSLATE_NOOP("QObject", "Datum shift"),
+     [](const CoordSystem &cs, const SystemInfo &) { return shiftText(cs); }},
     {QT_TRANSLATE_NOOP("QObject", "Bounds"), boundsLine},
     {QT_TRANSLATE_NOOP("QObject", "Affine transformation (A B C D E F)"), affineLine},
     {QT_TRANSLATE_NOOP("QObject", "CoordSys"),

@@ -43,7 +43,7 @@ void takeMessage(QtMsgType type, const QMessageLogContext &context, const QStrin
 
 void setVerbose()
 {
-    QLoggingCategory::setFilterRules(QStringLiteral("nivora.cs.debug=true"));
+    QLoggingCategory::setFilterRules(QStringLiteral("nivora.cs.debug=true\nnivora.cs.info=true"));
     const QMutexLocker lock(&messageLock);
     verbose = true;
 }

@@ -1,17 +1,19 @@
 #include "CommandLine.h"
-
 #include "Commands.h"
 #include "CsText.h"
 #include "CsvFormat.h"
+#include "OperationText.h"
+#include "Output.h"
 #include "Session.h"
 #include "StreamFilter.h"
-#include <QObject>
 
 #include <coordsys/CoordTransform.h>
 
 #include <QObject>
 
+#include <cmath>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 using nivora::cs::CoordSystem;
@@ -19,6 +21,18 @@ using nivora::cs::CoordSystemPtr;
 using nivora::cs::CoordTransform;
 
 namespace {
+
+std::optional<double> epochOf(const CommandLine &line)
+{
+    if (!line.isSet("epoch"))
+        return std::nullopt;
+    bool ok = false;
+    const double years = line.value("epoch").toDouble(&ok);
+    if (!ok || !std::isfinite(years))
+        throw Failure(
+            QObject::tr("--epoch takes a decimal year such as 2024.5, not \"%1\"").arg(line.value("epoch")));
+    return years;
+}
 
 /// Bytes that are part of numbers or of the notation itself delimit nothing.
 std::string delimiterOf(const CommandLine &line)
@@ -90,8 +104,12 @@ int run(const CommandLine &line)
     const std::unique_ptr<FileFormat> format = formatOf(line, inverse ? *to : *from);
     const XyWriter writer = writerOf(line, inverse ? *from : *to);
 
-    const CoordTransform transform(from, to);
-    return StreamFilter(*format, writer, pointTransform(transform, inverse))
+    const CoordTransform transform(from, to, epochOf(line));
+    if (line.isSet("explain")) {
+        print(operationsText(inverse ? CoordTransform(to, from) : transform));
+        return Success;
+    }
+    return StreamFilter(*format, writer, pointTransform(transform, inverse, epochOf(line)))
         .run(line.arguments(), streamOptions(line));
 }
 
@@ -164,6 +182,11 @@ Examples:
             {"jobs", "N",
              QT_TRANSLATE_NOOP("QObject",
                                "Threads that work; all cores when not given. The output is the same.")},
+            {"explain", nullptr,
+             QT_TRANSLATE_NOOP("QObject",
+                               "Tell which operations are used and how good they are; no points are read.")},
+            {"epoch", "YEAR",
+             QT_TRANSLATE_NOOP("QObject", "When the points were measured, in decimal years.")},
             {"progress", nullptr,
              QT_TRANSLATE_NOOP("QObject", "Show a bar on stderr, when it is a terminal.")},
         },

@@ -3,6 +3,7 @@
 #include "CsText.h"
 #include "Output.h"
 #include "Session.h"
+#include "StoreCheck.h"
 
 #include <coordsys/UserCoordSystem.h>
 
@@ -95,12 +96,12 @@ int list(const CommandLine &line, const Session &session, const QString &)
     QJsonArray json;
     QString text;
     for (const UserCoordSystem::CsDataType &branch : loaded(session).data()) {
-        text += branch.name + QLatin1Char('\n');
+        text += branch.name.simplified() + QLatin1Char('\n');
         for (const Entry &entry : branch.entries) {
             const bool usable = entry.storedSystem() != nullptr;
             text += QStringLiteral("  %1\t%2%3\n")
-                        .arg(entry.description(), sourceText(entry.source()),
-                             usable ? QString() : QStringLiteral("\t(unusable)"));
+                        .arg(entry.description().simplified(), sourceText(entry.source()),
+                             usable ? QString() : QLatin1Char('\t') + QObject::tr("(unusable)"));
             json << QJsonObject{
                 {QStringLiteral("branch"), branch.name},
                 {QStringLiteral("type"), UserCoordSystem::sourceTypeToString(entry.source().type)},
@@ -113,10 +114,18 @@ int list(const CommandLine &line, const Session &session, const QString &)
     return Success;
 }
 
+/// An entry keeps the text as it was given, where that is in a notation that entries have.
+CoordSystem::SourceData sourceOf(const CoordSystem &cs, const QString &text)
+{
+    const CoordSystem::SourceData source = cs.sourceParameters();
+    const CoordSystem::SourceData given{source.type, text};
+    return given == source ? given : source;
+}
+
 int store(const CommandLine &line, const Session &session, const QString &text, bool mayReplace)
 {
-    const CoordSystem::SourceData source = readSource(text);
-    const CoordSystemPtr cs = makeSystem(session, source); // throws before anything is touched
+    const CoordSystemPtr cs = readSystem(session, text).system; // throws before anything is touched
+    const CoordSystem::SourceData source = sourceOf(*cs, text);
     const QString branch = branchOption(line);
     const StoreLock lock(session.userSystems());
     UserCoordSystem &systems = loaded(session);
@@ -144,22 +153,23 @@ int set(const CommandLine &line, const Session &session, const QString &text)
 
 /// Whether the command line's text means the entry: as "user list" shows it, so that an unusable entry can be
 /// named too, or in any other way that the program reads.
-std::function<bool(const CoordSystem::SourceData &)> meaning(const QString &text)
+std::function<bool(const CoordSystem::SourceData &)> meaning(const Session &session, const QString &text)
 {
+    CoordSystem::SourceData source;
     try {
-        return [text = text.simplified(), source = readSource(text)](const CoordSystem::SourceData &entry) {
-            return entry == source || sourceText(entry) == text;
-        };
-    } catch (const Failure &) {
-        return [text = text.simplified()](const CoordSystem::SourceData &entry) {
-            return sourceText(entry) == text;
-        };
+        source = readSystem(session, text).system->sourceParameters();
+    } catch (const std::exception &) {
+        source.type = CoordSystem::Unknown; // the text alone counts
     }
+    return [text = text.simplified(), source](const CoordSystem::SourceData &entry) {
+        const bool isSame = source.type != CoordSystem::Unknown && entry == source;
+        return isSame || sourceText(entry) == text;
+    };
 }
 
 int remove(const CommandLine &line, const Session &session, const QString &text)
 {
-    const auto isMeant = meaning(text);
+    const auto isMeant = meaning(session, text);
     const StoreLock lock(session.userSystems());
     UserCoordSystem &systems = loaded(session);
     bool found = false;
@@ -185,7 +195,7 @@ QString whyUnusable(const Session &session, const CoordSystem::SourceData &sourc
     if (source.type == CoordSystem::Unknown)
         return QObject::tr("the notation is not known");
     try {
-        makeSystem(session, source);
+        readSystem(session, sourceText(source));
     } catch (const std::exception &e) {
         return oneLine(QString::fromUtf8(e.what()));
     }
@@ -227,6 +237,8 @@ int check(const CommandLine &, const Session &session, const QString &)
             seen << Named{name, entry};
         }
     }
+    for (const QString &lost : lostBySave(filePath(session.userSystems())))
+        problems << QObject::tr("the next change drops what stands at %1").arg(lost);
     for (const QString &problem : qAsConst(problems))
         print(problem + QLatin1Char('\n'));
     print(QObject::tr("%1: %2 entries, %3 problems\n")
@@ -305,8 +317,9 @@ const Command &userCommand()
   user add CS      a new entry
   user set CS      replaces the description of an entry, or adds the entry
   user remove CS   takes an entry out of its branch, or of every branch
-  user check       looks for entries that make no system, for duplicates and for
-                   a file that cannot be read; the exit status is 1 for any of them
+  user check       looks for entries that make no system, for duplicates, for what the
+                   next change would drop, and for a file that cannot be read; the
+                   exit status is 1 for any of them
 Entries keep the text as it was given. A text that makes no system is refused, and
 the file stays as it was.
 
@@ -318,7 +331,7 @@ Examples:
         Command::AnyCount,
         {
             {"branch", "NAME",
-             QT_TRANSLATE_NOOP("QObject", "The branch of the entry, \"Catalogue\" when not given.")},
+             QT_TRANSLATE_NOOP("QObject", "The branch of the entry, \"Каталог\" when not given.")},
             {"description", "TEXT",
              QT_TRANSLATE_NOOP("QObject", "The name of the entry; that of the system when not given.")},
             {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "list: write a JSON array.")},

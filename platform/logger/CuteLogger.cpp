@@ -6,7 +6,7 @@ namespace {
 // Never destroyed: systems in a host's statics, and threads at work as the process ends, still ask for them.
 const QLoggingCategory &lines()
 {
-    static const QLoggingCategory &category = *new QLoggingCategory("nivora.cs", QtInfoMsg);
+    static const QLoggingCategory &category = *new QLoggingCategory("nivora.cs", QtWarningMsg);
     return category;
 }
 const QLoggingCategory &traceLines()

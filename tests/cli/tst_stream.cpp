@@ -367,7 +367,7 @@ private Q_SLOTS:
         QVERIFY(shell("<&-").isRefusal(QStringLiteral("cannot read standard input: Bad file descriptor")));
         const CliRun closed = shell("| head -n 1");
         QCOMPARE(closed.out, utm + '\n');
-        QCOMPARE(closed.err, QByteArray("nivora-cs: cannot write the output: Broken pipe\n"));
+        QCOMPARE(closed.err, QByteArray());
     }
 
     void decimals_data()

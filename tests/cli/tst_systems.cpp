@@ -124,23 +124,31 @@ private Q_SLOTS:
             row(name, words("transform --to 4326 --from") + QStringList(text), message);
         };
         const auto s = [](const char *text) { return QString::fromUtf8(text); };
-        cs("blank", s("  "), "Строка КС пустая");
-        cs("unknown code", s("epsg:999999"), "EPSG=999999");
-        cs("code with a letter", s("epsg:4326x"), "\"4326x\" is no EPSG code");
-        cs("code too large", s("99999999999"), "is no EPSG code");
-        cs("code 0", s("0"), "is no EPSG code");
+        cs("blank", s("  "), "is empty");
+        cs("unknown code", s("epsg:999999"), "no system EPSG:999999");
+        cs("code with a letter", s("epsg:4326x"), "Nearest: EPSG:4326 (WGS 84)");
+        cs("code too large", s("99999999999"), "no system EPSG:99999999999");
+        cs("code 0", s("0"), "no system EPSG:0");
         cs("unknown Oracle number", s("oracle:1"), "SRID=1");
         cs("Oracle number in letters", s("oracle:x"), "is no Oracle number");
-        cs("percent signs", s("+proj=%1 %2"), "Неверная строка КС +proj=%1 %2");
-        cs("no file", s("@/nowhere/x.prj"), "cannot read /nowhere/x.prj");
-        cs("a directory", s("@/"), "cannot read /");
-        cs("a file without end", s("@/dev/zero"), "too large");
-        cs("empty file", s("@/dev/null"), "Строка КС пустая");
+        cs("percent signs", s("+proj=%1 %2"), "Not a coordinate system +proj=%1 %2");
+        cs("no file", s("@/nowhere/x.prj"), "Cannot read the file /nowhere/x.prj: No such");
+        cs("a directory", s("@/"), "Cannot read the file /: This is not a file");
+        cs("a file without end", s("@/dev/zero"), "This is not a file");
+        writeFile(m_dir.filePath(s("empty.prj")), "\n");
+        cs("empty file", file(s("empty.prj")), "no text");
         // A message that quotes such a text stays one readable line.
         cs("long text", QStringLiteral("PROJCS[\"") + QString(100000, QLatin1Char('a')),
-           "Ошибка импорта из строки WKT");
+           "Cannot read the WKT text");
         row("no such command", words("foo"), "no command \"foo\"");
-        row("no such option", words("info --foo 1"), "Unknown option 'foo'");
+        row("no such option", words("info --foo 1"), "info has no option --foo");
+        row("another command's option", words("info --mesh 4326"), "info has no option --mesh");
+        row("another action's option", words("user list --branch a"), "user list has no option --branch");
+        row("one dash", words("transform -from 4326 --to 4326"), "--from instead of -from");
+        row("an option twice", words("info --language en --language ru 4326"), "--language is given twice");
+        row("a value for a switch", words("info --json=yes 4326"), "--json takes no value");
+        row("an option for a value", words("transform --from --to 4326"), "--from needs a value, and --to");
+        row("unknown format", words("info --format xml 4326"), "--format takes json, wkt1");
         row("no value", words("transform --to 1 --from"), "--from needs a value");
         row("option missing", words("transform --from 4326"), "needs --to");
         row("argument missing", words("info"), "expected 1, given 0");
@@ -168,7 +176,7 @@ private Q_SLOTS:
         const auto tryInfo = [&copy](const char *arguments) {
             return run(words(arguments) + QStringList{QStringLiteral("--resources"), copy.dir().path()});
         };
-        QVERIFY(tryInfo("info 4326 --language en").out.contains("EPSG code: 4326\n"));
+        QVERIFY(tryInfo("info 4326 --language en").out.contains("Code: EPSG:4326\n"));
         QVERIFY(tryInfo("info 4326 --language xx").isRefusal(QStringLiteral("projection_xx.xml")));
         copy.remove(QStringLiteral("OracleSRID.xml"));
         QVERIFY(tryInfo("info oracle:8307").isRefusal(QStringLiteral("OracleSRID.xml")));
@@ -189,26 +197,70 @@ private Q_SLOTS:
         QCOMPARE(value("unit")[QLatin1String("name")].toString(), QStringLiteral("m"));
         QCOMPARE(value("bounds").toArray().size(), 4);
         QCOMPARE(value("ellipsoid")[0].toDouble(), 6378245.0); // Krassovsky's
+        QCOMPARE(value("datum").toString(), QStringLiteral("Pulkovo 1942"));
         QVERIFY(value("unknown").toObject().isEmpty());
-        for (const char *form : {"prj", "proj", "wkt", "tagged"}) { // each reads back as the same system
+        for (const char *form :
+             {"prj", "proj", "wkt", "wkt2", "tagged"}) { // each reads back as the same system
             const QStringList to(value(form).toString());
             const CliRun again = run(words("transform --from 4326 --to") + to, lonLat);
             QVERIFY2(again.out == zone7, form + again.describe());
         }
         QVERIFY(value("mapHeader").toString().contains(QStringLiteral("datum=1001")));
+    }
 
-        // Nothing of a plan has a place on the earth; one line a fact all the same.
-        const QString plan = QStringLiteral("CoordSys NonEarth Units \"m\" Bounds (0, 0) (100, 50)");
-        const CliRun flat = run({QStringLiteral("info"), plan});
-        QVERIFY2(flat.status == 0 && flat.err.isEmpty() && flat.out.contains("\nEllipsoid (a b 1/f): -\n"),
-                 flat.describe());
-        QCOMPARE(flat.outLines().size(), run(words("info 4326")).outLines().size());
+    void page_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("shown");
+        QTest::addColumn<QByteArray>("missing"); // a line that would say what does not exist
+        const auto row = [](const char *name, const char *options, const QString &cs, const char *shown,
+                            const char *missing) {
+            QTest::newRow(name) << words(options) + QStringList(cs) << QByteArray(shown)
+                                << QByteArray(missing);
+        };
+        const auto s = [](const char *text) { return QString::fromUtf8(text); };
+        row("name, code, kind", "", s("32637"),
+            "Name: WGS 84 / UTM zone 37N\nCode: EPSG:32637\nKind: Projected (Transverse Mercator)\n",
+            "Affine");
+        row("a plan has no ellipsoid", "", s("CoordSys NonEarth Units \"m\" Bounds (0, 0) (100, 50)"),
+            "Kind: Plan without a place on the earth\n", "Ellipsoid");
+        row("a unit that nobody names", "", s("+proj=merc +ellps=WGS84 +to_meter=2.5"), "\nAssumed: The unit",
+            "\nUnit: ");
+        row("a height left out", "", s("7405"), "\nAssumed: ", "\nAffine");
+        row("a unit that is not known", "", s("Earth Projection 8, 104, \"zz\", 39, 0, 1, 7500000, 0"),
+            "\nAssumed: ", "\nCode:");
+        row("no datum", "", s("+proj=longlat +ellps=krass"), "\nAssumed: No datum", "\nDatum:");
+        row("Esri's names", "--format esri", s("28407"), "PROJCS[\"Pulkovo_1942_GK_Zone_7\"", "\n ");
+        row("what had no name gets one, one line", "--format wkt1", s("+proj=utm +zone=37 +ellps=krass"),
+            "PROJCS[\"+proj=utm", "unnamed");
+        row("with its code", "--format wkt2", s("32637"), "    ID[\"EPSG\",32637]]\n", "BOUNDCRS");
+        row("CoordSys as maps have it", "--format mapinfo", zone7Text, "CoordSys Earth Projection 8, 1001",
+            ":");
+        row("the scale on UTM's central meridian, by its definition", "--at 500000,0", s("32637"),
+            "meridian: 0.999600000\nScale along the parallel: 0.999600000\n", "Name");
+        row("the grid that is not installed", "--to 4326", s("27700"), "uk_os_OSTN15_NTv2_OSGBtoETRS.tif",
+            "Name");
+        row("Russian", "--language ru", s("28407"), "Вид: Прямоугольная", "Kind:");
+    }
+    void page()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, shown);
+        QFETCH(QByteArray, missing);
+        const CliRun done = run(words("info") + arguments);
+        QVERIFY2(done.status == 0 && done.err.isEmpty() && done.out.contains(shown) &&
+                     !done.out.contains(missing),
+                 done.describe());
+    }
 
-        // No unit has this factor: said where the unit would stand, the rest is there.
-        const CliRun odd =
-            run({QStringLiteral("info"), QStringLiteral("+proj=merc +ellps=WGS84 +to_meter=2.5")});
-        QVERIFY2(odd.status == 0 && odd.out.contains("\nUnit: - (") && odd.out.contains("\nPROJ: +proj=merc"),
-                 odd.describe());
+    /// One degree of the equator is pi/180 of the semi-major axis; east is 90 degrees from north.
+    void measure()
+    {
+        const CliRun done = run(words("measure --cs 4326"), "0 0\n1 0\n");
+        QVERIFY2(done.out.startsWith("Geodesic length: 111319.4908 m\nAzimuth at the start: 90.000000000"),
+                 done.describe());
+        QVERIFY(run(words("measure --cs 4326"), "0 0\n").isRefusal(QStringLiteral("two points")));
+        QVERIFY(run(words("measure --cs 4326"), "0 0\nx\n").isRefusal(QStringLiteral("line 2")));
     }
 
     void rect_data()

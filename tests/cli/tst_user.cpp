@@ -29,8 +29,7 @@ private Q_SLOTS:
 
         // The name that a user gave is the one the library uses.
         const CliRun info = run(words("info --user-dir") + QStringList{folder(), text});
-        QVERIFY2(QString::fromUtf8(info.out).contains(QStringLiteral("\nDescription: ") + name),
-                 info.describe());
+        QVERIFY2(QString::fromUtf8(info.out).startsWith(QStringLiteral("Name: ") + name), info.describe());
 
         QCOMPARE(user(words("set epsg:32637 --description Зона")).status, 0);
         QVERIFY(user(words("list")).out.endsWith("  Зона\tepsg:32637\n"));
@@ -59,8 +58,8 @@ private Q_SLOTS:
         const char *const good =
             R"(<coordsys><branch name="Каталог"><cs type="epsg" str="4326" desc="a"/></branch></coordsys>)";
         const char *const damaged = "<coordsys>\n<branch";
-        row("add what makes no system", good, "add +proj=nonsense", "Неверная строка КС");
-        row("set what makes no system", good, "set epsg:999999", "EPSG=999999");
+        row("add what makes no system", good, "add +proj=nonsense", "Not a coordinate system");
+        row("set what makes no system", good, "set epsg:999999", "EPSG:999999");
         row("add what is there", good, "add 4326", "already in the branch");
         row("remove what is not there", good, "remove 32637", "not among");
         row("add to a damaged file", damaged, "add 4326", "UserCoordSystem.xml:2:");
@@ -104,7 +103,7 @@ private Q_SLOTS:
         const CliRun found = user(words("check"));
         const QList<QByteArray> lines = found.outLines();
         QVERIFY2(found.status == 1 && lines.size() == 5, found.describe());
-        QVERIFY2(lines.at(0).startsWith("a: epsg:999999: ") && lines.at(0).contains("EPSG=999999"),
+        QVERIFY2(lines.at(0).startsWith("a: epsg:999999: ") && lines.at(0).contains("EPSG:999999"),
                  lines.at(0));
         QVERIFY2(lines.at(1).startsWith("a: unknown:1: "), lines.at(1));
         QCOMPARE(lines.at(2), QByteArray("b: epsg:4326: stands twice, also as a: epsg:4326"));
@@ -116,6 +115,16 @@ private Q_SLOTS:
         // An unusable entry goes by the name that the list shows.
         QCOMPARE(user(words("remove unknown:1")).status, 0);
         QCOMPARE(user(words("check")).outLines().size(), 4);
+
+        // What the next change would drop, and a line feed that would break the list.
+        write("<coordsys version='2'><branch name='a'><!-- mine -->"
+              "<cs type='epsg' str='4326' desc='o&#10;ne' x='1'><k/></cs>\n</branch><other/></coordsys>");
+        const CliRun dropped = user(words("check"));
+        QVERIFY2(dropped.status == 1 && dropped.outLines().size() == 6, dropped.describe());
+        for (const char *what : {"1:22: the attribute \"version\"", "a comment", "the attribute \"x\"",
+                                 "the element <k>", "the element <other>"})
+            QVERIFY2(dropped.out.contains(what), what);
+        QCOMPARE(user(words("list")).out, QByteArray("a\n  o ne\tepsg:4326\n"));
 
         write("no xml");
         const CliRun damaged = user(words("check"));

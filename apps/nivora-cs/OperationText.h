@@ -1,0 +1,14 @@
+#pragma once
+
+#include <coordsys/CoordTransform.h>
+
+#include <QString>
+
+/// The operations that PROJ uses for a transformation, the preferred one first: name, accuracy, area, grids.
+QString operationsText(const nivora::cs::CoordTransform &transform);
+
+/// How good the shift of a system to WGS 84 is, on one line; empty when nothing is known of it.
+QString shiftText(const nivora::cs::CoordSystem &system);
+
+/// A line for each code that resembles a system: code, confidence, name, separated by tabs.
+QString candidatesText(const nivora::cs::CoordSystem &system);
