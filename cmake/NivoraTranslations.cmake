@@ -27,5 +27,6 @@ endfunction()
 
 add_custom_target(update-translations
     COMMAND ${NIVORA_LUPDATE} -silent -no-obsolete -locations none coordsys -ts translations/nivora-cs_en.ts
+    COMMAND ${NIVORA_LUPDATE} -silent -no-obsolete -locations none widgets -ts translations/nivora-cs-widgets_en.ts
     COMMAND ${NIVORA_LUPDATE} -silent -no-obsolete -locations none apps -ts translations/nivora-cs-program_ru.ts
     WORKING_DIRECTORY ${PROJECT_SOURCE_DIR} VERBATIM)

@@ -1,55 +1,28 @@
 #include <coordsys/MapinfoSearch.h>
 
 #include <coordsys/MapinfoCoordSystem.h>
+#include <coordsys/ProjEngine.h>
 #include <coordsys/ProjLibMetadata.h>
+#include <coordsys/SearchWords_p.h>
 
 #include <QFile>
 #include <QHash>
+#include <QSet>
 
 #include <algorithm>
 #include <cmath>
 #include <functional>
-#include <limits>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace nivora::cs {
 namespace {
 
-/// Letters and digits as they are compared: accents dropped, case folded, everything else a blank, and a
-/// blank between letter and digit. UTF-8, with a blank before each word, so that " wo" finds the beginning of
-/// a word.
-std::string comparable(const QString &text)
-{
-    QString plain;
-    const QString parts = text.normalized(QString::NormalizationForm_KD);
-    plain.reserve(parts.size() + 1);
-    plain += QLatin1Char(' ');
-    QChar last = QLatin1Char(' ');
-    for (const QChar c : parts) {
-        if (c.isMark())
-            continue;
-        if ((last.isLetter() && c.isDigit()) || (last.isDigit() && c.isLetter()))
-            plain += QLatin1Char(' ');
-        plain += c.isLetterOrNumber() ? c : QLatin1Char(' ');
-        last = c;
-    }
-    return plain.simplified().prepend(QLatin1Char(' ')).toCaseFolded().toStdString();
-}
-
-std::vector<std::string> wordsOf(const QString &text)
-{
-    std::vector<std::string> words;
-    const QStringList parts =
-        QString::fromStdString(comparable(text)).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    for (const QString &part : parts)
-        words.push_back(part.toStdString());
-    return words;
-}
+using Hit = MapinfoSearch::Hit;
 
 /// Part of the sphere between two meridians and two parallels, as a share of it.
 double share(const QRectF &area)
@@ -66,6 +39,76 @@ bool holds(const QRectF &area, const QPointF &lonLat)
     return east <= area.width() || 360.0 - east < 1e-9;
 }
 
+/// "EPSG" says nothing beside a code, and nothing alone but that codes are meant.
+std::vector<std::string> queryWords(const QString &text)
+{
+    std::vector<std::string> words = wordsOf(text);
+    if (words.size() > 1)
+        words.erase(std::remove(words.begin(), words.end(), "epsg"), words.end());
+    return words;
+}
+
+/// The code that a query is, if it is nothing else.
+std::optional<int> codeOf(const SearchWords &words)
+{
+    constexpr std::size_t longestCode = 8;
+    const std::string &word = words.front().forms.front();
+    if (words.size() != 1 || !words.front().isNumber || word.size() > longestCode)
+        return std::nullopt;
+    return std::stoi(word);
+}
+
+/// A system of the database as a hit; nothing for a code that is no system.
+std::optional<Hit> registered(int code)
+{
+    try {
+        return Hit{{-1, -1}, {}, ProjLibMetadata().nameCrs(code, ProjLibMetadata::EPSG), code};
+    } catch (const ProjException &) {
+        return std::nullopt;
+    }
+}
+
+/// The hits as they come, each once, up to a limit.
+class Hits
+{
+public:
+    explicit Hits(int limit)
+        : m_limit(limit)
+    {}
+
+    void add(const Hit &hit)
+    {
+        const auto key = hit.isInCatalogue() ? hit.position : std::pair<int, int>(-1, hit.epsg);
+        if (!isFull() && m_known.insert(key).second)
+            m_list << hit;
+    }
+    bool isEmpty() const { return m_list.isEmpty(); }
+    bool isFull() const { return m_list.size() >= m_limit; }
+    const QVector<Hit> &list() const { return m_list; }
+
+private:
+    int m_limit;
+    QVector<Hit> m_list;
+    std::set<std::pair<int, int>> m_known;
+};
+
+/// The lines of a table: cells between tabs, comments left out. Nothing when it cannot be opened.
+std::optional<std::vector<QStringList>> rowsOf(const QFileInfo &info)
+{
+    QFile file(info.absoluteFilePath());
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    std::vector<QStringList> rows;
+    while (!file.atEnd()) {
+        QString line = QString::fromUtf8(file.readLine());
+        while (line.endsWith(QLatin1Char('\n')) || line.endsWith(QLatin1Char('\r')))
+            line.chop(1);
+        if (!line.isEmpty() && !line.startsWith(QLatin1Char('#')))
+            rows.push_back(line.split(QLatin1Char('\t')));
+    }
+    return rows;
+}
+
 } // namespace
 
 struct NIVORA_CS_NO_EXPORT MapinfoSearch::Data
@@ -76,11 +119,18 @@ struct NIVORA_CS_NO_EXPORT MapinfoSearch::Data
         std::string name;     ///< comparable, a line for each language
         std::string category; ///< likewise
         std::string code;     ///< digits, empty for none
+        int area = -1;        ///< in areaTexts, once they are loaded
     };
-    struct Place
+    struct Named
     {
         std::vector<std::string> words; ///< comparable, of one name
-        QPointF lonLat;
+        std::size_t index;              ///< into places or aliases
+    };
+    struct Alias
+    {
+        QVector<int> codes;
+        std::vector<std::string> words;
+        QString remarks[2]; ///< Russian, English
     };
     struct Area
     {
@@ -89,19 +139,37 @@ struct NIVORA_CS_NO_EXPORT MapinfoSearch::Data
         std::size_t entry;
     };
 
-    /// How a text of words meets an entry.
-    enum Match { None, Held, Begun, Coded };
-    static Match match(const Entry &entry, const std::vector<std::string> &words);
-    const Place *placeIn(const std::vector<std::string> &words) const;
-    QVector<Hit> at(const QPointF &lonLat, const std::vector<std::string> &words, int limit);
+    /// How a query meets an entry; the better the later.
+    enum Match { None, Held, Begun, Coded, Exact };
+    static Match match(const Entry &entry, const SearchWords &words);
+    static std::vector<const Named *> namesIn(const std::vector<Named> &names, const SearchWords &words);
+    static SearchWords without(SearchWords words, const Named &name);
+
+    void search(const SearchWords &words, Hits &hits);
+    void addNamed(const SearchWords &words, Match least, Match most, Hits &hits) const;
+    void addAliased(const SearchWords &words, Hits &hits) const;
+    void addPlace(const SearchWords &words, Hits &hits);
+    void addRegion(const SearchWords &words, Hits &hits);
+    void addAt(const QPointF &lonLat, const SearchWords &words, Hits &hits);
+    void addCode(int code, const SearchWords &words, Hits &hits) const;
+    std::vector<SearchWords> reworded(const SearchWords &words) const;
+    SearchWords corrected(const SearchWords &words);
+    const QSet<QString> &knownWords();
+    const std::vector<Area> &knownAreas();
+    void loadAreas();
 
     QList<CoordSystemParamsList> categories;
     std::vector<Entry> entries;
-    std::vector<Place> places;
+    QHash<int, std::size_t> byCode; ///< the first entry
+    std::vector<QPointF> places;
+    std::vector<Named> placeNames;
+    std::vector<Alias> aliases;
+    std::vector<Named> aliasNames;
     std::once_flag areasOnce;
     std::vector<Area> areas; ///< smallest first
-
-    void loadAreas();
+    std::vector<std::string> areaTexts;
+    std::mutex vocabularyLock;
+    QSet<QString> vocabulary; ///< under vocabularyLock; empty when it has to be collected
 };
 
 MapinfoSearch::MapinfoSearch(const MapinfoCoordSystem &catalogue)
@@ -114,6 +182,8 @@ MapinfoSearch::MapinfoSearch(const MapinfoCoordSystem &catalogue)
         for (int index = 0; index < list.entries.size(); ++index) {
             const CoordSystemParams &params = list.entries.at(index);
             const bool coded = params.epsg() != CoordSystemTypes::EPSG_UNDEFINDED;
+            if (coded && !m_data->byCode.contains(params.epsg()))
+                m_data->byCode.insert(params.epsg(), m_data->entries.size());
             m_data->entries.push_back({{{category, index}, list.name, params.name(), params.epsg()},
                                        comparable(params.name()),
                                        categoryText,
@@ -138,104 +208,276 @@ void MapinfoSearch::addNames(const MapinfoCoordSystem &otherLanguage)
         entry.name += '\n' + comparable(other.name());
         entry.category += '\n' + comparable(theirs.at(category).name);
     }
+    m_data->vocabulary.clear();
 }
 
 int MapinfoSearch::loadPlaces(const QFileInfo &file)
 {
-    QFile source(file.absoluteFilePath());
-    if (!source.open(QIODevice::ReadOnly))
-        return -1;
+    const auto rows = rowsOf(file);
     int count = 0;
-    while (!source.atEnd()) {
-        const QStringList cells = QString::fromUtf8(source.readLine()).split(QLatin1Char('\t'));
+    for (const QStringList &cells : rows.value_or(std::vector<QStringList>())) {
         bool isLon = false;
         bool isLat = false;
         const QPointF lonLat(cells.value(0).toDouble(&isLon), cells.value(1).toDouble(&isLat));
         if (cells.size() != 3 || !isLon || !isLat)
             continue;
         ++count;
-        const QStringList names = cells.at(2).split(QLatin1Char(';'));
-        for (const QString &name : names) {
-            std::vector<std::string> words = wordsOf(name);
-            if (!words.empty())
-                m_data->places.push_back({std::move(words), lonLat});
-        }
+        for (const QString &name : cells.at(2).split(QLatin1Char(';')))
+            if (std::vector<std::string> words = wordsOf(name); !words.empty())
+                m_data->placeNames.push_back({std::move(words), m_data->places.size()});
+        m_data->places.push_back(lonLat);
     }
-    return count;
+    m_data->vocabulary.clear();
+    return rows ? count : -1;
 }
 
-MapinfoSearch::Data::Match MapinfoSearch::Data::match(const Entry &entry,
-                                                      const std::vector<std::string> &words)
+int MapinfoSearch::loadAliases(const QFileInfo &file)
+{
+    constexpr int columns = 5;
+    const auto rows = rowsOf(file);
+    int count = 0;
+    for (const QStringList &cells : rows.value_or(std::vector<QStringList>())) {
+        if (cells.size() != columns)
+            continue;
+        ++count;
+        for (const QString &name : cells.at(0).split(QLatin1Char(';')))
+            if (std::vector<std::string> words = wordsOf(name); !words.empty())
+                m_data->aliasNames.push_back({std::move(words), m_data->aliases.size()});
+        Data::Alias alias{{}, wordsOf(cells.at(2)), {cells.at(3), cells.at(4)}};
+        for (const QString &code : cells.at(1).split(QLatin1Char(';'), Qt::SkipEmptyParts))
+            alias.codes << code.toInt();
+        m_data->aliases.push_back(std::move(alias));
+    }
+    m_data->vocabulary.clear();
+    return rows ? count : -1;
+}
+
+MapinfoSearch::Data::Match MapinfoSearch::Data::match(const Entry &entry, const SearchWords &words)
 {
     bool coded = false;
     bool begun = true;
-    for (const std::string &word : words) {
-        const bool isCode = !entry.code.empty() && entry.code == word;
+    for (const SearchWord &word : words) {
+        const bool isCode = !entry.code.empty() && word.is(entry.code);
         coded = coded || isCode;
-        const std::size_t inName = entry.name.find(word);
-        if (!isCode && inName == std::string::npos && entry.category.find(word) == std::string::npos &&
-            entry.code.find(word) == std::string::npos)
+        if (!isCode && !word.isIn(entry.name) && !word.isIn(entry.category))
             return None;
-        begun = begun && inName != std::string::npos && entry.name.find(' ' + word) != std::string::npos;
+        begun = begun && word.begins(entry.name);
     }
-    return coded ? Coded : begun ? Begun : Held;
+    if (coded || !begun)
+        return coded ? Coded : Held;
+    std::string whole = " ";
+    for (const SearchWord &word : words)
+        whole += word.forms.front() + ' ';
+    const bool exact = ('\n' + entry.name + '\n').find('\n' + whole + '\n') != std::string::npos;
+    return exact ? Exact : Begun;
 }
 
-/// The town with the longest name of which the text holds every word.
-const MapinfoSearch::Data::Place *MapinfoSearch::Data::placeIn(const std::vector<std::string> &words) const
+/// The names of which the query holds every word, the longest first.
+std::vector<const MapinfoSearch::Data::Named *> MapinfoSearch::Data::namesIn(const std::vector<Named> &names,
+                                                                             const SearchWords &words)
 {
-    const Place *longest = nullptr;
-    for (const Place &place : places) {
-        const bool all = std::all_of(place.words.begin(), place.words.end(), [&](const std::string &word) {
-            return std::find(words.begin(), words.end(), word) != words.end();
+    std::vector<const Named *> found;
+    for (const Named &name : names) {
+        const bool all = std::all_of(name.words.begin(), name.words.end(), [&](const std::string &word) {
+            return std::any_of(words.begin(), words.end(), [&](const SearchWord &w) { return w.is(word); });
         });
-        if (all && (!longest || place.words.size() > longest->words.size()))
-            longest = &place;
+        if (all)
+            found.push_back(&name);
     }
-    return longest;
+    std::stable_sort(found.begin(), found.end(),
+                     [](const Named *a, const Named *b) { return a->words.size() > b->words.size(); });
+    return found;
 }
 
-QVector<MapinfoSearch::Hit> MapinfoSearch::find(const QString &text, int limit) const
+SearchWords MapinfoSearch::Data::without(SearchWords words, const Named &name)
 {
-    std::vector<std::string> words = wordsOf(text);
+    const auto isOfName = [&name](const SearchWord &word) {
+        return std::any_of(name.words.begin(), name.words.end(),
+                           [&word](const std::string &part) { return word.is(part); });
+    };
+    words.erase(std::remove_if(words.begin(), words.end(), isOfName), words.end());
+    return words;
+}
+
+void MapinfoSearch::Data::addNamed(const SearchWords &words, Match least, Match most, Hits &hits) const
+{
+    std::map<Match, std::vector<const Entry *>, std::greater<>> groups;
+    for (const Entry &entry : entries)
+        if (const Match found = match(entry, words); found >= least && found <= most)
+            groups[found].push_back(&entry);
+    for (const auto &[found, group] : groups)
+        for (const Entry *entry : group)
+            hits.add(entry->hit);
+}
+
+/// The system of a code, if the words fit it.
+void MapinfoSearch::Data::addCode(int code, const SearchWords &words, Hits &hits) const
+{
+    const auto known = byCode.constFind(code);
+    if (known != byCode.constEnd()) {
+        if (match(entries[*known], words) != None)
+            hits.add(entries[*known].hit);
+        return;
+    }
+    const std::optional<Hit> system = registered(code);
+    const std::string name = system ? comparable(system->name) : std::string();
+    const bool fits =
+        std::all_of(words.begin(), words.end(), [&name](const SearchWord &w) { return w.isIn(name); });
+    if (system && fits)
+        hits.add(*system);
+}
+
+/// The query in the catalogue's own words.
+std::vector<SearchWords> MapinfoSearch::Data::reworded(const SearchWords &words) const
+{
+    std::vector<SearchWords> result;
+    for (const Named *name : namesIn(aliasNames, words)) {
+        const std::vector<std::string> &instead = aliases[name->index].words;
+        if (instead.empty())
+            continue;
+        result.push_back(without(words, *name));
+        for (const std::string &word : instead)
+            result.back().emplace_back(word);
+    }
+    return result;
+}
+
+void MapinfoSearch::Data::addAliased(const SearchWords &words, Hits &hits) const
+{
+    for (const Named *name : namesIn(aliasNames, words))
+        for (const int code : aliases[name->index].codes)
+            addCode(code, without(words, *name), hits);
+    for (const SearchWords &instead : reworded(words))
+        addNamed(instead, Held, Exact, hits);
+}
+
+/// The towns of a query, those with the longest name first.
+void MapinfoSearch::Data::addPlace(const SearchWords &words, Hits &hits)
+{
+    const std::vector<const Named *> names = namesIn(placeNames, words);
+    if (!names.empty() && !hits.isFull())
+        addAt(places[names.front()->index], without(words, *names.front()), hits);
+}
+
+/// Countries and regions: words that neither name nor category holds stand in the area of use.
+void MapinfoSearch::Data::addRegion(const SearchWords &words, Hits &hits)
+{
+    const bool onlyNumbers =
+        std::all_of(words.begin(), words.end(), [](const SearchWord &w) { return w.isNumber; });
+    if (onlyNumbers || hits.isFull())
+        return;
+    (void)knownAreas();
+    std::vector<std::vector<bool>> inArea; // for each word whether an area's text holds it
+    for (const SearchWord &word : words) {
+        std::vector<bool> held;
+        for (const std::string &text : areaTexts)
+            held.push_back(!word.isNumber && word.begins(text));
+        inArea.push_back(std::move(held));
+    }
+    for (const Entry &entry : entries) {
+        bool fits = entry.area >= 0;
+        for (std::size_t i = 0; fits && i < words.size(); ++i)
+            fits = inArea[i][static_cast<std::size_t>(entry.area)] || words[i].isIn(entry.name) ||
+                   words[i].isIn(entry.category);
+        if (fits)
+            hits.add(entry.hit);
+    }
+}
+
+void MapinfoSearch::Data::search(const SearchWords &words, Hits &hits)
+{
+    addNamed(words, Coded, Exact, hits);
+    if (const std::optional<int> code = codeOf(words); code && !byCode.contains(*code))
+        addCode(*code, {}, hits);
+    addAliased(words, hits);
+    addNamed(words, Held, Begun, hits);
+    addPlace(words, hits);
+    addRegion(words, hits);
+    for (const SearchWords &instead : reworded(words))
+        addRegion(instead, hits);
+}
+
+const QSet<QString> &MapinfoSearch::Data::knownWords()
+{
+    const std::lock_guard<std::mutex> lock(vocabularyLock);
+    if (!vocabulary.isEmpty())
+        return vocabulary;
+    const auto take = [this](const std::string &text) {
+        for (const QString &word : QString::fromStdString(text).split(QLatin1Char(' '), Qt::SkipEmptyParts))
+            vocabulary.insert(word.trimmed());
+    };
+    for (const Entry &entry : entries) {
+        take(entry.name);
+        take(entry.category);
+    }
+    for (const std::vector<Named> *names : {&placeNames, &aliasNames})
+        for (const Named &name : *names)
+            std::for_each(name.words.begin(), name.words.end(), take);
+    (void)knownAreas();
+    std::for_each(areaTexts.begin(), areaTexts.end(), take);
+    return vocabulary;
+}
+
+/// The words in every spelling that a slip of the hand may have changed; the words themselves when none fits.
+SearchWords MapinfoSearch::Data::corrected(const SearchWords &words)
+{
+    SearchWords result = words;
+    const QSet<QString> &known = knownWords();
+    for (SearchWord &word : result) {
+        const QString typed = QString::fromStdString(word.forms.front());
+        if (word.isNumber)
+            continue;
+        for (const QString &candidate : known)
+            if (isSlipOf(typed, candidate))
+                word.addForm(candidate.toStdString());
+    }
+    return result;
+}
+
+QVector<Hit> MapinfoSearch::find(const QString &text, int limit) const
+{
+    const SearchWords words = searchWords(queryWords(text));
     if (words.empty() || limit < 1)
         return {};
-    std::map<Data::Match, std::vector<const Data::Entry *>, std::greater<>> groups;
-    for (const Data::Entry &entry : m_data->entries)
-        if (const Data::Match match = Data::match(entry, words))
-            groups[match].push_back(&entry);
-    QVector<Hit> hits;
-    std::set<std::pair<int, int>> known;
-    for (const auto &[match, entries] : groups)
-        for (const Data::Entry *entry : entries)
-            if (hits.size() < limit && known.insert(entry->hit.position).second)
-                hits << entry->hit;
-    const Data::Place *place = hits.size() < limit ? m_data->placeIn(words) : nullptr;
-    if (!place)
-        return hits;
-    for (const std::string &word : place->words)
-        words.erase(std::remove(words.begin(), words.end(), word), words.end());
-    const QVector<Hit> there = m_data->at(place->lonLat, words, std::numeric_limits<int>::max());
-    for (const Hit &hit : there)
-        if (hits.size() < limit && known.insert(hit.position).second)
-            hits << hit;
-    return hits;
+    Hits hits(limit);
+    m_data->search(words, hits);
+    if (hits.isEmpty() && remark(text, {}).isEmpty())
+        m_data->search(m_data->corrected(words), hits);
+    return hits.list();
+}
+
+QString MapinfoSearch::remark(const QString &text, const QString &language) const
+{
+    const bool english = !language.startsWith(QLatin1String("ru"));
+    for (const Data::Named *name : Data::namesIn(m_data->aliasNames, searchWords(wordsOf(text))))
+        if (const QString &remark = m_data->aliases[name->index].remarks[english]; !remark.isEmpty())
+            return remark;
+    return {};
 }
 
 void MapinfoSearch::Data::loadAreas()
 {
-    QHash<QString, QRectF> known;
+    struct Known
+    {
+        QRectF rect;
+        int text;
+    };
+    QHash<QString, Known> known;
     const ProjLibMetadata::ProjectionCatalog catalog =
         ProjLibMetadata().listProjections(ProjLibMetadata::EPSG);
-    for (const auto &systems : catalog)
-        for (const ProjLibMetadata::ProjectionInfo &info : systems)
-            if (!info.rect.isNull())
-                known.insert(info.id, info.rect);
+    for (auto area = catalog.constBegin(); area != catalog.constEnd(); ++area) {
+        for (const ProjLibMetadata::ProjectionInfo &info : area.value())
+            known.insert(info.id, {info.rect, static_cast<int>(areaTexts.size())});
+        areaTexts.push_back(comparable(area.key()));
+    }
     for (std::size_t i = 0; i < entries.size(); ++i) {
         const auto found = known.constFind(QStringLiteral("EPSG:%1").arg(entries[i].hit.epsg));
         if (found == known.constEnd())
             continue;
-        QRectF rect = *found;
+        entries[i].area = found->text;
+        QRectF rect = found->rect;
+        if (rect.isNull())
+            continue;
         if (rect.width() < 0.0)
             rect.setWidth(rect.width() + 360.0); // across the 180th meridian
         areas.push_back({share(rect), rect, i});
@@ -244,24 +486,25 @@ void MapinfoSearch::Data::loadAreas()
                      [](const Area &a, const Area &b) { return a.share < b.share; });
 }
 
-/// Entries in use at a place that hold all of the words, of which there may be none.
-QVector<MapinfoSearch::Hit> MapinfoSearch::Data::at(const QPointF &lonLat,
-                                                    const std::vector<std::string> &words, int limit)
+const std::vector<MapinfoSearch::Data::Area> &MapinfoSearch::Data::knownAreas()
 {
     std::call_once(areasOnce, [this] { loadAreas(); });
-    QVector<Hit> hits;
-    for (const Area &area : areas) {
-        if (hits.size() >= limit)
-            break;
-        if (holds(area.rect, lonLat) && match(entries[area.entry], words) != None)
-            hits << entries[area.entry].hit;
-    }
-    return hits;
+    return areas;
 }
 
-QVector<MapinfoSearch::Hit> MapinfoSearch::at(const QPointF &lonLat, int limit) const
+/// Entries in use at a place that hold all of the words, of which there may be none.
+void MapinfoSearch::Data::addAt(const QPointF &lonLat, const SearchWords &words, Hits &hits)
 {
-    return m_data->at(lonLat, {}, limit);
+    for (const Area &area : knownAreas())
+        if (!hits.isFull() && holds(area.rect, lonLat) && match(entries[area.entry], words) != None)
+            hits.add(entries[area.entry].hit);
+}
+
+QVector<Hit> MapinfoSearch::at(const QPointF &lonLat, int limit) const
+{
+    Hits hits(limit);
+    m_data->addAt(lonLat, {}, hits);
+    return hits.list();
 }
 
 } // namespace nivora::cs

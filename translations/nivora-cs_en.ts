@@ -449,5 +449,37 @@
         <source>Корневой элемент &lt;%1&gt; не из файла систем координат</source>
         <translation>The root element &lt;%1&gt; is not that of a file of coordinate systems</translation>
     </message>
+    <message>
+        <source>Не могу подготовить поиск систем: %1</source>
+        <translation>Cannot prepare the search for systems: %1</translation>
+    </message>
+    <message>
+        <source>Мои системы</source>
+        <translation>My systems</translation>
+    </message>
+    <message>
+        <source>Недавние</source>
+        <translation>Recently used</translation>
+    </message>
+    <message>
+        <source>Каталог MapInfo</source>
+        <translation>MapInfo catalogue</translation>
+    </message>
+    <message>
+        <source>База EPSG</source>
+        <translation>EPSG database</translation>
+    </message>
+    <message>
+        <source>Название</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>Код EPSG</source>
+        <translation>EPSG code</translation>
+    </message>
+    <message>
+        <source>Раздел</source>
+        <translation>Section</translation>
+    </message>
 </context>
 </TS>

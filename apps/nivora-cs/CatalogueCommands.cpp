@@ -122,34 +122,53 @@ void addWhatUsersType(MapinfoSearch &search, const CoordSysFactory &factory)
         search.addNames(names);
     }
     search.loadPlaces(QFileInfo(factory.resourceDir(), QStringLiteral("places.tsv")));
+    search.loadAliases(QFileInfo(factory.resourceDir(), QStringLiteral("aliases.tsv")));
+}
+
+/// The entry's CoordSys string, or that of the database's system; empty when it has none.
+QString prjOf(const CoordSysFactory &factory, const MapinfoSearch::Hit &hit)
+{
+    if (hit.isInCatalogue())
+        return factory.mapinfoCoordSystem()->getStrMB(hit.position.first, hit.position.second);
+    try {
+        return factory.createFromEpsg(hit.epsg)->prjStr();
+    } catch (const std::exception &) {
+        return {};
+    }
+}
+
+QJsonObject hitJson(const MapinfoSearch::Hit &hit, const QString &prj)
+{
+    QJsonObject object{{QStringLiteral("name"), hit.name},
+                       {QStringLiteral("category"), hit.category},
+                       {QStringLiteral("coordsys"), prj}};
+    if (hit.epsg != CoordSystem::EPSG_UNDEFINDED)
+        object.insert(QStringLiteral("epsg"), hit.epsg);
+    return object;
 }
 
 int runFind(const CommandLine &line)
 {
-    if (line.arguments().join(QString()).trimmed().isEmpty() && !line.isSet("at"))
+    const QString words = line.arguments().join(QLatin1Char(' '));
+    if (words.trimmed().isEmpty() && !line.isSet("at"))
         throw Failure(QObject::tr("find needs words or --at LON,LAT"));
     constexpr int fewEnoughToRead = 50;
     const int limit = line.number("limit", 1, 1 << 20, fewEnoughToRead);
     const Session session(line);
-    const auto catalogue = session.factory().mapinfoCoordSystem();
-    MapinfoSearch search(*catalogue);
+    MapinfoSearch search(*session.factory().mapinfoCoordSystem());
     addWhatUsersType(search, session.factory());
     QString text;
     QJsonArray list;
     const QVector<MapinfoSearch::Hit> hits = hitsOf(line, search, limit);
     for (const MapinfoSearch::Hit &hit : hits) {
-        const QString prj = catalogue->getStrMB(hit.position.first, hit.position.second);
+        const QString prj = prjOf(session.factory(), hit);
         text += entryLine(hit.epsg, hit.name, prj);
-        QJsonObject object{{QStringLiteral("name"), hit.name},
-                           {QStringLiteral("category"), hit.category},
-                           {QStringLiteral("coordsys"), prj}};
-        if (hit.epsg != CoordSystem::EPSG_UNDEFINDED)
-            object.insert(QStringLiteral("epsg"), hit.epsg);
-        list.append(object);
+        list.append(hitJson(hit, prj));
     }
     print(line.isSet("json") ? QString::fromUtf8(QJsonDocument(list).toJson()) : text);
-    if (hits.isEmpty())
-        complain(QObject::tr("nothing found"));
+    const QString remark = search.remark(words, session.factory().language());
+    if (hits.isEmpty() || !remark.isEmpty())
+        complain(remark.isEmpty() ? QObject::tr("nothing found") : remark);
     return hits.isEmpty() ? SomeFailed : Success;
 }
 
@@ -189,12 +208,15 @@ const Command &findCommand()
         "find",
         "[options] WORDS...",
         "Named systems by words, code or place.",
-        R"(A system is found when its name, category or EPSG code holds all words, in any
-order and in either language; letter case and accents do not count, and the
-system with just that code comes first. A town among the words adds the systems in
-use there. --at finds the systems whose area of use holds a place, the smallest
-area first. A line each: EPSG code or "-", name, CoordSys string, separated by
-tabs. The exit status is 1 when nothing was found.
+        R"(A system is found when its name or category holds all words, in any order and in
+either language; letter case and accents do not count. A number is a whole EPSG
+code or a whole number in a name. The system of just that name or code comes
+first, also a code that the catalogue does not have. What people say for systems
+(google, swiss, lambert 93), towns and countries are known too, and one slip of
+the hand is forgiven in each word when nothing else is found. --at finds the systems whose
+area of use holds a place, the smallest area first. A line each: EPSG code or
+"-", name, CoordSys string, separated by tabs. The exit status is 1 when nothing
+was found.
 
 Examples:
   nivora-cs find 32637

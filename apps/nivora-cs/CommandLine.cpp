@@ -2,8 +2,8 @@
 
 #include "CsText.h"
 #include "Messages.h"
+#include "NumberText.h"
 #include "Output.h"
-#include "PointText.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -99,6 +99,10 @@ int CommandLine::parseOption(const QStringList &arguments, int place)
         throw Failure(QObject::tr("%1 takes no value").arg(name) + seeHelp());
     if (hasValue) {
         value = argument.mid(name.size() + 1);
+    } else if (found.bareValue && m_command.argumentCount == Command::AnyCount &&
+               isCount(arguments.value(place + 1))) {
+        value = arguments.at(place + 1);
+        return place + 1;
     } else if (found.bareValue) {
         value = text(found.bareValue);
         m_bareOption = text(found.name);

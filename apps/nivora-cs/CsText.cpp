@@ -1,8 +1,8 @@
 #include "CsText.h"
 
 #include "CommandLine.h"
+#include "NumberText.h"
 #include "Output.h"
-#include "PointText.h"
 #include "Session.h"
 
 #include <QFile>
@@ -13,7 +13,8 @@
 using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
 
-const char *const coordSystemHelp = QT_TRANSLATE_NOOP("QObject", R"(CS is a coordinate system in one of these notations; a tag may stand before it:
+const char *const coordSystemHelp = QT_TRANSLATE_NOOP(
+    "QObject", R"(CS is a coordinate system in one of these notations; a tag may stand before it:
   32637                 EPSG code; also epsg:32637
   oracle:8307           Oracle Spatial number
   '+proj=utm +zone=37'  PROJ string; also proj:... or proj4:...
@@ -144,7 +145,7 @@ int fittingDecimals(const CoordSystem &cs)
         if (!(metres > 0.0))
             return forUnnamedUnit;
         const double decimals = std::ceil(std::log10(metres / resolutionM) - 1e-9);
-        return static_cast<int>(qBound(0.0, decimals, static_cast<double>(XyWriter::MostDecimals)));
+        return static_cast<int>(qBound(0.0, decimals, static_cast<double>(mostDecimals)));
     } catch (const std::logic_error &) {
         return forUnnamedUnit;
     }

@@ -4,14 +4,19 @@
 
 #include <coordsys/CoordSystem.h>
 
-#include <QLocale>
 #include <QObject>
 
 using namespace nivora::cs;
 
 namespace {
 
-QString number(double value) { return QString::number(value, 'g', QLocale::FloatingPointShortest); }
+/// Twelve digits: databases keep sexagesimal angles as fractions, whose last digits tell nothing.
+QString number(double value)
+{
+    constexpr int digits = 12;
+    const QString shortest = QString::number(value, 'g', digits);
+    return shortest.contains(QLatin1Char('e')) ? QString::number(value, 'f', 0) : shortest;
+}
 
 /// "36° … 42°, 0° … 84°"
 QString degreesText(const QRectF &area)
@@ -74,7 +79,8 @@ QString shiftLine(const CoordSystem &cs, const SystemInfo &)
 QString boundsLine(const CoordSystem &cs, const SystemInfo &)
 {
     const QRectF rect = cs.rectNumericCoordSys();
-    if (rect.isNull())
+    const bool areEverything = cs.isLatLong() && !cs.isRectSet(); // a rectangle that no angle reaches
+    if (rect.isNull() || areEverything)
         return {};
     const QString corners =
         QStringLiteral("%1 %2 … %3 %4")

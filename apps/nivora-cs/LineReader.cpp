@@ -3,6 +3,7 @@
 #include "Output.h"
 
 #include <QByteArray>
+#include <QObject>
 
 #include <algorithm>
 #include <cerrno>
@@ -21,7 +22,7 @@ bool isStandardInput(const QString &fileName) { return fileName == QLatin1String
 
 [[noreturn]] void throwUnreadable(const QString &fileName, int error)
 {
-    throw Failure(QStringLiteral("cannot read %1: %2")
+    throw Failure(QObject::tr("cannot read %1: %2")
                       .arg(isStandardInput(fileName) ? QStringLiteral("standard input") : fileName,
                            systemMessage(error)));
 }
@@ -39,11 +40,46 @@ int openFile(const QString &fileName)
 
 } // namespace
 
-LineReader::LineReader(const QString &fileName)
+Interrupt::Interrupt()
+{
+    if (::pipe2(m_pipe.data(), O_CLOEXEC) != 0)
+        throw Failure(QObject::tr("cannot make a pipe: %1").arg(systemMessage(errno)));
+}
+
+Interrupt::~Interrupt()
+{
+    for (const int descriptor : m_pipe)
+        ::close(descriptor);
+}
+
+void Interrupt::raise() const
+{
+    const auto written = ::write(m_pipe[1], "", 1);
+    static_cast<void>(written); // a full pipe was raised before
+}
+
+bool Interrupt::wait(int descriptor) const
+{
+    std::array<pollfd, 2> ready{{{descriptor, POLLIN, 0}, {m_pipe[0], POLLIN, 0}}};
+    while (::poll(ready.data(), ready.size(), -1) < 0 && (errno == EINTR || errno == EAGAIN))
+        ;
+    return ready[1].revents == 0;
+}
+
+void Chunk::reserve(std::size_t size, std::size_t kept)
+{
+    if (size <= m_capacity)
+        return;
+    m_capacity = 2 * size;
+    std::unique_ptr<char[]> larger(new char[m_capacity]);
+    std::copy_n(m_buffer.get(), kept, larger.get());
+    m_buffer = std::move(larger);
+}
+
+LineReader::LineReader(const QString &fileName, const Interrupt &interrupt)
     : m_fileName(fileName)
+    , m_interrupt(interrupt)
     , m_descriptor(openFile(fileName))
-    , m_capacity(2 * readSize)
-    , m_buffer(std::make_unique<char[]>(m_capacity))
 {}
 
 LineReader::~LineReader()
@@ -52,78 +88,117 @@ LineReader::~LineReader()
         ::close(m_descriptor);
 }
 
-LineReader::Chunk LineReader::next()
+void LineReader::setQuotes(std::string_view delimiters) { m_quoteDelimiters = delimiters; }
+
+bool LineReader::next(Chunk &chunk, Amount amount)
 {
-    std::size_t searched = m_begin; // no line end before this
+    chunk.oversized = false;
+    chunk.reserve(m_rest.size() + readSize, 0);
+    std::size_t size = m_rest.copy(chunk.m_buffer.get(), m_rest.size());
     for (;;) {
-        const void *last = ::memrchr(m_buffer.get() + searched, '\n', m_end - searched);
-        if (last)
-            return take(static_cast<std::size_t>(static_cast<const char *>(last) - m_buffer.get()) + 1);
-        if (m_end - m_begin > LongestLine)
-            return skipLine();
-        const std::size_t kept = m_end - m_begin;
-        makeRoom();
-        searched = m_begin + kept;
-        if (!fill())
-            return take(m_end);
+        if (const std::size_t end = findEnd(chunk.m_buffer.get(), size, amount))
+            return take(chunk, size, end);
+        if (m_atEnd)
+            return take(chunk, size, size);
+        if (size > LongestLine)
+            return skipLine(chunk);
+        chunk.reserve(size + readSize, size);
+        size += fill(chunk.m_buffer.get() + size);
     }
 }
 
-LineReader::Chunk LineReader::take(std::size_t end)
+/// Hands out what lies before \p end and keeps the rest.
+bool LineReader::take(Chunk &chunk, std::size_t size, std::size_t end)
 {
-    std::string_view text(m_buffer.get() + m_begin, end - m_begin);
-    m_begin = end;
-    if (m_atStart && text.substr(0, byteOrderMark.size()) == byteOrderMark)
-        text.remove_prefix(byteOrderMark.size());
+    m_rest.assign(chunk.m_buffer.get() + end, size - end);
+    m_searched = m_searched < end ? 0 : m_searched - end;
+    chunk.text = {chunk.m_buffer.get(), end};
+    if (m_atStart && chunk.text.substr(0, byteOrderMark.size()) == byteOrderMark) {
+        m_hasMark = true;
+        chunk.text.remove_prefix(byteOrderMark.size());
+    }
     m_atStart = false;
-    return {text, false};
+    return end > 0;
 }
 
-LineReader::Chunk LineReader::skipLine()
+/// Behind a line end that was not searched before, 0 when there is none.
+std::size_t LineReader::findEnd(const char *text, std::size_t size, Amount amount)
 {
-    m_atStart = false;
-    for (;;) {
-        m_begin = m_end = 0;
-        if (!fill())
-            return {"\n", true};
-        if (const void *lineEnd = std::memchr(m_buffer.get(), '\n', m_end)) {
-            m_begin = static_cast<std::size_t>(static_cast<const char *>(lineEnd) - m_buffer.get()) + 1;
-            return {"\n", true};
+    const char *const from = text + m_searched;
+    const std::size_t count = size - m_searched;
+    const bool inQuotes = m_field == Field::Quoted || m_field == Field::QuoteInside;
+    if (!m_quoteDelimiters.empty() && (inQuotes || std::memchr(from, '"', count)))
+        return findQuotedEnd(text, size, amount);
+    const void *const found =
+        amount == OneLine ? std::memchr(from, '\n', count) : ::memrchr(from, '\n', count);
+    const auto end = found ? static_cast<std::size_t>(static_cast<const char *>(found) - text) + 1 : 0;
+    m_searched = found && amount == OneLine ? end : size;
+    if (count > 0)
+        m_field = after(Field::Bare, text[m_searched - 1]);
+    return end;
+}
+
+std::size_t LineReader::findQuotedEnd(const char *text, std::size_t size, Amount amount)
+{
+    std::size_t end = 0;
+    for (; m_searched < size; ++m_searched) {
+        const char c = text[m_searched];
+        m_field = after(m_field, c);
+        const bool lineEnd = c == '\n' && m_field == Field::Begin;
+        if (lineEnd)
+            end = m_searched + 1;
+        if (lineEnd && amount == OneLine) {
+            m_searched = end;
+            break;
         }
     }
+    return end;
 }
 
-void LineReader::makeRoom()
+LineReader::Field LineReader::after(Field field, char c) const
 {
-    const std::size_t kept = m_end - m_begin;
-    if (kept + readSize > m_capacity) {
-        m_capacity *= 2;
-        auto larger = std::make_unique<char[]>(m_capacity);
-        std::memcpy(larger.get(), m_buffer.get() + m_begin, kept);
-        m_buffer = std::move(larger);
-    } else {
-        std::memmove(m_buffer.get(), m_buffer.get() + m_begin, kept);
-    }
-    m_begin = 0;
-    m_end = kept;
+    if (field == Field::Quoted)
+        return c == '"' ? Field::QuoteInside : Field::Quoted;
+    if (c == '"')
+        return field == Field::Bare ? Field::Bare : Field::Quoted;
+    const bool begins = c == '\n' || m_quoteDelimiters.find(c) != std::string::npos;
+    return begins ? Field::Begin : Field::Bare;
 }
 
-bool LineReader::fill()
+bool LineReader::skipLine(Chunk &chunk)
+{
+    m_atStart = false;
+    m_field = Field::Begin;
+    m_searched = 0;
+    m_rest.clear();
+    chunk.text = "\n";
+    chunk.oversized = true;
+    while (!m_atEnd) {
+        char *const buffer = chunk.m_buffer.get();
+        const std::size_t size = fill(buffer);
+        const void *const lineEnd = std::memchr(buffer, '\n', size);
+        if (!lineEnd)
+            continue;
+        const char *const behind = static_cast<const char *>(lineEnd) + 1;
+        m_rest.assign(behind, static_cast<std::size_t>(buffer + size - behind));
+        break;
+    }
+    return true;
+}
+
+/// The count of bytes read; none at the end, which an interruption is too.
+std::size_t LineReader::fill(char *to)
 {
     for (;;) {
-        const ssize_t got = ::read(m_descriptor, m_buffer.get() + m_end, readSize);
+        m_atEnd = !m_interrupt.wait(m_descriptor);
+        const ssize_t got = m_atEnd ? 0 : ::read(m_descriptor, to, readSize);
         if (got >= 0) {
-            m_end += static_cast<std::size_t>(got);
             m_bytesRead += got;
             m_atEnd = got == 0;
-            return !m_atEnd;
+            return static_cast<std::size_t>(got);
         }
-        if (errno == EAGAIN || errno == EWOULDBLOCK) {
-            pollfd ready{m_descriptor, POLLIN, 0};
-            ::poll(&ready, 1, -1);
-        } else if (errno != EINTR) {
+        if (errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR)
             throwUnreadable(m_fileName, errno);
-        }
     }
 }
 

@@ -2,9 +2,45 @@
 
 #include <QString>
 
+#include <array>
 #include <cstddef>
 #include <memory>
+#include <string>
 #include <string_view>
+
+/// Ends the waiting of readers, from another thread.
+class Interrupt
+{
+public:
+    Interrupt();
+    ~Interrupt();
+    Interrupt(const Interrupt &) = delete;
+    Interrupt &operator=(const Interrupt &) = delete;
+
+    void raise() const;
+    /// Waits until \p descriptor can be read. False when raised.
+    bool wait(int descriptor) const;
+
+private:
+    std::array<int, 2> m_pipe{-1, -1};
+};
+
+/// Lines with the memory they lie in.
+class Chunk
+{
+public:
+    /// Complete lines with their ends; the last line of a file may lack its end.
+    std::string_view text;
+    /// A line longer than LineReader::LongestLine was skipped; the text is a bare line end in its place.
+    bool oversized = false;
+
+private:
+    friend class LineReader;
+    void reserve(std::size_t size, std::size_t kept);
+
+    std::unique_ptr<char[]> m_buffer;
+    std::size_t m_capacity = 0;
+};
 
 /// Reads a file, or standard input, by whole lines, as many at a time as one read brings. Bytes are not
 /// decoded.
@@ -15,40 +51,44 @@ public:
     static constexpr std::size_t LongestLine = 16 * 1024 * 1024;
 
     /// "-" is standard input. Throws Failure when the file cannot be opened.
-    explicit LineReader(const QString &fileName);
+    LineReader(const QString &fileName, const Interrupt &interrupt);
     ~LineReader();
     LineReader(const LineReader &) = delete;
     LineReader &operator=(const LineReader &) = delete;
 
-    struct Chunk
-    {
-        /// Complete lines with their ends; the last line of a file may lack its end. Valid until the next
-        /// call. A byte order mark before the first line is left out.
-        std::string_view text;
-        /// A line longer than LongestLine was skipped; the text is a bare line end in its place.
-        bool oversized = false;
-    };
-    /// Waits for input, not for a full buffer. Throws Failure when reading fails.
-    Chunk next();
-    bool atEnd() const { return m_atEnd; }
+    /// From here on a line end between quotes ends no line. A quote counts where a field begins: behind one
+    /// of the delimiters or a line end.
+    void setQuotes(std::string_view delimiters);
 
+    enum Amount { OneLine, WhatThereIs };
+    /// Waits for input, not for a full buffer. A byte order mark before the first line is left out. False at
+    /// the end and when interrupted. Throws Failure when reading fails.
+    bool next(Chunk &chunk, Amount amount);
+
+    bool hasByteOrderMark() const { return m_hasMark; }
     /// Bytes read so far, for progress.
     qint64 bytesRead() const { return m_bytesRead; }
 
 private:
-    bool fill();
-    void makeRoom();
-    Chunk take(std::size_t end);
-    Chunk skipLine();
+    enum class Field { Begin, Bare, Quoted, QuoteInside };
+
+    std::size_t findEnd(const char *text, std::size_t size, Amount amount);
+    std::size_t findQuotedEnd(const char *text, std::size_t size, Amount amount);
+    Field after(Field field, char c) const;
+    bool take(Chunk &chunk, std::size_t size, std::size_t end);
+    bool skipLine(Chunk &chunk);
+    std::size_t fill(char *to);
 
     QString m_fileName;
+    const Interrupt &m_interrupt;
     int m_descriptor;
-    std::size_t m_capacity;
-    std::unique_ptr<char[]> m_buffer;
-    std::size_t m_begin = 0; ///< what was not handed out yet lies from here
-    std::size_t m_end = 0;
+    std::string m_rest;            ///< what was read and not handed out
+    std::size_t m_searched = 0;    ///< of the rest; no line ends before this
+    std::string m_quoteDelimiters; ///< empty: quotes mean nothing
+    Field m_field = Field::Begin;  ///< behind what was searched
     qint64 m_bytesRead = 0;
     bool m_atStart = true;
+    bool m_hasMark = false;
     bool m_atEnd = false;
 };
 

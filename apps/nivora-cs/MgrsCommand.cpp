@@ -21,7 +21,6 @@ namespace {
 
 constexpr int metrePrecision = 5; // digits of each coordinate
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
 template <typename Test> const char *skip(const char *p, const char *end, Test &&test)
@@ -79,8 +78,9 @@ public:
             return false;
         }
         point = QPointF(longitudeRad, latitudeRad) * CoordSystem::RADIANS_TO_DEGREES;
-        columns.separator = " ";
+        columns.second.before = " ";
         columns.rest = {behind, static_cast<std::size_t>(end - behind)};
+        columns.located = true;
         return true;
     }
 
@@ -96,14 +96,15 @@ public:
         : m_grid(grid)
     {}
 
-    bool write(const QPointF &point, const Columns &columns, Output &out, std::string &why) const override
+    bool write(const QPointF &point, const Columns &columns, TextBuffer &out, std::string &why) const override
     {
         const QString reference = m_grid.getMGRSString(point);
         if (reference.isEmpty()) {
             why = "the point has no grid reference";
             return false;
         }
-        out.write(reference);
+        const QByteArray bytes = reference.toLatin1();
+        out.write({bytes.constData(), static_cast<std::size_t>(bytes.size())});
         out.write(columns.rest);
         return true;
     }
@@ -115,25 +116,24 @@ private:
 int run(const CommandLine &line)
 {
     const bool inverse = line.isSet("inverse");
-    const int digits =
-        line.number("precision", 0, inverse ? XyWriter::MostDecimals : metrePrecision, metrePrecision);
+    const int digits = line.number("precision", 0, inverse ? mostDecimals : metrePrecision, metrePrecision);
     const Session session(line);
     const CoordSystemPtr cs = systemOfOption(session, line, "cs");
     // Grid references are on WGS 84: Mgrs itself shifts no datum from a CoordSys string.
     const CoordSystemPtr wgs84 = session.factory().latLongWgs84CoordSystem();
     const CoordTransform transform(cs, wgs84);
-    const ListTransform step = [&transform, inverse](const QVector<QPointF> &in, QVector<QPointF> &out) {
-        return inverse ? transform.inverse(in, out) : transform.forward(in, out);
-    };
+    const PointTransform step = pointTransform(transform, inverse);
+    const StreamOptions options = streamOptions(line);
     Mgrs grid(wgs84);
     if (inverse) {
         const int decimals = line.isSet("precision") ? digits : fittingDecimals(*cs);
-        return StreamFilter(ReferenceReader(grid), XyWriter(decimals), step)
-            .run(line.arguments(), line.isSet("progress"));
+        const PlainFormat format(std::make_shared<ReferenceReader>(grid));
+        return StreamFilter(format, XyWriter(decimals), step).run(line.arguments(), options);
     }
     grid.setPrecision(digits);
-    return StreamFilter(XyReader(), ReferenceWriter(grid), step)
-        .run(line.arguments(), line.isSet("progress"));
+    const CoordinateNotation notation{cs->isLatLong(), line.isSet("decimal-comma")};
+    const PlainFormat format(std::make_shared<XyReader>(notation));
+    return StreamFilter(format, ReferenceWriter(grid), step).run(line.arguments(), options);
 }
 
 } // namespace
@@ -162,6 +162,13 @@ Examples:
             {"precision", "N",
              QT_TRANSLATE_NOOP("QObject",
                                "Digits of each coordinate, 0 to 5 (5: a metre); with --inverse decimals.")},
+            {"decimal-comma", nullptr,
+             QT_TRANSLATE_NOOP("QObject", "Commas inside numbers are decimal marks.")},
+            {"skip", "N",
+             QT_TRANSLATE_NOOP("QObject", "Pass the first N lines of each file on as they are.")},
+            {"jobs", "N",
+             QT_TRANSLATE_NOOP("QObject",
+                               "Threads that work; all cores when not given. The output is the same.")},
             {"progress", nullptr,
              QT_TRANSLATE_NOOP("QObject", "Show a bar on stderr, when it is a terminal.")},
         },

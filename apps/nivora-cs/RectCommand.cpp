@@ -1,8 +1,8 @@
 #include "CommandLine.h"
 #include "Commands.h"
 #include "CsText.h"
+#include "NumberText.h"
 #include "Output.h"
-#include "PointText.h"
 #include "Session.h"
 
 #include <coordsys/CoordTransform.h>
@@ -57,7 +57,7 @@ int run(const CommandLine &line)
     const CoordSystemPtr from = systemOfOption(session, line, "from");
     const CoordSystemPtr to = systemOfOption(session, line, "to");
     const CoordSystem &target = line.isSet("inverse") ? *from : *to;
-    const int decimals = line.number("precision", 0, XyWriter::MostDecimals, fittingDecimals(target));
+    const int decimals = line.number("precision", 0, mostDecimals, fittingDecimals(target));
 
     QRectF out;
     if (!transformed(line, CoordTransform(from, to), in, out)) {

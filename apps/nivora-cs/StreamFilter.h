@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BlockSource.h"
 #include "Output.h"
 #include "PointText.h"
 #include "Progress.h"
@@ -10,62 +11,63 @@
 #include <QStringList>
 #include <QVector>
 
+#include <condition_variable>
+#include <exception>
 #include <functional>
-#include <string>
+#include <mutex>
 #include <string_view>
 #include <vector>
 
-/// Transforms a list. False when a point fails; the output is then not used.
-using ListTransform = std::function<bool(const QVector<QPointF> &in, QVector<QPointF> &out)>;
+class CommandLine;
 
-/// Transforms a list of which some points may fail, with few calls: a part that fails is halved, one that
-/// succeeds is followed by one of twice its size, so that neither a lone bad point nor a list of nothing but
-/// bad points costs more than a few times the work of a good one. \p failed has one flag a point; what \p out
-/// holds for a failed one means nothing.
-void transformAll(const ListTransform &transform, const QVector<QPointF> &in, QVector<QPointF> &out,
-                  std::vector<char> &failed);
+/// Transforms points in place. \p failed has one flag a point; what is left of a failed one means nothing.
+/// Called by several threads at once.
+using PointTransform = std::function<void(QVector<QPointF> &points, std::vector<char> &failed)>;
 
-/// Passes files of points, a line each, through a transformation to standard output. Memory does not grow
-/// with the input: the unit of work is what one read brings. A line that cannot be used keeps its place as "*
-/// *" and is reported on stderr. Blank lines and lines that begin with '#' are passed on as they are.
+/// The steps of a transformation, or the way back.
+PointTransform pointTransform(const nivora::cs::CoordTransform &transform, bool inverse);
+
+struct StreamOptions
+{
+    int skip = 0; ///< lines at the beginning of each file that are passed on
+    int jobs = 1; ///< threads that work
+    bool showProgress = false;
+};
+/// The options that all commands with points have. Throws Failure.
+StreamOptions streamOptions(const CommandLine &line);
+
+/// Passes files of points, a line each, through a transformation to standard output. The unit of work is what
+/// one read brings; each thread reads, converts and writes such blocks in turn, so that memory does not grow
+/// with the input and the order stays. A line that cannot be used keeps its place as "*", "*" and its text,
+/// and is reported on stderr.
 class StreamFilter
 {
 public:
-    StreamFilter(const PointReader &reader, const PointWriter &writer, ListTransform transform);
+    StreamFilter(const FileFormat &format, const PointWriter &writer, PointTransform transform);
 
     /// No names: standard input. Throws Failure for a file that cannot be read and for output that cannot be
     /// written; what was read before has been written then.
-    ExitStatus run(const QStringList &fileNames, bool showProgress);
+    ExitStatus run(const QStringList &fileNames, const StreamOptions &options);
 
 private:
-    struct Line
-    {
-        enum Kind { Verbatim, Point, Bad };
-        Kind kind = Verbatim;
-        int index = 0; ///< of the point, or of the reason why it is bad, in the block
-        bool carriageReturn = false;
-        std::string_view text; ///< without its end
-        Columns columns;
-    };
+    struct Line;
+    struct Work;
+    struct Queue;
 
-    void filterFile(const QString &fileName, Progress &progress);
-    void readBlock(std::string_view text, bool oversized);
-    void readLine(Line &line);
-    void markBad(Line &line, std::string why);
-    void writeBlock(Progress &progress);
-    void writeBad(const Line &line, const std::string &why, Progress &progress);
+    void workThrough(Queue &queue);
+    void convert(Block &block, Work &work) const;
+    void readBlock(const Block &block, Work &work) const;
+    void readLine(const Block &block, Line &line, Work &work) const;
+    void writeBlock(Block &block, Work &work) const;
+    bool writeLine(const Line &line, const Work &work, TextBuffer &out, std::string &why) const;
+    void deliver(const Block &block, Queue &queue);
 
-    const PointReader &m_reader;
+    const FileFormat &m_format;
     const PointWriter &m_writer;
-    ListTransform m_transform;
+    PointTransform m_transform;
     Output m_out;
-    std::vector<Line> m_lines; ///< of the block, like the next two
-    std::vector<std::string> m_reasons;
-    QVector<QPointF> m_points;
-    QVector<QPointF> m_transformed;
-    std::vector<char> m_failed;
-    QString m_filePrefix;     ///< of messages, when there are several files
-    qint64 m_bytesBefore = 0; ///< of the files done
-    qint64 m_lineNumber = 0;  ///< in the file, of the last line written
+    qint64 m_lineNumber = 0; ///< in the file, of the last line written
     qint64 m_badLines = 0;
+    std::size_t m_reported = 0;
+    bool m_lacksLineEnd = false; ///< the last line written
 };

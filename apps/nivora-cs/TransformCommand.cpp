@@ -1,10 +1,18 @@
 #include "CommandLine.h"
+
 #include "Commands.h"
 #include "CsText.h"
+#include "CsvFormat.h"
 #include "Session.h"
 #include "StreamFilter.h"
+#include <QObject>
 
 #include <coordsys/CoordTransform.h>
+
+#include <QObject>
+
+#include <memory>
+#include <string_view>
 
 using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
@@ -12,20 +20,79 @@ using nivora::cs::CoordTransform;
 
 namespace {
 
+/// Bytes that are part of numbers or of the notation itself delimit nothing.
+std::string delimiterOf(const CommandLine &line)
+{
+    const QString text = line.value("delimiter");
+    if (text.isEmpty() && !line.isSet("delimiter"))
+        return {};
+    const QString character =
+        text == QLatin1String("tab") || text == QLatin1String("\\t") ? QStringLiteral("\t") : text;
+    const char c = character.size() == 1 ? character.at(0).toLatin1() : '\0';
+    if (c <= 0 || isDigit(c) || std::string_view("\"\r\n.+-*").find(c) != std::string_view::npos)
+        throw Failure(QObject::tr("--delimiter takes one character, or \"tab\", not \"%1\"").arg(text));
+    return {c};
+}
+
+void checkCsvOptions(const CommandLine &line)
+{
+    for (const char *option : {"delimiter", "x", "y", "out-x", "out-y"})
+        if (line.isSet(option) && !line.isSet("csv"))
+            throw Failure(QObject::tr("--%1 needs --csv").arg(QLatin1String(option)));
+}
+
+std::unique_ptr<FileFormat> formatOf(const CommandLine &line, const CoordSystem &source)
+{
+    const CoordinateNotation notation{source.isLatLong(), line.isSet("decimal-comma")};
+    checkCsvOptions(line);
+    if (!line.isSet("csv"))
+        return std::make_unique<PlainFormat>(std::make_shared<XyReader>(notation));
+    CsvOptions options;
+    options.delimiter = delimiterOf(line);
+    options.notation = notation;
+    options.x = line.isSet("x") ? line.value("x") : options.x;
+    options.y = line.isSet("y") ? line.value("y") : options.y;
+    options.outX = line.value("out-x");
+    options.outY = line.value("out-y");
+    return std::make_unique<CsvFormat>(options);
+}
+
+Letters lettersOf(const CommandLine &line)
+{
+    const QString language = line.value("letters");
+    if (language == QLatin1String("ru"))
+        return Letters::Cyrillic;
+    if (line.isSet("letters") && language != QLatin1String("en"))
+        throw Failure(QObject::tr("--letters takes ru or en, not \"%1\"").arg(language));
+    return Letters::Latin;
+}
+
+XyWriter writerOf(const CommandLine &line, const CoordSystem &target)
+{
+    constexpr int fittingSecondDecimals = 5; // a third of a millimetre
+    const int decimals = line.number("precision", 0, mostDecimals, fittingDecimals(target));
+    const Letters letters = lettersOf(line);
+    if (!line.isSet("dms"))
+        return XyWriter(decimals);
+    if (line.isSet("precision"))
+        throw Failure(QObject::tr("--dms has its own count of decimals: --dms=N in place of --precision"));
+    if (!target.isLatLong())
+        throw Failure(QObject::tr("--dms: the system of the output has no degrees"));
+    return {line.number("dms", 0, mostSecondDecimals, fittingSecondDecimals), letters};
+}
+
 int run(const CommandLine &line)
 {
     const Session session(line);
     const CoordSystemPtr from = systemOfOption(session, line, "from");
     const CoordSystemPtr to = systemOfOption(session, line, "to");
     const bool inverse = line.isSet("inverse");
-    const CoordSystem &target = inverse ? *from : *to;
-    const int decimals = line.number("precision", 0, XyWriter::MostDecimals, fittingDecimals(target));
+    const std::unique_ptr<FileFormat> format = formatOf(line, inverse ? *to : *from);
+    const XyWriter writer = writerOf(line, inverse ? *from : *to);
 
     const CoordTransform transform(from, to);
-    const ListTransform step = [&transform, inverse](const QVector<QPointF> &in, QVector<QPointF> &out) {
-        return inverse ? transform.inverse(in, out) : transform.forward(in, out);
-    };
-    return StreamFilter(XyReader(), XyWriter(decimals), step).run(line.arguments(), line.isSet("progress"));
+    return StreamFilter(*format, writer, pointTransform(transform, inverse))
+        .run(line.arguments(), streamOptions(line));
 }
 
 } // namespace
@@ -35,26 +102,70 @@ const Command &transformCommand()
     static const Command command = {
         "transform",
         "--from CS --to CS [options] [FILE...]",
-        "Coordinates of points, a point a line, from one system to another.",
-        R"(Reads the FILEs, or standard input ("-" or no FILE), and writes to standard output.
-A line holds x and y, separated by blanks, tabs, a comma or a semicolon; further
-columns are passed on. Blank lines and lines beginning with '#' are passed on
-unchanged. A line that is no coordinate, or whose point cannot be transformed,
-becomes "* *"; it is reported on stderr ("line 7: why", the first 20 of them)
-and makes the exit status 1. Input of any size is worked through in blocks.
+        QT_TRANSLATE_NOOP("QObject", "Coordinates of points, a point a line, from one system to another."),
+        QT_TRANSLATE_NOOP(
+            "QObject", R"(Reads the FILEs, or standard input ("-" or no FILE), and writes to standard output.
+A line holds x and y, separated by blanks, tabs, a comma or a semicolon. Heights
+and further columns are passed on as they are: they are not transformed. Blank
+lines and lines beginning with '#' are passed on. A line whose point cannot be
+transformed gets "*" for x and y and keeps the rest (37.6,91,Moscow becomes
+*,*,Moscow); a line without a point becomes "*", "*" and its whole text. Both are
+reported on stderr ("line 7: why", the first 20 of them) and make the exit status
+1. So is a first line of words, a header, but it is passed on as text; --skip
+passes lines on without a word. Input of any size is worked through in blocks.
+
+Degrees may be written as 55.7558, 55°45'21.5"N, 55d45'21.5", N55:45:21.5 or, with
+both hemispheres, in separate or quoted columns (55 45 21.5 N 37 37 2 E); letters
+are N S E W or С Ю В З. x is first unless the letters say otherwise; the output
+always has x first. Decimal commas are understood where commas cannot separate
+columns (37,6173;55,7558); where both are possible the line fails and says so.
+
+With --csv the input is a table with quoted fields (RFC 4180) and, when columns
+are named or the first line's coordinates are words, a header. All other columns
+stay as they are, byte for byte. Angles in several columns: --x 1,2,3,4 --out-x X.
 
 Examples:
   echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
-  nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv > out.csv
+  nivora-cs transform --from 28407 --to 4326 --precision 7 points.txt > out.txt
+  nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat towns.csv
   nivora-cs transform --from @moscow.prj --to 'CoordSys Earth Projection 1, 104' --inverse
-)",
+)"),
         Command::AnyCount,
         {
-            {"from", "CS", "The system of the input."},
-            {"to", "CS", "The system of the output."},
-            {"inverse", nullptr, "The other way: the input is in the --to system."},
-            {"precision", "N", "Decimals; when not given, enough for a tenth of a millimetre."},
-            {"progress", nullptr, "Show a bar on stderr, when it is a terminal."},
+            {"from", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the input.")},
+            {"to", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the output.")},
+            {"inverse", nullptr,
+             QT_TRANSLATE_NOOP("QObject", "The other way: the input is in the --to system.")},
+            {"precision", "N",
+             QT_TRANSLATE_NOOP("QObject", "Decimals; when not given, enough for a tenth of a millimetre.")},
+            {"dms", "DIGITS",
+             QT_TRANSLATE_NOOP("QObject",
+                               "Write degrees, minutes and seconds with so many decimals, 5 when left out."),
+             "5"},
+            {"letters", "en|ru",
+             QT_TRANSLATE_NOOP("QObject", "Hemispheres of --dms: N S E W (en, when not given) or С Ю В З.")},
+            {"decimal-comma", nullptr,
+             QT_TRANSLATE_NOOP("QObject", "Commas inside numbers are decimal marks. The output has points.")},
+            {"csv", nullptr, QT_TRANSLATE_NOOP("QObject", "The input is a table with quoted fields.")},
+            {"delimiter", "C",
+             QT_TRANSLATE_NOOP("QObject", "Between the table's columns, \"tab\" too; found when not given.")},
+            {"x", "NAME|N",
+             QT_TRANSLATE_NOOP("QObject",
+                               "The table's column of x, 1 when not given; several with commas between.")},
+            {"y", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of y, 2 when not given.")},
+            {"out-x", "NAME|N",
+             QT_TRANSLATE_NOOP("QObject",
+                               "Column for the new x; a new one when there is none of that name.")},
+            {"out-y", "NAME|N",
+             QT_TRANSLATE_NOOP("QObject",
+                               "Column for the new y. Without these the new x and y replace the old.")},
+            {"skip", "N",
+             QT_TRANSLATE_NOOP("QObject", "Pass the first N lines of each file on as they are.")},
+            {"jobs", "N",
+             QT_TRANSLATE_NOOP("QObject",
+                               "Threads that work; all cores when not given. The output is the same.")},
+            {"progress", nullptr,
+             QT_TRANSLATE_NOOP("QObject", "Show a bar on stderr, when it is a terminal.")},
         },
         run,
     };

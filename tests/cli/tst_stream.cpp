@@ -5,6 +5,7 @@
 
 #include <coordsys/CoordTransform.h>
 
+#include <QProcess>
 #include <QRegularExpression>
 
 namespace {
@@ -35,8 +36,8 @@ private Q_SLOTS:
             QTest::newRow(name) << in << out << QByteArray();
         };
         const auto bad = [](const char *name, const QByteArray &in, const char *why,
-                            const QByteArray &out = "* *\n") {
-            QTest::newRow(name) << in << out << QByteArray(why);
+                            const QByteArray &out = {}) {
+            QTest::newRow(name) << in << (out.isEmpty() ? "* * " + in : out) << QByteArray(why);
         };
         good("blank", "37 55\n", utm + '\n');
         good("tab, further columns", "37\t55\ta\tb\n", utmLine("\t", "\ta\tb\n"));
@@ -55,7 +56,9 @@ private Q_SLOTS:
              "\xEF\xBB\xBF"
              "37 55\n",
              utm + '\n');
-        bad("word", "abc 55\n", "x is no number");
+        bad("identifier first", "P1 37.6 55.7\n", "x is no number");
+        bad("words are a header", "lon,lat,name\n", "x is no number; passed on as a header",
+            "lon,lat,name\n");
         bad("one number", "37\n", "y is missing");
         bad("garbage behind x", "37a 55\n", "x is no number");
         bad("garbage behind y", "37 55a\n", "y is no number");
@@ -66,10 +69,20 @@ private Q_SLOTS:
         bad("too large", "1e999 55\n", "x is too large or too small for a number");
         bad("hexadecimal", "0x25 55\n", "x is no number");
         bad("two signs", "+-37 55\n", "x is no number");
-        bad("empty column", "37,,55\n", "y is no number");
-        bad("beyond the pole", QByteArray(badPoint) + '\n', "the point cannot be transformed");
+        bad("empty column", "37,,55\n", "y is no number", "*,*,37,,55\n");
+        bad("beyond the pole", QByteArray(badPoint) + '\n', "the point cannot be transformed", "* *\n");
         bad("beyond the pole, carriage return, columns", "37,95,a\r\n", "the point cannot be transformed",
-            "* *,a\r\n");
+            "*,*,a\r\n");
+        good("decimal commas, semicolon", "37,0;55,0;a\n", utmLine(";", ";a\n"));
+        good("decimal commas, blank", "37,0 55,0\n", utm + '\n');
+        good("commas separate, a height", "37,55,120\n", utmLine(",", ",120\n"));
+        good("commas separate, no latitude of 120", "37,55,120,5\n", utmLine(",", ",120,5\n"));
+        const char *doubt =
+            "could be read as two numbers or as one with a decimal comma: give --decimal-comma, "
+            "or --csv when commas separate";
+        bad("four whole numbers", "37,0,55,0\n", doubt, "*,*,37,0,55,0\n");
+        bad("one decimal comma before", "37,0 55\n", doubt, "*,*,37,0 55\n");
+        bad("one decimal comma behind", "37 55,0\n", doubt, "*,*,37 55,0\n");
     }
     void lines()
     {
@@ -91,7 +104,8 @@ private Q_SLOTS:
         QCOMPARE(reported.at(0), QByteArray("line 3: x is no number"));
         QCOMPARE(reported.at(19), QByteArray("line 22: the point cannot be transformed"));
         QVERIFY(reported.at(20).contains("10 more lines failed, 30 in all"));
-        QCOMPARE(done.outLines().count("* *"), 30);
+        QCOMPARE(done.outLines().count("* *"), 15);
+        QCOMPARE(done.outLines().count("* * x"), 15);
     }
 
     /// A bad point in any place of a block costs its own line only: every other line is what the library
@@ -122,6 +136,10 @@ private Q_SLOTS:
         const CliRun done = run(toUtm, input);
         QCOMPARE(done.status, 1);
         QCOMPARE(done.errLines().size(), bad.size());
+        for (const char *jobs : {"--jobs 1", "--jobs 5"}) {
+            const CliRun other = run(toUtm + words(jobs), input);
+            QVERIFY(other.out == done.out && other.err == done.err);
+        }
         const QList<QByteArray> lines = done.outLines();
         QCOMPARE(lines.size(), expected.size());
         for (int i = 0; i < count; ++i)
@@ -145,6 +163,179 @@ private Q_SLOTS:
                  tooLong.describe());
     }
 
+    /// A line is answered before the next is written, and output that fails is told although a thread waits
+    /// for input.
+    void slowPipe()
+    {
+        QProcess process;
+        process.start(QStringLiteral(NIVORA_CS_PROGRAM), toUtm);
+        for (int i = 0; i < 3; ++i) {
+            process.write("37 55\n");
+            QVERIFY(process.waitForReadyRead());
+            QCOMPARE(process.readAll(), utm + '\n');
+        }
+        process.closeWriteChannel();
+        QVERIFY(process.waitForFinished());
+
+        process.setStandardOutputFile(QStringLiteral("/dev/full"));
+        process.start(QStringLiteral(NIVORA_CS_PROGRAM), toUtm);
+        process.write("37 55\n");
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitCode(), 2);
+    }
+
+    /// Degrees by hand arithmetic: 55°45'21.5" is 55.755972, 37°37'2.25" is 37.617292. Equal systems copy.
+    void notations_data()
+    {
+        QTest::addColumn<QByteArray>("in");
+        QTest::addColumn<QByteArray>("out");
+        const auto row = [](const char *name, const char *in, const char *out) {
+            QTest::newRow(name) << QByteArray(in) + '\n' << QByteArray(out) + '\n';
+        };
+        const auto point = [row](const char *name, const char *in) { row(name, in, "37.617292 55.755972"); };
+        const auto bad = [](const char *name, const QByteArray &in) {
+            QTest::newRow(name) << in + '\n' << "* * " + in + '\n';
+        };
+        point("marks", "37°37'2.25\" 55°45'21.5\"");
+        point("latitude first", "55°45'21.5\"N 37°37'2.25\"E");
+        point("one letter will do", "55°45'21.5\" 37°37'2.25\"E");
+        point("letters first", "N55d45'21.5 E 37d37'2.25");
+        point("primes, Cyrillic", "55°45′21.5″С 37°37′2.25″В");
+        point("quotation marks, abbreviations", "55º 45’ 21.5” с.ш. 37˚ 37’ 2.25’’ в.д.");
+        point("colons", "37:37:2.25 55:45:21.5");
+        point("quoted", "\"55 45 21.5 N\" \"37 37 2.25 E\"");
+        point("quoted with marks", "\"55°45'21.5\"\"N\" \"37°37'2.25\"\"\"");
+        point("columns", "55 45 21.5 N 37 37 2.25 E");
+        point("columns, letters first", "E 37 37 2.25 N 55 45 21.5");
+        point("seconds with a decimal comma", "37°37'2,25\" 55°45'21,5\"");
+        row("columns with commas and a further one", "37,37,2.25,E,55,45,21.5,N,a", "37.617292,55.755972,a");
+        row("letter behind a height is no hemisphere", "37 55 120 N", "37.000000 55.000000 120 N");
+        row("south and west", "0°30'S 0°30'З", "-0.500000 -0.500000");
+        row("minus zero degrees", "-0°30' −0°00'36\"", "-0.500000 -0.010000");
+        row("seconds carry", "36°59'60\" 55.5", "37.000000 55.500000");
+        bad("sixty minutes", "37°60' 55");
+        bad("more than sixty seconds", "37°0'60.1\" 55");
+        bad("decimals before minutes", "37.5°30' 55");
+        bad("marks in the wrong order", "37'30° 55");
+        bad("beyond the pole", "90°00'01\"N 37°E");
+        bad("two latitudes", "55°N 37°N");
+        bad("a sign and a letter", "-55°N 37°E");
+        bad("minutes out of range in columns", "55 61 0 N 37 37 2 E");
+    }
+    void notations()
+    {
+        QFETCH(QByteArray, in);
+        QFETCH(QByteArray, out);
+        const CliRun done = run(words("transform --from 4326 --to 4326 --precision 6"), in);
+        // A point that was read and contradicts itself keeps its columns, without its text.
+        const bool failed = out.startsWith('*');
+        QVERIFY2((failed ? done.out.startsWith("* *") : done.out == out) && done.status == failed,
+                 done.describe());
+    }
+
+    void angles_data()
+    {
+        QTest::addColumn<QString>("options");
+        QTest::addColumn<QByteArray>("in");
+        QTest::addColumn<QByteArray>("out");
+        const auto row = [](const char *name, const char *options, const char *in, const char *out) {
+            QTest::newRow(name) << QString::fromUtf8(options) << QByteArray(in) << QByteArray(out);
+        };
+        row("carries", "--dms=1", "36.999999999 -0.016666666\n", "37°00'00.0\"E 0°01'00.0\"S\n");
+        row("no minus before zero", "--dms 0", "-0.0001,-180\n", "0°00'00\"E,180°00'00\"S\n");
+        row("five decimals, Cyrillic", "--dms --letters ru", "-37.5 5.01 a\n",
+            "37°30'00.00000\"З 5°00'36.00000\"С a\n");
+        row("in a table", "--dms 0 --csv", "37.5,55\n", "\"37°30'00\"\"E\",\"55°00'00\"\"N\"\n");
+    }
+    void angles()
+    {
+        QFETCH(QString, options);
+        QFETCH(QByteArray, in);
+        QFETCH(QByteArray, out);
+        const CliRun done = run(words("transform --from 4326 --to 4326") + words(options.toUtf8()), in);
+        QVERIFY2(done.out == out && done.status == 0, done.describe());
+    }
+
+    /// Tables with every quoting there is; what is not x or y stays to the byte. Equal systems copy.
+    void tables_data()
+    {
+        QTest::addColumn<QString>("options");
+        QTest::addColumn<QByteArray>("in");
+        QTest::addColumn<QByteArray>("out");
+        QTest::addColumn<QByteArray>("why");
+        const auto row = [](const char *name, const char *options, const char *in, const char *out,
+                            const char *why = "") {
+            QTest::newRow(name) << QString::fromUtf8(options) << QByteArray(in) << QByteArray(out)
+                                << QByteArray(why);
+        };
+        const char *const named = "--x lon --y lat";
+        row("quotes, line feeds, carriage returns, mark", named,
+            "\xEF\xBB\xBFn,lon,lat,z\r\n\"a, \"\"b\"\"\r\nc\",1,\"2\",\"\"\r\n5\" pipe, 3,4,",
+            "\xEF\xBB\xBFn,lon,lat,z\r\n\"a, \"\"b\"\"\r\nc\",1.0,\"2.0\",\"\"\r\n5\" pipe,3.0,4.0,");
+        row("y before x, semicolons, decimal commas", named, "lat;lon;a,b\n1,5;\"2,5\";\"x;y\"\n",
+            "lat;lon;a,b\n1.5;\"2.5\";\"x;y\"\n");
+        row("failures keep the rest", named, "n,lat,lon,z\nA,91,5,q\nB,,5,\"q\nq\"\n\nC,1\nD,1,2,\n",
+            "n,lat,lon,z\nA,91.0,5.0,q\nB,*,*,\"q\nq\"\n\nC,*\nD,1.0,2.0,\n",
+            "line 3: y is no number\nline 6: x is missing\n");
+        row("new columns", "--x 1 --y 2 --out-x E --out-y N,m", "lon;lat\n1;2\n",
+            "lon;lat;E;N,m\n1;2;1.0;2.0\n");
+        row("one in place, one new, tab", "--x 1 --y 2 --out-x lat --out-y=N --delimiter tab",
+            "lon\tlat\tz\n1\t2\t3\n", "lon\tlat\tz\tN\n1\t1.0\t3\t2.0\n");
+        row("no header, lines skipped", "--skip 2", "\"x\ny,z\n1,2,a\n", "\"x\ny,z\n1.0,2.0,a\n");
+        row("header by its words, over two lines", "", "\"lon\ngitude\",lat\n1,2\n",
+            "\"lon\ngitude\",lat\n1.0,2.0\n");
+        row("angle in columns", "--x 1,2,3 --y 4 --out-x X --out-y 4", "1,30,W,2\n", "1,30,W,2.0,-1.5\n");
+        row("thousands or decimals", "", "\"1,500\",2\n", "*,*\n",
+            "line 1: x could be read as one number with thousands or with decimals: give --decimal-comma for "
+            "decimals\n");
+        row("decimals", "--decimal-comma", "\"1,500\",2\n", "\"1.5\",2.0\n");
+        row("unclosed quote", "", "1,2,\"a\n3,4\n", "1.0,2.0,\"a\n3,4\n");
+    }
+    void tables()
+    {
+        QFETCH(QString, options);
+        QFETCH(QByteArray, in);
+        QFETCH(QByteArray, out);
+        QFETCH(QByteArray, why);
+        const CliRun done =
+            run(words("transform --from 4326 --to 4326 --precision 1 --csv") + words(options.toUtf8()), in);
+        QVERIFY2(done.out == out && done.err == why && done.status == !why.isEmpty(), done.describe());
+    }
+
+    /// A table larger than a read: a quoted line feed that lies on the border ends no line.
+    void largeTable()
+    {
+        const QByteArray line = "\"" + QByteArray("a,\n").repeated(300) + "\",1,2\n";
+        const QByteArray table = "n,x,y\n" + line.repeated(2000);
+        const CliRun done =
+            run(words("transform --from 4326 --to 4326 --precision 0 --csv --x x --y y --jobs 3"), table);
+        QVERIFY(done.out == table && done.status == 0);
+    }
+
+    void refusals_data()
+    {
+        QTest::addColumn<QString>("options");
+        QTest::addColumn<QString>("why");
+        const auto row = [](const char *options, const char *why) {
+            QTest::newRow(options) << QString::fromUtf8(options) << QString::fromUtf8(why);
+        };
+        row("--to 4326 --csv --x q", "no column \"q\"");
+        row("--to 4326 --csv --x 1 --y 1", "one column");
+        row("--to 4326 --csv --out-x 9", "no column \"9\"");
+        row("--to 4326 --csv --x 1,2 --y 3", "--out-x is needed");
+        row("--to 4326 --csv --delimiter ab", "--delimiter");
+        row("--to 4326 --x lon", "--x needs --csv");
+        row("--to 32637 --dms", "no degrees");
+        row("--to 4326 --jobs 0", "--jobs");
+    }
+    void refusals()
+    {
+        QFETCH(QString, options);
+        QFETCH(QString, why);
+        const CliRun done = run(words("transform --from 4326") + words(options.toUtf8()), "a,b,c\n1,2,3\n");
+        QVERIFY2(done.isRefusal(why), done.describe());
+    }
+
     void files()
     {
         const QTemporaryDir dir;
@@ -154,7 +345,7 @@ private Q_SLOTS:
         file.close();
         const CliRun done =
             run(toUtm + QStringList{file.fileName(), QStringLiteral("-"), file.fileName()}, "37 55");
-        QCOMPARE(done.out, utm + "\n* *\n" + utm + '\n' + utm + "\n* *\n");
+        QCOMPARE(done.out, utm + "\n* * x\n" + utm + '\n' + utm + "\n* * x\n");
         QCOMPARE(done.err, QByteArray(file.fileName().toUtf8() + ": line 2: x is no number\n").repeated(2));
         const CliRun missing =
             run(toUtm + QStringList{file.fileName(), dir.filePath(QStringLiteral("none"))});
@@ -222,8 +413,8 @@ private Q_SLOTS:
         row("read, with a column", back, "37UDB1322479766 7\n", "413224.000 6179766.000 7\n");
         row("read, blanks and lower case", back, "37u db 13224 79766,a\n", "413224.000 6179766.000,a\n");
         row("read, equally long column", back, "37UDB17 34\n", "410000.000 6170000.000 34\n");
-        row("read, nonsense", back, "37UDB123\n", "* *\n");
-        row("read, garbage behind", back, "37UDB12x\n", "* *\n");
+        row("read, nonsense", back, "37UDB123\n", "* * 37UDB123\n");
+        row("read, garbage behind", back, "37UDB12x\n", "* * 37UDB12x\n");
     }
     void references()
     {

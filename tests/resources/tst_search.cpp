@@ -1,6 +1,7 @@
 #include <support/Support.h>
 #include <support/TestRunner.h>
 
+#include <coordsys/CoordSystem.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/MapinfoSearch.h>
 #include <coordsys/ProjLibMetadata.h>
@@ -23,6 +24,7 @@ private Q_SLOTS:
         english.loadFromPRJ(support::resources(), QStringLiteral("en"));
         m_search->addNames(english);
         QVERIFY(m_search->loadPlaces(QFileInfo(support::resources(), QStringLiteral("places.tsv"))) > 200);
+        QVERIFY(m_search->loadAliases(QFileInfo(support::resources(), QStringLiteral("aliases.tsv"))) > 100);
     }
 
     void words_data()
@@ -40,6 +42,21 @@ private Q_SLOTS:
         QTest::newRow("what is in use in a town") << "лондон национальная" << 27700;
         QTest::newRow("the longest name of a town") << "нижний новгород ск-95 3°" << 2649;
         QTest::newRow("a town that the catalogue names") << "Berlin Soldner" << 3068;
+        QTest::newRow("the authority before the code") << "EPSG:3857" << 3857;
+        QTest::newRow("a code that the catalogue lacks") << "3035" << 3035; // not 23035
+        QTest::newRow("a code of nothing") << "999999" << -1;
+        QTest::newRow("an exact name before others that hold it") << "wgs 72 / utm zone 3n" << 32203;
+        QTest::newRow("alias of a code") << "Google" << 3857;
+        QTest::newRow("alias of a code that the catalogue lacks") << "LAEA Europe" << 3035;
+        QTest::newRow("alias of words, with others") << "gauss-krueger 28407" << 28407;
+        QTest::newRow("sharp s, whole number") << "Gauß zone 7" << 28407; // not a zone at 75 degrees
+        QTest::newRow("a country") << "germany utm" << 32631;
+        QTest::newRow("a country in Russian") << "Германия UTM" << 32631;
+        QTest::newRow("a slip in each word") << "Grmany utmm" << -1; // "utm" is too short for slips
+        QTest::newRow("a letter missing") << "pulkvo 28407" << 28407;
+        QTest::newRow("two letters swapped") << "plukovo 28407" << 28407;
+        QTest::newRow("two slips in a word") << "plukvo 28407" << -1;
+        QTest::newRow("what nobody published") << "МСК-50" << -1;
         QTest::newRow("nothing of the kind") << "qqqq" << -1;
         QTest::newRow("no words") << " -- " << -1;
         QTest::newRow("empty") << "" << -1;
@@ -54,13 +71,29 @@ private Q_SLOTS:
         QVERIFY(m_search->find(text, 0).isEmpty());
     }
 
+    void remarks()
+    {
+        const QString text = QStringLiteral("мск-77 зона 1");
+        QVERIFY(m_search->remark(text, QStringLiteral("ru")).contains(QStringLiteral("не опубликованы")));
+        QVERIFY(m_search->remark(text, QStringLiteral("en")).contains(QStringLiteral("not published")));
+        QVERIFY(m_search->remark(QStringLiteral("Омск"), QStringLiteral("ru")).isEmpty());
+    }
+
+    /// Whoever asks for a code gets one name for it: by the search and by the system.
+    void oneNameForACode()
+    {
+        for (const int code : {4326, 32637, 28407, 3035, 26917, 25832, 2193})
+            QCOMPARE(m_search->find(QString::number(code), 1).value(0).name,
+                     m_factory->createFromEpsg(code)->description());
+    }
+
     void everyWordIsHeld()
     {
-        const auto hits = m_search->find(QStringLiteral("UTM юЖн 3"), 1000);
-        QVERIFY(hits.size() > 20);
+        const auto hits = m_search->find(QStringLiteral("UTM юЖн зон"), 1000);
+        QVERIFY(hits.size() > 10);
         for (const MapinfoSearch::Hit &hit : hits) {
             const QString all = hit.name + hit.category + QString::number(hit.epsg);
-            for (const char *word : {"utm", "юж", "3"})
+            for (const char *word : {"utm", "юж", "зон"})
                 QVERIFY2(all.contains(QString::fromUtf8(word), Qt::CaseInsensitive), qPrintable(all));
         }
     }

@@ -228,6 +228,21 @@ QByteArray placesTsv(const Table &cities)
     return text;
 }
 
+QByteArray aliasesTsv(const Table &aliases, const Table &places)
+{
+    QByteArray text = "# names, EPSG codes, words instead, remark in Russian, remark in English\n";
+    const auto put = [&text](const QStringList &cells) {
+        text += cells.join(QLatin1Char('\t')).toUtf8() + '\n';
+    };
+    for (const Table::Row &row : aliases)
+        put({row.text("names"), row.text("codes"), row.text("words"), row.text("remark_ru"),
+             row.text("remark_en")});
+    for (const Table::Row &row : places)
+        if (!row.text("name_ru").isEmpty())
+            put({row.text("name_ru"), QString(), row.text("prefix"), QString(), QString()});
+    return text;
+}
+
 QByteArray refusedTsv(const std::vector<Refusal> &refusals)
 {
     QByteArray text = "epsg\tname\treason\tdetail\n";

@@ -98,6 +98,9 @@ int generate(const Options &options)
     output.put(QStringLiteral("OracleSRID.xml"), oracleXml(legacy, catalogue, versions));
     output.put(QStringLiteral("places.tsv"),
                placesTsv(Table(options.tables + QStringLiteral("/cities.tsv"))));
+    output.put(QStringLiteral("aliases.tsv"),
+               aliasesTsv(Table(options.tables + QStringLiteral("/aliases.tsv")),
+                          Table(options.tables + QStringLiteral("/places.tsv"))));
     Output report(QFileInfo(options.tables).path(), options.check);
     report.put(QStringLiteral("refused.tsv"), refusedTsv(generator.refusals()));
     return options.check && output.changed() + report.changed() > 0 ? 1 : 0;

@@ -1,0 +1,376 @@
+#include "AngleText.h"
+
+#include "NumberText.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+
+namespace {
+
+enum Part { Degrees, Minutes, Seconds, PartCount };
+
+struct Mark
+{
+    std::string_view text;
+    Part part;
+};
+// The first hit wins: two primes are a double prime. All but the ASCII ones are UTF-8.
+constexpr Mark marks[] = {
+    {"\"", Seconds},
+    {"''", Seconds},
+    {"\xE2\x80\xB3", Seconds},             // double prime
+    {"\xE2\x80\x9D", Seconds},             // right double quotation mark
+    {"\xE2\x80\x9C", Seconds},             // left double quotation mark
+    {"\xE2\x80\x9F", Seconds},             // reversed one
+    {"\xCB\xAE", Seconds},                 // modifier double apostrophe
+    {"\xCB\xBA", Seconds},                 // modifier double prime
+    {"\xE2\x80\xB2\xE2\x80\xB2", Seconds}, // two primes
+    {"\xE2\x80\x99\xE2\x80\x99", Seconds}, // two apostrophes
+    {"'", Minutes},
+    {"`", Minutes},
+    {"\xE2\x80\xB2", Minutes}, // prime
+    {"\xE2\x80\x99", Minutes}, // right single quotation mark
+    {"\xE2\x80\x98", Minutes}, // left single quotation mark
+    {"\xE2\x80\x9B", Minutes}, // reversed one
+    {"\xC2\xB4", Minutes},     // acute accent
+    {"\xCA\xB9", Minutes},     // modifier prime
+    {"\xCA\xBC", Minutes},     // modifier apostrophe
+    {"\xC2\xB0", Degrees},     // degree sign
+    {"\xC2\xBA", Degrees},     // ordinal indicator
+    {"\xCB\x9A", Degrees},     // ring above
+    {"\xE2\x88\x98", Degrees}, // ring operator
+    {"d", Degrees},
+    {"D", Degrees},
+};
+
+struct Hemisphere
+{
+    std::string_view text;
+    Axis axis;
+    bool negative;
+};
+// The first hit wins: abbreviations before letters.
+constexpr Hemisphere hemispheres[] = {
+    {"с.ш.", Axis::Latitude, false},   {"ю.ш.", Axis::Latitude, true},   {"в.д.", Axis::Longitude, false},
+    {"з.д.", Axis::Longitude, true},   {"с. ш.", Axis::Latitude, false}, {"ю. ш.", Axis::Latitude, true},
+    {"в. д.", Axis::Longitude, false}, {"з. д.", Axis::Longitude, true}, {"N", Axis::Latitude, false},
+    {"S", Axis::Latitude, true},       {"E", Axis::Longitude, false},    {"W", Axis::Longitude, true},
+    {"n", Axis::Latitude, false},      {"s", Axis::Latitude, true},      {"e", Axis::Longitude, false},
+    {"w", Axis::Longitude, true},      {"С", Axis::Latitude, false},     {"Ю", Axis::Latitude, true},
+    {"В", Axis::Longitude, false},     {"З", Axis::Longitude, true},     {"с", Axis::Latitude, false},
+    {"ю", Axis::Latitude, true},       {"в", Axis::Longitude, false},    {"з", Axis::Longitude, true},
+};
+
+constexpr std::string_view minusSign = "\xE2\x88\x92"; // U+2212
+
+bool startsWith(const char *p, const char *end, std::string_view text)
+{
+    return std::string_view(p, static_cast<std::size_t>(end - p)).substr(0, text.size()) == text;
+}
+
+template <typename Row, std::size_t Size>
+const Row *rowAt(const Row (&rows)[Size], const char *p, const char *end)
+{
+    const Row *const row = std::find_if(std::begin(rows), std::end(rows),
+                                        [&](const Row &r) { return startsWith(p, end, r.text); });
+    return row == std::end(rows) ? nullptr : row;
+}
+
+bool isLetterByte(char c)
+{
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || static_cast<unsigned char>(c) >= 0x80;
+}
+
+/// A letter of a hemisphere, not the beginning of a word.
+const Hemisphere *hemisphereAt(const char *p, const char *end)
+{
+    const Hemisphere *const found = rowAt(hemispheres, p, end);
+    if (!found)
+        return nullptr;
+    const char *const behind = p + found->text.size();
+    return behind == end || !isLetterByte(*behind) ? found : nullptr;
+}
+
+/// What was written, part by part.
+struct Written
+{
+    bool negative = false;
+    bool hasSign = false;
+    const Hemisphere *hemisphere = nullptr;
+    std::array<double, PartCount> parts{};
+    std::array<bool, PartCount> whole{};
+    int count = 0;
+};
+
+bool refuse(std::string &why, const char *reason)
+{
+    why = reason;
+    return false;
+}
+
+bool valueOf(const Written &written, Angle &angle, std::string &why)
+{
+    if (written.hasSign && written.hemisphere)
+        return refuse(why, "has a sign and a hemisphere");
+    for (int i = 0; i + 1 < written.count; ++i)
+        if (!written.whole[static_cast<std::size_t>(i)])
+            return refuse(why, "has decimals before its last part");
+    if (!(written.parts[Minutes] < 60.0))
+        return refuse(why, "has minutes out of range");
+    if (!(written.parts[Seconds] <= 60.0))
+        return refuse(why, "has seconds out of range");
+    const double magnitude =
+        written.count == 1
+            ? written.parts[Degrees]
+            : (written.parts[Degrees] * 3600.0 + written.parts[Minutes] * 60.0 + written.parts[Seconds]) /
+                  3600.0;
+    angle.axis = written.hemisphere ? written.hemisphere->axis : Axis::Unknown;
+    if (magnitude > (angle.axis == Axis::Latitude ? 90.0 : 360.0))
+        return refuse(why, "has degrees out of range");
+    const bool negative = written.negative || (written.hemisphere && written.hemisphere->negative);
+    angle.degrees = negative ? -magnitude : magnitude;
+    return true;
+}
+
+/// A number without sign and exponent; a decimal comma counts when a mark or the end of the text follows.
+const char *parsePart(const char *p, const char *end, double &value, bool &whole)
+{
+    if (p == end || !(isDigit(*p) || *p == '.'))
+        return nullptr;
+    const char *behind = std::find_if_not(p, end, isDigit);
+    whole = true;
+    if (behind != end && (*behind == '.' || *behind == ',')) {
+        const char *const decimalsEnd = std::find_if_not(behind + 1, end, isDigit);
+        const bool marked = decimalsEnd != end && rowAt(marks, decimalsEnd, end);
+        if (*behind == '.' || (marked && decimalsEnd != behind + 1)) {
+            whole = false;
+            behind = decimalsEnd;
+        }
+    }
+    std::string text(p, behind);
+    std::replace(text.begin(), text.end(), ',', '.');
+    return readNumber(text, value) ? behind : nullptr;
+}
+
+/// Reads the parts of an angle one behind the other.
+class AngleParser
+{
+public:
+    AngleParser(const char *p, const char *end, bool blanksSeparate)
+        : m_p(p)
+        , m_end(end)
+        , m_blanksSeparate(blanksSeparate)
+    {}
+
+    const char *parse(Angle &angle, std::string &why)
+    {
+        why = "is no number";
+        takeHemisphere(skipBlanks(m_p, m_end));
+        takeSign();
+        if (!takeParts())
+            return nullptr;
+        if (!m_written.hemisphere)
+            takeHemisphere(skipBlanks(m_p, m_end));
+        return valueOf(m_written, angle, why) ? m_p : nullptr;
+    }
+
+private:
+    void takeHemisphere(const char *at)
+    {
+        m_written.hemisphere = hemisphereAt(at, m_end);
+        if (m_written.hemisphere)
+            m_p = at + m_written.hemisphere->text.size();
+    }
+
+    void takeSign()
+    {
+        m_p = skipBlanks(m_p, m_end);
+        const bool unicode = startsWith(m_p, m_end, minusSign);
+        m_written.negative = unicode || (m_p != m_end && *m_p == '-');
+        m_written.hasSign = m_written.negative || (m_p != m_end && *m_p == '+');
+        if (m_written.hasSign)
+            m_p += unicode ? minusSign.size() : 1;
+    }
+
+    bool takeParts()
+    {
+        for (int next = Degrees; next < PartCount;) {
+            const auto at = static_cast<std::size_t>(next);
+            const char *const behind = parsePart(m_p, m_end, m_written.parts[at], m_written.whole[at]);
+            if (!behind)
+                return next > Degrees && isFinished(); // 12d blank or 12: and nothing
+            m_p = behind;
+            m_written.count = ++next;
+            if (!takeMark(static_cast<Part>(next - 1)))
+                return m_right;
+        }
+        return m_right;
+    }
+
+    bool isFinished() const { return !m_colons; }
+
+    /// Goes to where the next part would begin. False when none can follow.
+    bool takeMark(Part part)
+    {
+        if (m_p != m_end && *m_p == ':' && part != Seconds) {
+            m_colons = true;
+            ++m_p;
+            return true;
+        }
+        if (const Mark *const mark = rowAt(marks, m_p, m_end)) {
+            m_right = mark->part == part;
+            m_p += mark->text.size();
+            return m_right && part != Seconds && nextPartFollows();
+        }
+        return m_blanksSeparate && m_p != m_end && isBlank(*m_p) && nextPartFollows();
+    }
+
+    /// Skips blanks before a further part. With marks, a number behind blanks is one only when its own mark
+    /// follows: it may be the next column.
+    bool nextPartFollows()
+    {
+        const char *const next = skipBlanks(m_p, m_end);
+        if (next == m_end || !isDigit(*next))
+            return false;
+        if (next != m_p && !m_blanksSeparate && !isMarkedPart(next))
+            return false;
+        m_p = next;
+        return true;
+    }
+
+    bool isMarkedPart(const char *p) const
+    {
+        double value = 0.0;
+        bool whole = false;
+        const char *const behind = parsePart(p, m_end, value, whole);
+        if (!behind)
+            return false;
+        const Mark *const mark = rowAt(marks, behind, m_end);
+        return mark && mark->part != Degrees;
+    }
+
+    const char *m_p;
+    const char *m_end;
+    bool m_blanksSeparate;
+    bool m_colons = false;
+    bool m_right = true; ///< every mark so far is the one of its part
+    Written m_written;
+};
+
+const char *columnEnd(const char *p, const char *end) { return std::find_if(p, end, isSeparator); }
+
+/// Behind the separator between two columns, null when it is not one.
+const char *nextColumn(const char *p, const char *end)
+{
+    const char *next = skipBlanks(p, end);
+    if (next != end && isSeparator(*next))
+        next = skipBlanks(next + 1, end);
+    return next == p || next == end ? nullptr : next;
+}
+
+const Hemisphere *loneHemisphere(const char *p, const char *end)
+{
+    const Hemisphere *const found = hemisphereAt(p, end);
+    return found && p + found->text.size() == columnEnd(p, end) ? found : nullptr;
+}
+
+/// The numbers of an angle in columns.
+const char *takeNumberColumns(const char *p, const char *end, int most, Written &written)
+{
+    const char *behind = nullptr;
+    for (const char *next = p; next && written.count < most;) {
+        const auto at = static_cast<std::size_t>(written.count);
+        const char *const numberEnd = parsePart(next, end, written.parts[at], written.whole[at]);
+        if (!numberEnd || numberEnd != columnEnd(next, end))
+            break;
+        ++written.count;
+        behind = numberEnd;
+        next = nextColumn(numberEnd, end);
+    }
+    return behind;
+}
+
+} // namespace
+
+const char *parseAngle(const char *p, const char *end, Angle &angle, std::string &why)
+{
+    return AngleParser(p, end, false).parse(angle, why);
+}
+
+bool readAngle(std::string_view text, Angle &angle, std::string &why)
+{
+    const char *const end = text.data() + text.size();
+    const char *const behind = AngleParser(text.data(), end, true).parse(angle, why);
+    if (!behind)
+        return false;
+    return skipBlanks(behind, end) == end || refuse(why, "is no number");
+}
+
+AngleColumns parseAngleColumns(const char *p, const char *end, int most, Angle &angle)
+{
+    AngleColumns result;
+    Written written;
+    written.hemisphere = loneHemisphere(p, end);
+    result.letterFirst = written.hemisphere != nullptr;
+    const char *const numbers = result.letterFirst ? nextColumn(columnEnd(p, end), end) : p;
+    const char *behind = numbers ? takeNumberColumns(numbers, end, most, written) : nullptr;
+    if (!behind)
+        return result;
+    if (!result.letterFirst) {
+        const char *const letter = nextColumn(behind, end);
+        written.hemisphere = letter ? loneHemisphere(letter, end) : nullptr;
+        if (!written.hemisphere)
+            return result;
+        behind = columnEnd(letter, end);
+    }
+    result.behind = behind;
+    result.count = written.count;
+    result.valid = valueOf(written, angle, result.why);
+    return result;
+}
+
+bool hasLoneHemisphere(const char *p, const char *end)
+{
+    while (p != end) {
+        p = std::find_if_not(p, end, isSeparator);
+        if (p != end && !isDigit(*p) && loneHemisphere(p, end))
+            return true;
+        p = columnEnd(p, end);
+    }
+    return false;
+}
+
+char *putAngle(char *at, double degrees, bool latitude, int decimals, Letters letters)
+{
+    constexpr double mostDegrees = 360000.0; // the digits of 1e-9" fit into 64 bits up to here
+    if (!(std::fabs(degrees) <= mostDegrees))
+        return putNumber(at, degrees, mostDecimals);
+    std::uint64_t scale = 1;
+    for (int i = 0; i < decimals; ++i)
+        scale *= 10;
+    // In units of the last decimal, so that rounding carries into minutes and degrees by itself.
+    const auto units = static_cast<std::uint64_t>(std::llround(static_cast<long double>(std::fabs(degrees)) *
+                                                               3600.0L * static_cast<long double>(scale)));
+    const std::uint64_t seconds = units / scale;
+    const auto two = [](char *to, std::uint64_t number) {
+        *to++ = static_cast<char>('0' + number / 10);
+        *to++ = static_cast<char>('0' + number % 10);
+        return to;
+    };
+    const auto text = [](char *to, std::string_view what) { return to + what.copy(to, what.size()); };
+    at = text(std::to_chars(at, at + longestAngle, seconds / 3600).ptr, "\xC2\xB0");
+    at = text(two(at, seconds / 60 % 60), "'");
+    at = two(at, seconds % 60);
+    if (decimals > 0) {
+        *at++ = '.';
+        std::uint64_t rest = units % scale;
+        for (int i = decimals; i-- > 0; rest /= 10)
+            at[i] = static_cast<char>('0' + rest % 10);
+        at += decimals;
+    }
+    constexpr std::string_view names[2][2][2] = {{{"E", "W"}, {"N", "S"}}, {{"В", "З"}, {"С", "Ю"}}};
+    return text(text(at, "\""), names[letters == Letters::Cyrillic][latitude][degrees < 0.0 && units != 0]);
+}

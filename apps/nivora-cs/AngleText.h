@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// What a hemisphere letter says about a coordinate.
+enum class Axis { Unknown, Longitude, Latitude };
+
+/// Degrees as people write them.
+struct Angle
+{
+    double degrees = 0.0;
+    Axis axis = Axis::Unknown;
+};
+
+/// Language of hemisphere letters.
+enum class Letters { Latin, Cyrillic };
+
+/// Reads the angle at the beginning of [p, end): decimal degrees, or degrees and minutes, or these and
+/// seconds, only the last with decimals, each followed by its mark (° d, ' ′ ’, " ″ ” '' and the like; the
+/// last may be missing) or separated by colons; a sign or a hemisphere letter before it, or the letter behind
+/// it (N S E W, С Ю В З, с.ш. and so on). Blanks may stand behind a mark and before a letter. Minutes are
+/// less than 60, seconds 60 at most: 59'60" is what rounding leaves behind. \return behind the angle, null
+/// when there is none; then \p why tells the reason.
+const char *parseAngle(const char *p, const char *end, Angle &angle, std::string &why);
+
+/// An angle that takes up the whole text; blanks may separate its parts in place of marks.
+bool readAngle(std::string_view text, Angle &angle, std::string &why);
+
+/// An angle whose parts are columns of their own: up to three numbers and a letter, or the letter first.
+struct AngleColumns
+{
+    const char *behind = nullptr; ///< null: there is none
+    int count = 0;                ///< of numbers
+    bool letterFirst = false;
+    bool valid = false; ///< false: it looks like one, but why tells what is wrong
+    std::string why;
+};
+/// The one at \p p, with at most \p most numbers.
+AngleColumns parseAngleColumns(const char *p, const char *end, int most, Angle &angle);
+
+/// Whether a letter that stands alone among the columns can be a hemisphere.
+bool hasLoneHemisphere(const char *p, const char *end);
+
+constexpr int mostSecondDecimals = 9;
+/// Bytes that putAngle() needs.
+constexpr std::size_t longestAngle = 400;
+/// Behind the angle, written as 55°45'21.5"N. Values of more than a thousand turns are written as decimals.
+char *putAngle(char *at, double degrees, bool latitude, int decimals, Letters letters);

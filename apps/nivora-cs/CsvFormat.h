@@ -1,0 +1,34 @@
+#pragma once
+
+#include "FileFormat.h"
+
+#include <QString>
+
+/// What the command line says about a table.
+struct CsvOptions
+{
+    std::string delimiter;           ///< empty: to be found
+    QString x = QStringLiteral("1"); ///< a column's name or its number, from 1; several for an angle in parts
+    QString y = QStringLiteral("2");
+    QString outX; ///< empty: where x was
+    QString outY;
+    CoordinateNotation notation;
+};
+
+/// Tables as RFC 4180 describes them, the delimiter aside: comma, semicolon, tab or bar, whichever gives the
+/// columns. The first line is a header when columns are asked for by name or its coordinates are words.
+class CsvFormat : public FileFormat
+{
+public:
+    explicit CsvFormat(CsvOptions options);
+    std::string delimiters() const override;
+    FileHead head(std::string_view firstLine) const override;
+    bool passesOn(std::string_view line) const override
+    {
+        return line.find_first_not_of(" \t\r") == std::string_view::npos;
+    }
+    bool keepsBytes() const override { return true; }
+
+private:
+    CsvOptions m_options;
+};

@@ -1,0 +1,177 @@
+#include "NumberText.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <string>
+
+namespace {
+
+__extension__ using Wide = unsigned __int128;
+
+// Powers of ten that a double holds exactly.
+constexpr double exactPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                  1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+constexpr std::uint64_t largestExact = std::uint64_t{1} << 53;
+constexpr int mantissaBits = 52;
+
+constexpr std::uint64_t powerOfTen(int exponent) { return exponent == 0 ? 1 : 10 * powerOfTen(exponent - 1); }
+constexpr std::uint64_t powers[mostDecimals + 1] = {
+    powerOfTen(0),  powerOfTen(1),  powerOfTen(2),  powerOfTen(3), powerOfTen(4),  powerOfTen(5),
+    powerOfTen(6),  powerOfTen(7),  powerOfTen(8),  powerOfTen(9), powerOfTen(10), powerOfTen(11),
+    powerOfTen(12), powerOfTen(13), powerOfTen(14), powerOfTen(15)};
+
+const char *takeDigits(const char *p, const char *end, std::uint64_t &digits)
+{
+    for (; p != end && isDigit(*p); ++p)
+        digits = digits * 10 + static_cast<std::uint64_t>(*p - '0');
+    return p;
+}
+
+/// Numbers as people write them, without a sign: when the digits and the power of ten are exact, so is one
+/// division. Null for others, which from_chars() reads the slow way.
+const char *parseShortNumber(const char *p, const char *end, double &value)
+{
+    constexpr std::ptrdiff_t mostDigits = 18;
+    std::uint64_t digits = 0;
+    const char *behind = takeDigits(p, end, digits);
+    std::ptrdiff_t decimals = 0;
+    std::ptrdiff_t count = behind - p;
+    if (behind != end && *behind == '.') {
+        const char *const first = behind + 1;
+        behind = takeDigits(first, end, digits);
+        decimals = behind - first;
+        count += decimals;
+    }
+    const bool exponentFollows = behind != end && (*behind == 'e' || *behind == 'E');
+    if (count == 0 || count > mostDigits || digits > largestExact || exponentFollows)
+        return nullptr;
+    value = static_cast<double>(digits) / exactPowers[decimals];
+    return behind;
+}
+
+constexpr char digitPairs[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
+
+/// \p count digits of \p number, zeros in front.
+char *putDigits(char *at, std::uint64_t number, int count)
+{
+    int i = count;
+    for (; i > 1; number /= 100)
+        std::memcpy(at + (i -= 2), digitPairs + 2 * (number % 100), 2);
+    if (i == 1)
+        *at = static_cast<char>('0' + number % 10);
+    return at + count;
+}
+
+/// A number cut at the point; the decimals as a whole number.
+struct Decimals
+{
+    std::uint64_t whole;
+    std::uint64_t fraction;
+};
+
+/// The value to so many decimals, rounded half to even from the exact binary value. False when it is out of
+/// the range that 128 bits work out.
+bool roundTo(double magnitude, int decimals, Decimals &result)
+{
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &magnitude, sizeof bits);
+    const int shift = 1075 - static_cast<int>(bits >> mantissaBits); // magnitude = mantissa / 2^shift
+    if (shift < 1 || shift > 63)
+        return false;
+    const std::uint64_t mantissa = (bits & (largestExact / 2 - 1)) | largestExact / 2;
+    const std::uint64_t mask = (std::uint64_t{1} << shift) - 1;
+    const Wide product = Wide{mantissa & mask} * powers[decimals];
+    const std::uint64_t rest = static_cast<std::uint64_t>(product) & mask;
+    const std::uint64_t half = std::uint64_t{1} << (shift - 1);
+    result.whole = mantissa >> shift;
+    result.fraction = static_cast<std::uint64_t>(product >> shift);
+    const std::uint64_t last = decimals == 0 ? result.whole : result.fraction;
+    if (rest > half || (rest == half && (last & 1) != 0))
+        ++result.fraction;
+    if (result.fraction == powers[decimals]) {
+        ++result.whole;
+        result.fraction = 0;
+    }
+    return true;
+}
+
+char *putAnyNumber(char *at, double value, int decimals)
+{
+    char *end = std::to_chars(at, at + longestNumber, value, std::chars_format::fixed, decimals).ptr;
+    const std::string_view digits(at, static_cast<std::size_t>(end - at));
+    if (digits.front() != '-' || digits.find_first_not_of("-0.") != std::string_view::npos)
+        return end;
+    return std::char_traits<char>::move(at, at + 1, digits.size() - 1) + digits.size() - 1;
+}
+
+} // namespace
+
+const char *parseNumber(const char *p, const char *end, double &value, const char *&why)
+{
+    why = "is no number";
+    if (p != end && *p == '+' && (p + 1 == end || p[1] == '-'))
+        return nullptr;
+    if (p != end && *p == '+')
+        ++p; // from_chars knows only the minus
+    const bool negative = p != end && *p == '-';
+    const char *const first = negative ? p + 1 : p;
+    if (first == end || !(isDigit(*first) || *first == '.')) // keeps "inf" and "nan" away
+        return nullptr;
+    if (const char *const behind = parseShortNumber(first, end, value)) {
+        value = negative ? -value : value;
+        return behind;
+    }
+    const auto [behind, error] = std::from_chars(p, end, value);
+    if (error == std::errc::result_out_of_range)
+        why = "is too large or too small for a number";
+    return error == std::errc() ? behind : nullptr;
+}
+
+const char *parseCommaNumber(const char *p, const char *end, double &value, const char *&why)
+{
+    const char *const comma =
+        std::find_if_not(p, end, [](char c) { return isDigit(c) || c == '-' || c == '+'; });
+    if (comma == end || *comma != ',' || comma + 1 == end || !isDigit(comma[1]) || comma == p)
+        return parseNumber(p, end, value, why);
+    const char *const decimalsEnd = std::find_if_not(comma + 1, end, isDigit);
+    std::string text(p, decimalsEnd);
+    text[static_cast<std::size_t>(comma - p)] = '.';
+    const char *const textEnd = text.data() + text.size();
+    const char *const behind = parseNumber(text.data(), textEnd, value, why);
+    return behind == textEnd ? decimalsEnd : nullptr;
+}
+
+char *putNumber(char *at, double value, int decimals)
+{
+    const bool negative = value < 0.0;
+    Decimals rounded{};
+    if (!roundTo(negative ? -value : value, decimals, rounded))
+        return putAnyNumber(at, value, decimals);
+    if (negative && (rounded.whole | rounded.fraction) != 0)
+        *at++ = '-';
+    at = std::to_chars(at, at + longestNumber, rounded.whole).ptr;
+    if (decimals == 0)
+        return at;
+    *at++ = '.';
+    return putDigits(at, rounded.fraction, decimals);
+}
+
+bool readNumber(std::string_view text, double &value)
+{
+    const char *reason = nullptr;
+    const char *const end = text.data() + text.size();
+    return parseNumber(text.data(), end, value, reason) == end && !text.empty();
+}
+
+QString numberText(double value, int decimals)
+{
+    std::array<char, longestNumber> text;
+    const char *const end = putNumber(text.data(), value, decimals);
+    return QString::fromLatin1(text.data(), static_cast<int>(end - text.data()));
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QString>
+
+#include <string_view>
+
+/// Most decimals that are written.
+constexpr int mostDecimals = 15;
+
+/// Bytes that the longest number needs: the largest double has 309 digits before the point.
+constexpr std::size_t longestNumber = 309 + 2 + mostDecimals;
+
+inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
+/// Blanks and tabs.
+inline bool isBlank(char c) { return c == ' ' || c == '\t'; }
+/// Blanks, tabs and, between columns, commas and semicolons.
+inline bool isSeparator(char c) { return isBlank(c) || c == ',' || c == ';'; }
+inline const char *skipBlanks(const char *p, const char *end)
+{
+    while (p != end && isBlank(*p))
+        ++p;
+    return p;
+}
+
+/// Behind the decimal number at \p p, null when there is none; then \p why tells the reason. "nan", "inf" and
+/// numbers that no double holds are none.
+const char *parseNumber(const char *p, const char *end, double &value, const char *&why);
+
+/// As parseNumber(), with a comma before the decimals.
+const char *parseCommaNumber(const char *p, const char *end, double &value, const char *&why);
+
+/// Behind the number, written with a fixed count of decimals, never "-0.0". longestNumber bytes are needed.
+char *putNumber(char *at, double value, int decimals);
+
+/// A number that takes up the whole text. False for anything else.
+bool readNumber(std::string_view text, double &value);
+
+/// A number with a fixed count of decimals, never "-0.0".
+QString numberText(double value, int decimals);

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <coordsys/CoordSystemCatalogModel.h>
+#include <coordsys/MapinfoSearch.h>
+
+#include <QHash>
+#include <QStringList>
+#include <QVector>
+
+#include <memory>
+
+namespace nivora::cs {
+
+/// What a catalogue model has to read before it can list the EPSG database, search and tell areas: some 0.2 s
+/// of work that needs the PROJ lock for a part of it. Made on a thread of its own, only read afterwards.
+class CatalogIndex
+{
+public:
+    struct System
+    {
+        QString name;
+        int code;
+        CoordSystemCatalogModel::Kind kind;
+        QRectF area;
+    };
+    struct Country
+    {
+        QString name;
+        QVector<System> systems;
+    };
+    /// A system of the database that the MapInfo catalogue does not have, and the words it is found by.
+    struct Uncatalogued
+    {
+        int country;
+        int row;
+        int code;
+        QString text; ///< as searchText() makes it
+    };
+
+    /// \p resources holds the names in other languages and the towns; what is not there is left out.
+    CatalogIndex(const MapinfoCoordSystem &catalogue, const QDir &resources, const QString &language);
+
+    const QVector<Country> &countries() const { return m_countries; }
+    const QVector<Uncatalogued> &uncatalogued() const { return m_uncatalogued; }
+    /// Null for a code that the catalogue has, or nobody.
+    const Uncatalogued *uncatalogued(int code) const;
+    const MapinfoSearch &search() const { return m_search; }
+    /// Area of use of a code, null when unknown.
+    QRectF area(int code) const { return m_areas.value(code); }
+
+private:
+    void readDatabase();
+    void noteUncatalogued(const MapinfoCoordSystem &catalogue);
+
+    MapinfoSearch m_search;
+    QVector<Country> m_countries;
+    QVector<Uncatalogued> m_uncatalogued;
+    QHash<int, QRectF> m_areas;
+};
+
+/// Words as they are compared: accents dropped, case folded, whatever is no letter or digit a blank.
+QString searchText(const QString &text);
+bool holdsWords(const QString &searchText, const QStringList &words);
+
+} // namespace nivora::cs

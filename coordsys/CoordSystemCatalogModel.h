@@ -1,0 +1,128 @@
+#pragma once
+
+#include <coordsys/CoordSystemParams.h>
+#include <coordsys/UserCoordSystem.h>
+
+#include <QAbstractItemModel>
+#include <QVector>
+
+#include <memory>
+
+namespace nivora::cs {
+
+class CatalogIndex;
+class CoordSysFactory;
+
+/// Everything there is to choose from, as a tree for views: the user's own systems by branch, those used
+/// recently, the named systems of the MapInfo catalogue by category, and the EPSG database by country.
+///
+/// Rows are answered from what the catalogues hold already: no row asks an engine, no system is made before
+/// create(). The EPSG database and what the search needs are read on a thread of the model's own, some 0.2 s;
+/// prepare() starts that, and so does opening the section. The model shows the catalogues as they were when
+/// it was made; the user's systems are read anew by reloadOwnSystems().
+///
+/// Threads: one, that of the views. Ownership: it keeps a share of its factory.
+class NIVORA_CS_EXPORT CoordSystemCatalogModel : public QAbstractItemModel
+{
+    Q_OBJECT
+public:
+    /// The rows of the tree's first level.
+    enum Section { OwnSystems, RecentSystems, MapinfoCatalogue, EpsgDatabase, SectionCount };
+    enum Column { NameColumn, CodeColumn, ColumnCount };
+    /// What Qt::DisplayRole does not say. Rows that are no system answer nothing but NameRole.
+    enum Role {
+        NameRole = Qt::UserRole,
+        CodeRole,   ///< EPSG code, CoordSystemTypes::EPSG_UNDEFINDED when the entry has none
+        PrjRole,    ///< CoordSys text of the catalogue or the user, null when none is stored
+        AreaRole,   ///< QRectF, the area of use: longitude and latitude in degrees on WGS 84, width positive
+                    ///< (it may end beyond 180); null when unknown or not read yet
+        KindRole,   ///< int, a Kind
+        TaggedRole, ///< text for CoordSysFactory::createFromTaggedString(); of Oracle's numbers "oracle:n"
+        GroupRole,  ///< name of the branch, category or country
+    };
+    enum class Kind : int { Unknown = 0, Geographic = 1, Projected = 2, NonEarth = 3 };
+    Q_ENUM(Kind)
+
+    /// A system that was chosen before.
+    struct RecentSystem
+    {
+        QString name;
+        QString tagged;
+        int epsg = CoordSystemTypes::EPSG_UNDEFINDED;
+    };
+
+    /// The factory must have been initialised. Throws std::invalid_argument "factory" for null.
+    explicit CoordSystemCatalogModel(std::shared_ptr<CoordSysFactory> factory, QObject *parent = nullptr);
+    /// Waits for the thread.
+    ~CoordSystemCatalogModel() override;
+
+    const std::shared_ptr<CoordSysFactory> &factory() const { return m_factory; }
+
+    /// Starts to read the EPSG database and the search's words unless that was done; returns at once.
+    void prepare();
+    /// Waits until that is done. For programs without an event loop, and tests.
+    void waitUntilPrepared();
+    bool isPrepared() const { return m_index != nullptr; }
+
+    void setRecentSystems(const QVector<RecentSystem> &systems);
+    /// Takes what the factory's store holds now.
+    void reloadOwnSystems();
+
+    QModelIndex sectionIndex(Section section) const { return index(section, NameColumn); }
+    /// Row of a catalogue's category.
+    QModelIndex catalogueIndex(int category, int entry) const;
+    /// The row that stands for a code: the catalogue's first entry with it, else the database's. Invalid when
+    /// there is none.
+    QModelIndex indexOfCode(int epsg) const;
+    static bool isSystem(const QModelIndex &index);
+
+    /// The system of a row, named as the row is. Throws what the factory's creators throw, and
+    /// std::invalid_argument for a row that is no system. Costs some milliseconds.
+    CoordSystemPtr create(const QModelIndex &index) const;
+
+    QModelIndex index(int row, int column, const QModelIndex &parent = QModelIndex()) const override;
+    QModelIndex parent(const QModelIndex &child) const override;
+    int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    int columnCount(const QModelIndex &parent = QModelIndex()) const override;
+    bool hasChildren(const QModelIndex &parent = QModelIndex()) const override;
+    bool canFetchMore(const QModelIndex &parent) const override;
+    void fetchMore(const QModelIndex &parent) override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
+
+Q_SIGNALS:
+    /// The EPSG database is there, areas are known, searches find. Not sent when reading it failed (logged);
+    /// opening the section or prepare() tries again then.
+    void prepared();
+    void ownSystemsChanged();
+
+private:
+    friend class CoordSystemFilterModel;
+    struct Record;
+    struct Worker;
+
+    QString nameOf(const QModelIndex &index) const;
+    QVariant systemData(const QModelIndex &index, int role) const;
+    Record record(const QModelIndex &index) const;
+    const CoordSystemParams &catalogueEntry(const QModelIndex &index) const;
+    const UserCoordSystem::CoordSystemParam &ownEntry(const QModelIndex &index) const;
+    QString prjText(const QModelIndex &index) const;
+    QString taggedText(const QModelIndex &index) const;
+    QModelIndex systemIndex(Section section, int group, int row, int column = NameColumn) const;
+    QString groupName(Section section, int group) const;
+    int groupCount(Section section) const;
+    int systemCount(Section section, int group) const;
+    QRectF area(int epsg) const;
+    void takeIndex();
+    template <typename Change> void replaceRows(Section section, int newCount, Change &&change);
+
+    std::shared_ptr<CoordSysFactory> m_factory;
+    QList<CoordSystemParamsList> m_categories;
+    QList<UserCoordSystem::CsDataType> m_branches;
+    QVector<RecentSystem> m_recent;
+    std::shared_ptr<const CatalogIndex> m_index;
+    std::unique_ptr<Worker> m_worker; ///< last: it ends first
+};
+
+} // namespace nivora::cs

@@ -1,0 +1,99 @@
+#pragma once
+
+#include <coordsys/CoordSystemCatalogModel.h>
+
+#include <QAbstractTableModel>
+#include <QRectF>
+#include <QVector>
+
+#include <memory>
+#include <optional>
+
+namespace nivora::cs {
+
+/// Those systems of a CoordSystemCatalogModel that people look for, best first, as a flat list: by words,
+/// code or town (as MapinfoSearch finds them), by place, or both. The user's own systems come first, then the
+/// catalogue's, then those of the EPSG database that the catalogue lacks; recent ones are not repeated.
+///
+/// Made for every keystroke: setText() and setPlace() return at once, a thread of the model's own looks (a
+/// millisecond or two mostly, some 50 when slips of the hand are forgiven), and found() tells. Until then
+/// isPending(), and the rows are those found before. Texts that are overtaken by the next one are not looked
+/// for. Rows come in portions (fetchMore()). Threads: one, that of the views.
+class NIVORA_CS_EXPORT CoordSystemFilterModel : public QAbstractTableModel
+{
+    Q_OBJECT
+public:
+    enum Column { NameColumn, CodeColumn, GroupColumn, ColumnCount };
+
+    /// What would be found with one word of the text, or the place, left out.
+    struct Relaxation
+    {
+        QString text;    ///< the words that are left
+        QString without; ///< the word left out, null when it is the place
+        int count = 0;   ///< systems that would be found, above 0
+    };
+
+    /// \p source must live as long as this.
+    explicit CoordSystemFilterModel(CoordSystemCatalogModel &source, QObject *parent = nullptr);
+    /// Waits for the thread.
+    ~CoordSystemFilterModel() override;
+
+    QString text() const { return m_text; }
+    void setText(const QString &text);
+    /// Only systems in use at a place: longitude and latitude in degrees, x first; a point is a rectangle
+    /// without extent, width may run on across the 180th meridian. The systems whose area of use holds the
+    /// middle; without words those that hold all of it first, then by size of area, the smallest first.
+    /// Systems without a known area are left out. Nothing, or a place that is not finite: everywhere.
+    void setPlace(const std::optional<QRectF> &lonLat);
+    const std::optional<QRectF> &place() const { return m_place; }
+
+    /// There are words or a place; without either the list is empty.
+    bool isFiltering() const;
+    /// Something is looked for, and the answer is not there yet.
+    bool isPending() const { return m_isPending; }
+    /// Waits for the answer, and for the source to be prepared. found() is sent meanwhile.
+    void waitUntilFound();
+    /// All that was found, fetched or not.
+    int foundCount() const;
+    /// When nothing was found: ways to find something, those with the fewest results first.
+    const QVector<Relaxation> &relaxations() const { return m_relaxations; }
+
+    QModelIndex mapToSource(const QModelIndex &index) const;
+    /// Invalid for what was not found; fetches the rows up to what was.
+    QModelIndex mapFromSource(const QModelIndex &source);
+
+    int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    int columnCount(const QModelIndex &parent = QModelIndex()) const override;
+    bool canFetchMore(const QModelIndex &parent) const override;
+    void fetchMore(const QModelIndex &parent) override;
+    /// The roles of the source, too.
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+
+Q_SIGNALS:
+    /// The rows are those of text() and place().
+    void found();
+
+private:
+    struct Entry;
+    struct Query;
+    struct Answer;
+    struct Worker;
+
+    void refresh();
+    void start();
+    void takeAnswer();
+    void show(Answer answer);
+    QModelIndex sourceIndex(const Entry &entry) const;
+
+    CoordSystemCatalogModel &m_source;
+    QString m_text;
+    std::optional<QRectF> m_place;
+    QVector<Entry> m_found;
+    QVector<Relaxation> m_relaxations;
+    int m_fetched = 0;
+    bool m_isPending = false;
+    std::unique_ptr<Worker> m_worker; ///< last: it ends first
+};
+
+} // namespace nivora::cs

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QString>
+
+#include <string>
+#include <vector>
+
+namespace nivora::cs {
+
+// How texts are compared by a search.
+
+/// Letters and digits as they are compared: accents dropped, case folded, everything else a blank, and a
+/// blank between letter and digit. UTF-8, with a blank before each word and behind the last, so that " wo"
+/// finds the beginning of a word and " 37 " a whole one.
+std::string comparable(const QString &text);
+
+std::vector<std::string> wordsOf(const QString &text);
+
+/// A word that is looked for, in one or several spellings. A number is found as a whole word only.
+struct SearchWord
+{
+    std::vector<std::string> forms;
+    bool isNumber = false;
+
+    explicit SearchWord(const std::string &word);
+    void addForm(const std::string &form);
+
+    bool isIn(const std::string &text) const;
+    /// At the beginning of a word of \p text.
+    bool begins(const std::string &text) const;
+    bool is(const std::string &word) const;
+
+private:
+    std::vector<std::string> m_beginnings; ///< of the forms, with the blanks that make them so
+};
+using SearchWords = std::vector<SearchWord>;
+
+SearchWords searchWords(const std::vector<std::string> &words);
+
+/// True when one slip of the hand lies between two words: a letter missing, added, replaced or swapped with
+/// its neighbour. Words of fewer than four letters have no slips: "utm" is no "atm".
+bool isSlipOf(const QString &word, const QString &other);
+
+} // namespace nivora::cs

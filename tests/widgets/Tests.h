@@ -1,0 +1,8 @@
+#pragma once
+
+#include <QObject>
+
+#include <memory>
+
+std::unique_ptr<QObject> makeTestCatalogModel();
+std::unique_ptr<QObject> makeTestPicker();

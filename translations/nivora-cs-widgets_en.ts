@@ -1,0 +1,236 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="en" sourcelanguage="ru">
+<context>
+    <name>QObject</name>
+    <message>
+        <source>Выбор системы координат</source>
+        <translation>Choose a coordinate system</translation>
+    </message>
+    <message>
+        <source>Выбрать</source>
+        <translation>Choose</translation>
+    </message>
+    <message>
+        <source>Отмена</source>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>Готовлю поиск…</source>
+        <translation>Preparing the search…</translation>
+    </message>
+    <message>
+        <source>Читаю текст…</source>
+        <translation>Reading the text…</translation>
+    </message>
+    <message>
+        <source>Найдено: %1</source>
+        <translation>Found: %1</translation>
+    </message>
+    <message>
+        <source>Введённый текст – описание системы&lt;br&gt;&lt;b&gt;%1&lt;/b&gt;</source>
+        <translation>The text is the definition of&lt;br&gt;&lt;b&gt;%1&lt;/b&gt;</translation>
+    </message>
+    <message>
+        <source>По введённому тексту систему создать нельзя.</source>
+        <translation>No system can be made from this text.</translation>
+    </message>
+    <message>
+        <source>Ничего не найдено.</source>
+        <translation>Nothing found.</translation>
+    </message>
+    <message>
+        <source>&lt;a href=&quot;everywhere&quot;&gt;Во всём мире&lt;/a&gt;: %1</source>
+        <translation>&lt;a href="everywhere"&gt;Everywhere&lt;/a&gt;: %1</translation>
+    </message>
+    <message>
+        <source>&lt;a href=&quot;text:%1&quot;&gt;Без слова «%2»&lt;/a&gt;: %3</source>
+        <translation>&lt;a href="text:%1"&gt;Without “%2”&lt;/a&gt;: %3</translation>
+    </message>
+    <message>
+        <source>Сохранить как &amp;мою систему…</source>
+        <translation>Save as &amp;my system…</translation>
+    </message>
+    <message>
+        <source>Название, код, город или описание в любой нотации</source>
+        <translation>Name, code, town, or a definition in any notation</translation>
+    </message>
+    <message>
+        <source>Поиск системы координат</source>
+        <translation>Search for a coordinate system</translation>
+    </message>
+    <message>
+        <source>Стрелки вверх и вниз выбирают найденную систему, Enter подтверждает выбор.</source>
+        <translation>The up and down arrows select what was found, Enter chooses it.</translation>
+    </message>
+    <message>
+        <source>Весь мир</source>
+        <translation>Everywhere</translation>
+    </message>
+    <message>
+        <source>Место…</source>
+        <translation>At a point…</translation>
+    </message>
+    <message>
+        <source>Где применяется система</source>
+        <translation>Where the system is used</translation>
+    </message>
+    <message>
+        <source>Место можно указать и правой кнопкой мыши на карте</source>
+        <translation>A click on the map with the right button gives the point, too</translation>
+    </message>
+    <message>
+        <source>долгота, широта</source>
+        <translation>longitude, latitude</translation>
+    </message>
+    <message>
+        <source>Долгота и широта места в градусах</source>
+        <translation>Longitude and latitude of the point in degrees</translation>
+    </message>
+    <message>
+        <source>Системы координат по разделам</source>
+        <translation>Coordinate systems by section</translation>
+    </message>
+    <message>
+        <source>Найденные системы координат</source>
+        <translation>Coordinate systems found</translation>
+    </message>
+    <message>
+        <source>&amp;Поиск:</source>
+        <translation>&amp;Search:</translation>
+    </message>
+    <message>
+        <source>&amp;Где:</source>
+        <translation>&amp;Where:</translation>
+    </message>
+    <message>
+        <source>Вид карты</source>
+        <translation>In the current view</translation>
+    </message>
+    <message>
+        <source>Сохранить как мою систему</source>
+        <translation>Save as my system</translation>
+    </message>
+    <message>
+        <source>Мои системы</source>
+        <translation>My systems</translation>
+    </message>
+    <message>
+        <source>Сохранить</source>
+        <translation>Save</translation>
+    </message>
+    <message>
+        <source>&amp;Название:</source>
+        <translation>&amp;Name:</translation>
+    </message>
+    <message>
+        <source>&amp;Раздел:</source>
+        <translation>&amp;Branch:</translation>
+    </message>
+    <message>
+        <source>нет (%1)</source>
+        <translation>none (%1)</translation>
+    </message>
+    <message>
+        <source>%1 (эллипсоид %2)</source>
+        <translation>%1 (ellipsoid %2)</translation>
+    </message>
+    <message>
+        <source>%1:</source>
+        <comment>title of a field</comment>
+        <translation>%1:</translation>
+    </message>
+    <message>
+        <source>Название</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>Код</source>
+        <translation>Code</translation>
+    </message>
+    <message>
+        <source>Вид</source>
+        <translation>Kind</translation>
+    </message>
+    <message>
+        <source>Датум</source>
+        <translation>Datum</translation>
+    </message>
+    <message>
+        <source>Область</source>
+        <translation>Area of use</translation>
+    </message>
+    <message>
+        <source>Точность</source>
+        <translation>Accuracy</translation>
+    </message>
+    <message>
+        <source>Строка CoordSys</source>
+        <translation>CoordSys text</translation>
+    </message>
+    <message>
+        <source>&amp;Строка CoordSys:</source>
+        <translation>&amp;CoordSys text:</translation>
+    </message>
+    <message>
+        <source>Почему систему нельзя выбрать</source>
+        <translation>Why the system cannot be chosen</translation>
+    </message>
+    <message>
+        <source>Систему нельзя создать: %1</source>
+        <translation>The system cannot be made: %1</translation>
+    </message>
+    <message>
+        <source>%1° з. д.</source>
+        <translation>%1°W</translation>
+    </message>
+    <message>
+        <source>%1° в. д.</source>
+        <translation>%1°E</translation>
+    </message>
+    <message>
+        <source>%1° ю. ш.</source>
+        <translation>%1°S</translation>
+    </message>
+    <message>
+        <source>%1° с. ш.</source>
+        <translation>%1°N</translation>
+    </message>
+    <message>
+        <source>%1 – %2</source>
+        <comment>range</comment>
+        <translation>%1 – %2</translation>
+    </message>
+    <message>
+        <source>все долготы, %1</source>
+        <translation>all longitudes, %1</translation>
+    </message>
+    <message>
+        <source>%1, %2</source>
+        <comment>longitudes, latitudes</comment>
+        <translation>%1, %2</translation>
+    </message>
+    <message>
+        <source>Карта мира</source>
+        <translation>Map of the world</translation>
+    </message>
+    <message>
+        <source>Область применения неизвестна</source>
+        <translation>The area of use is not known</translation>
+    </message>
+    <message>
+        <source>Область применения: %1</source>
+        <translation>Area of use: %1</translation>
+    </message>
+    <message>
+        <source>%1, %2</source>
+        <comment>longitude, latitude</comment>
+        <translation>%1, %2</translation>
+    </message>
+    <message>
+        <source>%1 (%2)</source>
+        <comment>system, place</comment>
+        <translation>%1 (%2)</translation>
+    </message>
+</context>
+</TS>

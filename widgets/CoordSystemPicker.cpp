@@ -1,0 +1,465 @@
+#include <widgets/CoordSystemPicker.h>
+
+#include <widgets/PickerLayout_p.h>
+#include <widgets/RecentSystems_p.h>
+#include <widgets/SaveSystem_p.h>
+#include <widgets/TypedSystem_p.h>
+
+#include <coordsys/CoordSysFactory.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/CoordSystemCatalogModel.h>
+#include <coordsys/CoordSystemFilterModel.h>
+
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QLocale>
+#include <QTimer>
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <iterator>
+#include <optional>
+#include <utility>
+
+namespace nivora::cs {
+namespace {
+
+/// Milliseconds without another key before what costs more than a keystroke is done: the system is made, the
+/// map moves, typed definitions are read.
+constexpr int settleTime = 120;
+/// More outlines than this say nothing.
+constexpr int mostNeighbours = 150;
+
+constexpr Qt::Key listKeys[] = {Qt::Key_Up, Qt::Key_Down, Qt::Key_PageUp, Qt::Key_PageDown};
+
+bool isEnter(int key) { return key == Qt::Key_Return || key == Qt::Key_Enter; }
+
+void setCode(int epsg, SystemFacts &facts)
+{
+    if (epsg != CoordSystemTypes::EPSG_UNDEFINDED)
+        facts.code = QStringLiteral("EPSG:%1").arg(epsg);
+}
+
+} // namespace
+
+class CoordSystemPicker::Private
+{
+public:
+    /// What is current, and what became of it.
+    struct Choice
+    {
+        CoordSystemPtr system;
+        SystemFacts facts;
+    };
+
+    Private(CoordSystemPicker *owner, std::shared_ptr<CoordSysFactory> factory);
+
+    void connectLists();
+    void connectRest();
+    void search(const QString &now);
+    void showFound();
+    void showPage();
+    void changed();
+    void settle();
+    Choice choice() const;
+    Choice choiceOf(const QModelIndex &row) const;
+    Choice choiceOf(const CoordSystemPtr &cs) const;
+    Choice choiceOfText() const;
+    void explainText(const Choice &choice);
+    QString emptinessText() const;
+    void followLink(const QString &link);
+    void showNeighbours(const QModelIndex &row);
+    void choose(const QModelIndex &row);
+    void activate();
+    void applyPlace();
+    void setPlace(PickerLayout::PlaceKind kind);
+    void save();
+    QModelIndex currentRow() const;
+    bool isReadingText() const;
+
+    CoordSystemPicker *q;
+    CoordSystemCatalogModel model;
+    CoordSystemFilterModel filter;
+    PickerLayout ui;
+    QTimer settling;                           ///< runs from a change until the user pauses
+    bool isDefinition = false;                 ///< the search text is no search
+    CoordSystemPtr given;                      ///< by setCoordSystem(), for want of a row
+    CoordSystemPtr system;                     ///< the choice; null while settling and when it cannot be made
+    QVector<QPersistentModelIndex> neighbours; ///< rows by the id on the map
+};
+
+CoordSystemPicker::Private::Private(CoordSystemPicker *owner, std::shared_ptr<CoordSysFactory> factory)
+    : q(owner)
+    , model(std::move(factory))
+    , filter(model)
+    , ui(owner, model, filter)
+{
+    model.setRecentSystems(loadRecentSystems());
+    for (const auto section : {CoordSystemCatalogModel::OwnSystems, CoordSystemCatalogModel::RecentSystems,
+                               CoordSystemCatalogModel::MapinfoCatalogue})
+        ui.tree->expand(model.sectionIndex(section));
+    settling.setSingleShot(true);
+    settling.setInterval(settleTime);
+    connectLists();
+    connectRest();
+    showPage();
+    model.prepare();
+}
+
+void CoordSystemPicker::Private::connectLists()
+{
+    for (QTreeView *list : {ui.tree, ui.results}) {
+        connect(list->selectionModel(), &QItemSelectionModel::currentChanged, q, [this] {
+            given.reset();
+            changed();
+        });
+        connect(list, &QTreeView::doubleClicked, q, [this] { activate(); });
+        list->installEventFilter(q);
+    }
+    ui.search->installEventFilter(q);
+}
+
+void CoordSystemPicker::Private::connectRest()
+{
+    connect(ui.search, &QLineEdit::textChanged, q, [this](const QString &now) { search(now); });
+    connect(&settling, &QTimer::timeout, q, [this] { settle(); });
+    connect(&filter, &CoordSystemFilterModel::found, q, [this] { showFound(); });
+    connect(ui.message, &QLabel::linkActivated, q, [this](const QString &link) { followLink(link); });
+    connect(ui.map, &WorldMap::neighbourClicked, q, [this](int id) { choose(neighbours.value(id)); });
+    connect(ui.map, &WorldMap::placeClicked, q, &CoordSystemPicker::filterByPoint);
+    connect(ui.placeKind, QOverload<int>::of(&QComboBox::activated), q, [this] { applyPlace(); });
+    connect(ui.point, &QLineEdit::textEdited, q, [this] { applyPlace(); });
+    connect(ui.save, &QPushButton::clicked, q, [this] { save(); });
+}
+
+/// At every keystroke: nothing here may cost more than the search itself.
+void CoordSystemPicker::Private::search(const QString &now)
+{
+    given.reset();
+    const bool wasDefinition = std::exchange(isDefinition, looksLikeDefinition(now));
+    filter.setText(isDefinition ? QString() : now);
+    if (isDefinition || wasDefinition)
+        showFound();
+    else
+        changed(); // what is found is shown when it is there
+    showPage();
+}
+
+void CoordSystemPicker::Private::showFound()
+{
+    showPage();
+    if (ui.currentList() == ui.results)
+        ui.results->setCurrentIndex(filter.index(0, 0));
+    changed();
+}
+
+void CoordSystemPicker::Private::showPage()
+{
+    const bool isSearching = filter.isFiltering() && !isDefinition;
+    if (isSearching && filter.isPending() && model.isPrepared())
+        return; // in a moment: what is shown stays
+    const bool hasFound = isSearching && filter.foundCount() > 0;
+    if (hasFound)
+        ui.showList(ui.results);
+    else if (isSearching || isDefinition)
+        ui.showMessage(filter.isPending() ? QObject::tr("Готовлю поиск…") : QObject::tr("Читаю текст…"));
+    else
+        ui.showList(ui.tree);
+    ui.count->setText(hasFound ? QObject::tr("Найдено: %1").arg(QLocale().toString(filter.foundCount()))
+                               : QString());
+}
+
+QModelIndex CoordSystemPicker::Private::currentRow() const
+{
+    const QTreeView *list = ui.currentList();
+    if (!list)
+        return {};
+    const QModelIndex current = list->currentIndex();
+    return list == ui.results ? filter.mapToSource(current)
+                              : current.siblingAtColumn(CoordSystemCatalogModel::NameColumn);
+}
+
+bool CoordSystemPicker::Private::isReadingText() const { return !ui.currentList() && !filter.isPending(); }
+
+void CoordSystemPicker::Private::changed()
+{
+    system.reset();
+    settling.start();
+    Q_EMIT q->choiceChanged();
+}
+
+/// The dear part of a change: the engines make the system, the map moves.
+void CoordSystemPicker::Private::settle()
+{
+    filter.waitUntilFound();
+    settling.stop();
+    const Choice current = choice();
+    system = current.system;
+    if (!given && isReadingText())
+        explainText(current);
+    ui.details->show(current.facts);
+    ui.map->setArea(current.facts.area);
+    showNeighbours(currentRow());
+    ui.save->setEnabled(system != nullptr);
+    Q_EMIT q->choiceChanged();
+}
+
+CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choice() const
+{
+    if (given)
+        return choiceOf(given);
+    return isReadingText() ? choiceOfText() : choiceOf(currentRow());
+}
+
+CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOf(const QModelIndex &row) const
+{
+    Choice result;
+    if (!CoordSystemCatalogModel::isSystem(row))
+        return result;
+    result.facts.name = row.data(CoordSystemCatalogModel::NameRole).toString();
+    result.facts.prj = row.data(CoordSystemCatalogModel::PrjRole).toString();
+    result.facts.area = row.data(CoordSystemCatalogModel::AreaRole).toRectF();
+    setCode(row.data(CoordSystemCatalogModel::CodeRole).toInt(), result.facts);
+    try {
+        result.system = model.create(row);
+        addFacts(*result.system, result.facts);
+    } catch (const std::exception &e) {
+        result.facts.problem = QString::fromUtf8(e.what());
+    }
+    return result;
+}
+
+CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOf(const CoordSystemPtr &cs) const
+{
+    Choice result;
+    result.system = cs;
+    addFacts(*cs, result.facts);
+    return result;
+}
+
+CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOfText() const
+{
+    try {
+        return choiceOf(systemFromText(*model.factory(), ui.search->text()));
+    } catch (const std::exception &e) {
+        Choice result;
+        if (isDefinition) // a search that finds nothing is no failed system
+            result.facts.problem = QString::fromUtf8(e.what());
+        return result;
+    }
+}
+
+void CoordSystemPicker::Private::explainText(const Choice &choice)
+{
+    if (choice.system)
+        ui.showMessage(QObject::tr("Введённый текст – описание системы<br><b>%1</b>")
+                           .arg(choice.facts.name.toHtmlEscaped()));
+    else if (isDefinition)
+        ui.showMessage(QObject::tr("По введённому тексту систему создать нельзя."));
+    else
+        ui.showMessage(emptinessText());
+}
+
+/// Links are the texts to search for, and "everywhere".
+QString CoordSystemPicker::Private::emptinessText() const
+{
+    QStringList lines{QObject::tr("Ничего не найдено.")};
+    const QVector<CoordSystemFilterModel::Relaxation> ways = filter.relaxations();
+    for (const CoordSystemFilterModel::Relaxation &way : ways) {
+        const QString count = QLocale().toString(way.count);
+        lines << (way.without.isNull()
+                      ? QObject::tr("<a href=\"everywhere\">Во всём мире</a>: %1").arg(count)
+                      : QObject::tr("<a href=\"text:%1\">Без слова «%2»</a>: %3")
+                            .arg(way.text.toHtmlEscaped(), way.without.toHtmlEscaped(), count));
+    }
+    return lines.join(QStringLiteral("<br>"));
+}
+
+void CoordSystemPicker::Private::followLink(const QString &link)
+{
+    static const QString textLink = QStringLiteral("text:");
+    ui.search->setFocus();
+    if (link.startsWith(textLink))
+        ui.search->setText(link.mid(textLink.size()));
+    else
+        q->clearPlaceFilter();
+}
+
+/// The systems of the same branch, category or country whose areas touch the surroundings of this one.
+void CoordSystemPicker::Private::showNeighbours(const QModelIndex &row)
+{
+    QVector<WorldMap::Neighbour> shown;
+    neighbours.clear();
+    const bool isSystem = CoordSystemCatalogModel::isSystem(row);
+    const QRectF near = ui.map->shownArea();
+    const int count = isSystem ? model.rowCount(row.parent()) : 0;
+    for (int i = 0; i < count && shown.size() < mostNeighbours; ++i) {
+        const QModelIndex other = row.siblingAtRow(i);
+        const QRectF area = other.data(CoordSystemCatalogModel::AreaRole).toRectF();
+        if (other == row || area.isNull() || !WorldMap::touches(area, near))
+            continue;
+        shown.append({other.data(CoordSystemCatalogModel::NameRole).toString(), area, neighbours.size()});
+        neighbours << other;
+    }
+    ui.map->setNeighbours(shown);
+}
+
+void CoordSystemPicker::Private::choose(const QModelIndex &row)
+{
+    if (!row.isValid())
+        return;
+    const QModelIndex found = ui.currentList() == ui.results ? filter.mapFromSource(row) : QModelIndex();
+    if (found.isValid()) {
+        ui.results->setCurrentIndex(found);
+        return;
+    }
+    ui.search->clear();
+    q->clearPlaceFilter();
+    ui.tree->setCurrentIndex(row);
+    ui.tree->scrollTo(row, QAbstractItemView::PositionAtCenter);
+}
+
+void CoordSystemPicker::Private::activate()
+{
+    if (q->coordSystem())
+        Q_EMIT q->activated();
+}
+
+/// From the widgets to the filter.
+void CoordSystemPicker::Private::applyPlace()
+{
+    const auto kind = static_cast<PickerLayout::PlaceKind>(ui.placeKind->currentData().toInt());
+    ui.point->setVisible(kind == PickerLayout::AtPoint);
+    std::optional<QRectF> place;
+    if (kind == PickerLayout::InView)
+        place = ui.map->view();
+    if (kind == PickerLayout::AtPoint)
+        place = placeFromText(ui.point->text());
+    filter.setPlace(place);
+    ui.map->setPlace(kind == PickerLayout::AtPoint ? place : std::nullopt);
+    showFound();
+}
+
+void CoordSystemPicker::Private::setPlace(PickerLayout::PlaceKind kind)
+{
+    ui.placeKind->setCurrentIndex(ui.placeKind->findData(kind));
+    applyPlace();
+}
+
+void CoordSystemPicker::Private::save()
+{
+    if (system && saveAsOwnSystem(q, *model.factory()->userCoordSystem(), *system))
+        model.reloadOwnSystems();
+}
+
+CoordSystemPicker::CoordSystemPicker(QWidget *parent)
+    : CoordSystemPicker(CoordSysFactory::defaultCoordSysFactory(), parent)
+{}
+
+CoordSystemPicker::CoordSystemPicker(std::shared_ptr<CoordSysFactory> factory, QWidget *parent)
+    : QWidget(parent)
+    , d(std::make_unique<Private>(this, std::move(factory)))
+{}
+
+CoordSystemPicker::~CoordSystemPicker() = default;
+
+CoordSystemPtr CoordSystemPicker::coordSystem()
+{
+    if (d->settling.isActive())
+        d->settle();
+    return d->system;
+}
+
+bool CoordSystemPicker::canChoose() const
+{
+    if (!d->settling.isActive())
+        return d->system != nullptr;
+    return d->given || d->filter.isPending() || d->isReadingText() ||
+           CoordSystemCatalogModel::isSystem(d->currentRow());
+}
+
+void CoordSystemPicker::setCoordSystem(const CoordSystemPtr &cs)
+{
+    d->ui.search->clear();
+    clearPlaceFilter();
+    const int code = cs && cs->sourceType() == CoordSystem::Epsg ? cs->epsg() : CoordSystem::EPSG_UNDEFINDED;
+    const QModelIndex row = d->model.indexOfCode(code);
+    d->ui.tree->setCurrentIndex(row);
+    d->ui.tree->scrollTo(row, QAbstractItemView::PositionAtCenter);
+    d->given = row.isValid() ? nullptr : cs;
+    d->changed();
+}
+
+QString CoordSystemPicker::searchText() const { return d->ui.search->text(); }
+
+void CoordSystemPicker::setSearchText(const QString &text) { d->ui.search->setText(text); }
+
+void CoordSystemPicker::setView(const QRectF &lonLat)
+{
+    const bool wasInView = d->ui.placeKind->currentData().toInt() == PickerLayout::InView;
+    d->ui.map->setView(lonLat);
+    d->ui.offerView(!lonLat.isNull());
+    if (wasInView)
+        d->applyPlace();
+}
+
+void CoordSystemPicker::filterByPoint(const QPointF &lonLat)
+{
+    if (!std::isfinite(lonLat.x()) || !std::isfinite(lonLat.y()))
+        return;
+    d->ui.point->setText(placeText(lonLat));
+    d->setPlace(PickerLayout::AtPoint);
+}
+
+void CoordSystemPicker::filterByView()
+{
+    if (!d->ui.map->view().isNull())
+        d->setPlace(PickerLayout::InView);
+}
+
+void CoordSystemPicker::clearPlaceFilter()
+{
+    if (d->filter.place() || d->ui.placeKind->currentIndex() != 0)
+        d->setPlace(PickerLayout::Everywhere);
+}
+
+void CoordSystemPicker::rememberChoice()
+{
+    const CoordSystemPtr cs = coordSystem();
+    if (!cs)
+        return;
+    const QModelIndex row = d->currentRow();
+    const bool isRow = !d->given && CoordSystemCatalogModel::isSystem(row);
+    CoordSystemCatalogModel::RecentSystem recent;
+    recent.name = cs->description();
+    recent.tagged = isRow ? row.data(CoordSystemCatalogModel::TaggedRole).toString() : cs->taggedString();
+    recent.epsg = isRow ? row.data(CoordSystemCatalogModel::CodeRole).toInt() : cs->epsg();
+    d->model.setRecentSystems(addRecentSystem(recent));
+}
+
+/// The list follows the arrow keys while the focus stays in the search box; Enter chooses in both.
+bool CoordSystemPicker::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::KeyPress)
+        return QWidget::eventFilter(watched, event);
+    const auto *key = static_cast<QKeyEvent *>(event);
+    QTreeView *list = d->ui.currentList();
+    if (watched == d->ui.search && list &&
+        std::find(std::begin(listKeys), std::end(listKeys), key->key()) != std::end(listKeys)) {
+        d->filter.waitUntilFound();
+        QCoreApplication::sendEvent(list, event);
+        return true;
+    }
+    if (isEnter(key->key()) && canChoose()) {
+        d->activate();
+        return true;
+    }
+    if (watched == d->ui.search && key->key() == Qt::Key_Escape && !d->ui.search->text().isEmpty()) {
+        d->ui.search->clear();
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+} // namespace nivora::cs

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <widgets/SystemDetails_p.h>
+#include <widgets/WorldMap_p.h>
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTreeView>
+
+class QAbstractItemModel;
+class QStackedWidget;
+
+namespace nivora::cs {
+
+/// The widgets of a picker, in their places: search above, lists on the left, map and details on the right.
+class PickerLayout
+{
+public:
+    enum PlaceKind { Everywhere, InView, AtPoint };
+
+    PickerLayout(QWidget *owner, QAbstractItemModel &tree, QAbstractItemModel &results);
+
+    /// Takes the place of the lists.
+    void showMessage(const QString &html);
+    void showList(QTreeView *list);
+    /// Null while a message is shown.
+    QTreeView *currentList() const;
+    void offerView(bool isKnown);
+
+    QLineEdit *search;
+    QComboBox *placeKind; ///< items' data: PlaceKind
+    QLineEdit *point;
+    QTreeView *tree;
+    QTreeView *results;
+    QLabel *message;
+    QLabel *count;
+    WorldMap *map;
+    SystemDetails *details;
+    QPushButton *save;
+
+private:
+    void setUpSearch();
+    void setUpLists();
+    QLayout *searchRow();
+    QWidget *leftSide();
+    QWidget *rightSide();
+
+    QWidget *m_owner;
+    QStackedWidget *m_pages;
+};
+
+} // namespace nivora::cs

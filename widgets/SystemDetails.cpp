@@ -1,0 +1,145 @@
+#include <widgets/SystemDetails_p.h>
+
+#include <widgets/WorldMap_p.h>
+
+#include <coordsys/CoordSystem.h>
+#include <coordsys/LinearUnit.h>
+#include <coordsys/SystemInfo.h>
+
+#include <QFontDatabase>
+#include <QGridLayout>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QVBoxLayout>
+
+#include <exception>
+#include <functional>
+
+namespace nivora::cs {
+namespace {
+
+/// The text of a fact, or why there is none.
+QString textOr(const std::function<QString()> &fact)
+{
+    try {
+        return fact();
+    } catch (const std::exception &e) {
+        return QObject::tr("нет (%1)").arg(QString::fromUtf8(e.what()));
+    }
+}
+
+/// "Прямоугольная, м, Transverse Mercator"
+QString kindOf(const CoordSystem &cs, const SystemInfo &info)
+{
+    QStringList parts{kindText(info.kind), cs.unit().localizedName(), info.method};
+    parts.removeAll(QString());
+    return parts.join(QStringLiteral(", "));
+}
+
+QString datumOf(const SystemInfo &info)
+{
+    if (info.datum.isEmpty() || info.ellipsoid.isEmpty())
+        return info.datum + info.ellipsoid;
+    return QObject::tr("%1 (эллипсоид %2)").arg(info.datum, info.ellipsoid);
+}
+
+void setIfEmpty(QString &fact, const QString &value)
+{
+    if (fact.isEmpty())
+        fact = value;
+}
+
+QLabel *valueLabel(QGridLayout *form, const QString &title)
+{
+    auto *label = new QLabel;
+    label->setWordWrap(true);
+    label->setTextFormat(Qt::PlainText);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    label->setAccessibleName(title);
+    label->setAlignment(Qt::AlignTop);
+    const int row = form->rowCount();
+    form->addWidget(new QLabel(QObject::tr("%1:", "title of a field").arg(title)), row, 0, Qt::AlignTop);
+    form->addWidget(label, row, 1);
+    return label;
+}
+
+QString areaOf(const SystemFacts &facts)
+{
+    const QString degrees = facts.area.isNull() ? QString() : areaText(facts.area);
+    const bool hasBoth = !facts.areaName.isEmpty() && !degrees.isEmpty();
+    return facts.areaName + (hasBoth ? QStringLiteral("\n") : QString()) + degrees;
+}
+
+QString orDash(const QString &text) { return text.isEmpty() ? QStringLiteral("—") : text; }
+
+} // namespace
+
+void addFacts(const CoordSystem &cs, SystemFacts &facts)
+{
+    const SystemInfo info = systemInfo(cs);
+    setIfEmpty(facts.name, info.name);
+    setIfEmpty(facts.code, info.identifier);
+    facts.kind = textOr([&] { return kindOf(cs, info); });
+    facts.datum = datumOf(info);
+    facts.areaName = info.areaName;
+    if (facts.area.isNull())
+        facts.area = info.area;
+    facts.prj = textOr([&] { return cs.prjStr(); });
+}
+
+SystemDetails::SystemDetails(QWidget *parent)
+    : QWidget(parent)
+    , m_prj(new QPlainTextEdit)
+    , m_problem(new QLabel)
+{
+    auto *form = new QGridLayout;
+    form->setColumnStretch(1, 1);
+    form->setHorizontalSpacing(12);
+    m_name = valueLabel(form, QObject::tr("Название"));
+    m_code = valueLabel(form, QObject::tr("Код"));
+    m_kind = valueLabel(form, QObject::tr("Вид"));
+    m_datum = valueLabel(form, QObject::tr("Датум"));
+    m_area = valueLabel(form, QObject::tr("Область"));
+    m_accuracy = valueLabel(form, QObject::tr("Точность"));
+    QFont bold = m_name->font();
+    bold.setBold(true);
+    m_name->setFont(bold);
+
+    m_prj->setReadOnly(true);
+    m_prj->setTabChangesFocus(true);
+    m_prj->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    m_prj->setAccessibleName(QObject::tr("Строка CoordSys"));
+    m_prj->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    m_prj->setMinimumHeight(m_prj->fontMetrics().lineSpacing() * 4);
+    auto *title = new QLabel(QObject::tr("&Строка CoordSys:"));
+    title->setBuddy(m_prj);
+
+    m_problem->setWordWrap(true);
+    m_problem->setTextFormat(Qt::PlainText);
+    m_problem->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    m_problem->setAccessibleName(QObject::tr("Почему систему нельзя выбрать"));
+    m_problem->setStyleSheet(QStringLiteral("QLabel { background: #fdecea; color: #7b241c; padding: 6px; }"));
+
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_problem);
+    layout->addLayout(form);
+    layout->addWidget(title);
+    layout->addWidget(m_prj, 1);
+    show({});
+}
+
+void SystemDetails::show(const SystemFacts &facts)
+{
+    m_name->setText(orDash(facts.name));
+    m_code->setText(orDash(facts.code));
+    m_kind->setText(orDash(facts.kind));
+    m_datum->setText(orDash(facts.datum));
+    m_area->setText(orDash(areaOf(facts)));
+    m_accuracy->setText(orDash(facts.accuracy));
+    m_prj->setPlainText(facts.prj);
+    m_problem->setVisible(!facts.problem.isEmpty());
+    m_problem->setText(QObject::tr("Систему нельзя создать: %1").arg(facts.problem));
+}
+
+} // namespace nivora::cs
