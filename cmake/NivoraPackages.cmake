@@ -53,6 +53,11 @@ if(TARGET nivora-cs-widgets)
         DESCRIPTION "widgets to choose a coordinate system\n The shared library of Qt widgets.")
     string(APPEND CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ", libnivora-cs-widgets0 (= ${version})")
 endif()
+if(TARGET nivora-cs-picker)
+    nivora_package(picker nivora-cs-picker SHLIBS SECTION science
+        DEPENDS "libnivora-cs-widgets0 (= ${version}), nivora-cs-data (= ${version})"
+        DESCRIPTION "a window to choose a coordinate system\n The program nivora-cs-picker.")
+endif()
 nivora_package(doc nivora-cs-doc ALL SECTION doc DEPENDS ""
     DESCRIPTION "coordinate systems and transformations for desktop GIS\n Pages, examples and, when doxygen was there, the reference.")
 

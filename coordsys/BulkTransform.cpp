@@ -168,7 +168,7 @@ BulkResult ListJob::result()
 
 } // namespace
 
-struct BulkTransform::Impl
+struct NIVORA_CS_NO_EXPORT BulkTransform::Impl
 {
     Impl(const CoordTransform &original, TransformQueuePtr queue)
         : transform(original)

@@ -28,6 +28,7 @@ class NIVORA_CS_EXPORT CoordSystemCatalogModel : public QAbstractItemModel
 public:
     /// The rows of the tree's first level.
     enum Section { OwnSystems, RecentSystems, MapinfoCatalogue, EpsgDatabase, SectionCount };
+    /// The columns of a row.
     enum Column { NameColumn, CodeColumn, ColumnCount };
     /// What Qt::DisplayRole does not say. Rows that are no system answer nothing but NameRole.
     enum Role {
@@ -40,15 +41,16 @@ public:
         TaggedRole, ///< text for CoordSysFactory::createFromTaggedString(); of Oracle's numbers "oracle:n"
         GroupRole,  ///< name of the branch, category or country
     };
+    /// What the coordinates of a row's system are.
     enum class Kind : int { Unknown = 0, Geographic = 1, Projected = 2, NonEarth = 3 };
     Q_ENUM(Kind)
 
     /// A system that was chosen before.
     struct RecentSystem
     {
-        QString name;
-        QString tagged;
-        int epsg = CoordSystemTypes::EPSG_UNDEFINDED;
+        QString name;                                 ///< for people
+        QString tagged;                               ///< as TaggedRole has it
+        int epsg = CoordSystemTypes::EPSG_UNDEFINDED; ///< EPSG_UNDEFINDED when it has none
     };
 
     /// The factory must have been initialised. Throws std::invalid_argument "factory" for null.
@@ -56,24 +58,29 @@ public:
     /// Waits for the thread.
     ~CoordSystemCatalogModel() override;
 
+    /// The factory it was made with.
     const std::shared_ptr<CoordSysFactory> &factory() const { return m_factory; }
 
     /// Starts to read the EPSG database and the search's words unless that was done; returns at once.
     void prepare();
     /// Waits until that is done. For programs without an event loop, and tests.
     void waitUntilPrepared();
+    /// Whether the database and the words are there.
     bool isPrepared() const { return m_index != nullptr; }
 
+    /// Replaces the recent systems, the last chosen first.
     void setRecentSystems(const QVector<RecentSystem> &systems);
     /// Takes what the factory's store holds now.
     void reloadOwnSystems();
 
+    /// The row of a section.
     QModelIndex sectionIndex(Section section) const { return index(section, NameColumn); }
     /// Row of a catalogue's category.
     QModelIndex catalogueIndex(int category, int entry) const;
     /// The row that stands for a code: the catalogue's first entry with it, else the database's. Invalid when
     /// there is none.
     QModelIndex indexOfCode(int epsg) const;
+    /// Whether a row stands for a system; false for branches and headings.
     static bool isSystem(const QModelIndex &index);
 
     /// The system of a row, named as the row is. Throws what the factory's creators throw, and
@@ -95,6 +102,7 @@ Q_SIGNALS:
     /// The EPSG database is there, areas are known, searches find. Not sent when reading it failed (logged);
     /// opening the section or prepare() tries again then.
     void prepared();
+    /// reloadOwnSystems() took another store.
     void ownSystemsChanged();
 
 private:

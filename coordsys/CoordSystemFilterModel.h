@@ -23,6 +23,7 @@ class NIVORA_CS_EXPORT CoordSystemFilterModel : public QAbstractTableModel
 {
     Q_OBJECT
 public:
+    /// The columns of a row.
     enum Column { NameColumn, CodeColumn, GroupColumn, ColumnCount };
 
     /// What would be found with one word of the text, or the place, left out.
@@ -38,13 +39,16 @@ public:
     /// Waits for the thread.
     ~CoordSystemFilterModel() override;
 
+    /// The words that are looked for.
     QString text() const { return m_text; }
+    /// Looks for other words, as MapinfoSearch::find() reads them.
     void setText(const QString &text);
     /// Only systems in use at a place: longitude and latitude in degrees, x first; a point is a rectangle
     /// without extent, width may run on across the 180th meridian. The systems whose area of use holds the
     /// middle; without words those that hold all of it first, then by size of area, the smallest first.
     /// Systems without a known area are left out. Nothing, or a place that is not finite: everywhere.
     void setPlace(const std::optional<QRectF> &lonLat);
+    /// What setPlace() was given.
     const std::optional<QRectF> &place() const { return m_place; }
 
     /// There are words or a place; without either the list is empty.
@@ -58,6 +62,7 @@ public:
     /// When nothing was found: ways to find something, those with the fewest results first.
     const QVector<Relaxation> &relaxations() const { return m_relaxations; }
 
+    /// The row of the source that a row shows.
     QModelIndex mapToSource(const QModelIndex &index) const;
     /// Invalid for what was not found; fetches the rows up to what was.
     QModelIndex mapFromSource(const QModelIndex &source);

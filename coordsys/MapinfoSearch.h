@@ -29,6 +29,7 @@ public:
         QString name;                                 ///< of the entry
         int epsg = CoordSystemTypes::EPSG_UNDEFINDED; ///< EPSG_UNDEFINDED when it has none
 
+        /// Whether the position is one.
         bool isInCatalogue() const { return position.first >= 0; }
     };
 

@@ -1,5 +1,5 @@
 # Input filter of doxygen: an overload that stands without words right behind a documented one of its name shares
-# its documentation, as readers of the headers take it.
+# its documentation, as readers of the headers take it, and what overrides a function is documented there.
 function declared(line) {
     return match(line, /[A-Za-z_][A-Za-z_0-9]*\(/) ? substr(line, RSTART, RLENGTH - 1) : ""
 }
@@ -9,6 +9,8 @@ function declared(line) {
     name = declared($0)
     if (name != "" && name == previous && !commented && $0 !~ /\/\/\/</)
         print "/// \\overload"
+    else if (!commented && $0 ~ / override( \{.*\}|;)/)
+        print "/// See the base class."
     previous = name
 }
 { commented = 0; print }

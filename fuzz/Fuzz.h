@@ -32,6 +32,7 @@ void fuzzMapHeader(const QByteArray &input);
 // Points.
 void fuzzMgrs(const QByteArray &input);
 void fuzzPointLine(const QByteArray &input);
+void fuzzCsv(const QByteArray &input);
 
 /// A broken promise: says which on stderr and aborts, so that libFuzzer keeps the input.
 void require(bool holds, const char *promise);

@@ -2,8 +2,10 @@
 
 #include <coordsys/mgrs/mgrs.h>
 
+#include <CsvFormat.h>
 #include <PointText.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <string>
@@ -58,4 +60,23 @@ void fuzzPointLine(const QByteArray &input)
     require(std::isfinite(point.x()) && std::isfinite(point.y()), "a coordinate is a number");
     require(columns.rest.empty() || columns.rest.data() + columns.rest.size() == line.data() + line.size(),
             "the rest of a line goes to its end");
+}
+
+/// The lines of a table behind its head, as the program takes them from a file.
+void fuzzCsv(const QByteArray &input)
+{
+    const std::string text = input.toStdString();
+    std::string_view left = text;
+    const std::string_view first = left.substr(0, left.find('\n'));
+    const FileHead head = CsvFormat(CsvOptions()).head(first);
+    while (!left.empty()) {
+        const std::size_t length = head.reader->lineLength(left);
+        require(length <= left.size(), "a line ends within the text");
+        QPointF point;
+        Columns columns;
+        std::string why;
+        require(head.reader->read(left.substr(0, length), point, columns, why) || !why.empty(),
+                "a refusal has a reason");
+        left.remove_prefix(std::min(left.size(), length + 1));
+    }
 }

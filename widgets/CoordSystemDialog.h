@@ -18,6 +18,7 @@ public:
     explicit CoordSystemDialog(QWidget *parent = nullptr);
     explicit CoordSystemDialog(std::shared_ptr<CoordSysFactory> factory, QWidget *parent = nullptr);
 
+    /// The widget inside.
     CoordSystemPicker *picker() const { return m_picker; }
     /// The system that was accepted, null before and after a cancel.
     CoordSystemPtr coordSystem() const { return m_accepted; }

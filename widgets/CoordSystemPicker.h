@@ -41,6 +41,7 @@ public:
     /// False when nothing is selected, or what is selected cannot be made. A selection not yet tried counts.
     bool canChoose() const;
 
+    /// What stands in the search line.
     QString searchText() const;
     /// As if typed or pasted.
     void setSearchText(const QString &text);
@@ -52,6 +53,7 @@ public:
     void filterByPoint(const QPointF &lonLat);
     /// Only systems in use in the view that setView() has given.
     void filterByView();
+    /// Systems in use anywhere again.
     void clearPlaceFilter();
 
     /// Puts the chosen system at the head of the recent ones. CoordSystemDialog does so itself.

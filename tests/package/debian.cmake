@@ -32,9 +32,9 @@ endif()
 file(MAKE_DIRECTORY "${root}/var/lib/dpkg/info" "${root}/var/lib/dpkg/updates")
 file(TOUCH "${root}/var/lib/dpkg/status" "${root}/var/lib/dpkg/available" "${root}/dpkg.log")
 file(GLOB packages ${debs}/*.deb)
-# The root holds nothing of Debian, so what the packages depend on is not there.
+# The root holds nothing of Debian: what the packages depend on is not there, nor a shell for ldconfig after it.
 run(dpkg "--root=${root}" "--log=${root}/dpkg.log" --force-not-root --force-bad-path --force-depends
-    --install ${packages})
+    --unpack ${packages})
 
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${WORK_DIR}/whole)
 files(${WORK_DIR}/whole whole)

@@ -61,7 +61,7 @@ int soakKills(int rounds)
     std::mt19937 random(1);
     int broken = 0;
     for (int round = 0; round < rounds; ++round) {
-        killOne(file, 500 + random() % 20000);
+        killOne(file, 500U + static_cast<unsigned>(random() % 20000U));
         broken += isWhole(dir) ? 0 : 1;
     }
     UserCoordSystem::saveToFile(file, branchOf(sizes[0]), true);

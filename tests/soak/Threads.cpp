@@ -37,7 +37,7 @@ struct Stage
 
 QString oneOf(Random &random, const QStringList &texts)
 {
-    return texts.at(static_cast<int>(random() % static_cast<unsigned>(texts.size())));
+    return texts.at(static_cast<int>(random() % static_cast<std::size_t>(texts.size())));
 }
 
 const CoordSystemPtr &oneOf(Random &random, const Stage &stage)
@@ -67,7 +67,7 @@ bool create(const Stage &stage, Random &random)
 bool thereAndBack(const Stage &stage, Random &random)
 {
     const CoordTransform transform(stage.factory->latLongWgs84CoordSystem(), oneOf(random, stage));
-    const QPointF place(30.0 + random() % 20, 45.0 + random() % 20);
+    const QPointF place(30.0 + static_cast<double>(random() % 20), 45.0 + static_cast<double>(random() % 20));
     QPointF planar;
     QPointF back;
     constexpr double tolerance = 1e-6; // degrees: a decimetre, whatever datum lies between

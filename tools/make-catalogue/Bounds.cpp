@@ -26,30 +26,16 @@ bool isConic(int projection)
     return projection == 3 || projection == 6 || projection == 9 || projection == 19;
 }
 
-/// Half the width of a zone in degrees, 0 for a plane that is no zone's. The figures tell: UTM by its scale,
-/// Gauss-Kruger by scale 1, a meridian of its row, and a false easting of 500 km with or without the zone's
-/// number in front.
-double halfZone(const PlaneText &text)
+/// Half the width of a zone in degrees, 0 for a system that is not zoned.
+double halfZone(const Entry &entry)
 {
-    constexpr int transverseMercator = 8;
-    constexpr double ofSixDegrees = 3.0;
-    constexpr double ofThreeDegrees = 1.5;
-    const double meridian = text.params.value(0).toDouble();
-    const double scale = text.params.value(2).toDouble();
-    const double easting = text.params.value(3).toDouble();
-    if (text.projection != transverseMercator || std::fmod(meridian, 3.0) != 0.0)
+    if (!entry.nameEn.contains(QLatin1String("zone")) && !entry.nameEn.contains(QLatin1String(" CM ")))
         return 0.0;
-    const bool isRowOfSix = std::fmod(std::fabs(meridian), 6.0) == 3.0;
-    const double zone = std::floor(easting / 1.0e6);
-    if (easting - zone * 1.0e6 != 5.0e5)
-        return 0.0;
-    if (scale == 0.9996)
-        return zone == 0.0 && isRowOfSix ? ofSixDegrees : 0.0;
-    if (scale != 1.0)
-        return 0.0;
-    if (zone == 0.0 || wrapped(zone * 6.0 - 3.0, meridian) == meridian)
-        return ofSixDegrees; // a three-degree zone's area of use is narrower by itself
-    return wrapped(zone * 3.0, meridian) == meridian ? ofThreeDegrees : 0.0;
+    if (entry.nameEn.contains(QLatin1String("3-degree")) || entry.nameEn.contains(QLatin1String("3GK")))
+        return 1.5;
+    if (entry.nameEn.contains(QLatin1String("UTM")) || entry.nameEn.contains(QLatin1String("Gauss-Kruger")))
+        return 3.0;
+    return 0.0;
 }
 
 /// An entry without a unit fits metres, and other units only by the figures of a false origin.
@@ -94,7 +80,7 @@ void BoundsTable::addArea(const Entry &entry, const Area &area)
     double west = area.west;
     double east = area.unwrappedEast();
     const PlaneText text = planeOf(entry);
-    if (const double half = halfZone(text); half > 0.0) {
+    if (const double half = halfZone(entry); half > 0.0) {
         const double meridian = wrapped(text.params.value(0).toDouble(), (west + east) / 2.0);
         west = std::max(west, meridian - half - zoneMargin);
         east = std::min(east, meridian + half + zoneMargin);
