@@ -9,3 +9,5 @@ const Command &mgrsCommand();
 const Command &userCommand();
 const Command &listCommand();
 const Command &findCommand();
+const Command &convertCommand();
+const Command &listFormatsCommand();

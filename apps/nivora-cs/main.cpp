@@ -14,9 +14,9 @@ namespace {
 
 const std::vector<const Command *> &commands()
 {
-    static const std::vector<const Command *> all = {&infoCommand(), &transformCommand(), &rectCommand(),
-                                                     &mgrsCommand(), &userCommand(),      &listCommand(),
-                                                     &findCommand()};
+    static const std::vector<const Command *> all = {
+        &infoCommand(), &transformCommand(), &rectCommand(),    &mgrsCommand(),       &userCommand(),
+        &listCommand(), &findCommand(),      &convertCommand(), &listFormatsCommand()};
     return all;
 }
 
