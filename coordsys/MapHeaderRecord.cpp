@@ -164,12 +164,27 @@ std::pair<double, double> rangeOf(const Header &header, int axis, bool reflected
     return std::minmax({coordinate(-integerLimit), coordinate(integerLimit)});
 }
 
+/// Scale and origin were computed from the bounds; this takes their rounding away, far below the step of the
+/// whole numbers.
+void snap(double &low, double &high)
+{
+    constexpr int digits = 13;
+    constexpr int mostDecimals = 300;
+    const int decimals = digits - static_cast<int>(std::floor(std::log10(high - low)));
+    for (double *bound : {&low, &high})
+        *bound = QString::number(*bound, 'f', std::clamp(decimals, 0, mostDecimals)).toDouble();
+}
+
 void setBounds(const Header &header, TABProjInfo_t &r)
 {
     const int quadrant = header.integer<std::uint8_t>(Quadrant);
     std::tie(r.dXMin, r.dXMax) = rangeOf(header, 0, quadrant == 0 || quadrant == 2 || quadrant == 3);
     std::tie(r.dYMin, r.dYMax) = rangeOf(header, 1, quadrant == 0 || quadrant == 3 || quadrant == 4);
     r.nBoundsFlag = r.dXMin < r.dXMax && r.dYMin < r.dYMax;
+    if (!r.nBoundsFlag)
+        return;
+    snap(r.dXMin, r.dXMax);
+    snap(r.dYMin, r.dYMax);
 }
 
 int datumByFigures(const TABProjInfo_t &r, const ProjectionParamsManager &manager)

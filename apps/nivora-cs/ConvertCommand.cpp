@@ -4,6 +4,7 @@
 #include "GdalFiles.h"
 #include "LayerCopy.h"
 #include "LayerSystem.h"
+#include "MapInfoFiles.h"
 #include "MapInfoTarget.h"
 #include "Output.h"
 #include "Progress.h"
@@ -28,17 +29,13 @@ using nivora::cs::MapHeaderCoordsysConverter;
 
 namespace {
 
-/// What makes a driver write text and geometry as they are; for the data set or for each layer.
+/// What makes a driver write text and geometry as they are.
 struct DriverOption
 {
     const char *driver;
     const char *option;
 };
-constexpr DriverOption dataSetOptions[] = {
-    {"MapInfo File", "ENCODING=UTF-8"},
-};
 constexpr DriverOption layerOptions[] = {
-    {"MapInfo File", "ENCODING=UTF-8"},
     {"ESRI Shapefile", "ENCODING=UTF-8"},
     {"CSV", "GEOMETRY=AS_WKT"},
 };
@@ -47,12 +44,21 @@ constexpr const char *mapInfoDriver = "MapInfo File";
 using SpatialReference = std::unique_ptr<void, void (*)(OGRSpatialReferenceH)>;
 using OptionList = std::unique_ptr<char *, void (*)(char **)>;
 
-template <std::size_t N> OptionList optionsOf(const QString &driver, const DriverOption (&table)[N])
+OptionList layerOptionsOf(const QString &driver)
 {
     char **list = nullptr;
-    for (const DriverOption &row : table)
+    for (const DriverOption &row : layerOptions)
         if (driver == QLatin1String(row.driver))
             list = CSLAddString(list, row.option);
+    return OptionList(list, CSLDestroy);
+}
+
+/// A MapInfo file is opened, and its characters fixed, with the data set.
+OptionList dataSetOptionsOf(const QString &driver, const QString &source)
+{
+    char **list = nullptr;
+    if (driver == QLatin1String(mapInfoDriver))
+        list = CSLSetNameValue(list, "ENCODING", encodingLike(source).constData());
     return OptionList(list, CSLDestroy);
 }
 
@@ -111,6 +117,7 @@ private:
                  GeometryChange &change);
     QRectF tableBounds(OGRLayerH layer, const GeometryChange &change, const CoordSystemPtr &target) const;
     OptionList optionsFor(const GeometryChange &change) const;
+    void noteWarnings();
     void checkSystems();
     void tell() const;
     bool isMapInfo() const { return m_format == QLatin1String(mapInfoDriver); }
@@ -138,6 +145,7 @@ private:
     RejectedList m_rejected;
     std::vector<Written> m_written;
     std::optional<MapInfoTarget> m_mapInfo;
+    QStringList m_notes; ///< of the drivers
     qint64 m_features = 0;
 };
 
@@ -173,7 +181,7 @@ Conversion::Conversion(const CommandLine &line)
     , m_format(driverName(m_driver))
     , m_stage(m_out, line.isSet("overwrite"))
     , m_target(GDALCreate(m_driver, m_stage.path().toUtf8().constData(), 0, 0, 0, GDT_Unknown,
-                          optionsOf(m_format, dataSetOptions).get()))
+                          dataSetOptionsOf(m_format, m_in).get()))
     , m_rejected(rejectedPath())
 {
     if (!m_target)
@@ -242,7 +250,7 @@ void Conversion::prepare(OGRLayerH layer, const CoordSystemPtr &from, const Coor
 
 OptionList Conversion::optionsFor(const GeometryChange &change) const
 {
-    OptionList list = optionsOf(m_format, layerOptions);
+    OptionList list = layerOptionsOf(m_format);
     const QRectF &r = change.limits;
     QStringList corners;
     for (const double corner : {r.left(), r.top(), r.right(), r.bottom()})
@@ -282,7 +290,26 @@ void Conversion::convertLayer(int index)
     copy.run([this](const QString &name, const Rejection &rejection) { m_rejected.add(name, rejection); },
              [&progress](GIntBig done) { progress.update(done, done); });
     m_features += copy.written();
+    noteWarnings();
     m_written.push_back({target, copy.samples()});
+}
+
+/// The driver's words for what it changed: "… couldn't be converted correctly from UTF-8 to CP1251", "Value …
+/// has been truncated to …".
+bool tellsLoss(const QString &warning)
+{
+    return warning.contains(QLatin1String("converted correctly")) ||
+           warning.contains(QLatin1String("truncated"));
+}
+
+void Conversion::noteWarnings()
+{
+    for (const QString &warning : m_messages.warnings())
+        if (tellsLoss(warning))
+            m_losses.add(warning);
+        else
+            m_notes << warning;
+    m_messages.clear();
 }
 
 /// How far a place is off when the output is read again, in the system's unit; NaN for no place.
@@ -331,6 +358,8 @@ void Conversion::checkSystems()
 
 void Conversion::tell() const
 {
+    for (const QString &note : m_notes)
+        complain(QStringLiteral("note: ") + note);
     for (const QString &loss : m_losses.all())
         complain(QStringLiteral("lost: ") + loss);
     if (m_rejected.count() > 0)

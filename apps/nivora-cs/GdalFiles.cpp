@@ -74,9 +74,12 @@ void GdalMessages::clear()
 
 Dataset openForReading(const QString &path, const GdalMessages &messages)
 {
-    Dataset dataset(GDALOpenEx(path.toUtf8().constData(),
-                               GDAL_OF_VECTOR | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR, nullptr, nullptr,
-                               nullptr));
+    const QByteArray name = path.toUtf8();
+    GDALDriverH driver = GDALIdentifyDriverEx(name.constData(), GDAL_OF_VECTOR, nullptr, nullptr);
+    const bool isCsv = driver && driverName(driver) == QLatin1String("CSV");
+    const char *const csvOptions[] = {"KEEP_GEOM_COLUMNS=NO", nullptr}; // else they were written twice
+    Dataset dataset(GDALOpenEx(name.constData(), GDAL_OF_VECTOR | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR,
+                               nullptr, isCsv ? csvOptions : nullptr, nullptr));
     if (!dataset)
         throw Failure(QStringLiteral("cannot read %1: %2").arg(path, messages.reason()));
     return dataset;

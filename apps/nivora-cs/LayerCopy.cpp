@@ -2,9 +2,21 @@
 
 #include "Output.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr int mostSamples = 64;
+
+/// Drivers that write nothing in the place of a surface made of patches, some of them without a word.
+constexpr const char *withoutSurfaces[] = {"MapInfo File", "GeoJSON", "GeoJSONSeq", "KML", "LIBKML",
+                                           "GPX",          "DXF",     "DGN",        "GML"};
+
+bool isSurface(OGRGeometryH geometry)
+{
+    const OGRwkbGeometryType type = OGR_GT_Flatten(OGR_G_GetGeometryType(geometry));
+    return type == wkbPolyhedralSurface || type == wkbTIN || type == wkbTriangle;
+}
 
 QString text(const char *utf8) { return QString::fromUtf8(utf8); }
 
@@ -37,6 +49,9 @@ void LayerCopy::createLayer()
     m_curves = OGR_L_TestCapability(m_layer, OLCCurveGeometries);
     m_measures = OGR_L_TestCapability(m_layer, OLCMeasuredGeometries);
     m_heights = OGR_L_TestCapability(m_layer, OLCZGeometries);
+    const QString driver = driverName(GDALGetDatasetDriver(m_job.target));
+    m_surfaces = std::none_of(std::begin(withoutSurfaces), std::end(withoutSurfaces),
+                              [&driver](const char *name) { return driver == QLatin1String(name); });
     const int geometries = OGR_FD_GetGeomFieldCount(OGR_L_GetLayerDefn(m_job.source));
     if (geometries > 1)
         m_losses.add(QStringLiteral("only the first of %1 geometries of \"%2\" is written")
@@ -98,13 +113,17 @@ Feature LayerCopy::copyOf(OGRFeatureH source)
         if (!m_measures)
             OGR_G_SetMeasured(geometry, FALSE);
     }
+    if (!m_surfaces && isSurface(geometry)) {
+        m_losses.add(QStringLiteral("the format holds no surfaces: they become polygons"));
+        geometry = OGR_G_ForceTo(geometry, wkbMultiPolygon, nullptr);
+    }
     OGR_F_SetGeometryDirectly(copy.get(), geometry);
     return copy;
 }
 
 bool LayerCopy::write(OGRFeatureH feature)
 {
-    if (OGR_L_CreateFeature(m_layer, feature) == OGRERR_NONE) {
+    if (OGR_L_CreateFeature(m_layer, feature) == OGRERR_NONE && !m_messages.failed()) {
         ++m_written;
         return true;
     }

@@ -63,5 +63,6 @@ private:
     std::vector<int> m_fieldMap;
     QVector<QPointF> m_samples;
     GIntBig m_written = 0;
-    bool m_curves = false, m_measures = false, m_heights = false; ///< what the new layer can hold
+    bool m_curves = false, m_measures = false, m_heights = false,
+         m_surfaces = false; ///< what the new layer can hold
 };

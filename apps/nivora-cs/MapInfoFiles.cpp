@@ -15,6 +15,19 @@ namespace {
 constexpr qint64 longestHeader = 16 * 1024 * 1024; // ten thousands of columns
 constexpr qint64 chunk = 1024 * 1024;
 
+struct Charset
+{
+    const char *mapInfo;
+    const char *encoding;
+};
+constexpr Charset charsets[] = {
+    {"WindowsLatin1", "CP1252"}, {"WindowsLatin2", "CP1250"},    {"WindowsCyrillic", "CP1251"},
+    {"WindowsGreek", "CP1253"},  {"WindowsTurkish", "CP1254"},   {"WindowsHebrew", "CP1255"},
+    {"WindowsArabic", "CP1256"}, {"WindowsBalticRim", "CP1257"}, {"CodePage437", "CP437"},
+    {"CodePage850", "CP850"},    {"CodePage852", "CP852"},       {"CodePage866", "CP866"},
+};
+constexpr const char *usualEncoding = "CP1251";
+
 /// Where the clause stands in the header, and where one would stand.
 struct ClausePlace
 {
@@ -108,4 +121,22 @@ QString siblingOf(const QString &path, const QString &suffix)
         if (file.compare(wanted, Qt::CaseInsensitive) == 0)
             return info.dir().filePath(file);
     return {};
+}
+
+QByteArray encodingLike(const QString &source)
+{
+    // Charset "WindowsCyrillic" in a MIF, !charset WindowsCyrillic in a TAB
+    static const QRegularExpression charset(QStringLiteral("^!?charset\\s+\"?(\\w+)"),
+                                            QRegularExpression::CaseInsensitiveOption |
+                                                QRegularExpression::MultilineOption);
+    const bool isMapInfo = source.endsWith(QLatin1String(".mif"), Qt::CaseInsensitive) ||
+                           source.endsWith(QLatin1String(".tab"), Qt::CaseInsensitive);
+    QFile file(source);
+    if (!isMapInfo || !file.open(QIODevice::ReadOnly))
+        return usualEncoding;
+    const QString named = charset.match(QString::fromLatin1(file.read(4096))).captured(1);
+    for (const Charset &row : charsets)
+        if (named.compare(QLatin1String(row.mapInfo), Qt::CaseInsensitive) == 0)
+            return row.encoding;
+    return usualEncoding;
 }

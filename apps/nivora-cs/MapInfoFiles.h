@@ -12,3 +12,7 @@ void replaceCoordSysOfMif(const QString &path, const QString &clause);
 /// The file beside \p path that has the same name and the suffix, in any letter case; empty when there is
 /// none.
 QString siblingOf(const QString &path, const QString &suffix);
+
+/// The character encoding to write MapInfo files in: that of \p source when it is one of them and says so,
+/// else Windows-1251, since the driver cannot mark a file as UTF-8.
+QByteArray encodingLike(const QString &source);

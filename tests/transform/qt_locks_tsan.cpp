@@ -3,6 +3,7 @@
 // Readers of one lock order each other here, which a lock does not promise: a race between two readers may go
 // unseen.
 
+#include <QDeadlineTimer>
 #include <QMutex>
 #include <QReadWriteLock>
 #include <QRunnable>
@@ -57,12 +58,13 @@ void QReadWriteLock::unlock()
 }
 
 /// Gives up the lock and takes it again, out of sight of the two functions above.
-bool QWaitCondition::wait(QMutex *mutex, unsigned long time)
+bool QWaitCondition::wait(QMutex *mutex, QDeadlineTimer deadline)
 {
-    using Wait = bool (*)(QWaitCondition *, QMutex *, unsigned long);
+    using Wait = bool (*)(QWaitCondition *, QMutex *, QDeadlineTimer);
     __tsan_release(mutex);
-    const auto wait = reinterpret_cast<Wait>(dlsym(RTLD_NEXT, "_ZN14QWaitCondition4waitEP6QMutexm"));
-    const bool woken = wait(this, mutex, time);
+    const auto wait =
+        reinterpret_cast<Wait>(dlsym(RTLD_NEXT, "_ZN14QWaitCondition4waitEP6QMutex14QDeadlineTimer"));
+    const bool woken = wait(this, mutex, deadline);
     __tsan_acquire(mutex);
     return woken;
 }
@@ -96,9 +98,10 @@ private:
 void QThreadPool::start(QRunnable *task, int priority)
 {
     using Start = void (*)(QThreadPool *, QRunnable *, int);
+    auto *handed = new Handed(this, task);
     __tsan_release(task);
     const auto start = reinterpret_cast<Start>(dlsym(RTLD_NEXT, "_ZN11QThreadPool5startEP9QRunnablei"));
-    start(this, new Handed(this, task), priority);
+    start(this, handed, priority);
 }
 
 bool QThreadPool::waitForDone(int msecs)
