@@ -97,24 +97,11 @@ QString textInMif(const QString &path, QStringList &notes)
     return QStringLiteral("CoordSys Earth Projection 1, 0");
 }
 
-/// Old headers have the datum's figures alone: the catalogue's datum with these, else one by its figures.
-TABProjInfo_t withDatumNumber(TABProjInfo_t info)
-{
-    if (info.nDatumId != 0 || info.nProjId == 0 || info.nEllipsoidId == 0)
-        return info;
-    const double(&p)[5] = info.adDatumParams;
-    const int known = activeCatalogues()->projectionParamsManager()->findDatumByParams(
-        info.nEllipsoidId, {info.dDatumShiftX, info.dDatumShiftY, info.dDatumShiftZ}, {p[0], p[1], p[2]},
-        p[3], p[4]);
-    info.nDatumId = static_cast<std::int16_t>(known > 0 ? known : fullUserDatum);
-    return info;
-}
-
 QString textInMap(const QString &path, QStringList &)
 {
-    const TABProjInfo_t record = mapHeaderRecord(opened(path)->read(headerOfMap));
-    return QStringLiteral("CoordSys ") +
-           MapHeaderCoordsysConverter().tabProjInfoToString(withDatumNumber(record));
+    MapHeaderRecord record = readMapHeader(*opened(path));
+    record.projection.nBoundsFlag = 0; // those of the file, not of the system
+    return QStringLiteral("CoordSys ") + coordSysText(record);
 }
 
 /// The .map file beside a .tab file, in any letter case.

@@ -129,8 +129,11 @@ void fuzzRecord(const QByteArray &input)
 
 void fuzzMapHeader(const QByteArray &input)
 {
-    const TABProjInfo_t record = mapHeaderRecord(input);
+    QBuffer device;
+    device.setData(input);
+    device.open(QIODevice::ReadOnly);
+    const MapHeaderRecord record = readMapHeader(device);
     const MapHeaderCoordsysConverter converter;
-    converter.tabProjInfoToInnerString(record);
-    converter.prjStrToTABProjInfo(converter.tabProjInfoToString(record));
+    converter.tabProjInfoToInnerString(record.projection);
+    converter.prjStrToTABProjInfo(coordSysText(record));
 }

@@ -10,6 +10,8 @@ const Command &mgrsCommand();
 const Command &userCommand();
 const Command &listCommand();
 const Command &findCommand();
+const Command &convertCommand();
+const Command &listFormatsCommand();
 
 #include <QString>
 

@@ -17,9 +17,9 @@ namespace {
 
 const std::vector<const Command *> &commands()
 {
-    static const std::vector<const Command *> all = {&infoCommand(),    &transformCommand(), &rectCommand(),
-                                                     &measureCommand(), &mgrsCommand(),      &userCommand(),
-                                                     &listCommand(),    &findCommand()};
+    static const std::vector<const Command *> all = {
+        &infoCommand(), &transformCommand(), &convertCommand(), &rectCommand(), &measureCommand(),
+        &mgrsCommand(), &userCommand(),      &listCommand(),    &findCommand(), &listFormatsCommand()};
     return all;
 }
 

@@ -3,8 +3,12 @@
 // Readers of one lock order each other here, which a lock does not promise: a race between two readers may go
 // unseen.
 
+#include <QDeadlineTimer>
 #include <QMutex>
 #include <QReadWriteLock>
+#include <QRunnable>
+#include <QThreadPool>
+#include <QWaitCondition>
 
 #include <dlfcn.h>
 
@@ -51,4 +55,60 @@ void QReadWriteLock::unlock()
 {
     __tsan_release(this);
     callQt("_ZN14QReadWriteLock6unlockEv", this);
+}
+
+/// Gives up the lock and takes it again, out of sight of the two functions above.
+bool QWaitCondition::wait(QMutex *mutex, QDeadlineTimer deadline)
+{
+    using Wait = bool (*)(QWaitCondition *, QMutex *, QDeadlineTimer);
+    __tsan_release(mutex);
+    const auto wait =
+        reinterpret_cast<Wait>(dlsym(RTLD_NEXT, "_ZN14QWaitCondition4waitEP6QMutex14QDeadlineTimer"));
+    const bool woken = wait(this, mutex, deadline);
+    __tsan_acquire(mutex);
+    return woken;
+}
+
+namespace {
+
+/// A task on its way through a pool, which hands it from one thread to another and waits for its end.
+class Handed : public QRunnable
+{
+public:
+    Handed(QThreadPool *pool, QRunnable *task)
+        : m_pool(pool)
+        , m_task(task)
+    {}
+    __attribute__((no_sanitize("thread"))) void run() override
+    {
+        __tsan_acquire(m_task);
+        m_task->run();
+        __tsan_release(m_pool);
+        if (m_task->autoDelete())
+            delete m_task;
+    }
+
+private:
+    QThreadPool *m_pool;
+    QRunnable *m_task;
+};
+
+} // namespace
+
+void QThreadPool::start(QRunnable *task, int priority)
+{
+    using Start = void (*)(QThreadPool *, QRunnable *, int);
+    auto *handed = new Handed(this, task);
+    __tsan_release(task);
+    const auto start = reinterpret_cast<Start>(dlsym(RTLD_NEXT, "_ZN11QThreadPool5startEP9QRunnablei"));
+    start(this, handed, priority);
+}
+
+bool QThreadPool::waitForDone(int msecs)
+{
+    using Wait = bool (*)(QThreadPool *, int);
+    const bool done =
+        reinterpret_cast<Wait>(dlsym(RTLD_NEXT, "_ZN11QThreadPool11waitForDoneEi"))(this, msecs);
+    __tsan_acquire(this);
+    return done;
 }

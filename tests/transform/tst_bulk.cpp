@@ -6,6 +6,7 @@
 #include <platform/utils/ProgressHandler.h>
 
 #include <QPolygonF>
+#include <QRunnable>
 #include <QThreadPool>
 
 #include <cmath>
@@ -197,11 +198,11 @@ private Q_SLOTS:
             BulkOptions options = withThreads(4);
             options.pool = &pool;
             for (int i = 0; i < 4; ++i)
-                pool.start([&, options] {
+                pool.start(QRunnable::create([&, options] {
                     QVector<QPointF> out;
                     const BulkResult result = bulk.forward(in, out, options);
                     right += firstDifference(out, expected, result.failed) == -1;
-                });
+                }));
             pool.waitForDone();
         }
         QCOMPARE(right.load(), 4);

@@ -1,0 +1,146 @@
+#include "GdalFiles.h"
+
+#include "CommandLine.h"
+#include "Commands.h"
+#include "Output.h"
+
+#include <cpl_error.h>
+
+#include <QFileInfo>
+
+namespace {
+
+constexpr int mostWarnings = 20;
+
+QString item(GDALDriverH driver, const char *name)
+{
+    return QString::fromUtf8(GDALGetMetadataItem(driver, name, nullptr));
+}
+
+bool has(GDALDriverH driver, const char *capability)
+{
+    return item(driver, capability) == QLatin1String("YES");
+}
+
+bool writesVectors(GDALDriverH driver)
+{
+    return has(driver, GDAL_DCAP_VECTOR) && has(driver, GDAL_DCAP_CREATE);
+}
+
+QStringList extensionsOf(GDALDriverH driver)
+{
+    const QString several = item(driver, GDAL_DMD_EXTENSIONS);
+    return (several.isEmpty() ? item(driver, GDAL_DMD_EXTENSION) : several)
+        .split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
+template <typename Accept> GDALDriverH firstDriver(Accept &&accept)
+{
+    for (int i = 0; i < GDALGetDriverCount(); ++i)
+        if (GDALDriverH driver = GDALGetDriver(i); writesVectors(driver) && accept(driver))
+            return driver;
+    return nullptr;
+}
+
+} // namespace
+
+GdalMessages::GdalMessages() { CPLPushErrorHandlerEx(&GdalMessages::take, this); }
+
+GdalMessages::~GdalMessages() { CPLPopErrorHandler(); }
+
+void GdalMessages::take(CPLErr level, CPLErrorNum, const char *text)
+{
+    auto *self = static_cast<GdalMessages *>(CPLGetErrorHandlerUserData());
+    const QString message = QString::fromUtf8(text);
+    if (level >= CE_Failure)
+        self->m_error = message;
+    else if (level == CE_Warning && self->m_warnings.size() < mostWarnings &&
+             !self->m_warnings.contains(message))
+        self->m_warnings << message;
+}
+
+QString GdalMessages::reason() const
+{
+    if (!m_error.isEmpty())
+        return m_error;
+    return m_warnings.isEmpty() ? QStringLiteral("no reason is known") : m_warnings.last();
+}
+
+void GdalMessages::clear()
+{
+    m_error.clear();
+    m_warnings.clear();
+}
+
+Dataset openForReading(const QString &path, const GdalMessages &messages)
+{
+    const QByteArray name = path.toUtf8();
+    GDALDriverH driver = GDALIdentifyDriverEx(name.constData(), GDAL_OF_VECTOR, nullptr, nullptr);
+    const bool isCsv = driver && driverName(driver) == QLatin1String("CSV");
+    const char *const csvOptions[] = {"KEEP_GEOM_COLUMNS=NO", nullptr}; // else they were written twice
+    Dataset dataset(GDALOpenEx(name.constData(), GDAL_OF_VECTOR | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR,
+                               nullptr, isCsv ? csvOptions : nullptr, nullptr));
+    if (!dataset)
+        throw Failure(QStringLiteral("cannot read %1: %2").arg(path, messages.reason()));
+    return dataset;
+}
+
+GDALDriverH driverForWriting(const QString &path, const QString &format)
+{
+    const QString extension = QFileInfo(path).suffix();
+    GDALDriverH driver = firstDriver([&](GDALDriverH candidate) {
+        return format.isEmpty() ? extensionsOf(candidate).contains(extension, Qt::CaseInsensitive)
+                                : driverName(candidate).compare(format, Qt::CaseInsensitive) == 0;
+    });
+    if (driver)
+        return driver;
+    const QString seeList = QStringLiteral("see nivora-cs list-formats");
+    throw Failure(format.isEmpty()
+                      ? QStringLiteral("no format is written to files ending in \".%1\"; give --format (%2)")
+                            .arg(extension, seeList)
+                      : QStringLiteral("no format \"%1\" can be written; %2").arg(format, seeList));
+}
+
+QString driverName(GDALDriverH driver) { return QString::fromUtf8(GDALGetDriverShortName(driver)); }
+
+namespace {
+
+int listFormats(const CommandLine &)
+{
+    GDALAllRegister();
+    QString text;
+    for (int i = 0; i < GDALGetDriverCount(); ++i) {
+        GDALDriverH driver = GDALGetDriver(i);
+        if (!has(driver, GDAL_DCAP_VECTOR))
+            continue;
+        const QString access = QStringLiteral("%1%2").arg(
+            has(driver, GDAL_DCAP_OPEN) ? QStringLiteral("r") : QStringLiteral("-"),
+            has(driver, GDAL_DCAP_CREATE) ? QStringLiteral("w") : QStringLiteral("-"));
+        text += QStringLiteral("%1\t%2\t%3\t%4\n")
+                    .arg(driverName(driver), access, extensionsOf(driver).join(QLatin1Char(',')),
+                         QString::fromUtf8(GDALGetDriverLongName(driver)));
+    }
+    print(text);
+    return Success;
+}
+
+} // namespace
+
+const Command &listFormatsCommand()
+{
+    static const Command command = {
+        "list-formats",
+        "",
+        "The file formats that convert reads and writes.",
+        R"(A line each: name (for --format), r when it can be read and w when it can be
+written, the extensions of its files, and what it is; separated by tabs.
+
+Example:
+  nivora-cs list-formats | grep -i mapinfo
+)",
+        0,
+        {},
+        listFormats,
+    };
+    return command;
+}

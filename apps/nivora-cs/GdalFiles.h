@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <gdal.h>
+#include <ogr_api.h>
+
+#include <memory>
+
+/// What GDAL says while this lives stays off stderr; the texts are kept.
+class GdalMessages
+{
+public:
+    GdalMessages();
+    ~GdalMessages();
+    GdalMessages(const GdalMessages &) = delete;
+    GdalMessages &operator=(const GdalMessages &) = delete;
+
+    /// The last error, else the last warning; empty without any.
+    QString reason() const;
+    /// Different warnings in the order of their first occurrence, the first twenty.
+    const QStringList &warnings() const { return m_warnings; }
+    bool failed() const { return !m_error.isEmpty(); }
+    void clear();
+
+private:
+    static void CPL_STDCALL take(CPLErr level, CPLErrorNum number, const char *text);
+
+    QString m_error;
+    QStringList m_warnings;
+};
+
+struct DatasetClose
+{
+    void operator()(GDALDatasetH dataset) const { GDALClose(dataset); }
+};
+using Dataset = std::unique_ptr<void, DatasetClose>;
+
+struct FeatureDestroy
+{
+    void operator()(OGRFeatureH feature) const { OGR_F_Destroy(feature); }
+};
+using Feature = std::unique_ptr<void, FeatureDestroy>;
+
+/// Opens for reading. Throws Failure with GDAL's reason.
+Dataset openForReading(const QString &path, const GdalMessages &messages);
+
+/// The driver that is named, else the one that the file's extension belongs to. Throws Failure.
+GDALDriverH driverForWriting(const QString &path, const QString &format);
+QString driverName(GDALDriverH driver);

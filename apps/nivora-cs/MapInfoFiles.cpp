@@ -1,0 +1,142 @@
+#include "MapInfoFiles.h"
+
+#include "Output.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QSaveFile>
+
+#include <algorithm>
+
+namespace {
+
+constexpr qint64 longestHeader = 16 * 1024 * 1024; // ten thousands of columns
+constexpr qint64 chunk = 1024 * 1024;
+
+struct Charset
+{
+    const char *mapInfo;
+    const char *encoding;
+};
+constexpr Charset charsets[] = {
+    {"WindowsLatin1", "CP1252"}, {"WindowsLatin2", "CP1250"},    {"WindowsCyrillic", "CP1251"},
+    {"WindowsGreek", "CP1253"},  {"WindowsTurkish", "CP1254"},   {"WindowsHebrew", "CP1255"},
+    {"WindowsArabic", "CP1256"}, {"WindowsBalticRim", "CP1257"}, {"CodePage437", "CP437"},
+    {"CodePage850", "CP850"},    {"CodePage852", "CP852"},       {"CodePage866", "CP866"},
+};
+constexpr const char *usualEncoding = "CP1251";
+
+/// Where the clause stands in the header, and where one would stand.
+struct ClausePlace
+{
+    qint64 begin = 0;
+    qint64 end = 0;
+    QByteArray text;
+};
+
+bool beginsWith(const QByteArray &line, const char *word)
+{
+    return line.trimmed().toLower().startsWith(word);
+}
+
+/// The words that may begin a line behind the clause, which may go on over several lines.
+bool isNextClause(const QByteArray &line)
+{
+    static const char *const words[] = {"columns", "transform", "data",  "version",
+                                        "charset", "unique",    "index", "delimiter"};
+    return std::any_of(std::begin(words), std::end(words),
+                       [&line](const char *word) { return beginsWith(line, word); });
+}
+
+ClausePlace findClause(QFile &file)
+{
+    ClausePlace place;
+    for (QByteArray line; file.pos() < longestHeader;) {
+        const qint64 begin = file.pos();
+        line = file.readLine();
+        const bool found = !place.text.isEmpty();
+        if (line.isEmpty() || (found && isNextClause(line)))
+            break;
+        if (found || beginsWith(line, "coordsys")) {
+            place.begin = found ? place.begin : begin;
+            place.end = begin + line.size();
+            place.text += line;
+        } else if (beginsWith(line, "columns") || beginsWith(line, "data") || beginsWith(line, "transform")) {
+            place.begin = place.end = begin;
+            break;
+        }
+    }
+    return place;
+}
+
+void openOrFail(QFile &file)
+{
+    if (!file.open(QIODevice::ReadOnly))
+        throw Failure(QStringLiteral("cannot read %1: %2").arg(file.fileName(), file.errorString()));
+}
+
+void copyRest(QFile &from, QSaveFile &to)
+{
+    while (!from.atEnd())
+        to.write(from.read(chunk));
+}
+
+} // namespace
+
+QString coordSysOfMif(const QString &path)
+{
+    QFile file(path);
+    openOrFail(file);
+    const QByteArray text = findClause(file).text;
+    return text.isEmpty() ? QStringLiteral("CoordSys Earth Projection 1, 0")
+                          : QString::fromLatin1(text).simplified();
+}
+
+void replaceCoordSysOfMif(const QString &path, const QString &clause)
+{
+    QFile file(path);
+    openOrFail(file);
+    const ClausePlace place = findClause(file);
+    const bool hasKeyword = clause.startsWith(QLatin1String("CoordSys"), Qt::CaseInsensitive);
+    QSaveFile result(path);
+    result.open(QIODevice::WriteOnly);
+    file.seek(0);
+    result.write(file.read(place.begin));
+    result.write((hasKeyword ? QString() : QStringLiteral("CoordSys ")).toLatin1() + clause.toLatin1() +
+                 '\n');
+    file.seek(place.end);
+    copyRest(file, result);
+    if (!result.commit())
+        throw Failure(QStringLiteral("cannot write %1: %2").arg(path, result.errorString()));
+}
+
+QString siblingOf(const QString &path, const QString &suffix)
+{
+    const QFileInfo info(path);
+    const QString wanted = info.completeBaseName() + QLatin1Char('.') + suffix;
+    const QStringList files = info.dir().entryList(QDir::Files);
+    for (const QString &file : files)
+        if (file.compare(wanted, Qt::CaseInsensitive) == 0)
+            return info.dir().filePath(file);
+    return {};
+}
+
+QByteArray encodingLike(const QString &source)
+{
+    // Charset "WindowsCyrillic" in a MIF, !charset WindowsCyrillic in a TAB
+    static const QRegularExpression charset(QStringLiteral("^!?charset\\s+\"?(\\w+)"),
+                                            QRegularExpression::CaseInsensitiveOption |
+                                                QRegularExpression::MultilineOption);
+    const bool isMapInfo = source.endsWith(QLatin1String(".mif"), Qt::CaseInsensitive) ||
+                           source.endsWith(QLatin1String(".tab"), Qt::CaseInsensitive);
+    QFile file(source);
+    if (!isMapInfo || !file.open(QIODevice::ReadOnly))
+        return usualEncoding;
+    const QString named = charset.match(QString::fromLatin1(file.read(4096))).captured(1);
+    for (const Charset &row : charsets)
+        if (named.compare(QLatin1String(row.mapInfo), Qt::CaseInsensitive) == 0)
+            return row.encoding;
+    return usualEncoding;
+}

@@ -1,0 +1,60 @@
+#include "MapInfoTarget.h"
+
+#include "MapInfoFiles.h"
+#include "Output.h"
+
+#include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/MapHeaderRecord.h>
+
+#include <QFileInfo>
+
+using nivora::cs::CoordSystem;
+using nivora::cs::MapHeaderCoordsysConverter;
+using nivora::cs::MapHeaderRecord;
+
+namespace {
+
+/// The seventh parameter of projection 35 stands behind the six of the record.
+double seventhParameterOf(const QString &clause)
+{
+    constexpr int tokensBefore = 3 + 6; // projection, datum, unit
+    const QString numbers = clause.section(QStringLiteral("Projection"), 1);
+    return numbers.section(QLatin1Char(','), tokensBefore, tokensBefore)
+        .trimmed()
+        .section(QLatin1Char(' '), 0, 0)
+        .toDouble();
+}
+
+MapHeaderRecord recordOf(const QString &clause)
+{
+    MapHeaderRecord record;
+    record.projection = MapHeaderCoordsysConverter().prjStrToTABProjInfo(clause);
+    if (record.projection.nProjId == 35)
+        record.seventhParameter = seventhParameterOf(clause);
+    return record;
+}
+
+} // namespace
+
+MapInfoTarget mapInfoTarget(const CoordSystem &cs)
+{
+    try {
+        MapInfoTarget target;
+        target.clause = cs.prjStr();
+        target.bounds = cs.rectNumericCoordSys();
+        target.hasAffine = cs.affineTransform() != nullptr;
+        return target;
+    } catch (const std::exception &e) {
+        throw Failure(QStringLiteral("MapInfo's formats cannot carry this system: %1")
+                          .arg(QString::fromUtf8(e.what())));
+    }
+}
+
+void giveSystem(const QString &path, const MapInfoTarget &target)
+{
+    if (QFileInfo(path).suffix().compare(QLatin1String("mif"), Qt::CaseInsensitive) == 0)
+        return replaceCoordSysOfMif(path, target.clause);
+    const QString map = siblingOf(path, QStringLiteral("map"));
+    if (!map.isEmpty()) // a table without geometry has none
+        nivora::cs::replaceMapHeader(map, recordOf(target.clause));
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <coordsys/CoordSystem.h>
+
+#include <QRectF>
+
+/// A system as MapInfo's formats carry it.
+struct MapInfoTarget
+{
+    QString clause; ///< the CoordSys string, with affine clause and explicit bounds
+    QRectF bounds;  ///< explicit, else the system's; empty when none are known
+    bool hasAffine = false;
+};
+
+/// Throws Failure when the format has no words for the system.
+MapInfoTarget mapInfoTarget(const nivora::cs::CoordSystem &cs);
+
+/// Makes the files that the driver wrote without a system say \p target. Throws Failure.
+void giveSystem(const QString &path, const MapInfoTarget &target);

@@ -1,0 +1,223 @@
+#include "CliRun.h"
+
+#include "support/Support.h"
+#include "support/TestRunner.h"
+
+#include <QRegularExpression>
+
+namespace {
+
+/// A MIF of one point with a text in Windows-1251.
+QByteArray mif(const QString &clause, const char *point = "100.5 -20.25")
+{
+    return "Version 300\nCharset \"WindowsCyrillic\"\nDelimiter \",\"\nCoordSys " + clause.toUtf8() +
+           "\nColumns 2\n  Id Integer\n  Name Char(20)\nData\n\nPoint " + point + "\n";
+}
+
+QByteArray clauseOf(const QByteArray &mifText)
+{
+    static const QRegularExpression line(QStringLiteral("^CoordSys (.*)$"),
+                                         QRegularExpression::MultilineOption);
+    return line.match(QString::fromUtf8(mifText)).captured(1).toUtf8();
+}
+
+/// A directory with the inputs of one test.
+class Place
+{
+public:
+    void write(const char *name, const QByteArray &content) const
+    {
+        QFile file(m_dir.filePath(QLatin1String(name)));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+    }
+    QByteArray read(const char *name) const
+    {
+        QFile file(m_dir.filePath(QLatin1String(name)));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    CliRun convert(const QString &arguments) const
+    {
+        return runShell(QStringLiteral("nivora-cs convert ") + arguments, m_dir.path());
+    }
+    QStringList files() const
+    {
+        return QDir(m_dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+
+private:
+    QTemporaryDir m_dir;
+};
+
+const char *const geometries[] = {
+    "POINT ZM (37 55 3 4)",
+    "LINESTRING Z (37 55 1,38 56 2)",
+    "MULTIPOLYGON (((37 55,38 55,38 56,37 55)),((39 55,40 55,40 56,39 55)))",
+    "GEOMETRYCOLLECTION (POINT (37 55),COMPOUNDCURVE (CIRCULARSTRING (37 55,37.5 55.5,38 55),(38 55,39 56)))",
+    "CURVEPOLYGON M (CIRCULARSTRING M (37 55 1,38 56 2,39 55 3,38 54 4,37 55 5))",
+    "TIN (((37 55,38 55,37 56,37 55)))",
+    "POINT EMPTY",
+};
+
+} // namespace
+
+class TestCliConvert : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void clauses_data()
+    {
+        QTest::addColumn<QString>("clause");
+        QTest::addColumn<bool>("fitsTable");
+        const QString bounds = QStringLiteral(" Bounds (-1000, -2000) (3000, 4000)");
+        const auto row = [&](const char *clause, bool fitsTable = true) {
+            QTest::newRow(clause) << QString::fromUtf8(clause) + bounds << fitsTable;
+        };
+        row("NonEarth Units \"survey ft\"");
+        row("Earth Projection 8, 999, 3, 24, -123, -94, \"m\", 39, 0, 1, 0, 0");
+        row("Earth Projection 8, 9999, 3, 24, -123, -94, -0.02, 0.25, 0.13, 1.1, 0, \"km\", 39, 0, 1, 0, 0");
+        row("Earth Projection 3, 62, \"survey ft\", -98, 27.5, 28.5, 30.5, 0, 0");
+        row("Earth Projection 8, 1001, \"m\", 39, 0, 1, 0, 0 Affine Units \"m\", 0.0000000000001, 0.5, 5, "
+            "-0.5, 1, 7",
+            false);
+        row("NonEarth Units \"m\" Affine Units \"ft\", 2, 0, 0, 0, 2, 0", false);
+    }
+
+    // Written by this program through the driver, read back by it: a MIF to the letter; a table to half of
+    // the step that it counts coordinates in (6000 m in 2e9 steps).
+    void clauses()
+    {
+        QFETCH(QString, clause);
+        QFETCH(bool, fitsTable);
+        const Place place;
+        place.write("a.mif", mif(clause));
+        place.write("a.mid", "1,\"\xcc\xee\xf1\xea\xe2\xe0\"\n");
+        const CliRun toMif = place.convert(QStringLiteral("a.mif b.mif"));
+        QVERIFY2(toMif.status == 0, toMif.describe());
+        const QByteArray first = clauseOf(place.read("b.mif"));
+        QCOMPARE(place.convert(QStringLiteral("b.mif c.mif")).status, 0);
+        QCOMPARE(place.read("c.mif"), place.read("b.mif"));
+        QVERIFY2(place.read("b.mif").contains("Point 100.5 -20.25\n"), place.read("b.mif"));
+        QCOMPARE(place.read("b.mid"), place.read("a.mid"));
+        for (const QString &part : clause.split(QLatin1Char(' ')))
+            QVERIFY2(first.contains(part.toUtf8()), first);
+
+        const CliRun toTable = place.convert(QStringLiteral("b.mif t.tab"));
+        QCOMPARE(toTable.status, fitsTable ? 0 : 2);
+        if (!fitsTable) {
+            QVERIFY(!place.files().contains(QStringLiteral("t.map")));
+            return;
+        }
+        QCOMPARE(place.convert(QStringLiteral("t.tab d.mif")).status, 0);
+        QCOMPARE(clauseOf(place.read("d.mif")), first);
+        QVERIFY2(place.read("d.mif").contains("Point 100.5"), place.read("d.mif"));
+    }
+
+    void refusals_data()
+    {
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<QString>("reason");
+        QTest::addColumn<int>("lossyStatus");
+        const auto row = [](const char *arguments, const char *reason, int lossyStatus) {
+            QTest::newRow(arguments) << QString::fromUtf8(arguments) << QString::fromUtf8(reason)
+                                     << lossyStatus;
+        };
+        row("affine.mif o.tab", "affine transformation", 0);
+        row("affine.mif o.kml", "affine transformation", 0);
+        row("points.csv o.csv --from 4326", "no coordinate system", 0);
+        row("points.csv o.kml --from 4326 --to 32637", "another system", 0);
+        row("shapes.csv o.mif --from 4326", "no measures", 0);
+        row("surface.csv o.mif --from 4326", "no surfaces", 0);
+        row("mixed.csv o.shp --from 4326", "cannot be written", 1);
+        row("points.csv o.mif --from 4326", "UTF-8 to CP1251", 0);
+        row("points.csv o.gpkg --to 32637", "give --from", 2);
+        row("points.csv o.gpkg --from nothing", "--from", 2);
+        row("points.csv o.gpkg --segmentize 0", "greater than 0", 2);
+        row("nosuch.tab o.mif", "cannot read nosuch.tab", 2);
+        row("damaged.tab o.mif", "", 2);
+        row("points.csv points.csv", "exists already", 2);
+        row("points.csv o.nope", "list-formats", 2);
+        row("points.csv nodir/o.gpkg", "nodir", 2);
+    }
+
+    // Nothing is left behind: no output, no part of one, no directory.
+    void refusals()
+    {
+        QFETCH(QString, arguments);
+        QFETCH(QString, reason);
+        QFETCH(int, lossyStatus);
+        const Place place;
+        place.write("affine.mif",
+                    mif(QStringLiteral("NonEarth Units \"m\" Affine Units \"m\", 2, 0, 0, 0, 2, 0")));
+        place.write("affine.mid", "1,a\n");
+        place.write("points.csv", "id,WKT,name\n1,POINT (37 55),\xE6\x97\xA5\n");
+        place.write("mixed.csv", "id,WKT\n1,POINT (37 55)\n2,\"LINESTRING (37 55,38 56)\"\n");
+        place.write("shapes.csv", "id,WKT\n1,POINT M (37 55 1)\n");
+        place.write("surface.csv", "id,WKT\n2,\"POLYHEDRALSURFACE (((37 55,38 55,37 56,37 55)))\"\n");
+        place.write("damaged.tab", "!table\n!version 300\n!charset Neutral\n\nDefinition Table\n"
+                                   "  Type NATIVE Charset \"Neutral\"\n  Fields 1\n    Id Integer ;\n");
+        place.write("damaged.map", QByteArray(600, 'x'));
+        place.write("damaged.dat", QByteArray());
+        const QStringList before = place.files();
+        const CliRun refused = place.convert(arguments);
+        QVERIFY2(refused.isRefusal(reason), refused.describe());
+        QCOMPARE(place.files(), before);
+        const CliRun lossy = place.convert(arguments + QStringLiteral(" --lossy"));
+        QVERIFY2(lossy.status == lossyStatus, lossy.describe());
+        if (lossyStatus == 2)
+            QCOMPARE(place.files(), before);
+        else
+            QVERIFY2(lossy.err.contains("nivora-cs: lost: "), lossy.describe());
+    }
+
+    // Through BulkTransform, which copies between equal systems, and back into text.
+    void geometriesSurvive()
+    {
+        const Place place;
+        QByteArray table = "id,WKT\n";
+        for (const char *geometry : geometries)
+            table += "7,\"" + QByteArray(geometry) + "\"\n";
+        place.write("a.csv", table);
+        QCOMPARE(place.convert(QStringLiteral("a.csv b.gpkg --from 4326 --to 4326")).status, 0);
+        QCOMPARE(place.convert(QStringLiteral("b.gpkg c.csv --to 4326 --lossy")).status, 0);
+        const QByteArray result = place.read("c.csv");
+        for (const char *geometry : geometries)
+            QVERIFY2(result.contains(geometry), result);
+    }
+
+    // (37, 55) in UTM zone 37 by cs2cs 9.1.1; the second feature's latitude does not exist.
+    void transforms()
+    {
+        const Place place;
+        place.write("a.csv",
+                    "id,WKT\n1,\"LINESTRING Z (39 55 7,37 55 8)\"\n2,\"LINESTRING (37 55,37 95)\"\n");
+        const CliRun run = place.convert(QStringLiteral("a.csv b.csv --from 4326 --to 32637 --lossy"));
+        QVERIFY2(run.status == 1 && run.err.contains("1 of 2 features left out"), run.describe());
+        QVERIFY2(place.read("b.csv").contains("372071.8086") && place.read("b.csv").contains("6096620.7064"),
+                 place.read("b.csv"));
+        QCOMPARE(place.read("b.rejected.csv"),
+                 QByteArray("layer,fid,x,y,reason\n\"a\",2,37,95,cannot be transformed\n"));
+
+        // A parallel in an azimuthal plane is an arc of 60 degrees and 3330 km: its middle lies 446 km off.
+        place.write("p.csv", "id,WKT\n1,\"LINESTRING Z (0 60 0,60 60 60)\"\n");
+        const auto vertices = [&place](const char *metres) {
+            place.convert(
+                QStringLiteral("p.csv q.csv --overwrite --lossy --from 4326 --to 3575 --segmentize ") +
+                QLatin1String(metres));
+            return place.read("q.csv").count(',') - 1; // header, behind the geometry; one less than vertices
+        };
+        QCOMPARE(vertices("500000"), 2);
+        QCOMPARE(vertices("400000"), 3);
+        // 2^n pieces are off by 446 km / 4^n: 109 m at n = 6, 27 m at n = 7
+        QCOMPARE(vertices("50"), 129);
+    }
+
+    void formatsAreListed()
+    {
+        const CliRun run = ::run({QStringLiteral("list-formats")});
+        QVERIFY2(run.status == 0 && run.out.contains("MapInfo File\trw\ttab,mif,mid\t"), run.describe());
+    }
+};
+
+NIVORA_TEST(TestCliConvert)
+#include "tst_convert.moc"
