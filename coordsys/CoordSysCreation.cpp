@@ -1,11 +1,13 @@
 #include <coordsys/CoordSysFactory.h>
 
+#include <coordsys/CatalogueName_p.h>
 #include <coordsys/CoordSysRect.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/DriverText_p.h>
 #include <coordsys/InputFile_p.h>
+#include <coordsys/MadeSystems_p.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/OsrHandle_p.h>
@@ -170,14 +172,16 @@ std::optional<int> cleanNumber(const QString &text)
 CoordSystemPtr CoordSysFactory::createFromProj(const QString &proj) const
 {
     const CatalogueScope scope(*this);
-    const CoordSystemPtr cs = unnamedFromProj(proj);
-    const QString name = m_mapinfo->getHumanReadableTextWithEpsg(*cs, true).first;
-    cs->setSourceParameters({CoordSystem::Proj4, proj});
-    if (name.isEmpty())
-        cs->setNameless();
-    else
-        cs->setDescription(name);
-    return cs;
+    return m_made->system(MadeSystems::By::Proj, proj, [&] {
+        const CoordSystemPtr cs = unnamedFromProj(proj);
+        // Compared without its source, as it stands here, whatever becomes of the system given out.
+        const auto lookUp = [catalogue = m_mapinfo, asked = CoordSystemPtr(cs->duplicate())] {
+            return catalogue->getHumanReadableTextWithEpsg(*asked, true).first;
+        };
+        cs->setSourceParameters({CoordSystem::Proj4, proj});
+        cs->setNameless(std::make_shared<const CatalogueName>(lookUp));
+        return cs;
+    });
 }
 
 /// A system without name, code and source.
@@ -205,6 +209,12 @@ CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj) const
 CoordSystemPtr CoordSysFactory::createWithoutDescription(const QString &prj) const
 {
     const CatalogueScope scope(*this);
+    return m_made->system(MadeSystems::By::BarePrj, prj, [&] { return unnamedFromPrj(prj); });
+}
+
+/// A system without name and code.
+CoordSystemPtr CoordSysFactory::unnamedFromPrj(const QString &prj) const
+{
     if (prj.isEmpty())
         throwEmpty();
     const MapHeaderCoordsysConverter converter;
@@ -232,7 +242,19 @@ CoordSystemPtr CoordSysFactory::createFromPrj(const QString &prj) const
 {
     const CatalogueScope scope(*this);
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromPrj = %1").arg(prj));
-    CoordSystemPtr cs = createWithoutDescription(prj);
+    const CoordSystemPtr cs =
+        m_made->system(MadeSystems::By::Prj, prj, [&] { return cataloguedFromPrj(prj); });
+    if (cs->description().isEmpty())
+        cs->setDescription(userDescription(*cs)); // asked each time: the user may name it meanwhile
+    if (cs->description().isEmpty())
+        cs->setDescription(cs->prjStr());
+    return cs;
+}
+
+/// Name and code are the catalogue's, else empty.
+CoordSystemPtr CoordSysFactory::cataloguedFromPrj(const QString &prj) const
+{
+    CoordSystemPtr cs = unnamedFromPrj(prj);
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromPrj(fixed) = %1").arg(cs->prjStr()));
     // Systems that differ by their bounds alone have names of their own, so bounds count first.
     auto named = m_mapinfo->getHumanReadableTextWithEpsg(*cs, false);
@@ -242,11 +264,7 @@ CoordSystemPtr CoordSysFactory::createFromPrj(const QString &prj) const
         cs->setDescription(named.first);
         if (named.second != CoordSystem::EPSG_UNDEFINDED)
             cs->setEpsg(named.second);
-    } else {
-        cs->setDescription(userDescription(*cs));
     }
-    if (cs->description().isEmpty())
-        cs->setDescription(cs->prjStr());
     return cs;
 }
 
@@ -254,6 +272,11 @@ CoordSystemPtr CoordSysFactory::createFromEpsg(int epsg) const
 {
     const CatalogueScope scope(*this);
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromEpsg=%1").arg(epsg));
+    return m_made->system(MadeSystems::By::Epsg, QString::number(epsg), [&] { return namedFromEpsg(epsg); });
+}
+
+CoordSystemPtr CoordSysFactory::namedFromEpsg(int epsg) const
+{
     // Entries without a code carry a negative one, which no caller may find them by.
     const QString prj = epsg > 0 ? m_mapinfo->seekByEPSG(epsg) : QString();
     const CoordSystemPtr cs = prj.isEmpty() ? unnamedFromEpsg(epsg) : cataloguedEpsg(prj, epsg);
@@ -266,7 +289,7 @@ CoordSystemPtr CoordSysFactory::createFromEpsg(int epsg) const
 /// code's own plane counts, as it does in transformations.
 CoordSystemPtr CoordSysFactory::cataloguedEpsg(const QString &prj, int epsg) const
 {
-    const CoordSystemPtr cs = createWithoutDescription(prj);
+    const CoordSystemPtr cs = unnamedFromPrj(prj);
     cs->setSourceParameters({CoordSystem::Epsg, QString::number(epsg)});
     const SystemIdentityPtr identity = cs->identity();
     if (identity && identity->kind() == CrsKind::Projected &&
@@ -318,6 +341,11 @@ CoordSystemPtr CoordSysFactory::fromIdentity(const SystemIdentityPtr &identity)
 CoordSystemPtr CoordSysFactory::createFromWkt(const QString &wkt) const
 {
     const CatalogueScope scope(*this);
+    return m_made->system(MadeSystems::By::Wkt, wkt, [&] { return namedFromWkt(wkt); });
+}
+
+CoordSystemPtr CoordSysFactory::namedFromWkt(const QString &wkt) const
+{
     if (wkt.isEmpty())
         throw std::runtime_error(QObject::tr("Строка КС пустая").toStdString());
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromWkt=%1").arg(wkt));

@@ -1,9 +1,11 @@
 #include <coordsys/CoordSysFactory.h>
 
+#include <coordsys/CatalogueChanges_p.h>
 #include <coordsys/CoordSysEnvironment.h>
 #include <coordsys/CoordSysFactory_p.h>
 #include <coordsys/CoordSysRect.h>
 #include <coordsys/CoordSystem.h>
+#include <coordsys/MadeSystems_p.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjEngine.h>
 #include <coordsys/ProjLibMetadata.h>
@@ -69,6 +71,7 @@ template <typename Load> bool loaded(Load &&load)
 CoordSysFactory::CoordSysFactory(const QDir &systemDir, const QDir &userDir, const QString &language)
     : m_resourceDir(systemDir)
     , m_language(language)
+    , m_made(std::make_unique<MadeSystems>())
     , m_lifeline(std::make_shared<Lifeline>(this))
 {
     setDefaultCatalogues(installedDefault);
@@ -129,6 +132,7 @@ bool CoordSysFactory::initCoordSystemEnvironment()
     const CatalogueScope scope(*this);
     std::setlocale(LC_NUMERIC, "C");
     initProjLibEnvironment();
+    ++catalogueChanges(); // the engines' resources are others now
     setMitabEnvVariable();
     LOG_INFO(QObject::tr("Инициализация координатных систем"));
     if (m_wasStarted)

@@ -12,6 +12,7 @@
 namespace nivora::cs {
 
 class CoordSysRect;
+class MadeSystems;
 class MapinfoCoordSystem;
 class SystemIdentity;
 class UserCoordSystem;
@@ -118,6 +119,10 @@ private:
     struct Lifeline;
 
     CoordSystemPtr unnamedFromProj(const QString &proj) const;
+    CoordSystemPtr unnamedFromPrj(const QString &prj) const;
+    CoordSystemPtr cataloguedFromPrj(const QString &prj) const;
+    CoordSystemPtr namedFromEpsg(int epsg) const;
+    CoordSystemPtr namedFromWkt(const QString &wkt) const;
     CoordSystemPtr unnamedFromEpsg(int epsg) const;
     CoordSystemPtr cataloguedEpsg(const QString &prj, int epsg) const;
     static CoordSystemPtr unnamedFromWkt(const std::shared_ptr<void> &srs,
@@ -137,6 +142,7 @@ private:
     CoordSystemPtr m_latLongWgs84;
     QReadWriteLock m_lock; ///< one writer of m_current at a time
     bool m_wasStarted = false;
+    std::unique_ptr<MadeSystems> m_made;
     std::shared_ptr<Lifeline> m_lifeline; ///< what the MapInfo catalogue's creator holds instead of `this`
 };
 

@@ -1,5 +1,6 @@
 #include <coordsys/CoordSysRect.h>
 
+#include <coordsys/CatalogueChanges_p.h>
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
@@ -263,6 +264,7 @@ bool CoordSysRect::initFromXML(const QDir &dir)
     LOG_INFO(QStringLiteral("CS MBRs loaded from cs_mbr.xml=%1").arg(entries.size()));
     const QWriteLocker lock(&m_lock);
     m_entries = std::move(entries);
+    ++catalogueChanges();
     return true;
 }
 
@@ -270,6 +272,7 @@ void CoordSysRect::clear()
 {
     const QWriteLocker lock(&m_lock);
     m_entries.clear();
+    ++catalogueChanges();
 }
 
 bool CoordSysRect::catalogued(const TABProjInfo_t &info, QRectF &out) const

@@ -36,7 +36,7 @@ struct CoordTransform::Impl
             throw std::invalid_argument("cs_from");
         if (!to)
             throw std::invalid_argument("cs_to");
-        isEqualsCS = !haveDifferentCodes(*from, *to) && from->isEqual(to, false);
+        isEqualsCS = !haveDifferentCodes(*from, *to) && coordTransformCache().areEqual(*from, *to);
         if (!isEqualsCS)
             queue = coordTransformCache().queueFor(from, to);
     }

@@ -1,5 +1,6 @@
 #include <coordsys/MapinfoCoordSystem.h>
 
+#include <coordsys/CatalogueChanges_p.h>
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/InputFile_p.h>
@@ -174,6 +175,7 @@ bool MapinfoCoordSystem::loadFromPRJ(const QFileInfo &file)
     const int known = m_categories.size();
     m_categories = std::move(categories);
     noteCodes(known);
+    ++catalogueChanges();
     {
         const QWriteLocker lock(&m_lock);
         m_index.reset(); // speaks of the entries before this file
@@ -414,6 +416,7 @@ void MapinfoCoordSystem::clear()
     stopInternalCache(); // the fill reads the categories
     m_categories.clear();
     m_byCode.clear();
+    ++catalogueChanges();
 
     std::map<Position, CoordSystemPtr>
         released; // outlives the lock: systems take locks of their own as they die
