@@ -108,7 +108,9 @@ std::shared_ptr<void> importProj(const QString &text)
     const std::shared_ptr<void> srs = srsFromProj(text);
     if (!srs)
         throwInvalid(text);
-    if (OSRIsGeocentric(srs.get()))
+    // Each such question copies the reference where it has a shift (60 us), so only suspects are asked.
+    static const QRegularExpression suspect(QStringLiteral("geoc|cart|pipeline|init"));
+    if (suspect.match(text).hasMatch() && OSRIsGeocentric(srs.get()))
         throwWithoutPlane(text);
     return srs;
 }
@@ -200,7 +202,8 @@ CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj) const
     cs->setOGRSpatialReference(srs);
     if (!cs->isNonEarth())
         cs->setProj4(proj4FromString(text));
-    if (cs->isRotated()) // the object of the text alone would give radians
+    if (text.contains(QLatin1String("ob_tran")) &&
+        cs->isRotated()) // the object of the text alone would give radians
         if (const SystemIdentityPtr identity = SystemIdentity::from(osrToWkt2(srs.get())))
             cs->setPlane(identity->plane());
     return cs;
@@ -209,7 +212,7 @@ CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj) const
 CoordSystemPtr CoordSysFactory::createWithoutDescription(const QString &prj) const
 {
     const CatalogueScope scope(*this);
-    return m_made->system(MadeSystems::By::BarePrj, prj, [&] { return unnamedFromPrj(prj); });
+    return unnamedFromPrj(prj);
 }
 
 /// A system without name and code.
@@ -220,7 +223,11 @@ CoordSystemPtr CoordSysFactory::unnamedFromPrj(const QString &prj) const
     const MapHeaderCoordsysConverter converter;
     const TABProjInfo_t record = converter.prjStrToTABProjInfo(prj);
     const QString text = converter.tabProjInfoToString(record);
+    return m_made->system(MadeSystems::By::Record, text, [&] { return unnamedFromRecord(record, text); });
+}
 
+CoordSystemPtr CoordSysFactory::unnamedFromRecord(const TABProjInfo_t &record, const QString &text) const
+{
     auto cs = std::make_shared<CoordSystem>();
     cs->setSourceParameters({CoordSystem::Prj, text});
     cs->setOGRSpatialReference(importRecord(record, text));

@@ -18,7 +18,7 @@ namespace nivora::cs {
 class MadeSystems
 {
 public:
-    enum class By { Proj, Prj, BarePrj, Epsg, Wkt };
+    enum class By { Proj, Prj, Record, Epsg, Wkt };
     using Key = std::pair<int, QString>;
 
     /// A system of its own for every caller. What \p make throws is passed on, and nothing kept.
