@@ -1,5 +1,6 @@
 #include <coordsys/CoordSystemConversions.h>
 
+#include <coordsys/AffineMap_p.h>
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/EngineStep_p.h>
@@ -183,10 +184,11 @@ bool CoordSystem::convertPoints(int direction, QPointF *points, std::size_t coun
 
 bool CoordSystem::forward(const QPointF &lonLat, QPointF &out) const
 {
+    const AffineMap affine(*this);
     QPointF point = lonLat;
-    if (hasSingularAffine(this) || !convertPoints(PJ_FWD, &point, 1))
+    if (affine.isSingular() || !convertPoints(PJ_FWD, &point, 1))
         return false;
-    point = tryConvertForward(this, point);
+    affine.map(&point, 1);
     if (!isFinite(point))
         return false;
     out = point;
@@ -195,10 +197,10 @@ bool CoordSystem::forward(const QPointF &lonLat, QPointF &out) const
 
 bool CoordSystem::inverse(const QPointF &planar, QPointF &out) const
 {
-    if (hasSingularAffine(this))
-        return false;
-    QPointF point = tryConvertInverse(this, planar);
-    if (!convertPoints(PJ_INV, &point, 1))
+    const AffineMap affine(*this);
+    QPointF point = planar;
+    affine.undo(&point, 1);
+    if (affine.isSingular() || !convertPoints(PJ_INV, &point, 1))
         return false;
     out = point;
     return true;
@@ -219,24 +221,27 @@ bool CoordSystem::convertRect(int direction, const QRectF &in, QRectF &out) cons
 
 bool CoordSystem::forward(const QRectF &lonLat, QRectF &out) const
 {
-    if (hasSingularAffine(this) || !convertRect(PJ_FWD, lonLat, out))
+    const AffineMap affine(*this);
+    if (affine.isSingular() || !convertRect(PJ_FWD, lonLat, out))
         return false;
-    out = tryConvertForward(this, out);
+    out = affine.map(out);
     return hasFiniteExtent(out);
 }
 
 bool CoordSystem::inverse(const QRectF &planar, QRectF &out) const
 {
-    return !hasSingularAffine(this) && convertRect(PJ_INV, tryConvertInverse(this, planar), out);
+    const AffineMap affine(*this);
+    return !affine.isSingular() && convertRect(PJ_INV, affine.undo(planar), out);
 }
 
 bool CoordSystem::forward(const QVector<QPointF> &lonLat, QVector<QPointF> &out) const
 {
-    QPolygonF points(lonLat);
-    if (hasSingularAffine(this) ||
-        !convertPoints(PJ_FWD, points.data(), static_cast<std::size_t>(points.size())))
+    const AffineMap affine(*this);
+    QVector<QPointF> points = lonLat;
+    const auto count = static_cast<std::size_t>(points.size());
+    if (affine.isSingular() || !convertPoints(PJ_FWD, points.data(), count))
         return false;
-    points = tryConvertForward(this, points);
+    affine.map(points.data(), count);
     if (!std::all_of(points.cbegin(), points.cend(), isFinite))
         return false;
     out = points;
@@ -245,10 +250,11 @@ bool CoordSystem::forward(const QVector<QPointF> &lonLat, QVector<QPointF> &out)
 
 bool CoordSystem::inverse(const QVector<QPointF> &planar, QVector<QPointF> &out) const
 {
-    if (hasSingularAffine(this))
-        return false;
-    QPolygonF points = tryConvertInverse(this, QPolygonF(planar));
-    if (!convertPoints(PJ_INV, points.data(), static_cast<std::size_t>(points.size())))
+    const AffineMap affine(*this);
+    QVector<QPointF> points = planar;
+    const auto count = static_cast<std::size_t>(points.size());
+    affine.undo(points.data(), count);
+    if (affine.isSingular() || !convertPoints(PJ_INV, points.data(), count))
         return false;
     out = points;
     return true;

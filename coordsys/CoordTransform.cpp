@@ -1,5 +1,6 @@
 #include <coordsys/CoordTransform.h>
 
+#include <coordsys/AffineMap_p.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
 #include <coordsys/GeographicBounds_p.h>
@@ -71,14 +72,18 @@ bool CoordTransform::Impl::transform(bool forward, const QVector<QPointF> &in, Q
         out = in;
         return true;
     }
-    if (hasSingularAffine(source.get()) || hasSingularAffine(destination.get()))
+    const AffineMap sourceAffine(*(forward ? source : destination));
+    const AffineMap targetAffine(*(forward ? destination : source));
+    if (sourceAffine.isSingular() || targetAffine.isSingular())
         return false;
     fill(strategy, forward);
-    out = tryConvertInverse(strategy.source, QPolygonF(in));
+    out = in;
+    if (sourceAffine.isActive())
+        sourceAffine.undo(out.data(), static_cast<std::size_t>(out.size()));
     QVector<QPointF> result;
     if (!strategy.transform(out, result))
         return false;
-    result = tryConvertForward(strategy.destination, QPolygonF(result));
+    targetAffine.map(result.data(), static_cast<std::size_t>(result.size()));
     if (!areFinite(result))
         return false;
     out = result;
@@ -90,12 +95,14 @@ bool CoordTransform::Impl::transformPoint(bool forward, const QPointF &in, QPoin
     // The steps of transform() on the stack: a list of one point costs more than the engine.
     QPointF point = in;
     if (!isEqualsCS) {
-        if (hasSingularAffine(source.get()) || hasSingularAffine(destination.get()))
+        const AffineMap sourceAffine(*(forward ? source : destination));
+        const AffineMap targetAffine(*(forward ? destination : source));
+        if (sourceAffine.isSingular() || targetAffine.isSingular())
             return false;
-        point = tryConvertInverse(forward ? source.get() : destination.get(), in);
+        sourceAffine.undo(&point, 1);
         if (!transformPoints(queue.get(), forward ? 1 : -1, &point, 1))
             return false;
-        point = tryConvertForward(forward ? destination.get() : source.get(), point);
+        targetAffine.map(&point, 1);
     }
     if (!isFinite(point))
         return false;
@@ -230,6 +237,8 @@ void CoordTransform::throwTransformFailed()
 {
     throw std::runtime_error(QObject::tr("Ошибка преобразования координат").toStdString());
 }
+
+std::shared_ptr<const TransformQueue> CoordTransform::queue() const { return m_impl->queue; }
 
 QVector<QPointF> rectToVector(const QRectF &rect)
 {

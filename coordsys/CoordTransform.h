@@ -11,6 +11,8 @@
 
 namespace nivora::cs {
 
+struct TransformQueue;
+
 /// Converts points, lists and rectangles from one coordinate system into another and back, datum shift and
 /// both systems' affine transformations included. Coordinates are x = longitude or easting first, degrees for
 /// geographic systems. Equal systems copy.
@@ -67,7 +69,11 @@ public:
     [[noreturn]] static void throwTransformFailed();
 
 private:
+    friend class BulkTransform;
     struct Impl;
+    /// Null for equal systems.
+    std::shared_ptr<const TransformQueue> queue() const;
+
     std::unique_ptr<Impl> m_impl;
 };
 

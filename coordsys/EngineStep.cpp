@@ -15,26 +15,30 @@ constexpr double radiansPerDegree = 0.017453292519943295;
 /// Points between two looks at the results; few enough to stay in the processor's cache.
 constexpr std::size_t blockSize = 1024;
 
-bool transformBlock(const EngineStep &step, int direction, QPointF *points, std::size_t count)
+template <typename Move> void forEach(const PointSpan &points, Move &&move)
 {
-    const int side = sideOf(direction);
-    if (!step.in[side].isPlain())
-        std::for_each(points, points + count,
-                      [&end = step.in[side]](QPointF &p) { end.enter(p.rx(), p.ry()); });
+    const std::size_t end = points.count * points.strideInDoubles;
+    for (std::size_t i = 0; i < end; i += points.strideInDoubles)
+        move(points.x[i], points.y[i]);
+}
+
+/// One by one costs a third less than the engine's way for arrays, of which this is the smallest.
+void transformOne(const EngineStep &step, PJ_DIRECTION direction, const PointSpan &point, double time)
+{
+    const PJ_COORD c = proj_trans(step.pj.get(), direction, proj_coord(*point.x, *point.y, 0.0, time));
+    *point.x = c.xy.x;
+    *point.y = c.xy.y;
+}
+
+void transformMany(const EngineStep &step, PJ_DIRECTION direction, const PointSpan &points, double time)
+{
     double height = 0.0;
-    double noTime = HUGE_VAL;
-    constexpr std::size_t stride = sizeof(QPointF);
-    proj_trans_generic(step.pj.get(), static_cast<PJ_DIRECTION>(direction), &points->rx(), stride, count,
-                       &points->ry(), stride, count, &height, 0, 1, &noTime, 0, 1);
-    if (!step.out[side].isPlain())
-        std::for_each(points, points + count,
-                      [&end = step.out[side]](QPointF &p) { end.leave(p.rx(), p.ry()); });
-    return std::all_of(points, points + count, isFinite);
+    const std::size_t strideBytes = points.strideInDoubles * sizeof(double);
+    proj_trans_generic(step.pj.get(), direction, points.x, strideBytes, points.count, points.y, strideBytes,
+                       points.count, &height, 0, 1, &time, 0, 1);
 }
 
 } // namespace
-
-bool isFinite(const QPointF &point) { return std::isfinite(point.x()) && std::isfinite(point.y()); }
 
 EngineEnd EngineEnd::radians() { return {proj_torad(1.0), proj_todeg(1.0), 0.0}; }
 
@@ -71,28 +75,43 @@ EngineStep::EngineStep(std::shared_ptr<PJ> object)
     }
 }
 
+EngineStep EngineStep::withObject(std::shared_ptr<PJ> object) const
+{
+    EngineStep other = *this;
+    other.pj = std::move(object);
+    return other;
+}
+
 void EngineStep::setEnds(const EngineEnd &source, const EngineEnd &target)
 {
     in[0] = out[1] = source;
     out[0] = in[1] = target;
 }
 
-PJ_COORD transformed(const EngineStep &step, int direction, PJ_COORD point)
+PointSpan spanOf(QPointF *points, std::size_t count) { return {&points->rx(), &points->ry(), count, 2}; }
+
+PointSpan spanOf(PJ_COORD *points, std::size_t count) { return {points->v, points->v + 1, count, 4}; }
+
+void transformSpan(const EngineStep &step, int direction, const PointSpan &points, double time)
 {
-    const int side = sideOf(direction);
-    if (!step.in[side].isPlain())
-        step.in[side].enter(point.xy.x, point.xy.y);
-    point = proj_trans(step.pj.get(), static_cast<PJ_DIRECTION>(direction), point);
-    if (!step.out[side].isPlain())
-        step.out[side].leave(point.xy.x, point.xy.y);
-    return point;
+    const EngineEnd &in = step.in[sideOf(direction)];
+    const EngineEnd &out = step.out[sideOf(direction)];
+    if (!in.isPlain())
+        forEach(points, [&in](double &x, double &y) { in.enter(x, y); });
+    const auto run = points.count == 1 ? transformOne : transformMany;
+    run(step, static_cast<PJ_DIRECTION>(direction), points, time);
+    if (!out.isPlain())
+        forEach(points, [&out](double &x, double &y) { out.leave(x, y); });
 }
 
 bool transformPoints(const EngineStep &step, int direction, QPointF *points, std::size_t count)
 {
-    for (std::size_t done = 0; done < count; done += blockSize)
-        if (!transformBlock(step, direction, points + done, std::min(blockSize, count - done)))
+    for (std::size_t done = 0; done < count; done += blockSize) {
+        const std::size_t size = std::min(blockSize, count - done);
+        transformSpan(step, direction, spanOf(points + done, size), HUGE_VAL);
+        if (!std::all_of(points + done, points + done + size, isFinite))
             return false;
+    }
     return true;
 }
 

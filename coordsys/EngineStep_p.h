@@ -6,6 +6,7 @@
 
 #include <proj.h>
 
+#include <cmath>
 #include <cstddef>
 #include <memory>
 
@@ -44,6 +45,8 @@ struct EngineStep
     explicit EngineStep(std::shared_ptr<PJ> object);
     explicit operator bool() const { return pj != nullptr; }
 
+    /// The same step by another object that was cloned from this one's.
+    EngineStep withObject(std::shared_ptr<PJ> object) const;
     /// Both directions of one end: \p source is where forward comes from.
     void setEnds(const EngineEnd &source, const EngineEnd &target);
 };
@@ -51,15 +54,27 @@ struct EngineStep
 /// A PROJ object's index into EngineStep::in and out.
 inline int sideOf(int direction) { return direction == PJ_FWD ? 0 : 1; }
 
-/// One point through a step, a failed one as PROJ marks it. Needs the lock of the step's context.
-PJ_COORD transformed(const EngineStep &step, int direction, PJ_COORD point);
+/// x and y of points that lie strideInDoubles apart in memory.
+struct PointSpan
+{
+    double *x;
+    double *y;
+    std::size_t count;
+    std::size_t strideInDoubles;
+};
+PointSpan spanOf(QPointF *points, std::size_t count);
+PointSpan spanOf(PJ_COORD *points, std::size_t count);
+
+/// Points through a step in place, failed ones as PROJ marks them. \p time is the coordinates' epoch in
+/// decimal years, HUGE_VAL for none. Needs the lock of the step's context.
+void transformSpan(const EngineStep &step, int direction, const PointSpan &points, double time);
 
 /// Points through a step in place; false, \p points spoilt, when a result is not finite: a list fails exactly
 /// when one of its points alone would. The engine's error number decides nothing, since an operation that
 /// was tried first may have left it. Needs the lock of the step's context.
 bool transformPoints(const EngineStep &step, int direction, QPointF *points, std::size_t count);
 
-bool isFinite(const QPointF &point);
+inline bool isFinite(const QPointF &point) { return std::isfinite(point.x()) && std::isfinite(point.y()); }
 
 /// What a transformation made for a CRS speaks at that end: its degrees, grads, radians or lengths. Needs the
 /// PROJ lock.

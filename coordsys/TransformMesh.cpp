@@ -77,10 +77,12 @@ private:
 void transformAll(const TransformQueue &queue, int direction, PJ_COORD *points, int count)
 {
     const OrderedSteps steps(queue, direction);
+    const PointSpan span = spanOf(points, static_cast<std::size_t>(count));
     const QMutexLocker lock(globalProj4Mutex());
     const ErrnoKeeper keeper(queue.first.pj.get());
-    for (int i = 0; i < count; ++i)
-        points[i] = transformed(steps, points[i]);
+    transformSpan(*steps.first, direction, span, HUGE_VAL);
+    if (steps.second)
+        transformSpan(*steps.second, direction, span, HUGE_VAL);
 }
 
 } // namespace

@@ -38,12 +38,6 @@ OrderedSteps::OrderedSteps(const TransformQueue &queue, int way)
         std::swap(first, second);
 }
 
-PJ_COORD transformed(const OrderedSteps &steps, PJ_COORD point)
-{
-    point = transformed(*steps.first, steps.direction, point);
-    return steps.second ? transformed(*steps.second, steps.direction, point) : point;
-}
-
 bool transformPoints(const TransformQueue *queue, int direction, QPointF *points, std::size_t count)
 {
     if (!queue)

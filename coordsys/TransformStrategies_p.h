@@ -40,9 +40,6 @@ struct OrderedSteps
     int direction;
 };
 
-/// One point through the steps, a failed one as PROJ marks it. Needs the PROJ lock.
-PJ_COORD transformed(const OrderedSteps &steps, PJ_COORD point);
-
 /// Points through the steps in place, as EngineStep's transformPoints(). A null \p queue changes nothing.
 /// Takes the PROJ lock once.
 bool transformPoints(const TransformQueue *queue, int direction, QPointF *points, std::size_t count);
