@@ -34,6 +34,8 @@ namespace {
 
 /// MapInfo's number for the datum of web Mercator.
 constexpr int webMercatorDatum = 157;
+constexpr std::uint8_t nonEarth = 0;
+constexpr std::uint8_t longitudeLatitude = 1;
 constexpr double ellipsoidToleranceM = 1e-3;
 
 [[noreturn]] void throwEmpty() { throw std::invalid_argument(QObject::tr("Строка КС пустая").toStdString()); }
@@ -86,17 +88,14 @@ QString webMercatorText(const QString &proj)
     return result.trimmed();
 }
 
-/// The spatial reference of a map-header record. Throws std::runtime_error when the driver refuses it, or
-/// reads a projection it does not know as plain longitude/latitude.
-std::shared_ptr<void> importRecord(const TABProjInfo_t &record, const QString &text)
+/// The spatial reference of a map-header record. Throws std::runtime_error when the driver refuses it.
+std::shared_ptr<void> importRecord(const TABProjInfo_t &record)
 {
     const QMutexLocker lock(globalProj4Mutex());
     const CplErrorScope errors;
     std::shared_ptr<void> srs = newSrs();
     if (OSRImportFromMICoordSys(srs.get(), prjForDriver(record).toUtf8().constData()) != OGRERR_NONE)
         throw std::runtime_error(errors.message().toStdString());
-    if (record.nProjId >= 2 && OSRIsGeographic(srs.get()))
-        throwInvalid(text);
     return srs;
 }
 
@@ -144,10 +143,14 @@ QString exportedProj(void *srs)
     return webMercator ? webMercatorText(proj) : proj;
 }
 
+/// Throws std::runtime_error where the driver reads a projection it does not know as plain
+/// longitude/latitude.
 PjHandle projObjectFor(const CoordSystem &cs, const TABProjInfo_t &record)
 {
     const QMutexLocker lock(globalProj4Mutex());
     const QString text = cs.projStr();
+    if (record.nProjId > longitudeLatitude && text.startsWith(QLatin1String("+proj=longlat")))
+        throwInvalid(cs.sourceParameters().string);
     if (record.nDatumId == webMercatorDatum) {
         try {
             return proj4FromString(webMercatorText(text));
@@ -200,8 +203,7 @@ CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj) const
     const QString text = withoutVerticalTerms(proj);
     const std::shared_ptr<void> srs = importProj(text);
     cs->setOGRSpatialReference(srs);
-    if (!cs->isNonEarth())
-        cs->setProj4(proj4FromString(text));
+    cs->setProj4(proj4FromString(text));
     if (text.contains(QLatin1String("ob_tran")) &&
         cs->isRotated()) // the object of the text alone would give radians
         if (const SystemIdentityPtr identity = SystemIdentity::from(osrToWkt2(srs.get())))
@@ -230,7 +232,8 @@ CoordSystemPtr CoordSysFactory::unnamedFromRecord(const TABProjInfo_t &record, c
 {
     auto cs = std::make_shared<CoordSystem>();
     cs->setSourceParameters({CoordSystem::Prj, text});
-    cs->setOGRSpatialReference(importRecord(record, text));
+    cs->setOGRSpatialReference(importRecord(record));
+    cs->m_isNonEarth = record.nProjId == nonEarth; // asking GDAL costs a copy where there is a shift
     cs->setProj4(cs->isNonEarth() ? proj4FromString(cs->projStr()) : projObjectFor(*cs, record));
     if (record.nAffineFlag) {
         const double *p = record.dAffineParams; // A to F; the matrix is given by columns

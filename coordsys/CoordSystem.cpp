@@ -207,7 +207,8 @@ void CoordSystem::setProj4(PjHandle pj)
     m_pj = std::move(pj);
     m_plane = nullptr;
     m_searchedEpsg = NotAsked;
-    forgetDerived();
+    m_isLatLong = NotAsked;
+    m_matchedEpsg = NotAsked;
     if (!m_pj)
         return;
     const QString text =
