@@ -32,6 +32,8 @@ void add(const Row &row, const std::function<void(benchmark::State &)> &library,
     rows().push_back(row);
     const auto registerSide = [&row](const char *side, const std::function<void(benchmark::State &)> &work) {
         auto *one = benchmark::RegisterBenchmark((row.name + side).c_str(), work)->Repetitions(repetitions);
+        if (row.isWallTime)
+            one->UseRealTime();
         if (row.iterations > 0)
             one->Iterations(row.iterations);
     };
@@ -56,7 +58,11 @@ void Reporter::ReportRuns(const std::vector<Run> &runs)
         }
         if (run.run_type != Run::RT_Iteration || run.error_occurred || run.iterations == 0)
             continue;
-        const double seconds = run.cpu_accumulated_time / static_cast<double>(run.iterations);
+        const auto row = std::find_if(rows().begin(), rows().end(),
+                                      [&name](const Row &r) { return name.rfind(r.name + "/", 0) == 0; });
+        const bool onWall = row != rows().end() && row->isWallTime;
+        const double seconds = (onWall ? run.real_accumulated_time : run.cpu_accumulated_time) /
+                               static_cast<double>(run.iterations);
         const auto [slot, isNew] = m_best.emplace(name, seconds);
         if (!isNew)
             slot->second = std::min(slot->second, seconds);
@@ -67,21 +73,26 @@ void Reporter::ReportRuns(const std::vector<Run> &runs)
 
 void Reporter::printTable() const
 {
-    std::printf("\n%-44s %12s %12s %8s %8s\n", "best CPU time", "library", "engine", "ratio", "aim");
+    std::puts("| best of seven | library | engine | ratio | aim | met | peer |\n"
+              "|---|---|---|---|---|---|---|");
     for (const Row &row : rows()) {
         const auto library = m_best.find(row.name + "/library");
         const auto engine = m_best.find(row.name + "/engine");
         if (library == m_best.end())
             continue; // left out by --benchmark_filter
         const bool both = engine != m_best.end();
-        char ratio[16] = "-";
-        char aim[16] = "-";
+        const double ratio = both ? library->second / engine->second : 0.0;
+        const double reached = row.kind == Row::Ratio ? ratio : library->second * 1e6;
+        char ratioText[16] = "-";
+        char aim[32] = "-";
         if (both)
-            std::snprintf(ratio, sizeof ratio, "%.3f", library->second / engine->second);
+            std::snprintf(ratioText, sizeof ratioText, "%.3f", ratio);
         if (row.aim > 0.0)
             std::snprintf(aim, sizeof aim, row.kind == Row::Ratio ? "%.2f" : "%g us", row.aim);
-        std::printf("%-44s %12s %12s %8s %8s\n", row.name.c_str(), timeText(library->second).c_str(),
-                    both ? timeText(engine->second).c_str() : "-", ratio, aim);
+        const char *met = row.aim > 0.0 ? (reached <= row.aim ? "yes" : "no") : "-";
+        std::printf("| %s | %s | %s | %s | %s | %s | %s |\n", row.name.c_str(),
+                    timeText(library->second).c_str(), both ? timeText(engine->second).c_str() : "-",
+                    ratioText, aim, met, row.peer);
     }
 }
 

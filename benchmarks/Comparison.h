@@ -15,7 +15,9 @@ struct Row
     std::string name;
     double aim; ///< the ratio library / engine, or microseconds of the library where there is no engine call
     enum Kind { Ratio, Microseconds } kind;
-    int iterations = 0; ///< in each repetition; 0 for as many as half a second takes
+    int iterations = 0;      ///< in each repetition; 0 for as many as half a second takes
+    const char *peer = "-";  ///< what another program was seen to take on the same machine
+    bool isWallTime = false; ///< for work on several threads
 };
 
 /// Registers "name/library" and "name/engine" and remembers the aim (0 for none). A null \p engine leaves the
@@ -23,8 +25,8 @@ struct Row
 void add(const Row &row, const std::function<void(benchmark::State &)> &library,
          const std::function<void(benchmark::State &)> &engine);
 
-/// Prints one line a row with the best CPU time of either side. CPU time and the minimum, because what else
-/// the machine does must not decide a ratio.
+/// Prints a Markdown table with the best time of either side: CPU time, because what else the machine does
+/// must not decide a ratio, but for work on several threads the time on the wall.
 class Reporter : public benchmark::BenchmarkReporter
 {
 public:

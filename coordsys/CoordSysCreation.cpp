@@ -1,11 +1,13 @@
 #include <coordsys/CoordSysFactory.h>
 
+#include <coordsys/CatalogueName_p.h>
 #include <coordsys/CoordSysRect.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/DriverText_p.h>
 #include <coordsys/InputFile_p.h>
+#include <coordsys/MadeSystems_p.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/OsrHandle_p.h>
@@ -32,6 +34,8 @@ namespace {
 
 /// MapInfo's number for the datum of web Mercator.
 constexpr int webMercatorDatum = 157;
+constexpr std::uint8_t nonEarth = 0;
+constexpr std::uint8_t longitudeLatitude = 1;
 constexpr double ellipsoidToleranceM = 1e-3;
 
 [[noreturn]] void throwEmpty() { throw std::invalid_argument(QObject::tr("Строка КС пустая").toStdString()); }
@@ -84,17 +88,14 @@ QString webMercatorText(const QString &proj)
     return result.trimmed();
 }
 
-/// The spatial reference of a map-header record. Throws std::runtime_error when the driver refuses it, or
-/// reads a projection it does not know as plain longitude/latitude.
-std::shared_ptr<void> importRecord(const TABProjInfo_t &record, const QString &text)
+/// The spatial reference of a map-header record. Throws std::runtime_error when the driver refuses it.
+std::shared_ptr<void> importRecord(const TABProjInfo_t &record)
 {
     const QMutexLocker lock(globalProj4Mutex());
     const CplErrorScope errors;
     std::shared_ptr<void> srs = newSrs();
     if (OSRImportFromMICoordSys(srs.get(), prjForDriver(record).toUtf8().constData()) != OGRERR_NONE)
         throw std::runtime_error(errors.message().toStdString());
-    if (record.nProjId >= 2 && OSRIsGeographic(srs.get()))
-        throwInvalid(text);
     return srs;
 }
 
@@ -106,7 +107,9 @@ std::shared_ptr<void> importProj(const QString &text)
     const std::shared_ptr<void> srs = srsFromProj(text);
     if (!srs)
         throwInvalid(text);
-    if (OSRIsGeocentric(srs.get()))
+    // Each such question copies the reference where it has a shift (60 us), so only suspects are asked.
+    static const QRegularExpression suspect(QStringLiteral("geoc|cart|pipeline|init"));
+    if (suspect.match(text).hasMatch() && OSRIsGeocentric(srs.get()))
         throwWithoutPlane(text);
     return srs;
 }
@@ -140,10 +143,14 @@ QString exportedProj(void *srs)
     return webMercator ? webMercatorText(proj) : proj;
 }
 
+/// Throws std::runtime_error where the driver reads a projection it does not know as plain
+/// longitude/latitude.
 PjHandle projObjectFor(const CoordSystem &cs, const TABProjInfo_t &record)
 {
     const QMutexLocker lock(globalProj4Mutex());
     const QString text = cs.projStr();
+    if (record.nProjId > longitudeLatitude && text.startsWith(QLatin1String("+proj=longlat")))
+        throwInvalid(cs.sourceParameters().string);
     if (record.nDatumId == webMercatorDatum) {
         try {
             return proj4FromString(webMercatorText(text));
@@ -170,14 +177,16 @@ std::optional<int> cleanNumber(const QString &text)
 CoordSystemPtr CoordSysFactory::createFromProj(const QString &proj) const
 {
     const CatalogueScope scope(*this);
-    const CoordSystemPtr cs = unnamedFromProj(proj);
-    const QString name = m_mapinfo->getHumanReadableTextWithEpsg(*cs, true).first;
-    cs->setSourceParameters({CoordSystem::Proj4, proj});
-    if (name.isEmpty())
-        cs->setNameless();
-    else
-        cs->setDescription(name);
-    return cs;
+    return m_made->system(MadeSystems::By::Proj, proj, [&] {
+        const CoordSystemPtr cs = unnamedFromProj(proj);
+        // Compared without its source, as it stands here, whatever becomes of the system given out.
+        const auto lookUp = [catalogue = m_mapinfo, asked = CoordSystemPtr(cs->duplicate())] {
+            return catalogue->getHumanReadableTextWithEpsg(*asked, true).first;
+        };
+        cs->setSourceParameters({CoordSystem::Proj4, proj});
+        cs->setNameless(std::make_shared<const CatalogueName>(lookUp));
+        return cs;
+    });
 }
 
 /// PROJ's operation and PROJ's system of one text disagree in a few: around another pole the operation gives
@@ -185,8 +194,9 @@ CoordSystemPtr CoordSysFactory::createFromProj(const QString &proj) const
 /// Transformations use the system, so forward() and inverse() do.
 void CoordSysFactory::convertByItself(CoordSystem &cs, const QString &proj)
 {
-    static const QRegularExpression authalic(QStringLiteral("\\+proj=(mill|vandg)(?=\\s|$)"));
-    if (!cs.isRotated() && !authalic.match(proj).hasMatch())
+    static const QRegularExpression odd(QStringLiteral("\\+proj=(mill|vandg|ob_tran)(?=\\s|$)"));
+    const QString projection = odd.match(proj).captured(1);
+    if (projection.isEmpty() || (projection == QLatin1String("ob_tran") && !cs.isRotated()))
         return;
     const SystemIdentityPtr identity = SystemIdentity::of({CoordSystem::Proj4, proj}, nullptr);
     const std::shared_ptr<const EngineStep> plane = identity ? identity->plane() : nullptr;
@@ -208,8 +218,7 @@ CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj) const
     const QString text = withoutVerticalTerms(proj);
     const std::shared_ptr<void> srs = importProj(text);
     cs->setOGRSpatialReference(srs);
-    if (!cs->isNonEarth())
-        cs->setProj4(proj4FromString(text));
+    cs->setProj4(proj4FromString(text));
     convertByItself(*cs, text);
     return cs;
 }
@@ -217,15 +226,26 @@ CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj) const
 CoordSystemPtr CoordSysFactory::createWithoutDescription(const QString &prj) const
 {
     const CatalogueScope scope(*this);
+    return unnamedFromPrj(prj);
+}
+
+/// A system without name and code.
+CoordSystemPtr CoordSysFactory::unnamedFromPrj(const QString &prj) const
+{
     if (prj.isEmpty())
         throwEmpty();
     const MapHeaderCoordsysConverter converter;
     const TABProjInfo_t record = converter.prjStrToTABProjInfo(prj);
     const QString text = converter.tabProjInfoToString(record);
+    return m_made->system(MadeSystems::By::Record, text, [&] { return unnamedFromRecord(record, text); });
+}
 
+CoordSystemPtr CoordSysFactory::unnamedFromRecord(const TABProjInfo_t &record, const QString &text) const
+{
     auto cs = std::make_shared<CoordSystem>();
     cs->setSourceParameters({CoordSystem::Prj, text});
-    cs->setOGRSpatialReference(importRecord(record, text));
+    cs->setOGRSpatialReference(importRecord(record));
+    cs->m_isNonEarth = record.nProjId == nonEarth; // asking GDAL costs a copy where there is a shift
     cs->setProj4(cs->isNonEarth() ? proj4FromString(cs->projStr()) : projObjectFor(*cs, record));
     convertByItself(*cs, cs->projStr());
     if (record.nAffineFlag) {
@@ -245,7 +265,19 @@ CoordSystemPtr CoordSysFactory::createFromPrj(const QString &prj) const
 {
     const CatalogueScope scope(*this);
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromPrj = %1").arg(prj));
-    CoordSystemPtr cs = createWithoutDescription(prj);
+    const CoordSystemPtr cs =
+        m_made->system(MadeSystems::By::Prj, prj, [&] { return cataloguedFromPrj(prj); });
+    if (cs->description().isEmpty())
+        cs->setDescription(userDescription(*cs)); // asked each time: the user may name it meanwhile
+    if (cs->description().isEmpty())
+        cs->setDescription(cs->prjStr());
+    return cs;
+}
+
+/// Name and code are the catalogue's, else empty.
+CoordSystemPtr CoordSysFactory::cataloguedFromPrj(const QString &prj) const
+{
+    CoordSystemPtr cs = unnamedFromPrj(prj);
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromPrj(fixed) = %1").arg(cs->prjStr()));
     // Systems that differ by their bounds alone have names of their own, so bounds count first.
     auto named = m_mapinfo->getHumanReadableTextWithEpsg(*cs, false);
@@ -255,11 +287,7 @@ CoordSystemPtr CoordSysFactory::createFromPrj(const QString &prj) const
         cs->setDescription(named.first);
         if (named.second != CoordSystem::EPSG_UNDEFINDED)
             cs->setEpsg(named.second);
-    } else {
-        cs->setDescription(userDescription(*cs));
     }
-    if (cs->description().isEmpty())
-        cs->setDescription(cs->prjStr());
     return cs;
 }
 
@@ -267,6 +295,11 @@ CoordSystemPtr CoordSysFactory::createFromEpsg(int epsg) const
 {
     const CatalogueScope scope(*this);
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromEpsg=%1").arg(epsg));
+    return m_made->system(MadeSystems::By::Epsg, QString::number(epsg), [&] { return namedFromEpsg(epsg); });
+}
+
+CoordSystemPtr CoordSysFactory::namedFromEpsg(int epsg) const
+{
     // Entries without a code carry a negative one, which no caller may find them by.
     const QString prj = epsg > 0 ? m_mapinfo->seekByEPSG(epsg) : QString();
     const CoordSystemPtr cs = prj.isEmpty() ? unnamedFromEpsg(epsg) : cataloguedEpsg(prj, epsg);
@@ -279,7 +312,7 @@ CoordSystemPtr CoordSysFactory::createFromEpsg(int epsg) const
 /// code's own plane counts, as it does in transformations.
 CoordSystemPtr CoordSysFactory::cataloguedEpsg(const QString &prj, int epsg) const
 {
-    const CoordSystemPtr cs = createWithoutDescription(prj);
+    const CoordSystemPtr cs = unnamedFromPrj(prj);
     cs->setSourceParameters({CoordSystem::Epsg, QString::number(epsg)});
     const SystemIdentityPtr identity = cs->identity();
     if (identity && identity->kind() == CrsKind::Projected &&
@@ -335,6 +368,11 @@ CoordSystemPtr CoordSysFactory::fromIdentity(const SystemIdentityPtr &identity)
 CoordSystemPtr CoordSysFactory::createFromWkt(const QString &wkt) const
 {
     const CatalogueScope scope(*this);
+    return m_made->system(MadeSystems::By::Wkt, wkt, [&] { return namedFromWkt(wkt); });
+}
+
+CoordSystemPtr CoordSysFactory::namedFromWkt(const QString &wkt) const
+{
     if (wkt.isEmpty())
         throw std::runtime_error(QObject::tr("Строка КС пустая").toStdString());
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromWkt=%1").arg(wkt));

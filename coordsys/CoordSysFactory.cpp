@@ -1,9 +1,12 @@
 #include <coordsys/CoordSysFactory.h>
 
+#include <coordsys/CatalogueChanges_p.h>
 #include <coordsys/CoordSysEnvironment.h>
 #include <coordsys/CoordSysFactory_p.h>
 #include <coordsys/CoordSysRect.h>
 #include <coordsys/CoordSystem.h>
+#include <coordsys/MadeSystems_p.h>
+#include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjEngine.h>
 #include <coordsys/ProjLibMetadata.h>
@@ -21,6 +24,9 @@
 
 namespace nivora::cs {
 namespace {
+
+constexpr QLatin1String latLongText("Earth Projection 1, 0");
+constexpr QLatin1String latLongWgs84Text("Earth Projection 1, 104");
 
 struct Installed
 {
@@ -69,6 +75,7 @@ template <typename Load> bool loaded(Load &&load)
 CoordSysFactory::CoordSysFactory(const QDir &systemDir, const QDir &userDir, const QString &language)
     : m_resourceDir(systemDir)
     , m_language(language)
+    , m_made(std::make_unique<MadeSystems>())
     , m_lifeline(std::make_shared<Lifeline>(this))
 {
     setDefaultCatalogues(installedDefault);
@@ -129,10 +136,13 @@ bool CoordSysFactory::initCoordSystemEnvironment()
     const CatalogueScope scope(*this);
     std::setlocale(LC_NUMERIC, "C");
     initProjLibEnvironment();
+    ++catalogueChanges(); // the engines' resources are others now
     setMitabEnvVariable();
     LOG_INFO(QObject::tr("Инициализация координатных систем"));
-    if (m_wasStarted)
+    if (m_wasStarted) {
+        makeStandards();
         makeCatalogues();
+    }
     m_wasStarted = true;
     if (!loaded(
             [this] { return m_params->initFromXML(m_resourceDir, m_language) && !m_params->isDamaged(); }))
@@ -141,17 +151,44 @@ bool CoordSysFactory::initCoordSystemEnvironment()
         return false;
     m_coordSysRect->initFromXML(m_resourceDir); // without it bounds follow the rules per projection
     m_user->loadFromFile(true);
-    m_latLong = createFromPrj(QStringLiteral("Earth Projection 1, 0"));
-    m_latLongWgs84 = createFromPrj(QStringLiteral("Earth Projection 1, 104"));
-    const CoordSystemPtr current = createFromPrj(QStringLiteral("Earth Projection 1, 104"));
-    current->setEpsg(CoordSystem::LAT_LON_EPSG);
-    std::atomic_store(&m_current, current);
+    for (const QLatin1String prj : {latLongText, latLongWgs84Text})
+        MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj); // throws where a datum is missing
+    std::atomic_store(&m_latLong, CoordSystemPtr());
+    std::atomic_store(&m_latLongWgs84, CoordSystemPtr());
+    m_hasStandards = true;
+    m_isCurrentOpen = true;
     return true;
+}
+
+/// Null before start-up. Of two threads that make one, the first wins.
+CoordSystemPtr CoordSysFactory::standard(CoordSystemPtr &kept, const QString &prj) const
+{
+    CoordSystemPtr known = std::atomic_load(&kept);
+    if (known || !m_hasStandards)
+        return known;
+    const CoordSystemPtr made = createFromPrj(prj);
+    return std::atomic_compare_exchange_strong(&kept, &known, made) ? made : known;
+}
+
+/// They outlive the catalogues that they are made with.
+void CoordSysFactory::makeStandards() const
+{
+    LatLongCoordSystem();
+    latLongWgs84CoordSystem();
+    currentCoordSystem();
+}
+
+CoordSystemPtr CoordSysFactory::LatLongCoordSystem() const { return standard(m_latLong, latLongText); }
+
+CoordSystemPtr CoordSysFactory::latLongWgs84CoordSystem() const
+{
+    return standard(m_latLongWgs84, latLongWgs84Text);
 }
 
 void CoordSysFactory::clearEnvironment()
 {
     LOG_INFO(QObject::tr("Очистка ресурсов координатных систем"));
+    makeStandards();
     m_coordSysRect->clear();
     m_mapinfo->clear();
     m_params->clear();
@@ -169,12 +206,24 @@ void CoordSysFactory::setDefaultCoordSysFactory(std::shared_ptr<CoordSysFactory>
     installed().factory = std::move(factory); // releases the previous one under the lock
 }
 
-CoordSystemPtr CoordSysFactory::currentCoordSystem() const { return std::atomic_load(&m_current); }
+CoordSystemPtr CoordSysFactory::currentCoordSystem() const
+{
+    if (!m_isCurrentOpen)
+        return std::atomic_load(&m_current);
+    const CoordSystemPtr made = createFromPrj(latLongWgs84Text); // unlocked: it takes other locks
+    made->setEpsg(CoordSystem::LAT_LON_EPSG);
+    const QWriteLocker lock(&m_lock);
+    if (m_isCurrentOpen)
+        std::atomic_store(&m_current, made);
+    m_isCurrentOpen = false;
+    return std::atomic_load(&m_current);
+}
 
 void CoordSysFactory::setCurrentCoordSystem(const CoordSystemPtr &cs)
 {
     const QWriteLocker lock(&m_lock);
     std::atomic_store(&m_current, cs);
+    m_isCurrentOpen = false;
 }
 
 LinearUnit CoordSysFactory::unitById(LinearUnit::MIUnitCode code) const

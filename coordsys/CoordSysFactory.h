@@ -8,11 +8,13 @@
 #include <QStringList>
 
 #include <array>
+#include <atomic>
 #include <memory>
 
 namespace nivora::cs {
 
 class CoordSysRect;
+class MadeSystems;
 class MapinfoCoordSystem;
 class SystemIdentity;
 class UserCoordSystem;
@@ -63,8 +65,8 @@ public:
     std::shared_ptr<MapinfoCoordSystem> mapinfoCoordSystem() const { return m_mapinfo; }
     /// The user's own systems.
     std::shared_ptr<UserCoordSystem> userCoordSystem() const { return m_user; }
-    CoordSystemPtr latLongWgs84CoordSystem() const override { return m_latLongWgs84; }
-    CoordSystemPtr LatLongCoordSystem() const override { return m_latLong; }
+    CoordSystemPtr latLongWgs84CoordSystem() const override;
+    CoordSystemPtr LatLongCoordSystem() const override;
     /// What a host made current: kept for it, used by nothing here. Thread-safe.
     CoordSystemPtr currentCoordSystem() const;
     /// Replaces it; null takes it away. Thread-safe.
@@ -148,12 +150,19 @@ private:
     struct Lifeline;
 
     CoordSystemPtr unnamedFromProj(const QString &proj) const;
+    CoordSystemPtr unnamedFromPrj(const QString &prj) const;
+    CoordSystemPtr unnamedFromRecord(const TABProjInfo_t &record, const QString &text) const;
+    CoordSystemPtr cataloguedFromPrj(const QString &prj) const;
+    CoordSystemPtr namedFromEpsg(int epsg) const;
+    CoordSystemPtr namedFromWkt(const QString &wkt) const;
     CoordSystemPtr unnamedFromEpsg(int epsg) const;
     CoordSystemPtr cataloguedEpsg(const QString &prj, int epsg) const;
     static void convertByItself(CoordSystem &cs, const QString &proj);
     static CoordSystemPtr unnamedFromWkt(const std::shared_ptr<void> &srs,
                                          const std::shared_ptr<const SystemIdentity> &identity);
     static CoordSystemPtr fromIdentity(const std::shared_ptr<const SystemIdentity> &identity);
+    CoordSystemPtr standard(CoordSystemPtr &kept, const QString &prj) const;
+    void makeStandards() const;
     void makeCatalogues();
     void retireMapinfo();
 
@@ -163,11 +172,14 @@ private:
     std::shared_ptr<MapinfoCoordSystem> m_mapinfo;
     std::shared_ptr<ProjectionParamsManager> m_params;
     std::shared_ptr<UserCoordSystem> m_user;
-    CoordSystemPtr m_current; ///< read and replaced atomically
-    CoordSystemPtr m_latLong;
-    CoordSystemPtr m_latLongWgs84;
-    QReadWriteLock m_lock; ///< one writer of m_current at a time
+    mutable CoordSystemPtr m_latLong; ///< the standard systems: made when asked for, read and set atomically
+    mutable CoordSystemPtr m_latLongWgs84;
+    mutable CoordSystemPtr m_current;
+    mutable std::atomic<bool> m_isCurrentOpen{false}; ///< m_current is still to be made
+    std::atomic<bool> m_hasStandards{false};          ///< start-up succeeded once
+    mutable QReadWriteLock m_lock;                    ///< one writer of m_current at a time
     bool m_wasStarted = false;
+    std::unique_ptr<MadeSystems> m_made;
     std::shared_ptr<Lifeline> m_lifeline; ///< what the MapInfo catalogue's creator holds instead of `this`
 };
 

@@ -1,5 +1,6 @@
 #include <coordsys/CoordSysRect.h>
 
+#include <coordsys/CatalogueChanges_p.h>
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
@@ -12,37 +13,81 @@
 #include <QFile>
 #include <QObject>
 #include <QReadLocker>
+#include <QRegularExpression>
 #include <QWriteLocker>
 #include <QXmlStreamReader>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace nivora::cs {
 namespace {
 
-TABProjInfo_t entryFrom(const QXmlStreamAttributes &attributes)
+enum Figure {
+    Prj,
+    El,
+    U,
+    Pp0,
+    Datum = Pp0 + 6,
+    Sx,
+    Sy,
+    Sz,
+    Dp0,
+    Xmin = Dp0 + 5,
+    Ymin,
+    Xmax,
+    Ymax,
+    FigureCount
+};
+constexpr const char *figureNames[FigureCount] = {"prj", "el",    "u",    "pp0",  "pp1",  "pp2", "pp3", "pp4",
+                                                  "pp5", "datum", "sx",   "sy",   "sz",   "dp0", "dp1", "dp2",
+                                                  "dp3", "dp4",   "xmin", "ymin", "xmax", "ymax"};
+
+using Figures = std::array<QStringRef, FigureCount>;
+
+/// A name's place in the table, FigureCount when it has none. \p next is where attributes in the table's
+/// order stand.
+std::size_t placeOf(const QStringRef &name, std::size_t next)
 {
-    const auto text = [&attributes](const char *name) {
-        return attributes.value(QLatin1String(name)).toString();
-    };
-    const auto number = [&text](const char *name) { return text(name).toDouble(); };
+    for (std::size_t tried = 0; tried < FigureCount; ++tried)
+        if (name == QLatin1String(figureNames[(next + tried) % FigureCount]))
+            return (next + tried) % FigureCount;
+    return FigureCount;
+}
+
+Figures figuresIn(const QXmlStreamAttributes &attributes)
+{
+    Figures figures;
+    std::size_t next = 0;
+    for (const QXmlStreamAttribute &attribute : attributes) {
+        const std::size_t place = placeOf(attribute.qualifiedName(), next);
+        if (place == FigureCount)
+            continue;
+        figures[place] = attribute.value();
+        next = place + 1;
+    }
+    return figures;
+}
+
+TABProjInfo_t entryFrom(const Figures &figures)
+{
+    const auto number = [](const QStringRef &text) { return text.toDouble(); };
+    const auto rule = [](const QStringRef &text) { return getattrib(text.toString()); };
     TABProjInfo_t info;
-    info.nProjId = static_cast<std::uint8_t>(text("prj").toInt());
-    info.nEllipsoidId = static_cast<std::uint8_t>(getattrib(text("el"))); // -1 becomes 255: not set
-    info.nUnitsId = static_cast<std::uint8_t>(getattrib(text("u")));
-    constexpr const char *params[] = {"pp0", "pp1", "pp2", "pp3", "pp4", "pp5"};
-    std::transform(std::begin(params), std::end(params), std::begin(info.adProjParams), number);
-    info.nDatumId = static_cast<std::int16_t>(getattrib(text("datum")));
-    info.dDatumShiftX = number("sx");
-    info.dDatumShiftY = number("sy");
-    info.dDatumShiftZ = number("sz");
-    constexpr const char *datumParams[] = {"dp0", "dp1", "dp2", "dp3", "dp4"};
-    std::transform(std::begin(datumParams), std::end(datumParams), std::begin(info.adDatumParams), number);
-    info.dXMin = number("xmin");
-    info.dYMin = number("ymin");
-    info.dXMax = number("xmax");
-    info.dYMax = number("ymax");
+    info.nProjId = static_cast<std::uint8_t>(figures[Prj].toInt());
+    info.nEllipsoidId = static_cast<std::uint8_t>(rule(figures[El])); // -1 becomes 255: not set
+    info.nUnitsId = static_cast<std::uint8_t>(rule(figures[U]));
+    std::transform(&figures[Pp0], &figures[Pp0] + 6, std::begin(info.adProjParams), number);
+    info.nDatumId = static_cast<std::int16_t>(rule(figures[Datum]));
+    info.dDatumShiftX = number(figures[Sx]);
+    info.dDatumShiftY = number(figures[Sy]);
+    info.dDatumShiftZ = number(figures[Sz]);
+    std::transform(&figures[Dp0], &figures[Dp0] + 5, std::begin(info.adDatumParams), number);
+    info.dXMin = number(figures[Xmin]);
+    info.dYMin = number(figures[Ymin]);
+    info.dXMax = number(figures[Xmax]);
+    info.dYMax = number(figures[Ymax]);
     return info;
 }
 
@@ -56,6 +101,87 @@ bool isFinite(const TABProjInfo_t &info)
            std::isfinite(info.dXMax - info.dXMin) && std::isfinite(info.dYMax - info.dYMin);
 }
 
+/// The shipped form of the file, read at a fifth of an XML reader's cost: an ASCII declaration, a root, and
+/// rows of
+///   <cs prj="10" el="-1" … ymax="15000000"/>
+/// Whatever else stands there is left to the reader.
+class PlainRows
+{
+public:
+    explicit PlainRows(const QString &text)
+        : m_text(text)
+    {}
+
+    bool read(std::vector<TABProjInfo_t> &entries)
+    {
+        static const QRegularExpression head(
+            QStringLiteral("\\A<\\?xml version=\"1\\.0\" encoding=\"UTF-8\"\\?>\\s*"
+                           "<bounds(?: gdal=\"[\\w.]*\")?(?: epsg=\"[\\w.]*\")?>"));
+        const QRegularExpressionMatch start = head.match(m_text);
+        if (!start.hasMatch())
+            return false;
+        m_at = start.capturedEnd();
+        while (skipBlanks() && take("<cs")) {
+            Figures figures;
+            if (!readAttributes(figures))
+                return false;
+            entries.push_back(entryFrom(figures));
+        }
+        return take("</bounds>") && (skipBlanks(), m_at == m_text.size()) &&
+               std::all_of(entries.begin(), entries.end(),
+                           [](const TABProjInfo_t &entry) { return isFinite(entry); });
+    }
+
+private:
+    bool skipBlanks()
+    {
+        while (m_at < m_text.size() &&
+               (m_text.at(m_at) == QLatin1Char(' ') || m_text.at(m_at) == QLatin1Char('\n') ||
+                m_text.at(m_at) == QLatin1Char('\r')))
+            ++m_at;
+        return true;
+    }
+
+    bool take(const char *word)
+    {
+        const QLatin1String expected(word);
+        if (m_text.midRef(m_at, expected.size()) != expected)
+            return false;
+        m_at += expected.size();
+        return true;
+    }
+
+    /// Up to and with the "/>". False for anything but known names, once each.
+    bool readAttributes(Figures &figures)
+    {
+        std::size_t next = 0;
+        while (take(" ")) {
+            const int equals = m_text.indexOf(QLatin1Char('='), m_at);
+            const int end = m_text.indexOf(QLatin1Char('"'), equals + 2);
+            const std::size_t place = placeOf(m_text.midRef(m_at, equals - m_at), next);
+            if (equals < 0 || end < 0 || place == FigureCount || !figures[place].isNull() ||
+                m_text.at(equals + 1) != QLatin1Char('"'))
+                return false;
+            figures[place] = m_text.midRef(equals + 2, end - equals - 2);
+            if (!std::all_of(figures[place].begin(), figures[place].end(), isFigureLetter))
+                return false;
+            m_at = end + 1;
+            next = place + 1;
+        }
+        return take("/>");
+    }
+
+    static bool isFigureLetter(QChar c)
+    {
+        return (c >= QLatin1Char('0') && c <= QLatin1Char('9')) || c == QLatin1Char('.') ||
+               c == QLatin1Char('-') || c == QLatin1Char('+') || c == QLatin1Char('e') ||
+               c == QLatin1Char('x');
+    }
+
+    const QString &m_text;
+    int m_at = 0;
+};
+
 /// The children of the root that are named "cs"; deeper elements are not entries.
 bool readEntries(QXmlStreamReader &xml, std::vector<TABProjInfo_t> &entries)
 {
@@ -63,7 +189,7 @@ bool readEntries(QXmlStreamReader &xml, std::vector<TABProjInfo_t> &entries)
         return false;
     while (xml.readNextStartElement()) {
         if (xml.name() == QLatin1String("cs")) {
-            const TABProjInfo_t entry = entryFrom(xml.attributes());
+            const TABProjInfo_t entry = entryFrom(figuresIn(xml.attributes()));
             if (isFinite(entry))
                 entries.push_back(entry);
             else
@@ -253,9 +379,12 @@ bool CoordSysRect::initFromXML(const QDir &dir)
         return false;
     }
     LOG_INFO(QObject::tr("Ограничения для КС: %1").arg(file.fileName()));
-    QXmlStreamReader xml(&file);
+    const QByteArray bytes = file.readAll();
+    QXmlStreamReader xml(bytes);
     std::vector<TABProjInfo_t> entries;
-    if (!readEntries(xml, entries)) {
+    if (!PlainRows(QString::fromLatin1(bytes)).read(entries))
+        entries.clear();
+    if (entries.empty() && !readEntries(xml, entries)) {
         LOG_ERROR(QStringLiteral("%1:%2: %3")
                       .arg(file.fileName(), QString::number(xml.lineNumber()), xml.errorString()));
         entries.clear();
@@ -263,6 +392,7 @@ bool CoordSysRect::initFromXML(const QDir &dir)
     LOG_INFO(QStringLiteral("CS MBRs loaded from cs_mbr.xml=%1").arg(entries.size()));
     const QWriteLocker lock(&m_lock);
     m_entries = std::move(entries);
+    ++catalogueChanges();
     return true;
 }
 
@@ -270,6 +400,7 @@ void CoordSysRect::clear()
 {
     const QWriteLocker lock(&m_lock);
     m_entries.clear();
+    ++catalogueChanges();
 }
 
 bool CoordSysRect::catalogued(const TABProjInfo_t &info, QRectF &out) const

@@ -123,7 +123,9 @@ QString withoutDatumShift(const QString &proj, bool &changed)
 CoordSystem::CoordSystem()
     : m_computedRect([this] { return computeRect(); })
     , m_needCrop([this] { return computeNeedCrop(); })
-{}
+{
+    noteChange();
+}
 
 CoordSystem::~CoordSystem()
 {
@@ -131,43 +133,11 @@ CoordSystem::~CoordSystem()
     m_identity.reset();
     m_plane.reset();
     m_pj.reset();
+    m_givenSrs.reset();
     m_srs.reset();
 }
 
-std::shared_ptr<void> CoordSystem::copyOgrSpatialReference() const
-{
-    if (!m_srs)
-        return nullptr;
-    const QMutexLocker lock(globalProj4Mutex());
-    return ownSrs(OSRClone(m_srs.get()));
-}
-
 PJ *CoordSystem::PJ_Proj4_Internal() const { return m_plane ? m_plane->pj.get() : nullptr; }
-
-CoordSystemPtr CoordSystem::clone() const
-{
-    auto copy = std::make_shared<CoordSystem>();
-    copy->setOGRSpatialReference(copyOgrSpatialReference());
-    copy->setSourceParameters(m_source);
-    if (m_pj) {
-        const QMutexLocker lock(globalProj4Mutex());
-        copy->m_pj = ownPj(proj_clone(globalProjContext(), m_pj.get()));
-        copy->m_plane =
-            m_plane && m_plane->pj == m_pj ? std::make_shared<const EngineStep>(copy->m_pj) : m_plane;
-    }
-    copy->m_projectionBounds = m_projectionBounds;
-    const QRectF bounds = rectNumericCoordSys();
-    if (isRectSet() || !hasExtent(bounds))
-        copy->setRectCoordSystem(bounds);
-    else if (!m_affine)
-        copy->m_computedRect.setValue(bounds);
-    const QReadLocker lock(&m_lock);
-    copy->m_description = m_description;
-    copy->m_isNameless = m_isNameless;
-    copy->m_identity = m_identity;
-    copy->m_hasIdentity = m_hasIdentity;
-    return copy;
-}
 
 // Setters
 
@@ -178,17 +148,12 @@ void CoordSystem::setDescription(const QString &description)
     m_isNameless = false;
 }
 
-void CoordSystem::setNameless()
-{
-    const QWriteLocker lock(&m_lock);
-    m_isNameless = true;
-}
-
 void CoordSystem::setEpsg(int epsg) { m_epsg = epsg; }
 
 void CoordSystem::setSourceParameters(const SourceData &source)
 {
     m_source = source;
+    noteChange();
     m_isLatLong = NotAsked;
     m_isNonEarth = NotAsked;
     forgetIdentity();
@@ -196,7 +161,14 @@ void CoordSystem::setSourceParameters(const SourceData &source)
 
 void CoordSystem::setOGRSpatialReference(std::shared_ptr<void> srs)
 {
-    m_srs = std::move(srs);
+    {
+        const QWriteLocker lock(&m_lock);
+        m_srs.swap(srs);
+        m_isSrsShared = false;
+        m_given = nullptr;
+        m_givenSrs.reset();
+    }
+    noteChange();
     forgetDerived();
     forgetIdentity();
 }
@@ -230,11 +202,13 @@ void CoordSystem::setProj4(PjHandle pj)
     const bool plan = m_source.type == Prj && isNonEarth();
     const auto manager = plan ? activeCatalogues()->projectionParamsManager() : nullptr;
 
+    noteChange();
     const QWriteLocker lock(&m_lock);
     m_pj = std::move(pj);
     m_plane = nullptr;
     m_searchedEpsg = NotAsked;
-    forgetDerived();
+    m_isLatLong = NotAsked;
+    m_matchedEpsg = NotAsked;
     if (!m_pj)
         return;
     const QString text =
@@ -252,16 +226,19 @@ void CoordSystem::setRectCoordSystem(const QRectF &rect)
     if (!hasExtent(rect))
         throw std::logic_error(QObject::tr("Не могу задать пустые границы").toStdString());
     m_rect = rect;
+    noteChange();
 }
 
 void CoordSystem::setAffineTransform(std::unique_ptr<QTransform> transform)
 {
     m_affine = std::move(transform);
+    noteChange();
 }
 
 void CoordSystem::setAffineTransform(std::unique_ptr<QTransform> transform, const LinearUnit &unit)
 {
     m_affine = std::move(transform);
+    noteChange();
     m_affineUnit = unit;
 }
 
@@ -285,7 +262,7 @@ bool CoordSystem::isNonEarth() const
         m_source.string.contains(QStringLiteral("+R=") + nivora::utils::toString(EARTH_SPHERE_RADIUS));
     if (!answer && m_srs) {
         const QMutexLocker lock(globalProj4Mutex());
-        answer = OSRIsLocal(m_srs.get()) != 0;
+        answer = OSRIsLocal(srs()) != 0;
     }
     if (m_srs)
         m_isNonEarth.store(answer, std::memory_order_release);
@@ -320,7 +297,7 @@ bool CoordSystem::isRotated() const
     if (!m_srs)
         return false;
     const QMutexLocker lock(globalProj4Mutex());
-    return OSRIsDerivedGeographic(m_srs.get()) != 0;
+    return OSRIsDerivedGeographic(srs()) != 0;
 }
 
 QString CoordSystem::datumName() const
@@ -328,7 +305,7 @@ QString CoordSystem::datumName() const
     if (!m_srs)
         return {};
     const QMutexLocker lock(globalProj4Mutex());
-    return QString::fromUtf8(OSRGetAttrValue(m_srs.get(), "DATUM", 0));
+    return QString::fromUtf8(OSRGetAttrValue(srs(), "DATUM", 0));
 }
 
 bool CoordSystem::isSpecialDatum() const
@@ -364,7 +341,7 @@ double CoordSystem::osrLinearUnits(QString *name) const
     const QMutexLocker lock(globalProj4Mutex());
     const CplErrorScope quiet;
     char *borrowed = nullptr;
-    const double factor = OSRGetLinearUnits(m_srs.get(), &borrowed);
+    const double factor = OSRGetLinearUnits(srs(), &borrowed);
     if (name)
         *name = QString::fromUtf8(borrowed);
     return factor;
@@ -426,18 +403,18 @@ double getParamOSR(const std::function<double(void *, int *)> &f, void *srs)
     return value;
 }
 
-double CoordSystem::getSemiMajor() const { return getParamOSR(OSRGetSemiMajor, m_srs.get()); }
+double CoordSystem::getSemiMajor() const { return getParamOSR(OSRGetSemiMajor, srs()); }
 
-double CoordSystem::getSemiMinor() const { return getParamOSR(OSRGetSemiMinor, m_srs.get()); }
+double CoordSystem::getSemiMinor() const { return getParamOSR(OSRGetSemiMinor, srs()); }
 
-double CoordSystem::getInvFlattening() const { return getParamOSR(OSRGetInvFlattening, m_srs.get()); }
+double CoordSystem::getInvFlattening() const { return getParamOSR(OSRGetInvFlattening, srs()); }
 
 bool CoordSystem::hasShift() const
 {
     double values[7] = {};
     const QMutexLocker lock(globalProj4Mutex());
     const CplErrorScope quiet;
-    return m_srs && OSRGetTOWGS84(m_srs.get(), values, 7) == OGRERR_NONE;
+    return m_srs && OSRGetTOWGS84(srs(), values, 7) == OGRERR_NONE;
 }
 
 QList<double> CoordSystem::getTOWGS84Params() const
@@ -447,7 +424,7 @@ QList<double> CoordSystem::getTOWGS84Params() const
     if (m_srs) {
         const QMutexLocker lock(globalProj4Mutex());
         const CplErrorScope quiet;
-        code = OSRGetTOWGS84(m_srs.get(), values, 7);
+        code = OSRGetTOWGS84(srs(), values, 7);
     }
     if (code != OGRERR_NONE)
         throw std::logic_error(QObject::tr("Не могу получить параметры").toStdString());
@@ -460,7 +437,7 @@ double CoordSystem::longitudeOfCenter() const
         return 0.0;
     const QMutexLocker lock(globalProj4Mutex());
     const CplErrorScope quiet;
-    return OSRGetProjParm(m_srs.get(), "longitude_of_center", 0.0, nullptr);
+    return OSRGetProjParm(srs(), "longitude_of_center", 0.0, nullptr);
 }
 
 // Bounds

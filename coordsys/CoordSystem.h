@@ -12,6 +12,7 @@
 #include <QVector>
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -19,6 +20,7 @@
 namespace nivora::cs {
 
 class ProjectionParamsManager;
+class CatalogueName;
 class SystemIdentity;
 struct EngineStep;
 
@@ -60,7 +62,7 @@ public:
     /// while holding it: methods take the object's lock first and the mutex second, and the other order
     /// deadlocks.
     /// @{
-    void *OGRSpatialReference() const { return m_srs.get(); }
+    void *OGRSpatialReference() const;
     PJ *PJ_Proj4() const { return m_pj.get(); }
     /// The system without datum shift: the object that forward() and inverse() use. It may take degrees,
     /// grads or radians on its geographic side.
@@ -201,16 +203,28 @@ private:
     friend class CoordSysFactory;
     friend class CoordTransformCache;
     friend class SystemFacts;
+    friend class MadeSystems;
     using IdentityPtr = std::shared_ptr<const SystemIdentity>;
 
-    void setProjectionDefaultBounds(const QRectF &rect) { m_projectionBounds = rect; }
+    void setProjectionDefaultBounds(const QRectF &rect)
+    {
+        m_projectionBounds = rect;
+        noteChange();
+    }
+    /// A copy of everything, which shares the engines' objects until one of the two gets others.
+    CoordSystemPtr duplicate() const;
+    /// The spatial reference for this library's own, reading use.
+    void *srs() const;
+    /// Tells this state of this object from every other that there was in the process.
+    std::uint64_t state() const { return m_state; }
+    void noteChange();
     /// The conversion of forward() and inverse() instead of the one that setProj4() makes.
     void setPlane(std::shared_ptr<const EngineStep> plane) { m_plane = std::move(plane); }
     void setIdentity(IdentityPtr identity) const;
     /// Made on first call; null when the source is no text that PROJ knows a system by.
     IdentityPtr identity() const;
-    /// The description is found when it is first asked for.
-    void setNameless();
+    /// The description is found when it is first asked for: first by \p catalogued, which may be null.
+    void setNameless(std::shared_ptr<const CatalogueName> catalogued = nullptr);
     QString foundDescription() const;
     int statedEpsg() const;
     bool convertPoints(int direction, QPointF *points, std::size_t count) const;
@@ -245,6 +259,9 @@ private:
     LinearUnit detectUnitLocked(const ProjectionParamsManager &manager, QString *osrName) const;
 
     std::shared_ptr<void> m_srs;
+    bool m_isSrsShared = false;               ///< with other systems, so that hosts get one of their own:
+    mutable std::shared_ptr<void> m_givenSrs; ///< under m_lock
+    mutable std::atomic<void *> m_given{nullptr};
     std::shared_ptr<PJ> m_pj;
     std::shared_ptr<const EngineStep>
         m_plane;                        ///< what converts; the main object unless that shifts the datum
@@ -252,6 +269,8 @@ private:
     mutable bool m_hasIdentity = false; ///< under m_lock; a failure is remembered too
     mutable QString m_description;      ///< under m_lock
     mutable bool m_isNameless = false;  ///< under m_lock
+    std::shared_ptr<const CatalogueName> m_catalogueName;
+    std::atomic<std::uint64_t> m_state;
     QRectF m_rect;
     mutable nivora::utils::CachedValue<QRectF, std::function<QRectF()>> m_computedRect; ///< under m_lock
     mutable std::optional<QRectF> m_rectWithoutSearch;                                  ///< under m_lock

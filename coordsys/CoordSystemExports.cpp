@@ -158,7 +158,7 @@ QString CoordSystem::exportToWkt() const
     if (!registered.isEmpty())
         return registered;
     QString reason;
-    const QString text = wkt1Of(m_srs.get(), reason);
+    const QString text = wkt1Of(srs(), reason);
     if (text.isEmpty())
         LOG_ERROR(QObject::tr("Ошибка экспорта координатной системы в формат %0. %1")
                       .arg(QStringLiteral("WKT"), reason));
@@ -211,7 +211,7 @@ QString CoordSystem::projText(const std::function<LinearUnit()> &unitOf) const
             text =
                 QString::fromUtf8(proj_as_proj_string(globalProjContext(), m_pj.get(), PJ_PROJ_4, nullptr));
         if (text.isEmpty())
-            text = osrToProj4(m_srs.get());
+            text = osrToProj4(srs());
         reason = errors.message();
     }
     if (text.isEmpty())
@@ -223,7 +223,7 @@ QString CoordSystem::projText(const std::function<LinearUnit()> &unitOf) const
 
 QString CoordSystem::barePrj() const
 {
-    return m_source.type == Prj ? m_source.string : prjFromSpatialReference(m_srs.get());
+    return m_source.type == Prj ? m_source.string : prjFromSpatialReference(srs());
 }
 
 QString CoordSystem::prjStr() const

@@ -1,5 +1,6 @@
 #include <coordsys/CoordSystem.h>
 
+#include <coordsys/CatalogueName_p.h>
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/EpsgSearch_p.h>
 #include <coordsys/OsrHandle_p.h>
@@ -57,7 +58,7 @@ CoordSystem::IdentityPtr CoordSystem::identity() const
         if (m_hasIdentity)
             return m_identity;
     }
-    setIdentity(SystemIdentity::of(m_source, m_srs.get()));
+    setIdentity(SystemIdentity::of(m_source, srs()));
     const QReadLocker lock(&m_lock);
     return m_identity;
 }
@@ -95,7 +96,7 @@ int CoordSystem::searchedEpsg(const std::shared_ptr<ProgressHandler> &progress) 
     return remembered(m_searchedEpsg, NotAsked, progress.get(), [&] {
         const IdentityPtr known = m_source.type == Wkt ? identity() : nullptr;
         const int identified = known ? identifiedEpsg(progress, known->definition()) : int(EPSG_UNDEFINDED);
-        return identified != EPSG_UNDEFINDED ? identified : getEpsgFromCrs(progress, m_srs.get());
+        return identified != EPSG_UNDEFINDED ? identified : getEpsgFromCrs(progress, srs());
     });
 }
 
@@ -105,7 +106,7 @@ int CoordSystem::matchedEpsg(const std::shared_ptr<ProgressHandler> &progress) c
 {
     return remembered(m_matchedEpsg, NotAsked, progress.get(), [&] {
         if (m_source.type != Wkt)
-            return getEpsgFromCrs(progress, m_srs.get());
+            return getEpsgFromCrs(progress, srs());
         // Of equal systems one may come from WKT and one from PROJ text: the text that they share is asked.
         const std::shared_ptr<void> shared = srsFromProj(projStr());
         return getEpsgFromCrs(progress, shared.get());
@@ -113,6 +114,13 @@ int CoordSystem::matchedEpsg(const std::shared_ptr<ProgressHandler> &progress) c
 }
 
 // Name
+
+void CoordSystem::setNameless(std::shared_ptr<const CatalogueName> catalogued)
+{
+    const QWriteLocker lock(&m_lock);
+    m_catalogueName = std::move(catalogued);
+    m_isNameless = true;
+}
 
 QString CoordSystem::description() const
 {
@@ -131,6 +139,9 @@ QString CoordSystem::description() const
 
 QString CoordSystem::foundDescription() const
 {
+    const QString catalogued = m_catalogueName ? m_catalogueName->name() : QString();
+    if (!catalogued.isEmpty())
+        return catalogued;
     const int code = epsg();
     const QString registered = code != EPSG_UNDEFINDED ? nameOfCode(code) : QString();
     if (!registered.isEmpty())

@@ -38,7 +38,7 @@ struct NIVORA_CS_NO_EXPORT CoordTransform::Impl
             throw std::invalid_argument("cs_from");
         if (!to)
             throw std::invalid_argument("cs_to");
-        isEqualsCS = !haveDifferentCodes(*from, *to) && from->isEqual(to, false);
+        isEqualsCS = !haveDifferentCodes(*from, *to) && coordTransformCache().areEqual(*from, *to);
         if (!isEqualsCS)
             queue = coordTransformCache().queueFor(from, to);
     }

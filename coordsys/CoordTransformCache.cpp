@@ -1,5 +1,6 @@
 #include <coordsys/CoordTransformCache_p.h>
 
+#include <coordsys/CatalogueChanges_p.h>
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
@@ -113,6 +114,25 @@ std::size_t CoordTransformCache::size() const
 {
     const QMutexLocker lock(&m_mutex);
     return m_queues.size();
+}
+
+bool CoordTransformCache::areEqual(const CoordSystem &from, const CoordSystem &to)
+{
+    const States states(from.state(), to.state());
+    const unsigned since = catalogueChanges();
+    {
+        const QMutexLocker lock(&m_mutex);
+        const auto known = m_equal.constFind(states);
+        if (known != m_equal.constEnd() && m_equalSince == since)
+            return *known;
+    }
+    const bool equal = from.isEqual(to, false);
+    const QMutexLocker lock(&m_mutex);
+    if (m_equalSince != since || m_equal.size() >= mostAnswers)
+        m_equal.clear();
+    m_equalSince = since;
+    m_equal.insert(states, equal);
+    return equal;
 }
 
 TransformQueuePtr CoordTransformCache::queueFor(const CoordSystemPtr &from, const CoordSystemPtr &to)

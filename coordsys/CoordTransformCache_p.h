@@ -3,9 +3,11 @@
 #include <coordsys/CoordSystemTypes.h>
 #include <coordsys/EngineStep_p.h>
 
+#include <QHash>
 #include <QMutex>
 #include <QString>
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <utility>
@@ -35,6 +37,9 @@ public:
     TransformQueuePtr queueFor(const CoordSystemPtr &from, const CoordSystemPtr &to);
     std::size_t size() const;
 
+    /// from.isEqual(to, false), asked once for as long as neither is changed and no catalogue is.
+    bool areEqual(const CoordSystem &from, const CoordSystem &to);
+
     /// A PROJ transformation that takes and gives longitude or easting first. Never null.
     /// Throws std::logic_error "Не могу создать объект трансформации. …".
     std::shared_ptr<PJ> createNormalizedTransformation(const CoordSystemPtr &from, const CoordSystemPtr &to);
@@ -59,9 +64,14 @@ private:
     static QString fallbackOf(const CoordSystem &cs, const QString &first);
     std::shared_ptr<PJ> sharedByTexts(const Texts &texts) const;
 
-    mutable QMutex m_mutex; ///< guards both maps
+    using States = std::pair<std::uint64_t, std::uint64_t>;
+    static constexpr int mostAnswers = 10000;
+
+    mutable QMutex m_mutex; ///< guards the following
     std::map<Key, TransformQueuePtr, ByAddress> m_queues;
     std::map<Texts, std::weak_ptr<PJ>> m_byTexts;
+    QHash<States, bool> m_equal; ///< by the states of two objects
+    unsigned m_equalSince = 0;   ///< catalogueChanges()
 };
 
 /// The process's cache, made on first call.

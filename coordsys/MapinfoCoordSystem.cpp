@@ -1,11 +1,13 @@
 #include <coordsys/MapinfoCoordSystem.h>
 
+#include <coordsys/CatalogueChanges_p.h>
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/InputFile_p.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoIndex_p.h>
 #include <coordsys/MapinfoPrjReader.h>
+#include <coordsys/MapinfoScanner_p.h>
 #include <platform/Logger.h>
 #include <platform/Utils.h>
 
@@ -138,6 +140,28 @@ private:
     std::atomic<unsigned> m_round{0};
 };
 
+/// A stream takes these for marks of an encoding.
+bool hasByteOrderMark(const QByteArray &bytes)
+{
+    return bytes.startsWith("\xEF\xBB\xBF") || bytes.startsWith("\xFE\xFF") || bytes.startsWith("\xFF\xFE") ||
+           bytes.startsWith('\0');
+}
+
+int readCategories(QFile &file, const QByteArray &codec, QList<CoordSystemParamsList> &categories)
+{
+    const QByteArray bytes = file.readAll();
+    if (!hasByteOrderMark(bytes)) {
+        QString text = QTextCodec::codecForName(codec)->toUnicode(bytes);
+        const int count =
+            scanCategories(text.replace(QLatin1String("\r\n"), QLatin1String("\n")), categories);
+        if (count >= 0)
+            return count;
+    }
+    QTextStream stream(bytes);
+    stream.setCodec(codec.constData());
+    return readCategories(stream, categories);
+}
+
 bool isPowerOfTwo(unsigned n) { return n != 0 && (n & (n - 1)) == 0; }
 
 } // namespace
@@ -186,14 +210,13 @@ bool MapinfoCoordSystem::loadFromPRJ(const QFileInfo &file)
         throw std::runtime_error(QObject::tr("Не могу открыть файл %1").arg(file.fileName()).toStdString());
     LOG_INFO(QObject::tr("Файл с проекциями: %1").arg(source.fileName()));
 
-    QTextStream stream(&source);
-    stream.setCodec(codecNameForTextFile(source.fileName()).constData());
-    const int count = readCategories(stream, categories);
+    const int count = readCategories(source, codecNameForTextFile(source.fileName()), categories);
     LOG_DEBUG(QObject::tr("Категорий: %1, Проекций: %2")
                   .arg(QString::number(categories.size()), QString::number(count)));
     const int known = m_categories.size();
     m_categories = std::move(categories);
     noteCodes(known);
+    ++catalogueChanges();
     {
         const QWriteLocker lock(&m_lock);
         m_index.reset(); // speaks of the entries before this file
@@ -446,6 +469,7 @@ void MapinfoCoordSystem::clear()
     stopInternalCache(); // the fill reads the categories
     m_categories.clear();
     m_byCode.clear();
+    ++catalogueChanges();
 
     std::map<Position, CoordSystemPtr>
         released; // outlives the lock: systems take locks of their own as they die

@@ -1,5 +1,6 @@
 #include <coordsys/ProjectionParamsManager.h>
 
+#include <coordsys/CatalogueChanges_p.h>
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/ExportCoordSystemParamsToMitabInternal.h>
 #include <coordsys/InputFile_p.h>
@@ -77,6 +78,7 @@ template <typename Record, typename Key> const Record *orThrow(const Record *rec
 
 template <typename Record> void append(std::vector<std::unique_ptr<Record>> &records, Record &&record)
 {
+    ++catalogueChanges();
     records.push_back(std::make_unique<Record>(std::move(record)));
 }
 
@@ -149,6 +151,7 @@ bool ProjectionParamsManager::initFromXML(const QDir &dir, const QString &langua
 
 void ProjectionParamsManager::clear()
 {
+    ++catalogueChanges();
     m_projections.clear();
     m_ellipsoids.clear();
     m_datums.clear();

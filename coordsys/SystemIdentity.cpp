@@ -3,6 +3,8 @@
 #include <coordsys/CrsComparison_p.h>
 #include <coordsys/OsrHandle_p.h>
 
+#include <proj_experimental.h>
+
 #include <QMutexLocker>
 
 #include <array>
@@ -66,6 +68,16 @@ bool isOfEpsg(int code)
 {
     return ownPj(proj_create_from_database(globalProjContext(), "EPSG", QByteArray::number(code).constData(),
                                            PJ_CATEGORY_CRS, 0, nullptr)) != nullptr;
+}
+
+/// PROJ looks a system without a code up by its name (3 ms) before it makes an operation; the name says
+/// nothing of the way between a system and its own base.
+PjHandle withoutName(PjHandle crs)
+{
+    if (!crs || proj_get_id_code(crs.get(), 0))
+        return crs;
+    PjHandle nameless = ownPj(proj_alter_name(globalProjContext(), crs.get(), "unknown"));
+    return nameless ? std::move(nameless) : std::move(crs);
 }
 
 } // namespace
@@ -162,8 +174,8 @@ std::shared_ptr<const EngineStep> SystemIdentity::plane() const
         return nullptr;
     const QMutexLocker lock(globalProj4Mutex());
     PJ_CONTEXT *context = globalProjContext();
-    const PjHandle target = unbound(context, m_crs.get());
-    const PjHandle base = baseOf(context, m_crs.get());
+    const PjHandle target = withoutName(unbound(context, m_crs.get()));
+    const PjHandle base = withoutName(baseOf(context, m_crs.get()));
     PjHandle pj =
         base ? ownPj(proj_create_crs_to_crs_from_pj(context, base.get(), target.get(), nullptr, nullptr))
              : nullptr;

@@ -27,6 +27,23 @@ class TestCreation : public QObject
 private Q_SLOTS:
     void initTestCase() { QVERIFY(factory()); }
 
+    /// Systems of one text share the engines' objects and nothing else.
+    void sameTextAgain()
+    {
+        for (const QString &text :
+             {QStringLiteral("proj:+proj=utm +zone=37 +ellps=krass +towgs84=1,2,3"),
+              QStringLiteral("epsg:28407"), QStringLiteral("prj:Earth Projection 1, 1001")}) {
+            const CoordSystemPtr first = factory()->createFromTaggedString(text);
+            const QString name = first->description();
+            first->setDescription(QStringLiteral("changed"));
+            first->setEpsg(1);
+            const CoordSystemPtr second = factory()->createFromTaggedString(text);
+            QCOMPARE(second->description(), name);
+            QVERIFY(second->epsg() != 1 && second->isEqual(first, false));
+            QVERIFY(second->OGRSpatialReference() != first->OGRSpatialReference());
+        }
+    }
+
     void refused_data()
     {
         QTest::addColumn<QString>("tagged");
