@@ -9,6 +9,7 @@
 #include <QObject>
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 namespace nivora::cs {
@@ -51,6 +52,7 @@ struct CoordTransform::Impl
     CoordSystemPtr source;
     CoordSystemPtr destination;
     TransformQueuePtr queue; ///< null for equal systems
+    double time = HUGE_VAL;  ///< the epoch as PROJ is given it
 
 private:
     void fill(TransformInternalBase &strategy, bool forward) const
@@ -59,6 +61,7 @@ private:
         strategy.destination = forward ? destination : source;
         strategy.queue = queue.get();
         strategy.direction = forward ? 1 : -1;
+        strategy.time = time;
     }
 };
 
@@ -93,7 +96,7 @@ bool CoordTransform::Impl::transformPoint(bool forward, const QPointF &in, QPoin
         if (hasSingularAffine(source.get()) || hasSingularAffine(destination.get()))
             return false;
         point = tryConvertInverse(forward ? source.get() : destination.get(), in);
-        if (!transformPoints(queue.get(), forward ? 1 : -1, &point, 1))
+        if (!transformPoints(queue.get(), forward ? 1 : -1, &point, 1, time))
             return false;
         point = tryConvertForward(forward ? destination.get() : source.get(), point);
     }
@@ -147,14 +150,21 @@ CoordTransform::CoordTransform(const CoordSystemPtr &from, const CoordSystemPtr 
     : m_impl(std::make_unique<Impl>(from, to))
 {}
 
+CoordTransform::CoordTransform(const CoordSystemPtr &from, const CoordSystemPtr &to,
+                               std::optional<double> epoch)
+    : CoordTransform(from, to)
+{
+    setEpoch(epoch);
+}
+
 CoordTransform::CoordTransform(const CoordTransform &other)
-    : CoordTransform(other.sourceCoordSystem(), other.destinationCoordSystem())
+    : CoordTransform(other.sourceCoordSystem(), other.destinationCoordSystem(), other.epoch())
 {}
 
 CoordTransform &CoordTransform::operator=(const CoordTransform &other)
 {
     if (this != &other)
-        m_impl = std::make_unique<Impl>(other.sourceCoordSystem(), other.destinationCoordSystem());
+        m_impl = std::move(CoordTransform(other).m_impl);
     return *this;
 }
 
@@ -165,6 +175,18 @@ bool CoordTransform::isEqualsCS() const { return m_impl->isEqualsCS; }
 CoordSystemPtr CoordTransform::sourceCoordSystem() const { return m_impl->source; }
 
 CoordSystemPtr CoordTransform::destinationCoordSystem() const { return m_impl->destination; }
+
+void CoordTransform::setEpoch(std::optional<double> epoch)
+{
+    if (epoch && !std::isfinite(*epoch))
+        throw std::invalid_argument("epoch");
+    m_impl->time = epoch.value_or(HUGE_VAL);
+}
+
+std::optional<double> CoordTransform::epoch() const
+{
+    return std::isfinite(m_impl->time) ? std::make_optional(m_impl->time) : std::nullopt;
+}
 
 bool CoordTransform::forward(const QPointF &in, QPointF &out) const
 {

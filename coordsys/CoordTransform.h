@@ -2,12 +2,14 @@
 
 #include <coordsys/CoordSystemTypes.h>
 #include <coordsys/GeographicBounds.h>
+#include <coordsys/TransformOperation.h>
 
 #include <QPointF>
 #include <QRectF>
 #include <QVector>
 
 #include <memory>
+#include <optional>
 
 namespace nivora::cs {
 
@@ -25,6 +27,9 @@ public:
     /// Throws std::invalid_argument "cs_from" or "cs_to" for null, std::logic_error "Не могу создать объект
     /// трансформации. …" when PROJ knows no way.
     CoordTransform(const CoordSystemPtr &from, const CoordSystemPtr &to);
+    /// The same with an epoch. Throws std::invalid_argument also for one that is no finite number.
+    CoordTransform(const CoordSystemPtr &from, const CoordSystemPtr &to, std::optional<double> epoch);
+    /// Copies have the epoch too.
     CoordTransform(const CoordTransform &other);
     CoordTransform &operator=(const CoordTransform &other);
     virtual ~CoordTransform();
@@ -33,6 +38,20 @@ public:
     bool isEqualsCS() const;
     CoordSystemPtr sourceCoordSystem() const;
     CoordSystemPtr destinationCoordSystem() const;
+
+    /// When the coordinates were measured, in decimal years (2024.5), for all that is transformed; none
+    /// unless set. Only operations between frames that move against each other look at it: without an epoch
+    /// they take their own reference epoch, as PROJ does. Start-up only: not while other threads transform.
+    /// Throws std::invalid_argument for one that is no finite number.
+    void setEpoch(std::optional<double> epoch);
+    std::optional<double> epoch() const;
+
+    /// What PROJ has for the pair as it stands, in its order. At each place it takes, of the usable ones
+    /// whose area holds the place, the most accurate, of equally accurate ones the first; those whose grids
+    /// are missing stand behind the others. Ways through WGS 84 (between a plan and the earth) have the
+    /// operations of both steps. Empty for equal systems. Some 10 ms, in a context of its own. Throws
+    /// std::logic_error when PROJ knows no way. Thread-safe.
+    QVector<TransformOperation> operations() const;
 
     /// \name Transformations. They never throw for coordinates: false when a point fails.
     /// @{

@@ -120,16 +120,10 @@ TransformQueuePtr CoordTransformCache::queueFor(const CoordSystemPtr &from, cons
     if (TransformQueuePtr known = find(from, to))
         return known;
     auto queue = std::make_shared<TransformQueue>();
-    if (from->isNonEarth() != to->isNonEarth()) {
-        // A plan and the earth meet on WGS 84 longitude/latitude: PROJ knows no direct way.
-        const CoordSystemPtr wgs84 = activeCatalogues()->latLongWgs84CoordSystem();
-        if (!wgs84)
-            throw std::logic_error(QObject::tr("Не проинициализированы КС").toStdString());
-        queue->first = stepOf(createNormalizedTransformation(from, wgs84));
-        queue->second = stepOf(createNormalizedTransformation(wgs84, to));
-    } else {
-        queue->first = stepOf(createNormalizedTransformation(from, to));
-    }
+    const auto steps = stepsBetween(from, to);
+    queue->first = stepOf(createNormalizedTransformation(steps.front().first, steps.front().second));
+    if (steps.size() > 1)
+        queue->second = stepOf(createNormalizedTransformation(steps.back().first, steps.back().second));
     insert(from, to, queue);
     return queue;
 }
@@ -164,30 +158,49 @@ QString CoordTransformCache::fallbackOf(const CoordSystem &cs, const QString &fi
     return first;
 }
 
-std::shared_ptr<PJ> CoordTransformCache::createNormalizedTransformation(const CoordSystemPtr &from,
-                                                                        const CoordSystemPtr &to)
+std::vector<std::pair<CoordSystemPtr, CoordSystemPtr>>
+CoordTransformCache::stepsBetween(const CoordSystemPtr &from, const CoordSystemPtr &to)
+{
+    if (from->isNonEarth() == to->isNonEarth())
+        return {{from, to}};
+    // A plan and the earth meet on WGS 84 longitude/latitude: PROJ knows no direct way.
+    const CoordSystemPtr wgs84 = activeCatalogues()->latLongWgs84CoordSystem();
+    if (!wgs84)
+        throw std::logic_error(QObject::tr("Не проинициализированы КС").toStdString());
+    return {{from, wgs84}, {wgs84, to}};
+}
+
+CoordTransformCache::Texts CoordTransformCache::textsOf(int attempt, const CoordSystemPtr &from,
+                                                        const CoordSystemPtr &to)
 {
     const auto [source, destination] = withCommonDatum(from, to);
     const Texts first(definitionOf(*source), definitionOf(*destination));
-    if (std::shared_ptr<PJ> known = sharedByTexts(first))
-        return known;
+    switch (attempt) {
+    case 0:
+        return first;
+    case 1:
+        return {fallbackOf(*from, first.first), fallbackOf(*to, first.second)};
+    default:
+        return {withoutZeroShift(first.first), withoutZeroShift(first.second)};
+    }
+}
 
-    Texts texts = first;
-    std::shared_ptr<PJ> result = normalizedTransformation(texts);
-    if (!result) {
-        texts = Texts(fallbackOf(*from, first.first), fallbackOf(*to, first.second));
-        result = normalizedTransformation(texts);
+std::shared_ptr<PJ> CoordTransformCache::createNormalizedTransformation(const CoordSystemPtr &from,
+                                                                        const CoordSystemPtr &to)
+{
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        const Texts texts = textsOf(attempt, from, to);
+        if (std::shared_ptr<PJ> known = sharedByTexts(texts))
+            return known;
+        const std::shared_ptr<PJ> result = normalizedTransformation(texts);
+        if (!result)
+            continue;
+        const QMutexLocker lock(&m_mutex);
+        m_byTexts[texts] = result;
+        return result;
     }
-    if (!result) {
-        texts = Texts(withoutZeroShift(first.first), withoutZeroShift(first.second));
-        result = normalizedTransformation(texts);
-    }
-    if (!result)
-        throw std::logic_error(
-            QObject::tr("Не могу создать объект трансформации. %1").arg(projLastError()).toStdString());
-    const QMutexLocker lock(&m_mutex);
-    m_byTexts[texts] = result;
-    return result;
+    throw std::logic_error(
+        QObject::tr("Не могу создать объект трансформации. %1").arg(projLastError()).toStdString());
 }
 
 CoordTransformCache &coordTransformCache()

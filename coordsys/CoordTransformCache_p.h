@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace nivora::cs {
 
@@ -38,13 +39,21 @@ public:
     /// Throws std::logic_error "Не могу создать объект трансформации. …".
     std::shared_ptr<PJ> createNormalizedTransformation(const CoordSystemPtr &from, const CoordSystemPtr &to);
 
+    /// The texts by which PROJ is asked for a way, one pair an attempt; from 0 until it knows one.
+    static constexpr int attempts = 3;
+    using Texts = std::pair<QString, QString>;
+    static Texts textsOf(int attempt, const CoordSystemPtr &from, const CoordSystemPtr &to);
+    /// The pairs of systems of the one or two steps from one to the other. Throws std::logic_error when the
+    /// way runs through WGS 84 and there is no catalogue.
+    static std::vector<std::pair<CoordSystemPtr, CoordSystemPtr>> stepsBetween(const CoordSystemPtr &from,
+                                                                               const CoordSystemPtr &to);
+
 private:
     using Key = std::pair<CoordSystemPtr, CoordSystemPtr>;
     struct ByAddress
     {
         bool operator()(const Key &a, const Key &b) const;
     };
-    using Texts = std::pair<QString, QString>;
 
     static QString definitionOf(const CoordSystem &cs);
     static QString fallbackOf(const CoordSystem &cs, const QString &first);

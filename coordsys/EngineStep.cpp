@@ -15,17 +15,16 @@ constexpr double radiansPerDegree = 0.017453292519943295;
 /// Points between two looks at the results; few enough to stay in the processor's cache.
 constexpr std::size_t blockSize = 1024;
 
-bool transformBlock(const EngineStep &step, int direction, QPointF *points, std::size_t count)
+bool transformBlock(const EngineStep &step, int direction, QPointF *points, std::size_t count, double time)
 {
     const int side = sideOf(direction);
     if (!step.in[side].isPlain())
         std::for_each(points, points + count,
                       [&end = step.in[side]](QPointF &p) { end.enter(p.rx(), p.ry()); });
     double height = 0.0;
-    double noTime = HUGE_VAL;
     constexpr std::size_t stride = sizeof(QPointF);
     proj_trans_generic(step.pj.get(), static_cast<PJ_DIRECTION>(direction), &points->rx(), stride, count,
-                       &points->ry(), stride, count, &height, 0, 1, &noTime, 0, 1);
+                       &points->ry(), stride, count, &height, 0, 1, &time, 0, 1);
     if (!step.out[side].isPlain())
         std::for_each(points, points + count,
                       [&end = step.out[side]](QPointF &p) { end.leave(p.rx(), p.ry()); });
@@ -88,10 +87,10 @@ PJ_COORD transformed(const EngineStep &step, int direction, PJ_COORD point)
     return point;
 }
 
-bool transformPoints(const EngineStep &step, int direction, QPointF *points, std::size_t count)
+bool transformPoints(const EngineStep &step, int direction, QPointF *points, std::size_t count, double time)
 {
     for (std::size_t done = 0; done < count; done += blockSize)
-        if (!transformBlock(step, direction, points + done, std::min(blockSize, count - done)))
+        if (!transformBlock(step, direction, points + done, std::min(blockSize, count - done), time))
             return false;
     return true;
 }

@@ -6,6 +6,7 @@
 
 #include <proj.h>
 
+#include <cmath>
 #include <cstddef>
 #include <memory>
 
@@ -56,8 +57,10 @@ PJ_COORD transformed(const EngineStep &step, int direction, PJ_COORD point);
 
 /// Points through a step in place; false, \p points spoilt, when a result is not finite: a list fails exactly
 /// when one of its points alone would. The engine's error number decides nothing, since an operation that
-/// was tried first may have left it. Needs the lock of the step's context.
-bool transformPoints(const EngineStep &step, int direction, QPointF *points, std::size_t count);
+/// was tried first may have left it. \p time is the coordinates' epoch in decimal years, HUGE_VAL for none.
+/// Needs the lock of the step's context.
+bool transformPoints(const EngineStep &step, int direction, QPointF *points, std::size_t count,
+                     double time = HUGE_VAL);
 
 bool isFinite(const QPointF &point);
 

@@ -4,6 +4,7 @@
 #include <coordsys/CrsComparison_p.h>
 #include <coordsys/CrsParts_p.h>
 #include <coordsys/OsrHandle_p.h>
+#include <coordsys/ProjLists_p.h>
 #include <coordsys/RegisteredShift_p.h>
 #include <coordsys/SearchContext_p.h>
 #include <coordsys/SearchMemory_p.h>
@@ -26,15 +27,6 @@ constexpr int undefined = CoordSystemTypes::EPSG_UNDEFINDED;
 constexpr int leastConfidence = 50; // GDAL gives 25 to systems that merely resemble; right ones begin at 50
 constexpr int sureEnough = 70;      // PROJ's own measure, for texts that name their datum
 constexpr int mostDatums = 16;      // a tie of more is a family of frames that figures cannot tell apart
-
-struct ListDestroy
-{
-    void operator()(PJ_OBJ_LIST *list) const { proj_list_destroy(list); }
-};
-struct IntListDestroy
-{
-    void operator()(int *list) const { proj_int_list_destroy(list); }
-};
 
 /// A registered system that the search offers.
 struct Candidate
@@ -199,9 +191,8 @@ int searchByProj(const QString &wkt, const std::shared_ptr<ProgressHandler> &pro
     if (!plain || isCanceled(progress))
         return undefined;
     int *rawConfidences = nullptr;
-    const std::unique_ptr<PJ_OBJ_LIST, ListDestroy> list(
-        proj_identify(context.get(), plain.get(), "EPSG", nullptr, &rawConfidences));
-    const std::unique_ptr<int, IntListDestroy> confidences(rawConfidences);
+    const PjList list(proj_identify(context.get(), plain.get(), "EPSG", nullptr, &rawConfidences));
+    const PjIntList confidences(rawConfidences);
     const PjHandle best = list && proj_list_get_count(list.get()) > 0
                               ? ownPj(proj_list_get(context.get(), list.get(), 0))
                               : nullptr;

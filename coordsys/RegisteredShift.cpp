@@ -1,6 +1,7 @@
 #include <coordsys/RegisteredShift_p.h>
 
 #include <coordsys/CrsParts_p.h>
+#include <coordsys/ProjLists_p.h>
 #include <coordsys/ProjPoint_p.h>
 #include <coordsys/SearchContext_p.h>
 
@@ -11,22 +12,6 @@ namespace {
 
 constexpr double farM = 100.0;
 
-struct ListDestroy
-{
-    void operator()(PJ_OBJ_LIST *list) const { proj_list_destroy(list); }
-};
-struct FactoryDestroy
-{
-    void operator()(PJ_OPERATION_FACTORY_CONTEXT *context) const
-    {
-        proj_operation_factory_context_destroy(context);
-    }
-};
-struct AreaDestroy
-{
-    void operator()(PJ_AREA *area) const { proj_area_destroy(area); }
-};
-
 PjHandle registered(PJ_CONTEXT *context, int epsg)
 {
     const QByteArray name = QStringLiteral("EPSG:%1").arg(epsg).toLatin1();
@@ -34,12 +19,11 @@ PjHandle registered(PJ_CONTEXT *context, int epsg)
     return crs ? horizontalPart(context, crs.get()) : nullptr;
 }
 
-std::unique_ptr<PJ_OBJ_LIST, ListDestroy> operationsToWgs84(PJ_CONTEXT *context, const PJ *crs)
+PjList operationsToWgs84(PJ_CONTEXT *context, const PJ *crs)
 {
     const PjHandle base = baseOf(context, crs);
     const PjHandle wgs84 = registered(context, 4326);
-    const std::unique_ptr<PJ_OPERATION_FACTORY_CONTEXT, FactoryDestroy> factory(
-        proj_create_operation_factory_context(context, "EPSG"));
+    const PjFactory factory(proj_create_operation_factory_context(context, "EPSG"));
     if (!base || !wgs84 || !factory)
         return nullptr;
     proj_operation_factory_context_set_spatial_criterion(context, factory.get(),
@@ -47,8 +31,7 @@ std::unique_ptr<PJ_OBJ_LIST, ListDestroy> operationsToWgs84(PJ_CONTEXT *context,
     proj_operation_factory_context_set_allow_use_intermediate_crs(context, factory.get(),
                                                                   PROJ_INTERMEDIATE_CRS_USE_NEVER);
     proj_operation_factory_context_set_discard_superseded(context, factory.get(), 0);
-    return std::unique_ptr<PJ_OBJ_LIST, ListDestroy>(
-        proj_create_operations(context, base.get(), wgs84.get(), factory.get()));
+    return PjList(proj_create_operations(context, base.get(), wgs84.get(), factory.get()));
 }
 
 bool isSameShift(const Shift &a, const Shift &b)
@@ -65,25 +48,17 @@ using Box = std::array<double, 4>;
 PjHandle toWgs84(PJ_CONTEXT *context, const PJ *crs, const Box &box)
 {
     const PjHandle wgs84 = registered(context, 4326);
-    const std::unique_ptr<PJ_AREA, AreaDestroy> area(proj_area_create());
+    const PjArea area(proj_area_create());
     proj_area_set_bbox(area.get(), box[0], box[1], box[2], box[3]);
     const PjHandle way =
         ownPj(proj_create_crs_to_crs_from_pj(context, crs, wgs84.get(), area.get(), nullptr));
     return way ? ownPj(proj_normalize_for_visualization(context, way.get())) : nullptr;
 }
 
-/// A tenth of a degree in the middle of a system's area of use: operations for elsewhere need no look.
-bool middleOf(PJ_CONTEXT *context, const PJ *crs, Box &box)
+/// A tenth of a degree around a place: operations for elsewhere need no look.
+Box boxAround(const QPointF &place)
 {
-    double west = 0.0, south = 0.0, east = 0.0, north = 0.0;
-    if (!proj_get_area_of_use(context, crs, &west, &south, &east, &north, nullptr))
-        return false;
-    if (east < west)
-        east += 360.0; // across the 180th meridian
-    const double longitude = std::remainder(0.5 * (west + east), 360.0);
-    const double latitude = 0.5 * (south + north);
-    box = {longitude - 0.05, latitude - 0.05, longitude + 0.05, latitude + 0.05};
-    return true;
+    return {place.x() - 0.05, place.y() - 0.05, place.x() + 0.05, place.y() + 0.05};
 }
 
 double distanceM(const PJ_COORD &a, const PJ_COORD &b)
@@ -110,21 +85,39 @@ bool hasRegisteredShift(int epsg, const Shift &shift)
     return false;
 }
 
+bool middleOfArea(PJ_CONTEXT *context, const PJ *crs, QPointF &place)
+{
+    double west = 0.0, south = 0.0, east = 0.0, north = 0.0;
+    if (!proj_get_area_of_use(context, crs, &west, &south, &east, &north, nullptr))
+        return false;
+    if (east < west)
+        east += 360.0; // across the 180th meridian
+    place = QPointF(std::remainder(0.5 * (west + east), 360.0), 0.5 * (south + north));
+    return true;
+}
+
+std::optional<double> distanceBetweenShifts(PJ_CONTEXT *context, const PJ *first, const PJ *second,
+                                            const QPointF &lonLat)
+{
+    const PjHandle firstWay = toWgs84(context, first, boxAround(lonLat));
+    const PjHandle secondWay = toWgs84(context, second, boxAround(lonLat));
+    if (!firstWay || !secondWay)
+        return std::nullopt;
+    const PJ_COORD place = projPoint(lonLat.x(), lonLat.y());
+    const PJ_COORD numbers = proj_trans(firstWay.get(), PJ_INV, place);
+    const double apartM = distanceM(proj_trans(secondWay.get(), PJ_FWD, numbers), place);
+    return std::isfinite(apartM) ? std::make_optional(apartM) : std::nullopt;
+}
+
 bool liesNear(int epsg, const QString &wkt)
 {
     const SearchContext context;
     const PjHandle theirs = registered(context.get(), epsg);
     const PjHandle mine = ownPj(proj_create(context.get(), wkt.toUtf8().constData()));
-    Box box;
-    if (!theirs || !mine || !middleOf(context.get(), theirs.get(), box))
+    QPointF place;
+    if (!theirs || !mine || !middleOfArea(context.get(), theirs.get(), place))
         return false;
-    const PjHandle theirWay = toWgs84(context.get(), theirs.get(), box);
-    const PjHandle myWay = toWgs84(context.get(), mine.get(), box);
-    if (!theirWay || !myWay)
-        return false;
-    const PJ_COORD place = projPoint(0.5 * (box[0] + box[2]), 0.5 * (box[1] + box[3]));
-    const PJ_COORD numbers = proj_trans(theirWay.get(), PJ_INV, place);
-    return distanceM(proj_trans(myWay.get(), PJ_FWD, numbers), place) <= farM;
+    return distanceBetweenShifts(context.get(), theirs.get(), mine.get(), place).value_or(HUGE_VAL) <= farM;
 }
 
 } // namespace nivora::cs

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <coordsys/ProjEngine.h>
+
+#include <QPointF>
 #include <QString>
 
 #include <array>
+#include <optional>
 
 namespace nivora::cs {
 
@@ -17,5 +21,15 @@ bool hasRegisteredShift(int epsg, const Shift &shift);
 /// mean in an EPSG system by PROJ's best operation, in the middle of that one's area of use. Systems that
 /// merely share figures lie further apart. Works in the search's context; thread-safe.
 bool liesNear(int epsg, const QString &wkt);
+
+/// The middle of a system's area of use, longitude and latitude in degrees; false when it has none. Needs the
+/// lock of the context.
+bool middleOfArea(PJ_CONTEXT *context, const PJ *crs, QPointF &place);
+
+/// How far apart, in metres, the places lie on WGS 84 that the numbers of a place (longitude and latitude on
+/// WGS 84, degrees) in the first system mean in the first and in the second, each by PROJ's best operation
+/// there. Needs the lock of the context.
+std::optional<double> distanceBetweenShifts(PJ_CONTEXT *context, const PJ *first, const PJ *second,
+                                            const QPointF &lonLat);
 
 } // namespace nivora::cs

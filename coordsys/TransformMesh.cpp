@@ -74,13 +74,15 @@ private:
     int m_saved;
 };
 
-void transformAll(const TransformQueue &queue, int direction, PJ_COORD *points, int count)
+void transformAll(const TransformQueue &queue, int direction, double time, PJ_COORD *points, int count)
 {
     const OrderedSteps steps(queue, direction);
     const QMutexLocker lock(globalProj4Mutex());
     const ErrnoKeeper keeper(queue.first.pj.get());
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
+        points[i].xyzt.t = time;
         points[i] = transformed(steps, points[i]);
+    }
 }
 
 } // namespace
@@ -163,7 +165,7 @@ bool TransformInternalMesh::transform(const QVector<QPointF> &in, QVector<QPoint
                                           {in[0].y(), in[1].y(), in[2].y(), in[3].y()});
     if (queue && rect.width() == 0.0 && rect.height() == 0.0) {
         PJ_COORD single = projPoint(rect.x(), rect.y());
-        transformAll(*queue, direction, &single, 1);
+        transformAll(*queue, direction, time, &single, 1);
         return !isIncorrect(single);
     }
     QRectF bounds = source->rectWithoutSearch();
@@ -174,7 +176,7 @@ bool TransformInternalMesh::transform(const QVector<QPointF> &in, QVector<QPoint
     int count = 0;
     const std::unique_ptr<PJ_COORD[]> points = fillPointsMesh(m_intervals, count, rect, bounds);
     if (queue)
-        transformAll(*queue, direction, points.get(), count);
+        transformAll(*queue, direction, time, points.get(), count);
 
     Extent extent;
     std::for_each(points.get(), points.get() + count, [&extent](const PJ_COORD &c) { extent.add(c); });

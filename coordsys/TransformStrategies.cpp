@@ -44,14 +44,15 @@ PJ_COORD transformed(const OrderedSteps &steps, PJ_COORD point)
     return steps.second ? transformed(*steps.second, steps.direction, point) : point;
 }
 
-bool transformPoints(const TransformQueue *queue, int direction, QPointF *points, std::size_t count)
+bool transformPoints(const TransformQueue *queue, int direction, QPointF *points, std::size_t count,
+                     double time)
 {
     if (!queue)
         return std::all_of(points, points + count, isFinite);
     const OrderedSteps steps(*queue, direction);
     const QMutexLocker lock(globalProj4Mutex());
-    if (transformPoints(*steps.first, direction, points, count) &&
-        (!steps.second || transformPoints(*steps.second, direction, points, count)))
+    if (transformPoints(*steps.first, direction, points, count, time) &&
+        (!steps.second || transformPoints(*steps.second, direction, points, count, time)))
         return true;
     reportFailure(direction); // PROJ's text stands in memory that the lock guards
     reportIncorrect(points, count);
@@ -61,7 +62,7 @@ bool transformPoints(const TransformQueue *queue, int direction, QPointF *points
 bool TransformInternalCommon::transform(const QVector<QPointF> &in, QVector<QPointF> &out)
 {
     QVector<QPointF> result = in;
-    if (!transformPoints(queue, direction, result.data(), static_cast<std::size_t>(result.size())))
+    if (!transformPoints(queue, direction, result.data(), static_cast<std::size_t>(result.size()), time))
         return false;
     out = result;
     return true;

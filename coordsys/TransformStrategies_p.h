@@ -5,6 +5,7 @@
 #include <QPointF>
 #include <QVector>
 
+#include <cmath>
 #include <memory>
 
 namespace nivora::cs {
@@ -21,7 +22,8 @@ public:
     CoordSystemPtr source;      ///< of this direction: where the points come from
     CoordSystemPtr destination; ///< where they go
     const TransformQueue *queue = nullptr;
-    int direction = 1; ///< PROJ's: 1 forward, -1 inverse
+    int direction = 1;      ///< PROJ's: 1 forward, -1 inverse
+    double time = HUGE_VAL; ///< the coordinates' epoch in decimal years, HUGE_VAL for none
 };
 
 /// Every point through the steps; one bad point fails the list.
@@ -45,6 +47,7 @@ PJ_COORD transformed(const OrderedSteps &steps, PJ_COORD point);
 
 /// Points through the steps in place, as EngineStep's transformPoints(). A null \p queue changes nothing.
 /// Takes the PROJ lock once.
-bool transformPoints(const TransformQueue *queue, int direction, QPointF *points, std::size_t count);
+bool transformPoints(const TransformQueue *queue, int direction, QPointF *points, std::size_t count,
+                     double time = HUGE_VAL);
 
 } // namespace nivora::cs

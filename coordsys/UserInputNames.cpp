@@ -2,6 +2,7 @@
 
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjEngine.h>
+#include <coordsys/ProjLists_p.h>
 #include <coordsys/SearchContext_p.h>
 #include <platform/Logger.h>
 
@@ -22,10 +23,6 @@ constexpr int deprecatedRank = 4;
 constexpr int planelessRank = 32;
 constexpr int leastPart = 3; ///< letters that a part of a name must have to be near it
 
-struct ListDestroy
-{
-    void operator()(PJ_OBJ_LIST *list) const { proj_list_destroy(list); }
-};
 struct InfoListDestroy
 {
     void operator()(PROJ_CRS_INFO **list) const { proj_crs_info_list_destroy(list); }
@@ -113,7 +110,7 @@ QVector<NamedSystem> namedInDatabase(const QString &text)
 {
     const SearchContext context;
     const PJ_TYPE anyCrs = PJ_TYPE_CRS;
-    const std::unique_ptr<PJ_OBJ_LIST, ListDestroy> list(
+    const PjList list(
         proj_create_from_name(context.get(), nullptr, text.toUtf8().constData(), &anyCrs, 1, 0, 0, nullptr));
     QVector<NamedSystem> found;
     for (int i = 0; list && i < proj_list_get_count(list.get()); ++i) {

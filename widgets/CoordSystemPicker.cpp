@@ -223,7 +223,7 @@ CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOf(const QM
     setCode(row.data(CoordSystemCatalogModel::CodeRole).toInt(), result.facts);
     try {
         result.system = model.create(row);
-        addFacts(*result.system, result.facts);
+        addFacts(result.system, result.facts);
     } catch (const std::exception &e) {
         result.facts.problem = QString::fromUtf8(e.what());
     }
@@ -234,7 +234,7 @@ CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOf(const Co
 {
     Choice result;
     result.system = cs;
-    addFacts(*cs, result.facts);
+    addFacts(cs, result.facts);
     return result;
 }
 

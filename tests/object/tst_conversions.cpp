@@ -4,6 +4,8 @@
 
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
+#include <coordsys/EpsgCandidates.h>
+#include <coordsys/Measures.h>
 
 #include <cmath>
 
@@ -108,6 +110,77 @@ private Q_SLOTS:
             QVERIFY(!ok);
             QCOMPARE(ortho->sphericalDistance(a, b, nullptr), 0.0);
         }
+    }
+
+    // Factors: on the sphere by Snyder, Map Projections (1987), (8-1) to (8-4): B = cos lat sin dlon, k = 1 /
+    // sqrt(1 - B^2), convergence atan(sin lat tan dlon). The unit and the meridian that longitudes count from
+    // do not change them.
+    void factors_data()
+    {
+        QTest::addColumn<QString>("tail");
+        QTest::newRow("metres") << QString();
+        QTest::newRow("feet") << QStringLiteral(" +units=us-ft");
+        QTest::newRow("from Paris") << QStringLiteral(" +pm=paris");
+    }
+    void factors()
+    {
+        QFETCH(QString, tail);
+        const auto factory = support::shippedFactory();
+        const CoordSystemPtr cs =
+            factory->createFromProj(QStringLiteral("+proj=tmerc +R=6371000 +lon_0=39") + tail);
+        const double meridian = tail.contains(QLatin1String("paris")) ? 2.33722917 : 0.0;
+        QPointF point;
+        QVERIFY(cs->forward(QPointF(49 + meridian, 30), point));
+        const auto f = Measures(cs).factorsAt(point);
+        const double rad = CoordSystem::DEGREES_TO_RADIANS;
+        const double b = std::cos(30 * rad) * std::sin(10 * rad);
+        const double k = 1 / std::sqrt(1 - b * b);
+        QVERIFY(f && std::fabs(f->meridianScale - k) < 1e-7 && std::fabs(f->parallelScale - k) < 1e-7);
+        QVERIFY(std::fabs(f->arealScale - k * k) < 1e-7);
+        QVERIFY(std::fabs(f->convergenceDeg - std::atan(0.5 * std::tan(10 * rad)) / rad) < 1e-6);
+        QVERIFY(std::fabs(f->angularDistortionDeg) < 1e-4);
+    }
+
+    // From John F. Kennedy airport to Heathrow and the cell of a degree, as Karney's GeodSolve and Planimeter have them.
+    void geodesics()
+    {
+        const auto factory = support::shippedFactory();
+        const CoordSystemPtr wgs84 = factory->createFromEpsg(4326);
+        const Measures degrees(wgs84);
+        const QPointF kennedy(-73.8, 40.6), heathrow(-0.5, 51.6);
+        const auto line = degrees.line(kennedy, heathrow);
+        QVERIFY(line && std::fabs(line->lengthM - 5551759.4003) < 1e-3);
+        QVERIFY(std::fabs(line->startAzimuthDeg - 51.198882846) < 1e-8);
+        QVERIFY(std::fabs(line->endAzimuthDeg - 107.821776736) < 1e-8);
+        // The same places in a plane; a degree's cell at the equator, whichever way round; what has no place.
+        const CoordSystemPtr utm = factory->createFromEpsg(32630);
+        QPointF a, b;
+        QVERIFY(utm->forward(QPointF(-3, 51), a) && utm->forward(heathrow, b));
+        const auto planar = Measures(utm).line(a, b);
+        const auto direct = degrees.line(QPointF(-3, 51), heathrow);
+        QVERIFY(planar && direct && std::fabs(planar->lengthM - direct->lengthM) < 1e-3);
+        const auto cell = degrees.polygon({{0, 0}, {1, 0}, {1, 1}, {0, 1}});
+        const auto turned = degrees.polygon({{0, 1}, {1, 1}, {1, 0}, {0, 0}});
+        QVERIFY(cell && turned && !cell->isClockwise && turned->isClockwise);
+        QVERIFY(std::fabs(cell->areaM2 - 12308778361.469452) < 1.0 && cell->areaM2 == turned->areaM2);
+        QVERIFY(!degrees.polygon({kennedy, heathrow}) && !degrees.line(QPointF(0, 91), heathrow));
+        QVERIFY(!degrees.factorsAt(heathrow) && !degrees.line(QPointF(qQNaN(), 0), heathrow));
+        const CoordSystemPtr plan = factory->createFromPrj(QStringLiteral("NonEarth Units \"m\""));
+        QVERIFY(!Measures(plan).line(a, b) && !Measures(plan).factorsAt(a));
+    }
+
+    // The Krassowsky ellipsoid alone names no datum: three families of frames have this plane.
+    void candidates()
+    {
+        const auto factory = support::shippedFactory();
+        QList<int> codes;
+        for (const EpsgCandidate &candidate : epsgCandidates(*factory->createFromProj(
+                 QStringLiteral("+proj=tmerc +lon_0=39 +x_0=7500000 +ellps=krass +towgs84=1,2,3"))))
+            codes << candidate.code;
+        QCOMPARE(codes, (QList<int>{28407, 20007, 5565}));
+        const auto own = epsgCandidates(*factory->createFromEpsg(3857)).value(0);
+        QVERIFY(own.code == 3857 && own.confidence == 100 && own.name.contains(QLatin1String("Pseudo")));
+        QVERIFY(epsgCandidates(*factory->createFromPrj(QStringLiteral("NonEarth Units \"m\""))).isEmpty());
     }
 
     void singularAffine()

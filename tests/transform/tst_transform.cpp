@@ -8,6 +8,7 @@
 #include <coordsys/CoordTransformCache_p.h>
 #include <coordsys/DefaultRects.h>
 #include <coordsys/ProjectionParamsManager.h>
+#include <coordsys/ShiftQuality.h>
 
 #include <cmath>
 #include <limits>
@@ -234,6 +235,97 @@ private Q_SLOTS:
         const CoordTransform mixed(a, support::shippedFactory()->createNonEarth(7, QRectF()));
         QVERIFY(cache.find(a, mixed.destinationCoordSystem())->second);
         QVERIFY(!cache.find(a, b)->second);
+    }
+
+    // Figures of cs2cs 9.1.1; PROJ's own answer without an epoch is that of the operation's reference epoch.
+    void epoch_data()
+    {
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("to");
+        QTest::addColumn<double>("year"); // 0: none
+        QTest::addColumn<QPointF>("image");
+        const auto row = [](const char *from, const char *to, double year, double x, double y) {
+            QTest::addRow("%s to %s in %g", from, to, year)
+                << QString::fromUtf8(from) << QString::fromUtf8(to) << year << QPointF(x, y);
+        };
+        row("epsg:9000", "epsg:7844", 2010.0, 134.0000031045, -24.9999946886);
+        row("epsg:9000", "epsg:7844", 2030.5, 133.9999967403, -25.0000055769);
+        row("epsg:7844", "epsg:9000", 2030.5, 134.0000032597, -24.9999944231);
+        row("epsg:4258", "epsg:9000", 2030.5, 134.0000071521, -25.0000049785);
+        row("epsg:4258", "epsg:9000", 0.0, 134.0000036192, -25.0000025192);
+        row("epsg:9000", "epsg:7844", 0.0, 134.0, -25.0);
+    }
+    void epoch()
+    {
+        QFETCH(QString, from);
+        QFETCH(QString, to);
+        QFETCH(double, year);
+        QFETCH(QPointF, image);
+        constexpr double resolution = 1e-9; // degrees, as cs2cs prints them: a tenth of a millimetre
+        const QPointF place(134, -25);
+        const auto epoch = year == 0.0 ? std::nullopt : std::make_optional(year);
+        CoordTransform transform(made(from), made(to));
+        transform.setEpoch(epoch);
+        const CoordTransform copy(transform);
+        transform.setEpoch(1994.0);
+        transform = copy;
+        QPointF point;
+        QVector<QPointF> list;
+        QRectF mesh;
+        QVERIFY(transform.forward(place, point) && copy.forward({place, place}, list) &&
+                copy.forwardMesh(QRectF(place, QSizeF(0.1, 0.1)), mesh, 4));
+        VERIFY_NEAR(point, image, resolution);
+        VERIFY_NEAR(list.last(), image, resolution);
+        VERIFY_NEAR(mesh.topLeft(), image, 1e-8); // the smallest x and y are those of two corners
+        QVERIFY(copy.inverse(point, point));
+        VERIFY_NEAR(point, place, resolution);
+        QCOMPARE(copy.epoch().value_or(0.0), year);
+        VERIFY_THROWS(std::invalid_argument, CoordTransform(made(from), made(to), notANumber),
+                      QStringLiteral("epoch"));
+    }
+
+    // As projinfo lists them; the grid is not part of Debian's packages.
+    void operations()
+    {
+        const auto operations =
+            CoordTransform(made(QStringLiteral("epsg:27700")), made(QStringLiteral("epsg:4326")))
+                .operations();
+        const auto named = [&](const char *end) {
+            return *std::find_if(operations.begin(), operations.end(), [&](const TransformOperation &o) {
+                return o.name.endsWith(QLatin1String(end));
+            });
+        };
+        QCOMPARE(operations.size(), 9);
+        QVERIFY(operations.first().name.endsWith(QLatin1String("OSGB36 to WGS 84 (6)")));
+        QVERIFY(operations.first().isUsable() && operations.first().hasInverse);
+        QCOMPARE(operations.first().accuracyM, 2.0);
+        VERIFY_NEAR(operations.first().area, QRectF(-8.82, 49.79, 10.74, 11.15), 1e-6);
+        const TransformOperation byGrid = named("OSGB36 to WGS 84 (9)");
+        QCOMPARE(byGrid.accuracyM, 1.0);
+        QCOMPARE(byGrid.grids.value(0).name, QStringLiteral("uk_os_OSTN15_NTv2_OSGBtoETRS.tif"));
+        QCOMPARE(byGrid.isUsable(), byGrid.grids.value(0).isAvailable);
+        QVERIFY(operations.last().isBallpark && operations.last().accuracyM == -1.0);
+        // Both steps of a way through WGS 84; no step for equal systems; a projection alone is exact.
+        const auto plan =
+            CoordTransform(made(QStringLiteral("NonEarth Units \"m\"")), made(utm37)).operations();
+        QVERIFY(plan.size() >= 2 && plan.first().step == 0 && plan.last().step == 1);
+        QVERIFY(CoordTransform(made(utm37), made(utm37)).operations().isEmpty());
+        const auto utm = CoordTransform(made(QStringLiteral("epsg:4326")), made(QStringLiteral("epsg:32637")))
+                             .operations();
+        QVERIFY(utm.size() == 1 && utm.first().accuracyM == 0.0);
+    }
+
+    // The distance is that of MapInfo's three parameters (375, -111, 431) from the seven of the code; by hand
+    // through cs2cs with both at the middle of the area: 4.1 m.
+    void shiftQualities()
+    {
+        const auto quality = shiftQuality(*made(QStringLiteral("epsg:27700")));
+        QVERIFY(quality && quality->accuracyM == 2.0 && quality->accuracyWithGridsM == 1.0);
+        QCOMPARE(quality->definition, QStringLiteral("EPSG:27700"));
+        QVERIFY(quality->textDistanceM && std::fabs(*quality->textDistanceM - 4.1) < 0.1);
+        const auto exact = shiftQuality(*made(QStringLiteral("epsg:32637")));
+        QVERIFY(exact && exact->accuracyM == 0.0 && exact->textDistanceM && *exact->textDistanceM < 1e-6);
+        QVERIFY(!shiftQuality(*made(QStringLiteral("NonEarth Units \"m\""))));
     }
 
     void fallbacks()
