@@ -238,8 +238,8 @@
         <translation>%1 m</translation>
     </message>
     <message>
-        <source>это и есть WGS 84</source>
-        <translation>this is WGS 84</translation>
+        <source>не нужен</source>
+        <translation>none needed</translation>
     </message>
     <message>
         <source>нет файлов сдвига датума</source>
@@ -259,7 +259,7 @@
     </message>
     <message>
         <source>до %1</source>
-        <translation>%1 or better</translation>
+        <translation>within %1</translation>
     </message>
     <message>
         <source>пересчёт в WGS 84: %1</source>

@@ -55,7 +55,7 @@ QString accuracyOf(const QVector<TransformOperation> &operations)
     const auto usable = std::find_if(operations.begin(), operations.end(),
                                      [](const TransformOperation &way) { return way.isUsable(); });
     if (operations.isEmpty())
-        return QObject::tr("это и есть WGS 84");
+        return QObject::tr("не нужен");
     if (usable == operations.end())
         return QObject::tr("нет файлов сдвига датума");
     if (usable->isBallpark)
@@ -149,7 +149,7 @@ SystemDetails::SystemDetails(QWidget *parent)
     m_prj->setTabChangesFocus(true);
     m_prj->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     m_prj->setAccessibleName(QObject::tr("Строка CoordSys"));
-    m_prj->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    m_prj->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored); // takes what the others leave
     m_prj->setMinimumHeight(m_prj->fontMetrics().lineSpacing() * 4);
     auto *title = new QLabel(QObject::tr("&Строка CoordSys:"));
     title->setBuddy(m_prj);
