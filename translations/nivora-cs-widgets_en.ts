@@ -41,11 +41,11 @@
     </message>
     <message>
         <source>&lt;a href=&quot;everywhere&quot;&gt;Во всём мире&lt;/a&gt;: %1</source>
-        <translation>&lt;a href="everywhere"&gt;Everywhere&lt;/a&gt;: %1</translation>
+        <translation>&lt;a href=&quot;everywhere&quot;&gt;Everywhere&lt;/a&gt;: %1</translation>
     </message>
     <message>
         <source>&lt;a href=&quot;text:%1&quot;&gt;Без слова «%2»&lt;/a&gt;: %3</source>
-        <translation>&lt;a href="text:%1"&gt;Without “%2”&lt;/a&gt;: %3</translation>
+        <translation>&lt;a href=&quot;text:%1&quot;&gt;Without “%2”&lt;/a&gt;: %3</translation>
     </message>
     <message>
         <source>Сохранить как &amp;мою систему…</source>
@@ -231,6 +231,39 @@
         <source>%1 (%2)</source>
         <comment>system, place</comment>
         <translation>%1 (%2)</translation>
+    </message>
+    <message>
+        <source>%1 м</source>
+        <comment>metres</comment>
+        <translation>%1 m</translation>
+    </message>
+    <message>
+        <source>не нужен</source>
+        <translation>none needed</translation>
+    </message>
+    <message>
+        <source>нет файлов сдвига датума</source>
+        <translation>the files of its datum shift are missing</translation>
+    </message>
+    <message>
+        <source>сдвиг датума неизвестен: ошибка до сотен метров</source>
+        <translation>datum shift unknown, errors up to hundreds of metres</translation>
+    </message>
+    <message>
+        <source>неизвестна</source>
+        <translation>unknown</translation>
+    </message>
+    <message>
+        <source>без потери точности</source>
+        <translation>exact</translation>
+    </message>
+    <message>
+        <source>до %1</source>
+        <translation>within %1</translation>
+    </message>
+    <message>
+        <source>пересчёт в WGS 84: %1</source>
+        <translation>conversion to WGS 84: %1</translation>
     </message>
 </context>
 </TS>

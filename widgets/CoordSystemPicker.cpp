@@ -51,6 +51,7 @@ public:
     {
         CoordSystemPtr system;
         SystemFacts facts;
+        QString refusal; ///< of a text that found nothing, either
     };
 
     Private(CoordSystemPicker *owner, std::shared_ptr<CoordSysFactory> factory);
@@ -67,7 +68,7 @@ public:
     Choice choiceOf(const CoordSystemPtr &cs) const;
     Choice choiceOfText() const;
     void explainText(const Choice &choice);
-    QString emptinessText() const;
+    QString emptinessText(const QString &refusal) const;
     void followLink(const QString &link);
     void showNeighbours(const QModelIndex &row);
     void choose(const QModelIndex &row);
@@ -223,7 +224,7 @@ CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOf(const QM
     setCode(row.data(CoordSystemCatalogModel::CodeRole).toInt(), result.facts);
     try {
         result.system = model.create(row);
-        addFacts(*result.system, result.facts);
+        addFacts(result.system, result.facts);
     } catch (const std::exception &e) {
         result.facts.problem = QString::fromUtf8(e.what());
     }
@@ -234,7 +235,7 @@ CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOf(const Co
 {
     Choice result;
     result.system = cs;
-    addFacts(*cs, result.facts);
+    addFacts(cs, result.facts);
     return result;
 }
 
@@ -244,8 +245,8 @@ CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOfText() co
         return choiceOf(systemFromText(*model.factory(), ui.search->text()));
     } catch (const std::exception &e) {
         Choice result;
-        if (isDefinition) // a search that finds nothing is no failed system
-            result.facts.problem = QString::fromUtf8(e.what());
+        // A search that finds nothing is no failed system.
+        (isDefinition ? result.facts.problem : result.refusal) = QString::fromUtf8(e.what());
         return result;
     }
 }
@@ -258,11 +259,11 @@ void CoordSystemPicker::Private::explainText(const Choice &choice)
     else if (isDefinition)
         ui.showMessage(QObject::tr("По введённому тексту систему создать нельзя."));
     else
-        ui.showMessage(emptinessText());
+        ui.showMessage(emptinessText(choice.refusal));
 }
 
 /// Links are the texts to search for, and "everywhere".
-QString CoordSystemPicker::Private::emptinessText() const
+QString CoordSystemPicker::Private::emptinessText(const QString &refusal) const
 {
     QStringList lines{QObject::tr("Ничего не найдено.")};
     const QVector<CoordSystemFilterModel::Relaxation> ways = filter.relaxations();
@@ -273,6 +274,8 @@ QString CoordSystemPicker::Private::emptinessText() const
                       : QObject::tr("<a href=\"text:%1\">Без слова «%2»</a>: %3")
                             .arg(way.text.toHtmlEscaped(), way.without.toHtmlEscaped(), count));
     }
+    if (ways.isEmpty())
+        lines << refusal.toHtmlEscaped().replace(QLatin1Char('\n'), QStringLiteral("<br>"));
     return lines.join(QStringLiteral("<br>"));
 }
 

@@ -5,6 +5,7 @@
 #include <QAction>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QScrollArea>
 #include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -146,7 +147,13 @@ QWidget *PickerLayout::rightSide()
     auto *layout = new QVBoxLayout(side);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(map);
-    layout->addWidget(details, 1);
+    auto *scroll = new QScrollArea; // long texts, large fonts, small windows
+    scroll->setWidgetResizable(true);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setFrameStyle(QFrame::NoFrame);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    scroll->setWidget(details);
+    layout->addWidget(scroll, 1);
     layout->addWidget(save, 0, Qt::AlignLeft);
     return side;
 }

@@ -2,16 +2,20 @@
 
 #include <widgets/WorldMap_p.h>
 
+#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
+#include <coordsys/CoordTransform.h>
 #include <coordsys/LinearUnit.h>
 #include <coordsys/SystemInfo.h>
 
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QLabel>
+#include <QLocale>
 #include <QPlainTextEdit>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <exception>
 #include <functional>
 
@@ -43,6 +47,33 @@ QString datumOf(const SystemInfo &info)
     return QObject::tr("%1 (эллипсоид %2)").arg(info.datum, info.ellipsoid);
 }
 
+QString metres(double value) { return QObject::tr("%1 м", "metres").arg(QLocale().toString(value, 'g', 2)); }
+
+/// Of what PROJ has here, the first is the one it takes where several fit.
+QString accuracyOf(const QVector<TransformOperation> &operations)
+{
+    const auto usable = std::find_if(operations.begin(), operations.end(),
+                                     [](const TransformOperation &way) { return way.isUsable(); });
+    if (operations.isEmpty())
+        return QObject::tr("не нужен");
+    if (usable == operations.end())
+        return QObject::tr("нет файлов сдвига датума");
+    if (usable->isBallpark)
+        return QObject::tr("сдвиг датума неизвестен: ошибка до сотен метров");
+    if (usable->accuracyM < 0.0)
+        return QObject::tr("неизвестна");
+    return usable->accuracyM == 0.0 ? QObject::tr("без потери точности")
+                                    : QObject::tr("до %1").arg(metres(usable->accuracyM));
+}
+
+QString accuracyOf(const CoordSystemPtr &cs)
+{
+    if (cs->isNonEarth())
+        return {};
+    const CoordTransform way(cs, activeCatalogues()->latLongWgs84CoordSystem());
+    return QObject::tr("пересчёт в WGS 84: %1").arg(accuracyOf(way.operations()));
+}
+
 void setIfEmpty(QString &fact, const QString &value)
 {
     if (fact.isEmpty())
@@ -63,28 +94,37 @@ QLabel *valueLabel(QGridLayout *form, const QString &title)
     return label;
 }
 
+/// Some areas are a list of fifty countries.
+QString shortened(const QString &text)
+{
+    constexpr int most = 110;
+    return text.size() <= most ? text
+                               : text.left(most).section(QLatin1Char(' '), 0, -2) + QStringLiteral(" …");
+}
+
 QString areaOf(const SystemFacts &facts)
 {
-    const QString degrees = facts.area.isNull() ? QString() : areaText(facts.area);
-    const bool hasBoth = !facts.areaName.isEmpty() && !degrees.isEmpty();
-    return facts.areaName + (hasBoth ? QStringLiteral("\n") : QString()) + degrees;
+    QStringList lines{facts.area.isNull() ? QString() : areaText(facts.area), shortened(facts.areaName)};
+    lines.removeAll(QString());
+    return lines.join(QLatin1Char('\n'));
 }
 
 QString orDash(const QString &text) { return text.isEmpty() ? QStringLiteral("—") : text; }
 
 } // namespace
 
-void addFacts(const CoordSystem &cs, SystemFacts &facts)
+void addFacts(const CoordSystemPtr &cs, SystemFacts &facts)
 {
-    const SystemInfo info = systemInfo(cs);
+    const SystemInfo info = systemInfo(*cs);
     setIfEmpty(facts.name, info.name);
     setIfEmpty(facts.code, info.identifier);
-    facts.kind = textOr([&] { return kindOf(cs, info); });
+    facts.kind = textOr([&] { return kindOf(*cs, info); });
     facts.datum = datumOf(info);
     facts.areaName = info.areaName;
     if (facts.area.isNull())
         facts.area = info.area;
-    facts.prj = textOr([&] { return cs.prjStr(); });
+    facts.prj = textOr([&] { return cs->prjStr(); });
+    facts.accuracy = textOr([&] { return accuracyOf(cs); });
 }
 
 SystemDetails::SystemDetails(QWidget *parent)
@@ -109,7 +149,7 @@ SystemDetails::SystemDetails(QWidget *parent)
     m_prj->setTabChangesFocus(true);
     m_prj->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     m_prj->setAccessibleName(QObject::tr("Строка CoordSys"));
-    m_prj->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    m_prj->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored); // takes what the others leave
     m_prj->setMinimumHeight(m_prj->fontMetrics().lineSpacing() * 4);
     auto *title = new QLabel(QObject::tr("&Строка CoordSys:"));
     title->setBuddy(m_prj);
@@ -136,6 +176,8 @@ void SystemDetails::show(const SystemFacts &facts)
     m_kind->setText(orDash(facts.kind));
     m_datum->setText(orDash(facts.datum));
     m_area->setText(orDash(areaOf(facts)));
+    m_area->setToolTip(facts.areaName);
+    m_area->setAccessibleDescription(facts.areaName);
     m_accuracy->setText(orDash(facts.accuracy));
     m_prj->setPlainText(facts.prj);
     m_problem->setVisible(!facts.problem.isEmpty());

@@ -27,7 +27,7 @@ struct SystemFacts
 
 /// What the system itself knows. Facts that are there already stay; what cannot be told says why. Some
 /// milliseconds, up to 0.2 s for a system whose code has to be searched for. Never throws.
-void addFacts(const CoordSystem &cs, SystemFacts &facts);
+void addFacts(const CoordSystemPtr &cs, SystemFacts &facts);
 
 /// The facts as a form whose texts can be selected and read out.
 class SystemDetails : public QWidget

@@ -33,7 +33,7 @@ endif()
 
 run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/cmake -G ${GENERATOR}
     -D CMAKE_CXX_COMPILER=${COMPILER} -D CMAKE_PREFIX_PATH=${prefix}
-    -D CMAKE_CXX_FLAGS=${sanitizer} -D CMAKE_FIND_USE_PACKAGE_REGISTRY=OFF)
+    -D CMAKE_CXX_FLAGS=${sanitizer} -D WIDGETS=${WIDGETS} -D CHOOSE=${CHOOSE} -D CMAKE_FIND_USE_PACKAGE_REGISTRY=OFF)
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/cmake)
 run_consumer(${WORK_DIR}/cmake/consumer)
 
@@ -46,6 +46,13 @@ execute_process(COMMAND ${PKG_CONFIG} --variable=resourcedir nivora-cs
 run(${COMPILER} -std=c++17 ${sanitizer} "-DRESOURCES=\"${resources}\"" ${CONSUMER_DIR}/main.cpp
     -o ${WORK_DIR}/consumer-pc ${flags} "-Wl,-rpath,${prefix}/${LIBDIR}")
 run_consumer(${WORK_DIR}/consumer-pc)
+
+if(WIDGETS)
+    execute_process(COMMAND ${PKG_CONFIG} --cflags --libs nivora-cs-widgets
+        OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    separate_arguments(flags UNIX_COMMAND "${flags}")
+    run(${COMPILER} -std=c++17 ${sanitizer} ${CHOOSE} -o ${WORK_DIR}/choose-pc ${flags} "-Wl,-rpath,${prefix}/${LIBDIR}")
+endif()
 
 if(APPS)
     # The installed program finds its library and its catalogues beside itself, from any working directory and

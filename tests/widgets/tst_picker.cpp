@@ -167,6 +167,8 @@ private Q_SLOTS:
             << "CoordSys Earth Projection 99, 104" << 0 << QStringLiteral("Систему нельзя создать");
         QTest::newRow("own system that cannot be made")
             << "hopeless" << 0 << QStringLiteral("Систему нельзя создать");
+        QTest::newRow("code of a geocentric system")
+            << "EPSG:4978" << 0 << QStringLiteral("КС не имеет плановой части");
         QTest::newRow("one word too many") << "32637 qwertyq" << 0 << QStringLiteral("Без слова «qwertyq»");
     }
     void texts()
