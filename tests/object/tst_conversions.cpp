@@ -1,8 +1,6 @@
 #include <support/Support.h>
-#include <support/TestRunner.h>
 #include <transform/BothWays.h>
 
-#include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
 
 #include <cmath>
@@ -141,33 +139,26 @@ private Q_SLOTS:
 
     void normalizedText_data()
     {
-        QTest::addColumn<QString>("in");
-        QTest::addColumn<QString>("geographicOnly");
-        QTest::addColumn<QString>("always");
+        const support::Columns<QString, QString, QString> row;
         const char *zero = "+towgs84=0,0,0,0,0,0,0";
-        const auto row = [](const char *in, const QString &fixed, const QString &always) {
-            QTest::newRow(in) << QString::fromUtf8(in) << fixed << always;
-        };
-        const QString lonLat =
-            QStringLiteral("+proj=longlat +ellps=WGS84 %1 +no_defs").arg(QLatin1String(zero));
+        const QString lonLat = "+proj=longlat +ellps=WGS84 %1 +no_defs"_s.arg(QLatin1String(zero));
         row("+proj=longlat +ellps=WGS84 +no_defs", lonLat, lonLat);
-        const QString twice =
-            QStringLiteral("+proj=longlat +datum=WGS84 %1 +no_defs").arg(QLatin1String(zero));
+        const QString twice = "+proj=longlat +datum=WGS84 %1 +no_defs"_s.arg(QLatin1String(zero));
+        // clang-format off
         row("+proj=longlat +ellps=WGS84 +towgs84=0,0,0,0,0,0,0 +no_defs", twice, twice);
-        row("+proj=merc +ellps=WGS84", QStringLiteral("+proj=merc +ellps=WGS84"),
-            QStringLiteral("+proj=merc +ellps=WGS84 ") + QLatin1String(zero));
-        row("+proj=mill +R_A +towgs84=1,2,3", QStringLiteral("+proj=mill  +towgs84=1,2,3"),
-            QStringLiteral("+proj=mill  +towgs84=1,2,3"));
+        row("+proj=merc +ellps=WGS84", "+proj=merc +ellps=WGS84"_s, "+proj=merc +ellps=WGS84 "_s + QLatin1String(zero));
+        row("+proj=mill +R_A +towgs84=1,2,3", "+proj=mill  +towgs84=1,2,3"_s, "+proj=mill  +towgs84=1,2,3"_s);
+        // clang-format on
     }
     void normalizedText()
     {
-        QFETCH(QString, in);
+        const auto [in] = support::row<QString>();
         QTEST(fixedProjString(in, true), "geographicOnly");
         QTEST(fixedProjString(in, false), "always");
         bool removed = false;
-        QCOMPARE(removeHelmertFromProjString(
-                     QStringLiteral("+proj=x +nadgrids=a +towgs84=1 +geoidgrids=b +no_defs"), removed),
-                 QStringLiteral("+proj=x    +no_defs"));
+        QCOMPARE(
+            removeHelmertFromProjString("+proj=x +nadgrids=a +towgs84=1 +geoidgrids=b +no_defs"_s, removed),
+            "+proj=x    +no_defs"_s);
         QVERIFY(removed);
     }
 };

@@ -1,7 +1,4 @@
 #include <support/Support.h>
-#include <support/TestRunner.h>
-
-#include <coordsys/CoordSystem.h>
 
 using namespace nivora::cs;
 
@@ -9,11 +6,7 @@ namespace {
 
 QVariant text(const QRectF &r)
 {
-    return QStringLiteral("%1 %2 %3 %4")
-        .arg(r.x(), 0, 'g', 12)
-        .arg(r.y(), 0, 'g', 12)
-        .arg(r.width())
-        .arg(r.height());
+    return "%1 %2 %3 %4"_s.arg(r.x(), 0, 'g', 12).arg(r.y(), 0, 'g', 12).arg(r.width()).arg(r.height());
 }
 
 using Cs = const CoordSystem &;
@@ -62,7 +55,7 @@ private Q_SLOTS:
 
     void answersDoNotDependOnOrder_data()
     {
-        QTest::addColumn<QString>("system");
+        const support::Columns<QString> row;
         for (const char *system :
              {"prj:Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0", "prj:Earth Projection 1, 104",
               "epsg:32637",
@@ -75,11 +68,11 @@ private Q_SLOTS:
               "proj:+proj=laea +lat_0=90 +lon_0=0 +datum=WGS84 +units=m",
               "wkt:LOCAL_CS[\"Nonearth\",UNIT[\"Meter\",1]]",
               "prj:CoordSys Earth Projection 4, 104, 7, 90, 90, 90"})
-            QTest::newRow(system) << QString::fromUtf8(system);
+            row(system, system);
     }
     void answersDoNotDependOnOrder()
     {
-        QFETCH(QString, system);
+        const auto [system] = support::row<QString>();
         const auto factory = support::shippedFactory();
         const CoordSystemPtr warm = factory->createFromTaggedString(system);
         for (int round = 0; round < 2; ++round)
@@ -90,8 +83,8 @@ private Q_SLOTS:
             const QString first = question.ask(*fresh, factory->createFromTaggedString(system)).toString();
             QVERIFY2(!first.isEmpty(), question.name);
             const QString later = question.ask(*warm, fresh).toString();
-            QVERIFY2(first == later, qPrintable(QString::fromUtf8(question.name) + QStringLiteral(": ") +
-                                                first + QStringLiteral(" / ") + later));
+            QVERIFY2(first == later,
+                     qPrintable(QString::fromUtf8(question.name) + ": "_s + first + " / "_s + later));
         }
     }
 
@@ -101,14 +94,14 @@ private Q_SLOTS:
         QVERIFY(!cs.isRectSet() && !cs.isLatLong() && !cs.isNonEarth() && !cs.isSpecialDatum());
         QCOMPARE(cs.affineUnit().unitCode(), -1);
         QCOMPARE(cs.exportToWkt(), QString());
-        const QString text = QStringLiteral("Ошибка экспорта КС в формат proj\n");
+        const QString text = "Ошибка экспорта КС в формат proj\n"_s;
         for (const std::function<void()> &call : std::initializer_list<std::function<void()>>{
                  [&] { (void)cs.projStr(); }, [&] { (void)cs.epsg(); }, [&] { (void)cs.taggedString(); }}) {
             const QString instead = support::thrownInstead<std::logic_error>(call, text, true);
             QVERIFY2(instead.isEmpty(), qPrintable(instead));
         }
-        VERIFY_THROWS(std::logic_error, cs.getSemiMajor(), QStringLiteral("Не могу получить параметр"));
-        VERIFY_THROWS(std::logic_error, cs.getTOWGS84Params(), QStringLiteral("Не могу получить параметры"));
+        VERIFY_THROWS(std::logic_error, cs.getSemiMajor(), "Не могу получить параметр");
+        VERIFY_THROWS(std::logic_error, cs.getTOWGS84Params(), "Не могу получить параметры");
         QPointF out(1, 2);
         QVERIFY(!cs.forward(out, out));
         QVERIFY_EXCEPTION_THROWN(cs.unit(), std::exception);

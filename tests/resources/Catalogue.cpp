@@ -39,10 +39,9 @@ int sampleStep()
 
 QString summary(const QStringList &faults)
 {
-    return faults.isEmpty()
-               ? QString()
-               : QStringLiteral("%1 faults:\n%2")
-                     .arg(QString::number(faults.size()), faults.mid(0, 20).join(QLatin1Char('\n')));
+    return faults.isEmpty() ? QString()
+                            : "%1 faults:\n%2"_s.arg(QString::number(faults.size()),
+                                                     faults.mid(0, 20).join(QLatin1Char('\n')));
 }
 
 Figure::Figure(const PJ *crs)

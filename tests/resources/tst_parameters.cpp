@@ -3,7 +3,6 @@
 #include "Catalogue.h"
 
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
 #include <coordsys/ProjectionParamsManager.h>
 
@@ -37,7 +36,7 @@ Srs driverSystem(const QString &coordSys)
 /// Rotations come back in MapInfo's sign.
 Figures driverDatum(int number)
 {
-    const Srs srs = driverSystem(QStringLiteral("Earth Projection 1, %1").arg(number));
+    const Srs srs = driverSystem("Earth Projection 1, %1"_s.arg(number));
     Figures f{};
     if (!srs)
         return f;
@@ -53,7 +52,7 @@ Figures driverDatum(int number)
 /// The driver knows no such number: it falls back to WGS 84 without a word.
 bool unknownToDriver(int number)
 {
-    const Srs srs = driverSystem(QStringLiteral("Earth Projection 1, %1").arg(number));
+    const Srs srs = driverSystem("Earth Projection 1, %1"_s.arg(number));
     return !srs || (number != 104 && QByteArray(OSRGetAttrValue(srs.get(), "DATUM", 0)) == "WGS_1984" &&
                     QByteArray(OSRGetAttrValue(srs.get(), "SPHEROID", 0)) == "WGS 84");
 }
@@ -82,7 +81,7 @@ void TestParameters::numbersOfTheDriver()
     // 161 and 1017 come with an ellipsoid that the driver does not know.
     const QSet<int> leftOut{161, 1017};
     ProjectionParamsManager params;
-    QVERIFY(params.initFromXML(support::resources(), QStringLiteral("en")));
+    QVERIFY(params.initFromXML(support::resources(), "en"_s));
     QStringList faults;
     CPLPushErrorHandler(CPLQuietErrorHandler);
     for (int number = 0; number < 1200; ++number)
@@ -99,7 +98,7 @@ void TestParameters::numbersOfTheDriver()
 void TestParameters::figuresOfTheDriver()
 {
     QStringList faults;
-    for (const auto &language : {QStringLiteral("ru"), QStringLiteral("en")}) {
+    for (const auto &language : {"ru"_s, "en"_s}) {
         ProjectionParamsManager params;
         QVERIFY(params.initFromXML(support::resources(), language));
         for (const auto &datum : params.datums()) {
@@ -120,14 +119,13 @@ void TestParameters::figuresOfTheDriver()
                 const double tolerance = i < 2 ? sameAxis * file[i] : sameFigure;
                 const bool lost = datum->id == 1031 && i >= 2;
                 if (!lost && !(std::fabs(file[i] - driver[i]) <= tolerance))
-                    faults << QStringLiteral("datum %1, figure %2: %3, driver %4")
-                                  .arg(datum->id)
+                    faults << "datum %1, figure %2: %3, driver %4"_s.arg(datum->id)
                                   .arg(i)
                                   .arg(file[i], 0, 'g', 15)
                                   .arg(driver[i], 0, 'g', 15);
             }
             if (datum->name.isEmpty())
-                faults << QStringLiteral("datum %1 has no name").arg(datum->id);
+                faults << "datum %1 has no name"_s.arg(datum->id);
         }
     }
     QVERIFY2(faults.isEmpty(), qPrintable(summary(faults)));
@@ -158,13 +156,13 @@ void TestParameters::units()
             QVERIFY(unit->isDegree());
             continue;
         }
-        const Srs srs = driverSystem(QStringLiteral("NonEarth Units \"%1\"").arg(unit->name()));
+        const Srs srs = driverSystem("NonEarth Units \"%1\""_s.arg(unit->name()));
         // The driver takes an unknown name for metres.
         const double factor = srs ? OSRGetLinearUnits(srs.get(), nullptr) : 0.0;
         if (!(std::fabs(factor - unit->conversion()) <= 1e-12 * factor) || unit->localizedName().isEmpty())
             faults << unit->name();
         if (params->areaUnitByID(unit->id, std::nothrow))
-            faults << QStringLiteral("code %1 is a length and an area").arg(unit->id);
+            faults << "code %1 is a length and an area"_s.arg(unit->id);
     }
     QVERIFY2(faults.isEmpty(), qPrintable(summary(faults)));
 }

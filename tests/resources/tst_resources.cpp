@@ -3,10 +3,8 @@
 #include "Catalogue.h"
 
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
 #include <coordsys/CoordSysRect.h>
-#include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemParams.h>
 #include <coordsys/MapinfoCoordSystem.h>
 
@@ -58,7 +56,7 @@ std::vector<CoordSystemParams> entries(const QString &language)
 std::map<QStringList, std::vector<CoordSystemParams>> groups()
 {
     std::map<QStringList, std::vector<CoordSystemParams>> all;
-    for (const CoordSystemParams &entry : entries(QStringLiteral("en")))
+    for (const CoordSystemParams &entry : entries("en"_s))
         all[entry.params].push_back(entry);
     return all;
 }
@@ -66,8 +64,7 @@ std::map<QStringList, std::vector<CoordSystemParams>> groups()
 /// The name that \p name is a twin of: with the axes turned, or on a realization of NAD83.
 QString plain(QString name)
 {
-    static const QRegularExpression twin(
-        QStringLiteral(" \\((z?E-?,?N|N-?,?z?E|lon-lat)\\)|(?<=NAD83)\\(.*?\\)(v\\d)?"));
+    static const QRegularExpression twin(" \\((z?E-?,?N|N-?,?z?E|lon-lat)\\)|(?<=NAD83)\\(.*?\\)(v\\d)?"_s);
     return name.remove(twin);
 }
 
@@ -93,7 +90,7 @@ Exception exceptionFor(int epsg, const QString &name)
     Exception exception;
     // EPSG flattens Xian 1980 by 1/298.257, MapInfo's ellipsoid 31 by 1/298.257222: 15.9 mm in the semi-minor
     // axis, up to 18.9 mm in the plane.
-    if (name.contains(QLatin1String("Xian 1980")) || name.contains(QLatin1String("Сиань 1980"))) {
+    if (name.contains("Xian 1980"_s) || name.contains("Сиань 1980"_s)) {
         exception.plane = 0.019;
         exception.semiMinor = 0.016;
     }
@@ -128,18 +125,18 @@ void TestResources::initTestCase() { QVERIFY(support::shippedFactory()); }
 void TestResources::headings()
 {
     // The reader tells the encoding by the first line alone.
-    QCOMPARE(firstLine(QStringLiteral("projections_ru.prj")), QByteArray("\"---Долгота / Широта---\""));
-    QCOMPARE(firstLine(QStringLiteral("projections_en.prj")), QByteArray("\"---Longitude / Latitude---\""));
+    QCOMPARE(firstLine("projections_ru.prj"_s), QByteArray("\"---Долгота / Широта---\""));
+    QCOMPARE(firstLine("projections_en.prj"_s), QByteArray("\"---Longitude / Latitude---\""));
 }
 
 void TestResources::languagesAgree()
 {
-    const auto ru = categories(QStringLiteral("ru"));
-    const auto en = categories(QStringLiteral("en"));
+    const auto ru = categories("ru"_s);
+    const auto en = categories("en"_s);
     QCOMPARE(ru.size(), en.size());
     // What start-up looks up must not cost the building of a thousand entries.
-    QCOMPARE(ru.first().entries[0].asPrjString(), QStringLiteral("Earth Projection 1,104"));
-    QCOMPARE(ru.first().entries[1].asPrjString(), QStringLiteral("Earth Projection 1,0"));
+    QCOMPARE(ru.first().entries[0].asPrjString(), "Earth Projection 1,104"_s);
+    QCOMPARE(ru.first().entries[1].asPrjString(), "Earth Projection 1,0"_s);
     for (int c = 0; c < ru.size(); ++c) {
         QCOMPARE(ru[c].entries.size(), en[c].entries.size());
         for (int i = 0; i < ru[c].entries.size(); ++i) {
@@ -151,8 +148,7 @@ void TestResources::languagesAgree()
 
 void TestResources::everydaySystemFirst_data()
 {
-    QTest::addColumn<QVector<int>>("codes"); // of one text; the first is the everyday one
-    const auto row = [](const char *name, const QVector<int> &codes) { QTest::newRow(name) << codes; };
+    const support::Columns<QVector<int>> row; // codes: of one text; the first is the everyday one
     row("axes turned", {25832, 3044});
     row("axes turned, zone in the easting", {4647, 5652});
     row("plain before easting first", {31467, 5677});
@@ -173,7 +169,7 @@ void TestResources::everydaySystemFirst_data()
 
 void TestResources::everydaySystemFirst()
 {
-    QFETCH(QVector<int>, codes);
+    const auto [codes] = support::row<QVector<int>>();
     for (const auto &[params, group] : groups()) {
         const auto last = std::find_if(group.begin(), group.end(),
                                        [&](const auto &entry) { return entry.epsg() == codes.last(); });
@@ -206,8 +202,7 @@ void TestResources::twinsInOrder()
         // Only the text that belongs to no country leads with a name of its own.
         const bool coded =
             std::any_of(group.begin(), group.end(), [](const auto &e) { return e.epsg() > 0; });
-        if (coded && group.front().epsg() <= 0 &&
-            params != QStringList{QStringLiteral("1"), QStringLiteral("33")})
+        if (coded && group.front().epsg() <= 0 && params != QStringList{"1"_s, "33"_s})
             faults << group.front().name();
     }
     QVERIFY2(faults.isEmpty(), qPrintable(summary(faults)));
@@ -217,20 +212,20 @@ void TestResources::twinsInOrder()
 /// Beside Cyrillic letters only codes (no two small letters together) and proper names of datums are Latin.
 void TestResources::namesAreUniqueAndOfOneLanguage()
 {
-    static const QRegularExpression cyrillic(QStringLiteral("[А-яЁё]"));
-    static const QRegularExpression word(QStringLiteral("[a-z]{2}"));
-    static const QRegularExpression common(QStringLiteral(
+    static const QRegularExpression cyrillic("[А-яЁё]"_s);
+    static const QRegularExpression word("[a-z]{2}"_s);
+    static const QRegularExpression common(
         "\\b(Islands?|North|South|East|West|Central|Old|New|Datum|System|Grid|Zone|Belt|Valley|Gulf|"
-        "Lighthouse|Corrected|Antarctic|Indian|Korean|lon-lat|extended|accurate)\\b"));
-    const auto ru = entries(QStringLiteral("ru"));
-    const auto en = entries(QStringLiteral("en"));
+        "Lighthouse|Corrected|Antarctic|Indian|Korean|lon-lat|extended|accurate)\\b"_s);
+    const auto ru = entries("ru"_s);
+    const auto en = entries("en"_s);
     QStringList faults;
     QSet<QString> russian, english;
     int code = 0; // a second entry without one follows the first
     for (std::size_t i = 0; i < ru.size(); ++i) {
         QString name = ru[i].name();
         if (russian.contains(name) || english.contains(en[i].name()))
-            faults << QStringLiteral("twice: ") + name;
+            faults << "twice: "_s + name;
         russian << name;
         english << en[i].name();
         code = ru[i].epsg() > 0 ? ru[i].epsg() : code;
@@ -247,7 +242,7 @@ void TestResources::namesAreUniqueAndOfOneLanguage()
 void TestResources::everyEntryBuilds()
 {
     const QTemporaryDir userDir;
-    for (const auto &language : {QStringLiteral("ru"), QStringLiteral("en")}) {
+    for (const auto &language : {"ru"_s, "en"_s}) {
         CoordSysFactory factory(support::resources(), QDir(userDir.path()), language);
         QVERIFY(factory.initCoordSystemEnvironment());
         QStringList faults;
@@ -257,15 +252,15 @@ void TestResources::everyEntryBuilds()
             const int code = item.entry.epsg();
             try {
                 if (!factory.mapinfoCoordSystem()->getProj(item.category, item.index))
-                    faults << item.entry.name() + QStringLiteral(": null");
+                    faults << item.entry.name() + ": null"_s;
             } catch (const std::exception &e) {
-                faults << item.entry.name() + QStringLiteral(": ") + QString::fromUtf8(e.what());
+                faults << item.entry.name() + ": "_s + QString::fromUtf8(e.what());
             }
             if (code > 0 && codes.contains(code))
-                faults << QStringLiteral("code %1 stands twice").arg(code);
+                faults << "code %1 stands twice"_s.arg(code);
             codes << code;
         }
-        faults << support::LogCapture::lines(QStringLiteral("error"));
+        faults << support::LogCapture::lines("error"_s);
         QVERIFY2(faults.isEmpty(), qPrintable(summary(faults)));
         QVERIFY(codes.size() > 5000);
     }
@@ -284,22 +279,20 @@ void TestResources::codesMeanWhatTheySay()
         const CoordSystemPtr cs =
             support::shippedFactory()->mapinfoCoordSystem()->getProj(item.category, item.index);
         if (definition.isProjected() == cs->isLatLong())
-            faults << name + QStringLiteral(": another kind of system");
-        const Pj built(
-            proj_create(nullptr, (cs->projStr() + QStringLiteral(" +type=crs")).toUtf8().constData()),
-            proj_destroy);
+            faults << name + ": another kind of system"_s;
+        const Pj built(proj_create(nullptr, (cs->projStr() + " +type=crs"_s).toUtf8().constData()),
+                       proj_destroy);
         const Figure figure(built.get());
         const Figure &expectedFigure = definition.figure;
         if (!exception.otherFigure &&
             !(std::fabs(figure.semiMajor - expectedFigure.semiMajor) <= sameAxis &&
               std::fabs(figure.semiMinor - expectedFigure.semiMinor) <= exception.semiMinor))
-            faults << QStringLiteral("%1: axes %2 %3, EPSG %4 %5")
-                          .arg(name, QString::number(figure.semiMajor, 'f', 4),
-                               QString::number(figure.semiMinor, 'f', 4),
-                               QString::number(expectedFigure.semiMajor, 'f', 4),
-                               QString::number(expectedFigure.semiMinor, 'f', 4));
+            faults << "%1: axes %2 %3, EPSG %4 %5"_s.arg(name, QString::number(figure.semiMajor, 'f', 4),
+                                                         QString::number(figure.semiMinor, 'f', 4),
+                                                         QString::number(expectedFigure.semiMajor, 'f', 4),
+                                                         QString::number(expectedFigure.semiMinor, 'f', 4));
         if (!(std::fabs(figure.primeMeridian - expectedFigure.primeMeridian) <= sameMeridian))
-            faults << QStringLiteral("%1: meridian %2").arg(name).arg(figure.primeMeridian);
+            faults << "%1: meridian %2"_s.arg(name).arg(figure.primeMeridian);
         if (!definition.isProjected())
             continue;
         for (const QPointF &lonLat : definition.grid()) {
@@ -310,7 +303,7 @@ void TestResources::codesMeanWhatTheySay()
             const bool ok = cs->forward(lonLat, got);
             const QPointF off = got * definition.metresPerUnit - expected;
             if (!ok || !(std::hypot(off.x(), off.y()) <= exception.plane))
-                faults << QStringLiteral("%1: %2 m").arg(name, QString::number(std::hypot(off.x(), off.y())));
+                faults << "%1: %2 m"_s.arg(name, QString::number(std::hypot(off.x(), off.y())));
             ++compared;
         }
     }
@@ -327,14 +320,14 @@ void TestResources::boundsHoldTheArea()
         const CoordSystemPtr cs = support::shippedFactory()->mapinfoCoordSystem()->getProj(category, index);
         const QRectF rect = support::shippedFactory()->coordSysRect()->rect(cs);
         if (!(rect.width() > 0.0 && rect.height() > 0.0))
-            faults << entry.name() + QStringLiteral(": empty");
+            faults << entry.name() + ": empty"_s;
         if (entry.epsg() <= 0 || cs->isLatLong())
             continue;
         const Definition definition(entry.epsg());
         const QPointF centre = definition.centre();
         const double off = std::remainder(centre.x() - cs->longitudeOfCenter(), 360.0);
         if (definition.east - definition.west > 60.0 ||
-            (entry.params[0] == QLatin1String("8") && std::fabs(off) > halfZone))
+            (entry.params[0] == "8"_s && std::fabs(off) > halfZone))
             continue;
         QPointF middle;
         if (!cs->forward(centre, middle) || !rect.contains(middle))
@@ -359,18 +352,17 @@ void TestResources::boundsOfKnownGrids()
 
 void TestResources::oracleNumbers()
 {
-    QFile file(support::resources().filePath(QStringLiteral("OracleSRID.xml")));
+    QFile file(support::resources().filePath("OracleSRID.xml"_s));
     QVERIFY(file.open(QIODevice::ReadOnly));
     QDomDocument document;
     QVERIFY(document.setContent(&file));
     QHash<int, QString> texts;
     for (QDomElement e = document.documentElement().firstChildElement(); !e.isNull();
          e = e.nextSiblingElement())
-        texts.insert(e.attribute(QStringLiteral("srid")).toInt(), e.attribute(QStringLiteral("mbproj")));
+        texts.insert(e.attribute("srid"_s).toInt(), e.attribute("mbproj"_s));
     QStringList faults;
     for (const Item &item : catalogue::items())
-        if (item.entry.epsg() > 0 &&
-            texts.take(item.entry.epsg()) != item.entry.params.join(QStringLiteral(", ")))
+        if (item.entry.epsg() > 0 && texts.take(item.entry.epsg()) != item.entry.params.join(", "_s))
             faults << item.entry.name();
     // What is left are the numbers from before the numbering followed EPSG.
     for (auto it = texts.cbegin(); it != texts.cend(); ++it)

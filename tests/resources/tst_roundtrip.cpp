@@ -4,9 +4,7 @@
 #include "Published.h"
 
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
-#include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjectionParamsManager.h>
@@ -34,14 +32,14 @@ QString otherDatum(const TABProjInfo_t &a, const TABProjInfo_t &b)
 {
     constexpr double sameFigure = 1e-9; // metres, arc-seconds, ppm, degrees: both texts have the same digits
     if (a.nDatumId != b.nDatumId)
-        return QStringLiteral("datum %1 became %2").arg(a.nDatumId).arg(b.nDatumId);
+        return "datum %1 became %2"_s.arg(a.nDatumId).arg(b.nDatumId);
     if (a.nEllipsoidId != b.nEllipsoidId)
-        return QStringLiteral("ellipsoid %1 became %2").arg(a.nEllipsoidId).arg(b.nEllipsoidId);
+        return "ellipsoid %1 became %2"_s.arg(a.nEllipsoidId).arg(b.nEllipsoidId);
     double off = std::fabs(a.dDatumShiftX - b.dDatumShiftX) + std::fabs(a.dDatumShiftY - b.dDatumShiftY) +
                  std::fabs(a.dDatumShiftZ - b.dDatumShiftZ);
     for (int i = 0; i < 5; ++i)
         off += std::fabs(a.adDatumParams[i] - b.adDatumParams[i]);
-    return off <= sameFigure ? QString() : QStringLiteral("the shift differs");
+    return off <= sameFigure ? QString() : "the shift differs"_s;
 }
 
 /// Worst distance in the plane over the area of a code, metres; infinite when only one of them has a value.
@@ -93,15 +91,15 @@ void TestRoundTrip::cataloguedCodesKeepPlaneAndDatum()
             QString fault = otherDatum(converter.prjStrToTABProjInfo(item.entry.asPrjString()),
                                        converter.prjStrToTABProjInfo(text));
             if (fault.isEmpty() && made->isLatLong() != read->isLatLong())
-                fault = QStringLiteral("another kind of system");
+                fault = "another kind of system"_s;
             const double off = made->isLatLong() ? 0.0 : farthest(*made, *read, Definition(code));
-            const bool isXian = made->description().contains(QLatin1String("1980"));
+            const bool isXian = made->description().contains("1980"_s);
             if (fault.isEmpty() && !(off <= (isXian ? sameOnXian : samePlace)))
-                fault = QStringLiteral("%1 m off").arg(off);
+                fault = "%1 m off"_s.arg(off);
             if (!fault.isEmpty())
-                faults << QStringLiteral("%1: %2: %3").arg(QString::number(code), fault, text);
+                faults << "%1: %2: %3"_s.arg(QString::number(code), fault, text);
         } catch (const std::exception &e) {
-            faults << QStringLiteral("%1: %2").arg(QString::number(code), QString::fromUtf8(e.what()));
+            faults << "%1: %2"_s.arg(QString::number(code), QString::fromUtf8(e.what()));
         }
     }
     QVERIFY2(faults.isEmpty(), qPrintable(summary(faults)));
@@ -136,7 +134,7 @@ void TestRoundTrip::otherCodesClaimNoWrongDatum()
                 ++refused; // no text, hence no claim
                 continue;
             }
-            if (!support::LogCapture::lines(QStringLiteral("error")).isEmpty()) {
+            if (!support::LogCapture::lines("error"_s).isEmpty()) {
                 ++told;
                 continue;
             }
@@ -146,8 +144,8 @@ void TestRoundTrip::otherCodesClaimNoWrongDatum()
         const catalogue::Distances off = catalogue::distances(read, definition, operations);
         // 3785 is the web Mercator under its first number: on a sphere, by the angles of WGS 84.
         if (operations.empty() ? codes[i] != 3785 : !(off.best <= farOff))
-            faults << QStringLiteral("%1: %2 m: %3")
-                          .arg(QString::number(codes[i]), QString::number(off.best), read->prjStr());
+            faults << "%1: %2 m: %3"_s.arg(QString::number(codes[i]), QString::number(off.best),
+                                           read->prjStr());
     }
     QVERIFY(told > refused);
     QVERIFY2(faults.isEmpty(), qPrintable(summary(faults)));

@@ -1,5 +1,4 @@
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/MapinfoSearch.h>
@@ -20,34 +19,32 @@ private Q_SLOTS:
         QVERIFY(m_factory = support::shippedFactory());
         m_search = std::make_unique<MapinfoSearch>(*m_factory->mapinfoCoordSystem());
         MapinfoCoordSystem english([](const QString &) { return CoordSystemPtr(); });
-        english.loadFromPRJ(support::resources(), QStringLiteral("en"));
+        english.loadFromPRJ(support::resources(), "en"_s);
         m_search->addNames(english);
-        QVERIFY(m_search->loadPlaces(QFileInfo(support::resources(), QStringLiteral("places.tsv"))) > 200);
+        QVERIFY(m_search->loadPlaces(QFileInfo(support::resources(), "places.tsv"_s)) > 200);
     }
 
     void words_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("firstCode");
-        QTest::newRow("a code alone") << "32637" << 32637;
-        QTest::newRow("a code that is part of an earlier one") << "2601" << 2601; // 32601
-        QTest::newRow("words in any order, Cyrillic, capitals") << "ЗОНА крюгера 42 28407" << 28407;
-        QTest::newRow("punctuation is a blank") << "utm,37; 32637" << 32637;
-        QTest::newRow("accents do not count") << "LA\u0301MBERT RGF93 2154" << 2154;
-        QTest::newRow("letters and digits run together") << "wgs84" << 4326;
-        QTest::newRow("the other language") << "longitude pulkovo 4284" << 4284;
-        QTest::newRow("words of both languages") << "Pulkovo зона Gauss 28407" << 28407;
-        QTest::newRow("what is in use in a town") << "лондон национальная" << 27700;
-        QTest::newRow("the longest name of a town") << "нижний новгород ск-95 3°" << 2649;
-        QTest::newRow("a town that the catalogue names") << "Berlin Soldner" << 3068;
-        QTest::newRow("nothing of the kind") << "qqqq" << -1;
-        QTest::newRow("no words") << " -- " << -1;
-        QTest::newRow("empty") << "" << -1;
+        const support::Columns<QString, int> row;
+        row("a code alone", "32637", 32637);
+        row("a code that is part of an earlier one", "2601", 2601); // 32601
+        row("words in any order, Cyrillic, capitals", "ЗОНА крюгера 42 28407", 28407);
+        row("punctuation is a blank", "utm,37); 32637" << 32637;
+        row("accents do not count", "LA\u0301MBERT RGF93 2154", 2154);
+        row("letters and digits run together", "wgs84", 4326);
+        row("the other language", "longitude pulkovo 4284", 4284);
+        row("words of both languages", "Pulkovo зона Gauss 28407", 28407);
+        row("what is in use in a town", "лондон национальная", 27700);
+        row("the longest name of a town", "нижний новгород ск-95 3°", 2649);
+        row("a town that the catalogue names", "Berlin Soldner", 3068);
+        row("nothing of the kind", "qqqq", -1);
+        row("no words", " -- ", -1);
+        row("empty", "", -1);
     }
     void words()
     {
-        QFETCH(QString, text);
-        QFETCH(int, firstCode);
+        const auto [text, firstCode] = support::row<QString, int>();
         const auto hits = m_search->find(text, 5);
         QCOMPARE(hits.isEmpty() ? -1 : hits.first().epsg, firstCode);
         QVERIFY(hits.size() <= 5);
@@ -56,7 +53,7 @@ private Q_SLOTS:
 
     void everyWordIsHeld()
     {
-        const auto hits = m_search->find(QStringLiteral("UTM юЖн 3"), 1000);
+        const auto hits = m_search->find("UTM юЖн 3"_s, 1000);
         QVERIFY(hits.size() > 20);
         for (const MapinfoSearch::Hit &hit : hits) {
             const QString all = hit.name + hit.category + QString::number(hit.epsg);
@@ -67,18 +64,16 @@ private Q_SLOTS:
 
     void places_data()
     {
-        QTest::addColumn<QPointF>("lonLat");
-        QTest::addColumn<int>("code");
-        QTest::newRow("Moscow: UTM zone 37") << QPointF(37.6, 55.8) << 32637;
-        QTest::newRow("Fiji: map grid, west of 180") << QPointF(178.2, -17.8) << 3460;
-        QTest::newRow("Fiji: map grid, east of 180") << QPointF(-179.5, -17.8) << 3460;
-        QTest::newRow("the same written beyond 180") << QPointF(180.5, -17.8) << 3460;
-        QTest::newRow("London: British grid") << QPointF(-0.1, 51.5) << 27700;
+        const support::Columns<QPointF, int> row;
+        row("Moscow: UTM zone 37", QPointF(37.6, 55.8), 32637);
+        row("Fiji: map grid, west of 180", QPointF(178.2, -17.8), 3460);
+        row("Fiji: map grid, east of 180", QPointF(-179.5, -17.8), 3460);
+        row("the same written beyond 180", QPointF(180.5, -17.8), 3460);
+        row("London: British grid", QPointF(-0.1, 51.5), 27700);
     }
     void places()
     {
-        QFETCH(QPointF, lonLat);
-        QFETCH(int, code);
+        const auto [lonLat, code] = support::row<QPointF, int>();
         const auto hits = m_search->at(lonLat, 100000);
         bool found = false;
         double last = 0.0;
@@ -102,15 +97,14 @@ private Q_SLOTS:
     void brokenPlaces()
     {
         const support::ResourceCopy copy;
-        copy.write(QStringLiteral("places.tsv"),
-                   "# lon\tlat\tnames\n28.33\t57.82\tPlace one;P1\nx\t1\tPlace two\n"
-                   "1\t2\n\n3\t4\t;\n-0.1\t51.5\tPlace three");
+        copy.write("places.tsv"_s, "# lon\tlat\tnames\n28.33\t57.82\tPlace one;P1\nx\t1\tPlace two\n"
+                                   "1\t2\n\n3\t4\t;\n-0.1\t51.5\tPlace three");
         MapinfoSearch search(*m_factory->mapinfoCoordSystem());
-        QCOMPARE(search.loadPlaces(QFileInfo(copy.dir(), QStringLiteral("places.tsv"))), 3);
-        QCOMPARE(search.find(QStringLiteral("place one 32635"), 1).value(0).epsg, 32635);
-        QVERIFY(search.find(QStringLiteral("place two"), 1).isEmpty());
-        QCOMPARE(search.find(QStringLiteral("place three 27700"), 1).value(0).epsg, 27700);
-        QCOMPARE(search.loadPlaces(QFileInfo(copy.dir(), QStringLiteral("none"))), -1);
+        QCOMPARE(search.loadPlaces(QFileInfo(copy.dir(), "places.tsv"_s)), 3);
+        QCOMPARE(search.find("place one 32635"_s, 1).value(0).epsg, 32635);
+        QVERIFY(search.find("place two"_s, 1).isEmpty());
+        QCOMPARE(search.find("place three 27700"_s, 1).value(0).epsg, 27700);
+        QCOMPARE(search.loadPlaces(QFileInfo(copy.dir(), "none"_s)), -1);
     }
 
 private:

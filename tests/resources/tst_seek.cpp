@@ -1,9 +1,7 @@
 #include "Catalogue.h"
 
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
-#include <coordsys/CoordSystem.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjLibMetadata.h>
 
@@ -133,15 +131,14 @@ void TestSeek::strangers()
     for (const Item &item : catalogue::items(16 * catalogue::sampleStep())) {
         QStringList params = item.entry.params;
         const int changed = asked++ % params.size();
-        if (changed >= 2 && params.at(0) != QLatin1String("0")) {
+        if (changed >= 2 && params.at(0) != "0"_s) {
             bool isNumber = false;
             const double number = params.at(changed).toDouble(&isNumber);
             if (isNumber)
                 params[changed] = QString::number(number + 1.0, 'g', 15);
         }
         try {
-            faults << compare(
-                m_factory->createWithoutDescription(prjFromParams(params, QStringLiteral(", "))));
+            faults << compare(m_factory->createWithoutDescription(prjFromParams(params, ", "_s)));
         } catch (const std::exception &) {
             // a parameter that makes no system
         }
@@ -151,7 +148,7 @@ void TestSeek::strangers()
     }
     for (const char *unit : {"m", "survey ft", "li"})
         faults << compare(m_factory->createWithoutDescription(
-            QStringLiteral("NonEarth Units \"%1\" Bounds (0, 0) (7, 7)").arg(QLatin1String(unit))));
+            "NonEarth Units \"%1\" Bounds (0, 0) (7, 7)"_s.arg(QLatin1String(unit))));
     faults.removeAll(QString());
     QVERIFY2(faults.isEmpty(), qPrintable(catalogue::summary(faults)));
     QVERIFY2(m_missed > asked / 2, qPrintable(QString::number(m_missed)));
@@ -172,7 +169,7 @@ void TestSeek::codes()
 void TestSeek::editedByAHost()
 {
     const support::ResourceCopy copy;
-    QFile shipped(support::resources().filePath(QStringLiteral("projection_en.xml")));
+    QFile shipped(support::resources().filePath("projection_en.xml"_s));
     QVERIFY(shipped.open(QIODevice::ReadOnly));
     QString xml = QString::fromUtf8(shipped.readAll());
     const auto edit = [&xml](const char *pattern, const char *text) {
@@ -184,30 +181,28 @@ void TestSeek::editedByAHost()
     QVERIFY(edit("<datum id=\"62\"[^>]*/>", ""));
     QVERIFY(edit("(<ellipsoid id=\"3\"[^>]* semi_major=)\"[^\"]*\"", "\\1\"nan\""));
     QVERIFY(edit("(name_mi=\"km\"[^>]* conv=)\"1000\"", "\\1\"999\""));
-    copy.write(QStringLiteral("projection_en.xml"), xml.toUtf8());
-    const QStringList texts = {QStringLiteral("8, 1001, 7, 39, 0, 1, 7500000, 0"),
-                               QStringLiteral("1, 1001"),
-                               QStringLiteral("8, 62, 7, 39, 0, 1, 7500000, 0"),
-                               QStringLiteral("8, 1001, 1, 39, 0, 1, 7500, 0"),
-                               QStringLiteral("8, 104, 7, nan, 0, 1, inf, 1e300"),
-                               QStringLiteral("8, 104, 7, 39, 0, 1, 1e300, 0"),
-                               QStringLiteral("8, 999, 3, 1, 2, 3, 7, 39, 0, 1, 0, 0"),
-                               QStringLiteral("8, 104, \"km\", 39, 0, 1, 500, 0"),
-                               QStringLiteral("7, 104, 7, 115, 4, 53.31582, 53.1, 0.99984, 0, 0"),
-                               QStringLiteral("99, nonsense"),
-                               QStringLiteral("8, 9999, 3, 1, 2, 3, 0, 0, 0, 0, 0, 7, 39, 0, 1, 0, 0"),
-                               QStringLiteral("0, 7"),
-                               QStringLiteral("3, 62, 8, -120.5, 41.67, 43.33, 45.5, 4921250.000000, 0"),
-                               QStringLiteral("1, 104")};
-    QString catalogue = QStringLiteral("\"--- A host's ---\"\n");
+    copy.write("projection_en.xml"_s, xml.toUtf8());
+    const QStringList texts = {"8, 1001, 7, 39, 0, 1, 7500000, 0"_s,
+                               "1, 1001"_s,
+                               "8, 62, 7, 39, 0, 1, 7500000, 0"_s,
+                               "8, 1001, 1, 39, 0, 1, 7500, 0"_s,
+                               "8, 104, 7, nan, 0, 1, inf, 1e300"_s,
+                               "8, 104, 7, 39, 0, 1, 1e300, 0"_s,
+                               "8, 999, 3, 1, 2, 3, 7, 39, 0, 1, 0, 0"_s,
+                               "8, 104, \"km\", 39, 0, 1, 500, 0"_s,
+                               "7, 104, 7, 115, 4, 53.31582, 53.1, 0.99984, 0, 0"_s,
+                               "99, nonsense"_s,
+                               "8, 9999, 3, 1, 2, 3, 0, 0, 0, 0, 0, 7, 39, 0, 1, 0, 0"_s,
+                               "0, 7"_s,
+                               "3, 62, 8, -120.5, 41.67, 43.33, 45.5, 4921250.000000, 0"_s,
+                               "1, 104"_s};
+    QString catalogue = "\"--- A host's ---\"\n"_s;
     for (const QString &text : texts)
-        catalogue += QStringLiteral("\"%1\", %1\n")
-                         .arg(text)
-                         .replace(QStringLiteral("\"km\"\","), QStringLiteral("km\","));
-    copy.write(QStringLiteral("projections_en.prj"), catalogue.toUtf8());
+        catalogue += "\"%1\", %1\n"_s.arg(text).replace("\"km\"\","_s, "km\","_s);
+    copy.write("projections_en.prj"_s, catalogue.toUtf8());
 
     const support::DefaultFactoryKeeper keeper;
-    const auto host = std::make_shared<CoordSysFactory>(copy.dir(), copy.dir(), QStringLiteral("en"));
+    const auto host = std::make_shared<CoordSysFactory>(copy.dir(), copy.dir(), "en"_s);
     CoordSysFactory::setDefaultCoordSysFactory(host);
     QVERIFY(host->initCoordSystemEnvironment());
     const auto list = host->mapinfoCoordSystem();

@@ -1,7 +1,5 @@
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
-#include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
 
 #include <cmath>
@@ -38,13 +36,13 @@ QString marksOf(const GeographicBounds &bounds)
 {
     QStringList marks;
     if (bounds.crossesAntimeridian())
-        marks << QStringLiteral("180");
+        marks << "180"_s;
     if (bounds.isAllAround())
-        marks << QStringLiteral("around");
+        marks << "around"_s;
     if (bounds.hasNorthPole)
-        marks << QStringLiteral("N");
+        marks << "N"_s;
     if (bounds.hasSouthPole)
-        marks << QStringLiteral("S");
+        marks << "S"_s;
     return marks.join(QLatin1Char(' '));
 }
 
@@ -58,41 +56,32 @@ private Q_SLOTS:
 
     void bounds_data()
     {
-        QTest::addColumn<QString>("system");
-        QTest::addColumn<QRectF>("planar");
-        QTest::addColumn<QString>("marks");
-        const auto row = [](const char *name, const char *system, const QRectF &planar, const char *marks) {
-            QTest::newRow(name) << QString::fromLatin1(system) << planar << QString::fromLatin1(marks);
-        };
+        const support::Columns<QString, QRectF, QString> row;
         const double world = 20037508.342789244; // half the equator of WGS 84 in metres
+        // clang-format off
         row("Moscow: nothing special", "EPSG:32637", {400000, 6100000, 100000, 100000}, "");
         row("Fiji: map grid on both sides of 180", "EPSG:3460", {1800000, 3700000, 700000, 600000}, "180");
         row("Chukotka: UTM zone 60 reaches over 180", "EPSG:32660", {400000, 7200000, 400000, 700000}, "180");
-        row("Fiji in the last UTM zone, this side of 180", "EPSG:32760", {400000, 7900000, 200000, 200000},
-            "");
+        row("Fiji in the last UTM zone, this side of 180", "EPSG:32760", {400000, 7900000, 200000, 200000}, "");
         row("north pole inside", "EPSG:3576", {-2e6, -2e6, 4e6, 4e6}, "around N");
         row("north pole near a corner", "EPSG:32661", {1990000, 1990000, 500000, 500000}, "around N");
         row("south pole inside", "EPSG:3031", {-2e6, -2e6, 4e6, 4e6}, "around S");
         row("beside the north pole", "EPSG:3576", {-3e5, 5e5, 6e5, 5e5}, "");
-        row("the world in Mercator has no poles", "EPSG:3857", {-world, -world, 2 * world, 2 * world},
-            "around");
+        row("the world in Mercator has no poles", "EPSG:3857", {-world, -world, 2 * world, 2 * world}, "around");
         row("the world in an equidistant cylinder has both", "proj4:+proj=eqc +datum=WGS84",
             {-world, -world / 2, 2 * world, world}, "around N S");
         row("a pole in the corner leaves a quarter", "EPSG:3576", {0, 0, 2e6, 2e6}, "N");
         row("far larger than the world", "EPSG:32637", {-1e9, -1e9, 2e9, 2e9}, "around N S");
         row("beyond the edge of the disk", "EPSG:3408", {8e6, -3e6, 9e6, 5e6}, "S");
-        row("conic across 180", "proj4:+proj=aea +lat_1=50 +lat_2=70 +lon_0=170 +datum=WGS84",
-            {-1e6, 5e6, 4e6, 2e6}, "180");
-        row("half a world of another meridian", "proj4:+proj=robin +lon_0=150 +datum=WGS84",
-            {0, -5e6, 3e7, 6e6}, "180");
-        row("longitude beyond 180 on another datum", "prj:Earth Projection 1, 1001", {170, -20, 20, 10},
-            "180");
+        row("conic across 180", "proj4:+proj=aea +lat_1=50 +lat_2=70 +lon_0=170 +datum=WGS84", {-1e6, 5e6, 4e6, 2e6}, "180");
+        row("half a world of another meridian", "proj4:+proj=robin +lon_0=150 +datum=WGS84", {0, -5e6, 3e7, 6e6}, "180");
+        row("longitude beyond 180 on another datum", "prj:Earth Projection 1, 1001", {170, -20, 20, 10}, "180");
         row("longitude beyond 180 runs on", "prj:Earth Projection 1, 104", {170, -20, 20, 10}, "180");
+        // clang-format on
     }
     void bounds()
     {
-        QFETCH(QString, system);
-        QFETCH(QRectF, planar);
+        const auto [system, planar] = support::row<QString, QRectF>();
         const CoordTransform transform(m_factory->createFromTaggedString(system),
                                        m_factory->latLongWgs84CoordSystem());
         GeographicBounds found;
@@ -113,7 +102,7 @@ private Q_SLOTS:
                                 std::fabs(std::remainder(p.x() - found.west, 360.0)) <= slack ||
                                 std::fabs(std::remainder(p.x() - found.east, 360.0)) <= slack;
             QVERIFY2(inside && p.y() >= found.south - slack && p.y() <= found.north + slack,
-                     qPrintable(QStringLiteral("%1 %2").arg(p.x()).arg(p.y())));
+                     qPrintable("%1 %2"_s.arg(p.x()).arg(p.y())));
             if (atPole)
                 continue;
             const double fromWest = std::remainder(p.x() - found.west, 360.0);
@@ -148,7 +137,7 @@ private Q_SLOTS:
         QCOMPARE(untouched.west, 1.0);
         const CoordTransform planar(m_factory->createFromEpsg(32637), m_factory->createFromEpsg(32638));
         VERIFY_THROWS(std::logic_error, planar.geographicBounds(QRectF(0, 0, 1, 1), untouched),
-                      QStringLiteral("Ни одна из КС не является географической"));
+                      "Ни одна из КС не является географической");
     }
 
 private:

@@ -1,9 +1,7 @@
 #include "BothWays.h"
 
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
-#include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
 #include <coordsys/CoordTransformCache_p.h>
 #include <coordsys/DefaultRects.h>
@@ -16,7 +14,7 @@ using namespace nivora::cs;
 
 namespace {
 const double notANumber = std::numeric_limits<double>::quiet_NaN();
-const QString utm37 = QStringLiteral("prj:Earth Projection 8, 104, \"m\", 39, 0, 0.9996, 500000, 0");
+const QString utm37 = "prj:Earth Projection 8, 104, \"m\", 39, 0, 0.9996, 500000, 0"_s;
 CoordSystemPtr made(const QString &tagged)
 {
     return support::shippedFactory()->createFromTaggedString(tagged);
@@ -32,8 +30,7 @@ private Q_SLOTS:
 
     void nonEarth_data()
     {
-        QTest::addColumn<int>("unit");
-        QTest::addColumn<QRectF>("bounds");
+        const support::Columns<int, QRectF> row;
         for (int unit : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 30, 31, 32})
             for (const QRectF &bounds : {QRectF(), QRectF(-100.5, 20, 300, 400)})
                 QTest::addRow("unit %d%s", unit, bounds.isNull() ? "" : ", bounds") << unit << bounds;
@@ -42,8 +39,7 @@ private Q_SLOTS:
     // A plan lies on the equidistant cylinder over the sphere of 6370997 m: a degree is 111194.87428468118 m.
     void nonEarth()
     {
-        QFETCH(int, unit);
-        QFETCH(QRectF, bounds);
+        const auto [unit, bounds] = support::row<int, QRectF>();
         const auto factory = support::shippedFactory();
         // PROJ's link and chain are the international ones, the catalogue's the survey ones.
         const double metres = unit == LinearUnit::Link ? 0.201168
@@ -78,18 +74,17 @@ private Q_SLOTS:
 
     void planToPlan()
     {
-        const CoordTransform t(
-            made(QStringLiteral("prj:CoordSys NonEarth Units \"km\"")),
-            made(QStringLiteral("wkt:LOCAL_CS[\"Nonearth\",UNIT[\"Foot (International)\",0.3048]]")));
+        const CoordTransform t(made("prj:CoordSys NonEarth Units \"km\""_s),
+                               made("wkt:LOCAL_CS[\"Nonearth\",UNIT[\"Foot (International)\",0.3048]]"_s));
         VERIFY_BOTH_WAYS(t, QPointF(3.048, -0.3048), QPointF(10000, -1000), 1e-5, 1e-8);
     }
 
     // A = 1 … F = 6: x' = x + 2 y + 3, y' = 4 x + 5 y + 6, so (10, 20) gives (53, 146).
     void affine()
     {
-        const CoordSystemPtr plain = made(QStringLiteral("prj:CoordSys NonEarth Units \"m\""));
+        const CoordSystemPtr plain = made("prj:CoordSys NonEarth Units \"m\""_s);
         const CoordSystemPtr bent =
-            made(QStringLiteral("prj:CoordSys NonEarth Units \"m\" Affine Units \"m\", 1, 2, 3, 4, 5, 6"));
+            made("prj:CoordSys NonEarth Units \"m\" Affine Units \"m\", 1, 2, 3, 4, 5, 6"_s);
         const CoordTransform t(plain, bent);
         VERIFY_BOTH_WAYS(t, QPointF(10, 20), QPointF(53, 146), 1e-6, 1e-6);
         VERIFY_BOTH_WAYS(CoordTransform(bent, plain), QPointF(53, 146), QPointF(10, 20), 1e-6, 1e-6);
@@ -98,18 +93,18 @@ private Q_SLOTS:
         VERIFY_NEAR(rect, QRectF(3, 6, 50, 140), 1e-6);
         // In a geographic system the clause moves degrees.
         const CoordTransform shifted(
-            made(QStringLiteral("prj:Earth Projection 1, 104")),
-            made(QStringLiteral("prj:Earth Projection 1001, 104, \"degree\", 1, 0, 10, 0, 1, -5")));
+            made("prj:Earth Projection 1, 104"_s),
+            made("prj:Earth Projection 1001, 104, \"degree\", 1, 0, 10, 0, 1, -5"_s));
         VERIFY_BOTH_WAYS(shifted, QPointF(30, 60), QPointF(40, 55), 1e-9, 1e-9);
     }
 
     void constructor()
     {
         const CoordSystemPtr utm = made(utm37);
-        VERIFY_THROWS(std::invalid_argument, CoordTransform(nullptr, nullptr), QStringLiteral("cs_from"));
-        VERIFY_THROWS(std::invalid_argument, CoordTransform(utm, nullptr), QStringLiteral("cs_to"));
+        VERIFY_THROWS(std::invalid_argument, CoordTransform(nullptr, nullptr), "cs_from");
+        VERIFY_THROWS(std::invalid_argument, CoordTransform(utm, nullptr), "cs_to");
         VERIFY_THROWS(std::runtime_error, CoordTransform::throwTransformFailed(),
-                      QStringLiteral("Ошибка преобразования координат"));
+                      "Ошибка преобразования координат");
         const CoordTransform t(utm, support::shippedFactory()->latLongWgs84CoordSystem());
         CoordTransform copy(t);
         QCOMPARE(copy.sourceCoordSystem(), utm);
@@ -118,9 +113,7 @@ private Q_SLOTS:
         copy = t;
         VERIFY_BOTH_WAYS(copy, QPointF(500000, 6094791.421), QPointF(39, 55), 1e-8, 1e-3);
         // Units that the catalogue cannot name compare by factor.
-        const auto yards = [] {
-            return made(QStringLiteral("proj:+proj=tmerc +lon_0=39 +datum=WGS84 +units=ind-yd"));
-        };
+        const auto yards = [] { return made("proj:+proj=tmerc +lon_0=39 +datum=WGS84 +units=ind-yd"_s); };
         QVERIFY(CoordTransform(yards(), yards()).isEqualsCS());
         QVERIFY(!CoordTransform(yards(), utm).isEqualsCS());
     }
@@ -142,26 +135,24 @@ private Q_SLOTS:
 
     void failedPoints_data()
     {
-        QTest::addColumn<QString>("system");
-        QTest::addColumn<QPointF>("bad");
-        const QString merc = QStringLiteral("prj:Earth Projection 10, 104, \"m\", 0");
-        QTest::newRow("beyond the pole") << merc << QPointF(0, 91);
-        QTest::newRow("longitude 720") << merc << QPointF(720, 10);
-        QTest::newRow("NaN") << merc << QPointF(notANumber, 10);
-        QTest::newRow("NaN latitude") << merc << QPointF(10, notANumber);
-        QTest::newRow("infinite") << merc << QPointF(10, std::numeric_limits<double>::infinity());
-        QTest::newRow("90 degrees off the meridian") << utm37 << QPointF(129, 0);
-        QTest::newRow("behind a gnomonic")
-            << QStringLiteral("proj:+proj=gnom +lat_0=90 +datum=WGS84") << QPointF(0, -10);
-        QTest::newRow("the far pole of a cone")
-            << QStringLiteral("prj:Earth Projection 3, 104, \"m\", 10, 45, 40, 50, 0, 0") << QPointF(0, -90);
+        const support::Columns<QString, QPointF> row;
+        const QString merc = "prj:Earth Projection 10, 104, \"m\", 0"_s;
+        // clang-format off
+        row("beyond the pole", merc, QPointF(0, 91));
+        row("longitude 720", merc, QPointF(720, 10));
+        row("NaN", merc, QPointF(notANumber, 10));
+        row("NaN latitude", merc, QPointF(10, notANumber));
+        row("infinite", merc, QPointF(10, std::numeric_limits<double>::infinity()));
+        row("90 degrees off the meridian", utm37, QPointF(129, 0));
+        row("behind a gnomonic", "proj:+proj=gnom +lat_0=90 +datum=WGS84"_s, QPointF(0, -10));
+        row("the far pole of a cone", "prj:Earth Projection 3, 104, \"m\", 10, 45, 40, 50, 0, 0"_s, QPointF(0, -90));
+        // clang-format on
     }
     void failedPoints()
     {
-        QFETCH(QString, system);
-        QFETCH(QPointF, bad);
+        const auto [system, bad] = support::row<QString, QPointF>();
         const CoordSystemPtr cs = made(system);
-        const CoordTransform t(made(QStringLiteral("prj:Earth Projection 1, 104")), cs);
+        const CoordTransform t(made("prj:Earth Projection 1, 104"_s), cs);
         const QPointF untouched(-7, -7);
         QPointF out = untouched;
         QVERIFY(!t.forward(bad, out));
@@ -180,7 +171,7 @@ private Q_SLOTS:
 
     void lists()
     {
-        const CoordTransform t(made(QStringLiteral("epsg:4326")), made(utm37));
+        const CoordTransform t(made("epsg:4326"_s), made(utm37));
         QVector<QPointF> points;
         QVERIFY(t.forward(points, points));
         QVERIFY(points.isEmpty());
@@ -204,7 +195,7 @@ private Q_SLOTS:
 
     void rectangles()
     {
-        const CoordTransform t(made(QStringLiteral("epsg:4326")), made(QStringLiteral("epsg:3395")));
+        const CoordTransform t(made("epsg:4326"_s), made("epsg:3395"_s));
         QRectF out;
         QVERIFY(t.forward(QRectF(0, 0, 10, 10), out));
         QVERIFY(std::fabs(out.right() - 1113194.9079327) < 1e-6); // 6378137 m * 10 degrees
@@ -220,7 +211,7 @@ private Q_SLOTS:
     void cacheIsByAddress()
     {
         CoordTransformCache &cache = coordTransformCache();
-        const QString krass = QStringLiteral("prj:Earth Projection 8, 1001, \"m\", 45, 0, 1, 8500000, 0");
+        const QString krass = "prj:Earth Projection 8, 1001, \"m\", 45, 0, 1, 8500000, 0"_s;
         const CoordSystemPtr a = made(krass), a2 = made(krass), b = made(utm37), b2 = made(utm37);
         const std::size_t before = cache.size();
         const CoordTransform t(a, b), copy(t), again(a, b);
@@ -240,17 +231,16 @@ private Q_SLOTS:
     {
         // A code that PROJ does not know: the system's PROJ text takes over.
         const auto factory = support::shippedFactory();
-        const CoordSystemPtr unknown =
-            made(QStringLiteral("proj:+proj=utm +zone=37 +datum=WGS84 +units=m +no_defs"));
-        unknown->setSourceParameters({CoordSystem::Epsg, QStringLiteral("999999")});
+        const CoordSystemPtr unknown = made("proj:+proj=utm +zone=37 +datum=WGS84 +units=m +no_defs"_s);
+        unknown->setSourceParameters({CoordSystem::Epsg, "999999"_s});
         const CoordTransform byText(factory->latLongWgs84CoordSystem(), unknown);
         VERIFY_BOTH_WAYS(byText, QPointF(39, 55), QPointF(500000, 6094791.421), 1e-3, 1e-8);
         // With no text that PROJ takes at either end there is no transformation, and nothing stays behind.
         const CoordSystemPtr broken = made(utm37);
-        broken->setSourceParameters({CoordSystem::Wkt, QStringLiteral("PROJCS[\"100%1 %2 broken\"")});
+        broken->setSourceParameters({CoordSystem::Wkt, "PROJCS[\"100%1 %2 broken\""_s});
         const std::size_t before = coordTransformCache().size();
         for (int i = 0; i < 2; ++i) {
-            const QString text = QStringLiteral("Не могу создать объект трансформации. ");
+            const QString text = "Не могу создать объект трансформации. "_s;
             const QString instead = support::thrownInstead<std::logic_error>(
                 [&] { CoordTransform(factory->latLongWgs84CoordSystem(), broken); }, text, true);
             QVERIFY2(instead.isEmpty(), qPrintable(instead));
