@@ -147,7 +147,8 @@ template <typename E, typename F> QString thrownInstead(F &&call, const Text &te
     return QStringLiteral("nothing was thrown");
 }
 
-/// Points and rectangles within a tolerance (the unit is the caller's).
+/// Numbers, points and rectangles within a tolerance (the unit is the caller's).
+inline bool near(double a, double b, double tolerance) { return qAbs(a - b) <= tolerance; }
 bool near(const QPointF &a, const QPointF &b, double tolerance);
 bool near(const QRectF &a, const QRectF &b, double tolerance);
 
