@@ -1,4 +1,4 @@
-#include <support/Support.h>
+#include <object/FirstCalls.h>
 
 #include <coordsys/CoordTransform.h>
 #include <coordsys/CoordTransformCache_p.h>
@@ -50,39 +50,24 @@ private Q_SLOTS:
              {"prj:Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0", "epsg:32637",
               "prj:CoordSys NonEarth Units \"ft\" Bounds (0, 0) (10, 20)",
               "proj:+proj=eqc +R=6370997 +units=m +no_defs", "proj:+proj=longlat +datum=WGS84 +no_defs"})
-            row(text, text);
+            row(text);
     }
 
     // Each thread asks a fresh object for its lazily found facts in another order.
     void firstCallsRace()
     {
         const auto [system] = support::row<QString>();
-        const auto factory = support::shippedFactory();
-        const CoordSystemPtr twin = factory->createFromTaggedString(system);
-        using Question = std::function<QString(const CoordSystem &)>;
-        const std::vector<Question> questions{
-            [](const CoordSystem &cs) { return QString::number(cs.unit().unitCode()); },
-            [](const CoordSystem &cs) { return QVariant(cs.rectNumericCoordSys()).toString(); },
-            [](const CoordSystem &cs) { return cs.prjStr() + cs.projStr() + cs.exportToWkt2(); },
-            [](const CoordSystem &cs) { return QString::number(cs.epsg()) + cs.taggedString(); },
-            [](const CoordSystem &cs) {
-                return QString::number(cs.needCropCoords()) + QString::number(cs.isLatLong());
-            },
-            [](const CoordSystem &cs) {
-                return QVariant(cs.rectInternal()).toString() + cs.clone()->description();
-            },
-            [&](const CoordSystem &cs) { return QString::number(cs.isEqual(*twin, false)); }};
-        const CoordSystemPtr warm = factory->createFromTaggedString(system);
+        const CoordSystemPtr twin = support::made(system), warm = support::made(system);
         QStringList expected;
-        for (const Question &question : questions)
-            expected << question(*warm);
+        for (const firstcalls::Question &question : firstcalls::questions)
+            expected << question.ask(*warm, twin);
         for (int round = 0; round < 3; ++round) {
-            const CoordSystemPtr cs = factory->createFromTaggedString(system);
+            const CoordSystemPtr cs = support::made(system);
             QCOMPARE(failuresOfFour([&](int thread) {
                          bool same = true;
-                         for (std::size_t i = 0; i < questions.size(); ++i) {
-                             const std::size_t k = (i + std::size_t(thread) * 2) % questions.size();
-                             same = questions[k](*cs) == expected[int(k)] && same;
+                         for (int i = 0; i < expected.size(); ++i) {
+                             const int k = (i + thread * 4) % expected.size();
+                             same = firstcalls::questions[k].ask(*cs, twin) == expected[k] && same;
                          }
                          return same;
                      }),
