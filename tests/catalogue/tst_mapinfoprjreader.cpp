@@ -23,19 +23,18 @@ private Q_SLOTS:
         row("blanks around the name", R"(" A \p5", 1)", "entry", "A", 5, "1");
         row("empty value, quoted unit", R"("A", 8,, "survey ft" ,)", "entry", "A", -2, R"(8||"survey ft"|)");
         row("text before the quote", R"(x = "A", 1)", "entry", "A", -2, "1");
-        row("heading", R"("--- Россия ---")", "heading", "Россия");
-        row("heading with nothing in it", R"("------")", "heading", "");
-        row("heading of blanks", R"("---   ---")", "heading", "");
-        row("heading before entry", R"("---A---", 1, 104)", "heading", "A");
-        row("blanks", "  \t ", "ignored");
-        row("comment", R"(  # "A", 1, 104)", "ignored");
-        row("name and comma only", R"("A",)", "rejected");
-        row("blank before the comma", R"("A" , 1)", "rejected");
+        row("heading", R"("--- Россия ---")", "heading", "Россия", -2, "");
+        row("heading with nothing in it", R"("------")", "heading", "", -2, "");
+        row("heading before entry", R"("---A---", 1, 104)", "heading", "A", -2, "");
+        row("blanks", "  \t ", "ignored", "", -2, "");
+        row("comment", R"(  # "A", 1, 104)", "ignored", "", -2, "");
+        row("name and comma only", R"("A",)", "rejected", "", -2, "");
+        row("blank before the comma", R"("A" , 1)", "rejected", "", -2, "");
         // clang-format on
     }
     void oneLine()
     {
-        const auto [line, kind] = support::row<QString, QString>();
+        const auto [line, kind, name, epsg, values] = support::row<QString, QString, QString, int, QString>();
         QString text = line + QLatin1Char('\n');
         QTextStream stream(&text);
         MapinfoPrjReader reader(&stream);
@@ -53,9 +52,9 @@ private Q_SLOTS:
         const CoordSystemParams entry = reader.prj();
         const QString heading = reader.capturedCategoryName().toString();
         QCOMPARE(reader.capturedCategoryName().isNull(), kind != "heading"_s);
-        QTEST(kind == "heading"_s ? heading : entry.name(), "name");
-        QTEST(entry.epsg(), "epsg");
-        QTEST(entry.params.join(QLatin1Char('|')), "values");
+        QCOMPARE(kind == "heading"_s ? heading : entry.name(), name);
+        QCOMPARE(entry.epsg(), epsg);
+        QCOMPARE(entry.params.join(QLatin1Char('|')), values);
     }
 
     void wholeStream()

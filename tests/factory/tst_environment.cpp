@@ -177,9 +177,7 @@ private Q_SLOTS:
             const QString cut = withDatabase(data, "/proj"_s) + "/proj.db"_s;
             QFile::setPermissions(cut, QFile::ReadOwner | QFile::WriteOwner);
             QFile::resize(cut, 100000);
-            QFile text(older.filePath("proj.db"_s));
-            if (!text.open(QIODevice::WriteOnly) || text.write("no database") < 0)
-                qFatal("cannot write");
+            support::writeFile(older.filePath("proj.db"_s), "no database");
             QDir(data.path()).mkdir("inner"_s);
             return QStringList{"NIVORA_DATA="_s + data.path() + "/inner"_s, "PROJ_DATA="_s + older.path(),
                                "EXPECTED="_s + expected};
@@ -207,35 +205,34 @@ private Q_SLOTS:
 
     void resources_data()
     {
-        const support::Columns<QString, QString, QString>
-            row; // content: null: missing; "/": a directory; "|": a FIFO; outcome: of the start-up: "true",
-                 // "false" or the exception's text
+        // File; content (null: missing; "/": a directory; "|": a FIFO); start-up ("true", "false",
+        // exception).
+        const support::Columns<QString, QString, QString> columns;
         const QString missing, empty = ""_s, cut = "<catalogue>\n<datums><datum id=\"1"_s, directory = "/"_s,
                                fifo = "|"_s, deep = "<a>"_s.repeated(100000) + "</a>"_s.repeated(100000);
-        const QString datum = "Не могу определить дополнительные параметры датума"_s;
-        const auto row = [](const char *file, const QByteArray &how, const QString &content,
-                            const QString &outcome) {
-            QTest::addRow("%s %s", file, how.constData()) << QString::fromUtf8(file) << content << outcome;
+        const auto row = [&](const char *file, const char *how, const QString &content, const char *outcome) {
+            columns("%1 %2"_s.arg(QLatin1String(file), QLatin1String(how)), file, content, outcome);
         };
-        row("projection_ru.xml", "empty", empty, "false:1:"_s);
-        row("projection_ru.xml", "cut short", cut, "false:2:"_s);
-        row("projection_ru.xml", "nested until the stack ends", deep, "false:1:"_s);
-        row("projection_ru.xml", "without entries", "<catalogue/>"_s, datum);
+        row("projection_ru.xml", "empty", empty, "false:1:");
+        row("projection_ru.xml", "cut short", cut, "false:2:");
+        row("projection_ru.xml", "nested until the stack ends", deep, "false:1:");
+        row("projection_ru.xml", "without entries", "<catalogue/>"_s,
+            "Не могу определить дополнительные параметры датума");
         for (const QString &inItsPlace : {missing, directory, fifo}) {
             const QByteArray how = inItsPlace.toUtf8() + " in its place";
-            row("projection_ru.xml", how, inItsPlace, "false"_s);
-            row("projections_ru.prj", how, inItsPlace, "false"_s);
-            row("cs_mbr.xml", how, inItsPlace, "true"_s);
+            row("projection_ru.xml", how.constData(), inItsPlace, "false");
+            row("projections_ru.prj", how.constData(), inItsPlace, "false");
+            row("cs_mbr.xml", how.constData(), inItsPlace, "true");
         }
-        row("OracleSRID.xml", "FIFO", fifo, "true"_s);
-        row("projections_ru.prj", "empty", empty, "true"_s);
-        row("projections_ru.prj", "rubbish", "\"no comma\"\n%1 %s\n\"---x\n"_s, "true"_s);
+        row("OracleSRID.xml", "FIFO", fifo, "true");
+        row("projections_ru.prj", "empty", empty, "true");
+        row("projections_ru.prj", "rubbish", "\"no comma\"\n%1 %s\n\"---x\n"_s, "true");
         row("projections_ru.prj", "entries that cannot be built",
-            "\"huge\\p99999999999\", 1, 99999999999\n\"%1 %2\\p4326\", 8, 104\n\"-\", -1, nan\n"_s, "true"_s);
-        row("OracleSRID.xml", "missing", missing, "true"_s);
+            "\"huge\\p99999999999\", 1, 99999999999\n\"%1 %2\\p4326\", 8, 104\n\"-\", -1, nan\n"_s, "true");
+        row("OracleSRID.xml", "missing", missing, "true");
         for (const char *file : {"cs_mbr.xml", "OracleSRID.xml"}) {
-            row(file, "empty", empty, "true"_s);
-            row(file, "cut short", cut, "true"_s);
+            row(file, "empty", empty, "true");
+            row(file, "cut short", cut, "true");
         }
     }
     void resources()

@@ -65,14 +65,11 @@ private Q_SLOTS:
     {
         const support::LogCapture quiet;
         const QTemporaryDir dir;
-        QFile file(QDir(dir.path()).filePath("projection_en.xml"_s));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(R"xml(<r><ellipsoids>
+        support::writeFile(dir.filePath("projection_en.xml"_s), R"xml(<r><ellipsoids>
 <e id="3" name_mitab="Красовский (1940)" semi_major="6378245" inv_flatenning="298.3"/>
 <e id="0" name_mitab="GRS 80"/></ellipsoids>
 <datums><d id="1001" name_mitab="Пулково &quot;1942&quot; (СК-42.)" epsg_mitab="6284" ellipsoid="3"
  dx="24" dy="-123" dz="-94" rx="-0.02" ry="0.25" rz="0.13" sa="1.1" pm="30.5"/></datums></r>)xml");
-        file.close();
         QVERIFY(ProjectionParamsManager().initFromXML(QDir(dir.path()), "en"_s)); // hands over
         QCOMPARE(ellipsoids.calls, expectedCalls);
         QCOMPARE(datums.calls, expectedCalls);

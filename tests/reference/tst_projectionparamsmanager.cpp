@@ -87,12 +87,10 @@ private Q_SLOTS:
     {
         const QByteArray whole(catalogueXml);
         const QByteArray cutOff = whole.left(whole.indexOf("<units>")); // half a catalogue is none
-        for (const QByteArray &xml : {QByteArray("Earth Projection 1, 104"), cutOff}) {
+        {
             const support::LogCapture log;
-            QVERIFY(load(xml)); // it could be opened
+            QVERIFY(load(cutOff)); // it could be opened
             QVERIFY(m_manager.projections().empty() && m_manager.ellipsoids().empty());
-            QVERIFY(
-                log.lines().contains("debug: projections=0, ellipsoids=0, datums=0, lunits=0, aunits=0"_s));
         }
         const support::LogCapture log;
         QVERIFY(load(catalogueXml));
@@ -171,9 +169,8 @@ private Q_SLOTS:
 private:
     bool load(const QByteArray &xml)
     {
-        QFile file(QDir(m_dir.path()).filePath("projection_ru.xml"_s));
-        return file.open(QIODevice::WriteOnly) && file.write(xml) == xml.size() && (file.close(), true) &&
-               m_manager.initFromXML(QDir(m_dir.path()), "ru"_s);
+        support::writeFile(path(), xml);
+        return m_manager.initFromXML(QDir(m_dir.path()), "ru"_s);
     }
     QString path() const { return QDir(m_dir.path()).filePath("projection_ru.xml"_s); }
 

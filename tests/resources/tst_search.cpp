@@ -30,7 +30,7 @@ private Q_SLOTS:
         row("a code alone", "32637", 32637);
         row("a code that is part of an earlier one", "2601", 2601); // 32601
         row("words in any order, Cyrillic, capitals", "ЗОНА крюгера 42 28407", 28407);
-        row("punctuation is a blank", "utm,37); 32637" << 32637;
+        row("punctuation is a blank", "utm,37; 32637", 32637);
         row("accents do not count", "LA\u0301MBERT RGF93 2154", 2154);
         row("letters and digits run together", "wgs84", 4326);
         row("the other language", "longitude pulkovo 4284", 4284);

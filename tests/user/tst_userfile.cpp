@@ -116,22 +116,19 @@ private Q_SLOTS:
     void texts_data()
     {
         const support::Columns<QString, QString> row;
-        const auto row = [](const char *title, const QString &text, const QString &readBack = QString()) {
-            row(title, text, (readBack.isEmpty() ? text : readBack));
-        };
-        row("quotes and brackets", "Earth Projection 8, 104, \"m\" <a> 'b' & &amp; ]]>"_s);
-        row("line feeds and tabs", "PROJCS[\n\t\"a\",\r\n  GEOGCS]\r"_s);
-        row("blanks at the ends", "  a   b  "_s);
-        row("percent signs", "100% %1 %2 %n %%"_s);
-        row("scripts", "Пулково ÷ Ελλάς 東京 עברית 🌍 é"_s);
+        row("quotes and brackets", "Earth Projection 8, 104, \"m\" <a> 'b' & &amp; ]]>"_s, "");
+        row("line feeds and tabs", "PROJCS[\n\t\"a\",\r\n  GEOGCS]\r"_s, "");
+        row("blanks at the ends", "  a   b  "_s, "");
+        row("percent signs", "100% %1 %2 %n %%"_s, "");
+        row("scripts", "Пулково ÷ Ελλάς 東京 עברית 🌍 é"_s, "");
         row("control characters have no form in XML", "a\u0001b\u000Bc\uFFFEd"_s, "a\uFFFDb\uFFFDc\uFFFDd"_s);
         row("half a surrogate pair", "a"_s + QChar(0xD83C) + "b"_s, "a\uFFFDb"_s);
     }
     void texts()
     {
-        const auto [text] = support::row<QString>();
+        const auto [text, readBack] = support::row<QString, QString>();
         UserCoordSystem::saveToFile(m_file, branches(2, text), false);
-        QTEST(loaded().chopped(1), "readBack");
+        QCOMPARE(loaded().chopped(1), readBack.isEmpty() ? text : readBack);
     }
 
     void unreadable_data()
@@ -274,12 +271,7 @@ private:
         QFile file(m_file.filePath() + suffix);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
     }
-    void put(const QByteArray &bytes) const
-    {
-        QFile file(m_file.filePath());
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            qFatal("cannot write %s", qPrintable(file.fileName()));
-    }
+    void put(const QByteArray &bytes) const { support::writeFile(m_file.filePath(), bytes); }
     QString loaded() const
     {
         UserCoordSystem store{m_file.dir()};
