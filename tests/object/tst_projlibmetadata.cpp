@@ -49,6 +49,18 @@ private Q_SLOTS:
                            "Ошибка при инициализации проекции a%1b:");
     }
 
+    void identify()
+    {
+        const int none = CoordSystem::EPSG_UNDEFINDED;
+        const std::pair<const char *, int> codes[] = {
+            {"+proj=utm +zone=37 +datum=WGS84 +units=m +no_defs", 32637},
+            {"+proj=tmerc +lat_0=0 +lon_0=39 +k=1 +x_0=7500000 +y_0=0 +ellps=krass +units=m", 28407},
+            {"+proj=longlat +ellps=WGS84 +towgs84=0,0,0 +no_defs", none},
+            {"+proj=tmerc +lon_0=39.5 +x_0=1250000 +ellps=krass", none}}; // like registered ones only
+        for (const auto &[text, code] : codes)
+            QCOMPARE(ProjLibMetadata().epsgForProjString(QString::fromUtf8(text)), code);
+    }
+
     void cancelled()
     {
         const auto handler = std::make_shared<nivora::concurrent::ProgressHandler>();
