@@ -126,14 +126,14 @@ private Q_SLOTS:
 
     void brokenEntry()
     {
-        write("\"bad\", 1, broken\n\"WGS 84\", 1, 104\n");
+        write("\"bad\", 1, broken\n\"---B---\"\n\"WGS 84\", 1, 104\n");
         QVERIFY(support::shippedFactory());
         const CoordSystemPtr wgs = shipped("Earth Projection 1, 104"_s);
         MapinfoCoordSystem catalogue(shipped);
         const support::LogCapture log;
         catalogue.loadFromPRJ(m_file);
         for (int round = 0; round < 2; ++round)
-            QCOMPARE(catalogue.seekProj(*wgs, true), MapinfoCoordSystem::Position(0, 1));
+            QCOMPARE(catalogue.seekProj(*wgs, true), MapinfoCoordSystem::Position(1, 0));
         QCOMPARE(catalogue.seekProj(CoordSystemPtr(), true), MapinfoCoordSystem::PairNone);
         QCOMPARE(log.lines("error"_s), QStringList{"no % system %1 (Earth Projection 1, broken)"_s});
         VERIFY_THROWS(std::runtime_error, catalogue.getProj(0, 0), "no % system %1");
