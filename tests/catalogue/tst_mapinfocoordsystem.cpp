@@ -1,8 +1,6 @@
-#include <coordsys/CoordSystem.h>
 #include <coordsys/MapinfoCoordSystem.h>
 
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
 #include <QTextCodec>
 
@@ -18,7 +16,7 @@ CoordSystemPtr bare(const QString &) { return std::make_shared<CoordSystem>(); }
 
 CoordSystemPtr shipped(const QString &prj)
 {
-    if (prj.contains(QLatin1String("broken")))
+    if (prj.contains("broken"_s))
         throw std::runtime_error("no % system %1");
     return support::shippedFactory()->createWithoutDescription(prj);
 }
@@ -31,34 +29,29 @@ class TestMapinfoCoordSystem : public QObject
 private Q_SLOTS:
     void encodings_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("heading");
-        QTest::addColumn<QString>("name");
-        const QString text = QString::fromUtf8("\"---Россия---\"\n\"Пулково\", 1, 1001\n");
+        const support::Columns<QByteArray, QString, QString> row;
+        const QString text = "\"---Россия---\"\n\"Пулково\", 1, 1001\n"_s;
         const QByteArray windows = QTextCodec::codecForName("Windows-1251")->fromUnicode(text);
-        const QString russia = QString::fromUtf8("Россия");
-        const QString pulkovo = QString::fromUtf8("Пулково");
-        const QByteArray ascii("\"---World---\"\n");
-        const QByteArray entry = QString::fromUtf8("\"Пулково\", 1, 1001\n").toUtf8();
-        QTest::newRow("UTF-8") << text.toUtf8() << russia << pulkovo;
-        QTest::newRow("UTF-8 with byte order mark") << "\xEF\xBB\xBF" + text.toUtf8() << russia << pulkovo;
-        QTest::newRow("Windows-1251") << windows << russia << pulkovo;
-        QTest::newRow("plain heading, UTF-8") << ascii + entry << QStringLiteral("World") << pulkovo;
-        QTest::newRow("plain heading, UTF-8 with mark")
-            << "\xEF\xBB\xBF" + ascii + entry << QStringLiteral("World") << pulkovo;
-        QTest::newRow("first line empty: UTF-8 whatever follows")
-            << "\n" + windows << QString(6, QChar(0xFFFD)) << QString(7, QChar(0xFFFD));
+        const QByteArray ascii("\"---World---\"\n\"Пулково\", 1, 1001\n");
+        // clang-format off
+        row("UTF-8", text.toUtf8(), "Россия"_s, "Пулково"_s);
+        row("UTF-8 with byte order mark", "\xEF\xBB\xBF" + text.toUtf8(), "Россия"_s, "Пулково"_s);
+        row("Windows-1251", windows, "Россия"_s, "Пулково"_s);
+        row("plain heading, UTF-8", ascii, "World"_s, "Пулково"_s);
+        row("plain heading, UTF-8 with mark", "\xEF\xBB\xBF" + ascii, "World"_s, "Пулково"_s);
+        row("first line empty: UTF-8 whatever follows", "\n" + windows, QString(6, QChar(0xFFFD)), QString(7, QChar(0xFFFD)));
+        // clang-format on
     }
     void encodings()
     {
-        QFETCH(QByteArray, content);
+        const auto [content, heading, name] = support::row<QByteArray, QString, QString>();
         write(content);
         const support::LogCapture quiet;
         MapinfoCoordSystem catalogue(bare);
-        QVERIFY(catalogue.loadFromPRJ(QDir(m_dir.path()), QStringLiteral("ru")));
+        QVERIFY(catalogue.loadFromPRJ(QDir(m_dir.path()), "ru"_s));
         QCOMPARE(catalogue.projectionList().size(), 1);
-        QTEST(catalogue.projectionList().at(0).name, "heading");
-        QTEST(catalogue.projectionList().at(0).entries.at(0).name(), "name");
+        QCOMPARE(catalogue.projectionList().at(0).name, heading);
+        QCOMPARE(catalogue.projectionList().at(0).entries.at(0).name(), name);
     }
 
     void categories()
@@ -70,22 +63,20 @@ private Q_SLOTS:
         catalogue.loadFromPRJ(m_file);
         QCOMPARE(catalogue.projectionList().size(), 2);
         QVERIFY(catalogue.projectionList().at(0).name.isNull());
-        QCOMPARE(catalogue.projectionList().at(1).name, QStringLiteral("B"));
+        QCOMPARE(catalogue.projectionList().at(1).name, "B"_s);
         QCOMPARE(catalogue.projectionList().at(1).entries.size(), 2);
 
-        VERIFY_THROWS(std::runtime_error, catalogue.loadFromPRJ(QDir(m_dir.path()), QStringLiteral("xx")),
-                      QString::fromUtf8("Не могу открыть файл projections_xx.prj"));
+        VERIFY_THROWS(std::runtime_error, catalogue.loadFromPRJ(QDir(m_dir.path()), "xx"_s),
+                      "Не могу открыть файл projections_xx.prj");
         const CoordSystemPtr kept = catalogue.getProj(1, 0);
         write("\"------\"\n\"C\", 1, 104\n");
         catalogue.loadFromPRJ(m_file);
         QCOMPARE(catalogue.projectionList().size(), 3);
         QVERIFY(!catalogue.projectionList().at(2).name.isNull());
         QCOMPARE(catalogue.getProj(1, 0), kept);
-        QCOMPARE(log.lines(QStringLiteral("debug")),
-                 QStringList({QString::fromUtf8("Категорий: 2, Проекций: 3"),
-                              QString::fromUtf8("Категорий: 3, Проекций: 1")}));
-        QCOMPARE(log.lines(QStringLiteral("info")).at(0),
-                 QString::fromUtf8("Файл с проекциями: ") + m_file.absoluteFilePath());
+        QCOMPARE(log.lines("debug"_s),
+                 QStringList({"Категорий: 2, Проекций: 3"_s, "Категорий: 3, Проекций: 1"_s}));
+        QCOMPARE(log.lines("info"_s).at(0), "Файл с проекциями: "_s + m_file.absoluteFilePath());
     }
 
     void strings()
@@ -94,18 +85,16 @@ private Q_SLOTS:
         const support::LogCapture quiet;
         MapinfoCoordSystem catalogue(bare);
         catalogue.loadFromPRJ(m_file);
-        QCOMPARE(catalogue.getStrMB(0, 0), QStringLiteral("Earth Projection 1, 104"));
-        QCOMPARE(catalogue.projectionList().at(0).entries.at(0).asPrjString(),
-                 QStringLiteral("Earth Projection 1,104"));
-        QCOMPARE(catalogue.getStrMB(0, 1), QStringLiteral("NonEarth 0, 7"));
-        QCOMPARE(catalogue.getStrMB(0, 2), QStringLiteral("NonEarth x, 7"));
+        QCOMPARE(catalogue.getStrMB(0, 0), "Earth Projection 1, 104"_s);
+        QCOMPARE(catalogue.projectionList().at(0).entries.at(0).asPrjString(), "Earth Projection 1,104"_s);
+        QCOMPARE(catalogue.getStrMB(0, 1), "NonEarth 0, 7"_s);
+        QCOMPARE(catalogue.getStrMB(0, 2), "NonEarth x, 7"_s);
         QCOMPARE(catalogue.seekByEPSG(4326), catalogue.getStrMB(0, 0));
         QVERIFY(catalogue.seekByEPSG(4327).isNull());
 
-        const QString noCategory =
-            QString::fromUtf8("Каталог координатных систем MapInfo не содержит категории с номером %1");
-        const QString noEntry = QString::fromUtf8(
-            "Каталог координатных систем MapInfo не содержит координатной системы с индексом 0,%1");
+        const QString noCategory = "Каталог координатных систем MapInfo не содержит категории с номером %1"_s;
+        const QString noEntry =
+            "Каталог координатных систем MapInfo не содержит координатной системы с индексом 0,%1"_s;
         VERIFY_THROWS(std::out_of_range, catalogue.getStrMB(-1, 0), noCategory.arg(-1));
         VERIFY_THROWS(std::out_of_range, catalogue.getProj(1, 0), noCategory.arg(1));
         VERIFY_THROWS(std::out_of_range, catalogue.getProj({0, -1}), noEntry.arg(-1));
@@ -123,10 +112,10 @@ private Q_SLOTS:
         });
         catalogue.loadFromPRJ(m_file);
         const CoordSystemPtr first = catalogue.getProj(0, 0);
-        QCOMPARE(first->description(), QStringLiteral("A %1"));
+        QCOMPARE(first->description(), "A %1"_s);
         QCOMPARE(first->epsg(), 4326);
         QCOMPARE(catalogue.getProj({0, 0}), first);
-        QCOMPARE(asked, QStringList{QStringLiteral("Earth Projection 1, 104")});
+        QCOMPARE(asked, QStringList{"Earth Projection 1, 104"_s});
         QVERIFY(catalogue.tryAddToCache(0, 0) != first); // built anew, but the first stays in the cache
         QCOMPARE(catalogue.getProj(0, 0), first);
 
@@ -135,36 +124,19 @@ private Q_SLOTS:
         QVERIFY_EXCEPTION_THROWN(withoutCreator.getProj(0, 0), std::bad_function_call);
     }
 
-    void equality()
-    {
-        write("\"---A---\"\n\"plan\", 0, 7\n\"---B---\"\n\"WGS 84\\p4326\", 1, 104\n\"again\", 1, 104\n");
-        QVERIFY(support::shippedFactory());
-        MapinfoCoordSystem catalogue(shipped);
-        catalogue.loadFromPRJ(m_file);
-        const CoordSystemPtr wgs = shipped(QStringLiteral("Earth Projection 1, 104"));
-        const CoordSystemPtr other = shipped(QStringLiteral("Earth Projection 1, 1001"));
-        QCOMPARE(catalogue.seekProj(*wgs, false), MapinfoCoordSystem::Position(1, 0));
-        QCOMPARE(catalogue.getHumanReadableTextWithEpsg(*wgs, true),
-                 std::make_pair(QStringLiteral("WGS 84"), 4326));
-        QCOMPARE(catalogue.seekProj(other, true), MapinfoCoordSystem::PairNone);
-        QVERIFY(catalogue.getHumanReadableTextWithEpsg(*other, true).first.isNull());
-        QCOMPARE(catalogue.getHumanReadableTextWithEpsg(*other, true).second, -2);
-        QCOMPARE(catalogue.seekProj(CoordSystemPtr(), true), MapinfoCoordSystem::PairNone);
-    }
-
     void brokenEntry()
     {
-        write("\"bad\", 1, broken\n\"WGS 84\", 1, 104\n");
+        write("\"bad\", 1, broken\n\"---B---\"\n\"WGS 84\", 1, 104\n");
         QVERIFY(support::shippedFactory());
-        const CoordSystemPtr wgs = shipped(QStringLiteral("Earth Projection 1, 104"));
+        const CoordSystemPtr wgs = shipped("Earth Projection 1, 104"_s);
         MapinfoCoordSystem catalogue(shipped);
         const support::LogCapture log;
         catalogue.loadFromPRJ(m_file);
         for (int round = 0; round < 2; ++round)
-            QCOMPARE(catalogue.seekProj(*wgs, true), MapinfoCoordSystem::Position(0, 1));
-        QCOMPARE(log.lines(QStringLiteral("error")),
-                 QStringList{QStringLiteral("no % system %1 (Earth Projection 1, broken)")});
-        VERIFY_THROWS(std::runtime_error, catalogue.getProj(0, 0), QStringLiteral("no % system %1"));
+            QCOMPARE(catalogue.seekProj(*wgs, true), MapinfoCoordSystem::Position(1, 0));
+        QCOMPARE(catalogue.seekProj(CoordSystemPtr(), true), MapinfoCoordSystem::PairNone);
+        QCOMPARE(log.lines("error"_s), QStringList{"no % system %1 (Earth Projection 1, broken)"_s});
+        VERIFY_THROWS(std::runtime_error, catalogue.getProj(0, 0), "no % system %1");
     }
 
     /// Bytes of another encoding, a line that is no entry, an entry twice, an end that is cut off: what can
@@ -177,14 +149,14 @@ private Q_SLOTS:
         MapinfoCoordSystem catalogue(shipped);
         const support::LogCapture log;
         QVERIFY(catalogue.loadFromPRJ(m_file));
-        QVERIFY(log.lines(QStringLiteral("error")).isEmpty());
+        QVERIFY(log.lines("error"_s).isEmpty());
         QStringList texts;
         for (const CoordSystemParams &entry : catalogue.projectionList().at(0).entries)
             texts << entry.asPrjString();
-        const QString wgs = QStringLiteral("Earth Projection 1,104");
-        QCOMPARE(texts, QStringList({wgs, wgs, wgs, QStringLiteral("Earth Projection 1,0"),
-                                     QStringLiteral("Earth Projection 8,104,7,3")}));
-        QCOMPARE(catalogue.seekByEPSG(4326), QStringLiteral("Earth Projection 1, 104"));
+        const QString wgs = "Earth Projection 1,104"_s;
+        QCOMPARE(texts,
+                 QStringList({wgs, wgs, wgs, "Earth Projection 1,0"_s, "Earth Projection 8,104,7,3"_s}));
+        QCOMPARE(catalogue.seekByEPSG(4326), "Earth Projection 1, 104"_s);
     }
 
     void clearDuringFill()
@@ -245,23 +217,17 @@ private Q_SLOTS:
         catalogue.loadFromPRJ(m_file);
         QVERIFY(catalogue.getProj(0, 0));
         catalogue.clear();
-        VERIFY_THROWS(
-            std::out_of_range, catalogue.getProj(0, 0),
-            QString::fromUtf8("Каталог координатных систем MapInfo не содержит категории с номером 0"));
+        VERIFY_THROWS(std::out_of_range, catalogue.getProj(0, 0),
+                      "Каталог координатных систем MapInfo не содержит категории с номером 0");
         catalogue.loadFromPRJ(m_file);
         QVERIFY(!catalogue.getProj(0, 0));
     }
 
 private:
-    void write(const QByteArray &content)
-    {
-        QFile file(m_file.filePath());
-        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-            qFatal("cannot write %s", qPrintable(file.fileName()));
-    }
+    void write(const QByteArray &content) { support::writeFile(m_file.filePath(), content); }
 
     QTemporaryDir m_dir;
-    QFileInfo m_file{QDir(m_dir.path()), QStringLiteral("projections_ru.prj")};
+    QFileInfo m_file{QDir(m_dir.path()), "projections_ru.prj"_s};
 };
 
 NIVORA_TEST(TestMapinfoCoordSystem)

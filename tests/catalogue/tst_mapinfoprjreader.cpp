@@ -1,7 +1,6 @@
 #include <coordsys/MapinfoPrjReader.h>
 
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
 #include <QBuffer>
 #include <QTextStream>
@@ -14,18 +13,9 @@ class TestMapinfoPrjReader : public QObject
 private Q_SLOTS:
     void oneLine_data()
     {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<int>("epsg");
-        QTest::addColumn<QString>("values");
-        const auto row = [](const char *title, const char *line, const char *kind, const char *name = "",
-                            int epsg = -2, const char *values = "") {
-            QTest::newRow(title) << QString::fromUtf8(line) << QString::fromUtf8(kind)
-                                 << QString::fromUtf8(name) << epsg << QString::fromUtf8(values);
-        };
-        row("code", R"("Longitude / Latitude\p4326", 1, 104)", "entry", "Longitude / Latitude", 4326,
-            "1|104");
+        const support::Columns<QString, QString, QString, int, QString> row;
+        // clang-format off
+        row("code", R"("Longitude / Latitude\p4326", 1, 104)", "entry", "Longitude / Latitude", 4326, "1|104");
         row("no code", R"("Longitude / Latitude", 1, 104)", "entry", "Longitude / Latitude", -2, "1|104");
         row("code too long for an int", R"("A\p99999999999", 1)", "entry", "A", -2, "1");
         row("not a code", R"("A\q12\p3x", 1)", "entry", R"(A\q12\p3x)", -2, "1");
@@ -33,19 +23,18 @@ private Q_SLOTS:
         row("blanks around the name", R"(" A \p5", 1)", "entry", "A", 5, "1");
         row("empty value, quoted unit", R"("A", 8,, "survey ft" ,)", "entry", "A", -2, R"(8||"survey ft"|)");
         row("text before the quote", R"(x = "A", 1)", "entry", "A", -2, "1");
-        row("heading", R"("--- Россия ---")", "heading", "Россия");
-        row("heading with nothing in it", R"("------")", "heading", "");
-        row("heading of blanks", R"("---   ---")", "heading", "");
-        row("heading before entry", R"("---A---", 1, 104)", "heading", "A");
-        row("blanks", "  \t ", "ignored");
-        row("comment", R"(  # "A", 1, 104)", "ignored");
-        row("name and comma only", R"("A",)", "rejected");
-        row("blank before the comma", R"("A" , 1)", "rejected");
+        row("heading", R"("--- Россия ---")", "heading", "Россия", -2, "");
+        row("heading with nothing in it", R"("------")", "heading", "", -2, "");
+        row("heading before entry", R"("---A---", 1, 104)", "heading", "A", -2, "");
+        row("blanks", "  \t ", "ignored", "", -2, "");
+        row("comment", R"(  # "A", 1, 104)", "ignored", "", -2, "");
+        row("name and comma only", R"("A",)", "rejected", "", -2, "");
+        row("blank before the comma", R"("A" , 1)", "rejected", "", -2, "");
+        // clang-format on
     }
     void oneLine()
     {
-        QFETCH(QString, line);
-        QFETCH(QString, kind);
+        const auto [line, kind, name, epsg, values] = support::row<QString, QString, QString, int, QString>();
         QString text = line + QLatin1Char('\n');
         QTextStream stream(&text);
         MapinfoPrjReader reader(&stream);
@@ -55,22 +44,22 @@ private Q_SLOTS:
         const bool found = reader.readNext();
         QCOMPARE(captured.count(), 1);
         QCOMPARE(reader.currentLineNumber(), 1);
-        QCOMPARE(rejected.count(), kind == QLatin1String("rejected") ? 1 : 0);
-        QCOMPARE(found, kind == QLatin1String("heading") || kind == QLatin1String("entry"));
+        QCOMPARE(rejected.count(), kind == "rejected"_s ? 1 : 0);
+        QCOMPARE(found, kind == "heading"_s || kind == "entry"_s);
         if (!found)
             QCOMPARE(reader.currentLineTextRef().toString(), line.trimmed());
 
         const CoordSystemParams entry = reader.prj();
         const QString heading = reader.capturedCategoryName().toString();
-        QCOMPARE(reader.capturedCategoryName().isNull(), kind != QLatin1String("heading"));
-        QTEST(kind == QLatin1String("heading") ? heading : entry.name(), "name");
-        QTEST(entry.epsg(), "epsg");
-        QTEST(entry.params.join(QLatin1Char('|')), "values");
+        QCOMPARE(reader.capturedCategoryName().isNull(), kind != "heading"_s);
+        QCOMPARE(kind == "heading"_s ? heading : entry.name(), name);
+        QCOMPARE(entry.epsg(), epsg);
+        QCOMPARE(entry.params.join(QLatin1Char('|')), values);
     }
 
     void wholeStream()
     {
-        QString text = QStringLiteral("# c\r\n\"---A---\"\r\nrubbish\r\n\r\n\"B\", 1\r\nmore");
+        QString text = "# c\r\n\"---A---\"\r\nrubbish\r\n\r\n\"B\", 1\r\nmore"_s;
         QTextStream stream(&text);
         MapinfoPrjReader reader(&stream);
         QStringList seen;
@@ -85,12 +74,12 @@ private Q_SLOTS:
         QVERIFY(!reader.readNext());
         QVERIFY(!reader.readNext());
         QCOMPARE(reader.currentLineNumber(), 6);
-        QCOMPARE(seen, QStringList({QStringLiteral("3rubbish"), QStringLiteral("6more")}));
+        QCOMPARE(seen, QStringList({"3rubbish"_s, "6more"_s}));
     }
 
     void progress()
     {
-        QString text = QStringLiteral("a\n");
+        QString text = "a\n"_s;
         QTextStream fromText(&text);
         MapinfoPrjReader textReader(&fromText);
         QCOMPARE(textReader.progress(), 0.0);

@@ -1,13 +1,11 @@
 // Grid references: lettering, edges, cutting, and the way back.
 
-#include "support/TestRunner.h"
+#include "support/Support.h"
 
 #include <coordsys/mgrs/mgrs.h>
 #include <coordsys/mgrs/utm.h>
 
 #include <proj.h>
-
-#include <QtTest>
 
 #include <cmath>
 #include <random>
@@ -48,13 +46,7 @@ private Q_SLOTS:
 
     void writes_data()
     {
-        QTest::addColumn<double>("lat");
-        QTest::addColumn<double>("lon");
-        QTest::addColumn<int>("precision");
-        QTest::addColumn<QString>("expected");
-        const auto row = [](const char *name, double lat, double lon, int precision, const char *expected) {
-            QTest::newRow(name) << lat << lon << precision << QString::fromLatin1(expected);
-        };
+        const support::Columns<double, double, int, QString> row;
         // The published 630084 E 4833438 N of zone 17; letters by hand: 600 km is the sixth letter from J
         // without O, 4800 km is 48 mod 20 = 8 rows above A.
         row("Toronto, CN Tower", 43.6425667, -79.3871389, 5, "17TPJ3008433438");
@@ -88,10 +80,8 @@ private Q_SLOTS:
     }
     void writes()
     {
-        QFETCH(double, lat);
-        QFETCH(double, lon);
-        QFETCH(int, precision);
-        QTEST(QString::fromStdString(encode(lat, lon, precision)), "expected");
+        const auto [lat, lon, precision, expected] = support::row<double, double, int, QString>();
+        QCOMPARE(QString::fromStdString(encode(lat, lon, precision)), expected);
     }
 
     void leavesTheGridOnAGiant()
@@ -121,13 +111,10 @@ private Q_SLOTS:
                 lon = std::clamp(nearEdge(3.0 * std::round(lon / 3.0)), -180.0, 360.0);
             const std::string full = encode(lat, lon);
             const std::size_t head = full.size() - 10;
-            for (int precision = 0; precision <= 5; ++precision) {
-                const auto digits = static_cast<std::size_t>(precision);
-                const std::string cut = encode(lat, lon, precision);
-                const std::string expected = full.substr(0, head + digits) + full.substr(head + 5, digits);
-                QVERIFY2(cut == expected, (cut + " is not cut from " + full).c_str());
-                const std::string back = again(cut, precision);
-                QVERIFY2(back == cut, (cut + " comes back as " + back).c_str());
+            for (std::size_t digits = 0; digits <= 5; ++digits) {
+                const std::string cut = encode(lat, lon, static_cast<int>(digits));
+                QCOMPARE(cut, full.substr(0, head + digits) + full.substr(head + 5, digits));
+                QCOMPARE(again(cut, static_cast<int>(digits)), cut);
             }
         }
     }
@@ -139,15 +126,14 @@ private Q_SLOTS:
         std::uniform_int_distribution<int> metre(0, 99999);
         for (const char *square : {"60GXV", "31NEA", "37UDB", "33XVG", "ZAH", "BKP"})
             for (int i = 0; i < 500; ++i) {
-                const QString text =
-                    QString::fromLatin1(square) + QStringLiteral("%1%2")
-                                                      .arg(metre(random), 5, 10, QLatin1Char('0'))
-                                                      .arg(metre(random), 5, 10, QLatin1Char('0'));
+                const std::string digits =
+                    std::to_string(10000000000 + metre(random) * 100000LL + metre(random));
+                const std::string text = square + digits.substr(1);
                 double lat = 0, lon = 0;
-                QCOMPARE(Convert_MGRS_To_Geodetic(qPrintable(text), &lat, &lon), 0);
+                QCOMPARE(Convert_MGRS_To_Geodetic(text.c_str(), &lat, &lon), 0);
                 const double east = proj_todeg(lon) < 0 ? proj_todeg(lon) + 360.0 : proj_todeg(lon);
-                QCOMPARE(QString::fromStdString(encode(proj_todeg(lat), proj_todeg(lon))), text);
-                QCOMPARE(QString::fromStdString(encode(proj_todeg(lat), east)), text);
+                QCOMPARE(encode(proj_todeg(lat), proj_todeg(lon)), text);
+                QCOMPARE(encode(proj_todeg(lat), east), text);
             }
     }
 
@@ -166,9 +152,9 @@ private Q_SLOTS:
         QCOMPARE(Convert_Geodetic_To_UTM_Zone(lat, lon, 31, &hemisphere, &x, &y), 0);
         QVERIFY(std::fabs(lon) < 1e-15 && std::fabs(y - 100000.0) < 1e-6);
         // 64 degrees north is 7097014.6 m on this meridian: the reference names a place of the next band.
-        QCOMPARE(QString::fromStdString(again("32VNR0000098000", 5)), QStringLiteral("32WNR0000098000"));
+        QCOMPARE(QString::fromStdString(again("32VNR0000098000", 5)), "32WNR0000098000"_s);
         // 290 km is 30 km west of the zone at 59 degrees, inside the overlap.
-        QCOMPARE(QString::fromStdString(again("33VTF9000050000", 0)).left(3), QStringLiteral("32V"));
+        QCOMPARE(QString::fromStdString(again("33VTF9000050000", 0)).left(3), "32V"_s);
     }
 
     void reads()
@@ -183,12 +169,12 @@ private Q_SLOTS:
 
     void refuses_data()
     {
-        QTest::addColumn<QByteArray>("text");
+        const support::Columns<QByteArray> row;
         const auto rows = [](const char *why, std::initializer_list<const char *> texts) {
             for (const char *text : texts)
                 QTest::addRow("%s: %s", why, text) << QByteArray(text);
         };
-        QTest::newRow("null") << QByteArray();
+        row("null", QByteArray());
         rows("too short", {"", "  ", "31", "31U", "31UD", "UDQ1234"});
         rows("digits", {"31UDQ1", "31UDQ123", "31UDQ12345612345", "31UDQ123456123456", "31UDQ 12 3456",
                         "31UDQ 12 34 56", "3 1UDQ", "31UDQ12-34", "31UDQ1234x", "31UDQ12.34"});
@@ -206,7 +192,7 @@ private Q_SLOTS:
     }
     void refuses()
     {
-        QFETCH(QByteArray, text);
+        const auto [text] = support::row<QByteArray>();
         double lat = -7, lon = -7;
         QCOMPARE(Convert_MGRS_To_Geodetic(text.isNull() ? nullptr : text.constData(), &lat, &lon), 4);
         QVERIFY(lat == -7 && lon == -7);

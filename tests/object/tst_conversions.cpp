@@ -1,8 +1,6 @@
 #include <support/Support.h>
-#include <support/TestRunner.h>
 #include <transform/BothWays.h>
 
-#include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
 #include <coordsys/EpsgCandidates.h>
 #include <coordsys/Measures.h>
@@ -13,10 +11,7 @@ using namespace nivora::cs;
 
 namespace {
 constexpr double METRES_PER_DEGREE = 111194.87428468118; // 6370997 m * pi / 180
-CoordSystemPtr proj(const char *text)
-{
-    return support::shippedFactory()->createFromProj(QString::fromUtf8(text));
-}
+CoordSystemPtr proj(const char *text) { return support::made("proj:"_s + QString::fromUtf8(text)); }
 QRectF scaled(const QRectF &degrees)
 {
     return {degrees.topLeft() * METRES_PER_DEGREE, degrees.size() * METRES_PER_DEGREE};
@@ -71,8 +66,8 @@ private Q_SLOTS:
         QRectF out;
         QVERIFY(polar->forward(QRectF(-30, 60, 60, 20), out));
         const double radius = 2 * 6370997 * std::tan(CoordSystem::DEGREES_TO_RADIANS * 15);
-        QVERIFY(std::fabs(out.top() + radius) < 1e-3);
-        QVERIFY(std::fabs(out.right() - radius / 2) < 1e-3);
+        VERIFY_NEAR(out.top(), -radius, 1e-3);
+        VERIFY_NEAR(out.right(), radius / 2, 1e-3);
         QVERIFY(polar->inverse(QRectF(out), out) && out.top() < 60.0);
         const CoordSystemPtr geographic = proj("+proj=longlat +datum=WGS84");
         QVERIFY(geographic->inverse(QRectF(METRES_PER_DEGREE, 0, METRES_PER_DEGREE, METRES_PER_DEGREE), out));
@@ -94,7 +89,7 @@ private Q_SLOTS:
         const CoordSystemPtr geographic = proj("+proj=longlat +datum=WGS84");
         const CoordSystemPtr merc = proj("+proj=merc +R=6370997 +units=km");
         bool ok = false;
-        QVERIFY(std::fabs(geographic->sphericalDistance({0, 0}, {0, 1}, &ok) - METRES_PER_DEGREE) < 1e-6);
+        VERIFY_NEAR(geographic->sphericalDistance({0, 0}, {0, 1}, &ok), METRES_PER_DEGREE, 1e-6);
         QVERIFY(ok);
         // From 60 N to 30 N, 90 degrees apart: arccos(sin 60 sin 30) on the sphere.
         QVERIFY(std::fabs(geographic->sphericalDistance({0, 60}, {90, 30}, nullptr) -
@@ -110,7 +105,7 @@ private Q_SLOTS:
                           90 * METRES_PER_DEGREE) < 1e-5);
         QVERIFY(std::fabs(merc->sphericalDistance({0, 0}, {METRES_PER_DEGREE / 1000, 0}, &ok) -
                           METRES_PER_DEGREE) < 1e-5);
-        QVERIFY(std::fabs(geographic->cartesianDistance({1, 1}, {4, 5}) - 5 * METRES_PER_DEGREE) < 1e-8);
+        VERIFY_NEAR(geographic->cartesianDistance({1, 1}, {4, 5}), 5 * METRES_PER_DEGREE, 1e-8);
         QCOMPARE(merc->cartesianDistance({1, 1}, {4, 5}), 5.0);
         const CoordSystemPtr ortho = proj("+proj=ortho +R=6370997");
         for (const auto &[a, b] :
@@ -214,33 +209,24 @@ private Q_SLOTS:
 
     void normalizedText_data()
     {
-        QTest::addColumn<QString>("in");
-        QTest::addColumn<QString>("geographicOnly");
-        QTest::addColumn<QString>("always");
-        const char *zero = "+towgs84=0,0,0,0,0,0,0";
-        const auto row = [](const char *in, const QString &fixed, const QString &always) {
-            QTest::newRow(in) << QString::fromUtf8(in) << fixed << always;
-        };
-        const QString lonLat =
-            QStringLiteral("+proj=longlat +ellps=WGS84 %1 +no_defs").arg(QLatin1String(zero));
+        const support::Columns<QString, QString, QString> row;
+        const QString zero = "+towgs84=0,0,0,0,0,0,0"_s;
+        const QString lonLat = "+proj=longlat +ellps=WGS84 %1 +no_defs"_s.arg(zero);
         row("+proj=longlat +ellps=WGS84 +no_defs", lonLat, lonLat);
-        const QString twice =
-            QStringLiteral("+proj=longlat +datum=WGS84 %1 +no_defs").arg(QLatin1String(zero));
-        row("+proj=longlat +ellps=WGS84 +towgs84=0,0,0,0,0,0,0 +no_defs", twice, twice);
-        row("+proj=merc +ellps=WGS84", QStringLiteral("+proj=merc +ellps=WGS84"),
-            QStringLiteral("+proj=merc +ellps=WGS84 ") + QLatin1String(zero));
-        row("+proj=mill +R_A +towgs84=1,2,3", QStringLiteral("+proj=mill  +towgs84=1,2,3"),
-            QStringLiteral("+proj=mill  +towgs84=1,2,3"));
+        const QString twice = "+proj=longlat +datum=WGS84 %1 +no_defs"_s.arg(zero);
+        row(lonLat, twice, twice);
+        row("+proj=merc +ellps=WGS84", "+proj=merc +ellps=WGS84", "+proj=merc +ellps=WGS84 "_s + zero);
+        row("+proj=mill +R_A +towgs84=1,2,3", "+proj=mill  +towgs84=1,2,3", "+proj=mill  +towgs84=1,2,3");
     }
     void normalizedText()
     {
-        QFETCH(QString, in);
-        QTEST(fixedProjString(in, true), "geographicOnly");
-        QTEST(fixedProjString(in, false), "always");
+        const auto [in, geographicOnly, always] = support::row<QString, QString, QString>();
+        QCOMPARE(fixedProjString(in, true), geographicOnly);
+        QCOMPARE(fixedProjString(in, false), always);
         bool removed = false;
-        QCOMPARE(removeHelmertFromProjString(
-                     QStringLiteral("+proj=x +nadgrids=a +towgs84=1 +geoidgrids=b +no_defs"), removed),
-                 QStringLiteral("+proj=x    +no_defs"));
+        QCOMPARE(
+            removeHelmertFromProjString("+proj=x +nadgrids=a +towgs84=1 +geoidgrids=b +no_defs"_s, removed),
+            "+proj=x    +no_defs"_s);
         QVERIFY(removed);
     }
 };

@@ -1,7 +1,5 @@
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
-#include <coordsys/CoordSystem.h>
 #include <coordsys/ProjEngine.h>
 #include <coordsys/ProjLibMetadata.h>
 
@@ -16,15 +14,14 @@ private Q_SLOTS:
     {
         const ProjLibMetadata metadata;
         const QString epsg = ProjLibMetadata::EPSG;
-        QCOMPARE(metadata.nameCrs(4326, epsg), QStringLiteral("WGS 84"));
-        QVERIFY(metadata.projStringForCrs(4326, epsg).contains(QLatin1String("+type=crs")));
+        QCOMPARE(metadata.nameCrs(4326, epsg), "WGS 84"_s);
+        QVERIFY(metadata.projStringForCrs(4326, epsg).contains("+type=crs"_s));
         const QString utm = metadata.projStringForCrs(32637, epsg);
-        QVERIFY2(utm.startsWith(QLatin1String("+proj=utm +zone=37")) && !utm.contains(QLatin1String("type")),
-                 qPrintable(utm));
-        QVERIFY(metadata.wktStringForCrs(32637, epsg).startsWith(QLatin1String("PROJCRS[")));
+        QVERIFY2(utm.startsWith("+proj=utm +zone=37"_s) && !utm.contains("type"_s), qPrintable(utm));
+        QVERIFY(metadata.wktStringForCrs(32637, epsg).startsWith("PROJCRS["_s));
         VERIFY_NEAR(metadata.rectWgs84ForCrs(32637, epsg), QRectF(36, 0, 6, 84), 1e-9); // the zone
         QVERIFY(metadata.rectWgs84ForCrs(3460, epsg).width() < 0.0); // Fiji, across 180 degrees
-        QVERIFY(metadata.authNames().contains(epsg) && metadata.authNames().contains(QStringLiteral("ESRI")));
+        QVERIFY(metadata.authNames().contains(epsg) && metadata.authNames().contains("ESRI"_s));
 
         int geographic = 0, projected = 0;
         const ProjLibMetadata::ProjectionCatalog all = metadata.listProjections(epsg);
@@ -32,47 +29,36 @@ private Q_SLOTS:
             for (const auto &info : list)
                 ++(info.kind == ProjLibMetadata::Kind::Geographic ? geographic : projected);
         QVERIFY(geographic > 500 && projected > 4000); // of the EPSG registry's thousands
-        const auto &world = all.value(QStringLiteral("World."));
+        const auto &world = all.value("World."_s);
         QVERIFY(std::any_of(world.cbegin(), world.cend(), [](const auto &info) {
-            return info.id == QLatin1String("EPSG:4326") && info.name == QLatin1String("WGS 84") &&
-                   info.rect == CoordSystem::RectEarth;
+            return info.id == "EPSG:4326"_s && info.name == "WGS 84"_s && info.rect == CoordSystem::RectEarth;
         }));
-        QVERIFY(metadata.listProjections(QStringLiteral("no such %1")).isEmpty());
+        QVERIFY(metadata.listProjections("no such %1"_s).isEmpty());
     }
 
     void unknownCode()
     {
         const ProjLibMetadata m;
-        const QString auth = QStringLiteral("A%2B"); // a percent sign in a value stays a percent sign
-        const std::pair<const char *, std::function<void()>> calls[] = {
-            {"Запрос имени для A%2B=7:", [&] { (void)m.nameCrs(7, auth); }},
-            {"Запрос proj строки для A%2B=7:", [&] { (void)m.projStringForCrs(7, auth); }},
-            {"Запрос wkt строки для A%2B=7:", [&] { (void)m.wktStringForCrs(7, auth); }},
-            {"Запрос ограничивающего прямоугольника для A%2B=7:", [&] { (void)m.rectWgs84ForCrs(7, auth); }},
-            {"Ошибка при инициализации проекции a%1b:",
-             [&] { (void)m.epsgForProjString(QStringLiteral("a%1b")); }}};
-        for (const auto &[text, call] : calls) {
-            const QString instead =
-                support::thrownInstead<ProjException>(call, QString::fromUtf8(text), true);
-            QVERIFY2(instead.isEmpty(), qPrintable(instead));
-        }
+        const QString auth = "A%2B"_s; // a percent sign in a value stays a percent sign
+        VERIFY_THROWS_LIKE(ProjException, m.nameCrs(7, auth), "Запрос имени для A%2B=7:");
+        VERIFY_THROWS_LIKE(ProjException, m.projStringForCrs(7, auth), "Запрос proj строки для A%2B=7:");
+        VERIFY_THROWS_LIKE(ProjException, m.wktStringForCrs(7, auth), "Запрос wkt строки для A%2B=7:");
+        VERIFY_THROWS_LIKE(ProjException, m.rectWgs84ForCrs(7, auth),
+                           "Запрос ограничивающего прямоугольника для A%2B=7:");
+        VERIFY_THROWS_LIKE(ProjException, m.epsgForProjString("a%1b"_s),
+                           "Ошибка при инициализации проекции a%1b:");
     }
 
     void identify()
     {
-        const auto code = [](const char *text) {
-            return ProjLibMetadata().epsgForProjString(QString::fromUtf8(text));
-        };
-        QCOMPARE(code("+proj=utm +zone=37 +datum=WGS84 +units=m +no_defs"), 32637);
-        QCOMPARE(code("+proj=longlat +datum=WGS84 +no_defs"), 4326);
-        QCOMPARE(code("+proj=tmerc +lat_0=0 +lon_0=39 +k=1 +x_0=7500000 +y_0=0 +ellps=krass +units=m"),
-                 28407);
-        QCOMPARE(code("EPSG:2154"), 2154);
         const int none = CoordSystem::EPSG_UNDEFINDED;
-        QCOMPARE(code("+proj=longlat +ellps=WGS84 +towgs84=0,0,0 +no_defs"), none);
-        QCOMPARE(code("+proj=tmerc +lon_0=39.5 +x_0=1250000 +ellps=krass"),
-                 none); // like registered ones only
-        QCOMPARE(code("+proj=eqc +R=6370997 +units=m +no_defs"), none);
+        const std::pair<const char *, int> codes[] = {
+            {"+proj=utm +zone=37 +datum=WGS84 +units=m +no_defs", 32637},
+            {"+proj=tmerc +lat_0=0 +lon_0=39 +k=1 +x_0=7500000 +y_0=0 +ellps=krass +units=m", 28407},
+            {"+proj=longlat +ellps=WGS84 +towgs84=0,0,0 +no_defs", none},
+            {"+proj=tmerc +lon_0=39.5 +x_0=1250000 +ellps=krass", none}}; // like registered ones only
+        for (const auto &[text, code] : codes)
+            QCOMPARE(ProjLibMetadata().epsgForProjString(QString::fromUtf8(text)), code);
     }
 
     void cancelled()
@@ -80,9 +66,9 @@ private Q_SLOTS:
         const auto handler = std::make_shared<nivora::concurrent::ProgressHandler>();
         handler->cancel();
         // Before any work: not even the text is read.
-        QCOMPARE(ProjLibMetadata().epsgForProjString(handler, QStringLiteral("rubbish")),
+        QCOMPARE(ProjLibMetadata().epsgForProjString(handler, "rubbish"_s),
                  int(CoordSystem::EPSG_UNDEFINDED));
-        QCOMPARE(ProjLibMetadata().epsgForProjString(nullptr, QStringLiteral("EPSG:2154")), 2154);
+        QCOMPARE(ProjLibMetadata().epsgForProjString(nullptr, "EPSG:2154"_s), 2154);
     }
 };
 

@@ -2,7 +2,6 @@
 #include <coordsys/ProjectionParamsManager.h>
 
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
 #include <cstring>
 
@@ -66,15 +65,12 @@ private Q_SLOTS:
     {
         const support::LogCapture quiet;
         const QTemporaryDir dir;
-        QFile file(QDir(dir.path()).filePath(QStringLiteral("projection_en.xml")));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(R"xml(<r><ellipsoids>
+        support::writeFile(dir.filePath("projection_en.xml"_s), R"xml(<r><ellipsoids>
 <e id="3" name_mitab="Красовский (1940)" semi_major="6378245" inv_flatenning="298.3"/>
 <e id="0" name_mitab="GRS 80"/></ellipsoids>
 <datums><d id="1001" name_mitab="Пулково &quot;1942&quot; (СК-42.)" epsg_mitab="6284" ellipsoid="3"
  dx="24" dy="-123" dz="-94" rx="-0.02" ry="0.25" rz="0.13" sa="1.1" pm="30.5"/></datums></r>)xml");
-        file.close();
-        QVERIFY(ProjectionParamsManager().initFromXML(QDir(dir.path()), QStringLiteral("en"))); // hands over
+        QVERIFY(ProjectionParamsManager().initFromXML(QDir(dir.path()), "en"_s)); // hands over
         QCOMPARE(ellipsoids.calls, expectedCalls);
         QCOMPARE(datums.calls, expectedCalls);
         receive(ellipsoids, &ExportCoordSystemParamsToMitabInternal::lastEllipsoids());
@@ -82,15 +78,15 @@ private Q_SLOTS:
 
         QCOMPARE(ellipsoids.bytes, std::size_t(2 * 56));
         QCOMPARE(ellipsoids.at<std::int32_t>(0), 3);
-        QCOMPARE(ellipsoids.textAt(8), QString::fromUtf8("Красовский (1940)")); // names of ellipsoids stay
+        QCOMPARE(ellipsoids.textAt(8), "Красовский (1940)"_s); // names of ellipsoids stay
         QCOMPARE(ellipsoids.at<double>(40), 6378245.0);
         QCOMPARE(ellipsoids.at<double>(48), 298.3);
-        QCOMPARE(ellipsoids.textAt(56 + 8), QStringLiteral("GRS 80"));
+        QCOMPARE(ellipsoids.textAt(56 + 8), "GRS 80"_s);
 
         QCOMPARE(datums.bytes, std::size_t(112));
         QCOMPARE(datums.at<std::int32_t>(0), 6284);
         QCOMPARE(datums.at<std::int32_t>(4), 1001);
-        QCOMPARE(datums.textAt(8), QStringLiteral("Pulkovo__1942___SK-42__"));
+        QCOMPARE(datums.textAt(8), "Pulkovo__1942___SK-42__"_s);
         QCOMPARE(datums.at<std::int32_t>(40), 3);
         const double figures[] = {24, -123, -94, -0.02, 0.25, 0.13, 1.1, 30.5};
         for (std::size_t i = 0; i < 8; ++i)
@@ -103,8 +99,8 @@ private Q_SLOTS:
         ellipsoids = datums = Received();
         ExportCoordSystemParamsToMitabInternal::replaceEllipsoidParameters({});
         ExportCoordSystemParamsToMitabInternal::replaceDatumParameters({});
-        QCOMPARE(log.lines(), QStringList({QStringLiteral("error: List of ellipsoids is empty"),
-                                           QStringLiteral("error: List of datumss is empty")}));
+        QCOMPARE(log.lines(),
+                 QStringList({"error: List of ellipsoids is empty"_s, "error: List of datumss is empty"_s}));
         QCOMPARE(ellipsoids.calls + datums.calls, 0);
     }
 };

@@ -39,10 +39,15 @@ int sampleStep()
 
 QString summary(const QStringList &faults)
 {
-    return faults.isEmpty()
-               ? QString()
-               : QStringLiteral("%1 faults:\n%2")
-                     .arg(QString::number(faults.size()), faults.mid(0, 20).join(QLatin1Char('\n')));
+    return faults.isEmpty() ? QString()
+                            : "%1 faults:\n%2"_s.arg(QString::number(faults.size()),
+                                                     faults.mid(0, 20).join(QLatin1Char('\n')));
+}
+
+Pj registered(const QByteArray &code, PJ_CATEGORY category)
+{
+    return Pj(proj_create_from_database(nullptr, "EPSG", code.constData(), category, 0, nullptr),
+              proj_destroy);
 }
 
 Figure::Figure(const PJ *crs)
@@ -56,9 +61,7 @@ Figure::Figure(const PJ *crs)
 }
 
 Definition::Definition(int epsg)
-    : crs(proj_create_from_database(nullptr, "EPSG", QByteArray::number(epsg).constData(), PJ_CATEGORY_CRS, 0,
-                                    nullptr),
-          proj_destroy)
+    : crs(registered(QByteArray::number(epsg)))
     , base(proj_crs_get_geodetic_crs(nullptr, crs.get()), proj_destroy)
     , toPlane(nullptr, proj_destroy)
     , figure(base.get())

@@ -32,6 +32,9 @@ QString summary(const QStringList &faults);
 
 using Pj = std::unique_ptr<PJ, PJ *(*)(PJ *)>;
 
+/// An object of EPSG's registry.
+Pj registered(const QByteArray &code, PJ_CATEGORY category = PJ_CATEGORY_CRS);
+
 /// The ellipsoid and meridian of a PROJ system.
 struct Figure
 {

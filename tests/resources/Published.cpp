@@ -58,7 +58,7 @@ Seven figuresOf(const TABProjInfo_t &info)
 }
 
 Published::Published()
-    : m_wgs84(proj_create_from_database(nullptr, "EPSG", "4326", PJ_CATEGORY_CRS, 0, nullptr), proj_destroy)
+    : m_wgs84(registered("4326"))
     , m_context(proj_create_operation_factory_context(nullptr, nullptr),
                 proj_operation_factory_context_destroy)
 {
@@ -138,9 +138,7 @@ void Published::listTransformations()
     QHash<QByteArray, bool> wgs84; // by code of the target
     PROJ_STRING_LIST codes = proj_get_codes_from_database(nullptr, "EPSG", PJ_TYPE_TRANSFORMATION, 0);
     for (PROJ_STRING_LIST code = codes; code && *code; ++code) {
-        const Pj one(
-            proj_create_from_database(nullptr, "EPSG", *code, PJ_CATEGORY_COORDINATE_OPERATION, 0, nullptr),
-            proj_destroy);
+        const Pj one = registered(*code, PJ_CATEGORY_COORDINATE_OPERATION);
         Seven seven{};
         if (!one || !figures(one.get(), seven))
             continue;

@@ -4,9 +4,7 @@
 #include "Published.h"
 
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
-#include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjectionParamsManager.h>
@@ -34,14 +32,14 @@ QString otherDatum(const TABProjInfo_t &a, const TABProjInfo_t &b)
 {
     constexpr double sameFigure = 1e-9; // metres, arc-seconds, ppm, degrees: both texts have the same digits
     if (a.nDatumId != b.nDatumId)
-        return QStringLiteral("datum %1 became %2").arg(a.nDatumId).arg(b.nDatumId);
+        return "datum %1 became %2"_s.arg(a.nDatumId).arg(b.nDatumId);
     if (a.nEllipsoidId != b.nEllipsoidId)
-        return QStringLiteral("ellipsoid %1 became %2").arg(a.nEllipsoidId).arg(b.nEllipsoidId);
+        return "ellipsoid %1 became %2"_s.arg(a.nEllipsoidId).arg(b.nEllipsoidId);
     double off = std::fabs(a.dDatumShiftX - b.dDatumShiftX) + std::fabs(a.dDatumShiftY - b.dDatumShiftY) +
                  std::fabs(a.dDatumShiftZ - b.dDatumShiftZ);
     for (int i = 0; i < 5; ++i)
         off += std::fabs(a.adDatumParams[i] - b.adDatumParams[i]);
-    return off <= sameFigure ? QString() : QStringLiteral("the shift differs");
+    return off <= sameFigure ? QString() : "the shift differs"_s;
 }
 
 /// Worst distance in the plane over the area of a code, metres; infinite when only one of them has a value.
@@ -71,87 +69,84 @@ private Q_SLOTS:
         proj_log_level(nullptr, PJ_LOG_NONE);
         QVERIFY(m_factory = support::shippedFactory());
     }
-    void cataloguedCodesKeepPlaneAndDatum();
-    void otherCodesClaimNoWrongDatum();
+    void cataloguedCodesKeepPlaneAndDatum()
+    {
+        const MapHeaderCoordsysConverter converter;
+        QStringList faults;
+        for (const Item &item : catalogue::items(catalogue::sampleStep())) {
+            const int code = item.entry.epsg();
+            if (code <= 0)
+                continue;
+            try {
+                const CoordSystemPtr made = m_factory->createFromEpsg(code);
+                const QString text = made->prjStr();
+                const CoordSystemPtr read = m_factory->createFromPrj(text);
+                QString fault = otherDatum(converter.prjStrToTABProjInfo(item.entry.asPrjString()),
+                                           converter.prjStrToTABProjInfo(text));
+                if (fault.isEmpty() && made->isLatLong() != read->isLatLong())
+                    fault = "another kind of system"_s;
+                const double off = made->isLatLong() ? 0.0 : farthest(*made, *read, Definition(code));
+                const bool isXian = made->description().contains("1980"_s);
+                if (fault.isEmpty() && !(off <= (isXian ? sameOnXian : samePlace)))
+                    fault = "%1 m off"_s.arg(off);
+                if (!fault.isEmpty())
+                    faults << "%1: %2: %3"_s.arg(QString::number(code), fault, text);
+            } catch (const std::exception &e) {
+                faults << "%1: %2"_s.arg(QString::number(code), QString::fromUtf8(e.what()));
+            }
+        }
+        QVERIFY2(faults.isEmpty(), qPrintable(summary(faults)));
+    }
+
+    void otherCodesClaimNoWrongDatum()
+    {
+        std::vector<int> codes;
+        for (const PJ_TYPE type : {PJ_TYPE_GEOGRAPHIC_2D_CRS, PJ_TYPE_PROJECTED_CRS}) {
+            PROJ_STRING_LIST list = proj_get_codes_from_database(nullptr, "EPSG", type, 1);
+            for (PROJ_STRING_LIST each = list; each && *each; ++each)
+                codes.push_back(QByteArray(*each).toInt());
+            proj_string_list_destroy(list);
+        }
+        QSet<int> catalogued;
+        for (const Item &item : catalogue::items())
+            catalogued << item.entry.epsg();
+
+        constexpr double farOff = 100.0; // metres: as for the entries of the catalogue
+        catalogue::Published published;
+        QStringList faults;
+        int told = 0, refused = 0;
+        for (std::size_t i = 0; i < codes.size(); i += static_cast<std::size_t>(catalogue::sampleStep())) {
+            if (catalogued.contains(codes[i]))
+                continue;
+            CoordSystemPtr read;
+            {
+                const support::LogCapture log;
+                try {
+                    read = m_factory->createWithoutDescription(m_factory->createFromEpsg(codes[i])->prjStr());
+                } catch (const std::exception &) {
+                    ++refused; // no text, hence no claim
+                    continue;
+                }
+                if (!support::LogCapture::lines("error"_s).isEmpty()) {
+                    ++told;
+                    continue;
+                }
+            }
+            const Definition definition(codes[i]);
+            const auto &operations = published.of(definition.base.get());
+            const catalogue::Distances off = catalogue::distances(read, definition, operations);
+            // 3785 is the web Mercator under its first number: on a sphere, by the angles of WGS 84.
+            if (operations.empty() ? codes[i] != 3785 : !(off.best <= farOff))
+                faults << "%1: %2 m: %3"_s.arg(QString::number(codes[i]), QString::number(off.best),
+                                               read->prjStr());
+        }
+        QVERIFY(told > refused);
+        QVERIFY2(faults.isEmpty(), qPrintable(summary(faults)));
+    }
 
 private:
     std::shared_ptr<CoordSysFactory> m_factory;
 };
-
-void TestRoundTrip::cataloguedCodesKeepPlaneAndDatum()
-{
-    const MapHeaderCoordsysConverter converter;
-    QStringList faults;
-    for (const Item &item : catalogue::items(catalogue::sampleStep())) {
-        const int code = item.entry.epsg();
-        if (code <= 0)
-            continue;
-        try {
-            const CoordSystemPtr made = m_factory->createFromEpsg(code);
-            const QString text = made->prjStr();
-            const CoordSystemPtr read = m_factory->createFromPrj(text);
-            QString fault = otherDatum(converter.prjStrToTABProjInfo(item.entry.asPrjString()),
-                                       converter.prjStrToTABProjInfo(text));
-            if (fault.isEmpty() && made->isLatLong() != read->isLatLong())
-                fault = QStringLiteral("another kind of system");
-            const double off = made->isLatLong() ? 0.0 : farthest(*made, *read, Definition(code));
-            const bool isXian = made->description().contains(QLatin1String("1980"));
-            if (fault.isEmpty() && !(off <= (isXian ? sameOnXian : samePlace)))
-                fault = QStringLiteral("%1 m off").arg(off);
-            if (!fault.isEmpty())
-                faults << QStringLiteral("%1: %2: %3").arg(QString::number(code), fault, text);
-        } catch (const std::exception &e) {
-            faults << QStringLiteral("%1: %2").arg(QString::number(code), QString::fromUtf8(e.what()));
-        }
-    }
-    QVERIFY2(faults.isEmpty(), qPrintable(summary(faults)));
-}
-
-void TestRoundTrip::otherCodesClaimNoWrongDatum()
-{
-    std::vector<int> codes;
-    for (const PJ_TYPE type : {PJ_TYPE_GEOGRAPHIC_2D_CRS, PJ_TYPE_PROJECTED_CRS}) {
-        PROJ_STRING_LIST list = proj_get_codes_from_database(nullptr, "EPSG", type, 1);
-        for (PROJ_STRING_LIST each = list; each && *each; ++each)
-            codes.push_back(QByteArray(*each).toInt());
-        proj_string_list_destroy(list);
-    }
-    QSet<int> catalogued;
-    for (const Item &item : catalogue::items())
-        catalogued << item.entry.epsg();
-
-    constexpr double farOff = 100.0; // metres: as for the entries of the catalogue
-    catalogue::Published published;
-    QStringList faults;
-    int told = 0, refused = 0;
-    for (std::size_t i = 0; i < codes.size(); i += static_cast<std::size_t>(catalogue::sampleStep())) {
-        if (catalogued.contains(codes[i]))
-            continue;
-        CoordSystemPtr read;
-        {
-            const support::LogCapture log;
-            try {
-                read = m_factory->createWithoutDescription(m_factory->createFromEpsg(codes[i])->prjStr());
-            } catch (const std::exception &) {
-                ++refused; // no text, hence no claim
-                continue;
-            }
-            if (!support::LogCapture::lines(QStringLiteral("error")).isEmpty()) {
-                ++told;
-                continue;
-            }
-        }
-        const Definition definition(codes[i]);
-        const auto &operations = published.of(definition.base.get());
-        const catalogue::Distances off = catalogue::distances(read, definition, operations);
-        // 3785 is the web Mercator under its first number: on a sphere, by the angles of WGS 84.
-        if (operations.empty() ? codes[i] != 3785 : !(off.best <= farOff))
-            faults << QStringLiteral("%1: %2 m: %3")
-                          .arg(QString::number(codes[i]), QString::number(off.best), read->prjStr());
-    }
-    QVERIFY(told > refused);
-    QVERIFY2(faults.isEmpty(), qPrintable(summary(faults)));
-}
 
 NIVORA_TEST(TestRoundTrip)
 #include "tst_roundtrip.moc"

@@ -45,6 +45,18 @@ std::shared_ptr<CoordSysFactory> shippedFactory()
     return factory;
 }
 
+nivora::cs::CoordSystemPtr made(const Text &tagged)
+{
+    return shippedFactory()->createFromTaggedString(tagged);
+}
+
+void writeFile(const QString &path, const QByteArray &content)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+        qFatal("cannot write %s", qPrintable(path));
+}
+
 LogCapture::LogCapture()
 {
     {
@@ -88,9 +100,7 @@ ResourceCopy::ResourceCopy()
 
 void ResourceCopy::write(const QString &file, const QByteArray &content) const
 {
-    QFile target(dir().filePath(file));
-    if (!target.open(QIODevice::WriteOnly) || target.write(content) != content.size())
-        qFatal("cannot write %s", qPrintable(target.fileName()));
+    writeFile(dir().filePath(file), content);
 }
 
 void ResourceCopy::remove(const QString &file) const { QFile::remove(dir().filePath(file)); }

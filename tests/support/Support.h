@@ -1,6 +1,9 @@
 #pragma once
 
+#include "TestRunner.h"
+
 #include <coordsys/CoordSysFactory.h>
+#include <coordsys/CoordSystem.h>
 
 #include <QByteArray>
 #include <QDir>
@@ -12,9 +15,67 @@
 #include <QtTest>
 
 #include <memory>
+#include <tuple>
+#include <type_traits>
 #include <typeinfo>
+#include <utility>
+
+/// Texts of the tests are UTF-8.
+inline QString operator""_s(const char *text, std::size_t size)
+{
+    return QString::fromUtf8(text, static_cast<int>(size));
+}
 
 namespace support {
+
+/// A text that may be given as a literal in UTF-8.
+struct Text : QString
+{
+    Text(const char *utf8) // NOLINT: nullptr is the null text
+        : QString(QString::fromUtf8(utf8))
+    {}
+    Text(const QByteArray &utf8)
+        : QString(QString::fromUtf8(utf8))
+    {}
+    Text(const QString &text)
+        : QString(text)
+    {}
+};
+
+/// Up to eight columns of a _data() function. A call adds a row: its name, then a value for each column;
+/// without a name the first text is the name.
+template <typename... T> class Columns
+{
+    template <typename V> using Cell = std::conditional_t<std::is_same_v<V, QString>, Text, V>;
+
+public:
+    Columns() { addColumns(std::index_sequence_for<T...>()); }
+    void operator()(const Text &name, const Cell<T> &...cells) const { add(name, cells...); }
+    void operator()(const Cell<T> &...cells) const { add(std::get<0>(std::tie(cells...)), cells...); }
+
+    static constexpr const char *names[] = {"0", "1", "2", "3", "4", "5", "6", "7"};
+
+private:
+    template <std::size_t... i> static void addColumns(std::index_sequence<i...>)
+    {
+        (QTest::addColumn<T>(names[i]), ...);
+    }
+    static void add(const Text &name, const T &...cells)
+    {
+        (QTest::newRow(name.toUtf8().constData()) << ... << cells);
+    }
+};
+
+/// The values of the current row.
+template <typename... T> std::tuple<T...> row()
+{
+    int i = 0;
+    const auto value = [&i](auto type) { // a braced list is evaluated from left to right
+        const int id = qMetaTypeId<typename decltype(type)::type>();
+        return *static_cast<typename decltype(type)::type *>(QTest::qData(Columns<>::names[i++], id));
+    };
+    return std::tuple<T...>{value(std::common_type<T>())...};
+}
 
 /// The shipped catalogues, and the small inputs of the tests.
 QDir resources();
@@ -22,6 +83,12 @@ QDir data();
 
 /// A factory over the shipped catalogues, initialised once per process and installed as default on each call.
 std::shared_ptr<nivora::cs::CoordSysFactory> shippedFactory();
+
+/// A system of that factory from a tagged string.
+nivora::cs::CoordSystemPtr made(const Text &tagged);
+
+/// Ends the test when the file cannot be written.
+void writeFile(const QString &path, const QByteArray &content);
 
 /// Puts the default factory back as it was.
 class DefaultFactoryKeeper
@@ -63,7 +130,7 @@ private:
 
 /// Empty when \p call throws exactly an E whose text is \p text (or begins with it, when \p prefix is set);
 /// else what happened instead.
-template <typename E, typename F> QString thrownInstead(F &&call, const QString &text, bool prefix = false)
+template <typename E, typename F> QString thrownInstead(F &&call, const Text &text, bool prefix = false)
 {
     try {
         call();
@@ -80,7 +147,8 @@ template <typename E, typename F> QString thrownInstead(F &&call, const QString 
     return QStringLiteral("nothing was thrown");
 }
 
-/// Points and rectangles within a tolerance (the unit is the caller's).
+/// Numbers, points and rectangles within a tolerance (the unit is the caller's).
+inline bool near(double a, double b, double tolerance) { return qAbs(a - b) <= tolerance; }
 bool near(const QPointF &a, const QPointF &b, double tolerance);
 bool near(const QRectF &a, const QRectF &b, double tolerance);
 
@@ -88,10 +156,10 @@ bool near(const QRectF &a, const QRectF &b, double tolerance);
 
 /// Fails the test with what happened instead of the exception.
 #define VERIFY_THROWS(Type, call, text)                                                                      \
-    do {                                                                                                     \
-        const QString instead = support::thrownInstead<Type>([&] { (void)(call); }, text);                   \
-        QVERIFY2(instead.isEmpty(), qPrintable(instead));                                                    \
-    } while (false)
+    QCOMPARE(support::thrownInstead<Type>([&] { (void)(call); }, text), QString())
+/// The same for the beginning of the text.
+#define VERIFY_THROWS_LIKE(Type, call, text)                                                                 \
+    QCOMPARE(support::thrownInstead<Type>([&] { (void)(call); }, text, true), QString())
 
 #define VERIFY_NEAR(actual, expected, tolerance)                                                             \
     do {                                                                                                     \

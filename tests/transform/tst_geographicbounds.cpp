@@ -1,7 +1,5 @@
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
-#include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
 
 #include <cmath>
@@ -36,16 +34,14 @@ QVector<QPointF> sampled(const CoordTransform &transform, const QRectF &rect)
 
 QString marksOf(const GeographicBounds &bounds)
 {
-    QStringList marks;
-    if (bounds.crossesAntimeridian())
-        marks << QStringLiteral("180");
-    if (bounds.isAllAround())
-        marks << QStringLiteral("around");
-    if (bounds.hasNorthPole)
-        marks << QStringLiteral("N");
-    if (bounds.hasSouthPole)
-        marks << QStringLiteral("S");
-    return marks.join(QLatin1Char(' '));
+    const std::pair<bool, const char *> marks[] = {{bounds.crossesAntimeridian(), "180 "},
+                                                   {bounds.isAllAround(), "around "},
+                                                   {bounds.hasNorthPole, "N "},
+                                                   {bounds.hasSouthPole, "S "}};
+    QString text;
+    for (const auto &[isSet, mark] : marks)
+        text += isSet ? QString::fromLatin1(mark) : QString();
+    return text.trimmed();
 }
 
 } // namespace
@@ -58,46 +54,36 @@ private Q_SLOTS:
 
     void bounds_data()
     {
-        QTest::addColumn<QString>("system");
-        QTest::addColumn<QRectF>("planar");
-        QTest::addColumn<QString>("marks");
-        const auto row = [](const char *name, const char *system, const QRectF &planar, const char *marks) {
-            QTest::newRow(name) << QString::fromLatin1(system) << planar << QString::fromLatin1(marks);
-        };
+        const support::Columns<QString, QRectF, QString> row;
+        // clang-format off
         const double world = 20037508.342789244; // half the equator of WGS 84 in metres
         row("Moscow: nothing special", "EPSG:32637", {400000, 6100000, 100000, 100000}, "");
         row("Fiji: map grid on both sides of 180", "EPSG:3460", {1800000, 3700000, 700000, 600000}, "180");
         row("Chukotka: UTM zone 60 reaches over 180", "EPSG:32660", {400000, 7200000, 400000, 700000}, "180");
-        row("Fiji in the last UTM zone, this side of 180", "EPSG:32760", {400000, 7900000, 200000, 200000},
-            "");
+        row("Fiji in the last UTM zone, this side of 180", "EPSG:32760", {400000, 7900000, 200000, 200000}, "");
         row("north pole inside", "EPSG:3576", {-2e6, -2e6, 4e6, 4e6}, "around N");
         row("north pole near a corner", "EPSG:32661", {1990000, 1990000, 500000, 500000}, "around N");
         row("south pole inside", "EPSG:3031", {-2e6, -2e6, 4e6, 4e6}, "around S");
         row("beside the north pole", "EPSG:3576", {-3e5, 5e5, 6e5, 5e5}, "");
-        row("the world in Mercator has no poles", "EPSG:3857", {-world, -world, 2 * world, 2 * world},
-            "around");
-        row("the world in an equidistant cylinder has both", "proj4:+proj=eqc +datum=WGS84",
-            {-world, -world / 2, 2 * world, world}, "around N S");
+        row("the world in Mercator has no poles", "EPSG:3857", {-world, -world, 2 * world, 2 * world}, "around");
+        row("the world in an equidistant cylinder has both", "proj4:+proj=eqc +datum=WGS84", {-world, -world / 2, 2 * world, world}, "around N S");
         row("a pole in the corner leaves a quarter", "EPSG:3576", {0, 0, 2e6, 2e6}, "N");
         row("far larger than the world", "EPSG:32637", {-1e9, -1e9, 2e9, 2e9}, "around N S");
         row("beyond the edge of the disk", "EPSG:3408", {8e6, -3e6, 9e6, 5e6}, "S");
-        row("conic across 180", "proj4:+proj=aea +lat_1=50 +lat_2=70 +lon_0=170 +datum=WGS84",
-            {-1e6, 5e6, 4e6, 2e6}, "180");
-        row("half a world of another meridian", "proj4:+proj=robin +lon_0=150 +datum=WGS84",
-            {0, -5e6, 3e7, 6e6}, "180");
-        row("longitude beyond 180 on another datum", "prj:Earth Projection 1, 1001", {170, -20, 20, 10},
-            "180");
+        row("conic across 180", "proj4:+proj=aea +lat_1=50 +lat_2=70 +lon_0=170 +datum=WGS84", {-1e6, 5e6, 4e6, 2e6}, "180");
+        row("half a world of another meridian", "proj4:+proj=robin +lon_0=150 +datum=WGS84", {0, -5e6, 3e7, 6e6}, "180");
+        row("longitude beyond 180 on another datum", "prj:Earth Projection 1, 1001", {170, -20, 20, 10}, "180");
         row("longitude beyond 180 runs on", "prj:Earth Projection 1, 104", {170, -20, 20, 10}, "180");
+        // clang-format on
     }
     void bounds()
     {
-        QFETCH(QString, system);
-        QFETCH(QRectF, planar);
+        const auto [system, planar, marks] = support::row<QString, QRectF, QString>();
         const CoordTransform transform(m_factory->createFromTaggedString(system),
                                        m_factory->latLongWgs84CoordSystem());
         GeographicBounds found;
         QVERIFY(transform.geographicBounds(planar, found));
-        QTEST(marksOf(found), "marks");
+        QCOMPARE(marksOf(found), marks);
 
         // Nothing of the rectangle lies outside, but for the bulge of an edge between two points of the mesh:
         // a ten-thousandth of the extent.
@@ -113,7 +99,7 @@ private Q_SLOTS:
                                 std::fabs(std::remainder(p.x() - found.west, 360.0)) <= slack ||
                                 std::fabs(std::remainder(p.x() - found.east, 360.0)) <= slack;
             QVERIFY2(inside && p.y() >= found.south - slack && p.y() <= found.north + slack,
-                     qPrintable(QStringLiteral("%1 %2").arg(p.x()).arg(p.y())));
+                     qPrintable("%1 %2"_s.arg(p.x()).arg(p.y())));
             if (atPole)
                 continue;
             const double fromWest = std::remainder(p.x() - found.west, 360.0);
@@ -128,10 +114,7 @@ private Q_SLOTS:
     void twoRectanglesAcross180()
     {
         GeographicBounds fiji;
-        fiji.west = 176.0;
-        fiji.east = -178.0;
-        fiji.south = -20.0;
-        fiji.north = -15.0;
+        std::tie(fiji.west, fiji.south, fiji.east, fiji.north) = std::make_tuple(176.0, -20.0, -178.0, -15.0);
         QCOMPARE(fiji.rects(), (QVector<QRectF>{QRectF(176, -20, 4, 5), QRectF(-180, -20, 2, 5)}));
         QVERIFY(fiji.contains(180.0, -17.0) && fiji.contains(-180.0, -17.0) && fiji.contains(538.0, -17.0));
         QVERIFY(!fiji.contains(0.0, -17.0) && !fiji.contains(177.0, -21.0) && !fiji.contains(qQNaN(), -17.0));
@@ -148,7 +131,7 @@ private Q_SLOTS:
         QCOMPARE(untouched.west, 1.0);
         const CoordTransform planar(m_factory->createFromEpsg(32637), m_factory->createFromEpsg(32638));
         VERIFY_THROWS(std::logic_error, planar.geographicBounds(QRectF(0, 0, 1, 1), untouched),
-                      QStringLiteral("Ни одна из КС не является географической"));
+                      "Ни одна из КС не является географической");
     }
 
 private:

@@ -1,7 +1,5 @@
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
-#include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
 
 #include <algorithm>
@@ -63,11 +61,7 @@ private Q_SLOTS:
     // of use would cross the rectangle and bring in zero points (see below).
     void againstSampling_data()
     {
-        QTest::addColumn<QString>("prj");
-        QTest::addColumn<QRectF>("degrees");
-        const auto row = [](const char *prj, const QRectF &degrees) {
-            QTest::newRow(prj) << QString::fromUtf8(prj) << degrees;
-        };
+        const support::Columns<QString, QRectF> row;
         const QRectF middle(10, -20, 50, 65); // over the equator, where the cylinders and ovals are widest
         row("Earth Projection 2, 104, \"m\", 0, 30", middle);
         row("Earth Projection 3, 104, \"m\", 10, 45, 40, 50, 0, 0", {-5, 35, 40, 25});
@@ -90,38 +84,33 @@ private Q_SLOTS:
     // leaves room for a tight bend and none for a lost row, a lost half or corners alone.
     void againstSampling()
     {
-        QFETCH(QString, prj);
-        QFETCH(QRectF, degrees);
+        const auto [prj, degrees] = support::row<QString, QRectF>();
         const CoordTransform t(made(lonLat), made(prj.toUtf8()));
         const int mesh = CoordTransform::DefaultAddPointsMesh;
         QRectF planar;
         QVERIFY(t.forwardMesh(degrees, planar, mesh));
         auto expected = sampled(t, degrees, 1000, true);
         QVERIFY(expected);
-        QVERIFY2(difference(planar, *expected) < 1e-3,
-                 qPrintable(QString::number(difference(planar, *expected))));
+        VERIFY_NEAR(difference(planar, *expected), 0.0, 1e-3);
 
         const QRectF part = middleHalf(*expected);
         QRectF back;
         QVERIFY(t.inverseMesh(part, back, mesh));
         expected = sampled(t, part, 1000, false);
         QVERIFY(expected);
-        QVERIFY2(difference(back, *expected) < 1e-3,
-                 qPrintable(QString::number(difference(back, *expected))));
+        VERIFY_NEAR(difference(back, *expected), 0.0, 1e-3);
     }
 
     void poleAndDateLine_data()
     {
-        QTest::addColumn<double>("pole");
-        QTest::addColumn<QRectF>("planar");
-        QTest::newRow("north pole off the mesh") << 90.0 << QRectF(-1234567, -2345678, 4000000, 5000000);
-        QTest::newRow("south pole off the mesh") << -90.0 << QRectF(-3234567, -1345678, 5000000, 4000000);
-        QTest::newRow("pole on the mesh") << 90.0 << QRectF(-2000000, -2000000, 4000000, 4000000);
+        const support::Columns<double, QRectF> row;
+        row("north pole off the mesh", 90.0, QRectF(-1234567, -2345678, 4000000, 5000000));
+        row("south pole off the mesh", -90.0, QRectF(-3234567, -1345678, 5000000, 4000000));
+        row("pole on the mesh", 90.0, QRectF(-2000000, -2000000, 4000000, 4000000));
     }
     void poleAndDateLine()
     {
-        QFETCH(double, pole);
-        QFETCH(QRectF, planar);
+        const auto [pole, planar] = support::row<double, QRectF>();
         const QByteArray prj =
             "Earth Projection 20, 104, \"m\", 0, " + QByteArray::number(pole) + ", 0.994, 0, 0";
         const CoordTransform t(made(prj), made(lonLat));
@@ -178,9 +167,9 @@ private Q_SLOTS:
     void needsNoSearchAndNoFactory()
     {
         const auto transform = [] { // two registered systems, whose areas of use would add lines
-            return CoordTransform(support::shippedFactory()->createFromProj(
-                                      QStringLiteral("+proj=utm +zone=37 +datum=WGS84 +units=m")),
-                                  made(lonLat));
+            return CoordTransform(
+                support::shippedFactory()->createFromProj("+proj=utm +zone=37 +datum=WGS84 +units=m"_s),
+                made(lonLat));
         };
         const QRectF planar(-2e6, 1e6, 5e6, 6e6);
         const CoordTransform searched = transform();
@@ -204,15 +193,14 @@ private Q_SLOTS:
         const CoordTransform t(made(lonLat), made("Earth Projection 16, 104, \"m\", 0"));
         QRectF out;
         QVERIFY(t.forwardMesh(QRectF(0, -0.1, 100, 0.2), out, 100));
-        QVERIFY(std::fabs(out.right() - 11131949.0793) <
-                1e-3); // 6378137 m * 100 degrees; 17 m less on the edges
+        VERIFY_NEAR(out.right(), 11131949.0793, 1e-3); // 6378137 m * 100 degrees; 17 m less on the edges
     }
 
     void partlyOutside()
     {
         // The far hemisphere has no orthographic image; the near one ends at the radius.
-        const CoordTransform t(made(lonLat), support::shippedFactory()->createFromProj(QStringLiteral(
-                                                 "+proj=ortho +R=6378137 +lat_0=0 +lon_0=0 +units=m")));
+        const CoordTransform t(made(lonLat), support::shippedFactory()->createFromProj(
+                                                 "+proj=ortho +R=6378137 +lat_0=0 +lon_0=0 +units=m"_s));
         QRectF out;
         QVERIFY(!t.forward(QRectF(-180, -80, 360, 160), out));
         QVERIFY(t.forwardMesh(QRectF(-180, -80, 360, 160), out, 360));

@@ -1,7 +1,5 @@
-#include <support/Support.h>
-#include <support/TestRunner.h>
+#include <object/FirstCalls.h>
 
-#include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
 #include <coordsys/CoordTransformCache_p.h>
 
@@ -47,44 +45,29 @@ private Q_SLOTS:
 
     void firstCallsRace_data()
     {
-        QTest::addColumn<QString>("system");
+        const support::Columns<QString> row;
         for (const char *text :
              {"prj:Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0", "epsg:32637",
               "prj:CoordSys NonEarth Units \"ft\" Bounds (0, 0) (10, 20)",
               "proj:+proj=eqc +R=6370997 +units=m +no_defs", "proj:+proj=longlat +datum=WGS84 +no_defs"})
-            QTest::newRow(text) << QString::fromUtf8(text);
+            row(text);
     }
 
     // Each thread asks a fresh object for its lazily found facts in another order.
     void firstCallsRace()
     {
-        QFETCH(QString, system);
-        const auto factory = support::shippedFactory();
-        const CoordSystemPtr twin = factory->createFromTaggedString(system);
-        using Question = std::function<QString(const CoordSystem &)>;
-        const std::vector<Question> questions{
-            [](const CoordSystem &cs) { return QString::number(cs.unit().unitCode()); },
-            [](const CoordSystem &cs) { return QVariant(cs.rectNumericCoordSys()).toString(); },
-            [](const CoordSystem &cs) { return cs.prjStr() + cs.projStr() + cs.exportToWkt2(); },
-            [](const CoordSystem &cs) { return QString::number(cs.epsg()) + cs.taggedString(); },
-            [](const CoordSystem &cs) {
-                return QString::number(cs.needCropCoords()) + QString::number(cs.isLatLong());
-            },
-            [](const CoordSystem &cs) {
-                return QVariant(cs.rectInternal()).toString() + cs.clone()->description();
-            },
-            [&](const CoordSystem &cs) { return QString::number(cs.isEqual(*twin, false)); }};
-        const CoordSystemPtr warm = factory->createFromTaggedString(system);
+        const auto [system] = support::row<QString>();
+        const CoordSystemPtr twin = support::made(system), warm = support::made(system);
         QStringList expected;
-        for (const Question &question : questions)
-            expected << question(*warm);
+        for (const firstcalls::Question &question : firstcalls::questions)
+            expected << question.ask(*warm, twin);
         for (int round = 0; round < 3; ++round) {
-            const CoordSystemPtr cs = factory->createFromTaggedString(system);
+            const CoordSystemPtr cs = support::made(system);
             QCOMPARE(failuresOfFour([&](int thread) {
                          bool same = true;
-                         for (std::size_t i = 0; i < questions.size(); ++i) {
-                             const std::size_t k = (i + std::size_t(thread) * 2) % questions.size();
-                             same = questions[k](*cs) == expected[int(k)] && same;
+                         for (int i = 0; i < expected.size(); ++i) {
+                             const int k = (i + thread * 4) % expected.size();
+                             same = firstcalls::questions[k].ask(*cs, twin) == expected[k] && same;
                          }
                          return same;
                      }),
@@ -95,7 +78,7 @@ private Q_SLOTS:
     void sharedTransform()
     {
         const auto factory = support::shippedFactory();
-        const CoordSystemPtr from = factory->createFromPrj(QStringLiteral("Earth Projection 1, 1001"));
+        const CoordSystemPtr from = factory->createFromPrj("Earth Projection 1, 1001"_s);
         const CoordSystemPtr to = factory->createFromEpsg(32637);
         const CoordSystemPtr plan = factory->createNonEarth(7, QRectF());
         const std::size_t before = coordTransformCache().size();
@@ -120,11 +103,9 @@ private Q_SLOTS:
     {
         const auto factory = support::shippedFactory();
         QCOMPARE(failuresOfFour([&](int thread) {
-                     const QStringList texts{
-                         QStringLiteral("epsg:32637"),
-                         QStringLiteral("proj:+proj=utm +zone=38 +datum=WGS84 +units=m +no_defs"),
-                         QStringLiteral("prj:Earth Projection 1, 28"),
-                         QStringLiteral("prj:NonEarth Units \"km\"")};
+                     const QStringList texts{"epsg:32637"_s,
+                                             "proj:+proj=utm +zone=38 +datum=WGS84 +units=m +no_defs"_s,
+                                             "prj:Earth Projection 1, 28"_s, "prj:NonEarth Units \"km\""_s};
                      for (int i = 0; i < 8; ++i) {
                          const CoordSystemPtr cs =
                              factory->createFromTaggedString(texts[(i + thread) % texts.size()]);

@@ -1,9 +1,7 @@
 #include "BothWays.h"
 
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
-#include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
 #include <coordsys/CoordTransformCache_p.h>
 #include <coordsys/DefaultRects.h>
@@ -11,17 +9,12 @@
 #include <coordsys/ShiftQuality.h>
 
 #include <cmath>
-#include <limits>
 
 using namespace nivora::cs;
+using support::made;
 
 namespace {
-const double notANumber = std::numeric_limits<double>::quiet_NaN();
-const QString utm37 = QStringLiteral("prj:Earth Projection 8, 104, \"m\", 39, 0, 0.9996, 500000, 0");
-CoordSystemPtr made(const QString &tagged)
-{
-    return support::shippedFactory()->createFromTaggedString(tagged);
-}
+const QString utm37 = "prj:Earth Projection 8, 104, \"m\", 39, 0, 0.9996, 500000, 0"_s;
 } // namespace
 
 class TestTransform : public QObject
@@ -33,18 +26,16 @@ private Q_SLOTS:
 
     void nonEarth_data()
     {
-        QTest::addColumn<int>("unit");
-        QTest::addColumn<QRectF>("bounds");
+        const support::Columns<int, QRectF> row;
         for (int unit : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 30, 31, 32})
             for (const QRectF &bounds : {QRectF(), QRectF(-100.5, 20, 300, 400)})
-                QTest::addRow("unit %d%s", unit, bounds.isNull() ? "" : ", bounds") << unit << bounds;
+                row("unit %1%2"_s.arg(unit).arg(bounds.isNull() ? ""_s : ", bounds"_s), unit, bounds);
     }
 
     // A plan lies on the equidistant cylinder over the sphere of 6370997 m: a degree is 111194.87428468118 m.
     void nonEarth()
     {
-        QFETCH(int, unit);
-        QFETCH(QRectF, bounds);
+        const auto [unit, bounds] = support::row<int, QRectF>();
         const auto factory = support::shippedFactory();
         // PROJ's link and chain are the international ones, the catalogue's the survey ones.
         const double metres = unit == LinearUnit::Link ? 0.201168
@@ -52,13 +43,12 @@ private Q_SLOTS:
                                   ? 20.1168
                                   : factory->projectionParamsManager()->unitByID(unit)->conversion();
         const CoordSystemPtr plan = factory->createNonEarth(unit, bounds);
-        QVERIFY(plan->isNonEarth());
-        QVERIFY(!plan->isLatLong());
+        QVERIFY(plan->isNonEarth() && !plan->isLatLong());
         QCOMPARE(plan->unit().unitCode(), unit);
         QCOMPARE(plan->isRectSet(), !bounds.isNull());
         VERIFY_NEAR(plan->rectNumericCoordSys(), bounds.isNull() ? DefaultRectNonEarth : bounds, 1e-9);
 
-        const CoordSystemPtr again = factory->createFromTaggedString(plan->taggedString());
+        const CoordSystemPtr again = made(plan->taggedString());
         QVERIFY(again->isEqual(plan, false));
         QCOMPARE(again->rectNumericCoordSys(), plan->rectNumericCoordSys());
 
@@ -79,18 +69,17 @@ private Q_SLOTS:
 
     void planToPlan()
     {
-        const CoordTransform t(
-            made(QStringLiteral("prj:CoordSys NonEarth Units \"km\"")),
-            made(QStringLiteral("wkt:LOCAL_CS[\"Nonearth\",UNIT[\"Foot (International)\",0.3048]]")));
+        const CoordTransform t(made("prj:CoordSys NonEarth Units \"km\""),
+                               made("wkt:LOCAL_CS[\"Nonearth\",UNIT[\"Foot (International)\",0.3048]]"));
         VERIFY_BOTH_WAYS(t, QPointF(3.048, -0.3048), QPointF(10000, -1000), 1e-5, 1e-8);
     }
 
     // A = 1 … F = 6: x' = x + 2 y + 3, y' = 4 x + 5 y + 6, so (10, 20) gives (53, 146).
     void affine()
     {
-        const CoordSystemPtr plain = made(QStringLiteral("prj:CoordSys NonEarth Units \"m\""));
+        const CoordSystemPtr plain = made("prj:CoordSys NonEarth Units \"m\"");
         const CoordSystemPtr bent =
-            made(QStringLiteral("prj:CoordSys NonEarth Units \"m\" Affine Units \"m\", 1, 2, 3, 4, 5, 6"));
+            made("prj:CoordSys NonEarth Units \"m\" Affine Units \"m\", 1, 2, 3, 4, 5, 6");
         const CoordTransform t(plain, bent);
         VERIFY_BOTH_WAYS(t, QPointF(10, 20), QPointF(53, 146), 1e-6, 1e-6);
         VERIFY_BOTH_WAYS(CoordTransform(bent, plain), QPointF(53, 146), QPointF(10, 20), 1e-6, 1e-6);
@@ -98,19 +87,18 @@ private Q_SLOTS:
         QVERIFY(t.forward(QRectF(0, 0, 10, 20), rect));
         VERIFY_NEAR(rect, QRectF(3, 6, 50, 140), 1e-6);
         // In a geographic system the clause moves degrees.
-        const CoordTransform shifted(
-            made(QStringLiteral("prj:Earth Projection 1, 104")),
-            made(QStringLiteral("prj:Earth Projection 1001, 104, \"degree\", 1, 0, 10, 0, 1, -5")));
+        const CoordTransform shifted(made("prj:Earth Projection 1, 104"),
+                                     made("prj:Earth Projection 1001, 104, \"degree\", 1, 0, 10, 0, 1, -5"));
         VERIFY_BOTH_WAYS(shifted, QPointF(30, 60), QPointF(40, 55), 1e-9, 1e-9);
     }
 
     void constructor()
     {
         const CoordSystemPtr utm = made(utm37);
-        VERIFY_THROWS(std::invalid_argument, CoordTransform(nullptr, nullptr), QStringLiteral("cs_from"));
-        VERIFY_THROWS(std::invalid_argument, CoordTransform(utm, nullptr), QStringLiteral("cs_to"));
+        VERIFY_THROWS(std::invalid_argument, CoordTransform(nullptr, nullptr), "cs_from");
+        VERIFY_THROWS(std::invalid_argument, CoordTransform(utm, nullptr), "cs_to");
         VERIFY_THROWS(std::runtime_error, CoordTransform::throwTransformFailed(),
-                      QStringLiteral("Ошибка преобразования координат"));
+                      "Ошибка преобразования координат");
         const CoordTransform t(utm, support::shippedFactory()->latLongWgs84CoordSystem());
         CoordTransform copy(t);
         QCOMPARE(copy.sourceCoordSystem(), utm);
@@ -119,9 +107,7 @@ private Q_SLOTS:
         copy = t;
         VERIFY_BOTH_WAYS(copy, QPointF(500000, 6094791.421), QPointF(39, 55), 1e-8, 1e-3);
         // Units that the catalogue cannot name compare by factor.
-        const auto yards = [] {
-            return made(QStringLiteral("proj:+proj=tmerc +lon_0=39 +datum=WGS84 +units=ind-yd"));
-        };
+        const auto yards = [] { return made("proj:+proj=tmerc +lon_0=39 +datum=WGS84 +units=ind-yd"); };
         QVERIFY(CoordTransform(yards(), yards()).isEqualsCS());
         QVERIFY(!CoordTransform(yards(), utm).isEqualsCS());
     }
@@ -143,31 +129,27 @@ private Q_SLOTS:
 
     void failedPoints_data()
     {
-        QTest::addColumn<QString>("system");
-        QTest::addColumn<QPointF>("bad");
-        const QString merc = QStringLiteral("prj:Earth Projection 10, 104, \"m\", 0");
-        QTest::newRow("beyond the pole") << merc << QPointF(0, 91);
-        QTest::newRow("longitude 720") << merc << QPointF(720, 10);
-        QTest::newRow("NaN") << merc << QPointF(notANumber, 10);
-        QTest::newRow("NaN latitude") << merc << QPointF(10, notANumber);
-        QTest::newRow("infinite") << merc << QPointF(10, std::numeric_limits<double>::infinity());
-        QTest::newRow("90 degrees off the meridian") << utm37 << QPointF(129, 0);
-        QTest::newRow("behind a gnomonic")
-            << QStringLiteral("proj:+proj=gnom +lat_0=90 +datum=WGS84") << QPointF(0, -10);
-        QTest::newRow("the far pole of a cone")
-            << QStringLiteral("prj:Earth Projection 3, 104, \"m\", 10, 45, 40, 50, 0, 0") << QPointF(0, -90);
+        const support::Columns<QString, QPointF> row;
+        // clang-format off
+        const QString merc = "prj:Earth Projection 10, 104, \"m\", 0"_s;
+        row("beyond the pole", merc, QPointF(0, 91));
+        row("longitude 720", merc, QPointF(720, 10));
+        row("NaN", merc, QPointF(qQNaN(), 10));
+        row("NaN latitude", merc, QPointF(10, qQNaN()));
+        row("infinite", merc, QPointF(10, qInf()));
+        row("90 degrees off the meridian", utm37, QPointF(129, 0));
+        row("behind a gnomonic", "proj:+proj=gnom +lat_0=90 +datum=WGS84"_s, QPointF(0, -10));
+        row("the far pole of a cone", "prj:Earth Projection 3, 104, \"m\", 10, 45, 40, 50, 0, 0"_s, QPointF(0, -90));
+        // clang-format on
     }
     void failedPoints()
     {
-        QFETCH(QString, system);
-        QFETCH(QPointF, bad);
+        const auto [system, bad] = support::row<QString, QPointF>();
         const CoordSystemPtr cs = made(system);
-        const CoordTransform t(made(QStringLiteral("prj:Earth Projection 1, 104")), cs);
+        const CoordTransform t(made("prj:Earth Projection 1, 104"), cs);
         const QPointF untouched(-7, -7);
         QPointF out = untouched;
-        QVERIFY(!t.forward(bad, out));
-        QCOMPARE(out, untouched);
-        QVERIFY(!cs->forward(bad, out));
+        QVERIFY(!t.forward(bad, out) && !cs->forward(bad, out));
         QCOMPARE(out, untouched);
         const QPointF good(40, 56);
         QVector<QPointF> list;
@@ -181,7 +163,7 @@ private Q_SLOTS:
 
     void lists()
     {
-        const CoordTransform t(made(QStringLiteral("epsg:4326")), made(utm37));
+        const CoordTransform t(made("epsg:4326"), made(utm37));
         QVector<QPointF> points;
         QVERIFY(t.forward(points, points));
         QVERIFY(points.isEmpty());
@@ -205,15 +187,15 @@ private Q_SLOTS:
 
     void rectangles()
     {
-        const CoordTransform t(made(QStringLiteral("epsg:4326")), made(QStringLiteral("epsg:3395")));
+        const CoordTransform t(made("epsg:4326"), made("epsg:3395"));
         QRectF out;
         QVERIFY(t.forward(QRectF(0, 0, 10, 10), out));
-        QVERIFY(std::fabs(out.right() - 1113194.9079327) < 1e-6); // 6378137 m * 10 degrees
+        VERIFY_NEAR(out.right(), 1113194.9079327, 1e-6); // 6378137 m * 10 degrees
         QVERIFY(t.inverse(out, out));
         VERIFY_NEAR(out, QRectF(0, 0, 10, 10), 1e-9);
         out = QRectF();
         QVERIFY(!t.forward(QRectF(10, 10, 0, 5), out));
-        QVERIFY(std::fabs(out.left() - 1113194.9079327) < 1e-6); // collapsed, and written all the same
+        VERIFY_NEAR(out.left(), 1113194.9079327, 1e-6); // collapsed, and written all the same
         QCOMPARE(rectToVector(QRectF(1, 2, 3, 4)),
                  QVector<QPointF>({QPointF(1, 2), QPointF(4, 2), QPointF(4, 6), QPointF(1, 6)}));
     }
@@ -221,7 +203,7 @@ private Q_SLOTS:
     void cacheIsByAddress()
     {
         CoordTransformCache &cache = coordTransformCache();
-        const QString krass = QStringLiteral("prj:Earth Projection 8, 1001, \"m\", 45, 0, 1, 8500000, 0");
+        const QString krass = "prj:Earth Projection 8, 1001, \"m\", 45, 0, 1, 8500000, 0"_s;
         const CoordSystemPtr a = made(krass), a2 = made(krass), b = made(utm37), b2 = made(utm37);
         const std::size_t before = cache.size();
         const CoordTransform t(a, b), copy(t), again(a, b);
@@ -332,21 +314,17 @@ private Q_SLOTS:
     {
         // A code that PROJ does not know: the system's PROJ text takes over.
         const auto factory = support::shippedFactory();
-        const CoordSystemPtr unknown =
-            made(QStringLiteral("proj:+proj=utm +zone=37 +datum=WGS84 +units=m +no_defs"));
-        unknown->setSourceParameters({CoordSystem::Epsg, QStringLiteral("999999")});
+        const CoordSystemPtr unknown = made("proj:+proj=utm +zone=37 +datum=WGS84 +units=m +no_defs");
+        unknown->setSourceParameters({CoordSystem::Epsg, "999999"_s});
         const CoordTransform byText(factory->latLongWgs84CoordSystem(), unknown);
         VERIFY_BOTH_WAYS(byText, QPointF(39, 55), QPointF(500000, 6094791.421), 1e-3, 1e-8);
         // With no text that PROJ takes at either end there is no transformation, and nothing stays behind.
         const CoordSystemPtr broken = made(utm37);
-        broken->setSourceParameters({CoordSystem::Wkt, QStringLiteral("PROJCS[\"100%1 %2 broken\"")});
+        broken->setSourceParameters({CoordSystem::Wkt, "PROJCS[\"100%1 %2 broken\""_s});
         const std::size_t before = coordTransformCache().size();
-        for (int i = 0; i < 2; ++i) {
-            const QString text = QStringLiteral("Не могу создать объект трансформации. ");
-            const QString instead = support::thrownInstead<std::logic_error>(
-                [&] { CoordTransform(factory->latLongWgs84CoordSystem(), broken); }, text, true);
-            QVERIFY2(instead.isEmpty(), qPrintable(instead));
-        }
+        for (int i = 0; i < 2; ++i)
+            VERIFY_THROWS_LIKE(std::logic_error, CoordTransform(factory->latLongWgs84CoordSystem(), broken),
+                               "Не могу создать объект трансформации. ");
         QCOMPARE(coordTransformCache().size(), before);
     }
 };

@@ -1,8 +1,6 @@
-#include <coordsys/CoordSystem.h>
 #include <coordsys/UserCoordSystem.h>
 
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
 #include <algorithm>
 #include <thread>
@@ -40,14 +38,13 @@ private Q_SLOTS:
         QVERIFY(set("A", "CoordSys Earth  Projection 1, 104", "second"));
         QCOMPARE(m_store.data().size(), 2);
         QCOMPARE(m_store.data().at(0).entries.size(), 1);
-        const UserCoordSystem::CoordSystemParam entry = m_store.data().at(0).entries.at(0);
-        QCOMPARE(entry.source().string, QStringLiteral("Earth Projection 1, 104"));
-        QCOMPARE(entry.storedSystem()->description(), QStringLiteral("second"));
-        QCOMPARE(m_store.description(prj("Earth Projection 1, 104")), QStringLiteral("second"));
+        QCOMPARE(entry(0, 0).source().string, "Earth Projection 1, 104"_s);
+        QCOMPARE(entry(0, 0).storedSystem()->description(), "second"_s);
+        QCOMPARE(m_store.description(prj("Earth Projection 1, 104")), "second"_s);
         QVERIFY(m_store.hasValue(prj("Earth Projection 1, 1001")));
-        QVERIFY(!m_store.hasValue({CoordSystemTypes::Wkt, QStringLiteral("Earth Projection 1, 1001")}));
-        QCOMPARE(m_store.keyIndex(QStringLiteral("B")), 1);
-        QCOMPARE(m_store.keyIndex(QStringLiteral("b")), -1);
+        QVERIFY(!m_store.hasValue({CoordSystemTypes::Wkt, "Earth Projection 1, 1001"_s}));
+        QCOMPARE(m_store.keyIndex("B"_s), 1);
+        QCOMPARE(m_store.keyIndex("b"_s), -1);
 
         remove("B", "Earth Projection 1, 104"); // not in this branch
         remove("C", "Earth Projection 1, 104");
@@ -61,93 +58,78 @@ private Q_SLOTS:
     {
         set("A", "no system at all", "");
         set("A", "Earth Projection 1, 104", "mine");
-        const CoordSystemPtr mine = m_store.data().at(0).entries.at(1).storedSystem();
+        const CoordSystemPtr mine = entry(0, 1).storedSystem();
         // Another notation of the same system brings the stored one.
-        QCOMPARE(m_store.getCoordSystem(
-                     {CoordSystemTypes::Proj4, QStringLiteral("+proj=longlat +datum=WGS84 +no_defs")}),
+        QCOMPARE(m_store.getCoordSystem({CoordSystemTypes::Proj4, "+proj=longlat +datum=WGS84 +no_defs"_s}),
                  mine);
         QVERIFY(!m_store.getCoordSystem(prj("Earth Projection 1, 1001")));
         QVERIFY(!m_store.getCoordSystem(prj("no system at all")));
-        QVERIFY(m_store.hasCoordSystem(
-            support::shippedFactory()->createFromPrj(QStringLiteral("Earth Projection 1, 104"))));
+        QVERIFY(
+            m_store.hasCoordSystem(support::shippedFactory()->createFromPrj("Earth Projection 1, 104"_s)));
         QVERIFY(!m_store.hasCoordSystem(nullptr));
     }
 
     void textThatMakesNoSystem()
     {
         QVERIFY(!set("A", "100% wrong %1", "kept"));
-        const QStringList errors = m_log->lines(QStringLiteral("error"));
-        QVERIFY(errors.size() == 1 && errors.at(0).endsWith(QStringLiteral(" (100% wrong %1)")));
-        QCOMPARE(m_store.description(prj("100% wrong %1")), QStringLiteral("kept"));
-        QVERIFY(!m_store.data().at(0).entries.at(0).coordSystem());
+        const QStringList errors = m_log->lines("error"_s);
+        QVERIFY(errors.size() == 1 && errors.at(0).endsWith(" (100% wrong %1)"_s));
+        QCOMPARE(m_store.description(prj("100% wrong %1")), "kept"_s);
+        QVERIFY(!entry(0, 0).coordSystem());
     }
 
     void testStringValue_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("description"); // of the stored entry, empty: a new entry
-        const auto row = [](const char *title, const char *text, const char *description) {
-            QTest::newRow(title) << QString::fromUtf8(text) << QString::fromUtf8(description);
-        };
+        const support::Columns<QString, QString> row; // description: of the stored entry, empty: a new entry
+        // clang-format off
         row("other spelling", "CoordSys Earth Projection 8,104,\"m\",39,0,1.0,500000,0", "plain");
-        row("bounds count", "Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0 Bounds (0, 0) (1000, 1000)",
-            "bounded");
-        row("other bounds", "Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0 Bounds (0, 0) (2000, 1000)",
-            "");
-        row("affine counts",
-            "Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0 Affine Units \"m\", 1, 0, 5, 0, 1, 5", "");
+        row("bounds count", "Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0 Bounds (0, 0) (1000, 1000)", "bounded");
+        row("other bounds", "Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0 Bounds (0, 0) (2000, 1000)", "");
+        row("affine counts", "Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0 Affine Units \"m\", 1, 0, 5, 0, 1, 5", "");
         row("other notation", "4326", "");
+        // clang-format on
     }
     void testStringValue()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, description);
+        const auto [text, description] = support::row<QString, QString>();
         set("A", "malformed, but a CoordSys string it is called", "bad");
         set("A", "Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0", "plain");
         set("A", "Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0 Bounds (0, 0) (1000, 1000)", "bounded");
-        const UserCoordSystem::CoordSystemParam entry = m_store.testStringValue(text);
-        QCOMPARE(entry.description(), description);
-        if (description.isEmpty())
-            QCOMPARE(entry.source().string, text);
-        QVERIFY(entry.coordSystem());
+        const UserCoordSystem::CoordSystemParam found = m_store.testStringValue(text);
+        QCOMPARE(found.description(), description);
+        QVERIFY(found.coordSystem() && (!description.isEmpty() || found.source().string == text));
     }
 
     void reading()
     {
-        QFile file(m_store.fileInfo().filePath());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(R"(<any><other><cs type="prj" str="Earth Projection 1, 0"/></other>
+        support::writeFile(m_store.fileInfo().filePath(),
+                           R"(<any><other><cs type="prj" str="Earth Projection 1, 0"/></other>
 <branch><whatever type="EPSG" str="4326"/><!-- passed over --><cs type="PrJ" str="Earth Projection 1, 104" desc="мой"/></branch>
 <branch name="B"><cs type="sql" str="?" desc=""/></branch></any>)");
-        file.close();
         m_store.loadFromFile(false);
 
         QCOMPARE(m_store.data().size(), 2);
-        QCOMPARE(m_store.data().at(0).name, QString::fromUtf8("Каталог"));
-        const QList<UserCoordSystem::CoordSystemParam> entries = m_store.data().at(0).entries;
-        QCOMPARE(entries.size(), 2);
-        QCOMPARE(entries.at(0).description(), QString::fromUtf8("Без имени"));
-        QVERIFY(entries.at(0).storedSystem()->description() != QString::fromUtf8("Без имени"));
-        QCOMPARE(entries.at(0).storedSystem()->epsg(), 4326);
-        QCOMPARE(entries.at(1).storedSystem()->description(), QString::fromUtf8("мой"));
-        QVERIFY(!m_store.data().at(1).entries.at(0).storedSystem());
-        QCOMPARE(m_log->lines(QStringLiteral("info")).last(),
-                 QString::fromUtf8("Пользовательские КС: UserCoordSystem.xml (3)"));
+        QCOMPARE(m_store.data().at(0).name, "Каталог"_s);
+        QCOMPARE(m_store.data().at(0).entries.size(), 2);
+        QCOMPARE(entry(0, 0).description(), "Без имени"_s);
+        QVERIFY(entry(0, 0).storedSystem()->description() != "Без имени"_s);
+        QCOMPARE(entry(0, 0).storedSystem()->epsg(), 4326);
+        QCOMPARE(entry(0, 1).storedSystem()->description(), "мой"_s);
+        QVERIFY(!entry(1, 0).storedSystem());
+        QCOMPARE(m_log->lines("info"_s).last(), "Пользовательские КС: UserCoordSystem.xml (3)"_s);
     }
 
     // Entries are made when they are asked for, once, whoever asks, and by the catalogues they came with.
     void lazyEntries()
     {
         const QTemporaryDir dir;
-        CoordSysFactory factory(support::resources(), QDir(dir.path()), QStringLiteral("en"));
-        QFile file(dir.filePath(QStringLiteral("UserCoordSystem.xml")));
-        QVERIFY(file.open(QIODevice::WriteOnly));
+        CoordSysFactory factory(support::resources(), QDir(dir.path()), "en"_s);
         // The second one is a plan, which asks the store for its name while it is made.
-        file.write(R"(<coordsys><branch name="A"><cs type="epsg" str="999999" desc="no code"/>
+        support::writeFile(dir.filePath("UserCoordSystem.xml"_s),
+                           R"(<coordsys><branch name="A"><cs type="epsg" str="999999" desc="no code"/>
 <cs type="wkt" str="LOCAL_CS[&quot;plan&quot;,UNIT[&quot;metre&quot;,1]]" desc="plan"/></branch></coordsys>)");
-        file.close();
         QVERIFY(factory.initCoordSystemEnvironment());
-        QCOMPARE(m_log->lines(QStringLiteral("error")), QStringList());
+        QCOMPARE(m_log->lines("error"_s), QStringList());
 
         CoordSysFactory::setDefaultCoordSysFactory(nullptr);
         const auto store = factory.userCoordSystem();
@@ -160,13 +142,17 @@ private Q_SLOTS:
         for (std::thread &thread : threads)
             thread.join();
         QVERIFY(made.front() && std::count(made.begin(), made.end(), made.front()) == 8);
-        QCOMPARE(made.front()->description(), QStringLiteral("plan"));
+        QCOMPARE(made.front()->description(), "plan"_s);
         for (int i = 0; i < 2; ++i)
             QVERIFY(!store->data().at(0).entries.at(0).storedSystem());
-        QCOMPARE(m_log->lines(QStringLiteral("error")).size(), 1);
+        QCOMPARE(m_log->lines("error"_s).size(), 1);
     }
 
 private:
+    UserCoordSystem::CoordSystemParam entry(int branch, int index)
+    {
+        return QList<UserCoordSystem::CsDataType>(m_store.data()).at(branch).entries.at(index);
+    }
     bool set(const char *branch, const char *text, const char *description)
     {
         return m_store.setCoordSystem(QString::fromUtf8(branch), prj(text), QString::fromUtf8(description));

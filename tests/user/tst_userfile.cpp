@@ -1,7 +1,6 @@
 #include <coordsys/UserCoordSystem.h>
 
 #include <support/Support.h>
-#include <support/TestRunner.h>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -28,11 +27,11 @@ Branches branches(int count, const QString &text)
 QString summary(const Branches &list)
 {
     if (list.isEmpty())
-        return QStringLiteral("nothing");
+        return "nothing"_s;
     const QString text = list.at(0).name;
     for (const auto &entry : list.at(0).entries)
         if (entry.source().string != text || entry.description() != text)
-            return QStringLiteral("mixed");
+            return "mixed"_s;
     return text + QString::number(list.at(0).entries.size());
 }
 
@@ -92,7 +91,7 @@ private Q_SLOTS:
     {
         m_log = std::make_unique<support::LogCapture>();
         m_dir = std::make_unique<QTemporaryDir>();
-        m_file = QFileInfo(QDir(m_dir->path()), QStringLiteral("UserCoordSystem.xml"));
+        m_file = QFileInfo(QDir(m_dir->path()), "UserCoordSystem.xml"_s);
     }
 
     void cleanup() { m_log.reset(); }
@@ -101,60 +100,53 @@ private Q_SLOTS:
     {
         UserCoordSystem::saveToFile(m_file, {}, false);
         QVERIFY(content().simplified().endsWith("?> <coordsys/>"));
-        UserCoordSystem::CsDataType branch{QStringLiteral("B"), {}};
-        branch.entries.append(UserCoordSystem::CoordSystemParam({CoordSystemTypes::Wkt, QStringLiteral("W")},
-                                                                QStringLiteral("D"), nullptr));
+        UserCoordSystem::CsDataType branch{"B"_s, {}};
+        branch.entries.append(
+            UserCoordSystem::CoordSystemParam({CoordSystemTypes::Wkt, "W"_s}, "D"_s, nullptr));
         branch.entries.append(UserCoordSystem::CoordSystemParam({}, QString(), nullptr));
         UserCoordSystem::saveToFile(m_file, {branch}, true);
         QCOMPARE(content().simplified(),
                  QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?> <coordsys> <branch name=\"B\"> "
                             "<cs type=\"wkt\" str=\"W\" desc=\"D\"/> "
                             "<cs type=\"unknown\" str=\"\" desc=\"\"/> </branch> </coordsys>"));
-        QCOMPARE(m_log->lines(QStringLiteral("info")).last(),
-                 QString::fromUtf8("Пользовательские КС сохранены в файле ") + m_file.absoluteFilePath());
+        QCOMPARE(m_log->lines("info"_s).last(),
+                 "Пользовательские КС сохранены в файле "_s + m_file.absoluteFilePath());
     }
 
     void texts_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("readBack");
-        const auto row = [](const char *title, const QString &text, const QString &readBack = QString()) {
-            QTest::newRow(title) << text << (readBack.isEmpty() ? text : readBack);
-        };
-        row("quotes and brackets", QStringLiteral("Earth Projection 8, 104, \"m\" <a> 'b' & &amp; ]]>"));
-        row("line feeds and tabs", QStringLiteral("PROJCS[\n\t\"a\",\r\n  GEOGCS]\r"));
-        row("blanks at the ends", QStringLiteral("  a   b  "));
-        row("percent signs", QStringLiteral("100% %1 %2 %n %%"));
-        row("scripts", QString::fromUtf8("Пулково ÷ Ελλάς 東京 עברית 🌍 é"));
-        row("control characters have no form in XML", QString::fromUtf8("a\u0001b\u000Bc\uFFFEd"),
-            QString::fromUtf8("a\uFFFDb\uFFFDc\uFFFDd"));
-        row("half a surrogate pair", QStringLiteral("a") + QChar(0xD83C) + QStringLiteral("b"),
-            QString::fromUtf8("a\uFFFDb"));
+        const support::Columns<QString, QString> row;
+        row("quotes and brackets", "Earth Projection 8, 104, \"m\" <a> 'b' & &amp; ]]>"_s, "");
+        row("line feeds and tabs", "PROJCS[\n\t\"a\",\r\n  GEOGCS]\r"_s, "");
+        row("blanks at the ends", "  a   b  "_s, "");
+        row("percent signs", "100% %1 %2 %n %%"_s, "");
+        row("scripts", "Пулково ÷ Ελλάς 東京 עברית 🌍 é"_s, "");
+        row("control characters have no form in XML", "a\u0001b\u000Bc\uFFFEd"_s, "a\uFFFDb\uFFFDc\uFFFDd"_s);
+        row("half a surrogate pair", "a"_s + QChar(0xD83C) + "b"_s, "a\uFFFDb"_s);
     }
     void texts()
     {
-        QFETCH(QString, text);
+        const auto [text, readBack] = support::row<QString, QString>();
         UserCoordSystem::saveToFile(m_file, branches(2, text), false);
-        QTEST(loaded().chopped(1), "readBack");
+        QCOMPARE(loaded().chopped(1), readBack.isEmpty() ? text : readBack);
     }
 
     void unreadable_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("missing") << QByteArray();
-        QTest::newRow("directory") << QByteArray("/");
-        QTest::newRow("FIFO") << QByteArray("|");
-        QTest::newRow("not a store") << QByteArray("<html/>");
-        QTest::newRow("empty") << QByteArray("");
-        QTest::newRow("not XML") << QByteArray("+proj=longlat");
-        QTest::newRow("cut off") << QByteArray(
-            "<coordsys><branch name=\"x\"><cs type=\"epsg\" str=\"4326\"/>");
+        const support::Columns<QByteArray> row;
+        row("missing", QByteArray());
+        row("directory", QByteArray("/"));
+        row("FIFO", QByteArray("|"));
+        row("not a store", QByteArray("<html/>"));
+        row("empty", QByteArray(""));
+        row("not XML", QByteArray("+proj=longlat"));
+        row("cut off", QByteArray("<coordsys><branch name=\"x\"><cs type=\"epsg\" str=\"4326\"/>"));
     }
     void unreadable()
     {
-        QFETCH(QByteArray, bytes);
+        const auto [bytes] = support::row<QByteArray>();
         UserCoordSystem store{m_file.dir()};
-        UserCoordSystem::saveToFile(m_file, branches(3, QStringLiteral("kept")), true);
+        UserCoordSystem::saveToFile(m_file, branches(3, "kept"_s), true);
         store.loadFromFile(false);
         QVERIFY(QFile::remove(m_file.filePath()));
         if (bytes == "/")
@@ -165,53 +157,52 @@ private Q_SLOTS:
             put(bytes);
 
         VERIFY_THROWS(std::logic_error, store.loadFromFile(false),
-                      QString::fromUtf8("Не могу открыть файл UserCoordSystem.xml"));
+                      "Не могу открыть файл UserCoordSystem.xml");
         store.loadFromFile(true);
-        QCOMPARE(summary(store.data()), QStringLiteral("kept3"));
+        QCOMPARE(summary(store.data()), "kept3"_s);
         if (bytes == "/" || bytes == "|")
             VERIFY_THROWS(std::logic_error, store.saveToFile(true),
-                          QString::fromUtf8("Не могу создать файл UserCoordSystem.xml"));
+                          "Не могу создать файл UserCoordSystem.xml");
     }
 
     void backup()
     {
         put("<cut off");
-        UserCoordSystem::saveToFile(m_file, branches(1, QStringLiteral("a")), true);
-        QCOMPARE(content(QStringLiteral(".bak")), QByteArray("<cut off"));
-        QCOMPARE(m_log->lines(QStringLiteral("error")).filter(QStringLiteral(".bak")).size(), 1);
-        QCOMPARE(loaded(), QStringLiteral("a1"));
+        UserCoordSystem::saveToFile(m_file, branches(1, "a"_s), true);
+        QCOMPARE(content(".bak"_s), QByteArray("<cut off"));
+        QCOMPARE(m_log->lines("error"_s).filter(".bak"_s).size(), 1);
+        QCOMPARE(loaded(), "a1"_s);
 
         put("<cut off again");
-        UserCoordSystem::saveToFile(m_file, branches(2, QStringLiteral("b")), true);
-        QCOMPARE(content(QStringLiteral(".bak")), QByteArray("<cut off"));
-        QCOMPARE(loaded(), QStringLiteral("b2"));
+        UserCoordSystem::saveToFile(m_file, branches(2, "b"_s), true);
+        QCOMPARE(content(".bak"_s), QByteArray("<cut off"));
+        QCOMPARE(loaded(), "b2"_s);
 
-        QVERIFY(QFile::remove(m_file.filePath() + QStringLiteral(".bak")));
-        UserCoordSystem::saveToFile(m_file, branches(3, QStringLiteral("c")),
+        QVERIFY(QFile::remove(m_file.filePath() + ".bak"_s));
+        UserCoordSystem::saveToFile(m_file, branches(3, "c"_s),
                                     true); // a good file needs no copy
-        QVERIFY(!QFile::exists(m_file.filePath() + QStringLiteral(".bak")));
+        QVERIFY(!QFile::exists(m_file.filePath() + ".bak"_s));
     }
 
     void refusedSaves()
     {
-        const Branches list = branches(1, QStringLiteral("a"));
-        const QFileInfo deep(m_file.dir().filePath(QStringLiteral("x/y/z.xml")));
+        const Branches list = branches(1, "a"_s);
+        const QFileInfo deep(m_file.dir().filePath("x/y/z.xml"_s));
         UserCoordSystem::saveToFile(deep, list, false); // makes the directories
         VERIFY_THROWS(std::logic_error, UserCoordSystem::saveToFile(deep, {}, false),
-                      QString::fromUtf8("Файл z.xml существует"));
-        const QFileInfo directory(m_file.dir().filePath(QStringLiteral("x/y")));
+                      "Файл z.xml существует");
+        const QFileInfo directory(m_file.dir().filePath("x/y"_s));
         VERIFY_THROWS(std::logic_error, UserCoordSystem::saveToFile(directory, list, true),
-                      QString::fromUtf8("Не могу создать файл y"));
-        const QFileInfo underFile(deep.filePath() + QStringLiteral("/w.xml"));
+                      "Не могу создать файл y");
+        const QFileInfo underFile(deep.filePath() + "/w.xml"_s);
         VERIFY_THROWS(std::logic_error, UserCoordSystem::saveToFile(underFile, list, true),
-                      QString::fromUtf8("Не могу создать файл w.xml"));
+                      "Не могу создать файл w.xml");
         QVERIFY(QFileInfo::exists(deep.filePath()));
     }
 
     void killedWhileSaving()
     {
-        const QList<Branches> contents = {branches(1, QStringLiteral("a")),
-                                          branches(400, QStringLiteral("b"))};
+        const QList<Branches> contents = {branches(1, "a"_s), branches(400, "b"_s)};
         for (int round = 0; round < 25; ++round) {
             SavingChild child(m_file, contents, 1000000);
             for (int i = 0; i <= round % 5; ++i)
@@ -220,15 +211,14 @@ private Q_SLOTS:
             child.killNow();
             QVERIFY(WIFSIGNALED(child.exitStatus()));
             const QString got = loaded();
-            QVERIFY2(got == QLatin1String("a1") || got == QLatin1String("b400"), qPrintable(got));
+            QVERIFY2(got == "a1"_s || got == "b400"_s, qPrintable(got));
         }
-        const QStringList foreign = {
-            QStringLiteral("Other.xml.aBcDeF"), QStringLiteral("UserCoordSystem.xml.aBcDeF"),
-            QStringLiteral("UserCoordSystem.xml.backup"), QStringLiteral("UserCoordSystem.xml.old")};
+        const QStringList foreign = {"Other.xml.aBcDeF"_s, "UserCoordSystem.xml.aBcDeF"_s,
+                                     "UserCoordSystem.xml.backup"_s, "UserCoordSystem.xml.old"_s};
         for (const QString &name : foreign)
             QVERIFY(QFile::copy(m_file.filePath(), m_file.dir().filePath(name)));
         QFile note(m_file.dir().filePath(foreign.at(1)));
-        QVERIFY(QFile::copy(m_file.filePath(), m_file.filePath() + QStringLiteral(".qRsTuV")));
+        QVERIFY(QFile::copy(m_file.filePath(), m_file.filePath() + ".qRsTuV"_s));
         QVERIFY(note.open(QIODevice::WriteOnly) && note.write("a note") > 0 && note.flush());
         UserCoordSystem::saveToFile(m_file, {}, true);
         // What a killed save left is gone; a name that a person may have given stays, and so do strange
@@ -240,12 +230,12 @@ private Q_SLOTS:
 
     void twoProcessesSaving()
     {
-        SavingChild small(m_file, {branches(1, QStringLiteral("a"))}, 150);
-        SavingChild large(m_file, {branches(400, QStringLiteral("b"))}, 150);
+        SavingChild small(m_file, {branches(1, "a"_s)}, 150);
+        SavingChild large(m_file, {branches(400, "b"_s)}, 150);
         QVERIFY(small.awaitSave() && large.awaitSave());
         do {
             const QString got = loaded();
-            QVERIFY2(got == QLatin1String("a1") || got == QLatin1String("b400"), qPrintable(got));
+            QVERIFY2(got == "a1"_s || got == "b400"_s, qPrintable(got));
         } while (large.awaitSave());
         QCOMPARE(small.exitStatus(), 0);
         QCOMPARE(large.exitStatus(), 0);
@@ -255,8 +245,8 @@ private Q_SLOTS:
 
     void fullDisk()
     {
-        UserCoordSystem::saveToFile(m_file, branches(1, QStringLiteral("a")), false);
-        const Branches large = branches(2000, QStringLiteral("b"));
+        UserCoordSystem::saveToFile(m_file, branches(1, "a"_s), false);
+        const Branches large = branches(2000, "b"_s);
         const pid_t child = fork();
         if (child == 0) {
             std::signal(SIGXFSZ, SIG_IGN); // writing past the limit then fails as on a full disk
@@ -265,13 +255,13 @@ private Q_SLOTS:
                 _exit(2);
             const QString instead = support::thrownInstead<std::logic_error>(
                 [&] { UserCoordSystem::saveToFile(m_file, large, true); },
-                QString::fromUtf8("Не могу создать файл UserCoordSystem.xml"));
+                "Не могу создать файл UserCoordSystem.xml"_s);
             _exit(instead.isEmpty() ? 0 : 1);
         }
         int status = 0;
         waitpid(child, &status, 0);
         QCOMPARE(status, 0);
-        QCOMPARE(loaded(), QStringLiteral("a1"));
+        QCOMPARE(loaded(), "a1"_s);
         QCOMPARE(m_file.dir().entryList(QDir::Files), QStringList{m_file.fileName()});
     }
 
@@ -281,12 +271,7 @@ private:
         QFile file(m_file.filePath() + suffix);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
     }
-    void put(const QByteArray &bytes) const
-    {
-        QFile file(m_file.filePath());
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            qFatal("cannot write %s", qPrintable(file.fileName()));
-    }
+    void put(const QByteArray &bytes) const { support::writeFile(m_file.filePath(), bytes); }
     QString loaded() const
     {
         UserCoordSystem store{m_file.dir()};
