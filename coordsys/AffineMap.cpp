@@ -1,6 +1,5 @@
 #include <coordsys/AffineMap_p.h>
 
-#include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
 #include <coordsys/ProjEngine.h>
 
@@ -32,19 +31,16 @@ template <typename Move> QRectF boundsOfCorners(const QRectF &r, Move &&move)
 
 } // namespace
 
-AffineMap::AffineMap(const CoordSystem &cs)
+void AffineMap::prepare(const QTransform &affine)
 {
-    const QTransform *affine = cs.affineTransform();
-    if (!affine)
-        return;
     m_active = true;
-    m_singular = isSingularAffine(*affine);
-    m_a = affine->m11();
-    m_b = affine->m21();
-    m_c = affine->dx();
-    m_d = affine->m12();
-    m_e = affine->m22();
-    m_f = affine->dy();
+    m_singular = isSingularAffine(affine);
+    m_a = affine.m11();
+    m_b = affine.m21();
+    m_c = affine.dx();
+    m_d = affine.m12();
+    m_e = affine.m22();
+    m_f = affine.dy();
     if (!m_singular)
         prepareInverse();
 }
@@ -59,18 +55,6 @@ void AffineMap::prepareInverse()
     m_determinant = differenceOfProducts(scaled[0], scaled[3], scaled[1], scaled[2]);
 }
 
-void AffineMap::map(QPointF *points, std::size_t count) const
-{
-    if (m_active)
-        std::transform(points, points + count, points, [this](const QPointF &p) { return map(p); });
-}
-
-void AffineMap::undo(QPointF *points, std::size_t count) const
-{
-    if (m_active)
-        std::transform(points, points + count, points, [this](const QPointF &p) { return undo(p); });
-}
-
 QRectF AffineMap::map(const QRectF &rect) const
 {
     return m_active ? boundsOfCorners(rect, [this](const QPointF &p) { return map(p); }) : rect;
@@ -78,7 +62,8 @@ QRectF AffineMap::map(const QRectF &rect) const
 
 QRectF AffineMap::undo(const QRectF &rect) const
 {
-    return m_active ? boundsOfCorners(rect, [this](const QPointF &p) { return undo(p); }) : rect;
+    const bool isDone = m_active && !m_singular;
+    return isDone ? boundsOfCorners(rect, [this](const QPointF &p) { return undo(p); }) : rect;
 }
 
 } // namespace nivora::cs

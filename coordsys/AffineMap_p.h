@@ -1,13 +1,14 @@
 #pragma once
 
+#include <coordsys/CoordSystem.h>
+
 #include <QPointF>
 #include <QRectF>
+#include <QTransform>
 
 #include <cstddef>
 
 namespace nivora::cs {
-
-class CoordSystem;
 
 /// A system's affine transformation with MapInfo's letters: x' = A x + B y + C, y' = D x + E y + F.
 /// QTransform takes coefficients below 1e-12 for zero, when it maps and when it inverts, so a scale of 1e-13
@@ -16,7 +17,11 @@ class AffineMap
 {
 public:
     /// That of the system; nothing to do without one.
-    explicit AffineMap(const CoordSystem &cs);
+    explicit AffineMap(const CoordSystem &cs)
+    {
+        if (const QTransform *affine = cs.affineTransform())
+            prepare(*affine);
+    }
 
     bool isActive() const { return m_active; }
     /// No point can be found back (isSingularAffine); the conversions of such a system fail.
@@ -27,7 +32,8 @@ public:
     {
         return {m_a * p.x() + m_b * p.y() + m_c, m_d * p.x() + m_e * p.y() + m_f};
     }
-    /// Back into the projection's plane. Not for a singular transformation.
+    /// Back into the projection's plane. Not for a singular transformation, which the forms for many points
+    /// and for rectangles leave undone.
     QPointF undo(const QPointF &p) const
     {
         const double u = (p.x() - m_c) * m_powerX;
@@ -37,23 +43,33 @@ public:
         return {(m_scaled[3] * u - m_scaled[1] * v) / m_determinant,
                 (m_scaled[0] * v - m_scaled[2] * u) / m_determinant};
     }
-    void map(QPointF *points, std::size_t count) const;
-    void undo(QPointF *points, std::size_t count) const;
+    void map(QPointF *points, std::size_t count) const
+    {
+        for (std::size_t i = 0; m_active && i < count; ++i)
+            points[i] = map(points[i]);
+    }
+    void undo(QPointF *points, std::size_t count) const
+    {
+        for (std::size_t i = 0; m_active && !m_singular && i < count; ++i)
+            points[i] = undo(points[i]);
+    }
     /// Bounding rectangle of the image.
     QRectF map(const QRectF &rect) const;
     QRectF undo(const QRectF &rect) const;
 
 private:
+    void prepare(const QTransform &affine);
     void prepareInverse();
 
     bool m_active = false;
     bool m_singular = false;
     bool m_diagonal = true;
-    double m_a = 1.0, m_b = 0.0, m_c = 0.0, m_d = 0.0, m_e = 1.0, m_f = 0.0;
+    // Set only when active: a single point feels every store.
+    double m_a, m_b, m_c, m_d, m_e, m_f;
     /// A, B, D, E with each row brought near 1 by a power of two, which costs no digit.
-    double m_scaled[4] = {1.0, 0.0, 0.0, 1.0};
-    double m_powerX = 1.0, m_powerY = 1.0;
-    double m_determinant = 1.0; ///< of the scaled rows
+    double m_scaled[4];
+    double m_powerX, m_powerY;
+    double m_determinant; ///< of the scaled rows
 };
 
 } // namespace nivora::cs

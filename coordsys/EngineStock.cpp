@@ -57,32 +57,16 @@ OwnEnginePtr EngineStock::taken()
     return engine;
 }
 
-OwnEnginePtr EngineStock::borrow()
+OwnEnginePtr EngineStock::fromStore()
 {
     OwnEnginePtr engine = taken();
     return engine ? std::move(engine) : clonedFrom(*m_original);
 }
 
-void EngineStock::giveBack(OwnEnginePtr engine)
+void EngineStock::store(OwnEnginePtr engine)
 {
     const QMutexLocker lock(&m_mutex);
     m_idle.push_back(std::move(engine));
-}
-
-BorrowedEngine::BorrowedEngine(EngineStock &stock)
-    : m_stock(stock)
-    , m_engine(stock.borrow())
-{
-    if (!m_engine)
-        globalProj4Mutex()->lock();
-}
-
-BorrowedEngine::~BorrowedEngine()
-{
-    if (m_engine)
-        m_stock.giveBack(std::move(m_engine));
-    else
-        globalProj4Mutex()->unlock();
 }
 
 } // namespace nivora::cs

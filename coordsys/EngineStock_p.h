@@ -4,6 +4,7 @@
 
 #include <QMutex>
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -38,17 +39,34 @@ public:
     explicit EngineStock(TransformQueuePtr original)
         : m_original(std::move(original))
     {}
+    ~EngineStock() { OwnEnginePtr(m_nearest.load()).reset(); }
+    EngineStock(const EngineStock &) = delete;
+    EngineStock &operator=(const EngineStock &) = delete;
 
     /// Null when PROJ cannot clone any more.
-    OwnEnginePtr borrow();
-    void giveBack(OwnEnginePtr engine);
+    OwnEnginePtr borrow()
+    {
+        OwnEnginePtr engine(m_nearest.exchange(nullptr, std::memory_order_acquire));
+        return engine ? std::move(engine) : fromStore();
+    }
+    void giveBack(OwnEnginePtr engine)
+    {
+        OwnEngine *none = nullptr;
+        if (m_nearest.compare_exchange_strong(none, engine.get(), std::memory_order_release))
+            static_cast<void>(engine.release());
+        else
+            store(std::move(engine));
+    }
     const TransformQueue &original() const { return *m_original; }
 
 private:
     OwnEnginePtr taken();
+    OwnEnginePtr fromStore();
+    void store(OwnEnginePtr engine);
 
     TransformQueuePtr m_original;
-    QMutex m_mutex; ///< guards m_idle
+    std::atomic<OwnEngine *> m_nearest{nullptr}; ///< owned; the one that single points take without a lock
+    QMutex m_mutex;                              ///< guards m_idle
     std::vector<OwnEnginePtr> m_idle;
 };
 
@@ -56,8 +74,20 @@ private:
 class BorrowedEngine
 {
 public:
-    explicit BorrowedEngine(EngineStock &stock);
-    ~BorrowedEngine();
+    explicit BorrowedEngine(EngineStock &stock)
+        : m_stock(stock)
+        , m_engine(stock.borrow())
+    {
+        if (!m_engine)
+            globalProj4Mutex()->lock();
+    }
+    ~BorrowedEngine()
+    {
+        if (m_engine)
+            m_stock.giveBack(std::move(m_engine));
+        else
+            globalProj4Mutex()->unlock();
+    }
     BorrowedEngine(const BorrowedEngine &) = delete;
     BorrowedEngine &operator=(const BorrowedEngine &) = delete;
 

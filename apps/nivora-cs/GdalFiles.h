@@ -43,6 +43,12 @@ struct FeatureDestroy
 };
 using Feature = std::unique_ptr<void, FeatureDestroy>;
 
+struct GeometryDestroy
+{
+    void operator()(OGRGeometryH geometry) const { OGR_G_DestroyGeometry(geometry); }
+};
+using Geometry = std::unique_ptr<void, GeometryDestroy>;
+
 /// Opens for reading. Throws Failure with GDAL's reason.
 Dataset openForReading(const QString &path, const GdalMessages &messages);
 

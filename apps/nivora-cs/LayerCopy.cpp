@@ -97,27 +97,25 @@ void LayerCopy::noteGeometryLoss(OGRGeometryH geometry)
         m_losses.add(QStringLiteral("the format holds no measures: they are left out"));
     if (!m_heights && OGR_G_Is3D(geometry))
         m_losses.add(QStringLiteral("the format holds no heights: they are left out"));
+    if (!m_surfaces && isSurface(geometry))
+        m_losses.add(QStringLiteral("the format holds no surfaces: they become polygons"));
 }
 
 Feature LayerCopy::copyOf(OGRFeatureH source)
 {
     Feature copy(OGR_F_Create(OGR_L_GetLayerDefn(m_layer)));
-    OGRGeometryH geometry = OGR_F_StealGeometry(source); // the copy of the rest is cheap
+    Geometry geometry(OGR_F_StealGeometry(source)); // the copy of the rest is cheap
     OGR_F_SetFromWithMap(copy.get(), source, TRUE, m_fieldMap.data());
     if (!geometry)
         return copy;
-    noteGeometryLoss(geometry);
-    if (!m_heights || !m_measures) {
-        if (!m_heights)
-            OGR_G_Set3D(geometry, FALSE);
-        if (!m_measures)
-            OGR_G_SetMeasured(geometry, FALSE);
-    }
-    if (!m_surfaces && isSurface(geometry)) {
-        m_losses.add(QStringLiteral("the format holds no surfaces: they become polygons"));
-        geometry = OGR_G_ForceTo(geometry, wkbMultiPolygon, nullptr);
-    }
-    OGR_F_SetGeometryDirectly(copy.get(), geometry);
+    noteGeometryLoss(geometry.get());
+    if (!m_heights)
+        OGR_G_Set3D(geometry.get(), FALSE);
+    if (!m_measures)
+        OGR_G_SetMeasured(geometry.get(), FALSE);
+    if (!m_surfaces && isSurface(geometry.get()))
+        geometry.reset(OGR_G_ForceTo(geometry.release(), wkbMultiPolygon, nullptr));
+    OGR_F_SetGeometryDirectly(copy.get(), geometry.release());
     return copy;
 }
 

@@ -83,6 +83,16 @@ private Q_SLOTS:
         const CoordTransform t(plain, bent);
         VERIFY_BOTH_WAYS(t, QPointF(10, 20), QPointF(53, 146), 1e-6, 1e-6);
         VERIFY_BOTH_WAYS(CoordTransform(bent, plain), QPointF(53, 146), QPointF(10, 20), 1e-6, 1e-6);
+        // Small coefficients count: x' = 1e-13 x, y' = 1e-14 x + 1e-13 y. A micrometre is 1e-19 there.
+        const CoordSystemPtr tiny =
+            made(QStringLiteral("prj:CoordSys NonEarth Units \"m\" Affine Units \"m\", "
+                                "0.0000000000001, 0, 0, 0.00000000000001, "
+                                "0.0000000000001, 0"));
+        VERIFY_BOTH_WAYS(CoordTransform(plain, tiny), QPointF(1e6, 2e6), QPointF(1e-7, 2.1e-7), 1e-19, 1e-6);
+        QPointF lonLat, again;
+        QVERIFY(tiny->inverse(QPointF(1e-7, 2.1e-7), lonLat) && tiny->forward(lonLat, again));
+        VERIFY_NEAR(lonLat, QPointF(1e6, 2e6) / 111194.87428468118, 1e-9);
+        VERIFY_NEAR(again, QPointF(1e-7, 2.1e-7), 1e-19);
         QRectF rect;
         QVERIFY(t.forward(QRectF(0, 0, 10, 20), rect));
         VERIFY_NEAR(rect, QRectF(3, 6, 50, 140), 1e-6);
