@@ -272,7 +272,7 @@ private Q_SLOTS:
         QVERIFY(copy.inverse(point, point));
         VERIFY_NEAR(point, place, resolution);
         QCOMPARE(copy.epoch().value_or(0.0), year);
-        VERIFY_THROWS(std::invalid_argument, CoordTransform(made(from), made(to), notANumber),
+        VERIFY_THROWS(std::invalid_argument, CoordTransform(made(from), made(to), qQNaN()),
                       QStringLiteral("epoch"));
     }
 
