@@ -52,6 +52,7 @@ public:
     /// they take their own reference epoch, as PROJ does. Start-up only: not while other threads transform.
     /// Throws std::invalid_argument for one that is no finite number.
     void setEpoch(std::optional<double> epoch);
+    /// The epoch, none when there is none.
     std::optional<double> epoch() const;
 
     /// What PROJ has for the pair as it stands, in its order. At each place it takes, of the usable ones

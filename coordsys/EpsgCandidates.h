@@ -13,8 +13,8 @@ namespace nivora::cs {
 /// A code that resembles a system, for people to choose from. A plain value.
 struct EpsgCandidate
 {
-    int code = CoordSystemTypes::EPSG_UNDEFINDED;
-    QString name;       ///< the database's
+    int code = CoordSystemTypes::EPSG_UNDEFINDED; ///< EPSG's
+    QString name;                                 ///< the database's
     int confidence = 0; ///< PROJ's, in percent: 100 the same, 90 equivalent, 70 but for the name, 25 similar
 };
 

@@ -51,7 +51,7 @@ bool isOnEarth(const QPointF &lonLat) { return isFinite(lonLat) && std::fabs(lon
 
 } // namespace
 
-struct Measures::Data
+struct NIVORA_CS_NO_EXPORT Measures::Data
 {
     explicit Data(const CoordSystemPtr &cs);
     std::optional<QPointF> lonLatOf(const QPointF &point) const;

@@ -13,9 +13,9 @@ namespace nivora::cs {
 /// How a projection shows the surroundings of a place.
 struct PlaneFactors
 {
-    double meridianScale = 1.0; ///< length in the plane by length on the ellipsoid, along the meridian
-    double parallelScale = 1.0; ///< along the parallel
-    double arealScale = 1.0;
+    double meridianScale = 1.0;  ///< length in the plane by length on the ellipsoid, along the meridian
+    double parallelScale = 1.0;  ///< along the parallel
+    double arealScale = 1.0;     ///< area in the plane by area on the ellipsoid
     double convergenceDeg = 0.0; ///< from true north to grid north, clockwise; a map's own axes left aside
     double angularDistortionDeg = 0.0; ///< the greatest change of an angle between two directions
 };
@@ -23,7 +23,7 @@ struct PlaneFactors
 /// The shortest line between two places on the ellipsoid.
 struct GeodesicLine
 {
-    double lengthM = 0.0;
+    double lengthM = 0.0;         ///< metres
     double startAzimuthDeg = 0.0; ///< from north, clockwise, -180 to 180
     double endAzimuthDeg = 0.0;   ///< the direction in which the line goes on at its end
 };
@@ -31,9 +31,9 @@ struct GeodesicLine
 /// A polygon whose sides are geodesics.
 struct GeodesicPolygon
 {
-    double areaM2 = 0.0; ///< the smaller side's, never negative
-    double perimeterM = 0.0;
-    bool isClockwise = false;
+    double areaM2 = 0.0;      ///< the smaller side's, never negative
+    double perimeterM = 0.0;  ///< metres, the closing side included
+    bool isClockwise = false; ///< seen from above, with north up
 };
 
 /// Measures on the ellipsoid of a coordinate system, by PROJ's factors and geodesics. Not for heights.
@@ -50,6 +50,7 @@ public:
 
     /// Nothing for geographic systems, and for projections that PROJ knows no factors of.
     std::optional<PlaneFactors> factorsAt(const QPointF &point) const;
+    /// The shortest line from one point to another.
     std::optional<GeodesicLine> line(const QPointF &from, const QPointF &to) const;
     /// The length of a polyline in metres, 0 for less than two points.
     std::optional<double> lengthM(const QVector<QPointF> &points) const;

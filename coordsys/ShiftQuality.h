@@ -19,7 +19,7 @@ struct ShiftQuality
     /// Of the best operation there that needs no grid, and of the best one whatever it needs. None when the
     /// accuracy is unknown (ballpark operations leave the datums' difference out and do not count).
     std::optional<double> accuracyM;
-    std::optional<double> accuracyWithGridsM;
+    std::optional<double> accuracyWithGridsM; ///< the latter
     QStringList missingGrids; ///< of the best operation there: names of files that are not installed
     /// From the place by the operation that PROJ uses to the place by the CoordSys text's own shift. None
     /// when the system has no such text, or no place.

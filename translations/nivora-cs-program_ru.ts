@@ -493,28 +493,6 @@ Angular distortion: %5°
         <translation>Ссылки MGRS по точкам и точки по ссылкам.</translation>
     </message>
     <message>
-        <source>Reads and writes as transform does: x and y become one reference, further columns
-are passed on. The points are brought to WGS 84 first. Digits are cut off, not
-rounded: a reference names the cell that the point lies in. With --inverse a line
-begins with a reference (&quot;37UDB1234567890&quot; or &quot;37U DB 12345 67890&quot;) and the answer
-is the south-west corner of its cell.
-
-Examples:
-  echo 37.6173 55.7558 | nivora-cs mgrs --cs 4326
-  echo 37UDB1324979476 | nivora-cs mgrs --cs 28407 --inverse
-</source>
-        <translation>Читает и пишет как transform: x и y становятся одной ссылкой, остальные столбцы
-передаются дальше. Точки сначала приводятся к WGS 84. Цифры отбрасываются, а не
-округляются: ссылка называет клетку, в которой лежит точка. С --inverse строка
-начинается со ссылки («37UDB1234567890» или «37U DB 12345 67890»), а ответ —
-юго-западный угол её клетки.
-
-Примеры:
-  echo 37.6173 55.7558 | nivora-cs mgrs --cs 4326
-  echo 37UDB1324979476 | nivora-cs mgrs --cs 28407 --inverse
-</translation>
-    </message>
-    <message>
         <source>Read references and write points.</source>
         <translation>Читать ссылки и писать точки.</translation>
     </message>
@@ -557,10 +535,6 @@ Examples:
         <translation>не могу записать вывод: %1</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is no number</source>
-        <translation>«%1» — не число</translation>
-    </message>
-    <message>
         <source>width and height must be greater than 0</source>
         <translation>ширина и высота должны быть больше 0</translation>
     </message>
@@ -579,28 +553,6 @@ Examples:
     <message>
         <source>The rectangle that encloses a rectangle&apos;s image in another system.</source>
         <translation>Прямоугольник, охватывающий образ прямоугольника в другой системе.</translation>
-    </message>
-    <message>
-        <source>X and Y are the smallest coordinates, W and H width and height; the answer is
-written in the same order. Only the four corners are transformed, unless --mesh
-is given: then a mesh of points with N intervals along the width, so that edges
-that bulge and poles inside count too, and points that fail are left out.
-The exit status is 1 when the rectangle cannot be transformed.
-
-Examples:
-  nivora-cs rect --from 4326 --to 32637 36 55 3 1
-  nivora-cs rect --from 4326 --to 3575 --mesh 50 -180 60 360 30
-</source>
-        <translation>X и Y — наименьшие координаты, W и H — ширина и высота; ответ записан в том же
-порядке. Пересчитываются только четыре угла, если не задан --mesh: тогда сетка
-точек с N интервалами по ширине, так что учтены и выпуклые края, и полюс внутри,
-а точки, которые не пересчитались, пропускаются.
-Код выхода 1, если прямоугольник не пересчитывается.
-
-Примеры:
-  nivora-cs rect --from 4326 --to 32637 36 55 3 1
-  nivora-cs rect --from 4326 --to 3575 --mesh 50 -180 60 360 30
-</translation>
     </message>
     <message>
         <source>The system of the rectangle.</source>
@@ -838,6 +790,215 @@ Examples:
     <message>
         <source>When the points were measured, in decimal years.</source>
         <translation>Когда измерены точки, в годах с дробной частью.</translation>
+    </message>
+    <message>
+        <source>the table has no column &quot;%1&quot;</source>
+        <translation>в таблице нет столбца «%1»</translation>
+    </message>
+    <message>
+        <source>--%1 is needed where a coordinate has several columns</source>
+        <translation>если у координаты несколько столбцов, нужен --%1</translation>
+    </message>
+    <message>
+        <source>x and y cannot be one column</source>
+        <translation>x и y не могут быть одним столбцом</translation>
+    </message>
+    <message>
+        <source>cannot make a pipe: %1</source>
+        <translation>не удалось создать канал: %1</translation>
+    </message>
+    <message>
+        <source>Reads and writes as transform does, but for tables: x and y become one reference,
+further columns are passed on. The points are brought to WGS 84 first. Digits are cut off, not
+rounded: a reference names the cell that the point lies in. With --inverse a line
+begins with a reference (&quot;37UDB1234567890&quot; or &quot;37U DB 12345 67890&quot;) and the answer
+is the south-west corner of its cell.
+
+Examples:
+  echo 37.6173 55.7558 | nivora-cs mgrs --cs 4326
+  echo 37UDB1324979476 | nivora-cs mgrs --cs 28407 --inverse
+</source>
+        <translation>Читает и пишет как transform, только без таблиц: x и y становятся одной ссылкой,
+остальные столбцы передаются дальше. Точки сначала переводятся на WGS 84. Цифры
+отбрасываются, а не округляются: ссылка называет клетку, в которой лежит точка.
+С --inverse строка начинается ссылкой (&quot;37UDB1234567890&quot; или &quot;37U DB 12345 67890&quot;),
+а ответ - юго-западный угол её клетки.
+
+Примеры:
+  echo 37.6173 55.7558 | nivora-cs mgrs --cs 4326
+  echo 37UDB1324979476 | nivora-cs mgrs --cs 28407 --inverse
+</translation>
+    </message>
+    <message>
+        <source>Commas inside numbers are decimal marks.</source>
+        <translation>Запятые внутри чисел десятичные.</translation>
+    </message>
+    <message>
+        <source>Pass the first N lines of each file on as they are.</source>
+        <translation>Передать первые N строк каждого файла как есть.</translation>
+    </message>
+    <message>
+        <source>Threads that work; all cores when not given. The output is the same.</source>
+        <translation>Сколько потоков работает; без этого параметра все ядра. Вывод тот же.</translation>
+    </message>
+    <message>
+        <source>X and Y are the smallest coordinates, W and H width and height; the answer is
+written in the same order. Only the four corners are transformed, unless --mesh
+is given: then a mesh of points with N intervals along the width, so that edges
+that bulge and poles inside count too, and points that fail are left out. Degrees
+may be written as transform reads them (36°30&apos;E); &quot;--&quot; goes before -36°30&apos;.
+The exit status is 1 when the rectangle cannot be transformed.
+
+Examples:
+  nivora-cs rect --from 4326 --to 32637 36 55 3 1
+  nivora-cs rect --from 4326 --to 3575 --mesh 50 -180 60 360 30
+</source>
+        <translation>X и Y - наименьшие координаты, W и H - ширина и высота; ответ пишется в том же
+порядке. Преобразуются только четыре угла, если нет --mesh: тогда сетка точек с N
+промежутками по ширине, так что учитываются и выпуклые стороны, и полюсы внутри, а
+точки, которые не удались, пропускаются. Градусы можно писать так же, как для
+transform (36°30&apos;E); перед -36°30&apos; ставится &quot;--&quot;.
+Код возврата 1, если прямоугольник не преобразуется.
+
+Примеры:
+  nivora-cs rect --from 4326 --to 32637 36 55 3 1
+  nivora-cs rect --from 4326 --to 3575 --mesh 50 -180 60 360 30
+</translation>
+    </message>
+    <message>
+        <source>%1 more lines failed, %2 in all</source>
+        <translation>не удалось ещё строк: %1, всего: %2</translation>
+    </message>
+    <message>
+        <source>%1line %2: %3</source>
+        <translation>%1строка %2: %3</translation>
+    </message>
+    <message>
+        <source>--delimiter takes one character, or &quot;tab&quot;, not &quot;%1&quot;</source>
+        <translation>--delimiter: один знак или «tab», а не «%1»</translation>
+    </message>
+    <message>
+        <source>--%1 needs --csv</source>
+        <translation>--%1 требует --csv</translation>
+    </message>
+    <message>
+        <source>--letters takes ru or en, not &quot;%1&quot;</source>
+        <translation>--letters: ru или en, а не «%1»</translation>
+    </message>
+    <message>
+        <source>--dms has its own count of decimals: --dms=N in place of --precision</source>
+        <translation>у --dms своё число знаков: --dms=N вместо --precision</translation>
+    </message>
+    <message>
+        <source>--dms: the system of the output has no degrees</source>
+        <translation>--dms: в системе вывода нет градусов</translation>
+    </message>
+    <message>
+        <source>Coordinates of points, a point a line, from one system to another.</source>
+        <translation>Координаты точек, по точке в строке, из одной системы в другую.</translation>
+    </message>
+    <message>
+        <source>Reads the FILEs, or standard input (&quot;-&quot; or no FILE), and writes to standard output.
+A line holds x and y, separated by blanks, tabs, a comma or a semicolon. Heights
+and further columns are passed on as they are: they are not transformed. Blank
+lines and lines beginning with &apos;#&apos; are passed on. A line whose point cannot be
+transformed gets &quot;*&quot; for x and y and keeps the rest (37.6,91,Moscow becomes
+*,*,Moscow); a line without a point becomes &quot;*&quot;, &quot;*&quot; and its whole text. Both are
+reported on stderr (&quot;line 7: why&quot;, the first 20 of them) and make the exit status
+1. So is a first line of words, a header, but it is passed on as text; --skip
+passes lines on without a word. Input of any size is worked through in blocks.
+
+Degrees may be written as 55.7558, 55°45&apos;21.5&quot;N, 55d45&apos;21.5&quot;, N55:45:21.5 or, with
+both hemispheres, in separate or quoted columns (55 45 21.5 N 37 37 2 E); letters
+are N S E W or С Ю В З. x is first unless the letters say otherwise; the output
+always has x first. Decimal commas are understood where commas cannot separate
+columns (37,6173;55,7558); where both are possible the line fails and says so.
+
+With --csv the input is a table with quoted fields (RFC 4180) and, when columns
+are named or the first line&apos;s coordinates are words, a header. All other columns
+stay as they are, byte for byte. Angles in several columns: --x 1,2,3,4 --out-x X.
+
+Examples:
+  echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
+  nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv &gt; out.csv
+  printf &apos;lon;lat\n37.6;55.7\n&apos; | nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat
+  nivora-cs transform --from @moscow.prj --to &apos;CoordSys Earth Projection 1, 104&apos; --inverse
+</source>
+        <translation>Читает файлы FILE или стандартный ввод (&quot;-&quot; или без FILE) и пишет в стандартный
+вывод. В строке x и y через пробелы, табуляцию, запятую или точку с запятой. Высоты
+и остальные столбцы передаются как есть: они не преобразуются. Пустые строки и
+строки, начинающиеся с &apos;#&apos;, передаются. Строка, точка которой не преобразуется,
+получает &quot;*&quot; вместо x и y и сохраняет остальное (37.6,91,Moscow становится
+*,*,Moscow); строка без точки становится &quot;*&quot;, &quot;*&quot; и всем своим текстом. О тех и
+других сообщается в stderr (строка и причина, первые 20), и код возврата 1. То же
+с первой строкой из слов, заголовком, но она передаётся как текст; --skip передаёт
+строки молча. Вход любого размера обрабатывается блоками.
+
+Градусы можно писать 55.7558, 55°45&apos;21.5&quot;N, 55d45&apos;21.5&quot;, N55:45:21.5 или, с обоими
+полушариями, в отдельных столбцах или в кавычках (55 45 21.5 N 37 37 2 E); буквы
+N S E W или С Ю В З. Сначала x, если буквы не говорят иного; в выводе всегда
+сначала x. Десятичные запятые понимаются там, где запятая не может разделять
+столбцы (37,6173;55,7558); где возможно и то и другое, строка отвергается с
+объяснением.
+
+С --csv на входе таблица с полями в кавычках (RFC 4180) и, если столбцы названы или
+координаты первой строки - слова, с заголовком. Остальные столбцы не меняются ни на
+байт. Углы в нескольких столбцах: --x 1,2,3,4 --out-x X.
+
+Примеры:
+  echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
+  nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv &gt; out.csv
+  printf &apos;lon;lat\n37.6;55.7\n&apos; | nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat
+  nivora-cs transform --from @moscow.prj --to &apos;CoordSys Earth Projection 1, 104&apos; --inverse
+</translation>
+    </message>
+    <message>
+        <source>The system of the input.</source>
+        <translation>Система входных точек.</translation>
+    </message>
+    <message>
+        <source>The system of the output.</source>
+        <translation>Система выходных точек.</translation>
+    </message>
+    <message>
+        <source>The other way: the input is in the --to system.</source>
+        <translation>Наоборот: входные точки в системе --to.</translation>
+    </message>
+    <message>
+        <source>Write degrees, minutes and seconds with so many decimals, 5 when left out.</source>
+        <translation>Писать градусы, минуты и секунды; столько знаков после запятой, без числа 5.</translation>
+    </message>
+    <message>
+        <source>Hemispheres of --dms: N S E W (en, when not given) or С Ю В З.</source>
+        <translation>Полушария для --dms: N S E W (en, по умолчанию) или С Ю В З.</translation>
+    </message>
+    <message>
+        <source>Commas inside numbers are decimal marks. The output has points.</source>
+        <translation>Запятые внутри чисел десятичные. В выводе точки.</translation>
+    </message>
+    <message>
+        <source>The input is a table with quoted fields.</source>
+        <translation>На входе таблица с полями в кавычках.</translation>
+    </message>
+    <message>
+        <source>Between the table&apos;s columns, &quot;tab&quot; too; found when not given.</source>
+        <translation>Разделитель столбцов таблицы, в том числе «tab»; без этого параметра находится сам.</translation>
+    </message>
+    <message>
+        <source>The table&apos;s column of x, 1 when not given; several with commas between.</source>
+        <translation>Столбец x, по умолчанию 1; несколько через запятую.</translation>
+    </message>
+    <message>
+        <source>The table&apos;s column of y, 2 when not given.</source>
+        <translation>Столбец y, по умолчанию 2.</translation>
+    </message>
+    <message>
+        <source>Column for the new x; a new one when there is none of that name.</source>
+        <translation>Столбец для нового x; новый, если такого нет.</translation>
+    </message>
+    <message>
+        <source>Column for the new y. Without these the new x and y replace the old.</source>
+        <translation>Столбец для нового y. Без этих параметров новые x и y заменяют старые.</translation>
     </message>
 </context>
 </TS>

@@ -478,10 +478,6 @@
         <translation>Section</translation>
     </message>
     <message>
-        <source>Это не заголовок файла MAP</source>
-        <translation>This is not the header of a MAP file</translation>
-    </message>
-    <message>
         <source>нет</source>
         <translation>none</translation>
     </message>
@@ -628,6 +624,54 @@
     <message>
         <source>в нём нет текста</source>
         <translation>there is no text in it</translation>
+    </message>
+    <message>
+        <source>Повреждён заголовок файла карты: %1</source>
+        <translation>The header of the map file is damaged: %1</translation>
+    </message>
+    <message>
+        <source>файл слишком короток</source>
+        <translation>the file is too short</translation>
+    </message>
+    <message>
+        <source>нет опознавательного числа</source>
+        <translation>its cookie is missing</translation>
+    </message>
+    <message>
+        <source>неверный размер блока</source>
+        <translation>wrong size of a block</translation>
+    </message>
+    <message>
+        <source>не число</source>
+        <translation>not a number</translation>
+    </message>
+    <message>
+        <source>нулевой масштаб</source>
+        <translation>a scale of zero</translation>
+    </message>
+    <message>
+        <source>Не могу открыть файл %1: %2</source>
+        <translation>Cannot open the file %1: %2</translation>
+    </message>
+    <message>
+        <source>неизвестная проекция</source>
+        <translation>unknown projection</translation>
+    </message>
+    <message>
+        <source>это не файл</source>
+        <translation>it is no file</translation>
+    </message>
+    <message>
+        <source>Файл карты не может содержать такую систему координат: %1</source>
+        <translation>A map file cannot hold such a coordinate system: %1</translation>
+    </message>
+    <message>
+        <source>Не могу записать файл %1: %2</source>
+        <translation>Cannot write the file %1: %2</translation>
+    </message>
+    <message>
+        <source>URN</source>
+        <translation>URN</translation>
     </message>
 </context>
 </TS>

@@ -146,7 +146,8 @@ private Q_SLOTS:
         QVERIFY(std::fabs(f->angularDistortionDeg) < 1e-4);
     }
 
-    // From Kennedy airport to Heathrow, and a cell of a degree, as Karney's GeodSolve and Planimeter have them.
+    // From Kennedy airport to Heathrow, and a cell of a degree, as Karney's GeodSolve and Planimeter have
+    // them.
     void geodesics()
     {
         const auto factory = support::shippedFactory();

@@ -234,10 +234,6 @@ private Q_SLOTS:
         const int last = handled.size() - 1;
         qInfo("%d keystrokes, ms: handled %.2f (median) %.2f (most), answered and painted %.2f %.2f",
               last + 1, handled.at(last / 2), handled.at(last), painted.at(last / 2), painted.at(last));
-#if defined(NDEBUG)
-        QVERIFY(handled.at(last) < 5.0);
-        QVERIFY(painted.at(last / 2) < 5.0);
-#endif
     }
 };
 
