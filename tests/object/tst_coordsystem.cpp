@@ -136,6 +136,7 @@ private Q_SLOTS:
             QCOMPARE(copy->description(), cs->description());
             QVERIFY(copy->sourceParameters() == cs->sourceParameters());
             QCOMPARE(copy->rectNumericCoordSys(), cs->rectNumericCoordSys());
+            QCOMPARE(copy->isRectSet(), cs->isRectSet());
         }
         const CoordSystemPtr bent = made("prj:NonEarth Units \"m\" Affine Units \"m\", 1, 2, 3, 4, 5, 6");
         QVERIFY(bent->affineTransform() && !bent->clone()->affineTransform());

@@ -64,6 +64,7 @@ private Q_SLOTS:
         row("exponents", "Earth Projection 1, 104 Bounds(-1e-05 ,-2.5E+1 )(1e2,0)", "02", "", QRectF(-1e-5, -25, 100.00001, 25));
         row("Cyrillic unit", "1, 104 AFFINE  units \"метр\", 1, 0, 5, 0, 1, 6", "10", "\"метр\" 1 0 5 0 1 6", {});
         row("both by words", "1, 104 Affine Units \"m\", 1, 0, 5, 0, 1, 6 Bounds (0, 0) (1, 1)", "12", "\"m\" 1 0 5 0 1 6", QRectF(0, 0, 1, 1));
+        row("five digits announce nothing", "Earth Projection 10008, 104, 7", "00", "", {});
         row("plan's unit behind affine",
             "NonEarth Affine Units \"m\", 1, 0, 5, 0, 1, +6 Units \"ft\" Bounds (0, 0) (1, 1)", "12",
             "\"m\" 1 0 5 0 1 6", QRectF(0, 0, 1, 1));
