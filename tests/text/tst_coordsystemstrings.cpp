@@ -99,13 +99,13 @@ private Q_SLOTS:
     {
         const support::Columns<QString> row; // form: %1 thousands, %2 affine, %3 bounds
         // clang-format off
-        row("NonEarth%2 Units \"ft\"%3");
-        row("NonEarth Units \"ft\"%2%3");
-        row("Earth Projection 1, 104%2%3");
-        row("Earth Projection %101, 104%2%3");
-        row("Earth Projection 8, 999, 3, 23.5, -141, -81, \"survey ft\", 39, 0, 0.9996, 5e5, 0%2%3");
-        row("%108, 999, 3, 23.5, -141, -81, \"survey ft\", 39, 0, 0.9996, 5e5, 0%2%3");
-        row("CoordSys Earth Projection %103, 9999, 3, 24, -123, -94, -0.02, 0.25, 0.13, 1.1, 0, 7, 39, 50, 45, 55, 0, 0%2%3");
+        row.named("NonEarth%2 Units \"ft\"%3");
+        row.named("NonEarth Units \"ft\"%2%3");
+        row.named("Earth Projection 1, 104%2%3");
+        row.named("Earth Projection %101, 104%2%3");
+        row.named("Earth Projection 8, 999, 3, 23.5, -141, -81, \"survey ft\", 39, 0, 0.9996, 5e5, 0%2%3");
+        row.named("%108, 999, 3, 23.5, -141, -81, \"survey ft\", 39, 0, 0.9996, 5e5, 0%2%3");
+        row.named("CoordSys Earth Projection %103, 9999, 3, 24, -123, -94, -0.02, 0.25, 0.13, 1.1, 0, 7, 39, 50, 45, 55, 0, 0%2%3");
         // clang-format on
     }
 

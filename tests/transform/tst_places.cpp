@@ -76,7 +76,7 @@ private Q_SLOTS:
              {wkt, "EPSG:32637", "proj:+proj=utm +zone=37 +datum=WGS84 +no_defs +type=crs",
               "proj4:+proj=tmerc +lon_0=39 +k=0.9996 +x_0=500000 +ellps=WGS84 +towgs84=0,0,0",
               "prj:CoordSys Earth Projection 8, 104, 7, 39, 0, 0.9996, 500000, 0"})
-            row(system, "epsg:4326", {39, 55}, utm, MILLIMETRE);
+            row.named(system, "epsg:4326", {39, 55}, utm, MILLIMETRE);
         // Land Information New Zealand, test points of the map grid; positions are given to 1e-6 degree.
         const char *nzmg = "18, 31, \"m\", 173, -41, 2510000, 6023150";
         row("LINZ map grid, north", nzmg, "1, 31", {172.739194, -34.444066}, {2487100.638, 6751049.719}, MICRODEGREE);
