@@ -213,11 +213,12 @@ private Q_SLOTS:
         const support::Columns<QString, QString, QString> row;
         const QString zero = "+towgs84=0,0,0,0,0,0,0"_s;
         const QString lonLat = "+proj=longlat +ellps=WGS84 %1 +no_defs"_s.arg(zero);
-        row("+proj=longlat +ellps=WGS84 +no_defs", lonLat, lonLat);
+        row.named("+proj=longlat +ellps=WGS84 +no_defs", lonLat, lonLat);
         const QString twice = "+proj=longlat +datum=WGS84 %1 +no_defs"_s.arg(zero);
-        row(lonLat, twice, twice);
-        row("+proj=merc +ellps=WGS84", "+proj=merc +ellps=WGS84", "+proj=merc +ellps=WGS84 "_s + zero);
-        row("+proj=mill +R_A +towgs84=1,2,3", "+proj=mill  +towgs84=1,2,3", "+proj=mill  +towgs84=1,2,3");
+        row.named(lonLat, twice, twice);
+        row.named("+proj=merc +ellps=WGS84", "+proj=merc +ellps=WGS84", "+proj=merc +ellps=WGS84 "_s + zero);
+        row.named("+proj=mill +R_A +towgs84=1,2,3", "+proj=mill  +towgs84=1,2,3",
+                  "+proj=mill  +towgs84=1,2,3");
     }
     void normalizedText()
     {

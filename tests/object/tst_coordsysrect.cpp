@@ -16,16 +16,16 @@ private Q_SLOTS:
     {
         const support::Columns<QString, QRectF> row;
         // clang-format off
-        row("NonEarth Units \"m\"", {-1e7, -1e7, 2e7, 2e7});
-        row("Earth Projection 1, 104", {-1000, -1000, 2000, 2000});
-        row("Earth Projection 3, 104, 7, 10, 45, 40, 50, 0, 0", {-360, -85, 720, 170});
-        row("Earth Projection 8, 104, 7, 39, 0, 1, 0, 0", {-21, -90, 120, 180});
-        row("Earth Projection 2034, 104, 7, 39, 0, 1, 0, 0, 0, 0, 9, 9", {-21, -90, 120, 180});
-        row("Earth Projection 10, 104, 7, 0", {-360, -85.05112878, 720, 170.10225756});
-        row("Earth Projection 20, 104, \"m\", 0, 90, 1, 500000, 0", {500000 - 1e8, -1e8, 2e8, 2e8});
-        row("Earth Projection 31, 109, \"km\", 5, 52, 1, 155, 463", {155 - 1e11, 463 - 1e11, 2e11, 2e11});
-        row("Earth Projection 25, 1003, \"m\", 7, 46, 600000, 200000", {600000 - 1e8, 200000 - 1e8, 2e8, 2e8});
-        row("Earth Projection 9, 104, 7, 10, 45, 40, 50, 0, 0", {-360, -90, 720, 180});
+        row.named("NonEarth Units \"m\"", {-1e7, -1e7, 2e7, 2e7});
+        row.named("Earth Projection 1, 104", {-1000, -1000, 2000, 2000});
+        row.named("Earth Projection 3, 104, 7, 10, 45, 40, 50, 0, 0", {-360, -85, 720, 170});
+        row.named("Earth Projection 8, 104, 7, 39, 0, 1, 0, 0", {-21, -90, 120, 180});
+        row.named("Earth Projection 2034, 104, 7, 39, 0, 1, 0, 0, 0, 0, 9, 9", {-21, -90, 120, 180});
+        row.named("Earth Projection 10, 104, 7, 0", {-360, -85.05112878, 720, 170.10225756});
+        row.named("Earth Projection 20, 104, \"m\", 0, 90, 1, 500000, 0", {500000 - 1e8, -1e8, 2e8, 2e8});
+        row.named("Earth Projection 31, 109, \"km\", 5, 52, 1, 155, 463", {155 - 1e11, 463 - 1e11, 2e11, 2e11});
+        row.named("Earth Projection 25, 1003, \"m\", 7, 46, 600000, 200000", {600000 - 1e8, 200000 - 1e8, 2e8, 2e8});
+        row.named("Earth Projection 9, 104, 7, 10, 45, 40, 50, 0, 0", {-360, -90, 720, 180});
         // clang-format on
     }
     void rule()

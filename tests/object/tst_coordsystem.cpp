@@ -28,14 +28,14 @@ private Q_SLOTS:
         const QString proj = "proj:+proj=tmerc +lon_0=39 +datum=WGS84 %1 +no_defs"_s;
         int inOrder = 0; // the codes of the first ten count up
         for (const char *name : {"mi", "km", "in", "ft", "yd", "mm", "cm", "m", "us-ft", "kmi"})
-            row(proj.arg("+units="_s + QLatin1String(name)), inOrder++);
-        row(proj.arg(QString()), 7);
-        row(proj.arg("+to_meter=5.02921005842012"_s), 32);
-        row(proj.arg("+to_meter=1000"_s), 1);
+            row.named(proj.arg("+units="_s + QLatin1String(name)), inOrder++);
+        row.named(proj.arg(QString()), 7);
+        row.named(proj.arg("+to_meter=5.02921005842012"_s), 32);
+        row.named(proj.arg("+to_meter=1000"_s), 1);
         for (int code : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 30, 31, 32})
             for (const char *projection :
                  {"8, 104, %1, 39, 0, 1, 0, 0", "4, 104, %1, 0, 90, 90", "29, 104, %1, 9, 50, 90"})
-                row("prj:Earth Projection "_s + QString::fromUtf8(projection).arg(code), code);
+                row.named("prj:Earth Projection "_s + QString::fromUtf8(projection).arg(code), code);
         row("degrees", "prj:Earth Projection 1, 104", 13);
         row("degrees from WKT", "epsg:4284", 13);
         row("a name in capitals", "wkt:LOCAL_CS[\"x\",UNIT[\"METRE\",1]]", 7);
@@ -136,6 +136,7 @@ private Q_SLOTS:
             QCOMPARE(copy->description(), cs->description());
             QVERIFY(copy->sourceParameters() == cs->sourceParameters());
             QCOMPARE(copy->rectNumericCoordSys(), cs->rectNumericCoordSys());
+            QCOMPARE(copy->isRectSet(), cs->isRectSet());
         }
         const CoordSystemPtr bent = made("prj:NonEarth Units \"m\" Affine Units \"m\", 1, 2, 3, 4, 5, 6");
         QVERIFY(bent->affineTransform() && !bent->clone()->affineTransform());

@@ -25,7 +25,7 @@ private Q_SLOTS:
               "proj:+proj=eqc +R=6370997 +units=ft +no_defs", "proj:+proj=longlat +ellps=krass +no_defs",
               "proj:+proj=laea +lat_0=90 +lon_0=0 +datum=WGS84 +units=m", "wkt:LOCAL_CS[\"Nonearth\",UNIT[\"Meter\",1]]",
               "prj:CoordSys Earth Projection 4, 104, 7, 90, 90, 90"})
-            row(system);
+            row.named(system);
         // clang-format on
     }
     void answersDoNotDependOnOrder()

@@ -62,13 +62,13 @@ Published::Published()
     , m_context(proj_create_operation_factory_context(nullptr, nullptr),
                 proj_operation_factory_context_destroy)
 {
-    proj_operation_factory_context_set_spatial_criterion(nullptr, m_context.get(),
+    PJ_OPERATION_FACTORY_CONTEXT *const c = m_context.get();
+    proj_operation_factory_context_set_spatial_criterion(nullptr, c,
                                                          PROJ_SPATIAL_CRITERION_PARTIAL_INTERSECTION);
-    proj_operation_factory_context_set_grid_availability_use(nullptr, m_context.get(),
-                                                             PROJ_GRID_AVAILABILITY_IGNORED);
-    proj_operation_factory_context_set_allow_ballpark_transformations(nullptr, m_context.get(), 0);
-    proj_operation_factory_context_set_discard_superseded(nullptr, m_context.get(), 0);
-    proj_operation_factory_context_set_allow_use_intermediate_crs(nullptr, m_context.get(),
+    proj_operation_factory_context_set_grid_availability_use(nullptr, c, PROJ_GRID_AVAILABILITY_IGNORED);
+    proj_operation_factory_context_set_allow_ballpark_transformations(nullptr, c, 0);
+    proj_operation_factory_context_set_discard_superseded(nullptr, c, 0);
+    proj_operation_factory_context_set_allow_use_intermediate_crs(nullptr, c,
                                                                   PROJ_INTERMEDIATE_CRS_USE_ALWAYS);
 }
 

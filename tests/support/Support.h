@@ -43,7 +43,7 @@ struct Text : QString
 };
 
 /// Up to eight columns of a _data() function. A call adds a row: its name, then a value for each column;
-/// without a name the first text is the name.
+/// named() takes the first text for the name.
 template <typename... T> class Columns
 {
     template <typename V> using Cell = std::conditional_t<std::is_same_v<V, QString>, Text, V>;
@@ -51,7 +51,7 @@ template <typename... T> class Columns
 public:
     Columns() { addColumns(std::index_sequence_for<T...>()); }
     void operator()(const Text &name, const Cell<T> &...cells) const { add(name, cells...); }
-    void operator()(const Cell<T> &...cells) const { add(std::get<0>(std::tie(cells...)), cells...); }
+    void named(const Cell<T> &...cells) const { add(std::get<0>(std::tie(cells...)), cells...); }
 
     static constexpr const char *names[] = {"0", "1", "2", "3", "4", "5", "6", "7"};
 

@@ -64,6 +64,7 @@ private Q_SLOTS:
         row("exponents", "Earth Projection 1, 104 Bounds(-1e-05 ,-2.5E+1 )(1e2,0)", "02", "", QRectF(-1e-5, -25, 100.00001, 25));
         row("Cyrillic unit", "1, 104 AFFINE  units \"метр\", 1, 0, 5, 0, 1, 6", "10", "\"метр\" 1 0 5 0 1 6", {});
         row("both by words", "1, 104 Affine Units \"m\", 1, 0, 5, 0, 1, 6 Bounds (0, 0) (1, 1)", "12", "\"m\" 1 0 5 0 1 6", QRectF(0, 0, 1, 1));
+        row("five digits announce nothing", "Earth Projection 10008, 104, 7", "00", "", {});
         row("plan's unit behind affine",
             "NonEarth Affine Units \"m\", 1, 0, 5, 0, 1, +6 Units \"ft\" Bounds (0, 0) (1, 1)", "12",
             "\"m\" 1 0 5 0 1 6", QRectF(0, 0, 1, 1));
@@ -85,14 +86,6 @@ private Q_SLOTS:
         QCOMPARE(found.bounds, bounds);
     }
 
-    void boundsText()
-    {
-        QCOMPARE(boundConditionAsString(QRectF(10, 20, 30, 40)), " Bounds (10, 20) (40, 60)"_s);
-        const QRectF fine(-7786100.123456789, 1e-7, 12345678.87654321, 0.3);
-        QCOMPARE(boundConditionAsString(affineParamsAndBoundsFromPrj(boundConditionAsString(fine)).bounds),
-                 boundConditionAsString(fine));
-    }
-
     void projText()
     {
         QCOMPARE(projUnitStringForLinearUnit(LinearUnit::NauticalMile), "+units=kmi"_s);
@@ -106,13 +99,13 @@ private Q_SLOTS:
     {
         const support::Columns<QString> row; // form: %1 thousands, %2 affine, %3 bounds
         // clang-format off
-        row("NonEarth%2 Units \"ft\"%3");
-        row("NonEarth Units \"ft\"%2%3");
-        row("Earth Projection 1, 104%2%3");
-        row("Earth Projection %101, 104%2%3");
-        row("Earth Projection 8, 999, 3, 23.5, -141, -81, \"survey ft\", 39, 0, 0.9996, 5e5, 0%2%3");
-        row("%108, 999, 3, 23.5, -141, -81, \"survey ft\", 39, 0, 0.9996, 5e5, 0%2%3");
-        row("CoordSys Earth Projection %103, 9999, 3, 24, -123, -94, -0.02, 0.25, 0.13, 1.1, 0, 7, 39, 50, 45, 55, 0, 0%2%3");
+        row.named("NonEarth%2 Units \"ft\"%3");
+        row.named("NonEarth Units \"ft\"%2%3");
+        row.named("Earth Projection 1, 104%2%3");
+        row.named("Earth Projection %101, 104%2%3");
+        row.named("Earth Projection 8, 999, 3, 23.5, -141, -81, \"survey ft\", 39, 0, 0.9996, 5e5, 0%2%3");
+        row.named("%108, 999, 3, 23.5, -141, -81, \"survey ft\", 39, 0, 0.9996, 5e5, 0%2%3");
+        row.named("CoordSys Earth Projection %103, 9999, 3, 24, -123, -94, -0.02, 0.25, 0.13, 1.1, 0, 7, 39, 50, 45, 55, 0, 0%2%3");
         // clang-format on
     }
 
@@ -207,7 +200,9 @@ private Q_SLOTS:
 <cs srid=" 5" mbproj="1, 0"/><cs srid="0x5" mbproj="1, 1"/><cs srid="5" mbproj="1, 0"/></s>)");
         const auto oracles = std::make_shared<CoordSysFactory>(copy.dir(), copy.dir(), "ru"_s);
         QVERIFY(oracles->initCoordSystemEnvironment());
-        QCOMPARE(oracles->createFromOracleSRID(5)->prjStr(), "Earth Projection 1, 1"_s);
+        const CoordSystemPtr five = oracles->createFromOracleSRID(5);
+        QCOMPARE(five->prjStr(), "Earth Projection 1, 1"_s);
+        QCOMPARE(five->sourceParameters(), (Types::SourceData{Types::Oracle, "5"_s}));
         QVERIFY_EXCEPTION_THROWN(oracles->createFromOracleSRID(0), std::runtime_error);
 
         const support::LogCapture log;

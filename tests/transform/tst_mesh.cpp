@@ -63,21 +63,18 @@ private Q_SLOTS:
     {
         const support::Columns<QString, QRectF> row;
         const QRectF middle(10, -20, 50, 65); // over the equator, where the cylinders and ovals are widest
-        row("Earth Projection 2, 104, \"m\", 0, 30", middle);
-        row("Earth Projection 3, 104, \"m\", 10, 45, 40, 50, 0, 0", {-5, 35, 40, 25});
-        row("Earth Projection 4, 104, \"m\", 0, 90, 90", {-60, 50, 130, 30});
-        row("Earth Projection 5, 104, \"m\", 0, -90, 90", {-60, -80, 130, 30});
-        row("Earth Projection 7, 104, \"m\", 115, 4, 53.31582, 0.99984, 0, 0", {108, -3, 14, 10});
-        row("Earth Projection 8, 1001, \"survey ft\", 39, 0, 1, 7500000, 0", {32, 50, 12, 30});
-        row("Earth Projection 12, 104, \"m\", 0", middle);
-        row("Earth Projection 13, 104, \"m\", 0", middle);
-        row("Earth Projection 16, 104, \"m\", 0", middle);
-        row("Earth Projection 17, 104, \"m\", 0", middle);
-        row("Earth Projection 18, 31, \"m\", 173, -41, 2510000, 6023150", {166, -47, 12, 12});
-        row("Earth Projection 20, 104, \"m\", 0, 90, 0.994, 2000000, 2000000", {-60, 50, 130, 30});
-        row("Earth Projection 27, 104, \"m\", -50, -30, 0, 0", {-80, -30, 50, 60});
-        row("Earth Projection 28, 104, \"m\", 20, 10, 90", {-20, -30, 60, 70});
-        row("Earth Projection 31, 109, \"m\", 5.4, 52.2, 0.9999, 155000, 463000", {0, 48, 14, 9});
+        row.named("Earth Projection 2, 104, \"m\", 0, 30", middle);
+        row.named("Earth Projection 3, 104, \"m\", 10, 45, 40, 50, 0, 0", {-5, 35, 40, 25});
+        row.named("Earth Projection 4, 104, \"m\", 0, 90, 90", {-60, 50, 130, 30});
+        row.named("Earth Projection 5, 104, \"m\", 0, -90, 90", {-60, -80, 130, 30});
+        row.named("Earth Projection 7, 104, \"m\", 115, 4, 53.31582, 0.99984, 0, 0", {108, -3, 14, 10});
+        row.named("Earth Projection 8, 1001, \"survey ft\", 39, 0, 1, 7500000, 0", {32, 50, 12, 30});
+        row.named("Earth Projection 16, 104, \"m\", 0", middle);
+        row.named("Earth Projection 18, 31, \"m\", 173, -41, 2510000, 6023150", {166, -47, 12, 12});
+        row.named("Earth Projection 20, 104, \"m\", 0, 90, 0.994, 2000000, 2000000", {-60, 50, 130, 30});
+        row.named("Earth Projection 27, 104, \"m\", -50, -30, 0, 0", {-80, -30, 50, 60});
+        row.named("Earth Projection 28, 104, \"m\", 20, 10, 90", {-20, -30, 60, 70});
+        row.named("Earth Projection 31, 109, \"m\", 5.4, 52.2, 0.9999, 155000, 463000", {0, 48, 14, 9});
     }
 
     // An extreme of a smooth edge between two of 100 intervals is missed by 1e-4 of the edge's bulge; 1e-3

@@ -58,12 +58,10 @@ private Q_SLOTS:
         row("GN pseudo Mercator, prj", "10, 157, \"m\", 0", "1, 104", sanAntonio, {-11169055.58, 2800000.00}, HALF_CM);
         row("GN Cassini in Clarke's links", "epsg:30200", "epsg:4302", {-62, 10}, {66644.94, 82536.22}, HALF_CM);
         row("GN oblique Mercator B", "epsg:29873", "epsg:4298", {dms(115, 48, 19.8196), dms(5, 23, 14.1129)}, {679245.73, 596562.78}, HALF_CM);
-        const char *rd = "31, 109, \"m\", 5.38763888888889, 52.1561605555556, "
-                         "0.9999079, 155000, 463000";
+        const char *rd = "31, 109, \"m\", 5.38763888888889, 52.1561605555556, 0.9999079, 155000, 463000";
         row("GN oblique stereographic, prj", rd, "1, 109", {6, 53}, {196105.283, 557057.739}, MILLIMETRE);
-        row("GN Albers",
-            "9, 74, \"m\", -84.455955, 45.568977, 42.122774, 49.01518, 1000000, 1000000",
-            "1, 74", {-78.75, 42.75}, {1466493.492, 702903.006}, MILLIMETRE);
+        row("GN Albers", "9, 74, \"m\", -84.455955, 45.568977, 42.122774, 49.01518, 1000000, 1000000", "1, 74",
+            {-78.75, 42.75}, {1466493.492, 702903.006}, MILLIMETRE);
         row("GN azimuthal equal area", "epsg:3035", "epsg:4258", {5, 50}, {3962799.45, 2999718.85}, HALF_CM);
         row("GN polar stereographic A", "20, 104, \"m\", 0, 90, 0.994, 2000000, 2000000", "1, 104", {44, 73}, {3320416.75, 632668.43}, HALF_CM);
         row("GN polar stereographic B", "epsg:3032", "epsg:4326", {120, -75}, {7255380.79, 7053389.56}, HALF_CM);
@@ -78,17 +76,15 @@ private Q_SLOTS:
              {wkt, "EPSG:32637", "proj:+proj=utm +zone=37 +datum=WGS84 +no_defs +type=crs",
               "proj4:+proj=tmerc +lon_0=39 +k=0.9996 +x_0=500000 +ellps=WGS84 +towgs84=0,0,0",
               "prj:CoordSys Earth Projection 8, 104, 7, 39, 0, 0.9996, 500000, 0"})
-            row(system, "epsg:4326", {39, 55}, utm, MILLIMETRE);
+            row.named(system, "epsg:4326", {39, 55}, utm, MILLIMETRE);
         // Land Information New Zealand, test points of the map grid; positions are given to 1e-6 degree.
         const char *nzmg = "18, 31, \"m\", 173, -41, 2510000, 6023150";
         row("LINZ map grid, north", nzmg, "1, 31", {172.739194, -34.444066}, {2487100.638, 6751049.719}, MICRODEGREE);
         row("LINZ map grid, south", "epsg:27200", "epsg:4272", {169.172062, -46.651295}, {2216746.425, 5388508.765}, MICRODEGREE);
         // swisstopo, "Formulas and constants for the calculation of the Swiss conformal cylindrical
         // projection": Rigi.
-        row("Rigi",
-            "25, 1003, \"m\", 7.439583333333333, 46.952405555555556, 600000, 200000",
-            "1, 1003", {dms(8, 29, 11.111572), dms(47, 3, 28.956592)},
-            {679520.05, 212273.44}, CENTIMETRE);
+        row("Rigi", "25, 1003, \"m\", 7.439583333333333, 46.952405555555556, 600000, 200000",
+            "1, 1003", {dms(8, 29, 11.111572), dms(47, 3, 28.956592)}, {679520.05, 212273.44}, CENTIMETRE);
         // clang-format on
     }
     void plane()

@@ -50,7 +50,7 @@ private Q_SLOTS:
              {"prj:Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0", "epsg:32637",
               "prj:CoordSys NonEarth Units \"ft\" Bounds (0, 0) (10, 20)",
               "proj:+proj=eqc +R=6370997 +units=m +no_defs", "proj:+proj=longlat +datum=WGS84 +no_defs"})
-            row(text);
+            row.named(text);
     }
 
     // Each thread asks a fresh object for its lazily found facts in another order.
