@@ -25,8 +25,8 @@
 namespace nivora::cs {
 namespace {
 
-constexpr QLatin1String latLongText("Earth Projection 1, 0");
-constexpr QLatin1String latLongWgs84Text("Earth Projection 1, 104");
+const QLatin1String latLongText("Earth Projection 1, 0");
+const QLatin1String latLongWgs84Text("Earth Projection 1, 104");
 
 struct Installed
 {
