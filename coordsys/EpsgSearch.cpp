@@ -202,7 +202,11 @@ int searchByGdal(const Wanted &wanted, const std::shared_ptr<ProgressHandler> &p
 int searchByProj(const QString &wkt, const std::shared_ptr<ProgressHandler> &progress)
 {
     const SearchContext context;
-    const PjHandle plain = ownPj(proj_create(context.get(), bareWkt(wkt).toUtf8().constData()));
+    const PjHandle crs = ownPj(proj_create(context.get(), wkt.toUtf8().constData()));
+    PjHandle plain = crs ? unbound(context.get(), crs.get()) : nullptr;
+    if (plain &&
+        proj_get_id_code(plain.get(), 0)) // names as the text spells them are found better than PROJ's own
+        plain = ownPj(proj_create(context.get(), bareWkt(wkt).toUtf8().constData()));
     if (!plain || isCanceled(progress))
         return undefined;
     int *rawConfidences = nullptr;
