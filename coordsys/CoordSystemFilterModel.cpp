@@ -97,7 +97,10 @@ CoordSystemFilterModel::CoordSystemFilterModel(CoordSystemCatalogModel &source, 
     , m_source(source)
     , m_worker(std::make_unique<Worker>())
 {
-    connect(&source, &CoordSystemCatalogModel::prepared, this, &CoordSystemFilterModel::refresh);
+    connect(&source, &CoordSystemCatalogModel::prepared, this, [this] {
+        if (isFiltering())
+            refresh();
+    });
     connect(&source, &CoordSystemCatalogModel::ownSystemsChanged, this, [this] {
         show({}); // rows may stand for what is gone
         refresh();
