@@ -12,6 +12,8 @@
 #include <coordsys/TABProjInfo.h>
 #include <coordsys/UserCoordSystem.h>
 
+#include <QBuffer>
+
 #include <cstring>
 #include <type_traits>
 
