@@ -27,7 +27,7 @@ struct Block
     TextBuffer out;
     qint64 lineCount = 0;
     qint64 badLines = 0;
-    std::vector<std::pair<qint64, std::string>> reports; ///< line in the block and what is wrong with it
+    std::vector<std::pair<qint64, Reason>> reports; ///< line in the block and what is wrong with it
 };
 
 /// The blocks of several files, one behind the other.

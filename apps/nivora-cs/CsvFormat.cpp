@@ -192,7 +192,7 @@ public:
     {}
 
     std::size_t lineLength(std::string_view text) const override;
-    bool read(std::string_view line, QPointF &point, Columns &columns, std::string &why) const override;
+    bool read(std::string_view line, QPointF &point, Columns &columns, Reason &why) const override;
 
     bool isHeader(std::string_view line) const;
 
@@ -200,7 +200,7 @@ private:
     std::optional<std::string_view> fieldAt(std::string_view line, int column) const;
     void locate(std::string_view line, Columns &columns) const;
     const char *place(std::string_view line, const char *from, int column, Slot &slot) const;
-    bool readAxis(std::string_view line, const std::vector<int> &axis, Angle &value, std::string &why) const;
+    bool readAxis(std::string_view line, const std::vector<int> &axis, Angle &value, Reason &why) const;
     bool mayBeThousands(std::string_view field) const;
 
     CsvLayout m_layout;
@@ -281,17 +281,17 @@ bool CsvReader::mayBeThousands(std::string_view field) const
     return digits == comma + 4 || (digits == std::string_view::npos && field.size() == comma + 4);
 }
 
-bool CsvReader::readAxis(std::string_view line, const std::vector<int> &axis, Angle &value,
-                         std::string &why) const
+bool CsvReader::readAxis(std::string_view line, const std::vector<int> &axis, Angle &value, Reason &why) const
 {
     std::string text;
     for (const int column : axis) {
         const std::optional<std::string_view> field = fieldAt(line, column);
-        why = "is missing";
+        why = QT_TRANSLATE_NOOP("QObject", "is missing");
         if (!field)
             return false;
         why =
-            "could be read as one number with thousands or with decimals: give --decimal-comma for decimals";
+            QT_TRANSLATE_NOOP("QObject", "could be read as one number with thousands or with decimals: give "
+                                         "--decimal-comma for decimals");
         if (isQuoted(*field) && mayBeThousands(field->substr(1)))
             return false;
         if (axis.size() == 1 && !isQuoted(*field))
@@ -301,21 +301,20 @@ bool CsvReader::readAxis(std::string_view line, const std::vector<int> &axis, An
     return readCoordinate(text, m_notation, value, why);
 }
 
-bool CsvReader::read(std::string_view line, QPointF &point, Columns &columns, std::string &why) const
+bool CsvReader::read(std::string_view line, QPointF &point, Columns &columns, Reason &why) const
 {
     locate(line, columns);
     Angle x;
     Angle y;
-    std::string reason;
-    if (!readAxis(line, m_layout.x, x, reason)) {
-        why = "x " + reason;
+    if (!readAxis(line, m_layout.x, x, why)) {
+        why = Reason("x", why.what());
         return false;
     }
-    if (!readAxis(line, m_layout.y, y, reason)) {
-        why = "y " + reason;
+    if (!readAxis(line, m_layout.y, y, why)) {
+        why = Reason("y", why.what());
         return false;
     }
-    why = "the line has too few columns for the result";
+    why = QT_TRANSLATE_NOOP("QObject", "the line has too few columns for the result");
     const bool hasRoom = !columns.first.missing && !columns.second.missing;
     return hasRoom && placeCoordinates(x, y, point, why);
 }
@@ -324,7 +323,7 @@ bool CsvReader::isHeader(std::string_view line) const
 {
     QPointF point;
     Columns columns;
-    std::string why;
+    Reason why;
     if (m_layout.hasHeader || read(line, point, columns, why))
         return m_layout.hasHeader;
     const auto isWord = [&](int column) {

@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QObject>
 #include <QRegularExpression>
 #include <QSaveFile>
 
@@ -74,7 +75,7 @@ ClausePlace findClause(QFile &file)
 void openOrFail(QFile &file)
 {
     if (!file.open(QIODevice::ReadOnly))
-        throw Failure(QStringLiteral("cannot read %1: %2").arg(file.fileName(), file.errorString()));
+        throw Failure(QObject::tr("cannot read %1: %2").arg(file.fileName(), file.errorString()));
 }
 
 void copyRest(QFile &from, QSaveFile &to)
@@ -109,7 +110,7 @@ void replaceCoordSysOfMif(const QString &path, const QString &clause)
     file.seek(place.end);
     copyRest(file, result);
     if (!result.commit())
-        throw Failure(QStringLiteral("cannot write %1: %2").arg(path, result.errorString()));
+        throw Failure(QObject::tr("cannot write %1: %2").arg(path, result.errorString()));
 }
 
 QString siblingOf(const QString &path, const QString &suffix)

@@ -61,7 +61,7 @@ public:
         : m_messages(messages)
     {}
 
-    bool read(std::string_view line, QPointF &point, Columns &columns, std::string &why) const override
+    bool read(std::string_view line, QPointF &point, Columns &columns, Reason &why) const override
     {
         const char *const end = line.data() + line.size();
         const char *const begin = skip(line.data(), end, isBlank);
@@ -70,11 +70,11 @@ public:
         double latitudeRad = 0.0;
         double longitudeRad = 0.0;
         if (behind != end && !isSeparator(*behind)) {
-            why = "no grid reference";
+            why = QT_TRANSLATE_NOOP("QObject", "no grid reference");
             return false;
         }
         if (const int code = mgrs::Convert_MGRS_To_Geodetic(reference.c_str(), &latitudeRad, &longitudeRad)) {
-            why = m_messages.errorMsg(code).toStdString();
+            why = Reason(m_messages.errorMsg(code));
             return false;
         }
         point = QPointF(longitudeRad, latitudeRad) * CoordSystem::RADIANS_TO_DEGREES;
@@ -96,11 +96,11 @@ public:
         : m_grid(grid)
     {}
 
-    bool write(const QPointF &point, const Columns &columns, TextBuffer &out, std::string &why) const override
+    bool write(const QPointF &point, const Columns &columns, TextBuffer &out, Reason &why) const override
     {
         const QString reference = m_grid.getMGRSString(point);
         if (reference.isEmpty()) {
-            why = "the point has no grid reference";
+            why = QT_TRANSLATE_NOOP("QObject", "the point has no grid reference");
             return false;
         }
         const QByteArray bytes = reference.toLatin1();

@@ -77,7 +77,7 @@ StreamOptions streamOptions(const CommandLine &line)
 struct StreamFilter::Work
 {
     std::vector<Line> lines;
-    std::vector<std::string> reasons;
+    std::vector<Reason> reasons;
     QVector<QPointF> points;
     std::vector<char> failed;
 };
@@ -213,11 +213,11 @@ void StreamFilter::readBlock(const Block &block, Work &work) const
 void StreamFilter::readLine(const Block &block, Line &line, Work &work) const
 {
     if (block.chunk.oversized)
-        return markBad(line, Line::Bad, "longer than 16 MiB", work);
+        return markBad(line, Line::Bad, QT_TRANSLATE_NOOP("QObject", "longer than 16 MiB"), work);
     if (m_format.passesOn(line.text))
         return;
     QPointF point;
-    std::string why;
+    Reason why;
     if (block.reader->read(line.text, point, line.columns, why)) {
         line.kind = Line::Point;
         line.index = work.points.size();
@@ -225,11 +225,12 @@ void StreamFilter::readLine(const Block &block, Line &line, Work &work) const
         return;
     }
     if (block.kind == Block::FirstLine && !line.columns.located && looksLikeHeader(line.text))
-        return markBad(line, Line::Header, why + "; passed on as a header", work);
+        return markBad(line, Line::Header, Reason(QObject::tr("%1; passed on as a header").arg(why.text())),
+                       work);
     markBad(line, Line::Bad, std::move(why), work);
 }
 
-void StreamFilter::markBad(Line &line, Line::Kind kind, std::string why, Work &work)
+void StreamFilter::markBad(Line &line, Line::Kind kind, Reason why, Work &work)
 {
     line.kind = kind;
     line.index = static_cast<int>(work.reasons.size());
@@ -241,7 +242,7 @@ void StreamFilter::writeBlock(Block &block, Work &work) const
     const std::string_view text = block.chunk.text;
     const auto lineNumber = [&text](const char *at) { return 1 + std::count(text.data(), at, '\n'); };
     block.lineCount = std::count(text.begin(), text.end(), '\n');
-    std::string why;
+    Reason why;
     for (const Line &line : work.lines) {
         if (!writeLine(line, work, block.out, why)) {
             ++block.badLines;
@@ -252,7 +253,7 @@ void StreamFilter::writeBlock(Block &block, Work &work) const
     }
 }
 
-bool StreamFilter::writeLine(const Line &line, const Work &work, TextBuffer &out, std::string &why) const
+bool StreamFilter::writeLine(const Line &line, const Work &work, TextBuffer &out, Reason &why) const
 {
     const auto index = static_cast<std::size_t>(line.index);
     if (line.kind == Line::Verbatim || line.kind == Line::Header)
@@ -266,7 +267,7 @@ bool StreamFilter::writeLine(const Line &line, const Work &work, TextBuffer &out
         return false;
     }
     if (work.failed[index])
-        why = "the point cannot be transformed";
+        why = QT_TRANSLATE_NOOP("QObject", "the point cannot be transformed");
     else if (m_writer.write(work.points.at(line.index), line.columns, out, why))
         return true;
     writeFailed(line.text, line.columns, out);
@@ -293,8 +294,7 @@ void StreamFilter::deliver(const Block &block, Queue &queue)
         if (m_reported++ >= reportedLines)
             break;
         queue.progress.clear();
-        report(QObject::tr("%1line %2: %3")
-                   .arg(prefix, QString::number(m_lineNumber + line), QString::fromStdString(why)));
+        report(QObject::tr("%1line %2: %3").arg(prefix, QString::number(m_lineNumber + line), why.text()));
     }
     m_badLines += block.badLines;
     m_lineNumber += block.lineCount;

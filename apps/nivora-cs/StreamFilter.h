@@ -72,9 +72,9 @@ private:
     void convert(Block &block, Work &work) const;
     void readBlock(const Block &block, Work &work) const;
     void readLine(const Block &block, Line &line, Work &work) const;
-    static void markBad(Line &line, Line::Kind kind, std::string why, Work &work);
+    static void markBad(Line &line, Line::Kind kind, Reason why, Work &work);
     void writeBlock(Block &block, Work &work) const;
-    bool writeLine(const Line &line, const Work &work, TextBuffer &out, std::string &why) const;
+    bool writeLine(const Line &line, const Work &work, TextBuffer &out, Reason &why) const;
     void deliver(const Block &block, Queue &queue);
 
     const FileFormat &m_format;
