@@ -34,7 +34,8 @@ struct ClausePlace
 {
     qint64 begin = 0;
     qint64 end = 0;
-    QByteArray text;
+    QByteArray text; ///< empty for none
+    bool found = false;
 };
 
 bool beginsWith(const QByteArray &line, const char *word)
@@ -57,18 +58,21 @@ ClausePlace findClause(QFile &file)
     for (QByteArray line; file.pos() < longestHeader;) {
         const qint64 begin = file.pos();
         line = file.readLine();
-        const bool found = !place.text.isEmpty();
-        if (line.isEmpty() || (found && isNextClause(line)))
+        if (line.isEmpty() || (place.found && isNextClause(line)))
             break;
-        if (found || beginsWith(line, "coordsys")) {
-            place.begin = found ? place.begin : begin;
+        if (place.found || beginsWith(line, "coordsys")) {
+            place.begin = place.found ? place.begin : begin;
             place.end = begin + line.size();
             place.text += line;
+            place.found = true;
         } else if (beginsWith(line, "columns") || beginsWith(line, "data") || beginsWith(line, "transform")) {
             place.begin = place.end = begin;
+            place.found = true;
             break;
         }
     }
+    if (!place.found)
+        throw Failure(QObject::tr("%1 has no header of a MIF").arg(file.fileName()));
     return place;
 }
 

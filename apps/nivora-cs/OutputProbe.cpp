@@ -88,11 +88,13 @@ struct OutputProbe::Counts
     void add(OGRGeometryH geometry)
     {
         ++all;
+        plain += !hasCurves(geometry) && !isSurface(geometry);
         for (std::size_t i = 0; i < std::size(properties); ++i)
             with[i] += properties[i].has(geometry);
     }
 
     int all = 0;
+    int plain = 0; ///< nothing stands in for them
     std::array<int, std::size(properties)> with{};
 };
 
@@ -151,7 +153,7 @@ LostProperties OutputProbe::check(const OutputLayer &layer, const std::vector<OG
     Counts given;
     for (OGRGeometryH geometry : geometries)
         given.add(geometry);
-    if (given.all > 0 && read.all == 0)
+    if (given.plain > 0 && read.all == 0)
         losses.add(QObject::tr("the format holds no such geometries: they are left out"));
     for (std::size_t i = 0; i < std::size(properties); ++i) {
         lost.*properties[i].lost = read.with[i] < given.with[i];

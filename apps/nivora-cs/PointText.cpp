@@ -1,6 +1,7 @@
 #include "PointText.h"
 
 #include "TextBuffer.h"
+#include "TextCoding.h"
 
 #include <algorithm>
 
@@ -386,8 +387,12 @@ bool XyReader::readAnglePair(std::string_view line, QPointF &point, Columns &col
     return false;
 }
 
-bool XyWriter::write(const QPointF &point, const Columns &columns, TextBuffer &out, Reason &) const
+bool XyWriter::write(const QPointF &point, const Columns &columns, TextBuffer &out, Reason &why) const
 {
+    // The degree sign is UTF-8 too.
+    why = QT_TRANSLATE_NOOP("QObject", "the line is not UTF-8: see --encoding");
+    if (m_angles && !(isUtf8(columns.first.before) && isUtf8(columns.second.before) && isUtf8(columns.rest)))
+        return false;
     const Slot &first = columns.first;
     const Slot &second = columns.second;
     char *at = out.reserve(first.before.size() + second.before.size() + columns.rest.size() +
@@ -412,7 +417,8 @@ void writeFailed(std::string_view line, const Columns &columns, TextBuffer &out)
 {
     if (columns.located) {
         writeStar(columns.first, columns, out);
-        writeStar(columns.second, columns, out);
+        if (!columns.single)
+            writeStar(columns.second, columns, out);
         out.write(columns.rest);
         return;
     }

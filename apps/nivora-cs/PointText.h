@@ -28,6 +28,7 @@ struct Columns
     Slot second;
     std::string_view rest; ///< from behind the second to the end
     bool yFirst = false;   ///< the first slot is that of y
+    bool single = false;   ///< there is no second one
     bool csv = false;      ///< quotes inside of values are doubled
     char delimiter = ' ';
     bool located = false; ///< the slots are known, whether or not the coordinates can be read

@@ -70,7 +70,7 @@ StreamOptions streamOptions(const CommandLine &line)
     constexpr int mostSkipped = 1000000;
     const int cores = qBound(1, QThread::idealThreadCount(), mostJobs);
     return {line.number("skip", 0, mostSkipped, 0), line.number("jobs", 1, mostJobs, cores),
-            line.isSet("progress")};
+            line.isSet("progress"), TextCoding(line.value("encoding"))};
 }
 
 /// A thread's lists, kept from block to block.
@@ -94,6 +94,7 @@ struct StreamFilter::Turn
 struct StreamFilter::Queue
 {
     BlockSource &source;
+    const TextCoding &coding;
     Progress &progress;
     std::mutex input; ///< guards the source and the next ticket
     qint64 nextTicket = 0;
@@ -113,9 +114,9 @@ StreamFilter::StreamFilter(const FileFormat &format, const PointWriter &writer, 
 
 ExitStatus StreamFilter::run(const QStringList &fileNames, const StreamOptions &options)
 {
-    BlockSource source(m_format, fileNames, options.skip);
+    BlockSource source(m_format, fileNames, options.skip, options.coding);
     Progress progress(options.showProgress, totalSize(source.fileNames()));
-    Queue queue{source, progress, {}, 0, {}, {}, 0, false, nullptr};
+    Queue queue{source, options.coding, progress, {}, 0, {}, {}, 0, false, nullptr};
     std::vector<std::thread> threads = startThreads(options.jobs - 1, [this, &queue] { workThrough(queue); });
     workThrough(queue);
     for (std::thread &thread : threads)
@@ -139,7 +140,7 @@ void StreamFilter::workThrough(Queue &queue)
         try {
             takeBlock(block, queue, turn);
             if (turn.hasBlock)
-                convert(block, work);
+                convert(block, work, queue.coding);
         } catch (...) {
             turn.failure = std::current_exception();
         }
@@ -176,7 +177,17 @@ bool StreamFilter::finishTurn(const Block &block, Queue &queue, Turn &turn)
     return queue.done;
 }
 
-void StreamFilter::convert(Block &block, Work &work) const
+void StreamFilter::convert(Block &block, Work &work, const TextCoding &coding) const
+{
+    fill(block, work);
+    if (!coding.isNeeded())
+        return;
+    TextBuffer encoded;
+    coding.encode(block.out.view(), encoded);
+    block.out = std::move(encoded);
+}
+
+void StreamFilter::fill(Block &block, Work &work) const
 {
     block.out.clear();
     block.lineCount = 0;
@@ -227,6 +238,8 @@ void StreamFilter::readLine(const Block &block, Line &line, Work &work) const
     if (block.kind == Block::FirstLine && !line.columns.located && looksLikeHeader(line.text))
         return markBad(line, Line::Header, Reason(QObject::tr("%1; passed on as a header").arg(why.text())),
                        work);
+    if (!isUtf8(line.text))
+        why = Reason(QObject::tr("%1 (the line is not UTF-8: see --encoding)").arg(why.text()));
     markBad(line, Line::Bad, std::move(why), work);
 }
 
