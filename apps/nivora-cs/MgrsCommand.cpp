@@ -204,7 +204,7 @@ const Command &mgrsCommand()
         "--cs CS [options] [FILE...]",
         QT_TRANSLATE_NOOP("QObject", "Military grid references of points, and points of references."),
         QT_TRANSLATE_NOOP("QObject",
-                          R"(Reads and writes as transform does, but for tables: x and y become one reference,
+                          R"(Reads and writes as transform does: x and y become one reference,
 further columns are passed on. The points are brought to WGS 84 first. Digits are cut off, not
 rounded: a reference names the cell that the point lies in. With --inverse a line
 begins with a reference ("37UDB1234567890" or "37U DB 12345 67890") and the answer
