@@ -25,6 +25,8 @@ constexpr FuzzTarget targets[] = {
     {"places", fuzzPlaces},
     {"record", fuzzRecord},
     {"mapheader", fuzzMapHeader},
+    {"mif", fuzzMif},
+    {"mapfile", fuzzMapFile},
     {"mgrs", fuzzMgrs},
     {"pointline", fuzzPointLine},
     {"csv", fuzzCsv},

@@ -12,6 +12,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QObject>
 
 using nivora::cs::CoordSystemPtr;
 
@@ -63,7 +64,7 @@ CoordSystemPtr systemOfLayer(const Session &session, GDALDatasetH dataset, OGRLa
         return clause.isEmpty() ? systemOfReference(session, OGR_L_GetSpatialRef(layer))
                                 : session.factory().createFromPrj(clause);
     } catch (const std::exception &e) {
-        throw Failure(QStringLiteral("%1: its coordinate system cannot be used (%2); give --from")
+        throw Failure(QObject::tr("%1: its coordinate system cannot be used (%2); give --from")
                           .arg(QString::fromUtf8(GDALGetDescription(dataset)), QString::fromUtf8(e.what())));
     }
 }
