@@ -59,9 +59,9 @@ OutputFormat::OutputFormat(const QString &path, const QString &name, const QStri
     , m_encoding(m_isMapInfo ? encodingLike(source) : QByteArray())
 {}
 
-bool OutputFormat::canBeRead() const
+bool OutputFormat::has(const char *capability) const
 {
-    return QLatin1String(GDALGetMetadataItem(m_driver, GDAL_DCAP_OPEN, nullptr)) == QLatin1String("YES");
+    return QLatin1String(GDALGetMetadataItem(m_driver, capability, nullptr)) == QLatin1String("YES");
 }
 
 /// A MapInfo file is opened, and its characters fixed, with the data set.
