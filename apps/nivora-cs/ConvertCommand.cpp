@@ -130,7 +130,6 @@ private:
         QVector<QPointF> samples;
     };
 
-    const CommandLine &m_line;
     Session m_session;
     GdalMessages m_messages;
     QString m_in, m_out;
@@ -168,8 +167,7 @@ CoordSystemPtr optionalSystem(const Session &session, const CommandLine &line, c
 
 /// In the member list's order, so that a mistake in the arguments is told before anything is opened.
 Conversion::Conversion(const CommandLine &line)
-    : m_line(line)
-    , m_session(line)
+    : m_session(line)
     , m_in(line.arguments().at(0))
     , m_out(line.arguments().at(1))
     , m_from(optionalSystem(m_session, line, "from"))
