@@ -430,7 +430,7 @@ MapinfoCoordSystem::Position MapinfoCoordSystem::seekProj(const CoordSystem &cs,
     const std::shared_ptr<const MapinfoIndex> index = indexForLookUps();
     if (!index)
         return walkEntries(cs, ignoreRect);
-    const std::optional<SystemFacts> facts = factsOf(cs);
+    const std::optional<LookUpFacts> facts = factsOf(cs);
     if (!facts)
         return PairNone;
     for (const MapinfoIndex::Row &row : index->rows())

@@ -109,7 +109,7 @@ public:
     {}
 
     /// Throws std::exception for an entry that makes no system.
-    SystemFacts facts(const QStringList &params)
+    LookUpFacts facts(const QStringList &params)
     {
         TABProjInfo_t info;
         if (!readPlain(params, info))
@@ -203,9 +203,9 @@ private:
         return *m_driverUnits.insert(code, same ? row : nullptr);
     }
 
-    SystemFacts factsOf(const TABProjInfo_t &info)
+    LookUpFacts factsOf(const TABProjInfo_t &info)
     {
-        SystemFacts facts;
+        LookUpFacts facts;
         const int projection = info.nProjId;
         const int code = info.nUnitsId == unsetUnit ? int(LinearUnit::Meter) : info.nUnitsId;
         const DriverUnit *unit = driverUnit(code);
@@ -229,7 +229,7 @@ private:
         return facts;
     }
 
-    static void addPlane(SystemFacts &facts, const TABProjInfo_t &info, const DriverUnit *unit)
+    static void addPlane(LookUpFacts &facts, const TABProjInfo_t &info, const DriverUnit *unit)
     {
         const int count = paramForPrj(info.nProjId);
         facts.centralMeridian = info.nProjId == longitudeLatitude ? 0.0 : info.adProjParams[0];
@@ -277,7 +277,7 @@ std::optional<double> figure(const Terms &terms, const char *name, double absent
     return isNumber && std::isfinite(value) ? std::make_optional(value) : std::nullopt;
 }
 
-void addPlane(SystemFacts &facts, const Terms &terms)
+void addPlane(LookUpFacts &facts, const Terms &terms)
 {
     const QString projection = terms.value(QStringLiteral("proj"));
     const bool turned =
@@ -337,7 +337,7 @@ template <typename Ask> auto answerOf(Ask &&ask) -> std::optional<decltype(ask()
 
 } // namespace
 
-bool SystemFacts::mayEqual(const SystemFacts &other) const
+bool LookUpFacts::mayEqual(const LookUpFacts &other) const
 {
     if (datum > 0 && other.datum > 0 && datum != other.datum)
         return false;
@@ -386,7 +386,7 @@ MapinfoIndex::MapinfoIndex(const QList<CoordSystemParamsList> &categories)
     }
 }
 
-MapinfoIndex::DatumFigures MapinfoIndex::figuresOf(const SystemFacts &facts)
+MapinfoIndex::DatumFigures MapinfoIndex::figuresOf(const LookUpFacts &facts)
 {
     QString text = QStringLiteral("Earth Projection 1, %1").arg(facts.datum);
     if (isUserDatum(facts.datum))
@@ -408,9 +408,9 @@ MapinfoIndex::DatumFigures MapinfoIndex::figuresOf(const SystemFacts &facts)
     return figures;
 }
 
-bool MapinfoIndex::mayEqual(const SystemFacts &facts, const Row &row) const
+bool MapinfoIndex::mayEqual(const LookUpFacts &facts, const Row &row) const
 {
-    const SystemFacts &entry = row.facts;
+    const LookUpFacts &entry = row.facts;
     if (!facts.mayEqual(entry))
         return false;
     if (entry.datum <= 0 || entry.datum == webMercatorDatum || entry.datum == philippineDatum)
@@ -425,11 +425,11 @@ bool MapinfoIndex::mayEqual(const SystemFacts &facts, const Row &row) const
            compatible(facts.shiftM, known->shiftM, sameShift);
 }
 
-std::optional<SystemFacts> factsOf(const CoordSystem &cs)
+std::optional<LookUpFacts> factsOf(const CoordSystem &cs)
 {
     if (!cs.PJ_Proj4())
         return std::nullopt;
-    SystemFacts facts;
+    LookUpFacts facts;
     if (const auto unit = answerOf([&cs] { return cs.unit(); }))
         facts.unitCode = unit->unitCode(); // an unnamed unit is compared by its length
     if (cs.sourceType() == CoordSystem::Prj) {
