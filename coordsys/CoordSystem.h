@@ -206,11 +206,10 @@ private:
     friend class MadeSystems;
     using IdentityPtr = std::shared_ptr<const SystemIdentity>;
 
-    void setProjectionDefaultBounds(const QRectF &rect)
-    {
-        m_projectionBounds = rect;
-        noteChange();
-    }
+    using LazyRect = nivora::utils::CachedValue<QRectF, std::function<QRectF()>>;
+    using LazyFlag = nivora::utils::CachedValue<bool, std::function<bool()>>;
+
+    void setProjectionDefaultBounds(const QRectF &rect);
     /// A copy of everything, which shares the engines' objects until one of the two gets others.
     CoordSystemPtr duplicate() const;
     /// The spatial reference for this library's own, reading use.
@@ -219,7 +218,7 @@ private:
     std::uint64_t state() const { return m_state; }
     void noteChange();
     /// The conversion of forward() and inverse() instead of the one that setProj4() makes.
-    void setPlane(std::shared_ptr<const EngineStep> plane) { m_plane = std::move(plane); }
+    void setPlane(std::shared_ptr<const EngineStep> plane);
     void setIdentity(IdentityPtr identity) const;
     /// Made on first call; null when the source is no text that PROJ knows a system by.
     IdentityPtr identity() const;
@@ -254,6 +253,7 @@ private:
     QString datumName() const;
     bool isRotated() const;
     void forgetDerived();
+    void forgetBounds();
     void forgetIdentity();
     /// With m_lock held; calls nothing that takes it. An invalid unit when none fits.
     LinearUnit detectUnitLocked(const ProjectionParamsManager &manager, QString *osrName) const;
@@ -272,15 +272,15 @@ private:
     std::shared_ptr<const CatalogueName> m_catalogueName;
     std::atomic<std::uint64_t> m_state;
     QRectF m_rect;
-    mutable nivora::utils::CachedValue<QRectF, std::function<QRectF()>> m_computedRect; ///< under m_lock
-    mutable std::optional<QRectF> m_rectWithoutSearch;                                  ///< under m_lock
+    mutable LazyRect m_computedRect;                   ///< under m_lock
+    mutable std::optional<QRectF> m_rectWithoutSearch; ///< under m_lock
     QRectF m_projectionBounds;
     mutable QReadWriteLock m_lock;     ///< guards the lazily found members; taken before the PROJ lock
     mutable LinearUnit m_detectedUnit; ///< under m_lock
     LinearUnit m_affineUnit;
     std::atomic<int> m_epsg{EPSG_UNDEFINDED};
     std::unique_ptr<QTransform> m_affine;
-    mutable nivora::utils::CachedValue<bool, std::function<bool()>> m_needCrop; ///< under m_lock
+    mutable LazyFlag m_needCrop; ///< under m_lock
     SourceData m_source;
 
     // What costs a question to the engines, kept per object. Dropped when the definition changes.
