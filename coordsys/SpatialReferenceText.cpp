@@ -39,8 +39,9 @@ constexpr std::uint8_t longitudeLatitude = 1;
 constexpr std::uint8_t hotine = 7; // always with a rectified grid angle of 90
 constexpr std::uint8_t mercator = 10;
 constexpr std::uint8_t equirectangular = 33;
-/// Those that have a place for a scale; the driver reads the others, Krovak too, with one of 1.
-constexpr std::uint8_t scaled[] = {hotine, 8, 20, 21, 22, 23, 24, 31, 34, 35};
+/// Those that have a place for a scale, or two parallels in its stead. The driver reads the others, Krovak
+/// too, with one of 1.
+constexpr std::uint8_t scaled[] = {3, hotine, 8, 19, 20, 21, 22, 23, 24, 31, 34, 35};
 
 /// Shift to WGS 84 in MapInfo's order and signs: dx, dy, dz (m), rx, ry, rz (arc-seconds), scale (ppm).
 using Shift = std::array<double, 7>;
