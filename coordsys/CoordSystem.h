@@ -187,7 +187,10 @@ public:
     /// \name Setters, for the thread that makes the object
     /// @{
     void setDescription(const QString &description);
+    /// The answer of epsg(), except for a system made from an EPSG code. Not checked.
     void setEpsg(int epsg);
+    /// What the system is known by, and what transformations are made from. Unit and computed bounds that were
+    /// asked before stay as they are, also when reference or object are set: set all three first.
     void setSourceParameters(const SourceData &source);
     void setOGRSpatialReference(std::shared_ptr<void> srs);
     /// Also makes the object without datum shift that forward() and inverse() use. Throws ProjException when
@@ -195,6 +198,8 @@ public:
     void setProj4(PjHandle pj);
     /// Throws std::logic_error "Не могу задать пустые границы" unless width and height are positive.
     void setRectCoordSystem(const QRectF &rect);
+    /// Null takes it away. Any is taken, a singular one too (isSingularAffine): conversions fail then. Bounds
+    /// that were computed before are computed anew; explicit ones stay as they are.
     void setAffineTransform(std::unique_ptr<QTransform> transform);
     void setAffineTransform(std::unique_ptr<QTransform> transform, const LinearUnit &unit);
     /// @}
