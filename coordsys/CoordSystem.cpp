@@ -121,9 +121,10 @@ QString withoutDatumShift(const QString &proj, bool &changed)
 } // namespace
 
 CoordSystem::CoordSystem()
-    : m_computedRect([this] { return computeRect(); })
-    , m_needCrop([this] { return computeNeedCrop(); })
+    : m_computedRect(nullptr)
+    , m_needCrop(nullptr)
 {
+    forgetBounds();
     noteChange();
 }
 
@@ -233,13 +234,35 @@ void CoordSystem::setAffineTransform(std::unique_ptr<QTransform> transform)
 {
     m_affine = std::move(transform);
     noteChange();
+    forgetBounds();
 }
 
 void CoordSystem::setAffineTransform(std::unique_ptr<QTransform> transform, const LinearUnit &unit)
 {
-    m_affine = std::move(transform);
-    noteChange();
+    setAffineTransform(std::move(transform));
     m_affineUnit = unit;
+}
+
+void CoordSystem::setProjectionDefaultBounds(const QRectF &rect)
+{
+    m_projectionBounds = rect;
+    noteChange();
+    forgetBounds();
+}
+
+void CoordSystem::setPlane(std::shared_ptr<const EngineStep> plane)
+{
+    m_plane = std::move(plane);
+    noteChange();
+}
+
+/// What has been found in the plane that was.
+void CoordSystem::forgetBounds()
+{
+    const QWriteLocker lock(&m_lock);
+    m_computedRect = LazyRect([this] { return computeRect(); });
+    m_rectWithoutSearch.reset();
+    m_needCrop = LazyFlag([this] { return computeNeedCrop(); });
 }
 
 // Queries
@@ -274,8 +297,8 @@ bool CoordSystem::isLatLong() const
     const int known = m_isLatLong.load(std::memory_order_acquire);
     if (known != NotAsked)
         return known != 0;
-    // "longlat"; an object of several steps has no name, and its text tells
-    static const QRegularExpression geographic(QStringLiteral("latlong|longlat"));
+    // "longlat" and its three other names; an object of several steps has no name, and its text tells
+    static const QRegularExpression geographic(QStringLiteral("latlon|lonlat|longlat"));
     if (isNonEarth() || !m_pj)
         return false;
     bool answer = false;

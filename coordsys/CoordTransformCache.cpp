@@ -55,8 +55,8 @@ std::pair<CoordSystemPtr, CoordSystemPtr> withCommonDatum(const CoordSystemPtr &
     return {from, to};
 }
 
-/// PROJ text as PROJ is given it for a transformation.
-QString transformationText(const CoordSystem &cs) { return fixedProjString(cs.projStr(), true); }
+/// PROJ text as PROJ is given it for a transformation, where it takes no blanks before a text.
+QString transformationText(const CoordSystem &cs) { return fixedProjString(cs.projStr().trimmed(), true); }
 
 /// A zero shift ties longitude/latitude to the earth. Two systems on another body meet without it.
 QString withoutZeroShift(const QString &text)

@@ -64,8 +64,8 @@ private:
     mutable QHash<std::pair<int, int>, DatumFigures> m_figures; ///< by datum and ellipsoid
 };
 
-/// The facts of a system; nothing when it has no PROJ object, since every entry has one, or a source text
-/// that does not parse, which is equal to nothing.
+/// The facts of a system; nothing when it equals no entry: without a PROJ object, with one or a text that the
+/// engine makes of no entry, or with a source text that does not parse.
 std::optional<LookUpFacts> factsOf(const CoordSystem &cs);
 
 } // namespace nivora::cs
