@@ -2,8 +2,8 @@
 
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
+#include <coordsys/CoordTransform.h>
 #include <coordsys/CrsParts_p.h>
-#include <coordsys/ProjPoint_p.h>
 #include <coordsys/RegisteredShift_p.h>
 #include <coordsys/SearchContext_p.h>
 #include <coordsys/TransformOperations_p.h>
@@ -24,14 +24,40 @@ QString definitionOf(const CoordSystem &cs)
     return cs.sourceType() == CoordSystem::Wkt ? cs.sourceParameters().string : QString();
 }
 
-/// What stands for the system when its CoordSys string is all there is; empty when it has none.
-QString definitionOfText(const CoordSystem &cs)
+CoordSystemPtr systemOf(const QString &definition)
+{
+    const auto catalogues = activeCatalogues();
+    const bool isCode = definition.startsWith(QLatin1String("EPSG:"));
+    return isCode ? catalogues->createFromEpsg(definition.mid(5).toInt())
+                  : catalogues->createFromWkt(definition);
+}
+
+/// What the system is when its CoordSys string is all there is, clauses left aside; null for a string that
+/// says nothing of the earth.
+CoordSystemPtr systemOfText(const CoordSystem &cs)
+{
+    const auto catalogues = activeCatalogues();
+    const CoordSystemPtr text = catalogues->createWithoutDescription(cs.prjStr());
+    return text->isNonEarth() ? nullptr : catalogues->createFromProj(text->projStr());
+}
+
+/// The coordinates that the definition has for a place, read by the text: how far off they lie.
+std::optional<double> textDistanceM(const CoordSystem &cs, const QString &definition, const QPointF &place)
 {
     try {
-        return fixedProjString(activeCatalogues()->createWithoutDescription(cs.prjStr())->projStr(), true);
-    } catch (const std::exception &e) {
+        const CoordSystemPtr wgs84 = activeCatalogues()->createFromEpsg(4326);
+        const CoordSystemPtr text = systemOfText(cs);
+        QPointF numbers;
+        QPointF moved;
+        if (!text || !CoordTransform(systemOf(definition), wgs84).inverse(place, numbers) ||
+            !CoordTransform(text, wgs84).forward(numbers, moved))
+            return std::nullopt;
+        bool ok = false;
+        const double apartM = wgs84->sphericalDistance(place, moved, &ok);
+        return ok ? std::make_optional(apartM) : std::nullopt;
+    } catch (const std::exception &e) { // no CoordSys string, or none that can be read
         LOG_DEBUG(QString::fromUtf8(e.what()));
-        return QString();
+        return std::nullopt;
     }
 }
 
@@ -76,12 +102,9 @@ void readOperations(const QVector<TransformOperation> &operations, ShiftQuality 
             quality.missingGrids << grid.name;
 }
 
-} // namespace
-
-std::optional<ShiftQuality> shiftQuality(const CoordSystem &cs)
+/// Of the operations, all but what the CoordSys text does.
+std::optional<ShiftQuality> operationQuality(const QString &definition)
 {
-    const QString definition = definitionOf(cs);
-    const QString text = definition.isEmpty() ? QString() : definitionOfText(cs);
     const SearchContext context;
     const PjHandle whole = definition.isEmpty() ? nullptr : crsOf(context.get(), definition);
     const PjHandle crs = whole ? horizontalPart(context.get(), whole.get()) : nullptr;
@@ -92,12 +115,19 @@ std::optional<ShiftQuality> shiftQuality(const CoordSystem &cs)
     quality.definition = definition.startsWith(QLatin1String("EPSG:"))
                              ? definition
                              : QString::fromUtf8(proj_get_name(crs.get()));
-    const PjHandle base = baseOf(context.get(), crs.get());
-    if (base)
+    if (const PjHandle base = baseOf(context.get(), crs.get()))
         readOperations(operationsBetween(context.get(), base.get(), wgs84.get()), quality);
-    const PjHandle textCrs = text.isEmpty() ? nullptr : crsOf(context.get(), text);
-    if (textCrs)
-        quality.textDistanceM = distanceBetweenShifts(context.get(), crs.get(), textCrs.get(), quality.place);
+    return quality;
+}
+
+} // namespace
+
+std::optional<ShiftQuality> shiftQuality(const CoordSystem &cs)
+{
+    const QString definition = definitionOf(cs);
+    std::optional<ShiftQuality> quality = operationQuality(definition);
+    if (quality)
+        quality->textDistanceM = textDistanceM(cs, definition, quality->place);
     return quality;
 }
 

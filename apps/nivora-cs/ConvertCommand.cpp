@@ -180,7 +180,7 @@ Conversion::Conversion(const CommandLine &line)
     , m_driver(driverForWriting(m_out, line.value("format")))
     , m_format(driverName(m_driver))
     , m_stage(m_out, line.isSet("overwrite"))
-    , m_target(GDALCreate(m_driver, m_stage.path().toUtf8().constData(), 0, 0, 0, GDT_Unknown,
+    , m_target(GDALCreate(m_driver, QFile::encodeName(m_stage.path()).constData(), 0, 0, 0, GDT_Unknown,
                           dataSetOptionsOf(m_format, m_in).get()))
     , m_rejected(rejectedPath())
 {
