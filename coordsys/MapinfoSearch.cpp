@@ -3,9 +3,9 @@
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjEngine.h>
 #include <coordsys/ProjLibMetadata.h>
+#include <coordsys/SearchTables_p.h>
 #include <coordsys/SearchWords_p.h>
 
-#include <QFile>
 #include <QHash>
 #include <QSet>
 
@@ -92,23 +92,6 @@ private:
     std::set<std::pair<int, int>> m_known;
 };
 
-/// The lines of a table: cells between tabs, comments left out. Nothing when it cannot be opened.
-std::optional<std::vector<QStringList>> rowsOf(const QFileInfo &info)
-{
-    QFile file(info.absoluteFilePath());
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    std::vector<QStringList> rows;
-    while (!file.atEnd()) {
-        QString line = QString::fromUtf8(file.readLine());
-        while (line.endsWith(QLatin1Char('\n')) || line.endsWith(QLatin1Char('\r')))
-            line.chop(1);
-        if (!line.isEmpty() && !line.startsWith(QLatin1Char('#')))
-            rows.push_back(line.split(QLatin1Char('\t')));
-    }
-    return rows;
-}
-
 } // namespace
 
 struct NIVORA_CS_NO_EXPORT MapinfoSearch::Data
@@ -125,12 +108,6 @@ struct NIVORA_CS_NO_EXPORT MapinfoSearch::Data
     {
         std::vector<std::string> words; ///< comparable, of one name
         std::size_t index;              ///< into places or aliases
-    };
-    struct Alias
-    {
-        QVector<int> codes;
-        std::vector<std::string> words;
-        QString remarks[2]; ///< Russian, English
     };
     struct Area
     {
@@ -163,7 +140,7 @@ struct NIVORA_CS_NO_EXPORT MapinfoSearch::Data
     QHash<int, std::size_t> byCode; ///< the first entry
     std::vector<QPointF> places;
     std::vector<Named> placeNames;
-    std::vector<Alias> aliases;
+    std::vector<SearchAlias> aliases;
     std::vector<Named> aliasNames;
     std::once_flag areasOnce;
     std::vector<Area> areas; ///< smallest first
@@ -213,7 +190,7 @@ void MapinfoSearch::addNames(const MapinfoCoordSystem &otherLanguage)
 
 int MapinfoSearch::loadPlaces(const QFileInfo &file)
 {
-    const auto rows = rowsOf(file);
+    const auto rows = tableRows(file);
     int count = 0;
     for (const QStringList &cells : rows.value_or(std::vector<QStringList>())) {
         bool isLon = false;
@@ -233,23 +210,16 @@ int MapinfoSearch::loadPlaces(const QFileInfo &file)
 
 int MapinfoSearch::loadAliases(const QFileInfo &file)
 {
-    constexpr int columns = 5;
-    const auto rows = rowsOf(file);
-    int count = 0;
-    for (const QStringList &cells : rows.value_or(std::vector<QStringList>())) {
-        if (cells.size() != columns)
-            continue;
-        ++count;
-        for (const QString &name : cells.at(0).split(QLatin1Char(';')))
-            if (std::vector<std::string> words = wordsOf(name); !words.empty())
-                m_data->aliasNames.push_back({std::move(words), m_data->aliases.size()});
-        Data::Alias alias{{}, wordsOf(cells.at(2)), {cells.at(3), cells.at(4)}};
-        for (const QString &code : cells.at(1).split(QLatin1Char(';'), Qt::SkipEmptyParts))
-            alias.codes << code.toInt();
-        m_data->aliases.push_back(std::move(alias));
+    const auto loaded = aliasesIn(file);
+    if (!loaded)
+        return -1;
+    for (const SearchAlias &alias : *loaded) {
+        for (const std::vector<std::string> &words : alias.names)
+            m_data->aliasNames.push_back({words, m_data->aliases.size()});
+        m_data->aliases.push_back(alias);
     }
     m_data->vocabulary.clear();
-    return rows ? count : -1;
+    return static_cast<int>(loaded->size());
 }
 
 MapinfoSearch::Data::Match MapinfoSearch::Data::match(const Entry &entry, const SearchWords &words)
@@ -448,9 +418,8 @@ QVector<Hit> MapinfoSearch::find(const QString &text, int limit) const
 
 QString MapinfoSearch::remark(const QString &text, const QString &language) const
 {
-    const bool english = !language.startsWith(QLatin1String("ru"));
     for (const Data::Named *name : Data::namesIn(m_data->aliasNames, searchWords(wordsOf(text))))
-        if (const QString &remark = m_data->aliases[name->index].remarks[english]; !remark.isEmpty())
+        if (const QString remark = m_data->aliases[name->index].remark(language); !remark.isEmpty())
             return remark;
     return {};
 }
