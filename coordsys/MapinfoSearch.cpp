@@ -1,5 +1,6 @@
 #include <coordsys/MapinfoSearch.h>
 
+#include <coordsys/EarthAreas_p.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjEngine.h>
 #include <coordsys/ProjLibMetadata.h>
@@ -23,21 +24,6 @@ namespace nivora::cs {
 namespace {
 
 using Hit = MapinfoSearch::Hit;
-
-/// Part of the sphere between two meridians and two parallels, as a share of it.
-double share(const QRectF &area)
-{
-    const auto sine = [](double degrees) { return std::sin(degrees * CoordSystemTypes::DEGREES_TO_RADIANS); };
-    return area.width() / 360.0 * (sine(area.y() + area.height()) - sine(area.y())) / 2.0;
-}
-
-bool holds(const QRectF &area, const QPointF &lonLat)
-{
-    if (!(lonLat.y() >= area.y() && lonLat.y() <= area.y() + area.height()) || !std::isfinite(lonLat.x()))
-        return false;
-    const double east = std::fmod(std::fmod(lonLat.x() - area.x(), 360.0) + 360.0, 360.0);
-    return east <= area.width() || 360.0 - east < 1e-9;
-}
 
 /// "EPSG" says nothing beside a code, and nothing alone but that codes are meant.
 std::vector<std::string> queryWords(const QString &text)
@@ -388,13 +374,17 @@ const QSet<QString> &MapinfoSearch::Data::knownWords()
     return vocabulary;
 }
 
-/// The words in every spelling that a slip of the hand may have changed; the words themselves when none fits.
+/// The words in every spelling that a slip of the hand may have changed, numbers as Roman ones too ("Japan Plane
+/// Rectangular CS IX"); the words themselves when none fits.
 SearchWords MapinfoSearch::Data::corrected(const SearchWords &words)
 {
     SearchWords result = words;
     const QSet<QString> &known = knownWords();
     for (SearchWord &word : result) {
         const QString typed = QString::fromStdString(word.forms.front());
+        const std::string roman = word.isNumber ? romanNumeral(word.forms.front()) : std::string();
+        if (!roman.empty())
+            word.addForm(roman);
         if (word.isNumber)
             continue;
         for (const QString &candidate : known)
@@ -449,7 +439,7 @@ void MapinfoSearch::Data::loadAreas()
             continue;
         if (rect.width() < 0.0)
             rect.setWidth(rect.width() + 360.0); // across the 180th meridian
-        areas.push_back({share(rect), rect, i});
+        areas.push_back({shareOfEarth(rect), rect, i});
     }
     std::stable_sort(areas.begin(), areas.end(),
                      [](const Area &a, const Area &b) { return a.share < b.share; });
@@ -465,7 +455,7 @@ const std::vector<MapinfoSearch::Data::Area> &MapinfoSearch::Data::knownAreas()
 void MapinfoSearch::Data::addAt(const QPointF &lonLat, const SearchWords &words, Hits &hits)
 {
     for (const Area &area : knownAreas())
-        if (!hits.isFull() && holds(area.rect, lonLat) && match(entries[area.entry], words) != None)
+        if (!hits.isFull() && areaHolds(area.rect, QRectF(lonLat, QSizeF(0.0, 0.0))) && match(entries[area.entry], words) != None)
             hits.add(entries[area.entry].hit);
 }
 

@@ -4,13 +4,13 @@
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
 #include <coordsys/CrsParts_p.h>
+#include <coordsys/EarthAreas_p.h>
 #include <coordsys/RegisteredShift_p.h>
 #include <coordsys/SearchContext_p.h>
 #include <coordsys/TransformOperations_p.h>
 #include <platform/Logger.h>
 
 #include <algorithm>
-#include <cmath>
 
 namespace nivora::cs {
 namespace {
@@ -61,15 +61,13 @@ std::optional<double> textDistanceM(const CoordSystem &cs, const QString &defini
     }
 }
 
-bool holds(const QRectF &area, const QPointF &place)
+/// Operations without an area are taken for those of everywhere.
+bool fitsAt(const TransformOperation &operation, const QPointF &place)
 {
-    if (area.isNull())
-        return true;
-    const double west = area.x();
-    const double east = area.x() + area.width();
-    const bool within =
-        area.width() < 0.0 ? place.x() >= west || place.x() <= east : place.x() >= west && place.x() <= east;
-    return within && place.y() >= area.y() && place.y() <= area.y() + area.height();
+    QRectF area = operation.area;
+    if (area.width() < 0.0)
+        area.setWidth(area.width() + 360.0); // across the 180th meridian
+    return area.isNull() || areaHolds(area, QRectF(place, QSizeF(0.0, 0.0)));
 }
 
 /// The most accurate of the operations that fit at the place, the first of equal ones; null when none has an
@@ -80,7 +78,7 @@ const TransformOperation *mostAccurate(const QVector<TransformOperation> &operat
 {
     const TransformOperation *best = nullptr;
     for (const TransformOperation &operation : operations)
-        if (operation.accuracyM >= 0.0 && !operation.isBallpark && holds(operation.area, place) &&
+        if (operation.accuracyM >= 0.0 && !operation.isBallpark && fitsAt(operation, place) &&
             fits(operation) && (!best || operation.accuracyM < best->accuracyM))
             best = &operation;
     return best;

@@ -372,7 +372,7 @@ void Reader::noteIdentity(const CoordSystem &system)
     if (!identity || !identity->hasPlane())
         return;
     if (identity->isFlattened())
-        m_notes << QObject::tr("Взята только плановая часть: %1").arg(system.description());
+        m_notes << QObject::tr("Вертикальная часть опущена."); // as systemInfo() says it
     const QMutexLocker lock(globalProj4Mutex());
     if (proj_is_deprecated(identity->crs()))
         m_notes << QObject::tr("Система помечена в базе как устаревшая: %1")
