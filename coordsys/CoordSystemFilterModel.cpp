@@ -1,6 +1,8 @@
 #include <coordsys/CoordSystemFilterModel.h>
 
 #include <coordsys/CatalogIndex_p.h>
+#include <coordsys/CoordSysFactory.h>
+#include <coordsys/EarthAreas_p.h>
 
 #include <QFutureWatcher>
 #include <QSet>
@@ -17,25 +19,6 @@ namespace {
 
 /// Rows that a view gets at a time: more than fit on a screen, few enough to be laid out in no time.
 constexpr int portion = 200;
-constexpr double aboutADecimetre = 1e-6; // degrees
-
-/// Part of the sphere between two meridians and two parallels, as a share of it.
-double share(const QRectF &area)
-{
-    const auto sine = [](double degrees) { return std::sin(degrees * CoordSystemTypes::DEGREES_TO_RADIANS); };
-    return area.width() / 360.0 * (sine(area.bottom()) - sine(area.top())) / 2.0;
-}
-
-/// Whether an area that may run on across the 180th meridian holds all of a rectangle.
-bool holds(const QRectF &area, const QRectF &part)
-{
-    if (area.isNull() || part.top() < area.top() - aboutADecimetre ||
-        part.bottom() > area.bottom() + aboutADecimetre)
-        return false;
-    const double turned = std::fmod(part.left() - area.left(), 360.0);
-    const double east = turned < -aboutADecimetre ? turned + 360.0 : turned;
-    return area.width() >= 360.0 || east + part.width() <= area.width() + aboutADecimetre;
-}
 
 QRectF middleOf(const QRectF &place) { return {place.center(), QSizeF(0.0, 0.0)}; }
 
@@ -122,6 +105,12 @@ void CoordSystemFilterModel::setPlace(const std::optional<QRectF> &lonLat)
 {
     m_place = lonLat && isUsable(*lonLat) ? lonLat : std::nullopt;
     refresh();
+}
+
+QString CoordSystemFilterModel::remark() const
+{
+    return m_source.m_index ? m_source.m_index->search().remark(m_text, m_source.factory()->language())
+                            : QString();
 }
 
 bool CoordSystemFilterModel::isFiltering() const { return m_place || !searchText(m_text).isEmpty(); }
@@ -276,8 +265,8 @@ CoordSystemFilterModel::Query::inUseAt(const QRectF &where, const Entries &entri
     QVector<Sized> there;
     for (const Entry &entry : entries) {
         const QRectF area = index->area(entry.epsg);
-        if (holds(area, middleOf(where)))
-            there << Sized{!holds(area, where), share(area), entry};
+        if (areaHolds(area, middleOf(where)))
+            there << Sized{!areaHolds(area, where), shareOfEarth(area), entry};
     }
     if (bySize)
         std::stable_sort(there.begin(), there.end(), [](const Sized &a, const Sized &b) {

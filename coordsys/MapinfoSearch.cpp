@@ -1,11 +1,12 @@
 #include <coordsys/MapinfoSearch.h>
 
+#include <coordsys/EarthAreas_p.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjEngine.h>
 #include <coordsys/ProjLibMetadata.h>
+#include <coordsys/SearchTables_p.h>
 #include <coordsys/SearchWords_p.h>
 
-#include <QFile>
 #include <QHash>
 #include <QSet>
 
@@ -23,21 +24,6 @@ namespace nivora::cs {
 namespace {
 
 using Hit = MapinfoSearch::Hit;
-
-/// Part of the sphere between two meridians and two parallels, as a share of it.
-double share(const QRectF &area)
-{
-    const auto sine = [](double degrees) { return std::sin(degrees * CoordSystemTypes::DEGREES_TO_RADIANS); };
-    return area.width() / 360.0 * (sine(area.y() + area.height()) - sine(area.y())) / 2.0;
-}
-
-bool holds(const QRectF &area, const QPointF &lonLat)
-{
-    if (!(lonLat.y() >= area.y() && lonLat.y() <= area.y() + area.height()) || !std::isfinite(lonLat.x()))
-        return false;
-    const double east = std::fmod(std::fmod(lonLat.x() - area.x(), 360.0) + 360.0, 360.0);
-    return east <= area.width() || 360.0 - east < 1e-9;
-}
 
 /// "EPSG" says nothing beside a code, and nothing alone but that codes are meant.
 std::vector<std::string> queryWords(const QString &text)
@@ -92,23 +78,6 @@ private:
     std::set<std::pair<int, int>> m_known;
 };
 
-/// The lines of a table: cells between tabs, comments left out. Nothing when it cannot be opened.
-std::optional<std::vector<QStringList>> rowsOf(const QFileInfo &info)
-{
-    QFile file(info.absoluteFilePath());
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    std::vector<QStringList> rows;
-    while (!file.atEnd()) {
-        QString line = QString::fromUtf8(file.readLine());
-        while (line.endsWith(QLatin1Char('\n')) || line.endsWith(QLatin1Char('\r')))
-            line.chop(1);
-        if (!line.isEmpty() && !line.startsWith(QLatin1Char('#')))
-            rows.push_back(line.split(QLatin1Char('\t')));
-    }
-    return rows;
-}
-
 } // namespace
 
 struct NIVORA_CS_NO_EXPORT MapinfoSearch::Data
@@ -125,12 +94,6 @@ struct NIVORA_CS_NO_EXPORT MapinfoSearch::Data
     {
         std::vector<std::string> words; ///< comparable, of one name
         std::size_t index;              ///< into places or aliases
-    };
-    struct Alias
-    {
-        QVector<int> codes;
-        std::vector<std::string> words;
-        QString remarks[2]; ///< Russian, English
     };
     struct Area
     {
@@ -163,7 +126,7 @@ struct NIVORA_CS_NO_EXPORT MapinfoSearch::Data
     QHash<int, std::size_t> byCode; ///< the first entry
     std::vector<QPointF> places;
     std::vector<Named> placeNames;
-    std::vector<Alias> aliases;
+    std::vector<SearchAlias> aliases;
     std::vector<Named> aliasNames;
     std::once_flag areasOnce;
     std::vector<Area> areas; ///< smallest first
@@ -213,7 +176,7 @@ void MapinfoSearch::addNames(const MapinfoCoordSystem &otherLanguage)
 
 int MapinfoSearch::loadPlaces(const QFileInfo &file)
 {
-    const auto rows = rowsOf(file);
+    const auto rows = tableRows(file);
     int count = 0;
     for (const QStringList &cells : rows.value_or(std::vector<QStringList>())) {
         bool isLon = false;
@@ -233,23 +196,16 @@ int MapinfoSearch::loadPlaces(const QFileInfo &file)
 
 int MapinfoSearch::loadAliases(const QFileInfo &file)
 {
-    constexpr int columns = 5;
-    const auto rows = rowsOf(file);
-    int count = 0;
-    for (const QStringList &cells : rows.value_or(std::vector<QStringList>())) {
-        if (cells.size() != columns)
-            continue;
-        ++count;
-        for (const QString &name : cells.at(0).split(QLatin1Char(';')))
-            if (std::vector<std::string> words = wordsOf(name); !words.empty())
-                m_data->aliasNames.push_back({std::move(words), m_data->aliases.size()});
-        Data::Alias alias{{}, wordsOf(cells.at(2)), {cells.at(3), cells.at(4)}};
-        for (const QString &code : cells.at(1).split(QLatin1Char(';'), Qt::SkipEmptyParts))
-            alias.codes << code.toInt();
-        m_data->aliases.push_back(std::move(alias));
+    const auto loaded = aliasesIn(file);
+    if (!loaded)
+        return -1;
+    for (const SearchAlias &alias : *loaded) {
+        for (const std::vector<std::string> &words : alias.names)
+            m_data->aliasNames.push_back({words, m_data->aliases.size()});
+        m_data->aliases.push_back(alias);
     }
     m_data->vocabulary.clear();
-    return rows ? count : -1;
+    return static_cast<int>(loaded->size());
 }
 
 MapinfoSearch::Data::Match MapinfoSearch::Data::match(const Entry &entry, const SearchWords &words)
@@ -418,13 +374,17 @@ const QSet<QString> &MapinfoSearch::Data::knownWords()
     return vocabulary;
 }
 
-/// The words in every spelling that a slip of the hand may have changed; the words themselves when none fits.
+/// The words in every spelling that a slip of the hand may have changed, numbers as Roman ones too ("Japan Plane
+/// Rectangular CS IX"); the words themselves when none fits.
 SearchWords MapinfoSearch::Data::corrected(const SearchWords &words)
 {
     SearchWords result = words;
     const QSet<QString> &known = knownWords();
     for (SearchWord &word : result) {
         const QString typed = QString::fromStdString(word.forms.front());
+        const std::string roman = word.isNumber ? romanNumeral(word.forms.front()) : std::string();
+        if (!roman.empty())
+            word.addForm(roman);
         if (word.isNumber)
             continue;
         for (const QString &candidate : known)
@@ -448,9 +408,8 @@ QVector<Hit> MapinfoSearch::find(const QString &text, int limit) const
 
 QString MapinfoSearch::remark(const QString &text, const QString &language) const
 {
-    const bool english = !language.startsWith(QLatin1String("ru"));
     for (const Data::Named *name : Data::namesIn(m_data->aliasNames, searchWords(wordsOf(text))))
-        if (const QString &remark = m_data->aliases[name->index].remarks[english]; !remark.isEmpty())
+        if (const QString remark = m_data->aliases[name->index].remark(language); !remark.isEmpty())
             return remark;
     return {};
 }
@@ -480,7 +439,7 @@ void MapinfoSearch::Data::loadAreas()
             continue;
         if (rect.width() < 0.0)
             rect.setWidth(rect.width() + 360.0); // across the 180th meridian
-        areas.push_back({share(rect), rect, i});
+        areas.push_back({shareOfEarth(rect), rect, i});
     }
     std::stable_sort(areas.begin(), areas.end(),
                      [](const Area &a, const Area &b) { return a.share < b.share; });
@@ -496,7 +455,7 @@ const std::vector<MapinfoSearch::Data::Area> &MapinfoSearch::Data::knownAreas()
 void MapinfoSearch::Data::addAt(const QPointF &lonLat, const SearchWords &words, Hits &hits)
 {
     for (const Area &area : knownAreas())
-        if (!hits.isFull() && holds(area.rect, lonLat) && match(entries[area.entry], words) != None)
+        if (!hits.isFull() && areaHolds(area.rect, QRectF(lonLat, QSizeF(0.0, 0.0))) && match(entries[area.entry], words) != None)
             hits.add(entries[area.entry].hit);
 }
 

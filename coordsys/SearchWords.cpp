@@ -16,6 +16,9 @@ int commonBeginning(const QString &a, const QString &b)
     return static_cast<int>(std::mismatch(a.begin(), a.begin() + most, b.begin()).first - a.begin());
 }
 
+/// One letter stands within nearly every name.
+bool isLetter(const std::string &word) { return QString::fromStdString(word).size() == 1; }
+
 bool holdsAny(const std::string &text, const std::vector<std::string> &parts)
 {
     return std::any_of(parts.begin(), parts.end(),
@@ -55,6 +58,7 @@ std::vector<std::string> wordsOf(const QString &text)
 
 SearchWord::SearchWord(const std::string &word)
     : isNumber(std::all_of(word.begin(), word.end(), [](char c) { return c >= '0' && c <= '9'; }))
+    , isAtBeginning(isNumber || isLetter(word))
 {
     addForm(word);
 }
@@ -67,7 +71,7 @@ void SearchWord::addForm(const std::string &form)
 
 bool SearchWord::isIn(const std::string &text) const
 {
-    return isNumber ? begins(text) : holdsAny(text, forms);
+    return isAtBeginning ? begins(text) : holdsAny(text, forms);
 }
 
 bool SearchWord::begins(const std::string &text) const { return holdsAny(text, m_beginnings); }
@@ -75,6 +79,13 @@ bool SearchWord::begins(const std::string &text) const { return holdsAny(text, m
 bool SearchWord::is(const std::string &word) const
 {
     return std::find(forms.begin(), forms.end(), word) != forms.end();
+}
+
+std::string romanNumeral(const std::string &number)
+{
+    static const char *const ones[] = {"", "i", "ii", "iii", "iv", "v", "vi", "vii", "viii", "ix"};
+    const int value = number.size() <= 2 ? std::stoi(number) : 0;
+    return value < 40 ? std::string(static_cast<std::size_t>(value / 10), 'x') + ones[value % 10] : std::string();
 }
 
 SearchWords searchWords(const std::vector<std::string> &words)

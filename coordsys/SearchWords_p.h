@@ -16,11 +16,13 @@ std::string comparable(const QString &text);
 
 std::vector<std::string> wordsOf(const QString &text);
 
-/// A word that is looked for, in one or several spellings. A number is found as a whole word only.
+/// A word that is looked for, in one or several spellings. A number is found as a whole word only, a single
+/// letter at the beginning of a word.
 struct SearchWord
 {
     std::vector<std::string> forms;
     bool isNumber = false;
+    bool isAtBeginning = false;
 
     explicit SearchWord(const std::string &word);
     void addForm(const std::string &form);
@@ -34,6 +36,9 @@ private:
     std::vector<std::string> m_beginnings; ///< of the forms, with the blanks that make them so
 };
 using SearchWords = std::vector<SearchWord>;
+
+/// The Roman numeral of a number below 40, comparable ("ix"); empty for others.
+std::string romanNumeral(const std::string &number);
 
 SearchWords searchWords(const std::vector<std::string> &words);
 

@@ -2,15 +2,15 @@
 
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
+#include <coordsys/CoordTransform.h>
 #include <coordsys/CrsParts_p.h>
-#include <coordsys/ProjPoint_p.h>
+#include <coordsys/EarthAreas_p.h>
 #include <coordsys/RegisteredShift_p.h>
 #include <coordsys/SearchContext_p.h>
 #include <coordsys/TransformOperations_p.h>
 #include <platform/Logger.h>
 
 #include <algorithm>
-#include <cmath>
 
 namespace nivora::cs {
 namespace {
@@ -24,26 +24,50 @@ QString definitionOf(const CoordSystem &cs)
     return cs.sourceType() == CoordSystem::Wkt ? cs.sourceParameters().string : QString();
 }
 
-/// What stands for the system when its CoordSys string is all there is; empty when it has none.
-QString definitionOfText(const CoordSystem &cs)
+CoordSystemPtr systemOf(const QString &definition)
+{
+    const auto catalogues = activeCatalogues();
+    const bool isCode = definition.startsWith(QLatin1String("EPSG:"));
+    return isCode ? catalogues->createFromEpsg(definition.mid(5).toInt())
+                  : catalogues->createFromWkt(definition);
+}
+
+/// What the system is when its CoordSys string is all there is, clauses left aside; null for a string that
+/// says nothing of the earth.
+CoordSystemPtr systemOfText(const CoordSystem &cs)
+{
+    const auto catalogues = activeCatalogues();
+    const CoordSystemPtr text = catalogues->createWithoutDescription(cs.prjStr());
+    return text->isNonEarth() ? nullptr : catalogues->createFromProj(text->projStr());
+}
+
+/// The coordinates that the definition has for a place, read by the text: how far off they lie.
+std::optional<double> textDistanceM(const CoordSystem &cs, const QString &definition, const QPointF &place)
 {
     try {
-        return fixedProjString(activeCatalogues()->createWithoutDescription(cs.prjStr())->projStr(), true);
-    } catch (const std::exception &e) {
+        const CoordSystemPtr wgs84 = activeCatalogues()->createFromEpsg(4326);
+        const CoordSystemPtr text = systemOfText(cs);
+        QPointF numbers;
+        QPointF moved;
+        if (!text || !CoordTransform(systemOf(definition), wgs84).inverse(place, numbers) ||
+            !CoordTransform(text, wgs84).forward(numbers, moved))
+            return std::nullopt;
+        bool ok = false;
+        const double apartM = wgs84->sphericalDistance(place, moved, &ok);
+        return ok ? std::make_optional(apartM) : std::nullopt;
+    } catch (const std::exception &e) { // no CoordSys string, or none that can be read
         LOG_DEBUG(QString::fromUtf8(e.what()));
-        return QString();
+        return std::nullopt;
     }
 }
 
-bool holds(const QRectF &area, const QPointF &place)
+/// Operations without an area are taken for those of everywhere.
+bool fitsAt(const TransformOperation &operation, const QPointF &place)
 {
-    if (area.isNull())
-        return true;
-    const double west = area.x();
-    const double east = area.x() + area.width();
-    const bool within =
-        area.width() < 0.0 ? place.x() >= west || place.x() <= east : place.x() >= west && place.x() <= east;
-    return within && place.y() >= area.y() && place.y() <= area.y() + area.height();
+    QRectF area = operation.area;
+    if (area.width() < 0.0)
+        area.setWidth(area.width() + 360.0); // across the 180th meridian
+    return area.isNull() || areaHolds(area, QRectF(place, QSizeF(0.0, 0.0)));
 }
 
 /// The most accurate of the operations that fit at the place, the first of equal ones; null when none has an
@@ -54,7 +78,7 @@ const TransformOperation *mostAccurate(const QVector<TransformOperation> &operat
 {
     const TransformOperation *best = nullptr;
     for (const TransformOperation &operation : operations)
-        if (operation.accuracyM >= 0.0 && !operation.isBallpark && holds(operation.area, place) &&
+        if (operation.accuracyM >= 0.0 && !operation.isBallpark && fitsAt(operation, place) &&
             fits(operation) && (!best || operation.accuracyM < best->accuracyM))
             best = &operation;
     return best;
@@ -76,12 +100,9 @@ void readOperations(const QVector<TransformOperation> &operations, ShiftQuality 
             quality.missingGrids << grid.name;
 }
 
-} // namespace
-
-std::optional<ShiftQuality> shiftQuality(const CoordSystem &cs)
+/// Of the operations, all but what the CoordSys text does.
+std::optional<ShiftQuality> operationQuality(const QString &definition)
 {
-    const QString definition = definitionOf(cs);
-    const QString text = definition.isEmpty() ? QString() : definitionOfText(cs);
     const SearchContext context;
     const PjHandle whole = definition.isEmpty() ? nullptr : crsOf(context.get(), definition);
     const PjHandle crs = whole ? horizontalPart(context.get(), whole.get()) : nullptr;
@@ -92,12 +113,19 @@ std::optional<ShiftQuality> shiftQuality(const CoordSystem &cs)
     quality.definition = definition.startsWith(QLatin1String("EPSG:"))
                              ? definition
                              : QString::fromUtf8(proj_get_name(crs.get()));
-    const PjHandle base = baseOf(context.get(), crs.get());
-    if (base)
+    if (const PjHandle base = baseOf(context.get(), crs.get()))
         readOperations(operationsBetween(context.get(), base.get(), wgs84.get()), quality);
-    const PjHandle textCrs = text.isEmpty() ? nullptr : crsOf(context.get(), text);
-    if (textCrs)
-        quality.textDistanceM = distanceBetweenShifts(context.get(), crs.get(), textCrs.get(), quality.place);
+    return quality;
+}
+
+} // namespace
+
+std::optional<ShiftQuality> shiftQuality(const CoordSystem &cs)
+{
+    const QString definition = definitionOf(cs);
+    std::optional<ShiftQuality> quality = operationQuality(definition);
+    if (quality)
+        quality->textDistanceM = textDistanceM(cs, definition, quality->place);
     return quality;
 }
 

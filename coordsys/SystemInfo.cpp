@@ -220,6 +220,15 @@ QString writtenByEngine(const CoordSystem &cs, SystemFormat format, QString &rea
     return text;
 }
 
+/// A projection without a number becomes a plan there, which is another system.
+QString coordSysText(const CoordSystem &cs)
+{
+    const QString text = cs.prjStr();
+    if (!cs.isNonEarth() && text.contains(QLatin1String("NonEarth"), Qt::CaseInsensitive))
+        throwUnwritable(cs, QObject::tr("у CoordSys нет такой проекции"));
+    return text;
+}
+
 } // namespace
 
 QPointF SystemInfo::areaCentre() const
@@ -263,7 +272,7 @@ QString kindText(SystemInfo::Kind kind)
 QString exportSystem(const CoordSystem &cs, SystemFormat format)
 {
     if (format == SystemFormat::Mapinfo)
-        return cs.prjStr();
+        return coordSysText(cs);
     if (cs.affineTransform())
         throwUnwritable(cs, QObject::tr("аффинное преобразование было бы потеряно"));
     if (format == SystemFormat::Proj)

@@ -15,6 +15,7 @@
 
 #include <proj.h>
 
+#include <QFileInfo>
 #include <QMutexLocker>
 #include <QObject>
 #include <QRegularExpression>
@@ -65,6 +66,19 @@ QString withoutQuotes(const QString &text)
     return match.hasMatch() ? match.captured(match.lastCapturedIndex()).trimmed() : text;
 }
 
+/// The name behind the sign "@": as it stands, when there is such a file, else without blanks and quotes around
+/// it. One that begins with a colon would be one of Qt's resources.
+QString fileBehind(const QString &input, const QString &bare)
+{
+    const QString exact = input.startsWith(QLatin1Char('@')) ? input.mid(1) : bare.mid(1);
+    const auto local = [](const QString &name) {
+        return name.startsWith(QLatin1Char(':')) ? QStringLiteral("./") + name : name;
+    };
+    if (!exact.isEmpty() && QFileInfo::exists(local(exact)))
+        return local(exact);
+    return local(withoutQuotes(bare.mid(1).trimmed()));
+}
+
 /// How many parameters the projection of a CoordSys string has; nothing for one without a known projection.
 std::optional<int> parameterCountIn(const QString &prj)
 {
@@ -113,17 +127,19 @@ private:
     bool isProj(const QString &text) const { return projTextOf(text).has_value(); }
     bool isCatalogueLine(const QString &text) const { return text.startsWith(QLatin1Char('"')); }
     bool isCoordSys(const QString &text) const { return isCoordSysText(text); }
-    bool isCode(const QString &text) const { return codeTextOf(text, databaseAuthorities()).has_value(); }
+    bool isCode(const QString &text) const { return codeTextOf(text, databaseAuthorities).has_value(); }
     /// URNs that say more than a code ("…,cs:PROJ::ENh,coordinateOperation:EPSG::16031") are for PROJ to
     /// read.
     bool isUrn(const QString &text) const
     {
         return text.startsWith(QLatin1String("urn:"), Qt::CaseInsensitive);
     }
+    bool isAuto(const QString &text) const { return isAutoText(text); }
     bool isAny(const QString &) const { return true; }
 
     CoordSystemPtr readTagged(const QString &text);
     CoordSystemPtr readDefinition(const QString &text) { return fromDefinition(text, shownText(text)); }
+    CoordSystemPtr readAuto(const QString &text);
     CoordSystemPtr readWkt(const QString &text) { return m_factory.createFromWkt(text); }
     CoordSystemPtr readProj(const QString &text);
     CoordSystemPtr readCatalogueLine(const QString &text);
@@ -131,7 +147,8 @@ private:
     CoordSystemPtr readCode(const QString &text);
     CoordSystemPtr readName(const QString &text);
 
-    QString fromFile(const QString &path);
+    QString fromFile(const QString &input, const QString &bare);
+    QString fromDated(const DatedText &dated);
     static QString tagOf(const QString &text);
     CoordSystemPtr fromInit(const QString &proj);
     CoordSystemPtr fromDefinition(const QString &definition, const QString &shown);
@@ -145,7 +162,7 @@ private:
     void noteCoordSys(const QString &prj);
     void noteIdentity(const CoordSystem &system);
     [[noreturn]] void throwUnknownCode(const CodeReference &code) const;
-    [[noreturn]] static void throwUnknown(const QString &text, const QStringList &nearest);
+    [[noreturn]] static void throwUnknown(const QString &text, const SystemNames &names);
     [[noreturn]] static void throwAmbiguous(const QString &text, const QVector<NamedSystem> &systems);
 
     const CoordSysFactory &m_factory;
@@ -160,6 +177,7 @@ const Reader::Notation Reader::notations[] = {
     {QT_TRANSLATE_NOOP("QObject", "строка PROJ"), &Reader::isProj, &Reader::readProj},
     {QT_TRANSLATE_NOOP("QObject", "строка каталога"), &Reader::isCatalogueLine, &Reader::readCatalogueLine},
     {QT_TRANSLATE_NOOP("QObject", "строка CoordSys"), &Reader::isCoordSys, &Reader::readCoordSys},
+    {QT_TRANSLATE_NOOP("QObject", "AUTO"), &Reader::isAuto, &Reader::readAuto},
     {QT_TRANSLATE_NOOP("QObject", "код"), &Reader::isCode, &Reader::readCode},
     {QT_TRANSLATE_NOOP("QObject", "URN"), &Reader::isUrn, &Reader::readDefinition},
     {QT_TRANSLATE_NOOP("QObject", "название"), &Reader::isAny, &Reader::readName},
@@ -169,8 +187,10 @@ UserInput Reader::read(const QString &input)
 {
     QString text = withoutQuotes(input.trimmed());
     if (text.startsWith(QLatin1Char('@')))
-        text = fromFile(text.mid(1).trimmed());
+        text = fromFile(input, text);
     checkText(text);
+    if (const std::optional<DatedText> dated = datedTextOf(text))
+        text = fromDated(*dated);
     for (const Notation &notation : notations) {
         if (!(this->*notation.fits)(text))
             continue;
@@ -186,18 +206,27 @@ UserInput Reader::read(const QString &input)
                        .arg(name, shownText(text), QString::fromUtf8(e.what()).simplified()));
         }
     }
-    throwUnknown(text, {});
+    refuse(QObject::tr("Строка КС пустая")); // the last notation fits every text
 }
 
 /// A file's line feeds are no separators but in the notations that have lines or text in quotes.
-QString Reader::fromFile(const QString &path)
+QString Reader::fromFile(const QString &input, const QString &bare)
 {
+    const QString path = fileBehind(input, bare);
     if (path.isEmpty())
         refuse(QObject::tr("За знаком @ нужно имя файла"));
     const QString text = systemTextInFile(path, m_notes).trimmed();
     if (text.startsWith(QLatin1Char('@')))
         refuse(QObject::tr("Файл %1 ссылается на другой файл").arg(path));
     return isWkt(text) || isJson(text) || isCatalogueLine(text) ? text : text.simplified();
+}
+
+QString Reader::fromDated(const DatedText &dated)
+{
+    if (!dated.epoch.isEmpty())
+        m_notes << QObject::tr("Эпоха координат %1 в систему не входит").arg(dated.epoch);
+    checkText(dated.system);
+    return dated.system;
 }
 
 // ---- Tags and CoordSys strings
@@ -309,6 +338,15 @@ CoordSystemPtr Reader::fromInit(const QString &proj)
     return m_factory.createFromProj(mergedTerms(fromCode(*code)->projStr(), terms.mid(1)));
 }
 
+/// A system of the Web Map Service for a place.
+CoordSystemPtr Reader::readAuto(const QString &text)
+{
+    const std::optional<QString> known = autoTextOf(text);
+    if (!known)
+        refuse(QObject::tr("Системы AUTO читаются в виде AUTO:код,долгота,широта; AUTO2 — только в метрах"));
+    return fromDefinition(*known, shownText(text));
+}
+
 CoordSystemPtr Reader::fromDefinition(const QString &definition, const QString &shown)
 {
     const SystemIdentityPtr identity = SystemIdentity::from(definition);
@@ -334,7 +372,7 @@ void Reader::noteIdentity(const CoordSystem &system)
     if (!identity || !identity->hasPlane())
         return;
     if (identity->isFlattened())
-        m_notes << QObject::tr("Взята только плановая часть: %1").arg(system.description());
+        m_notes << QObject::tr("Вертикальная часть опущена."); // as systemInfo() says it
     const QMutexLocker lock(globalProj4Mutex());
     if (proj_is_deprecated(identity->crs()))
         m_notes << QObject::tr("Система помечена в базе как устаревшая: %1")
@@ -345,7 +383,7 @@ void Reader::noteIdentity(const CoordSystem &system)
 
 CoordSystemPtr Reader::readCode(const QString &text)
 {
-    const CodeText codes = *codeTextOf(text, databaseAuthorities());
+    const CodeText codes = *codeTextOf(text, databaseAuthorities);
     noteCompound(codes);
     return fromCode(codes.parts.first());
 }
@@ -423,9 +461,10 @@ CoordSystemPtr Reader::readName(const QString &text)
 {
     const SystemNames names(*m_factory.mapinfoCoordSystem(), m_factory.resourceDir(), m_factory.language());
     QVector<NamedSystem> systems = names.named(text);
-    const bool isLoose = systems.isEmpty();
-    if (isLoose)
-        systems = names.namedLoosely(text);
+    const bool isExact = !systems.isEmpty() && systems.first().hasPlane();
+    const QVector<NamedSystem> loose = isExact ? QVector<NamedSystem>() : names.namedLoosely(text);
+    if (!loose.isEmpty())
+        systems = loose;
     const int plus = text.indexOf(QLatin1String(" + ")); // "RGF93 v1 / Lambert-93 + NGF-IGN69 height"
     if (systems.isEmpty() && plus > 0 && names.named(text.left(plus)).size() == 1 &&
         !names.named(text.mid(plus + 3)).isEmpty()) {
@@ -433,10 +472,10 @@ CoordSystemPtr Reader::readName(const QString &text)
         return readName(text.left(plus));
     }
     if (systems.isEmpty())
-        throwUnknown(text, names.nearest(text));
+        throwUnknown(text, names);
     if (systems.size() > 1)
         throwAmbiguous(text, systems);
-    if (isLoose)
+    if (!loose.isEmpty())
         m_notes << QObject::tr("Понято как %1").arg(systems.first().shown());
     return fromNamed(systems.first());
 }
@@ -467,8 +506,16 @@ void Reader::throwAmbiguous(const QString &text, const QVector<NamedSystem> &sys
                             .toStdString());
 }
 
-void Reader::throwUnknown(const QString &text, const QStringList &nearest)
+void Reader::throwUnknown(const QString &text, const SystemNames &names)
 {
+    const QString remark = names.remark(text);
+    if (!remark.isEmpty())
+        throw NotUnderstood(QStringLiteral("%1: %2").arg(shownText(text), remark).toStdString());
+    if (QFileInfo(text).isFile())
+        throw NotUnderstood(QObject::tr("«%1» — файл: чтобы прочитать его, напишите @%1")
+                                .arg(shownText(text))
+                                .toStdString());
+    const QStringList nearest = names.nearest(text);
     QStringList tried;
     for (const Notation &notation : notations)
         tried << QObject::tr(notation.name);

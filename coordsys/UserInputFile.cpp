@@ -14,6 +14,7 @@
 #include <QTextCodec>
 
 #include <algorithm>
+#include <langinfo.h>
 #include <memory>
 #include <stdexcept>
 
@@ -46,6 +47,13 @@ QString wholeText(const QString &path)
     return decodedText(bytes);
 }
 
+/// The locale's, whatever the host has made Qt take for it. ASCII says nothing of other bytes.
+QTextCodec *localeCodec()
+{
+    const QByteArray name = ::nl_langinfo(CODESET);
+    return name.startsWith("ANSI_X3.4") ? nullptr : QTextCodec::codecForName(name);
+}
+
 /// Every other byte of ASCII in UTF-16 is zero. Null for other encodings.
 QTextCodec *utf16Of(const QByteArray &bytes)
 {
@@ -63,6 +71,14 @@ bool decodes(QTextCodec *codec, const QByteArray &bytes, QString &text)
     QTextCodec::ConverterState state;
     text = codec->toUnicode(bytes.constData(), bytes.size(), &state);
     return state.invalidChars == 0;
+}
+
+/// Bytes of other files, read as text, have control characters or no place in Unicode.
+bool isReadable(const QString &text)
+{
+    return text.isValidUtf16() && std::none_of(text.begin(), text.end(), [](QChar c) {
+        return (c.category() == QChar::Other_Control && !c.isSpace()) || c == QChar::ReplacementCharacter;
+    });
 }
 
 /// "CoordSys Earth Projection 8, 104, …" with the lines that continue it; empty when the header has none.
@@ -139,7 +155,7 @@ QString decodedText(const QByteArray &bytes)
     QString text;
     if (QTextCodec *utf16 = utf16Of(bytes))
         return utf16->toUnicode(bytes);
-    for (QTextCodec *codec : {QTextCodec::codecForName("UTF-8"), QTextCodec::codecForLocale()})
+    for (QTextCodec *codec : {QTextCodec::codecForName("UTF-8"), localeCodec()})
         if (codec && decodes(codec, bytes, text))
             return text;
     return QTextCodec::codecForName("Windows-1251")->toUnicode(bytes); // as the catalogues' files
@@ -153,6 +169,8 @@ QString systemTextInFile(const QString &path, QStringList &notes)
     const QString text = kind != std::end(fileKinds) ? kind->read(path, notes) : wholeText(path).trimmed();
     if (text.isEmpty())
         refuse(path, QObject::tr("в нём нет текста"));
+    if (!isReadable(text))
+        refuse(path, QObject::tr("это не текст"));
     return text;
 }
 

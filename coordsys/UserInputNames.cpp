@@ -4,9 +4,12 @@
 #include <coordsys/ProjEngine.h>
 #include <coordsys/ProjLists_p.h>
 #include <coordsys/SearchContext_p.h>
+#include <coordsys/SearchWords_p.h>
 #include <platform/Logger.h>
 
 #include <proj.h>
+
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <limits>
@@ -33,7 +36,7 @@ struct StringListDestroy
 };
 using StringList = std::unique_ptr<char *, StringListDestroy>;
 
-QStringList wordsOf(const StringList &list)
+QStringList textsOf(const StringList &list)
 {
     QStringList words;
     for (char **word = list.get(); word && *word; ++word)
@@ -51,11 +54,56 @@ bool isSameName(const QString &a, const QString &b)
 /// Letters and digits in lower case, accents taken off; the plus of "CH1903+" tells systems apart.
 QString folded(const QString &name)
 {
+    const bool isAscii = std::all_of(name.begin(), name.end(), [](QChar c) { return c.unicode() < 0x80; });
+    const QString plain = isAscii ? name : name.normalized(QString::NormalizationForm_KD);
     QString result;
-    for (const QChar c : name.normalized(QString::NormalizationForm_KD))
+    result.reserve(plain.size());
+    for (const QChar c : plain)
         if (c.isLetterOrNumber() || c == QLatin1Char('+'))
             result += c.toLower();
     return result;
+}
+
+/// People leave the word out: "WGS84 UTM 37N".
+QString withoutZone(QString foldedName)
+{
+    return foldedName.remove(QLatin1String("zone")).remove(QString::fromUtf8("зона"));
+}
+
+/// Spellings under which the database may have a name that is written in another way: "WGS 1984 UTM Zone 37N"
+/// as Esri's programs show it, "NAD 83".
+QStringList spellings(const QString &name)
+{
+    static const QRegularExpression gap(QStringLiteral("(?<=[a-z]) (?=\\d)"),
+                                        QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression slash(QStringLiteral("\\s*/\\s*"));
+    const QString underlined = QString(name).replace(QLatin1Char(' '), QLatin1Char('_'));
+    QStringList result{underlined, QStringLiteral("GCS_") + underlined, QString(name).remove(gap),
+                       QString(name).replace(slash, QStringLiteral(" / "))};
+    result.removeDuplicates();
+    result.removeAll(name);
+    return result;
+}
+
+/// Letters and digits apart, as words of a folded name.
+QStringList partsOf(const QString &text)
+{
+    static const QRegularExpression part(QStringLiteral("\\d+|[^\\W\\d_]+"),
+                                         QRegularExpression::UseUnicodePropertiesOption);
+    QStringList parts;
+    for (auto match = part.globalMatch(text); match.hasNext();)
+        parts << folded(match.next().captured());
+    return parts;
+}
+
+/// A number has to stand whole.
+bool holdsPart(const QString &foldedName, const QString &part)
+{
+    const auto isDigit = [&](int at) { return at >= 0 && at < foldedName.size() && foldedName.at(at).isDigit(); };
+    for (int at = foldedName.indexOf(part); at >= 0; at = foldedName.indexOf(part, at + 1))
+        if (!part.at(0).isDigit() || (!isDigit(at - 1) && !isDigit(at + part.size())))
+            return true;
+    return false;
 }
 
 int rankOfType(PJ_TYPE type)
@@ -121,6 +169,11 @@ QVector<NamedSystem> namedInDatabase(const QString &text)
     return best(found);
 }
 
+QVector<NamedSystem> withPlane(const QVector<NamedSystem> &systems)
+{
+    return !systems.isEmpty() && systems.first().hasPlane() ? systems : QVector<NamedSystem>();
+}
+
 template <typename Fits> QVector<NamedSystem> bestOf(const QVector<NamedSystem> &systems, Fits &&fits)
 {
     QVector<NamedSystem> found;
@@ -165,13 +218,26 @@ int editDistance(const QString &a, const QString &b, int limit)
     return last.back();
 }
 
-/// How far a name is from a text, both folded: letters to change, or a little for a name that holds the text.
-int unlikeness(const QString &text, const QString &name, int limit)
+/// What is looked for among names.
+struct Wanted
 {
-    const int distance = editDistance(text, name, limit);
-    if (text.size() < leastPart || !name.contains(text))
+    QString text;      ///< folded
+    QStringList parts; ///< its words
+    int limit;         ///< of unlikeness
+};
+
+/// How far a folded name is from the text: letters to change, or a little for a name that holds the text or all
+/// of its words.
+int unlikeness(const Wanted &wanted, const QString &name)
+{
+    const int limit = wanted.limit;
+    const int distance = editDistance(wanted.text, name, limit);
+    const bool holdsAll = wanted.text.size() >= leastPart &&
+                          std::all_of(wanted.parts.begin(), wanted.parts.end(),
+                                      [&name](const QString &part) { return holdsPart(name, part); });
+    if (!holdsAll)
         return distance;
-    return std::min({distance, 1 + (name.size() - text.size()) / 8, limit});
+    return std::min({distance, 1 + std::max(0, name.size() - wanted.text.size()) / 8, limit});
 }
 
 struct Scored
@@ -192,28 +258,37 @@ QStringList bestScored(std::vector<Scored> &scored)
     return shown;
 }
 
+/// "British National Grid" of "OSGB36 / British National Grid", "WGS 84" of "Longitude / Latitude (WGS 84)"
+QString tailOf(const QString &name)
+{
+    return name.endsWith(QLatin1Char(')')) ? name.section(QLatin1Char('('), -1)
+                                           : name.section(QLatin1String(" / "), -1);
+}
+
 void score(const QVector<NamedSystem> &systems, const QString &text, std::vector<Scored> &scored)
 {
     const QString wanted = folded(text);
-    const int limit = std::max(2, wanted.size() / 3);
+    const Wanted like{wanted, partsOf(text), std::max(2, wanted.size() / 3)};
     for (const NamedSystem &system : systems) {
-        if (system.rank & (deprecatedRank | planelessRank))
-            continue;
-        const int unlike = unlikeness(wanted, folded(system.name), limit);
-        if (unlike <= limit)
+        const int unlike =
+            std::min(unlikeness(like, folded(system.name)), unlikeness(like, folded(tailOf(system.name))));
+        if (unlike <= like.limit)
             scored.push_back({unlike, system.shown()});
     }
 }
 
 } // namespace
 
+bool NamedSystem::hasPlane() const { return rank < planelessRank; }
+
 QString NamedSystem::shown() const
 {
-    return QStringLiteral("%1 (%2)").arg(name, code.isEmpty() ? prj : code);
+    return code.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, code);
 }
 
 SystemNames::SystemNames(const MapinfoCoordSystem &catalogue, const QDir &resources, const QString &language)
     : m_resources(resources)
+    , m_language(language)
     , m_ownFile(QStringLiteral("projections_%1.prj").arg(language))
 {
     appendEntries(catalogue, false, m_own);
@@ -271,9 +346,74 @@ QVector<NamedSystem> SystemNames::namedLoosely(const QString &text) const
     const QString wanted = folded(text);
     if (wanted.isEmpty() || text.size() > longestName)
         return {};
-    const auto fits = [&](const NamedSystem &system) { return folded(system.name) == wanted; };
-    const QVector<NamedSystem> registered = bestOf(databaseSystems(), fits);
-    return registered.isEmpty() ? fromCatalogues(fits) : registered;
+    const auto isSame = [&](const NamedSystem &system) { return folded(system.name) == wanted; };
+    const auto isSameButZone = [bare = withoutZone(wanted)](const NamedSystem &system) {
+        return withoutZone(folded(system.name)) == bare;
+    };
+    QVector<NamedSystem> found = fromCatalogues(isSame);
+    for (const QString &spelling : spellings(text.simplified()))
+        if (found.isEmpty())
+            found = withPlane(namedInDatabase(spelling));
+    if (found.isEmpty())
+        found = aliased(text);
+    if (found.isEmpty())
+        found = fromCatalogues(isSameButZone);
+    return found.isEmpty() && nearest(text).isEmpty() && isOfNames(text) ? bestOf(databaseSystems(), isSame) : found;
+}
+
+/// Whether some name has a word of the text: the database's thousands of names, which take a tenth of a second,
+/// are not read for a text that means nothing.
+bool SystemNames::isOfNames(const QString &text) const
+{
+    const QStringList parts = partsOf(text);
+    const auto hasPart = [&parts](const NamedSystem &system) {
+        const QString name = folded(system.name);
+        return std::any_of(parts.begin(), parts.end(), [&name](const QString &part) {
+            return part.size() >= leastPart && holdsPart(name, part);
+        });
+    };
+    return std::any_of(m_own.begin(), m_own.end(), hasPart) ||
+           std::any_of(foreignSystems().begin(), foreignSystems().end(), hasPart);
+}
+
+const std::vector<SearchAlias> &SystemNames::aliases() const
+{
+    if (!m_aliases)
+        m_aliases = aliasesIn(QFileInfo(m_resources, QStringLiteral("aliases.tsv")))
+                        .value_or(std::vector<SearchAlias>());
+    return *m_aliases;
+}
+
+/// What people say for it, where that is all they say.
+QVector<NamedSystem> SystemNames::aliased(const QString &text) const
+{
+    const std::vector<std::string> words = wordsOf(text);
+    for (const SearchAlias &alias : aliases()) {
+        if (std::find(alias.names.begin(), alias.names.end(), words) == alias.names.end())
+            continue;
+        QVector<NamedSystem> systems;
+        for (const int code : alias.codes)
+            systems << NamedSystem{databaseName(QStringLiteral("EPSG"), QString::number(code)),
+                                   QStringLiteral("EPSG:%1").arg(code), QString()};
+        QStringList instead;
+        for (const std::string &word : alias.words)
+            instead << QString::fromStdString(word);
+        return !systems.isEmpty() || instead.isEmpty() ? systems : named(instead.join(QLatin1Char(' ')));
+    }
+    return {};
+}
+
+QString SystemNames::remark(const QString &text) const
+{
+    const std::vector<std::string> words = wordsOf(text);
+    const auto isIn = [&words](const std::string &word) {
+        return std::find(words.begin(), words.end(), word) != words.end();
+    };
+    for (const SearchAlias &alias : aliases())
+        for (const std::vector<std::string> &name : alias.names)
+            if (std::all_of(name.begin(), name.end(), isIn) && !alias.remark(m_language).isEmpty())
+                return alias.remark(m_language);
+    return {};
 }
 
 QVector<NamedSystem> SystemNames::fromCatalogues(const std::function<bool(const NamedSystem &)> &fits) const
@@ -289,7 +429,6 @@ QStringList SystemNames::nearest(const QString &text) const
         return {};
     score(m_own, text, scored);
     score(foreignSystems(), text, scored);
-    score(databaseSystems(), text, scored);
     return bestScored(scored);
 }
 
@@ -298,7 +437,7 @@ QStringList databaseAuthorities()
     // PROJ walks through the whole database for them.
     static const QStringList &known = *new QStringList([] {
         const SearchContext context;
-        return wordsOf(StringList(proj_get_authorities_from_database(context.get())));
+        return textsOf(StringList(proj_get_authorities_from_database(context.get())));
     }());
     return known;
 }
@@ -316,7 +455,7 @@ QStringList nearestCodes(const QString &authority, const QString &code)
 {
     constexpr int limit = 1;
     const SearchContext context;
-    const QStringList codes = wordsOf(StringList(
+    const QStringList codes = textsOf(StringList(
         proj_get_codes_from_database(context.get(), authority.toUtf8().constData(), PJ_TYPE_CRS, 0)));
     std::vector<Scored> scored;
     for (const QString &known : codes) {

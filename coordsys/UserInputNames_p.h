@@ -1,11 +1,15 @@
 #pragma once
 
+#include <coordsys/SearchTables_p.h>
+
 #include <QDir>
 #include <QString>
 #include <QStringList>
 #include <QVector>
 
 #include <functional>
+#include <optional>
+#include <vector>
 
 namespace nivora::cs {
 
@@ -19,6 +23,8 @@ struct NamedSystem
     QString prj;            ///< of an entry; empty for a system of the database
     int rank = 0;           ///< less is likelier, among systems with one name
     bool isForeign = false; ///< of a catalogue in another language than the factory's
+    /// Whether it is one of heights alone, or geocentric.
+    bool hasPlane() const;
     /// "WGS 84 (EPSG:4326)"
     QString shown() const;
 };
@@ -35,21 +41,29 @@ public:
     /// aliases (of those the two-dimensional ones, those in force, their own names before aliases, EPSG
     /// before others), else by the catalogues' names. More than one when the text does not tell which.
     QVector<NamedSystem> named(const QString &text) const;
-    /// The same, blanks and punctuation left aside: "ETRS89/UTM zone32N".
+    /// The same, blanks, punctuation and the word "zone" left aside ("ETRS89/UTM zone32N"), and by what people
+    /// say for systems ("google").
     QVector<NamedSystem> namedLoosely(const QString &text) const;
-    /// Those with the most similar names, the nearest first.
+    /// Those of the catalogues with the most similar names, the nearest first.
     QStringList nearest(const QString &text) const;
+    /// What there is to say on a text that names no system; empty mostly.
+    QString remark(const QString &text) const;
 
 private:
     const QVector<NamedSystem> &foreignSystems() const;
     const QVector<NamedSystem> &databaseSystems() const;
+    const std::vector<SearchAlias> &aliases() const;
+    QVector<NamedSystem> aliased(const QString &text) const;
+    bool isOfNames(const QString &text) const;
     QVector<NamedSystem> fromCatalogues(const std::function<bool(const NamedSystem &)> &fits) const;
 
     QDir m_resources;
+    QString m_language;
     QString m_ownFile;
     QVector<NamedSystem> m_own;
     mutable QVector<NamedSystem> m_foreign;
     mutable QVector<NamedSystem> m_database;
+    mutable std::optional<std::vector<SearchAlias>> m_aliases;
 };
 
 /// The authorities of the database, as it writes them.

@@ -3,6 +3,8 @@
 #include <coordsys/ProjectionParamsManager.h>
 #include <coordsys/TABProjInfo.h>
 
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QRegularExpression>
 #include <QStringList>
 #include <QUrl>
@@ -37,10 +39,12 @@ const QVector<QRegularExpression> &codeForms()
                 R"(^(https?://)?(www\.)?epsg\.io/((?<authority>ESRI):)?(?<code>\d+)([-./].*)?$)",
                 R"(^(https?://)?(www\.)?epsg\.org/crs[_/](?<code>\d+)(/.*)?$)",
                 R"(^SRID\s*[=:\s]\s*(?<code>\d+)$)",                        // SRID=4326
-                R"(^.*\((?<authority>EPSG|ESRI|IGNF|OGC):(?<code>\w+)\)$)", // WGS 84 (EPSG:4326)
+                R"(^(\D[^:]*[\s(\[])?(?<authority>EPSG|ESRI|IGNF|OGC):(?<code>\w+)[)\]]?$)", // WGS 84 (EPSG:4326)
+                R"(^(?<authority>EPSG|ESRI|IGNF|OGC):(?<code>\w+)\s*[-–—(,\s]\s*[^+\d:][^:]*$)", // EPSG:4326 - WGS 84
+                R"(^(?<code>CRS(84h?|83|27))$)",
                 R"(^(?<authority>CRS)\s*:\s*(?<code>\d+)$)",                // CRS:84
                 R"(^(?<authority>[A-Za-z]\w*)\s*:((?<version>[\d.]*):)?\s*(?<code>[\w.-]+)$)", // EPSG::4326
-                R"(^(?<authority>EPSG|ESRI)[\s#=_-]*(code|код)?[\s#=:]*(?<code>\d+)$)",        // epsg 4326
+                R"(^(?<authority>EPSG|ESRI)[\s#=_/-]*(code|код)?[\s#=:]*(?<code>\d+)$)",        // epsg 4326
             })
             forms << QRegularExpression(QString::fromUtf8(form), anyCase);
         return forms;
@@ -55,19 +59,30 @@ std::optional<CodeReference> oneCode(const QString &text)
         if (!match.hasMatch())
             continue;
         const QString authority = match.captured(QStringLiteral("authority"));
-        return CodeReference{authority.isEmpty() ? QStringLiteral("EPSG") : authority,
-                             match.captured(QStringLiteral("version")),
-                             match.captured(QStringLiteral("code")).trimmed()};
+        const QString code = match.captured(QStringLiteral("code")).trimmed();
+        const bool isOgc = code.startsWith(QLatin1String("CRS"), Qt::CaseInsensitive);
+        return CodeReference{!authority.isEmpty() ? authority : QLatin1String(isOgc ? "OGC" : "EPSG"),
+                             match.captured(QStringLiteral("version")), code};
     }
     return std::nullopt;
 }
 
-/// "IGNF LAMB93"
-std::optional<CodeReference> codeBehindAuthority(const QString &text, const QStringList &authorities)
+/// What stays behind in the hand that copied it: "EPSG:4326;", "[EPSG:4326]"
+QString withoutEnds(QString text)
 {
-    static const QRegularExpression words(QStringLiteral("^(\\w+)\\s+([\\w.-]+)$"));
+    static const QRegularExpression ends(QStringLiteral("[\\s.,;:/]+$"));
+    static const QRegularExpression brackets(QStringLiteral("^(?:\\[([^][]*)\\]|\\(([^()]*)\\)|<([^<>]*)>|\\{([^{}]*)\\})$"));
+    text.remove(ends);
+    const QRegularExpressionMatch match = brackets.match(text);
+    return match.hasMatch() ? match.captured(match.lastCapturedIndex()).trimmed() : text;
+}
+
+/// "IGNF LAMB93"
+std::optional<CodeReference> codeBehindAuthority(const QString &text, const Authorities &authorities)
+{
+    static const QRegularExpression words(QStringLiteral("^([A-Z]\\w+)\\s+([\\w.-]+)$"), anyCase);
     const QRegularExpressionMatch match = words.match(text);
-    if (!match.hasMatch() || !authorities.contains(match.captured(1), Qt::CaseInsensitive))
+    if (!match.hasMatch() || !authorities().contains(match.captured(1), Qt::CaseInsensitive))
         return std::nullopt;
     return CodeReference{match.captured(1), QString(), match.captured(2)};
 }
@@ -98,17 +113,18 @@ QStringList partsOfUrl(const QString &text)
     return parts;
 }
 
-/// "EPSG:27700+5701", "EPSG:4326+EPSG:5773": the authority may stand once.
+/// "EPSG:27700+5701", "IGNF:LAMB93+IGN69", "EPSG:4326+EPSG:5773": the authority may stand once.
 QVector<CodeReference> joinedCodes(const QString &text)
 {
+    static const QRegularExpression bare(QStringLiteral("^\\w+$"));
     QVector<CodeReference> codes;
     for (const QString &part : text.split(QLatin1Char('+'))) {
-        std::optional<CodeReference> code = oneCode(part.trimmed());
+        const QString word = part.trimmed();
+        const bool isBare = !codes.isEmpty() && bare.match(word).hasMatch();
+        const std::optional<CodeReference> code =
+            isBare ? CodeReference{codes.first().authority, QString(), word} : oneCode(word);
         if (!code)
             return {};
-        static const QRegularExpression number(QStringLiteral("^\\s*\\d+\\s*$"));
-        if (!codes.isEmpty() && number.match(part).hasMatch())
-            code->authority = codes.first().authority;
         codes << *code;
     }
     return codes;
@@ -128,10 +144,11 @@ QVector<CodeReference> codesOf(const QStringList &parts)
 
 } // namespace
 
-std::optional<CodeText> codeTextOf(const QString &text, const QStringList &authorities)
+std::optional<CodeText> codeTextOf(const QString &written, const Authorities &authorities)
 {
-    if (text.size() > longestCode)
+    if (written.size() > longestCode)
         return std::nullopt;
+    const QString text = withoutEnds(written);
     // "SRID=4326;POINT(37 55)"
     static const QRegularExpression extended(QStringLiteral("^(SRID\\s*=\\s*\\d+)\\s*;\\s*(.*)$"),
                                              anyCase | QRegularExpression::DotMatchesEverythingOption);
@@ -181,6 +198,45 @@ std::optional<CodeReference> initCodeOf(const QString &proj)
     return CodeReference{match.captured(1), QString(), match.captured(2)};
 }
 
+std::optional<DatedText> datedTextOf(const QString &text)
+{
+    // "COORDINATEMETADATA[GEOGCRS[…],EPOCH[2016.47]]"
+    static const QRegularExpression wkt(
+        QStringLiteral("^COORDINATEMETADATA\\s*[[(]\\s*(.*?)\\s*(?:,\\s*EPOCH\\s*[[(]\\s*([\\d.]+)\\s*[\\])]\\s*)?[\\])]$"),
+        anyCase | QRegularExpression::DotMatchesEverythingOption);
+    // "EPSG:9057@2016.47"
+    static const QRegularExpression code(QStringLiteral("^(\\w+:\\w+)\\s*@\\s*(\\d+(?:\\.\\d*)?)$"));
+    for (const QRegularExpression &form : {wkt, code})
+        if (const QRegularExpressionMatch match = form.match(text); match.hasMatch())
+            return DatedText{match.captured(1), match.captured(2)};
+    const QJsonObject json = text.startsWith(QLatin1Char('{'))
+                                 ? QJsonDocument::fromJson(text.toUtf8()).object()
+                                 : QJsonObject();
+    if (json.value(QLatin1String("type")) != QLatin1String("CoordinateMetadata"))
+        return std::nullopt;
+    const QJsonObject crs = json.value(QLatin1String("crs")).toObject();
+    const QJsonValue epoch = json.value(QLatin1String("coordinateEpoch"));
+    return DatedText{QString::fromUtf8(QJsonDocument(crs).toJson()),
+                     epoch.isDouble() ? QString::number(epoch.toDouble(), 'g', 10) : QString()};
+}
+
+bool isAutoText(const QString &text)
+{
+    static const QRegularExpression form(QStringLiteral("^AUTO2?:"), anyCase);
+    return form.match(text).hasMatch();
+}
+
+std::optional<QString> autoTextOf(const QString &text)
+{
+    // "AUTO:42001,-93,0", with a unit's EPSG code "AUTO:42001,9001,-93,0", with its metres "AUTO2:42001,1,-93,0"
+    static const QRegularExpression form(
+        QStringLiteral("^AUTO(?::(\\d+,(?:\\d+,)?)|2:(\\d+,)1(?:\\.0*)?,)([-+\\d.]+,[-+\\d.]+)$"), anyCase);
+    const QRegularExpressionMatch match = form.match(QString(text).remove(QLatin1Char(' ')));
+    if (!match.hasMatch())
+        return std::nullopt;
+    return QStringLiteral("AUTO:") + match.captured(1) + match.captured(2) + match.captured(3);
+}
+
 bool isWktText(const QString &text)
 {
     // "PROJCRS[" or "geogcs ("; only WKT has such a word and a bracket at its very beginning.
@@ -194,7 +250,7 @@ bool isCoordSysText(const QString &text)
     // "CoordSys Earth", "Earth Projection 1, 104", "nonearth units", "Projection 1, 104", "1, 104"
     static const QRegularExpression start(
         QStringLiteral("^(coordsys\\b|earth(\\s+(projection|bounds|affine)\\b|$)|nonearth\\b|"
-                       "projection\\s+\\d|\\d+\\s*,)"),
+                       "projection\\s+\\d|\\d+\\s*,\\s*\\S)"),
         anyCase);
     return start.match(text).hasMatch();
 }

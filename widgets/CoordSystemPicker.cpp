@@ -266,6 +266,9 @@ void CoordSystemPicker::Private::explainText(const Choice &choice)
 QString CoordSystemPicker::Private::emptinessText(const QString &refusal) const
 {
     QStringList lines{QObject::tr("Ничего не найдено.")};
+    const QString remark = filter.remark();
+    if (!remark.isEmpty())
+        lines << remark.toHtmlEscaped();
     const QVector<CoordSystemFilterModel::Relaxation> ways = filter.relaxations();
     for (const CoordSystemFilterModel::Relaxation &way : ways) {
         const QString count = QLocale().toString(way.count);
@@ -274,7 +277,7 @@ QString CoordSystemPicker::Private::emptinessText(const QString &refusal) const
                       : QObject::tr("<a href=\"text:%1\">Без слова «%2»</a>: %3")
                             .arg(way.text.toHtmlEscaped(), way.without.toHtmlEscaped(), count));
     }
-    if (ways.isEmpty())
+    if (ways.isEmpty() && remark.isEmpty())
         lines << refusal.toHtmlEscaped().replace(QLatin1Char('\n'), QStringLiteral("<br>"));
     return lines.join(QStringLiteral("<br>"));
 }

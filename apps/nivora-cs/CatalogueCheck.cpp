@@ -1,5 +1,6 @@
 #include "CatalogueCheck.h"
 
+#include "FileNames.h"
 #include "Output.h"
 
 #include <coordsys/CoordSystem.h>
@@ -61,7 +62,7 @@ public:
         : m_factory(factory)
         , m_codec(codecNameForTextFile(path))
     {
-        QFile file(path);
+        QFile file(localPath(path));
         if (!file.open(QIODevice::ReadOnly))
             throw Failure(QStringLiteral("%1: %2").arg(path, file.errorString()));
         m_bytes = file.readAll();

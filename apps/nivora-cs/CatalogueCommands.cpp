@@ -1,6 +1,7 @@
 #include "CatalogueCheck.h"
 #include "CommandLine.h"
 #include "Commands.h"
+#include "FileNames.h"
 #include "Output.h"
 #include "PointText.h"
 #include "Session.h"
@@ -47,7 +48,7 @@ int runList(const CommandLine &line)
         return checkCatalogue(session.factory(), line.value("check"));
     const auto catalogue = session.factory().mapinfoCoordSystem();
     const QList<CoordSystemParamsList> categories = catalogue->projectionList();
-    const QString wanted = line.value("category");
+    const QString wanted = typedText(line.value("category"));
     QString text;
     bool known = false;
     for (int category = 0; category < categories.size(); ++category) {
@@ -90,7 +91,7 @@ QPointF placeOf(const QString &text)
 QVector<MapinfoSearch::Hit> hitsOf(const CommandLine &line, const MapinfoSearch &search, int limit)
 {
     constexpr int all = 1 << 30;
-    const QString words = line.arguments().join(QLatin1Char(' '));
+    const QString words = typedText(line.arguments().join(QLatin1Char(' ')));
     if (!line.isSet("at"))
         return search.find(words, limit);
     const QVector<MapinfoSearch::Hit> there =
@@ -149,7 +150,7 @@ QJsonObject hitJson(const MapinfoSearch::Hit &hit, const QString &prj)
 
 int runFind(const CommandLine &line)
 {
-    const QString words = line.arguments().join(QLatin1Char(' '));
+    const QString words = typedText(line.arguments().join(QLatin1Char(' ')));
     if (words.trimmed().isEmpty() && !line.isSet("at"))
         throw Failure(QObject::tr("find needs words or --at LON,LAT"));
     constexpr int fewEnoughToRead = 50;

@@ -70,6 +70,14 @@ CommandLine::CommandLine(const Command &command, const QStringList &arguments)
     checkCount();
 }
 
+/// Only a text may be empty: an empty directory would be the one in which the program happens to run.
+void CommandLine::setValue(const Option &option, const QString &value)
+{
+    if (value.isEmpty() && option.valueName && text(option.valueName) != QLatin1String("TEXT"))
+        throw Failure(QObject::tr("--%1 needs a value").arg(text(option.name)) + seeHelp());
+    m_values[text(option.name)] = value;
+}
+
 void CommandLine::parse(const QStringList &arguments)
 {
     for (int i = 0; i < arguments.size(); ++i) {
@@ -92,35 +100,42 @@ int CommandLine::parseOption(const QStringList &arguments, int place)
     const QString name = argument.section(QLatin1Char('='), 0, 0);
     const Option &found = option(name);
     const bool hasValue = argument.size() > name.size();
-    if (m_values.contains(text(found.name)))
+    if (isSet(found.name))
         throw Failure(QObject::tr("%1 is given twice").arg(name) + seeHelp());
-    QString &value = m_values[text(found.name)];
     if (hasValue && !found.valueName)
         throw Failure(QObject::tr("%1 takes no value").arg(name) + seeHelp());
-    if (hasValue) {
-        value = argument.mid(name.size() + 1);
-    } else if (found.bareValue && m_command.argumentCount == Command::AnyCount &&
-               isCount(arguments.value(place + 1))) {
-        value = arguments.at(place + 1);
-        return place + 1;
-    } else if (found.bareValue) {
-        value = text(found.bareValue);
-        m_bareOption = text(found.name);
-        m_behindBareOption = m_arguments.size();
-        if (m_command.argumentCount == Command::AnyCount && isCount(arguments.value(place + 1))) {
-            value = arguments.at(place + 1);
-            return place + 1;
-        }
-    } else if (found.valueName) {
-        if (place + 1 == arguments.size())
-            throw Failure(QObject::tr("%1 needs a value").arg(name) + seeHelp());
-        value = arguments.at(place + 1);
-        if (looksLikeOption(value))
-            throw Failure(
-                QObject::tr("%1 needs a value, and %2 looks like an option; %1=%2 if it is meant so")
-                    .arg(name, value));
+    if (hasValue || !found.valueName) {
+        setValue(found, argument.mid(name.size() + 1));
+        return place;
+    }
+    return found.bareValue ? parseBare(found, arguments, place) : parseValue(found, arguments, place);
+}
+
+/// An option whose value is the next argument.
+int CommandLine::parseValue(const Option &option, const QStringList &arguments, int place)
+{
+    const QString name = QStringLiteral("--") + text(option.name);
+    if (place + 1 == arguments.size())
+        throw Failure(QObject::tr("%1 needs a value").arg(name) + seeHelp());
+    const QString &value = arguments.at(place + 1);
+    if (looksLikeOption(value))
+        throw Failure(QObject::tr("%1 needs a value, and %2 looks like an option; %1=%2 if it is meant so")
+                          .arg(name, value));
+    setValue(option, value);
+    return place + 1;
+}
+
+/// An option whose value may be left out: a number that follows belongs to it, of a command with so many
+/// arguments only when there is one too many.
+int CommandLine::parseBare(const Option &option, const QStringList &arguments, int place)
+{
+    if (m_command.argumentCount == Command::AnyCount && isCount(arguments.value(place + 1))) {
+        setValue(option, arguments.at(place + 1));
         return place + 1;
     }
+    setValue(option, text(option.bareValue));
+    m_bareOption = text(option.name);
+    m_behindBareOption = m_arguments.size();
     return place;
 }
 

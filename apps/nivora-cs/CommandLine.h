@@ -61,6 +61,9 @@ public:
 private:
     void parse(const QStringList &arguments);
     int parseOption(const QStringList &arguments, int place);
+    int parseValue(const Option &option, const QStringList &arguments, int place);
+    int parseBare(const Option &option, const QStringList &arguments, int place);
+    void setValue(const Option &option, const QString &value);
     void takeBareValue();
     void checkCount() const;
     const Option &option(const QString &name) const;

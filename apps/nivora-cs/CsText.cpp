@@ -1,6 +1,7 @@
 #include "CsText.h"
 
 #include "CommandLine.h"
+#include "FileNames.h"
 #include "NumberText.h"
 #include "Output.h"
 #include "Session.h"
@@ -27,13 +28,14 @@ const char *const coordSystemHelp =
   @FILE                 a .prj, .qpj, .wkt, .mif or .tab file
 
 x is always first: longitude or easting, then latitude or northing, whatever
-order an authority has for the system. Angles are degrees. The decimal mark is
-the point.
+order an authority has for the system. Angles are degrees. Inside these texts the
+decimal mark is the point; coordinates may have commas where transform tells so.
 )");
 
 UserInput readSystem(const Session &session, const QString &text)
 {
-    return session.factory().readUserInput(text);
+    const bool namesFile = text.trimmed().startsWith(QLatin1Char('@'));
+    return session.factory().readUserInput(namesFile ? text : typedText(text));
 }
 
 CoordSystemPtr systemOfOption(const Session &session, const CommandLine &line, const char *option)

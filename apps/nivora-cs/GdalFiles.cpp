@@ -6,6 +6,7 @@
 
 #include <cpl_error.h>
 
+#include <QFile>
 #include <QFileInfo>
 #include <QObject>
 
@@ -75,7 +76,7 @@ void GdalMessages::clear()
 
 Dataset openForReading(const QString &path, const GdalMessages &messages)
 {
-    const QByteArray name = path.toUtf8();
+    const QByteArray name = QFile::encodeName(path);
     GDALDriverH driver = GDALIdentifyDriverEx(name.constData(), GDAL_OF_VECTOR, nullptr, nullptr);
     const bool isCsv = driver && driverName(driver) == QLatin1String("CSV");
     const char *const csvOptions[] = {"KEEP_GEOM_COLUMNS=NO", nullptr}; // else they were written twice

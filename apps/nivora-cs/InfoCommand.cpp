@@ -16,6 +16,7 @@ using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
 using nivora::cs::SystemFormat;
 using nivora::cs::SystemInfo;
+using nivora::cs::UserInput;
 
 namespace {
 
@@ -38,11 +39,22 @@ QString savedText(const CoordSystem &cs, SystemFormat format)
     return bare ? word + text : text;
 }
 
-/// Throws Failure for a notation that is none.
-QString textIn(const QString &format, const CoordSystem &cs)
+/// What is known, with what was assumed in reading.
+SystemInfo infoOf(const UserInput &input)
 {
+    SystemInfo info = systemInfo(*input.system);
+    for (const QString &note : input.notes)
+        if (!info.assumptions.contains(note))
+            info.assumptions << note;
+    return info;
+}
+
+/// Throws Failure for a notation that is none.
+QString textIn(const QString &format, const UserInput &input)
+{
+    const CoordSystem &cs = *input.system;
     if (format == QLatin1String("json"))
-        return infoJson(cs, systemInfo(cs));
+        return infoJson(cs, infoOf(input));
     QStringList known{QStringLiteral("json")};
     for (const Notation &notation : notations) {
         if (format == QLatin1String(notation.name))
@@ -65,24 +77,32 @@ QString relations(const CommandLine &line, const Session &session, const CoordSy
     return text;
 }
 
-QString page(const nivora::cs::UserInput &input)
+/// The notation that is asked for, empty for none. Throws Failure when more than one thing is.
+QString formatOf(const CommandLine &line, bool related)
 {
-    SystemInfo info = systemInfo(*input.system);
-    for (const QString &note : input.notes)
-        if (!info.assumptions.contains(note))
-            info.assumptions << note;
-    return infoPage(*input.system, info);
+    const QString format = line.isSet("json") ? QStringLiteral("json") : line.value("format");
+    if (line.isSet("json") && line.isSet("format") && line.value("format") != format)
+        throw Failure(QObject::tr("--json and --format exclude each other"));
+    if (!format.isEmpty() && related)
+        throw Failure(QObject::tr("--format and --json go without --to, --at and --candidates"));
+    return format;
 }
 
 int run(const CommandLine &line)
 {
-    const Session session(line);
-    const nivora::cs::UserInput input = readSystem(session, line.arguments().first());
-    const QString format = line.isSet("json") ? QStringLiteral("json") : line.value("format");
     const bool related = line.isSet("to") || line.isSet("at") || line.isSet("candidates");
-    print(!format.isEmpty() ? textIn(format, *input.system)
-          : related         ? relations(line, session, input.system)
-                            : page(input));
+    const QString format = formatOf(line, related);
+    const Session session(line);
+    const UserInput input = readSystem(session, line.arguments().first());
+    if (format.isEmpty() && !related) {
+        print(infoPage(*input.system, infoOf(input)));
+        return Success;
+    }
+    const QString text = related ? relations(line, session, input.system) : textIn(format, input);
+    if (format != QLatin1String("json")) // which has its own place for them
+        for (const QString &note : input.notes)
+            complain(note);
+    print(text);
     return Success;
 }
 

@@ -80,7 +80,7 @@ QJsonValue areaOf(const CoordSystem &, const SystemInfo &info)
 QJsonValue mapHeaderOf(const CoordSystem &cs, const SystemInfo &)
 {
     const MapHeaderCoordsysConverter converter;
-    return converter.tabProjInfoToInnerString(converter.prjStrToTABProjInfo(cs.prjStr()));
+    return converter.tabProjInfoToInnerString(converter.prjStrToTABProjInfo(exportSystem(cs, SystemFormat::Mapinfo)));
 }
 
 QJsonValue textOrNull(const QString &text) { return text.isEmpty() ? QJsonValue() : QJsonValue(text); }
@@ -135,7 +135,7 @@ const std::vector<Fact> &facts()
         {"towgs84", shiftOf},
         {"affine", affineOf},
         {"assumptions", [](Cs, Info info) { return QJsonArray::fromStringList(info.assumptions); }},
-        {"prj", [](Cs cs, Info) { return cs.prjStr(); }},
+        written("prj", SystemFormat::Mapinfo),
         {"proj", [](Cs cs, Info) { return cs.projStr(); }},
         written("wkt", SystemFormat::Wkt1),
         written("wkt2", SystemFormat::Wkt2),

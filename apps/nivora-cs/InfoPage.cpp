@@ -3,9 +3,14 @@
 #include "Messages.h"
 #include "OperationText.h"
 
+#include <coordsys/CoordSysFactory.h>
 #include <coordsys/CoordSystem.h>
+#include <coordsys/DefaultRects.h>
 
 #include <QObject>
+
+#include <algorithm>
+#include <cmath>
 
 using namespace nivora::cs;
 
@@ -77,11 +82,20 @@ QString shiftLine(const CoordSystem &cs, const SystemInfo &)
     return figures.join(QLatin1Char(' '));
 }
 
-QString boundsLine(const CoordSystem &cs, const SystemInfo &)
+/// Bounds that stand for none: no angle, and no place of the earth, reaches them.
+bool areEverything(const CoordSystem &cs, const SystemInfo &info, const QRectF &rect)
+{
+    constexpr double aroundEarthM = 4.3e7;
+    const bool isPlan = info.kind == SystemInfo::Kind::Local;
+    return cs.isLatLong() || info.kind == SystemInfo::Kind::RotatedGeographic ||
+           (!isPlan && isDefaultRectNonEarth(rect)) ||
+           std::max(rect.width(), rect.height()) * cs.unit().conversion() > aroundEarthM;
+}
+
+QString boundsLine(const CoordSystem &cs, const SystemInfo &info)
 {
     const QRectF rect = cs.rectNumericCoordSys();
-    const bool areEverything = cs.isLatLong() && !cs.isRectSet(); // a rectangle that no angle reaches
-    if (rect.isNull() || areEverything)
+    if (rect.isNull() || (!cs.isRectSet() && areEverything(cs, info, rect)))
         return {};
     const QString corners =
         QStringLiteral("%1 %2 … %3 %4")
@@ -97,6 +111,23 @@ QString affineLine(const CoordSystem &cs, const SystemInfo &)
         for (const double figure : {t->m11(), t->m21(), t->dx(), t->m12(), t->m22(), t->dy()})
             figures << number(figure);
     return figures.join(QLatin1Char(' '));
+}
+
+/// The notation has a list of ellipsoids; what is not in it is written with the common one.
+bool hasOtherEllipsoid(const CoordSystem &cs, const QString &coordSys)
+{
+    constexpr double tellsApartM = 1.0;
+    const auto text = CoordSysFactory::defaultCoordSysFactory()->createWithoutDescription(coordSys);
+    return !cs.isNonEarth() && (std::fabs(text->getSemiMajor() - cs.getSemiMajor()) > tellsApartM ||
+                                std::fabs(text->getSemiMinor() - cs.getSemiMinor()) > tellsApartM);
+}
+
+QString coordSysLine(const CoordSystem &cs, const SystemInfo &)
+{
+    if (!cs.isNonEarth() && cs.prjStr().contains(QLatin1String("NonEarth"), Qt::CaseInsensitive))
+        return QObject::tr("none, the notation lacks this projection");
+    const QString text = exportSystem(cs, SystemFormat::Mapinfo);
+    return hasOtherEllipsoid(cs, text) ? QObject::tr("%1, with another ellipsoid").arg(text) : text;
 }
 
 struct Line
@@ -121,7 +152,7 @@ const Line lines[] = {
     {QT_TRANSLATE_NOOP("QObject", "Bounds"), boundsLine},
     {QT_TRANSLATE_NOOP("QObject", "Affine transformation (A B C D E F)"), affineLine},
     {QT_TRANSLATE_NOOP("QObject", "CoordSys"),
-     [](const CoordSystem &cs, const SystemInfo &) { return cs.prjStr(); }},
+     coordSysLine},
 };
 
 QString titled(const QString &title, const QString &text)

@@ -11,6 +11,7 @@
 #include <ogr_srs_api.h>
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QObject>
 
@@ -21,7 +22,7 @@ namespace {
 /// The file that a layer of a MapInfo data set lies in; a data set may be a directory of tables.
 QString fileOfLayer(GDALDatasetH dataset, OGRLayerH layer)
 {
-    const QFileInfo place(QString::fromUtf8(GDALGetDescription(dataset)));
+    const QFileInfo place(QFile::decodeName(GDALGetDescription(dataset)));
     if (!place.isDir())
         return place.filePath();
     const QString name = QString::fromUtf8(OGR_L_GetName(layer));
@@ -65,6 +66,6 @@ CoordSystemPtr systemOfLayer(const Session &session, GDALDatasetH dataset, OGRLa
                                 : session.factory().createFromPrj(clause);
     } catch (const std::exception &e) {
         throw Failure(QObject::tr("%1: its coordinate system cannot be used (%2); give --from")
-                          .arg(QString::fromUtf8(GDALGetDescription(dataset)), QString::fromUtf8(e.what())));
+                          .arg(QFile::decodeName(GDALGetDescription(dataset)), QString::fromUtf8(e.what())));
     }
 }

@@ -3,6 +3,7 @@
 #include "Output.h"
 
 #include <QByteArray>
+#include <QFile>
 #include <QObject>
 
 #include <algorithm>
@@ -31,7 +32,7 @@ int openFile(const QString &fileName)
 {
     if (isStandardInput(fileName))
         return STDIN_FILENO;
-    const QByteArray path = fileName.toUtf8();
+    const QByteArray path = QFile::encodeName(fileName);
     const int descriptor = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
         throwUnreadable(fileName, errno);
@@ -206,7 +207,7 @@ void checkReadable(const QString &fileName)
 {
     if (isStandardInput(fileName))
         return;
-    const QByteArray path = fileName.toUtf8();
+    const QByteArray path = QFile::encodeName(fileName);
     struct stat status;
     if (::stat(path.constData(), &status) != 0 || ::access(path.constData(), R_OK) != 0)
         throwUnreadable(fileName, errno);
@@ -217,7 +218,7 @@ void checkReadable(const QString &fileName)
 qint64 fileSize(const QString &fileName)
 {
     struct stat status;
-    const QByteArray path = fileName.toUtf8();
+    const QByteArray path = QFile::encodeName(fileName);
     const int failed =
         isStandardInput(fileName) ? ::fstat(STDIN_FILENO, &status) : ::stat(path.constData(), &status);
     return failed == 0 && S_ISREG(status.st_mode) ? static_cast<qint64>(status.st_size) : -1;

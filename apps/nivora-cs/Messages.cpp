@@ -3,11 +3,19 @@
 #include <coordsys/Translations.h>
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 #include <QTranslator>
 
 namespace {
 
 const QString russian = QStringLiteral("ru");
+
+/// "ru_RU.UTF-8", "ru"; "russian" is an alias that systems know. "run_BI" is another language.
+bool isRussian(const QString &locale)
+{
+    static const QRegularExpression form(QStringLiteral("^(ru|russian)([_.@]|$)"));
+    return form.match(locale).hasMatch();
+}
 
 } // namespace
 
@@ -16,7 +24,7 @@ QString localeLanguage()
     for (const char *variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
         const QString locale = qEnvironmentVariable(variable);
         if (!locale.isEmpty())
-            return locale.startsWith(russian) ? russian : QStringLiteral("en");
+            return isRussian(locale) ? russian : QStringLiteral("en");
     }
     return QStringLiteral("en");
 }

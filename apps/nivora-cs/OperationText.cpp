@@ -8,8 +8,10 @@
 #include <QStringList>
 
 using nivora::cs::CoordSystem;
+using nivora::cs::CoordSystemPtr;
 using nivora::cs::CoordTransform;
 using nivora::cs::EpsgCandidate;
+using nivora::cs::ShiftQuality;
 using nivora::cs::TransformGrid;
 using nivora::cs::TransformOperation;
 
@@ -36,6 +38,38 @@ QString operationText(const TransformOperation &operation)
     return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
 }
 
+/// No more digits than there is to tell: a millimetre, three figures.
+QString metres(double value)
+{
+    constexpr double least = 5e-4;
+    constexpr double manyFigures = 100.0;
+    if (value < least)
+        return QStringLiteral("0");
+    return value < manyFigures ? QString::number(value, 'g', 3) : QString::number(value, 'f', 0);
+}
+
+/// "-3.5, 55.4"
+QString placeText(const QPointF &lonLat)
+{
+    return QStringLiteral("%1, %2").arg(QString::number(lonLat.x(), 'g', 5),
+                                        QString::number(lonLat.y(), 'g', 5));
+}
+
+QStringList qualityParts(const ShiftQuality &quality)
+{
+    QStringList parts;
+    if (quality.accuracyM)
+        parts << QObject::tr("by %1 good to %2 m").arg(quality.definition, metres(*quality.accuracyM));
+    if (quality.accuracyWithGridsM && !quality.missingGrids.isEmpty())
+        parts << QObject::tr("to %1 m with the grid %2")
+                     .arg(metres(*quality.accuracyWithGridsM),
+                          quality.missingGrids.join(QStringLiteral(", ")));
+    if (quality.textDistanceM)
+        parts << QObject::tr("as CoordSys text %1 m away at %2")
+                     .arg(metres(*quality.textDistanceM), placeText(quality.place));
+    return parts;
+}
+
 } // namespace
 
 QString operationsText(const CoordTransform &transform)
@@ -44,25 +78,18 @@ QString operationsText(const CoordTransform &transform)
     QString text;
     for (const TransformOperation &operation : operations)
         text += operationText(operation);
-    return text.isEmpty() ? QObject::tr("Nothing to do: the systems are equal.\n") : text;
+    if (text.isEmpty())
+        return QObject::tr("Nothing to do: the systems are equal.\n");
+    for (const CoordSystemPtr &system : {transform.sourceCoordSystem(), transform.destinationCoordSystem()})
+        if (const QString shift = shiftText(*system); !shift.isEmpty())
+            text += QObject::tr("%1, shift to WGS 84: %2\n").arg(system->description().simplified(), shift);
+    return text;
 }
 
 QString shiftText(const CoordSystem &system)
 {
     const auto quality = shiftQuality(system);
-    if (!quality)
-        return {};
-    const auto metres = [](double value) { return QString::number(value, 'g', 3); };
-    QStringList parts;
-    if (quality->accuracyM)
-        parts << QObject::tr("by %1 good to %2 m").arg(quality->definition, metres(*quality->accuracyM));
-    if (quality->accuracyWithGridsM && !quality->missingGrids.isEmpty())
-        parts << QObject::tr("to %1 m with the grid %2")
-                     .arg(metres(*quality->accuracyWithGridsM),
-                          quality->missingGrids.join(QStringLiteral(", ")));
-    if (quality->textDistanceM)
-        parts << QObject::tr("as CoordSys text %1 m away").arg(metres(*quality->textDistanceM));
-    return parts.join(QStringLiteral("; "));
+    return quality ? qualityParts(*quality).join(QStringLiteral("; ")) : QString();
 }
 
 QString candidatesText(const CoordSystem &system)

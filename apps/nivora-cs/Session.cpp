@@ -1,6 +1,7 @@
 #include "Session.h"
 
 #include "CommandLine.h"
+#include "FileNames.h"
 #include "Messages.h"
 #include "Output.h"
 
@@ -57,7 +58,7 @@ QString takeLastErrorMessage()
 QDir resourceDir(const CommandLine &line)
 {
     if (line.isSet("resources"))
-        return QDir(line.value("resources"));
+        return QDir(localPath(line.value("resources")));
     const QDir programDir(QCoreApplication::applicationDirPath());
     const QDir installed(QDir::cleanPath(programDir.filePath(QStringLiteral(NIVORA_CS_DATA_FROM_BIN))));
     const QDir inBuildTree(QDir::cleanPath(programDir.filePath(QStringLiteral("../share/nivora-cs"))));
@@ -66,7 +67,7 @@ QDir resourceDir(const CommandLine &line)
 
 QDir userDir(const CommandLine &line)
 {
-    return QDir(line.isSet("user-dir") ? line.value("user-dir")
+    return QDir(line.isSet("user-dir") ? localPath(line.value("user-dir"))
                                        : QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
 }
 

@@ -44,6 +44,12 @@ private:
         case QXmlStreamReader::Comment:
             lost(QObject::tr("a comment"));
             break;
+        case QXmlStreamReader::ProcessingInstruction:
+            lost(QObject::tr("a processing instruction"));
+            break;
+        case QXmlStreamReader::DTD:
+            lost(QObject::tr("a document type"));
+            break;
         case QXmlStreamReader::Characters:
             if (!m_xml.isWhitespace())
                 lost(QObject::tr("the text \"%1\"").arg(m_xml.text().toString().simplified().left(40)));

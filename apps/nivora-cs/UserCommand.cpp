@@ -1,6 +1,7 @@
 #include "CommandLine.h"
 #include "Commands.h"
 #include "CsText.h"
+#include "FileNames.h"
 #include "Output.h"
 #include "Session.h"
 #include "StoreCheck.h"
@@ -67,7 +68,7 @@ const Entry *entryIn(const UserCoordSystem &store, const QString &branch,
 QString branchOption(const CommandLine &line)
 {
     // The name that the library gives to branches without one.
-    return line.isSet("branch") ? line.value("branch") : UserCoordSystem::defaultBranch();
+    return line.isSet("branch") ? typedText(line.value("branch")) : UserCoordSystem::defaultBranch();
 }
 
 /// Reading, changing and writing are one step for other runs of this program.
@@ -133,7 +134,7 @@ int store(const CommandLine &line, const Session &session, const QString &text, 
     if (known && !mayReplace)
         throw Failure(QObject::tr("%1 is already in the branch %2; \"user set\" replaces it")
                           .arg(sourceText(source), branch));
-    const QString description = line.isSet("description") ? line.value("description")
+    const QString description = line.isSet("description") ? typedText(line.value("description"))
                                 : known                   ? known->description()
                                                           : cs->description();
     systems.setCoordSystem(branch, source, description);
@@ -176,7 +177,7 @@ int remove(const CommandLine &line, const Session &session, const QString &text)
     const QList<UserCoordSystem::CsDataType> branches =
         systems.data(); // a copy: entries go while it is walked
     for (const UserCoordSystem::CsDataType &branch : branches) {
-        if (line.isSet("branch") && branch.name != line.value("branch"))
+        if (line.isSet("branch") && branch.name != branchOption(line))
             continue;
         for (const Entry &entry : branch.entries) {
             if (!isMeant(entry.source()))

@@ -1,12 +1,14 @@
 #include "CommandLine.h"
 #include "Commands.h"
 #include "CsText.h"
+#include "FileNames.h"
 #include "Manual.h"
 #include "Messages.h"
 #include "Output.h"
 #include "Session.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QObject>
 
 #include <csignal>
@@ -106,12 +108,13 @@ int main(int argc, char **argv)
     occupyStandardDescriptors();
     std::signal(SIGPIPE, SIG_IGN); // a reader that has gone is an ordinary write error then
     installMessageHandler();
+    keepFileNames();
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("nivora-cs"));
     QCoreApplication::setApplicationVersion(QStringLiteral(NIVORA_CS_VERSION));
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
-        arguments << QString::fromUtf8(argv[i]); // whatever the locale says
+        arguments << QFile::decodeName(argv[i]);
     setMessageLanguage(languageOf(arguments));
     try {
         return run(arguments);

@@ -1,0 +1,95 @@
+#include "FileNames.h"
+
+#include <QFile>
+#include <QTextCodec>
+
+#include <algorithm>
+#include <langinfo.h>
+
+namespace {
+
+constexpr ushort escapes = 0xDC00; ///< with the byte added
+
+bool isEscape(QChar c) { return c.unicode() >= escapes + 0x80 && c.unicode() <= escapes + 0xFF; }
+
+/// The text of bytes that are UTF-8, a byte order mark included; false for others.
+bool decode(const char *bytes, int size, QString &text)
+{
+    static QTextCodec *const utf8 = QTextCodec::codecForName("UTF-8");
+    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
+    text = utf8->toUnicode(bytes, size, &state);
+    return state.invalidChars == 0 && state.remainingChars == 0;
+}
+
+/// The character that begins there, or the byte there.
+QString firstOf(const char *bytes, int size, int &taken)
+{
+    constexpr int longest = 4;
+    QString text;
+    for (taken = 1; taken <= std::min(size, longest); ++taken)
+        if (decode(bytes, taken, text))
+            return text;
+    taken = 1;
+    return QChar(static_cast<ushort>(escapes + static_cast<unsigned char>(*bytes)));
+}
+
+class FileNameCodec : public QTextCodec
+{
+public:
+    QByteArray name() const override { return "nivora-cs-file-names"; }
+    int mibEnum() const override { return -4096; } // none of the registered numbers, and none of Qt's
+
+protected:
+    QString convertToUnicode(const char *bytes, int size, ConverterState *) const override
+    {
+        QString text;
+        if (decode(bytes, size, text))
+            return text;
+        text.clear();
+        for (int at = 0, taken = 0; at < size; at += taken)
+            text += firstOf(bytes + at, size - at, taken);
+        return text;
+    }
+
+    QByteArray convertFromUnicode(const QChar *text, int size, ConverterState *) const override
+    {
+        QByteArray bytes;
+        for (int at = 0; at < size;) {
+            const QChar *const plain = text + at;
+            const bool isByte = isEscape(*plain);
+            const int length = isByte ? 1 : plainLength(plain, size - at);
+            bytes += isByte ? QByteArray(1, static_cast<char>(plain->unicode() & 0xFF))
+                            : QString(plain, length).toUtf8();
+            at += length;
+        }
+        return bytes;
+    }
+
+private:
+    /// Up to the next escape; the second half of a pair is none.
+    static int plainLength(const QChar *text, int size)
+    {
+        int length = 1;
+        while (length < size && (text[length - 1].isHighSurrogate() || !isEscape(text[length])))
+            ++length;
+        return length;
+    }
+};
+
+} // namespace
+
+void keepFileNames() { QTextCodec::setCodecForLocale(new FileNameCodec); } // Qt owns it
+
+QString typedText(const QString &argument)
+{
+    if (argument.isValidUtf16())
+        return argument;
+    const QByteArray bytes = QFile::encodeName(argument);
+    const QTextCodec *const locale = QTextCodec::codecForName(::nl_langinfo(CODESET));
+    return locale ? locale->toUnicode(bytes) : argument;
+}
+
+QString localPath(const QString &name)
+{
+    return name.startsWith(QLatin1Char(':')) ? QStringLiteral("./") + name : name;
+}

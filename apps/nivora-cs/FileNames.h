@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QString>
+
+/// Names of files are bytes, and Qt's are texts in the locale's encoding. From here on, in every locale, they
+/// are UTF-8 in which a byte that does not fit stands as a lone surrogate (U+DC80 to U+DCFF), and becomes
+/// that byte again wherever Qt opens a file. Call it once, before anything takes a name.
+void keepFileNames();
+
+/// An argument that is no name of a file: what is not UTF-8 is read in the locale's encoding.
+QString typedText(const QString &argument);
+
+/// The name as Qt opens it: one that begins with a colon would be looked for among Qt's resources.
+QString localPath(const QString &name);
