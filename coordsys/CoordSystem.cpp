@@ -130,14 +130,15 @@ QString withoutDatumShift(const QString &proj, bool &changed)
     return text;
 }
 
-/// Whether PROJ text is of a plane in metres, which need not be asked of GDAL: it copies a reference that has
-/// a shift for each question (60 us).
+/// Whether PROJ text says that it is of a plane in metres, which need not be asked of GDAL then: it copies a
+/// reference that has a shift for each question (60 us).
 bool isMetricPlane(const QString &proj)
 {
-    // "+units=km", "+to_meter=0.3", "+proj=ob_tran", "+proj=pipeline"
-    static const QRegularExpression other(QStringLiteral(
-        "\\+(units=(?!m(\\s|$))|to_meter=|proj=(ob_tran|pipeline|longlat|latlong|lonlat|latlon))"));
-    return proj.startsWith(QLatin1String("+proj=")) && !other.match(proj).hasMatch();
+    static const QRegularExpression metres(QStringLiteral("\\+units=m(?=\\s|$)")); // "+units=m"
+    // "+to_meter=0.3", "+proj=ob_tran", a second step
+    static const QRegularExpression other(
+        QStringLiteral("\\+(to_meter=|step|proj=(ob_tran|pipeline|longlat|latlong|lonlat|latlon))"));
+    return metres.match(proj).hasMatch() && !other.match(proj).hasMatch();
 }
 
 } // namespace
