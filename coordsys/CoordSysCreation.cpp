@@ -303,10 +303,7 @@ CoordSystemPtr CoordSysFactory::cataloguedFromPrj(const QString &prj) const
 {
     CoordSystemPtr cs = unnamedFromPrj(prj);
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromPrj(fixed) = %1").arg(cs->prjStr()));
-    // Systems that differ by their bounds alone have names of their own, so bounds count first.
-    auto named = m_mapinfo->getHumanReadableTextWithEpsg(*cs, false);
-    if (named.first.isEmpty())
-        named = m_mapinfo->getHumanReadableTextWithEpsg(*cs, true);
+    const auto named = m_mapinfo->getHumanReadableTextWithEpsg(*cs);
     if (!named.first.isEmpty()) {
         cs->setDescription(named.first);
         if (named.second != CoordSystem::EPSG_UNDEFINDED)

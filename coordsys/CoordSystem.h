@@ -23,6 +23,7 @@ class ProjectionParamsManager;
 class CatalogueName;
 class SystemIdentity;
 struct EngineStep;
+struct MIUnitConvParam;
 
 /// A coordinate system: a GDAL spatial reference, a PROJ object, the text it was made from, and what is known
 /// of it (description, EPSG code, bounds, affine transformation, unit). Made by CoordSysFactory and shared
@@ -260,6 +261,7 @@ private:
     void forgetDerived();
     void forgetBounds();
     void forgetIdentity();
+    const MIUnitConvParam *plainUnit(const ProjectionParamsManager &manager) const;
     /// With m_lock held; calls nothing that takes it. An invalid unit when none fits.
     LinearUnit detectUnitLocked(const ProjectionParamsManager &manager, QString *osrName) const;
 

@@ -1,6 +1,7 @@
 #include <coordsys/SystemIdentity_p.h>
 
 #include <coordsys/CrsComparison_p.h>
+#include <coordsys/LeanStep_p.h>
 #include <coordsys/OsrHandle_p.h>
 
 #include <proj_experimental.h>
@@ -201,11 +202,11 @@ std::shared_ptr<const EngineStep> SystemIdentity::plane() const
         return nullptr;
     if (PJ *normalized = proj_normalize_for_visualization(context, pj.get()))
         pj = ownPj(normalized);
-    auto step = std::make_shared<EngineStep>(std::move(pj));
+    EngineStep step(std::move(pj));
     EngineEnd lonLat = endOf(base.get());
     lonLat.meridianDeg = meridianDeg(context, base.get());
-    step->setEnds(lonLat, endOf(target.get()));
-    return step;
+    step.setEnds(lonLat, endOf(target.get()));
+    return std::make_shared<const EngineStep>(withoutDegreeSteps(step));
 }
 
 bool SystemIdentity::converts(const EngineStep &step) const
