@@ -76,7 +76,7 @@ public:
     }
     double number(int offset) const
     {
-        const quint64 bits = integer<quint64>(offset);
+        const auto bits = integer<quint64>(offset);
         double value = 0.0;
         std::memcpy(&value, &bits, sizeof value);
         if (!std::isfinite(value))
