@@ -14,6 +14,9 @@
 
 #include <MapInfoFiles.h>
 
+#include <QBuffer>
+#include <QFileInfo>
+
 #include <cstring>
 #include <type_traits>
 
