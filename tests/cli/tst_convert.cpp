@@ -174,6 +174,10 @@ private Q_SLOTS:
         const QByteArray result = place.read("c.csv");
         for (const char *geometry : geometries)
             QVERIFY2(result.contains(geometry), result);
+        // The geometries of the source say their system themselves.
+        QCOMPARE(place.convert(QStringLiteral("b.gpkg d.gml --to 32637 --lossy")).status, 0);
+        const QByteArray gml = place.read("d.gml");
+        QVERIFY2(gml.contains("EPSG::32637") && !gml.contains("EPSG::4326"), gml);
     }
 
     // (37, 55) in UTM zone 37 by cs2cs 9.1.1; the second feature's latitude does not exist.

@@ -82,6 +82,7 @@ private Q_SLOTS:
             "or --csv when commas separate";
         bad("four whole numbers", "37,0,55,0\n", doubt, "*,*,37,0,55,0\n");
         bad("one decimal comma before", "37,0 55\n", doubt, "*,*,37,0 55\n");
+        bad("two columns or a decimal comma before a letter", "37,55N 12\n", doubt, "*,*,37,55N 12\n");
         bad("one decimal comma before, a letter", "37,0 55N\n", doubt, "*,*,37,0 55N\n");
         bad("one decimal comma behind", "37 55,0\n", doubt, "*,*,37 55,0\n");
     }
@@ -225,7 +226,6 @@ private Q_SLOTS:
         bad("marks in the wrong order", "37'30° 55");
         bad("beyond the pole", "90°00'01\"N 37°E");
         bad("two latitudes", "55°N 37°N");
-        bad("two columns or a decimal comma", "37,55N 12");
         bad("thousands are no minutes", "\"37 000\" \"55 000\"");
         bad("a sign and a letter", "-55°N 37°E");
         bad("minutes out of range in columns", "55 61 0 N 37 37 2 E");
