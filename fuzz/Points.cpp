@@ -49,17 +49,22 @@ void fuzzMgrs(const QByteArray &input)
 
 void fuzzPointLine(const QByteArray &input)
 {
-    QPointF point;
-    Columns columns;
-    Reason why;
     const std::string line = input.toStdString();
-    if (!XyReader().read(line, point, columns, why)) {
-        require(!why.isEmpty(), "a refusal has a reason");
-        return;
+    for (const CoordinateNotation notation :
+         {CoordinateNotation{false, false}, CoordinateNotation{true, false},
+          CoordinateNotation{true, true}}) {
+        QPointF point;
+        Columns columns;
+        Reason why;
+        if (!XyReader(notation).read(line, point, columns, why)) {
+            require(!why.isEmpty(), "a refusal has a reason");
+            continue;
+        }
+        require(std::isfinite(point.x()) && std::isfinite(point.y()), "a coordinate is a number");
+        require(columns.rest.empty() ||
+                    columns.rest.data() + columns.rest.size() == line.data() + line.size(),
+                "the rest of a line goes to its end");
     }
-    require(std::isfinite(point.x()) && std::isfinite(point.y()), "a coordinate is a number");
-    require(columns.rest.empty() || columns.rest.data() + columns.rest.size() == line.data() + line.size(),
-            "the rest of a line goes to its end");
 }
 
 /// The lines of a table behind its head, as the program takes them from a file.

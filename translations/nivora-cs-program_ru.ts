@@ -1368,5 +1368,13 @@ Examples:
         <source>%1 holds one layer: of %2 only the first, &quot;%3&quot;, is written</source>
         <translation>%1 хранит один слой: из %2 записывается только первый, «%3»</translation>
     </message>
+    <message>
+        <source>Characters of IN&apos;s texts that are not UTF-8, such as windows-1251.</source>
+        <translation>Кодировка текстов IN, которые не в UTF-8, например windows-1251.</translation>
+    </message>
+    <message>
+        <source>texts of &quot;%1&quot; are not UTF-8, see --encoding: they are passed on as they are</source>
+        <translation>тексты слоя «%1» не в UTF-8, см. --encoding: они передаются как есть</translation>
+    </message>
 </context>
 </TS>

@@ -294,31 +294,34 @@ const Hemisphere *loneHemisphere(const char *p, const char *end)
     return found && p + found->text.size() == columnEnd(p, end) ? found : nullptr;
 }
 
-/// A number at the beginning of a column. Its comma is a decimal mark when a blank or the line ends the
-/// column.
-const char *parseNumberColumn(const char *p, const char *end, DecimalCommas commas, int part,
-                              Written &written)
+/// A number at the beginning of a column. Its comma is a decimal mark when a blank, a semicolon or the line
+/// ends the column, unless a comma separates it from the column before.
+const char *parseNumberColumn(const char *p, const char *end, bool commaBefore, DecimalCommas commas,
+                              int part, Written &written)
 {
     const auto at = static_cast<std::size_t>(part);
-    const char *const behind = parsePart(p, end, commas, part, written);
+    const char *const behind =
+        parsePart(p, end, commaBefore ? DecimalCommas::BeforeMarks : commas, part, written);
     const char *reason = nullptr;
     double decimal = 0.0;
     const char *const decimalsEnd = behind ? parseCommaNumber(p, end, decimal, reason) : nullptr;
-    const bool blankFollows = decimalsEnd && (decimalsEnd == end || isBlank(*decimalsEnd));
-    if (!blankFollows || decimalsEnd <= behind)
+    const bool isEnded = decimalsEnd && (decimalsEnd == end || isBlank(*decimalsEnd) || *decimalsEnd == ';');
+    if (commaBefore || !isEnded || decimalsEnd <= behind)
         return behind;
     written.parts[at] = decimal;
     written.whole[at] = false;
     return decimalsEnd;
 }
 
-/// The numbers of an angle in columns; the last one may have the letter behind it.
-const char *takeNumberColumns(const char *p, const char *end, int most, DecimalCommas commas,
-                              Written &written)
+/// The numbers of an angle in columns; the last one may have the letter behind it. \p p is where the
+/// separator before the first one, at \p numbers, begins.
+const char *takeNumberColumns(const char *p, const char *numbers, const char *end, int most,
+                              DecimalCommas commas, Written &written)
 {
     const char *behind = nullptr;
-    for (const char *next = p; next && written.count < most && !written.hemisphereBehind;) {
-        const char *numberEnd = parseNumberColumn(next, end, commas, written.count, written);
+    for (const char *next = numbers; next && written.count < most && !written.hemisphereBehind;) {
+        const bool commaBefore = std::find(behind ? behind : p, next, ',') != next;
+        const char *numberEnd = parseNumberColumn(next, end, commaBefore, commas, written.count, written);
         if (!numberEnd)
             break;
         const Hemisphere *const letter = written.hemisphere ? nullptr : loneHemisphere(numberEnd, end);
@@ -373,7 +376,7 @@ AngleColumns parseAngleColumns(const char *p, const char *end, int most, Decimal
     const char *numbers = takeLetterBefore(p, end, written);
     result.letterFirst = numbers != nullptr;
     numbers = result.letterFirst ? numbers : p;
-    const char *behind = takeNumberColumns(numbers, end, most, commas, written);
+    const char *behind = takeNumberColumns(p, numbers, end, most, commas, written);
     if (!behind)
         return result;
     if (!written.hemisphere) {

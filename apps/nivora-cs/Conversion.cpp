@@ -91,6 +91,7 @@ Conversion::Conversion(const CommandLine &line)
     , m_from(optionalSystem(m_session, line, "from"))
     , m_to(optionalSystem(m_session, line, "to"))
     , m_mostBendM(bendOption(line))
+    , m_coding(line.value("encoding"))
     , m_losses(line.isSet("lossy"))
     , m_source((GDALAllRegister(), openForReading(m_in, m_messages)))
     , m_format(m_out, line.value("format"), m_in)
@@ -173,7 +174,8 @@ void Conversion::convertLayer(int index)
     settle(source, layer, change);
     if (!m_target)
         openTarget(layer);
-    LayerCopy copy({source, m_target.get(), layer, m_format, change, m_probe}, m_losses, m_messages);
+    LayerCopy copy({source, m_target.get(), layer, m_format, change, m_probe, m_coding}, m_losses,
+                   m_messages);
 
     Progress progress(true, OGR_L_GetFeatureCount(source, FALSE), Progress::Features);
     copy.run([this](const QString &name, const Rejection &rejection) { m_rejected.add(name, rejection); },

@@ -37,6 +37,7 @@ private:
     QString m_in, m_out;
     nivora::cs::CoordSystemPtr m_from, m_to; ///< null when not given
     double m_mostBendM = 0.0;                ///< 0: no vertices are added
+    TextCoding m_coding;
     Losses m_losses;
     Dataset m_source;
     OutputFormat m_format;

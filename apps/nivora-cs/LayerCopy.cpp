@@ -24,6 +24,12 @@ constexpr TypedDriver typedDrivers[] = {{"ESRI Shapefile", false}, {"FlatGeobuf"
 
 QString text(const char *utf8) { return QString::fromUtf8(utf8); }
 
+QString notUtf8(const QString &layer)
+{
+    return QObject::tr("texts of \"%1\" are not UTF-8, see --encoding: they are passed on as they are")
+        .arg(layer);
+}
+
 /// The type that holds both.
 OGRwkbGeometryType commonType(OGRwkbGeometryType a, OGRwkbGeometryType b)
 {
@@ -89,21 +95,71 @@ void LayerCopy::createLayer(const std::vector<FeatureBatch::Item> &first)
     m_messages.clear();
 }
 
+/// Before the layer is read in another thread. Some drivers hand on whatever bytes there are.
+void LayerCopy::recodeNames()
+{
+    OGRFeatureDefnH definition = OGR_L_GetLayerDefn(m_job.source);
+    for (int i = 0; i < OGR_FD_GetFieldCount(definition); ++i) {
+        OGRFieldDefnH field = OGR_FD_GetFieldDefn(definition, i);
+        if (OGR_Fld_GetType(field) == OFTString)
+            m_textFields.push_back(i);
+        const char *const name = OGR_Fld_GetNameRef(field);
+        if (isUtf8(name))
+            continue;
+        if (m_job.coding.isNeeded())
+            OGR_Fld_SetName(field, m_job.coding.decoded(name).c_str());
+        else
+            m_losses.add(notUtf8(m_job.layer.name));
+    }
+}
+
+void LayerCopy::recodeTexts(OGRFeatureH feature)
+{
+    for (const int field : m_textFields) {
+        if (!OGR_F_IsFieldSetAndNotNull(feature, field))
+            continue;
+        const char *const value = OGR_F_GetFieldAsString(feature, field);
+        if (isUtf8(value))
+            continue;
+        if (m_job.coding.isNeeded())
+            OGR_F_SetFieldString(feature, field, m_job.coding.decoded(value).c_str());
+        else
+            m_losses.add(notUtf8(m_job.layer.name));
+    }
+}
+
+/// Its index in the layer, -1 when there is none. Types that the format does not have become wider ones.
+int LayerCopy::createField(OGRFieldDefnH field)
+{
+    OGRFeatureDefnH made = OGR_L_GetLayerDefn(m_layer);
+    const int index = OGR_FD_GetFieldCount(made);
+    const auto isMade = [&](OGRFieldDefnH like) {
+        return OGR_L_CreateField(m_layer, like, TRUE) == OGRERR_NONE && OGR_FD_GetFieldCount(made) > index;
+    };
+    if (isMade(field))
+        return index;
+    const OGRFieldType wider = OGR_Fld_GetType(field) == OFTInteger64 ? OFTReal : OFTString;
+    const std::unique_ptr<void, void (*)(OGRFieldDefnH)> other(
+        OGR_Fld_Create(OGR_Fld_GetNameRef(field), wider), OGR_Fld_Destroy);
+    return wider != OGR_Fld_GetType(field) && isMade(other.get()) ? index : -1;
+}
+
 void LayerCopy::createFields()
 {
     OGRFeatureDefnH definition = OGR_L_GetLayerDefn(m_job.source);
     for (int i = 0; i < OGR_FD_GetFieldCount(definition); ++i) {
         OGRFieldDefnH field = OGR_FD_GetFieldDefn(definition, i);
-        const int index = OGR_FD_GetFieldCount(OGR_L_GetLayerDefn(m_layer));
-        const bool created = OGR_L_CreateField(m_layer, field, TRUE) == OGRERR_NONE &&
-                             OGR_FD_GetFieldCount(OGR_L_GetLayerDefn(m_layer)) > index;
-        m_fieldMap.push_back(
-            created ? index : OGR_FD_GetFieldIndex(OGR_L_GetLayerDefn(m_layer), OGR_Fld_GetNameRef(field)));
-        if (m_fieldMap.back() < 0)
+        m_messages.clear();
+        const int created = createField(field);
+        const int there = created < 0
+                              ? OGR_FD_GetFieldIndex(OGR_L_GetLayerDefn(m_layer), OGR_Fld_GetNameRef(field))
+                              : created;
+        m_fieldMap.push_back(there);
+        if (there < 0)
             m_losses.add(QObject::tr("the column \"%1\" cannot be written: %2")
                              .arg(text(OGR_Fld_GetNameRef(field)), m_messages.reason()));
-        else if (created)
-            noteFieldLoss(field, index);
+        else if (created >= 0)
+            noteFieldLoss(field, created);
     }
 }
 
@@ -163,8 +219,9 @@ Geometry LayerCopy::writable(Geometry geometry) const
     return geometry;
 }
 
-Feature LayerCopy::copyOf(FeatureBatch::Item &item) const
+Feature LayerCopy::copyOf(FeatureBatch::Item &item)
 {
+    recodeTexts(item.feature.get());
     Feature copy(OGR_F_Create(OGR_L_GetLayerDefn(m_layer)));
     OGR_F_SetFromWithMap(copy.get(), item.feature.get(), TRUE, m_fieldMap.data());
     if (item.geometry)
@@ -187,7 +244,7 @@ bool LayerCopy::write(FeatureBatch::Item &item)
 
 void LayerCopy::run(const Rejected &rejected, const std::function<void(GIntBig)> &advanced)
 {
-    OGR_L_GetLayerDefn(m_job.source); // drivers make it on first call, which is not to happen in two threads
+    recodeNames();
     FeatureReader reader(m_job.source, m_job.change);
     while (const std::unique_ptr<FeatureBatch> batch = reader.next()) {
         takeSamples(batch->vertices());

@@ -2,6 +2,7 @@
 
 #include "FeatureBatch.h"
 #include "OutputProbe.h"
+#include "TextCoding.h"
 
 #include <functional>
 #include <set>
@@ -20,6 +21,7 @@ public:
         const OutputFormat &format;
         const GeometryChange &change;
         OutputProbe &probe;
+        const TextCoding &coding; ///< of texts that are not UTF-8
     };
     using Rejected = std::function<void(const QString &layer, const Rejection &rejection)>;
 
@@ -31,11 +33,14 @@ public:
 
 private:
     void createLayer(const std::vector<FeatureBatch::Item> &first);
+    void recodeNames();
+    void recodeTexts(OGRFeatureH feature);
     void createFields();
+    int createField(OGRFieldDefnH field);
     void noteFieldLoss(OGRFieldDefnH wanted, int index);
     void checkKinds(const std::vector<FeatureBatch::Item> &items);
     void takeSamples(const QVector<QPointF> &vertices);
-    Feature copyOf(FeatureBatch::Item &item) const;
+    Feature copyOf(FeatureBatch::Item &item);
     Geometry writable(Geometry geometry) const;
     bool write(FeatureBatch::Item &item);
 
@@ -43,6 +48,7 @@ private:
     Losses &m_losses;
     GdalMessages &m_messages;
     OGRLayerH m_layer = nullptr;
+    std::vector<int> m_textFields; ///< of the source
     std::vector<int> m_fieldMap;
     QVector<QPointF> m_samples;
     GIntBig m_written = 0;

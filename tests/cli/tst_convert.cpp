@@ -121,6 +121,8 @@ private Q_SLOTS:
         row("surface.csv o.mif --from 4326", "no surfaces", 0);
         row("mixed.csv o.shp --from 4326", "cannot be written", 1);
         row("points.csv o.mif --from 4326", "UTF-8 to CP1251", 0);
+        row("coded.csv o.gpkg --from 4326", "not UTF-8, see --encoding", 0);
+        row("big.json o.mif", "is Real, not Integer64", 0);
         row("points.csv o.gpkg --to 32637", "give --from", 2);
         row("points.csv o.gpkg --from nothing", "--from", 2);
         row("points.csv o.gpkg --segmentize 0", "greater than 0", 2);
@@ -145,6 +147,9 @@ private Q_SLOTS:
         place.write("mixed.csv", "id,WKT\n1,POINT (37 55)\n2,\"LINESTRING (37 55,38 56)\"\n");
         place.write("shapes.csv", "id,WKT\n1,POINT M (37 55 1)\n");
         place.write("surface.csv", "id,WKT\n2,\"POLYHEDRALSURFACE (((37 55,38 55,37 56,37 55)))\"\n");
+        place.write("coded.csv", "id,WKT,name\n1,POINT (37 55),\xcc\xee\n");
+        place.write("big.json", "{\"type\":\"Feature\",\"properties\":{\"n\":123456789012},"
+                                "\"geometry\":{\"type\":\"Point\",\"coordinates\":[37,55]}}");
         place.write("damaged.tab", "!table\n!version 300\n!charset Neutral\n\nDefinition Table\n"
                                    "  Type NATIVE Charset \"Neutral\"\n  Fields 1\n    Id Integer ;\n");
         place.write("damaged.map", QByteArray(600, 'x'));
@@ -244,6 +249,9 @@ private Q_SLOTS:
         QVERIFY2(clauseOf(place.read("o.mif")).startsWith("NonEarth Units \"m\" Bounds"),
                  place.read("o.mif"));
         QVERIFY2(place.read("o.mif").contains("Point 37.12345678"), place.read("o.mif"));
+        place.write("c.csv", "WKT,\xcc\xee\nPOINT (37 55),\xcc\xee\n");
+        QCOMPARE(place.convert(QStringLiteral("c.csv c.geojson --from 4326 --encoding cp1251")).status, 0);
+        QVERIFY2(place.read("c.geojson").contains("\"Мо\": \"Мо\""), place.read("c.geojson"));
     }
 
     void formatsAreListed()

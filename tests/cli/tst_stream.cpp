@@ -212,6 +212,8 @@ private Q_SLOTS:
         point("columns, letters first", "E 37 37 2.25 N 55 45 21,5");
         point("seconds with a decimal comma", "37°37'2,25\" 55°45'21,5\"");
         point("columns, letters at the numbers", "55 45 21.5N 37 37 2,25E");
+        row("decimal comma before a semicolon", "N55 45 21,5;E37 37 2,25;a", "37.617292;55.755972;a");
+        row("commas separate up to the blank", "N55,45,21 E37,37,2", "37.617222 55.755833");
         point("columns, letters before the numbers", "N55 45 21.5 E37 37 2.25");
         row("decimal commas before letters", "55,5с.ш. 37,5вд", "37.500000 55.500000");
         row("a house number is no hemisphere", "37.5 55.5 12В", "37.500000 55.500000 12В");
