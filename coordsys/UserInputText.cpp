@@ -63,11 +63,12 @@ std::optional<CodeReference> oneCode(const QString &text)
 }
 
 /// "IGNF LAMB93"
-std::optional<CodeReference> codeBehindAuthority(const QString &text, const QStringList &authorities)
+std::optional<CodeReference> codeBehindAuthority(const QString &text,
+                                                 const std::function<QStringList()> &authorities)
 {
     static const QRegularExpression words(QStringLiteral("^(\\w+)\\s+([\\w.-]+)$"));
     const QRegularExpressionMatch match = words.match(text);
-    if (!match.hasMatch() || !authorities.contains(match.captured(1), Qt::CaseInsensitive))
+    if (!match.hasMatch() || !authorities().contains(match.captured(1), Qt::CaseInsensitive))
         return std::nullopt;
     return CodeReference{match.captured(1), QString(), match.captured(2)};
 }
@@ -128,7 +129,7 @@ QVector<CodeReference> codesOf(const QStringList &parts)
 
 } // namespace
 
-std::optional<CodeText> codeTextOf(const QString &text, const QStringList &authorities)
+std::optional<CodeText> codeTextOf(const QString &text, const std::function<QStringList()> &authorities)
 {
     if (text.size() > longestCode)
         return std::nullopt;

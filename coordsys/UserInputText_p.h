@@ -3,8 +3,10 @@
 // How texts that people write for a coordinate system look. Nothing here asks a database or a catalogue.
 
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
+#include <functional>
 #include <optional>
 
 namespace nivora::cs {
@@ -29,8 +31,8 @@ struct CodeText
 };
 
 /// Bare numbers, "EPSG:4326", "epsg 4326", SRID, URN, URL and compound forms; nothing for other texts. Words
-/// apart by a blank name an authority only when it is one of \p authorities.
-std::optional<CodeText> codeTextOf(const QString &text, const QStringList &authorities);
+/// apart by a blank name an authority only when it is one of \p authorities, which are asked for then.
+std::optional<CodeText> codeTextOf(const QString &text, const std::function<QStringList()> &authorities);
 
 /// PROJ text as the engines take it, "+proj=…" first and every term with its sign, of text whose terms stand
 /// in any order and may lack the sign; nothing when there is no term "proj" or "init".
