@@ -372,6 +372,14 @@ bool CoordSysRect::initFromXML() { return initFromXML(activeCatalogues()->resour
 
 bool CoordSysRect::initFromXML(const QDir &dir)
 {
+    if (!openXML(dir))
+        return false;
+    readFile();
+    return true;
+}
+
+bool CoordSysRect::openXML(const QDir &dir)
+{
     clear();
     QFile file(dir.filePath(QStringLiteral("cs_mbr.xml")));
     if (!openInput(file).isEmpty()) {

@@ -22,9 +22,11 @@ class NIVORA_CS_EXPORT CoordSysRect
 {
 public:
     /// Replaces the contents by those of "cs_mbr.xml" in \p dir. False when the file cannot be opened
-    /// (logged). A file that is not well-formed gives no entries (logged when bounds are first looked up).
+    /// (logged). A file that is not well-formed gives no entries (logged).
     bool initFromXML(const QDir &dir);
-    /// The same with the directory of the active factory.
+    /// The same, but the file is only opened and kept; it is taken apart when bounds are first looked up.
+    bool openXML(const QDir &dir);
+    /// initFromXML() with the directory of the active factory.
     bool initFromXML();
     /// Forgets all entries.
     void clear();
