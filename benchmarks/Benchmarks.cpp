@@ -16,7 +16,6 @@
 #include <proj.h>
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QTemporaryDir>
 
 #include <cmath>
@@ -223,11 +222,10 @@ void addFirstMesh(const std::shared_ptr<CoordSysFactory> &factory)
                 QRectF out;
                 for (int i = 0; i < before; ++i)
                     transform.forwardMesh(meshSquare, out, CoordTransform::DefaultAddPointsMesh);
-                QElapsedTimer timer;
-                timer.start();
-                if (!transform.forwardMesh(meshSquare, out, CoordTransform::DefaultAddPointsMesh))
-                    state.SkipWithError("failed");
-                state.SetIterationTime(static_cast<double>(timer.nsecsElapsed()) * 1e-9);
+                state.SetIterationTime(comparison::processorSeconds([&] {
+                    if (!transform.forwardMesh(meshSquare, out, CoordTransform::DefaultAddPointsMesh))
+                        state.SkipWithError("failed");
+                }));
             }
         };
     };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <ctime>
 #include <ostream>
 
 namespace comparison {
@@ -87,6 +88,18 @@ void addGiven(const Row &row, double library)
             }
         },
         nullptr);
+}
+
+double processorSeconds(const std::function<void()> &work)
+{
+    const auto now = [] {
+        timespec time{};
+        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+    };
+    const double before = now();
+    work();
+    return now() - before;
 }
 
 bool Reporter::ReportContext(const Context &context)

@@ -31,6 +31,9 @@ void add(const Row &row, const std::function<void(benchmark::State &)> &library,
 /// which is an error.
 void addGiven(const Row &row, double library);
 
+/// Seconds of processor time that \p work takes in this process.
+double processorSeconds(const std::function<void()> &work);
+
 /// Prints a Markdown table with the best time of either side: CPU time, because what else the machine does
 /// must not decide a ratio, but where the row says otherwise.
 class Reporter : public benchmark::BenchmarkReporter

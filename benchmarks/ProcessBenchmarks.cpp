@@ -11,7 +11,6 @@
 
 #include <ogr_srs_api.h>
 
-#include <QElapsedTimer>
 #include <QTemporaryDir>
 
 #include <sys/wait.h>
@@ -62,14 +61,6 @@ template <typename Work> double bestOfChildren(Work &&work)
     return best;
 }
 
-template <typename Work> double secondsOf(Work &&work)
-{
-    QElapsedTimer timer;
-    timer.start();
-    work();
-    return static_cast<double>(timer.nsecsElapsed()) * 1e-9;
-}
-
 std::shared_ptr<CoordSysFactory> started(const QString &userDir)
 {
     const auto factory =
@@ -82,7 +73,7 @@ std::shared_ptr<CoordSysFactory> started(const QString &userDir)
 
 double startUpSeconds(const QString &userDir)
 {
-    return secondsOf([&] { started(userDir); });
+    return processorSeconds([&] { started(userDir); });
 }
 
 /// What this process holds.
@@ -135,7 +126,7 @@ void addFirstCalls(const QString &userDir)
     for (const First &first : firstCalls)
         addGiven({first.name, first.aimUs, Row::Microseconds}, bestOfChildren([&] {
                      const auto factory = started(userDir);
-                     return secondsOf([&] { first.call(*factory); });
+                     return processorSeconds([&] { first.call(*factory); });
                  }));
 }
 
@@ -154,7 +145,7 @@ void addObliqueLookUps(const QString &userDir)
                  bestOfChildren([&, text = text] {
                      const auto factory = started(userDir);
                      const CoordSystemPtr cs = factory->createFromProj(QString::fromLatin1(text));
-                     return secondsOf([&] { factory->mapinfoCoordSystem()->seekProj(*cs, true); });
+                     return processorSeconds([&] { factory->mapinfoCoordSystem()->seekProj(*cs, true); });
                  }));
 }
 

@@ -178,7 +178,7 @@ void addCodes(const Factory &factory, const QVector<int> &codes)
 
 using Seconds = std::vector<double>;
 
-/// Time on the wall of epsg(), first and second, over PROJ texts of registered systems.
+/// epsg(), first and second, over PROJ texts of registered systems.
 std::pair<Seconds, Seconds> searchTimes(const Factory &factory, const QVector<int> &codes)
 {
     constexpr std::size_t texts = 200;
@@ -187,12 +187,8 @@ std::pair<Seconds, Seconds> searchTimes(const Factory &factory, const QVector<in
         try {
             const QString text = ProjLibMetadata().projStringForCrs(codes.at(i), ProjLibMetadata::EPSG);
             const CoordSystemPtr cs = factory->createFromProj(text);
-            for (Seconds *times : {&first, &second}) {
-                QElapsedTimer timer;
-                timer.start();
-                cs->epsg();
-                times->push_back(static_cast<double>(timer.nsecsElapsed()) * 1e-9);
-            }
+            for (Seconds *times : {&first, &second})
+                times->push_back(processorSeconds([&cs] { cs->epsg(); }));
         } catch (const std::exception &) {
             // no PROJ text
         }

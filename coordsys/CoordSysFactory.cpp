@@ -149,7 +149,7 @@ bool CoordSysFactory::initCoordSystemEnvironment()
         return false;
     if (!loaded([this] { return m_mapinfo->loadFromPRJ(m_resourceDir, m_language); }))
         return false;
-    m_coordSysRect->initFromXML(m_resourceDir); // without it bounds follow the rules per projection
+    m_coordSysRect->openXML(m_resourceDir); // without it bounds follow the rules per projection
     m_user->loadFromFile(true);
     for (const QLatin1String prj : {latLongText, latLongWgs84Text})
         MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj); // throws where a datum is missing

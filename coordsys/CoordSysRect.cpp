@@ -372,6 +372,14 @@ bool CoordSysRect::initFromXML() { return initFromXML(activeCatalogues()->resour
 
 bool CoordSysRect::initFromXML(const QDir &dir)
 {
+    if (!openXML(dir))
+        return false;
+    readFile();
+    return true;
+}
+
+bool CoordSysRect::openXML(const QDir &dir)
+{
     clear();
     QFile file(dir.filePath(QStringLiteral("cs_mbr.xml")));
     if (!openInput(file).isEmpty()) {
@@ -379,19 +387,10 @@ bool CoordSysRect::initFromXML(const QDir &dir)
         return false;
     }
     LOG_INFO(QObject::tr("Ограничения для КС: %1").arg(file.fileName()));
-    const QByteArray bytes = file.readAll();
-    QXmlStreamReader xml(bytes);
-    std::vector<TABProjInfo_t> entries;
-    if (!PlainRows(QString::fromLatin1(bytes)).read(entries))
-        entries.clear();
-    if (entries.empty() && !readEntries(xml, entries)) {
-        LOG_ERROR(QStringLiteral("%1:%2: %3")
-                      .arg(file.fileName(), QString::number(xml.lineNumber()), xml.errorString()));
-        entries.clear();
-    }
-    LOG_INFO(QStringLiteral("CS MBRs loaded from cs_mbr.xml=%1").arg(entries.size()));
     const QWriteLocker lock(&m_lock);
-    m_entries = std::move(entries);
+    m_unread = file.readAll();
+    m_fileName = file.fileName();
+    m_isRead = false;
     ++catalogueChanges();
     return true;
 }
@@ -400,11 +399,34 @@ void CoordSysRect::clear()
 {
     const QWriteLocker lock(&m_lock);
     m_entries.clear();
+    m_unread.clear();
+    m_isRead = true;
     ++catalogueChanges();
+}
+
+/// Taking the file apart costs a quarter of a start-up, and most of what is started asks for no bounds.
+void CoordSysRect::readFile() const
+{
+    const QWriteLocker lock(&m_lock);
+    if (m_isRead)
+        return;
+    QXmlStreamReader xml(m_unread);
+    if (!PlainRows(QString::fromLatin1(m_unread)).read(m_entries))
+        m_entries.clear();
+    if (m_entries.empty() && !readEntries(xml, m_entries)) {
+        LOG_ERROR(QStringLiteral("%1:%2: %3")
+                      .arg(m_fileName, QString::number(xml.lineNumber()), xml.errorString()));
+        m_entries.clear();
+    }
+    LOG_INFO(QStringLiteral("CS MBRs loaded from cs_mbr.xml=%1").arg(m_entries.size()));
+    m_unread.clear();
+    m_isRead = true;
 }
 
 bool CoordSysRect::catalogued(const TABProjInfo_t &info, QRectF &out) const
 {
+    if (!m_isRead)
+        readFile();
     const QReadLocker lock(&m_lock);
     const auto entry = std::find_if(m_entries.begin(), m_entries.end(), [&info](const TABProjInfo_t &e) {
         return MapHeaderCoordsysConverter::compareTabProjInfo(e, info, false, false);

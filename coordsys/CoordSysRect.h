@@ -4,9 +4,12 @@
 #include <coordsys/DefaultRects.h>
 #include <coordsys/TABProjInfo.h>
 
+#include <QByteArray>
 #include <QDir>
 #include <QReadWriteLock>
+#include <QString>
 
+#include <atomic>
 #include <functional>
 #include <vector>
 
@@ -21,7 +24,9 @@ public:
     /// Replaces the contents by those of "cs_mbr.xml" in \p dir. False when the file cannot be opened
     /// (logged). A file that is not well-formed gives no entries (logged).
     bool initFromXML(const QDir &dir);
-    /// The same with the directory of the active factory.
+    /// The same, but the file is only opened and kept; it is taken apart when bounds are first looked up.
+    bool openXML(const QDir &dir);
+    /// initFromXML() with the directory of the active factory.
     bool initFromXML();
     /// Forgets all entries.
     void clear();
@@ -51,8 +56,13 @@ private:
     QRectF rectBy(CoordSystem *cs, const AreaOfUse &areaOfUse) const;
     bool catalogued(const TABProjInfo_t &info, QRectF &out) const;
 
-    std::vector<TABProjInfo_t> m_entries; ///< file order, under m_lock
-    mutable QReadWriteLock m_lock;
+    void readFile() const;
+
+    mutable QReadWriteLock m_lock;                ///< guards the following
+    mutable std::vector<TABProjInfo_t> m_entries; ///< file order
+    mutable QByteArray m_unread;                  ///< the file, until bounds are first looked up
+    QString m_fileName;
+    mutable std::atomic<bool> m_isRead{true};
 };
 
 /// A number of "cs_mbr.xml" as its readers take it: 0 for exactly "0x00", else -1. Only "0x00" names a value.

@@ -48,7 +48,7 @@ struct Way
         target.map(points, count);
         return !target.isActive() || std::all_of(points, points + count, isFinite);
     }
-    /// As a list of one, which costs more than the engine.
+    /// The same for one point, which feels what a list's loops cost.
     bool convert(QPointF &point) const
     {
         source.undo(&point, 1);

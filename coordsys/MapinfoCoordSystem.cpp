@@ -422,7 +422,7 @@ std::shared_ptr<const MapinfoIndex> MapinfoCoordSystem::indexForLookUps() const
 }
 
 /// A search by equality for one system, with what is known of it.
-class MapinfoCoordSystem::LookUp
+class NIVORA_CS_NO_EXPORT MapinfoCoordSystem::LookUp
 {
 public:
     LookUp(const MapinfoCoordSystem &catalogue, const CoordSystem &cs)

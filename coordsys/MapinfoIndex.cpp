@@ -11,6 +11,7 @@
 
 #include <QHash>
 #include <QMutexLocker>
+#include <QRegularExpression>
 #include <QSet>
 
 #include <algorithm>
@@ -118,6 +119,32 @@ public:
         return factsOf(info);
     }
 
+    LookUpFacts factsOf(const TABProjInfo_t &info)
+    {
+        LookUpFacts facts;
+        const int projection = info.nProjId;
+        const int code = info.nUnitsId == unsetUnit ? int(LinearUnit::Meter) : info.nUnitsId;
+        const DriverUnit *unit = driverUnit(code);
+        if (unit && projection != longitudeLatitude)
+            facts.unitCode = code;
+        if (projection == longitudeLatitude)
+            facts.unitCode = LinearUnit::Degree;
+        facts.isOblique = isOdd(projection);
+        if (projection == nonEarth) {
+            facts.centralMeridian = 0.0;
+            facts.falseOriginM = {0.0, 0.0};
+            return facts;
+        }
+        facts.datum = info.nDatumId;
+        if (isUserDatum(info.nDatumId)) {
+            facts.ellipsoid = info.nEllipsoidId;
+            facts.shiftM = {info.dDatumShiftX, info.dDatumShiftY, info.dDatumShiftZ};
+        }
+        if (!isOdd(projection))
+            addPlane(facts, info, unit);
+        return facts;
+    }
+
 private:
     /// A token that the pattern of the CoordSys parser takes whole and no keyword can hide in.
     static bool isPlainNumber(const QString &text)
@@ -201,32 +228,6 @@ private:
         const MIUnitConvParam *named = m_manager.unitByID(code, std::nothrow);
         const bool same = row != std::end(driverUnits) && named && named->name() == QLatin1String(row->name);
         return *m_driverUnits.insert(code, same ? row : nullptr);
-    }
-
-    LookUpFacts factsOf(const TABProjInfo_t &info)
-    {
-        LookUpFacts facts;
-        const int projection = info.nProjId;
-        const int code = info.nUnitsId == unsetUnit ? int(LinearUnit::Meter) : info.nUnitsId;
-        const DriverUnit *unit = driverUnit(code);
-        if (unit && projection != longitudeLatitude)
-            facts.unitCode = code;
-        if (projection == longitudeLatitude)
-            facts.unitCode = LinearUnit::Degree;
-        facts.isOblique = isOdd(projection);
-        if (projection == nonEarth) {
-            facts.centralMeridian = 0.0;
-            facts.falseOriginM = {0.0, 0.0};
-            return facts;
-        }
-        facts.datum = info.nDatumId;
-        if (isUserDatum(info.nDatumId)) {
-            facts.ellipsoid = info.nEllipsoidId;
-            facts.shiftM = {info.dDatumShiftX, info.dDatumShiftY, info.dDatumShiftZ};
-        }
-        if (!isOdd(projection))
-            addPlane(facts, info, unit);
-        return facts;
     }
 
     static void addPlane(LookUpFacts &facts, const TABProjInfo_t &info, const DriverUnit *unit)
@@ -485,6 +486,24 @@ std::optional<LookUpFacts> factsOf(const CoordSystem &cs)
     if (!cs.isNonEarth() && !terms.contains(QStringLiteral("R_A")))
         if (const auto semiMajor = answerOf([&cs] { return cs.getSemiMajor(); }))
             facts.semiMajorM = length(*semiMajor);
+    return facts;
+}
+
+LookUpFacts factsOf(const CoordSystemTypes::SourceData &source, const ProjectionParamsManager &manager)
+{
+    LookUpFacts facts;
+    if (source.type == CoordSystemTypes::Prj) {
+        const auto record =
+            answerOf([&source] { return MapHeaderCoordsysConverter().prjStrToTABProjInfo(source.string); });
+        return record ? EntryReader(manager).factsOf(*record) : facts;
+    }
+    static const QRegularExpression plain(
+        QStringLiteral("^\\s*\\+proj=(?!pipeline)")); // "+proj=utm +zone=37"
+    if (source.type == CoordSystemTypes::Proj4 && plain.match(source.string).hasMatch()) {
+        const Terms terms = termsOf(source.string);
+        addPlane(facts, terms);
+        facts.shiftM = shiftIn(terms);
+    }
     return facts;
 }
 

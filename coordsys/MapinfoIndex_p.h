@@ -1,6 +1,7 @@
 #pragma once
 
 #include <coordsys/CoordSystemParams.h>
+#include <coordsys/CoordSystemTypes.h>
 
 #include <QHash>
 #include <QList>
@@ -14,6 +15,7 @@
 namespace nivora::cs {
 
 class CoordSystem;
+class ProjectionParamsManager;
 
 /// What the parameters of a catalogue entry, or the PROJ text of a system, tell before anything is built. A
 /// fact that is not known rules nothing out. Facts of an entry are only those that reach the engine from its
@@ -67,5 +69,9 @@ private:
 /// The facts of a system; nothing when it equals no entry: without a PROJ object, with one or a text that the
 /// engine makes of no entry, or with a source text that does not parse.
 std::optional<LookUpFacts> factsOf(const CoordSystem &cs);
+
+/// What a text tells of the system that will be made from it; nothing is known of notations other than
+/// CoordSys and PROJ text, and of what does not parse.
+SystemFacts factsOf(const CoordSystemTypes::SourceData &source, const ProjectionParamsManager &manager);
 
 } // namespace nivora::cs

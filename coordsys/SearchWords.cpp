@@ -3,6 +3,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <cstring>
 
 namespace nivora::cs {
 namespace {
@@ -19,10 +20,27 @@ int commonBeginning(const QString &a, const QString &b)
 /// One letter stands within nearly every name.
 bool isLetter(const std::string &word) { return QString::fromStdString(word).size() == 1; }
 
+/// By the part's last byte: every second byte of Cyrillic text is the same, and words begin with it.
+bool holds(const std::string &text, const std::string &part)
+{
+    if (part.empty() || text.size() < part.size())
+        return part.empty();
+    const std::size_t before = part.size() - 1;
+    const char *const end = text.data() + text.size();
+    const auto next = [&](const char *from) {
+        return static_cast<const char *>(
+            std::memchr(from, part.back(), static_cast<std::size_t>(end - from)));
+    };
+    for (const char *at = next(text.data() + before); at; at = next(at + 1))
+        if (std::memcmp(at - before, part.data(), before) == 0)
+            return true;
+    return false;
+}
+
 bool holdsAny(const std::string &text, const std::vector<std::string> &parts)
 {
     return std::any_of(parts.begin(), parts.end(),
-                       [&text](const std::string &part) { return text.find(part) != std::string::npos; });
+                       [&text](const std::string &part) { return holds(text, part); });
 }
 
 } // namespace
@@ -85,7 +103,8 @@ std::string romanNumeral(const std::string &number)
 {
     static const char *const ones[] = {"", "i", "ii", "iii", "iv", "v", "vi", "vii", "viii", "ix"};
     const int value = number.size() <= 2 ? std::stoi(number) : 0;
-    return value < 40 ? std::string(static_cast<std::size_t>(value / 10), 'x') + ones[value % 10] : std::string();
+    return value < 40 ? std::string(static_cast<std::size_t>(value / 10), 'x') + ones[value % 10]
+                      : std::string();
 }
 
 SearchWords searchWords(const std::vector<std::string> &words)

@@ -1,9 +1,12 @@
 #include <coordsys/UserCoordSystem.h>
 
+#include <coordsys/CatalogueChanges_p.h>
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/MapinfoIndex_p.h>
+#include <coordsys/ProjectionParamsManager.h>
 #include <coordsys/SourceTags.h>
 #include <coordsys/UserStoreFile_p.h>
 #include <platform/Logger.h>
@@ -13,6 +16,7 @@
 #include <QObject>
 
 #include <algorithm>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -66,8 +70,10 @@ template <typename Entries> auto findSource(Entries &entries, const CoordSystemT
 /// A system on its way from the file into memory. Copies of an entry share it, so it is made once.
 struct UserCoordSystem::CoordSystemParam::System
 {
-    QMutex lock; ///< guards isBuilt and cs
+    QMutex lock; ///< guards what follows but the maker
     bool isBuilt = false;
+    std::optional<SystemFacts> facts; ///< what the text tells, as the catalogues were at factsAt
+    unsigned factsAt = 0;
     CoordSystemPtr cs;
     Maker maker;
 };
@@ -111,6 +117,21 @@ CoordSystemPtr UserCoordSystem::CoordSystemParam::storedSystem() const
         m_system->cs = described(made, m_description == withoutDescription() ? QString() : m_description);
     m_system->isBuilt = true;
     return m_system->cs;
+}
+
+/// False only when the system, which need not be built to know that, cannot be equal to one with these facts.
+bool UserCoordSystem::CoordSystemParam::mayEqual(const SystemFacts &facts) const
+{
+    const auto catalogues = activeCatalogues(std::nothrow);
+    if (!m_system || !catalogues)
+        return true;
+    const unsigned now = catalogueChanges();
+    const QMutexLocker lock(&m_system->lock);
+    if (!m_system->facts || m_system->factsAt != now) {
+        m_system->facts = factsOf(m_source, *catalogues->projectionParamsManager());
+        m_system->factsAt = now;
+    }
+    return facts.mayEqual(*m_system->facts);
 }
 
 UserCoordSystem::UserCoordSystem(const QDir &dir)
@@ -163,11 +184,14 @@ CoordSystemPtr UserCoordSystem::getCoordSystem(const CoordSystemTypes::SourceDat
 
 CoordSystemPtr UserCoordSystem::storedEqual(const CoordSystem &cs) const
 {
-    if (StoreAbsence::isOn())
+    if (StoreAbsence::isOn() || m_branches.isEmpty())
         return nullptr;
+    const std::optional<SystemFacts> facts = factsOf(cs);
     for (const CsDataType &branch : m_branches) {
         for (const CoordSystemParam &entry : branch.entries) {
             try {
+                if (facts && !entry.mayEqual(*facts))
+                    continue;
                 const CoordSystemPtr stored = entry.storedSystem();
                 if (cs.isEqual(stored, false))
                     return stored;

@@ -14,9 +14,12 @@ class QDomElement;
 
 namespace nivora::cs {
 
+struct SystemFacts;
+
 /// The coordinate systems that a user keeps, in named branches, stored in "UserCoordSystem.xml".
 /// An entry keeps its source text verbatim, whether or not a system can be made from it. The systems of
-/// entries read from the file are made when they are first asked for, with the catalogues of the store's
+/// entries read from the file are made when they are first asked for, or compared with a system that their
+/// text does not rule out, with the catalogues of the store's
 /// factory while it lives, else with the active ones. Threads: const calls may run together, on copies of
 /// entries too; changing, loading and saving belong to one thread while no other one uses the store. Several
 /// processes may save: each file is whole, the last one stays. Ownership: the store may outlive its factory;
@@ -56,6 +59,7 @@ public:
     private:
         friend class UserCoordSystem;
         struct System;
+        bool mayEqual(const SystemFacts &facts) const;
 
         CoordSystemTypes::SourceData m_source;
         QString m_description;

@@ -407,6 +407,10 @@ CodeReference Reader::canonical(const CodeReference &given) const
     CodeReference code = given;
     if (code.authority.compare(QLatin1String("CRS"), Qt::CaseInsensitive) == 0)
         code.authority = QStringLiteral("OGC");
+    if (code.authority.compare(ProjLibMetadata::EPSG, Qt::CaseInsensitive) == 0) {
+        code.authority = ProjLibMetadata::EPSG; // always there, and the list of all takes 7 ms
+        return code;
+    }
     const QStringList known = databaseAuthorities();
     for (const QString &authority : {code.authority, code.authority + QLatin1Char('_') + code.version}) {
         const int index = known.indexOf(

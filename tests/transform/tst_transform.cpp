@@ -8,7 +8,12 @@
 #include <coordsys/ProjectionParamsManager.h>
 #include <coordsys/ShiftQuality.h>
 
+#include <proj.h>
+
+#include <QMutexLocker>
+
 #include <cmath>
+#include <cstring>
 
 using namespace nivora::cs;
 using support::made;
@@ -208,6 +213,41 @@ private Q_SLOTS:
         VERIFY_NEAR(out.left(), 1113194.9079327, 1e-6); // collapsed, and written all the same
         QCOMPARE(rectToVector(QRectF(1, 2, 3, 4)),
                  QVector<QPointF>({QPointF(1, 2), QPointF(4, 2), QPointF(4, 6), QPointF(1, 6)}));
+    }
+
+    void bitsOfTheEngine_data()
+    {
+        const support::Columns<QString, QString> row;
+        row("a projection behind the degrees", "epsg:4326", "epsg:32637");
+        row("and before them", "epsg:32637", "epsg:4326");
+        row("latitudes beyond the pole", "epsg:4087", "epsg:4326");
+        row("a shift between two of them", "prj:Earth Projection 1, 1001", "epsg:4326");
+        row("several operations too", "epsg:4284", "epsg:32637");
+    }
+
+    // PROJ's own steps between degrees and radians are left out of the objects that convert.
+    void bitsOfTheEngine()
+    {
+        const auto [a, b] = support::row<QString, QString>();
+        const CoordSystemPtr from = made(a), to = made(b);
+        const CoordTransform transform(from, to);
+        const std::shared_ptr<PJ> pj = CoordTransformCache().createNormalizedTransformation(from, to);
+        const QVector<QPointF> points{{39.1, 55.2}, {-900, -90},    {180.0000000001, 89.99999999999999},
+                                      {540, 10},    {-0.0, 0.0},    {500123.4, 6.1e6},
+                                      {2e7, 1.5e7}, {-4e7, -3e7},   {qQNaN(), 1},
+                                      {qInf(), 0},  {1e300, -1e300}};
+        for (const QPointF &in : points)
+            for (const PJ_DIRECTION direction : {PJ_FWD, PJ_INV}) {
+                const QMutexLocker lock(globalProj4Mutex());
+                const PJ_COORD c = proj_trans(pj.get(), direction, proj_coord(in.x(), in.y(), 0, HUGE_VAL));
+                const QPointF expected(c.xy.x, c.xy.y);
+                QPointF out;
+                const bool done =
+                    direction == PJ_FWD ? transform.forward(in, out) : transform.inverse(in, out);
+                QCOMPARE(done, std::isfinite(c.xy.x) && std::isfinite(c.xy.y));
+                if (done)
+                    QVERIFY(std::memcmp(&out, &expected, sizeof out) == 0);
+            }
     }
 
     void cacheIsByAddress()
