@@ -419,6 +419,8 @@ CoordSystemPtr CoordSysFactory::namedFromWkt(const QString &wkt) const
     const int code = cs->statedEpsg();
     if (code != CoordSystem::EPSG_UNDEFINDED)
         cs->setDescription(nameOfCode(code));
+    else if (identity && identity->kind() == CrsKind::Local && !identity->name().isEmpty())
+        cs->setDescription(identity->name());
     else if (cs->description().isEmpty())
         cs->setNameless();
     return cs;

@@ -37,8 +37,8 @@ public:
     const QString &definition() const { return m_definition; }
     /// The name at the root of the text, empty when the text leaves it open.
     const QString &name() const { return m_name; }
-    /// The EPSG code at the root of the text when the database's system of that code is this one, else
-    /// EPSG_UNDEFINDED. An ESRI code counts by its number.
+    /// The EPSG code at the root of the text, or of its horizontal part, when the database's system of that
+    /// code is this one, else EPSG_UNDEFINDED. An ESRI code counts by its number.
     int ownCode() const;
     /// The system under no code when its text states one of another EPSG system; else null.
     SystemIdentityPtr withoutForeignCode() const;
@@ -68,13 +68,14 @@ public:
 
 private:
     SystemIdentity(const QString &definition, PjHandle root);
+    bool isSystemOf(int epsg) const;
 
     QString m_definition;
     QString m_name;
     CrsKind m_kind = CrsKind::Other;
     bool m_flattened = false;
     int m_statedCode = CoordSystemTypes::EPSG_UNDEFINDED; ///< as the text has it
-    mutable std::optional<bool> m_isOwnCode;              ///< under the PROJ lock
+    mutable std::optional<int> m_ownCode;                 ///< under the PROJ lock
     PjHandle m_crs;
 };
 

@@ -152,6 +152,7 @@ private Q_SLOTS:
                 found);
         // Horizontal parts.
         row("epsg:7405", 7405);
+        row((QStringLiteral("wkt:") + wktOf(made("epsg:7405"), PJ_WKT1_GDAL)).toUtf8(), 7405);
         row("epsg:4979", 4979);
         row("proj:+proj=longlat +datum=WGS84 +vunits=m +no_defs", 4326);
     }
@@ -169,6 +170,8 @@ private Q_SLOTS:
 
     void namesOfTexts()
     {
+        QCOMPARE(made("wkt:LOCAL_CS[\"Мой участок\",UNIT[\"metre\",1]]")->description(),
+                 QStringLiteral("Мой участок"));
         for (const QString &name : {QStringLiteral("Мой город / сетка (местная)"),
                                     QStringLiteral("D'Arcy's [grid]"), QStringLiteral("a/b")}) {
             const CoordSystemPtr cs = made(QString::fromUtf8(NAMED)
