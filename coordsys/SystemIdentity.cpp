@@ -130,7 +130,8 @@ SystemIdentity::SystemIdentity(const QString &definition, PjHandle root)
 
 bool SystemIdentity::isSystemOf(int epsg) const
 {
-    const SystemIdentityPtr registered = epsg > 0 ? ofCode(epsg) : nullptr;
+    const QMutexLocker lock(globalProj4Mutex());
+    const SystemIdentityPtr registered = epsg > 0 && m_crs ? ofCode(epsg) : nullptr;
     return registered && registered->hasPlane() &&
            isRegisteredSystem(globalProjContext(), m_crs.get(), registered->crs());
 }

@@ -40,6 +40,8 @@ public:
     /// The EPSG code at the root of the text, or of its horizontal part, when the database's system of that
     /// code is this one, else EPSG_UNDEFINDED. An ESRI code counts by its number.
     int ownCode() const;
+    /// True when the database's system of an EPSG code is this one.
+    bool isSystemOf(int epsg) const;
     /// The system under no code when its text states one of another EPSG system; else null.
     SystemIdentityPtr withoutForeignCode() const;
     /// The EPSG code of the horizontal part alone.
@@ -68,7 +70,6 @@ public:
 
 private:
     SystemIdentity(const QString &definition, PjHandle root);
-    bool isSystemOf(int epsg) const;
 
     QString m_definition;
     QString m_name;

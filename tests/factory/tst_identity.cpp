@@ -139,6 +139,12 @@ private Q_SLOTS:
         wkt("Pulkovo_1942", ",AUTHORITY[\"EPSG\",\"28408\"]", 28407);
         wkt("Pulkovo_1942", ",AUTHORITY[\"ESRI\",\"28407\"]", 28407);
         wkt("D_Pulkovo_1942", "", 28407);
+        // A system's name does not make its datum another.
+        row(QString::fromUtf8(NAMED)
+                .arg(QStringLiteral("Pulkovo 1942 / Gauss-Kruger zone 7"), QStringLiteral("Pulkovo_1995"),
+                     QString())
+                .toUtf8(),
+            none);
         row("wkt:GEOGCS[\"WGS 84\",DATUM[\"WGS_1984\",SPHEROID[\"WGS "
             "84\",6378137,298.257223563],TOWGS84[0,0,0,0,0,0,"
             "0]],PRIMEM[\"Greenwich\",0],UNIT[\"degree\",0.0174532925199433],AUTHORITY[\"EPSG\",\"4326\"]]",
