@@ -139,6 +139,14 @@ private Q_SLOTS:
         wkt("Pulkovo_1942", ",AUTHORITY[\"EPSG\",\"28408\"]", 28407);
         wkt("Pulkovo_1942", ",AUTHORITY[\"ESRI\",\"28407\"]", 28407);
         wkt("D_Pulkovo_1942", "", 28407);
+        // Nor does it for another ellipsoid, meridian or axes.
+        const QString nobodys =
+            QString::fromUtf8(NAMED).arg(QStringLiteral("x"), QStringLiteral("Nobody_s_datum"),
+                                         QStringLiteral(",AUTHORITY[\"EPSG\",\"28407\"]"));
+        for (const auto &[figure, other] : {std::pair("6378245,298.3", "6378388,297"),
+                                            {"\"Greenwich\",0", "\"Pulkovo\",30.3"},
+                                            {",AUTHORITY", ",AXIS[\"x\",WEST],AXIS[\"y\",SOUTH],AUTHORITY"}})
+            row(QString(nobodys).replace(QLatin1String(figure), QLatin1String(other)).toUtf8(), none);
         // A system's name does not make its datum another.
         row(QString::fromUtf8(NAMED)
                 .arg(QStringLiteral("Pulkovo 1942 / Gauss-Kruger zone 7"), QStringLiteral("Pulkovo_1995"),
