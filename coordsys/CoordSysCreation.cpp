@@ -59,8 +59,9 @@ QString webMercatorText(const QString &proj)
     static const QRegularExpression term(
         QStringLiteral("\\+(\\w+)=(\\S+)|\\+(\\w+)")); // "+lon_0=0", "+no_defs"
     static const QStringList kept = {
-        QStringLiteral("proj"), QStringLiteral("datum"), QStringLiteral("ellps"),  QStringLiteral("lon_0"),
-        QStringLiteral("x_0"),  QStringLiteral("y_0"),   QStringLiteral("no_defs")};
+        QStringLiteral("proj"),  QStringLiteral("datum"),    QStringLiteral("ellps"),
+        QStringLiteral("lon_0"), QStringLiteral("x_0"),      QStringLiteral("y_0"),
+        QStringLiteral("units"), QStringLiteral("to_meter"), QStringLiteral("no_defs")};
     QString text = proj;
     QString letters;
     for (auto i = radius.globalMatch(proj); i.hasNext();)
@@ -80,7 +81,8 @@ QString webMercatorText(const QString &proj)
         const QRegularExpressionMatch match = i.next();
         const bool bare = !match.captured(3).isEmpty();
         const QString key = bare ? match.captured(3) : match.captured(1);
-        if (!kept.contains(key))
+        const bool isMetre = key == QLatin1String("units") && match.captured(2) == QLatin1String("m");
+        if (!kept.contains(key) || isMetre)
             continue;
         result +=
             bare ? QStringLiteral(" +%1").arg(key) : QStringLiteral(" +%1=%2").arg(key, match.captured(2));
@@ -416,6 +418,8 @@ CoordSystemPtr CoordSysFactory::namedFromWkt(const QString &wkt) const
     const int code = cs->statedEpsg();
     if (code != CoordSystem::EPSG_UNDEFINDED)
         cs->setDescription(nameOfCode(code));
+    else if (identity && identity->kind() == CrsKind::Local && !identity->name().isEmpty())
+        cs->setDescription(identity->name());
     else if (cs->description().isEmpty())
         cs->setNameless();
     return cs;

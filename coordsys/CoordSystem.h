@@ -133,8 +133,9 @@ public:
     /// \name Exports
     /// @{
     /// WKT 1; empty on failure (logged). A system with an EPSG code is written as the database names it, code
-    /// included, with a shift to WGS 84 that its own text states; reading that back gives the same code. May
-    /// search for the code, as epsg().
+    /// included, with a shift to WGS 84 that its own text states; reading that back gives the same code (of
+    /// a compound or three-dimensional system that of its horizontal part). May search for the code, as
+    /// epsg().
     QString exportToWkt() const;
     /// exportToWkt(), but a non-earth plan is written as an equidistant cylinder on the sphere.
     QString exportToWkt2() const;

@@ -96,7 +96,11 @@ int CoordSystem::searchedEpsg(const std::shared_ptr<ProgressHandler> &progress) 
     return remembered(m_searchedEpsg, NotAsked, progress.get(), [&] {
         const IdentityPtr known = m_source.type == Wkt ? identity() : nullptr;
         const int identified = known ? identifiedEpsg(progress, known->definition()) : int(EPSG_UNDEFINDED);
-        return identified != EPSG_UNDEFINDED ? identified : getEpsgFromCrs(progress, srs());
+        if (identified != EPSG_UNDEFINDED)
+            return identified;
+        const int matched = getEpsgFromCrs(progress, srs());
+        const bool isStranger = known && matched > 0 && !known->isSystemOf(matched); // of another known datum
+        return isStranger ? int(EPSG_UNDEFINDED) : matched;
     });
 }
 

@@ -45,9 +45,9 @@ QString givenName(const PJ *root)
 {
     const PjHandle plain = unbound(globalProjContext(), root);
     const QString name = QString::fromUtf8(proj_get_name(plain.get())).trimmed();
-    const bool open = name.compare(QLatin1String("unknown"), Qt::CaseInsensitive) == 0 ||
-                      name.compare(QLatin1String("unnamed"), Qt::CaseInsensitive) == 0;
-    return open ? QString() : name;
+    static const QStringList open = {QStringLiteral("unknown"), QStringLiteral("unnamed"),
+                                     QStringLiteral("Nonearth")}; // GDAL's word for any plan
+    return open.contains(name, Qt::CaseInsensitive) ? QString() : name;
 }
 
 PjHandle registeredCrs(int code)
@@ -129,25 +129,31 @@ SystemIdentity::SystemIdentity(const QString &definition, PjHandle root)
         m_kind = CrsKind::Other;
 }
 
+bool SystemIdentity::isSystemOf(int epsg) const
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const SystemIdentityPtr registered = epsg > 0 && m_crs ? ofCode(epsg) : nullptr;
+    return registered && registered->hasPlane() &&
+           isRegisteredSystem(globalProjContext(), m_crs.get(), registered->crs());
+}
+
 int SystemIdentity::ownCode() const
 {
-    if (m_statedCode <= 0)
-        return CoordSystemTypes::EPSG_UNDEFINDED;
     const QMutexLocker lock(globalProj4Mutex());
-    if (!m_isOwnCode) {
-        const SystemIdentityPtr registered = ofCode(m_statedCode);
-        m_isOwnCode = registered && registered->hasPlane() &&
-                      isRegisteredSystem(globalProjContext(), m_crs.get(), registered->crs());
+    if (!m_ownCode) {
+        const int part = partCode();
+        m_ownCode = isSystemOf(m_statedCode)                   ? m_statedCode
+                    : part != m_statedCode && isSystemOf(part) ? part
+                                                               : int(CoordSystemTypes::EPSG_UNDEFINDED);
     }
-    return *m_isOwnCode ? m_statedCode : CoordSystemTypes::EPSG_UNDEFINDED;
+    return *m_ownCode;
 }
 
 SystemIdentityPtr SystemIdentity::withoutForeignCode() const
 {
     const QMutexLocker lock(globalProj4Mutex());
-    const PjHandle plain = m_crs ? unbound(globalProjContext(), m_crs.get()) : nullptr;
-    const auto stated = plain ? codeOf(plain.get(), QLatin1String("EPSG")) : std::nullopt;
-    if (!stated || ownCode() == *stated || !registeredCrs(*stated))
+    const int stated = partCode();
+    if (stated <= 0 || ownCode() > 0 || !registeredCrs(stated))
         return nullptr;
     const PjHandle bare = withoutCode(globalProjContext(), m_crs.get());
     return bare ? from(wkt2Of(globalProjContext(), bare.get())) : nullptr;
@@ -156,7 +162,9 @@ SystemIdentityPtr SystemIdentity::withoutForeignCode() const
 int SystemIdentity::partCode() const
 {
     const QMutexLocker lock(globalProj4Mutex());
-    return codeOf(m_crs.get(), QLatin1String("EPSG")).value_or(CoordSystemTypes::EPSG_UNDEFINDED);
+    const PjHandle plain = m_crs ? unbound(globalProjContext(), m_crs.get()) : nullptr;
+    const auto code = plain ? codeOf(plain.get(), QLatin1String("EPSG")) : std::nullopt;
+    return code.value_or(CoordSystemTypes::EPSG_UNDEFINDED);
 }
 
 bool SystemIdentity::runsEastAndNorth() const

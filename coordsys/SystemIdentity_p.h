@@ -37,9 +37,11 @@ public:
     const QString &definition() const { return m_definition; }
     /// The name at the root of the text, empty when the text leaves it open.
     const QString &name() const { return m_name; }
-    /// The EPSG code at the root of the text when the database's system of that code is this one, else
-    /// EPSG_UNDEFINDED. An ESRI code counts by its number.
+    /// The EPSG code at the root of the text, or of its horizontal part, when the database's system of that
+    /// code is this one, else EPSG_UNDEFINDED. An ESRI code counts by its number.
     int ownCode() const;
+    /// True when the database's system of an EPSG code is this one.
+    bool isSystemOf(int epsg) const;
     /// The system under no code when its text states one of another EPSG system; else null.
     SystemIdentityPtr withoutForeignCode() const;
     /// The EPSG code of the horizontal part alone.
@@ -74,7 +76,7 @@ private:
     CrsKind m_kind = CrsKind::Other;
     bool m_flattened = false;
     int m_statedCode = CoordSystemTypes::EPSG_UNDEFINDED; ///< as the text has it
-    mutable std::optional<bool> m_isOwnCode;              ///< under the PROJ lock
+    mutable std::optional<int> m_ownCode;                 ///< under the PROJ lock
     PjHandle m_crs;
 };
 

@@ -356,6 +356,11 @@ private Q_SLOTS:
             QVERIFY2(!proj.contains(QLatin1String("+k=")) && !proj.contains(QLatin1String("grids")),
                      qPrintable(proj));
         }
+        QPointF feet;
+        QVERIFY(factory()
+                    ->createFromPrj(QStringLiteral("Earth Projection 10, 157, \"ft\", 0"))
+                    ->forward(QPointF(180, 0), feet));
+        VERIFY_NEAR(feet, QPointF(20037508.342789 / 0.3048, 0), 1e-5);
         // The fix-up leaves no ellipsoid where there is no sphere to replace: the text before it is used.
         const CoordSystemPtr lonLat = factory()->createFromPrj(QStringLiteral("Earth Projection 1, 157"));
         QVERIFY(lonLat->isLatLong());

@@ -139,6 +139,20 @@ private Q_SLOTS:
         wkt("Pulkovo_1942", ",AUTHORITY[\"EPSG\",\"28408\"]", 28407);
         wkt("Pulkovo_1942", ",AUTHORITY[\"ESRI\",\"28407\"]", 28407);
         wkt("D_Pulkovo_1942", "", 28407);
+        // Nor does it for another ellipsoid, meridian or axes.
+        const QString nobodys =
+            QString::fromUtf8(NAMED).arg(QStringLiteral("x"), QStringLiteral("Nobody_s_datum"),
+                                         QStringLiteral(",AUTHORITY[\"EPSG\",\"28407\"]"));
+        for (const auto &[figure, other] : {std::pair("6378245,298.3", "6378388,297"),
+                                            {"\"Greenwich\",0", "\"Pulkovo\",30.3"},
+                                            {",AUTHORITY", ",AXIS[\"x\",WEST],AXIS[\"y\",SOUTH],AUTHORITY"}})
+            row(QString(nobodys).replace(QLatin1String(figure), QLatin1String(other)).toUtf8(), none);
+        // A system's name does not make its datum another.
+        row(QString::fromUtf8(NAMED)
+                .arg(QStringLiteral("Pulkovo 1942 / Gauss-Kruger zone 7"), QStringLiteral("Pulkovo_1995"),
+                     QString())
+                .toUtf8(),
+            none);
         row("wkt:GEOGCS[\"WGS 84\",DATUM[\"WGS_1984\",SPHEROID[\"WGS "
             "84\",6378137,298.257223563],TOWGS84[0,0,0,0,0,0,"
             "0]],PRIMEM[\"Greenwich\",0],UNIT[\"degree\",0.0174532925199433],AUTHORITY[\"EPSG\",\"4326\"]]",
@@ -152,6 +166,7 @@ private Q_SLOTS:
                 found);
         // Horizontal parts.
         row("epsg:7405", 7405);
+        row((QStringLiteral("wkt:") + wktOf(made("epsg:7405"), PJ_WKT1_GDAL)).toUtf8(), 7405);
         row("epsg:4979", 4979);
         row("proj:+proj=longlat +datum=WGS84 +vunits=m +no_defs", 4326);
     }
@@ -169,6 +184,8 @@ private Q_SLOTS:
 
     void namesOfTexts()
     {
+        QCOMPARE(made("wkt:LOCAL_CS[\"Мой участок\",UNIT[\"metre\",1]]")->description(),
+                 QStringLiteral("Мой участок"));
         for (const QString &name : {QStringLiteral("Мой город / сетка (местная)"),
                                     QStringLiteral("D'Arcy's [grid]"), QStringLiteral("a/b")}) {
             const CoordSystemPtr cs = made(QString::fromUtf8(NAMED)

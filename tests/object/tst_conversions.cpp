@@ -75,6 +75,8 @@ private Q_SLOTS:
         geographic->setAffineTransform(std::make_unique<QTransform>(0, 1, -1, 0, 0, 0)); // a quarter turn
         QVERIFY(geographic->forward(QRectF(1, 0, 2, 1), out));
         VERIFY_NEAR(out, scaled(QRectF(-1, 1, 1, 2)), 1e-8);
+        QVERIFY(geographic->inverse(QRectF(out), out));
+        VERIFY_NEAR(out, QRectF(1, 0, 2, 1), 1e-12);
         VERIFY_BOTH_WAYS(*geographic, QPointF(3, 1), QPointF(-1, 3) * METRES_PER_DEGREE, 1e-8, 1e-12);
         for (const CoordSystemPtr &cs : {proj("+proj=merc +R=6370997"), geographic})
             for (const QRectF &empty :
@@ -230,6 +232,8 @@ private Q_SLOTS:
             removeHelmertFromProjString("+proj=x +nadgrids=a +towgs84=1 +geoidgrids=b +no_defs"_s, removed),
             "+proj=x    +no_defs"_s);
         QVERIFY(removed);
+        for (const char *term : {"+towgs84=1", "+nadgrids=a", "+geoidgrids=b"})
+            QVERIFY(removeHelmertFromProjString(QString::fromUtf8(term), removed).isEmpty() && removed);
     }
 };
 

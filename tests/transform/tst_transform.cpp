@@ -88,6 +88,9 @@ private Q_SLOTS:
         const CoordTransform t(plain, bent);
         VERIFY_BOTH_WAYS(t, QPointF(10, 20), QPointF(53, 146), 1e-6, 1e-6);
         VERIFY_BOTH_WAYS(CoordTransform(bent, plain), QPointF(53, 146), QPointF(10, 20), 1e-6, 1e-6);
+        QVector<QPointF> list{QPointF(53, 146)};
+        QVERIFY(CoordTransform(bent, plain).forward(list, list));
+        VERIFY_NEAR(list.first(), QPointF(10, 20), 1e-6);
         // Small coefficients count: x' = 1e-13 x, y' = 1e-14 x + 1e-13 y. A micrometre is 1e-19 there.
         const CoordSystemPtr tiny =
             made(QStringLiteral("prj:CoordSys NonEarth Units \"m\" Affine Units \"m\", "
