@@ -62,7 +62,7 @@ nivora_package(doc nivora-cs-doc ALL SECTION doc DEPENDS ""
     DESCRIPTION "coordinate systems and transformations for desktop GIS\n Pages, examples and, when doxygen was there, the reference.")
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc
-        FILES_MATCHING PATTERN "*.md")
+        FILES_MATCHING PATTERN "*.md" PATTERN "*.png")
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
 install(DIRECTORY ${PROJECT_BINARY_DIR}/reference/html DESTINATION ${CMAKE_INSTALL_DOCDIR}/reference OPTIONAL
         COMPONENT doc)

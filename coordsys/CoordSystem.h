@@ -202,7 +202,7 @@ public:
 private:
     friend class CoordSysFactory;
     friend class CoordTransformCache;
-    friend class SystemFacts;
+    friend struct SystemFacts;
     friend class MadeSystems;
     using IdentityPtr = std::shared_ptr<const SystemIdentity>;
 

@@ -45,7 +45,7 @@ struct CoordSystemFilterModel::Answer
 };
 
 /// A question with all that is needed to answer it, so that any thread can.
-struct CoordSystemFilterModel::Query
+struct NIVORA_CS_NO_EXPORT CoordSystemFilterModel::Query
 {
     using Entries = QVector<Entry>;
     using Place = std::optional<QRectF>;

@@ -4,7 +4,12 @@
 #include <coordsys/ProjEngine_p.h>
 #include <platform/Logger.h>
 
+#include <gdal_version.h>
+
 #include <QMutexLocker>
+
+// The driver's choices that are mended here were read off 3.6; headers may be older than the package says.
+static_assert(GDAL_VERSION_NUM >= GDAL_COMPUTE_VERSION(3, 6, 0), "GDAL before 3.6 is not supported");
 
 namespace nivora::cs {
 namespace {

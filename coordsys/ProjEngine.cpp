@@ -17,6 +17,9 @@
 #include <limits>
 #include <vector>
 
+static_assert(PROJ_VERSION_MAJOR > 9 || (PROJ_VERSION_MAJOR == 9 && PROJ_VERSION_MINOR >= 1),
+              "PROJ before 9.1 is not supported");
+
 namespace nivora::cs {
 namespace {
 

@@ -85,7 +85,8 @@ std::string romanNumeral(const std::string &number)
 {
     static const char *const ones[] = {"", "i", "ii", "iii", "iv", "v", "vi", "vii", "viii", "ix"};
     const int value = number.size() <= 2 ? std::stoi(number) : 0;
-    return value < 40 ? std::string(static_cast<std::size_t>(value / 10), 'x') + ones[value % 10] : std::string();
+    return value < 40 ? std::string(static_cast<std::size_t>(value / 10), 'x') + ones[value % 10]
+                      : std::string();
 }
 
 SearchWords searchWords(const std::vector<std::string> &words)

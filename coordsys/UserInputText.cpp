@@ -38,13 +38,15 @@ const QVector<QRegularExpression> &codeForms()
                 R"(^https?://(www\.)?spatialreference\.org/ref/(?<authority>[\w-]+)/(?<code>[\w-]+)(/.*)?$)",
                 R"(^(https?://)?(www\.)?epsg\.io/((?<authority>ESRI):)?(?<code>\d+)([-./].*)?$)",
                 R"(^(https?://)?(www\.)?epsg\.org/crs[_/](?<code>\d+)(/.*)?$)",
-                R"(^SRID\s*[=:\s]\s*(?<code>\d+)$)",                        // SRID=4326
-                R"(^(\D[^:]*[\s(\[])?(?<authority>EPSG|ESRI|IGNF|OGC):(?<code>\w+)[)\]]?$)", // WGS 84 (EPSG:4326)
-                R"(^(?<authority>EPSG|ESRI|IGNF|OGC):(?<code>\w+)\s*[-–—(,\s]\s*[^+\d:][^:]*$)", // EPSG:4326 - WGS 84
+                R"(^SRID\s*[=:\s]\s*(?<code>\d+)$)",                                         // SRID=4326
+                R"(^(\D[^:]*[\s(\[])?(?<authority>EPSG|ESRI|IGNF|OGC):(?<code>\w+)[)\]]?$)", // WGS 84
+                                                                                             // (EPSG:4326)
+                R"(^(?<authority>EPSG|ESRI|IGNF|OGC):(?<code>\w+)\s*[-–—(,\s]\s*[^+\d:][^:]*$)", // EPSG:4326
+                                                                                                 // - WGS 84
                 R"(^(?<code>CRS(84h?|83|27))$)",
-                R"(^(?<authority>CRS)\s*:\s*(?<code>\d+)$)",                // CRS:84
+                R"(^(?<authority>CRS)\s*:\s*(?<code>\d+)$)",                                   // CRS:84
                 R"(^(?<authority>[A-Za-z]\w*)\s*:((?<version>[\d.]*):)?\s*(?<code>[\w.-]+)$)", // EPSG::4326
-                R"(^(?<authority>EPSG|ESRI)[\s#=_/-]*(code|код)?[\s#=:]*(?<code>\d+)$)",        // epsg 4326
+                R"(^(?<authority>EPSG|ESRI)[\s#=_/-]*(code|код)?[\s#=:]*(?<code>\d+)$)",       // epsg 4326
             })
             forms << QRegularExpression(QString::fromUtf8(form), anyCase);
         return forms;
@@ -71,7 +73,8 @@ std::optional<CodeReference> oneCode(const QString &text)
 QString withoutEnds(QString text)
 {
     static const QRegularExpression ends(QStringLiteral("[\\s.,;:/]+$"));
-    static const QRegularExpression brackets(QStringLiteral("^(?:\\[([^][]*)\\]|\\(([^()]*)\\)|<([^<>]*)>|\\{([^{}]*)\\})$"));
+    static const QRegularExpression brackets(
+        QStringLiteral("^(?:\\[([^][]*)\\]|\\(([^()]*)\\)|<([^<>]*)>|\\{([^{}]*)\\})$"));
     text.remove(ends);
     const QRegularExpressionMatch match = brackets.match(text);
     return match.hasMatch() ? match.captured(match.lastCapturedIndex()).trimmed() : text;
@@ -201,17 +204,16 @@ std::optional<CodeReference> initCodeOf(const QString &proj)
 std::optional<DatedText> datedTextOf(const QString &text)
 {
     // "COORDINATEMETADATA[GEOGCRS[…],EPOCH[2016.47]]"
-    static const QRegularExpression wkt(
-        QStringLiteral("^COORDINATEMETADATA\\s*[[(]\\s*(.*?)\\s*(?:,\\s*EPOCH\\s*[[(]\\s*([\\d.]+)\\s*[\\])]\\s*)?[\\])]$"),
-        anyCase | QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression wkt(QStringLiteral("^COORDINATEMETADATA\\s*[[(]\\s*(.*?)\\s*(?:,\\s*"
+                                                       "EPOCH\\s*[[(]\\s*([\\d.]+)\\s*[\\])]\\s*)?[\\])]$"),
+                                        anyCase | QRegularExpression::DotMatchesEverythingOption);
     // "EPSG:9057@2016.47"
     static const QRegularExpression code(QStringLiteral("^(\\w+:\\w+)\\s*@\\s*(\\d+(?:\\.\\d*)?)$"));
     for (const QRegularExpression &form : {wkt, code})
         if (const QRegularExpressionMatch match = form.match(text); match.hasMatch())
             return DatedText{match.captured(1), match.captured(2)};
-    const QJsonObject json = text.startsWith(QLatin1Char('{'))
-                                 ? QJsonDocument::fromJson(text.toUtf8()).object()
-                                 : QJsonObject();
+    const QJsonObject json =
+        text.startsWith(QLatin1Char('{')) ? QJsonDocument::fromJson(text.toUtf8()).object() : QJsonObject();
     if (json.value(QLatin1String("type")) != QLatin1String("CoordinateMetadata"))
         return std::nullopt;
     const QJsonObject crs = json.value(QLatin1String("crs")).toObject();
@@ -228,7 +230,8 @@ bool isAutoText(const QString &text)
 
 std::optional<QString> autoTextOf(const QString &text)
 {
-    // "AUTO:42001,-93,0", with a unit's EPSG code "AUTO:42001,9001,-93,0", with its metres "AUTO2:42001,1,-93,0"
+    // "AUTO:42001,-93,0", with a unit's EPSG code "AUTO:42001,9001,-93,0", with its metres
+    // "AUTO2:42001,1,-93,0"
     static const QRegularExpression form(
         QStringLiteral("^AUTO(?::(\\d+,(?:\\d+,)?)|2:(\\d+,)1(?:\\.0*)?,)([-+\\d.]+,[-+\\d.]+)$"), anyCase);
     const QRegularExpressionMatch match = form.match(QString(text).remove(QLatin1Char(' ')));

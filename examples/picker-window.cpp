@@ -4,9 +4,11 @@
 #include <coordsys/CoordSysFactory.h>
 #include <coordsys/CoordSystem.h>
 #include <widgets/CoordSystemPicker.h>
+#include <widgets/WidgetTranslations.h>
 
 #include <QApplication>
 #include <QLabel>
+#include <QStandardPaths>
 #include <QTextStream>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -16,9 +18,11 @@ using namespace nivora::cs;
 int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
+    installWidgetTranslations(QStringLiteral("en")); // before the widgets
     const QStringList arguments = app.arguments();
+    const QString ownSystems = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
     const auto factory =
-        std::make_shared<CoordSysFactory>(arguments.value(1), QString(), QStringLiteral("en"));
+        std::make_shared<CoordSysFactory>(arguments.value(1), ownSystems, QStringLiteral("en"));
     if (!factory->initCoordSystemEnvironment())
         return 1;
     CoordSysFactory::setDefaultCoordSysFactory(factory);

@@ -12,6 +12,10 @@
 #include <coordsys/TABProjInfo.h>
 #include <coordsys/UserCoordSystem.h>
 
+#include <MapInfoFiles.h>
+
+#include <QBuffer>
+
 #include <cstring>
 #include <type_traits>
 
@@ -136,4 +140,28 @@ void fuzzMapHeader(const QByteArray &input)
     const MapHeaderCoordsysConverter converter;
     converter.tabProjInfoToInnerString(record.projection);
     converter.prjStrToTABProjInfo(coordSysText(record));
+}
+
+/// What convert reads of a MIF itself, and puts into one that a driver wrote.
+void fuzzMif(const QByteArray &input)
+{
+    Workshop::put("layer.mif", input);
+    const QString path = Workshop::dir().filePath(QStringLiteral("layer.mif"));
+    require(!encodingLike(path).isEmpty(), "a MIF has an encoding");
+    coordSysOfMif(path);
+    const QString clause = QStringLiteral("CoordSys Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0");
+    replaceCoordSysOfMif(path, clause);
+    require(coordSysOfMif(path) == clause, "the clause that was put in is the one that is read");
+}
+
+/// What convert does to the header of a table that a driver wrote.
+void fuzzMapFile(const QByteArray &input)
+{
+    Workshop::put("layer.map", input);
+    const QString path = Workshop::dir().filePath(QStringLiteral("layer.map"));
+    const MapHeaderRecord before = readMapHeader(path);
+    replaceMapHeader(path, before);
+    const MapHeaderRecord after = readMapHeader(path);
+    const QString text = coordSysText(before);
+    require(coordSysText(after) == text, "a record that was put in is the one that is read");
 }

@@ -15,6 +15,8 @@ constexpr FuzzTarget targets[] = {
     {"wkt", fuzzWkt},
     {"tagged", fuzzTagged},
     {"clauses", fuzzClauses},
+    {"userinput", fuzzUserInput},
+    {"systemfile", fuzzSystemFile},
     {"catalogue", fuzzCatalogue},
     {"parameters", fuzzParameters},
     {"bounds", fuzzBounds},
@@ -22,8 +24,12 @@ constexpr FuzzTarget targets[] = {
     {"user", fuzzUser},
     {"places", fuzzPlaces},
     {"record", fuzzRecord},
+    {"mapheader", fuzzMapHeader},
+    {"mif", fuzzMif},
+    {"mapfile", fuzzMapFile},
     {"mgrs", fuzzMgrs},
     {"pointline", fuzzPointLine},
+    {"csv", fuzzCsv},
 };
 
 const FuzzTarget *chosen = nullptr;

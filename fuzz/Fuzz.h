@@ -28,6 +28,8 @@ void fuzzUser(const QByteArray &input);
 void fuzzPlaces(const QByteArray &input);
 void fuzzRecord(const QByteArray &input);
 void fuzzMapHeader(const QByteArray &input);
+void fuzzMif(const QByteArray &input);
+void fuzzMapFile(const QByteArray &input);
 
 // Points.
 void fuzzMgrs(const QByteArray &input);

@@ -51,10 +51,10 @@ void fuzzPointLine(const QByteArray &input)
 {
     QPointF point;
     Columns columns;
-    std::string why;
+    Reason why;
     const std::string line = input.toStdString();
     if (!XyReader().read(line, point, columns, why)) {
-        require(!why.empty(), "a refusal has a reason");
+        require(!why.isEmpty(), "a refusal has a reason");
         return;
     }
     require(std::isfinite(point.x()) && std::isfinite(point.y()), "a coordinate is a number");
@@ -74,8 +74,8 @@ void fuzzCsv(const QByteArray &input)
         require(length <= left.size(), "a line ends within the text");
         QPointF point;
         Columns columns;
-        std::string why;
-        require(head.reader->read(left.substr(0, length), point, columns, why) || !why.empty(),
+        Reason why;
+        require(head.reader->read(left.substr(0, length), point, columns, why) || !why.isEmpty(),
                 "a refusal has a reason");
         left.remove_prefix(std::min(left.size(), length + 1));
     }

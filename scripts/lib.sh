@@ -1,4 +1,4 @@
-# Shared by scripts/run and scripts/test: bring a Debian 12 machine to the point where the tree builds.
+# Shared by the other scripts: bring a Debian 12 machine to the point where the tree builds.
 # Sourced, with the working directory anywhere. Everything printed here goes to stderr.
 
 set -euo pipefail
@@ -59,4 +59,35 @@ configure() {
         rm -rf "$ROOT/build/$preset"
     fi
     (cd "$ROOT" && cmake --preset "$preset" "$@") </dev/null
+}
+
+# build_program NAME: builds it by the release preset and puts its path into PROGRAM. The program has stdin and stdout for
+# itself: nothing here reads or writes them, the log is shown when something fails.
+build_program() {
+    local log="$ROOT/build/$1.log" status
+    PROGRAM="$ROOT/build/release/bin/$1"
+    mkdir -p "$ROOT/build" || die "cannot write to $ROOT"
+    # Two runs in one pipe must not build into one directory at the same time.
+    exec 9>"$ROOT/build/.lock"
+    flock 9
+    [ -x "$PROGRAM" ] || say "first run: preparing, see $log"
+    # Not "if ! …": a condition would switch errexit off inside.
+    set +e
+    (
+        set -e
+        ensure_packages "${BUILD_PACKAGES[@]}"
+        if [ ! -f "$ROOT/build/release/build.ninja" ] ||
+            ! grep -Fqx "CMAKE_HOME_DIRECTORY:INTERNAL=$ROOT" "$ROOT/build/release/CMakeCache.txt"; then
+            say "configuring"
+            configure release
+        fi
+        cmake --build "$ROOT/build/release" --target "bin/$1"
+    ) </dev/null >"$log" 2>&1 9>&-
+    status=$?
+    set -e
+    if [ "$status" -ne 0 ]; then
+        cat "$log" >&2
+        die "set-up failed"
+    fi
+    exec 9>&-
 }

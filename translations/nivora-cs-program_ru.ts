@@ -174,39 +174,6 @@ Options:
         <translation>Этот текст.</translation>
     </message>
     <message>
-        <source>CS is a coordinate system, in any of these notations:
-  32637                 EPSG code; also EPSG:32637, urn:ogc:def:crs:EPSG::32637,
-                        other authorities (ESRI:102100) and OGC:CRS84
-  &apos;ETRS89 / UTM zone 32N&apos;
-                        a name of the EPSG database or of the catalogue
-  &apos;+proj=utm +zone=37&apos;  PROJ string
-  &apos;PROJCS[&quot;...&quot;]&apos;       WKT 1, WKT 2, WKT of Esri, PROJJSON
-  &apos;CoordSys Earth Projection 1, 104&apos;
-                        MapInfo CoordSys string; also a line of a catalogue file
-  oracle:8307           Oracle Spatial number
-  @FILE                 a .prj, .qpj, .wkt, .mif or .tab file
-
-x is always first: longitude or easting, then latitude or northing, whatever
-order an authority has for the system. Angles are degrees. The decimal mark is
-the point.
-</source>
-        <translation>CS — система координат в любой из этих записей:
-  32637                 код EPSG; также EPSG:32637, urn:ogc:def:crs:EPSG::32637,
-                        другие организации (ESRI:102100) и OGC:CRS84
-  &apos;ETRS89 / UTM zone 32N&apos;
-                        название из базы EPSG или из каталога
-  &apos;+proj=utm +zone=37&apos;  строка PROJ
-  &apos;PROJCS[&quot;...&quot;]&apos;       WKT 1, WKT 2, WKT фирмы Esri, PROJJSON
-  &apos;CoordSys Earth Projection 1, 104&apos;
-                        строка CoordSys MapInfo; также строка файла каталога
-  oracle:8307           номер Oracle Spatial
-  @FILE                 файл .prj, .qpj, .wkt, .mif или .tab
-
-x всегда первый: долгота или восток, затем широта или север, какой бы порядок
-ни был у системы в базе. Углы в градусах. Дробная часть отделяется точкой.
-</translation>
-    </message>
-    <message>
         <source>--format takes %1, not &quot;%2&quot;</source>
         <translation>--format принимает %1, а не «%2»</translation>
     </message>
@@ -399,10 +366,6 @@ Exit status: 0 done; 1 some lines or entries failed; 2 nothing could be done.
         <translation>0 — сделано; 1 — часть строк или записей не удалась; 2 — ничего не сделано.</translation>
     </message>
     <message>
-        <source>%1, line %2: no point</source>
-        <translation>%1, строка %2: не точка</translation>
-    </message>
-    <message>
         <source>measure takes one file</source>
         <translation>measure принимает один файл</translation>
     </message>
@@ -443,24 +406,6 @@ Area when closed: %2 m²
     <message>
         <source>Length, azimuths and area on the ellipsoid of a system.</source>
         <translation>Длина, азимуты и площадь на эллипсоиде системы.</translation>
-    </message>
-    <message>
-        <source>Reads a line of points, x and y on each line of the FILE or of standard input, and
-writes its length along geodesics of the system&apos;s own ellipsoid; of two points also
-the azimuths (from north, clockwise), of more the perimeter and area of the polygon
-that the points make when it is closed.
-
-Examples:
-  printf &apos;37.6 55.75\n30.3 59.94\n&apos; | nivora-cs measure --cs 4326
-</source>
-        <translation>Читает линию из точек, по x и y в каждой строке файла или стандартного ввода, и
-пишет её длину по геодезическим эллипсоида системы; для двух точек также азимуты
-(от севера по часовой стрелке), для большего числа — периметр и площадь
-многоугольника, который получится, если линию замкнуть.
-
-Примеры:
-  printf &apos;37.6 55.75\n30.3 59.94\n&apos; | nivora-cs measure --cs 4326
-</translation>
     </message>
     <message>
         <source>The system of the points.</source>
@@ -772,10 +717,6 @@ Examples:
         <translation>%1 м с сеткой %2</translation>
     </message>
     <message>
-        <source>as CoordSys text %1 m away</source>
-        <translation>запись CoordSys расходится с этим на %1 м</translation>
-    </message>
-    <message>
         <source>The branch of the entry, &quot;Каталог&quot; when not given.</source>
         <translation>Ветвь записи, по умолчанию «Каталог».</translation>
     </message>
@@ -806,28 +747,6 @@ Examples:
     <message>
         <source>cannot make a pipe: %1</source>
         <translation>не удалось создать канал: %1</translation>
-    </message>
-    <message>
-        <source>Reads and writes as transform does, but for tables: x and y become one reference,
-further columns are passed on. The points are brought to WGS 84 first. Digits are cut off, not
-rounded: a reference names the cell that the point lies in. With --inverse a line
-begins with a reference (&quot;37UDB1234567890&quot; or &quot;37U DB 12345 67890&quot;) and the answer
-is the south-west corner of its cell.
-
-Examples:
-  echo 37.6173 55.7558 | nivora-cs mgrs --cs 4326
-  echo 37UDB1324979476 | nivora-cs mgrs --cs 28407 --inverse
-</source>
-        <translation>Читает и пишет как transform, только без таблиц: x и y становятся одной ссылкой,
-остальные столбцы передаются дальше. Точки сначала переводятся на WGS 84. Цифры
-отбрасываются, а не округляются: ссылка называет клетку, в которой лежит точка.
-С --inverse строка начинается ссылкой (&quot;37UDB1234567890&quot; или &quot;37U DB 12345 67890&quot;),
-а ответ - юго-западный угол её клетки.
-
-Примеры:
-  echo 37.6173 55.7558 | nivora-cs mgrs --cs 4326
-  echo 37UDB1324979476 | nivora-cs mgrs --cs 28407 --inverse
-</translation>
     </message>
     <message>
         <source>Commas inside numbers are decimal marks.</source>
@@ -999,6 +918,499 @@ N S E W или С Ю В З. Сначала x, если буквы не гово�
     <message>
         <source>Column for the new y. Without these the new x and y replace the old.</source>
         <translation>Столбец для нового y. Без этих параметров новые x и y заменяют старые.</translation>
+    </message>
+    <message>
+        <source>is no number</source>
+        <translation>не число</translation>
+    </message>
+    <message>
+        <source>has a sign and a hemisphere</source>
+        <translation>есть и знак, и полушарие</translation>
+    </message>
+    <message>
+        <source>has decimals before its last part</source>
+        <translation>дробная часть стоит не в последней доле</translation>
+    </message>
+    <message>
+        <source>has minutes out of range</source>
+        <translation>минуты вне допустимых пределов</translation>
+    </message>
+    <message>
+        <source>has seconds out of range</source>
+        <translation>секунды вне допустимых пределов</translation>
+    </message>
+    <message>
+        <source>has degrees out of range</source>
+        <translation>градусы вне допустимых пределов</translation>
+    </message>
+    <message>
+        <source>%1 is UTF-16: convert it to UTF-8 first</source>
+        <translation>%1 в кодировке UTF-16: сначала переведите в UTF-8</translation>
+    </message>
+    <message>
+        <source>--segmentize takes metres greater than 0, not &quot;%1&quot;</source>
+        <translation>--segmentize: метры больше 0, а не «%1»</translation>
+    </message>
+    <message>
+        <source>convert reads and writes files, no pipes: &quot;-&quot; is none</source>
+        <translation>convert читает и пишет файлы, а не каналы: «-» не файл</translation>
+    </message>
+    <message>
+        <source>%1 does not say its coordinate system; give --from</source>
+        <translation>%1 не сообщает систему координат; укажите --from</translation>
+    </message>
+    <message>
+        <source>%1 cannot carry the affine transformation of the system; the coordinates are written in its projection&apos;s plane</source>
+        <translation>%1 не может хранить аффинное преобразование системы; координаты записываются в плоскости её проекции</translation>
+    </message>
+    <message>
+        <source>cannot write %1: %2</source>
+        <translation>не могу записать %1: %2</translation>
+    </message>
+    <message>
+        <source>note: %1</source>
+        <translation>замечание: %1</translation>
+    </message>
+    <message>
+        <source>lost: %1</source>
+        <translation>потеряно: %1</translation>
+    </message>
+    <message>
+        <source>%1 of %2 features left out; see %3</source>
+        <translation>пропущено объектов: %1 из %2; см. %3</translation>
+    </message>
+    <message>
+        <source>A file of features into another system, another format, or both.</source>
+        <translation>Файл объектов в другую систему, другой формат или и то и другое.</translation>
+    </message>
+    <message>
+        <source>Reads and writes every vector format that GDAL knows (nivora-cs list-formats), all
+layers and attributes included. The format of OUT follows from its extension.
+Without --to only the format changes. The CoordSys clause of a MIF and the
+projection of a TAB are read as they stand, affine transformation and bounds
+included, and a MIF or TAB gets exactly its system.
+OUT appears whole or not at all. What its format cannot hold - the system, an
+affine transformation, a column, curves, heights - is refused, unless --lossy is
+given; then it is told on stderr. Features that cannot be transformed are left
+out and listed in OUT&apos;s name with .rejected.csv; the exit status is 1 then.
+
+Examples:
+  nivora-cs convert parcels.tab parcels.gpkg --to 4326
+  nivora-cs convert --from 28407 --to &apos;CoordSys Earth Projection 1, 104&apos; roads.shp roads.mif
+  nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
+</source>
+        <translation>Читает и пишет все векторные форматы, которые знает GDAL (nivora-cs list-formats),
+со всеми слоями и атрибутами. Формат OUT следует из расширения. Без --to меняется
+только формат. Предложение CoordSys файла MIF и проекция таблицы TAB читаются как
+есть, с аффинным преобразованием и границами, и MIF или TAB получает в точности
+свою систему.
+OUT появляется целиком или не появляется. Что его формат не хранит - систему,
+аффинное преобразование, столбец, кривые, высоты - вызывает отказ, если не указан
+--lossy; тогда об этом сообщается в stderr. Объекты, которые не преобразуются,
+пропускаются и перечисляются в файле с именем OUT и окончанием .rejected.csv; код
+завершения тогда 1.
+
+Примеры:
+  nivora-cs convert parcels.tab parcels.gpkg --to 4326
+  nivora-cs convert --from 28407 --to &apos;CoordSys Earth Projection 1, 104&apos; roads.shp roads.mif
+  nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
+</translation>
+    </message>
+    <message>
+        <source>The system of OUT; that of IN when not given.</source>
+        <translation>Система OUT; если не указана, система IN.</translation>
+    </message>
+    <message>
+        <source>The system of IN, whatever the file says.</source>
+        <translation>Система IN, что бы ни сообщал файл.</translation>
+    </message>
+    <message>
+        <source>The format of OUT, whatever its extension.</source>
+        <translation>Формат OUT, каким бы ни было расширение.</translation>
+    </message>
+    <message>
+        <source>Go on without what the format cannot hold.</source>
+        <translation>Обойтись без того, что формат не хранит.</translation>
+    </message>
+    <message>
+        <source>Replace OUT.</source>
+        <translation>Заменить OUT.</translation>
+    </message>
+    <message>
+        <source>Add vertices where a straight edge bends by more than M metres in OUT.</source>
+        <translation>Добавить вершины там, где прямое ребро в OUT изгибается больше чем на M метров.</translation>
+    </message>
+    <message>
+        <source>the table has a column &quot;%1&quot; already: give --%2</source>
+        <translation>в таблице уже есть столбец «%1»: укажите --%2</translation>
+    </message>
+    <message>
+        <source>is missing</source>
+        <translation>отсутствует</translation>
+    </message>
+    <message>
+        <source>could be read as one number with thousands or with decimals: give --decimal-comma for decimals</source>
+        <translation>можно прочитать и как тысячи, и как дробь: для дробей укажите --decimal-comma</translation>
+    </message>
+    <message>
+        <source>the line has too few columns for the result</source>
+        <translation>в строке мало столбцов для результата</translation>
+    </message>
+    <message>
+        <source>the new columns&apos; names would be UTF-8 in a table that is not</source>
+        <translation>имена новых столбцов были бы в UTF-8, а таблица нет</translation>
+    </message>
+    <message>
+        <source>%1 (the line is not UTF-8: see --encoding)</source>
+        <translation>%1 (строка не в UTF-8: см. --encoding)</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; cannot be read to its end: %2</source>
+        <translation>«%1» не читается до конца: %2</translation>
+    </message>
+    <message>
+        <source>no format is written to files ending in &quot;.%1&quot;; give --format (see nivora-cs list-formats)</source>
+        <translation>нет формата для записи файлов с расширением «.%1»; укажите --format (см. nivora-cs list-formats)</translation>
+    </message>
+    <message>
+        <source>no format &quot;%1&quot; can be written; see nivora-cs list-formats</source>
+        <translation>нет формата «%1» для записи; см. nivora-cs list-formats</translation>
+    </message>
+    <message>
+        <source>The file formats that convert reads and writes.</source>
+        <translation>Форматы файлов, которые читает и пишет convert.</translation>
+    </message>
+    <message>
+        <source>A line each: name (for --format), r when it can be read and w when it can be
+written, the extensions of its files, and what it is; separated by tabs.
+
+Example:
+  nivora-cs list-formats | grep -i mapinfo
+</source>
+        <translation>По строке на формат: имя (для --format), r, если читается, и w, если пишется,
+расширения файлов и что это такое; через табуляцию.
+
+Пример:
+  nivora-cs list-formats | grep -i mapinfo
+</translation>
+    </message>
+    <message>
+        <source>the layer &quot;%1&quot; cannot be written: %2</source>
+        <translation>слой «%1» не записывается: %2</translation>
+    </message>
+    <message>
+        <source>only the first of %1 geometries of &quot;%2&quot; is written</source>
+        <translation>записывается только первая из геометрий слоя «%2», всего их %1</translation>
+    </message>
+    <message>
+        <source>the column &quot;%1&quot; cannot be written: %2</source>
+        <translation>столбец «%1» не записывается: %2</translation>
+    </message>
+    <message>
+        <source>the column &quot;%1&quot; gets the name &quot;%2&quot;</source>
+        <translation>столбец «%1» получает имя «%2»</translation>
+    </message>
+    <message>
+        <source>the column &quot;%1&quot; is %2, not %3</source>
+        <translation>столбец «%1» имеет тип %2, а не %3</translation>
+    </message>
+    <message>
+        <source>a feature of &quot;%1&quot; cannot be written: %2</source>
+        <translation>объект слоя «%1» не записывается: %2</translation>
+    </message>
+    <message>
+        <source>%1: its coordinate system cannot be used (%2); give --from</source>
+        <translation>%1: его система координат непригодна (%2); укажите --from</translation>
+    </message>
+    <message>
+        <source>%1; --lossy goes on without</source>
+        <translation>%1; с --lossy без этого можно обойтись</translation>
+    </message>
+    <message>
+        <source>%1 has no header of a MIF</source>
+        <translation>в %1 нет заголовка MIF</translation>
+    </message>
+    <message>
+        <source>MapInfo&apos;s formats cannot carry this system: %1</source>
+        <translation>форматы MapInfo не могут хранить эту систему: %1</translation>
+    </message>
+    <message>
+        <source>no grid reference</source>
+        <translation>не ссылка на сетку</translation>
+    </message>
+    <message>
+        <source>the point has no grid reference</source>
+        <translation>у точки нет ссылки на сетку</translation>
+    </message>
+    <message>
+        <source>--%1 is not for --inverse</source>
+        <translation>--%1 не сочетается с --inverse</translation>
+    </message>
+    <message>
+        <source>--%1 is for --inverse</source>
+        <translation>--%1 имеет смысл только с --inverse</translation>
+    </message>
+    <message>
+        <source>The table&apos;s column of references: a new one, &quot;mgrs&quot;, when not given; 1 with --inverse.</source>
+        <translation>Столбец ссылок таблицы: если не указан, новый, «mgrs»; с --inverse первый.</translation>
+    </message>
+    <message>
+        <source>With --inverse: the column for x, a new one, &quot;x&quot;, when not given.</source>
+        <translation>С --inverse: столбец для x; если не указан, новый, «x».</translation>
+    </message>
+    <message>
+        <source>With --inverse: the column for y, a new one, &quot;y&quot;, when not given.</source>
+        <translation>С --inverse: столбец для y; если не указан, новый, «y».</translation>
+    </message>
+    <message>
+        <source>Characters of the files, such as windows-1251 or CP866; UTF-8 when not given.</source>
+        <translation>Кодировка файлов, например windows-1251 или CP866; если не указана, UTF-8.</translation>
+    </message>
+    <message>
+        <source>is too large or too small for a number</source>
+        <translation>число слишком велико или слишком мало</translation>
+    </message>
+    <message>
+        <source>the format holds no heights: they are left out</source>
+        <translation>формат не хранит высот: они отбрасываются</translation>
+    </message>
+    <message>
+        <source>the format holds no measures: they are left out</source>
+        <translation>формат не хранит мер: они отбрасываются</translation>
+    </message>
+    <message>
+        <source>the format holds no curves: they become polylines</source>
+        <translation>формат не хранит кривых: они становятся ломаными</translation>
+    </message>
+    <message>
+        <source>the format holds no surfaces: they become polygons</source>
+        <translation>формат не хранит поверхностей: они становятся полигонами</translation>
+    </message>
+    <message>
+        <source>the format carries no coordinate system (%1)</source>
+        <translation>формат не хранит системы координат (%1)</translation>
+    </message>
+    <message>
+        <source>the format carries another system, %1 instead of %2: places are off by %3</source>
+        <translation>формат хранит другую систему, %1 вместо %2: точки сдвинуты на %3</translation>
+    </message>
+    <message>
+        <source>the format holds no such geometries: they are left out</source>
+        <translation>формат не хранит таких геометрий: они отбрасываются</translation>
+    </message>
+    <message>
+        <source>could be read as two numbers or as one with a decimal comma: give --decimal-comma, or --csv when commas separate</source>
+        <translation>можно прочитать и как два числа, и как одно с десятичной запятой: укажите --decimal-comma или, если запятые разделяют, --csv</translation>
+    </message>
+    <message>
+        <source>commas could group thousands or be decimal marks: give --decimal-comma for decimals</source>
+        <translation>запятые могут отделять тысячи или дробную часть: для дробей укажите --decimal-comma</translation>
+    </message>
+    <message>
+        <source>the first angle</source>
+        <translation>первый угол</translation>
+    </message>
+    <message>
+        <source>the second angle</source>
+        <translation>второй угол</translation>
+    </message>
+    <message>
+        <source>both coordinates are latitudes</source>
+        <translation>обе координаты - широты</translation>
+    </message>
+    <message>
+        <source>both coordinates are longitudes</source>
+        <translation>обе координаты - долготы</translation>
+    </message>
+    <message>
+        <source>the line is not UTF-8: see --encoding</source>
+        <translation>строка не в UTF-8: см. --encoding</translation>
+    </message>
+    <message>
+        <source>%1 lines</source>
+        <translation>строк: %1</translation>
+    </message>
+    <message>
+        <source>%1 features</source>
+        <translation>объектов: %1</translation>
+    </message>
+    <message>
+        <source>%1 %2</source>
+        <extracomment>a coordinate, and what is wrong with it: &quot;x is no number&quot;</extracomment>
+        <translation>%1: %2</translation>
+    </message>
+    <message>
+        <source>%1 exists already and is no file</source>
+        <translation>%1 уже есть, и это не файл</translation>
+    </message>
+    <message>
+        <source>%1 exists already; --overwrite replaces it</source>
+        <translation>%1 уже есть; --overwrite заменит его</translation>
+    </message>
+    <message>
+        <source>cannot write to %1: %2</source>
+        <translation>не могу писать в %1: %2</translation>
+    </message>
+    <message>
+        <source>interrupted; %1 was not written</source>
+        <translation>прервано; %1 не записан</translation>
+    </message>
+    <message>
+        <source>longer than 16 MiB</source>
+        <translation>длиннее 16 МиБ</translation>
+    </message>
+    <message>
+        <source>%1; passed on as a header</source>
+        <translation>%1; передана как заголовок</translation>
+    </message>
+    <message>
+        <source>the point cannot be transformed</source>
+        <translation>точка не преобразуется</translation>
+    </message>
+    <message>
+        <source>--encoding: &quot;%1&quot; is no encoding with a byte for each character, such as windows-1251, KOI8-R or CP866</source>
+        <translation>--encoding: «%1» не кодировка с байтом на знак, такая как windows-1251, KOI8-R или CP866</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; cannot be written in %2</source>
+        <translation>«%1» не записать в кодировке %2</translation>
+    </message>
+    <message>
+        <source>Reads and writes as transform does: x and y become one reference,
+further columns are passed on. The points are brought to WGS 84 first. Digits are cut off, not
+rounded: a reference names the cell that the point lies in. With --inverse a line
+begins with a reference (&quot;37UDB1234567890&quot; or &quot;37U DB 12345 67890&quot;) and the answer
+is the south-west corner of its cell.
+With --csv, which transform --help explains, the reference goes into a column of its
+own, and back; all other columns stay.
+
+Examples:
+  echo 37.6173 55.7558 | nivora-cs mgrs --cs 4326
+  echo 37UDB1324979476 | nivora-cs mgrs --cs 28407 --inverse
+</source>
+        <translation>Читает и пишет как transform: x и y становятся одной ссылкой,
+остальные столбцы передаются дальше. Точки сначала переводятся на WGS 84. Цифры
+отбрасываются, а не округляются: ссылка называет клетку, в которой лежит точка.
+С --inverse строка начинается ссылкой (&quot;37UDB1234567890&quot; или &quot;37U DB 12345 67890&quot;),
+а ответ - юго-западный угол её клетки.
+С --csv (см. transform --help) ссылка попадает в столбец таблицы и берётся из него;
+остальные столбцы не меняются.
+
+Примеры:
+  echo 37.6173 55.7558 | nivora-cs mgrs --cs 4326
+  echo 37UDB1324979476 | nivora-cs mgrs --cs 28407 --inverse
+</translation>
+    </message>
+    <message>
+        <source>--%1 needs a value</source>
+        <translation>параметру --%1 нужно значение</translation>
+    </message>
+    <message>
+        <source>CS is a coordinate system, in any of these notations:
+  32637                 EPSG code; also EPSG:32637, urn:ogc:def:crs:EPSG::32637,
+                        other authorities (ESRI:102100) and OGC:CRS84
+  &apos;ETRS89 / UTM zone 32N&apos;
+                        a name of the EPSG database or of the catalogue
+  &apos;+proj=utm +zone=37&apos;  PROJ string
+  &apos;PROJCS[&quot;...&quot;]&apos;       WKT 1, WKT 2, WKT of Esri, PROJJSON
+  &apos;CoordSys Earth Projection 1, 104&apos;
+                        MapInfo CoordSys string; also a line of a catalogue file
+  oracle:8307           Oracle Spatial number
+  @FILE                 a .prj, .qpj, .wkt, .mif or .tab file
+
+x is always first: longitude or easting, then latitude or northing, whatever
+order an authority has for the system. Angles are degrees. Inside these texts the
+decimal mark is the point; coordinates may have commas where transform tells so.
+</source>
+        <translation>CS — система координат в любой из этих записей:
+  32637                 код EPSG; также EPSG:32637, urn:ogc:def:crs:EPSG::32637,
+                        другие организации (ESRI:102100) и OGC:CRS84
+  &apos;ETRS89 / UTM zone 32N&apos;
+                        название из базы EPSG или из каталога
+  &apos;+proj=utm +zone=37&apos;  строка PROJ
+  &apos;PROJCS[&quot;...&quot;]&apos;       WKT 1, WKT 2, WKT фирмы Esri, PROJJSON
+  &apos;CoordSys Earth Projection 1, 104&apos;
+                        строка CoordSys MapInfo; также строка файла каталога
+  oracle:8307           номер Oracle Spatial
+  @FILE                 файл .prj, .qpj, .wkt, .mif или .tab
+
+x всегда первый: долгота или восток, затем широта или север, какой бы порядок
+ни был у системы в базе. Углы в градусах. Внутри этих
+текстов дробная часть отделяется точкой; в координатах может стоять запятая, где об
+этом говорит transform.
+</translation>
+    </message>
+    <message>
+        <source>--json and --format exclude each other</source>
+        <translation>--json и --format исключают друг друга</translation>
+    </message>
+    <message>
+        <source>--format and --json go without --to, --at and --candidates</source>
+        <translation>--format и --json указываются без --to, --at и --candidates</translation>
+    </message>
+    <message>
+        <source>none, the notation lacks this projection</source>
+        <translation>нет, в этой записи такой проекции нет</translation>
+    </message>
+    <message>
+        <source>%1, with another ellipsoid</source>
+        <translation>%1, с другим эллипсоидом</translation>
+    </message>
+    <message>
+        <source>%1, line %2: %3</source>
+        <translation>%1, строка %2: %3</translation>
+    </message>
+    <message>
+        <source>Length on a sphere of %1 m: %2 m
+</source>
+        <translation>Длина на сфере радиуса %1 м: %2 м
+</translation>
+    </message>
+    <message>
+        <source>Length in the plane: %1 %2
+</source>
+        <translation>Длина на плоскости: %1 %2
+</translation>
+    </message>
+    <message>
+        <source>Reads a line of points, x and y on each line of the FILE or of standard input, and
+writes its length along geodesics of the system&apos;s own ellipsoid; of two points also
+the azimuths (from north, clockwise), of more the perimeter and area of the polygon
+that the points make when it is closed. Beside them stand the lengths on a sphere
+and in the plane of the coordinates (of degrees: a degree is as long everywhere).
+Points are written as transform reads them.
+
+Examples:
+  printf &apos;37.6 55.75\n30.3 59.94\n&apos; | nivora-cs measure --cs 4326
+</source>
+        <translation>Читает линию из точек, по x и y в каждой строке файла или стандартного ввода, и
+пишет её длину по геодезическим эллипсоида системы; для двух точек также азимуты
+(от севера по часовой стрелке), для большего числа — периметр и площадь
+многоугольника, который получится, если линию замкнуть. Рядом стоят длины на сфере и
+на плоскости координат (в градусах: градус всюду одной длины). Точки пишутся так, как
+их читает transform.
+
+Примеры:
+  printf &apos;37.6 55.75\n30.3 59.94\n&apos; | nivora-cs measure --cs 4326
+</translation>
+    </message>
+    <message>
+        <source>as CoordSys text %1 m away at %2</source>
+        <translation>как строка CoordSys — в %1 м оттуда в точке %2</translation>
+    </message>
+    <message>
+        <source>%1, shift to WGS 84: %2
+</source>
+        <translation>%1, сдвиг к WGS 84: %2
+</translation>
+    </message>
+    <message>
+        <source>a processing instruction</source>
+        <translation>инструкция обработки</translation>
+    </message>
+    <message>
+        <source>a document type</source>
+        <translation>тип документа</translation>
     </message>
 </context>
 </TS>

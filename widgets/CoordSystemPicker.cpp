@@ -43,7 +43,7 @@ void setCode(int epsg, SystemFacts &facts)
 
 } // namespace
 
-class CoordSystemPicker::Private
+class NIVORA_CS_WIDGETS_NO_EXPORT CoordSystemPicker::Private
 {
 public:
     /// What is current, and what became of it.

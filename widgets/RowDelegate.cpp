@@ -1,10 +1,27 @@
 #include <widgets/RowDelegate_p.h>
 
+#include <QAbstractItemView>
+#include <QHelpEvent>
 #include <QPainter>
 #include <QStyle>
-#include <QWidget>
+#include <QToolTip>
 
 namespace nivora::cs {
+namespace {
+
+QRect textPlace(const QRect &cell, const QWidget *view)
+{
+    const int margin = view->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, view) + 1;
+    return cell.adjusted(margin, 0, -margin, 0);
+}
+
+bool isTooLong(const QString &text, const QStyleOptionViewItem &item, int width)
+{
+    return text.size() * item.fontMetrics.maxWidth() > width &&
+           item.fontMetrics.horizontalAdvance(text) > width;
+}
+
+} // namespace
 
 void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
@@ -12,14 +29,11 @@ void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, c
     QStyleOptionViewItem item = option;
     item.backgroundBrush = Qt::NoBrush;
     style->drawPrimitive(QStyle::PE_PanelItemViewItem, &item, painter, item.widget);
-    const int margin = style->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, item.widget) + 1;
-    const QRect place = item.rect.adjusted(margin, 0, -margin, 0);
+    const QRect place = textPlace(item.rect, item.widget);
     const QFontMetrics &metrics = item.fontMetrics;
     QString text = index.data().toString();
-    const bool isLong =
-        text.size() * metrics.maxWidth() > place.width() && metrics.horizontalAdvance(text) > place.width();
-    if (isLong)
-        text = metrics.elidedText(text, Qt::ElideRight, place.width());
+    if (isTooLong(text, item, place.width()))
+        text = metrics.elidedText(text, Qt::ElideMiddle, place.width());
     const bool isSelected = item.state & QStyle::State_Selected;
     const auto group = item.state & QStyle::State_Active ? QPalette::Active : QPalette::Inactive;
     painter->setFont(item.font);
@@ -27,6 +41,17 @@ void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, c
     const int left =
         item.direction == Qt::RightToLeft ? place.right() - metrics.horizontalAdvance(text) : place.left();
     painter->drawText(left, place.top() + (place.height() - metrics.height()) / 2 + metrics.ascent(), text);
+}
+
+bool RowDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
+                            const QModelIndex &index)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QStyledItemDelegate::helpEvent(event, view, option, index);
+    const QString text = index.data().toString();
+    const bool isCut = isTooLong(text, option, textPlace(option.rect, view).width());
+    QToolTip::showText(event->globalPos(), isCut ? text : QString(), view);
+    return isCut;
 }
 
 } // namespace nivora::cs

@@ -45,6 +45,10 @@ public:
         connect(m_name, &QLineEdit::textChanged, this, check);
         connect(m_branch, &QComboBox::editTextChanged, this, check);
         check();
+        setTabOrder(m_name, m_branch);
+        setTabOrder(m_branch, buttons);
+        m_name->selectAll();
+        m_name->setFocus(); // the buttons are older
     }
 
     QString systemName() const { return m_name->text().trimmed(); }

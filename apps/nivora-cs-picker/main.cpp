@@ -13,8 +13,12 @@
 #include <QLoggingCategory>
 #include <QStandardPaths>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <exception>
+#include <iterator>
+#include <memory>
 #include <stdexcept>
 
 using namespace nivora::cs;
@@ -121,20 +125,46 @@ int run(const QCommandLineParser &line)
     return Chosen;
 }
 
+/// Qt ends the process where a window cannot be shown; a word of ours is better, and help needs no window.
+bool hasDisplay(int argc, char **argv)
+{
+#if defined(Q_OS_UNIX) && !defined(Q_OS_MACOS)
+    const char *const variables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
+    const auto isSet = [](const char *name) { return !qEnvironmentVariableIsEmpty(name); };
+    const auto isPlatform = [](const char *argument) { return std::strcmp(argument, "-platform") == 0; };
+    return std::any_of(std::begin(variables), std::end(variables), isSet) ||
+           std::any_of(argv, argv + argc, isPlatform);
+#else
+    Q_UNUSED(argc)
+    Q_UNUSED(argv)
+    return true;
+#endif
+}
+
+std::unique_ptr<QCoreApplication> application(bool isShown, int &argc, char **argv)
+{
+    if (!isShown)
+        return std::make_unique<QCoreApplication>(argc, argv);
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    return std::make_unique<QApplication>(argc, argv);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
-    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    QApplication app(argc, argv);
+    const bool isShown = hasDisplay(argc, argv);
+    const std::unique_ptr<QCoreApplication> app = application(isShown, argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("nivora"));
     QCoreApplication::setApplicationName(QStringLiteral("nivora-cs-picker"));
     QCoreApplication::setApplicationVersion(QStringLiteral(NIVORA_CS_VERSION));
     QCommandLineParser line;
     addOptions(line);
-    line.process(app);
+    line.process(*app);
     try {
+        if (!isShown)
+            throw std::runtime_error("there is no display: neither DISPLAY nor WAYLAND_DISPLAY is set");
         return run(line);
     } catch (const std::exception &e) {
         std::fprintf(stderr, "nivora-cs-picker: %s\n", e.what());

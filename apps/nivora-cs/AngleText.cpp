@@ -52,18 +52,25 @@ struct Hemisphere
     Axis axis;
     bool negative;
 };
-// The first hit wins: abbreviations before letters.
+// The first hit wins: longer ones before those they begin with, abbreviations before letters.
 constexpr Hemisphere hemispheres[] = {
     {"с.ш.", Axis::Latitude, false},   {"ю.ш.", Axis::Latitude, true},   {"в.д.", Axis::Longitude, false},
     {"з.д.", Axis::Longitude, true},   {"с. ш.", Axis::Latitude, false}, {"ю. ш.", Axis::Latitude, true},
-    {"в. д.", Axis::Longitude, false}, {"з. д.", Axis::Longitude, true}, {"N", Axis::Latitude, false},
-    {"S", Axis::Latitude, true},       {"E", Axis::Longitude, false},    {"W", Axis::Longitude, true},
-    {"n", Axis::Latitude, false},      {"s", Axis::Latitude, true},      {"e", Axis::Longitude, false},
-    {"w", Axis::Longitude, true},      {"С", Axis::Latitude, false},     {"Ю", Axis::Latitude, true},
-    {"В", Axis::Longitude, false},     {"З", Axis::Longitude, true},     {"с", Axis::Latitude, false},
-    {"ю", Axis::Latitude, true},       {"в", Axis::Longitude, false},    {"з", Axis::Longitude, true},
+    {"в. д.", Axis::Longitude, false}, {"з. д.", Axis::Longitude, true}, {"С.Ш.", Axis::Latitude, false},
+    {"Ю.Ш.", Axis::Latitude, true},    {"В.Д.", Axis::Longitude, false}, {"З.Д.", Axis::Longitude, true},
+    {"с.ш", Axis::Latitude, false},    {"ю.ш", Axis::Latitude, true},    {"в.д", Axis::Longitude, false},
+    {"з.д", Axis::Longitude, true},    {"сш", Axis::Latitude, false},    {"юш", Axis::Latitude, true},
+    {"вд", Axis::Longitude, false},    {"зд", Axis::Longitude, true},    {"СШ", Axis::Latitude, false},
+    {"ЮШ", Axis::Latitude, true},      {"ВД", Axis::Longitude, false},   {"ЗД", Axis::Longitude, true},
+    {"N", Axis::Latitude, false},      {"S", Axis::Latitude, true},      {"E", Axis::Longitude, false},
+    {"W", Axis::Longitude, true},      {"n", Axis::Latitude, false},     {"s", Axis::Latitude, true},
+    {"e", Axis::Longitude, false},     {"w", Axis::Longitude, true},     {"С", Axis::Latitude, false},
+    {"Ю", Axis::Latitude, true},       {"В", Axis::Longitude, false},    {"З", Axis::Longitude, true},
+    {"с", Axis::Latitude, false},      {"ю", Axis::Latitude, true},      {"в", Axis::Longitude, false},
+    {"з", Axis::Longitude, true},
 };
 
+constexpr const char *noNumber = QT_TRANSLATE_NOOP("QObject", "is no number");
 constexpr std::string_view minusSign = "\xE2\x88\x92"; // U+2212
 
 bool startsWith(const char *p, const char *end, std::string_view text)
@@ -100,28 +107,30 @@ struct Written
     bool negative = false;
     bool hasSign = false;
     const Hemisphere *hemisphere = nullptr;
+    bool hemisphereBehind = false; ///< right behind the last number
     std::array<double, PartCount> parts{};
     std::array<bool, PartCount> whole{};
+    std::array<bool, PartCount> longer{}; ///< than two digits before the decimals
     int count = 0;
 };
 
-bool refuse(std::string &why, const char *reason)
+bool refuse(const char *&why, const char *reason)
 {
     why = reason;
     return false;
 }
 
-bool valueOf(const Written &written, Angle &angle, std::string &why)
+bool valueOf(const Written &written, Angle &angle, const char *&why)
 {
     if (written.hasSign && written.hemisphere)
-        return refuse(why, "has a sign and a hemisphere");
+        return refuse(why, QT_TRANSLATE_NOOP("QObject", "has a sign and a hemisphere"));
     for (int i = 0; i + 1 < written.count; ++i)
         if (!written.whole[static_cast<std::size_t>(i)])
-            return refuse(why, "has decimals before its last part");
-    if (!(written.parts[Minutes] < 60.0))
-        return refuse(why, "has minutes out of range");
-    if (!(written.parts[Seconds] <= 60.0))
-        return refuse(why, "has seconds out of range");
+            return refuse(why, QT_TRANSLATE_NOOP("QObject", "has decimals before its last part"));
+    if (!(written.parts[Minutes] < 60.0) || written.longer[Minutes]) // "1 000" groups thousands
+        return refuse(why, QT_TRANSLATE_NOOP("QObject", "has minutes out of range"));
+    if (!(written.parts[Seconds] <= 60.0) || written.longer[Seconds])
+        return refuse(why, QT_TRANSLATE_NOOP("QObject", "has seconds out of range"));
     const double magnitude =
         written.count == 1
             ? written.parts[Degrees]
@@ -129,45 +138,54 @@ bool valueOf(const Written &written, Angle &angle, std::string &why)
                   3600.0;
     angle.axis = written.hemisphere ? written.hemisphere->axis : Axis::Unknown;
     if (magnitude > (angle.axis == Axis::Latitude ? 90.0 : 360.0))
-        return refuse(why, "has degrees out of range");
+        return refuse(why, QT_TRANSLATE_NOOP("QObject", "has degrees out of range"));
     const bool negative = written.negative || (written.hemisphere && written.hemisphere->negative);
     angle.degrees = negative ? -magnitude : magnitude;
     return true;
 }
 
-/// A number without sign and exponent; a decimal comma counts when a mark or the end of the text follows.
-const char *parsePart(const char *p, const char *end, double &value, bool &whole)
+/// Behind the decimals whose mark stands at \p p; \p p when it is none.
+const char *skipDecimals(const char *p, const char *end, DecimalCommas commas)
 {
+    if (p == end || (*p != '.' && *p != ','))
+        return p;
+    const char *const behind = std::find_if_not(p + 1, end, isDigit);
+    if (*p == '.')
+        return behind;
+    const bool marked = behind != end && rowAt(marks, behind, end);
+    const bool lettered = commas == DecimalCommas::BeforeLetters && hemisphereAt(behind, end);
+    return behind != p + 1 && (marked || lettered) ? behind : p;
+}
+
+/// A number without sign and exponent, a part of \p written.
+const char *parsePart(const char *p, const char *end, DecimalCommas commas, int part, Written &written)
+{
+    const auto at = static_cast<std::size_t>(part);
     if (p == end || !(isDigit(*p) || *p == '.'))
         return nullptr;
-    const char *behind = std::find_if_not(p, end, isDigit);
-    whole = true;
-    if (behind != end && (*behind == '.' || *behind == ',')) {
-        const char *const decimalsEnd = std::find_if_not(behind + 1, end, isDigit);
-        const bool marked = decimalsEnd != end && rowAt(marks, decimalsEnd, end);
-        if (*behind == '.' || (marked && decimalsEnd != behind + 1)) {
-            whole = false;
-            behind = decimalsEnd;
-        }
-    }
+    const char *const wholeEnd = std::find_if_not(p, end, isDigit);
+    const char *const behind = skipDecimals(wholeEnd, end, commas);
+    written.whole[at] = behind == wholeEnd;
+    written.longer[at] = wholeEnd - p > 2;
     std::string text(p, behind);
     std::replace(text.begin(), text.end(), ',', '.');
-    return readNumber(text, value) ? behind : nullptr;
+    return readNumber(text, written.parts[at]) ? behind : nullptr;
 }
 
 /// Reads the parts of an angle one behind the other.
 class AngleParser
 {
 public:
-    AngleParser(const char *p, const char *end, bool blanksSeparate)
+    AngleParser(const char *p, const char *end, DecimalCommas commas, bool blanksSeparate)
         : m_p(p)
         , m_end(end)
+        , m_commas(commas)
         , m_blanksSeparate(blanksSeparate)
     {}
 
-    const char *parse(Angle &angle, std::string &why)
+    const char *parse(Angle &angle, const char *&why)
     {
-        why = "is no number";
+        why = noNumber;
         takeHemisphere(skipBlanks(m_p, m_end));
         takeSign();
         if (!takeParts())
@@ -198,8 +216,7 @@ private:
     bool takeParts()
     {
         for (int next = Degrees; next < PartCount;) {
-            const auto at = static_cast<std::size_t>(next);
-            const char *const behind = parsePart(m_p, m_end, m_written.parts[at], m_written.whole[at]);
+            const char *const behind = parsePart(m_p, m_end, m_commas, next, m_written);
             if (!behind)
                 return next > Degrees && isFinished(); // 12d blank or 12: and nothing
             m_p = behind;
@@ -243,9 +260,8 @@ private:
 
     bool isMarkedPart(const char *p) const
     {
-        double value = 0.0;
-        bool whole = false;
-        const char *const behind = parsePart(p, m_end, value, whole);
+        Written unused;
+        const char *const behind = parsePart(p, m_end, m_commas, Degrees, unused);
         if (!behind)
             return false;
         const Mark *const mark = rowAt(marks, behind, m_end);
@@ -254,6 +270,7 @@ private:
 
     const char *m_p;
     const char *m_end;
+    DecimalCommas m_commas;
     bool m_blanksSeparate;
     bool m_colons = false;
     bool m_right = true; ///< every mark so far is the one of its part
@@ -277,34 +294,41 @@ const Hemisphere *loneHemisphere(const char *p, const char *end)
     return found && p + found->text.size() == columnEnd(p, end) ? found : nullptr;
 }
 
-/// A number that takes up a column. Its comma is a decimal mark when a blank or the line ends the
-/// column, unless commas separate the columns.
-const char *parseNumberColumn(const char *p, const char *end, bool commasSeparate, double &value, bool &whole)
+/// A number at the beginning of a column. Its comma is a decimal mark when a blank or the line ends the
+/// column.
+const char *parseNumberColumn(const char *p, const char *end, DecimalCommas commas, int part,
+                              Written &written)
 {
-    const char *const behind = parsePart(p, end, value, whole);
-    if (!behind || behind != columnEnd(p, end))
-        return nullptr;
+    const auto at = static_cast<std::size_t>(part);
+    const char *const behind = parsePart(p, end, commas, part, written);
     const char *reason = nullptr;
     double decimal = 0.0;
-    const char *const decimalsEnd = parseCommaNumber(p, end, decimal, reason);
+    const char *const decimalsEnd = behind ? parseCommaNumber(p, end, decimal, reason) : nullptr;
     const bool blankFollows = decimalsEnd && (decimalsEnd == end || isBlank(*decimalsEnd));
-    if (commasSeparate || !blankFollows || decimalsEnd <= behind)
+    if (!blankFollows || decimalsEnd <= behind)
         return behind;
-    value = decimal;
-    whole = false;
+    written.parts[at] = decimal;
+    written.whole[at] = false;
     return decimalsEnd;
 }
 
-/// The numbers of an angle in columns.
-const char *takeNumberColumns(const char *p, const char *end, int most, bool commasSeparate, Written &written)
+/// The numbers of an angle in columns; the last one may have the letter behind it.
+const char *takeNumberColumns(const char *p, const char *end, int most, DecimalCommas commas,
+                              Written &written)
 {
     const char *behind = nullptr;
-    for (const char *next = p; next && written.count < most;) {
-        const auto at = static_cast<std::size_t>(written.count);
-        const char *const numberEnd =
-            parseNumberColumn(next, end, commasSeparate, written.parts[at], written.whole[at]);
+    for (const char *next = p; next && written.count < most && !written.hemisphereBehind;) {
+        const char *numberEnd = parseNumberColumn(next, end, commas, written.count, written);
         if (!numberEnd)
             break;
+        const Hemisphere *const letter = written.hemisphere ? nullptr : loneHemisphere(numberEnd, end);
+        if (letter) {
+            written.hemisphere = letter;
+            written.hemisphereBehind = true;
+            numberEnd += letter->text.size();
+        } else if (numberEnd != columnEnd(numberEnd, end)) {
+            break;
+        }
         ++written.count;
         behind = numberEnd;
         next = nextColumn(numberEnd, end);
@@ -312,34 +336,47 @@ const char *takeNumberColumns(const char *p, const char *end, int most, bool com
     return behind;
 }
 
+/// The letter before an angle's numbers, and where these begin; null when there is none.
+const char *takeLetterBefore(const char *p, const char *end, Written &written)
+{
+    const Hemisphere *const letter = hemisphereAt(p, end);
+    if (!letter)
+        return nullptr;
+    const char *const behind = p + letter->text.size();
+    const char *const numbers = behind != end && isDigit(*behind) ? behind : nextColumn(behind, end);
+    if (numbers)
+        written.hemisphere = letter;
+    return numbers;
+}
+
 } // namespace
 
-const char *parseAngle(const char *p, const char *end, Angle &angle, std::string &why)
+const char *parseAngle(const char *p, const char *end, DecimalCommas commas, Angle &angle, const char *&why)
 {
-    return AngleParser(p, end, false).parse(angle, why);
+    return AngleParser(p, end, commas, false).parse(angle, why);
 }
 
-bool readAngle(std::string_view text, Angle &angle, std::string &why)
+bool readAngle(std::string_view text, Angle &angle, const char *&why)
 {
     const char *const end = text.data() + text.size();
-    const char *const behind = AngleParser(text.data(), end, true).parse(angle, why);
+    const char *const behind =
+        AngleParser(text.data(), end, DecimalCommas::BeforeLetters, true).parse(angle, why);
     if (!behind)
         return false;
-    return skipBlanks(behind, end) == end || refuse(why, "is no number");
+    return skipBlanks(behind, end) == end || refuse(why, noNumber);
 }
 
-AngleColumns parseAngleColumns(const char *p, const char *end, int most, Angle &angle)
+AngleColumns parseAngleColumns(const char *p, const char *end, int most, DecimalCommas commas, Angle &angle)
 {
     AngleColumns result;
     Written written;
-    written.hemisphere = loneHemisphere(p, end);
-    result.letterFirst = written.hemisphere != nullptr;
-    const char *const numbers = result.letterFirst ? nextColumn(columnEnd(p, end), end) : p;
-    const bool commasSeparate = numbers && std::find(p, numbers, ',') != numbers;
-    const char *behind = numbers ? takeNumberColumns(numbers, end, most, commasSeparate, written) : nullptr;
+    const char *numbers = takeLetterBefore(p, end, written);
+    result.letterFirst = numbers != nullptr;
+    numbers = result.letterFirst ? numbers : p;
+    const char *behind = takeNumberColumns(numbers, end, most, commas, written);
     if (!behind)
         return result;
-    if (!result.letterFirst) {
+    if (!written.hemisphere) {
         const char *const letter = nextColumn(behind, end);
         written.hemisphere = letter ? loneHemisphere(letter, end) : nullptr;
         if (!written.hemisphere)
@@ -352,11 +389,14 @@ AngleColumns parseAngleColumns(const char *p, const char *end, int most, Angle &
     return result;
 }
 
-bool hasLoneHemisphere(const char *p, const char *end)
+bool isHemisphere(const char *p, const char *end) { return hemisphereAt(p, end) != nullptr; }
+
+bool hasHemisphereColumn(const char *p, const char *end)
 {
     while (p != end) {
         p = std::find_if_not(p, end, isSeparator);
-        if (p != end && !isDigit(*p) && loneHemisphere(p, end))
+        const char *const letter = std::find_if_not(p, end, [](char c) { return isDigit(c) || c == '.'; });
+        if (letter != end && loneHemisphere(letter, end))
             return true;
         p = columnEnd(p, end);
     }

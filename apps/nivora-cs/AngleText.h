@@ -16,31 +16,37 @@ struct Angle
 /// Language of hemisphere letters.
 enum class Letters { Latin, Cyrillic };
 
+/// Where a comma in an angle is a decimal mark: "37,5°", or "37,5E" too.
+enum class DecimalCommas { BeforeMarks, BeforeLetters };
+
 /// Reads the angle at the beginning of [p, end): decimal degrees, or degrees and minutes, or these and
 /// seconds, only the last with decimals, each followed by its mark (° d, ' ′ ’, " ″ ” '' and the like; the
 /// last may be missing) or separated by colons; a sign or a hemisphere letter before it, or the letter behind
 /// it (N S E W, С Ю В З, с.ш. and so on). Blanks may stand behind a mark and before a letter. Minutes are
 /// less than 60, seconds 60 at most: 59'60" is what rounding leaves behind. \return behind the angle, null
 /// when there is none; then \p why tells the reason.
-const char *parseAngle(const char *p, const char *end, Angle &angle, std::string &why);
+const char *parseAngle(const char *p, const char *end, DecimalCommas commas, Angle &angle, const char *&why);
 
 /// An angle that takes up the whole text; blanks may separate its parts in place of marks.
-bool readAngle(std::string_view text, Angle &angle, std::string &why);
+bool readAngle(std::string_view text, Angle &angle, const char *&why);
 
-/// An angle whose parts are columns of their own: up to three numbers and a letter, or the letter first.
+/// An angle whose parts are columns of their own: up to three numbers and a letter, or the letter first. The
+/// letter may be a column too.
 struct AngleColumns
 {
     const char *behind = nullptr; ///< null: there is none
     int count = 0;                ///< of numbers
     bool letterFirst = false;
     bool valid = false; ///< false: it looks like one, but why tells what is wrong
-    std::string why;
+    const char *why = "";
 };
 /// The one at \p p, with at most \p most numbers.
-AngleColumns parseAngleColumns(const char *p, const char *end, int most, Angle &angle);
+AngleColumns parseAngleColumns(const char *p, const char *end, int most, DecimalCommas commas, Angle &angle);
 
-/// Whether a letter that stands alone among the columns can be a hemisphere.
-bool hasLoneHemisphere(const char *p, const char *end);
+/// Whether a letter alone among the columns, or behind a number, can be a hemisphere.
+bool hasHemisphereColumn(const char *p, const char *end);
+/// Whether a hemisphere's letter stands at \p p.
+bool isHemisphere(const char *p, const char *end);
 
 constexpr int mostSecondDecimals = 9;
 /// Bytes that putAngle() needs.

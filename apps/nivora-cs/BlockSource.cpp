@@ -1,5 +1,9 @@
 #include "BlockSource.h"
 
+#include "Output.h"
+
+#include <QObject>
+
 namespace {
 
 std::string_view withoutEnd(std::string_view line)
@@ -12,10 +16,12 @@ std::string_view withoutEnd(std::string_view line)
 
 } // namespace
 
-BlockSource::BlockSource(const FileFormat &format, const QStringList &fileNames, int skip)
+BlockSource::BlockSource(const FileFormat &format, const QStringList &fileNames, int skip,
+                         const TextCoding &coding)
     : m_format(format)
     , m_fileNames(fileNames.isEmpty() ? QStringList(QStringLiteral("-")) : fileNames)
     , m_skip(skip)
+    , m_coding(coding)
 {
     for (const QString &fileName : m_fileNames)
         checkReadable(fileName);
@@ -51,6 +57,7 @@ bool BlockSource::read(Block &block)
     }
     if (!m_reader->next(block.chunk, m_stage == Body ? LineReader::WhatThereIs : LineReader::OneLine))
         return false;
+    decode(block);
     block.kind = m_stage == Body ? Block::Lines : Block::Verbatim;
     block.replacement.clear();
     if (m_stage == Heading && (block.chunk.oversized || !m_format.passesOn(withoutEnd(block.chunk.text))))
@@ -61,6 +68,16 @@ bool BlockSource::read(Block &block)
     block.keepsMark = block.startsFile && m_format.keepsBytes() && m_reader->hasByteOrderMark();
     block.bytesRead = m_bytesBefore + m_reader->bytesRead();
     return true;
+}
+
+void BlockSource::decode(Block &block) const
+{
+    if (m_startsFile && looksLikeUtf16(block.chunk.text))
+        throw Failure(QObject::tr("%1 is UTF-16: convert it to UTF-8 first").arg(m_fileNames.at(m_file)));
+    if (!m_coding.isNeeded())
+        return;
+    block.decoded = m_coding.decoded(block.chunk.text);
+    block.chunk.text = block.decoded;
 }
 
 void BlockSource::readHead(Block &block)

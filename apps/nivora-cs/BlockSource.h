@@ -3,6 +3,7 @@
 #include "FileFormat.h"
 #include "LineReader.h"
 #include "TextBuffer.h"
+#include "TextCoding.h"
 
 #include <QStringList>
 
@@ -16,6 +17,7 @@ struct Block
 {
     enum Kind { Verbatim, FirstLine, Lines };
     Chunk chunk;
+    std::string decoded; ///< what the chunk's text is a view of, when it is not UTF-8
     Kind kind = Lines;
     std::shared_ptr<const PointReader> reader;
     int file = 0;
@@ -27,7 +29,7 @@ struct Block
     TextBuffer out;
     qint64 lineCount = 0;
     qint64 badLines = 0;
-    std::vector<std::pair<qint64, std::string>> reports; ///< line in the block and what is wrong with it
+    std::vector<std::pair<qint64, Reason>> reports; ///< line in the block and what is wrong with it
 };
 
 /// The blocks of several files, one behind the other.
@@ -35,7 +37,7 @@ class BlockSource
 {
 public:
     /// Throws Failure when a file cannot be read. \p skip lines at the beginning of each are passed on.
-    BlockSource(const FileFormat &format, const QStringList &fileNames, int skip);
+    BlockSource(const FileFormat &format, const QStringList &fileNames, int skip, const TextCoding &coding);
 
     /// False at the end and when interrupted. Throws Failure when reading fails.
     bool next(Block &block);
@@ -48,11 +50,13 @@ private:
 
     bool openFile();
     bool read(Block &block);
+    void decode(Block &block) const;
     void readHead(Block &block);
 
     const FileFormat &m_format;
     QStringList m_fileNames;
     int m_skip;
+    const TextCoding &m_coding;
     Interrupt m_interrupt;
     std::unique_ptr<LineReader> m_reader;
     int m_file = -1;

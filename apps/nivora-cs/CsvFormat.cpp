@@ -1,6 +1,7 @@
 #include "CsvFormat.h"
 
 #include "Output.h"
+#include "TextCoding.h"
 
 #include <QObject>
 #include <QStringList>
@@ -71,6 +72,16 @@ std::string quotedWhereNeeded(const QString &name, char delimiter)
         .toStdString();
 }
 
+std::string newName(const QString &name, char delimiter)
+{
+    return delimiter + quotedWhereNeeded(name, delimiter);
+}
+
+bool isAscii(std::string_view text)
+{
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
 /// A table's columns by what the command line calls them.
 class ColumnNames
 {
@@ -113,7 +124,7 @@ public:
     }
 
     /// The column to write to; newColumn when there is none of that name.
-    int findOut(const QString &wanted, const std::vector<int> &in, const char *option)
+    int findOut(const QString &wanted, bool isNew, const std::vector<int> &in, const char *option)
     {
         bool isNumber = false;
         wanted.toInt(&isNumber);
@@ -123,6 +134,9 @@ public:
         if (wanted.isEmpty())
             return in.front();
         const std::optional<int> column = find(wanted);
+        if (column && isNew)
+            throw Failure(QObject::tr("the table has a column \"%1\" already: give --%2")
+                              .arg(wanted, QLatin1String(option)));
         if (!column && isNumber)
             throw Failure(QObject::tr("the table has no column \"%1\"").arg(wanted));
         return column.value_or(newColumn);
@@ -142,6 +156,7 @@ struct CsvLayout
     std::vector<int> y;
     int outX = newColumn;
     int outY = newColumn;
+    bool oneResult = false; ///< for outX
     bool hasHeader = false; ///< columns were found by their names
 };
 
@@ -151,9 +166,11 @@ CsvLayout layoutOf(const CsvOptions &options, std::string_view firstLine, char d
     CsvLayout layout;
     layout.delimiter = delimiter;
     layout.x = names.findAll(options.x);
-    layout.y = names.findAll(options.y);
-    layout.outX = names.findOut(options.outX, layout.x, "out-x");
-    layout.outY = names.findOut(options.outY, layout.y, "out-y");
+    layout.y = options.readBoth ? layout.y : names.findAll(options.y);
+    layout.oneResult = options.oneResult;
+    layout.outX = names.findOut(options.outX, options.newOutX, layout.x, options.oneResult ? "ref" : "out-x");
+    layout.outY =
+        options.oneResult ? newColumn : names.findOut(options.outY, options.newOutY, layout.y, "out-y");
     if (layout.x == layout.y || (layout.outX == layout.outY && layout.outX != newColumn))
         throw Failure(QObject::tr("x and y cannot be one column"));
     layout.hasHeader = names.foundByName();
@@ -186,13 +203,14 @@ CsvLayout findLayout(const CsvOptions &options, std::string_view firstLine)
 class CsvReader : public PointReader
 {
 public:
-    CsvReader(CsvLayout layout, const CoordinateNotation &notation)
+    CsvReader(CsvLayout layout, const CsvOptions &options)
         : m_layout(std::move(layout))
-        , m_notation(notation)
+        , m_notation(options.notation)
+        , m_readBoth(options.readBoth)
     {}
 
     std::size_t lineLength(std::string_view text) const override;
-    bool read(std::string_view line, QPointF &point, Columns &columns, std::string &why) const override;
+    bool read(std::string_view line, QPointF &point, Columns &columns, Reason &why) const override;
 
     bool isHeader(std::string_view line) const;
 
@@ -200,11 +218,13 @@ private:
     std::optional<std::string_view> fieldAt(std::string_view line, int column) const;
     void locate(std::string_view line, Columns &columns) const;
     const char *place(std::string_view line, const char *from, int column, Slot &slot) const;
-    bool readAxis(std::string_view line, const std::vector<int> &axis, Angle &value, std::string &why) const;
+    bool readPoint(std::string_view line, QPointF &point, Reason &why) const;
+    bool readAxis(std::string_view line, const std::vector<int> &axis, Angle &value, Reason &why) const;
     bool mayBeThousands(std::string_view field) const;
 
     CsvLayout m_layout;
     CoordinateNotation m_notation;
+    CsvOptions::ReadBoth m_readBoth;
 };
 
 std::size_t CsvReader::lineLength(std::string_view text) const
@@ -260,13 +280,15 @@ void CsvReader::locate(std::string_view line, Columns &columns) const
     const auto order = [](int column) {
         return column == newColumn ? std::numeric_limits<int>::max() : column;
     };
-    columns.yFirst = order(m_layout.outY) < order(m_layout.outX);
+    columns.yFirst = !m_layout.oneResult && order(m_layout.outY) < order(m_layout.outX);
+    columns.single = m_layout.oneResult;
     columns.csv = true;
     columns.delimiter = m_layout.delimiter;
     const int first = columns.yFirst ? m_layout.outY : m_layout.outX;
     const int second = columns.yFirst ? m_layout.outX : m_layout.outY;
     const char *behind = place(line, line.data(), first, columns.first);
-    behind = place(line, behind, second, columns.second);
+    if (!columns.single)
+        behind = place(line, behind, second, columns.second);
     columns.rest = {behind, static_cast<std::size_t>(line.data() + line.size() - behind)};
     columns.located = true;
 }
@@ -281,17 +303,17 @@ bool CsvReader::mayBeThousands(std::string_view field) const
     return digits == comma + 4 || (digits == std::string_view::npos && field.size() == comma + 4);
 }
 
-bool CsvReader::readAxis(std::string_view line, const std::vector<int> &axis, Angle &value,
-                         std::string &why) const
+bool CsvReader::readAxis(std::string_view line, const std::vector<int> &axis, Angle &value, Reason &why) const
 {
     std::string text;
     for (const int column : axis) {
         const std::optional<std::string_view> field = fieldAt(line, column);
-        why = "is missing";
+        why = QT_TRANSLATE_NOOP("QObject", "is missing");
         if (!field)
             return false;
         why =
-            "could be read as one number with thousands or with decimals: give --decimal-comma for decimals";
+            QT_TRANSLATE_NOOP("QObject", "could be read as one number with thousands or with decimals: give "
+                                         "--decimal-comma for decimals");
         if (isQuoted(*field) && mayBeThousands(field->substr(1)))
             return false;
         if (axis.size() == 1 && !isQuoted(*field))
@@ -301,37 +323,45 @@ bool CsvReader::readAxis(std::string_view line, const std::vector<int> &axis, An
     return readCoordinate(text, m_notation, value, why);
 }
 
-bool CsvReader::read(std::string_view line, QPointF &point, Columns &columns, std::string &why) const
+bool CsvReader::read(std::string_view line, QPointF &point, Columns &columns, Reason &why) const
 {
     locate(line, columns);
+    if (!readPoint(line, point, why))
+        return false;
+    why = QT_TRANSLATE_NOOP("QObject", "the line has too few columns for the result");
+    return !columns.first.missing && !columns.second.missing;
+}
+
+bool CsvReader::readPoint(std::string_view line, QPointF &point, Reason &why) const
+{
+    if (m_readBoth)
+        return m_readBoth(unquoted(fieldAt(line, m_layout.x.front()).value_or(std::string_view())), point,
+                          why);
     Angle x;
     Angle y;
-    std::string reason;
-    if (!readAxis(line, m_layout.x, x, reason)) {
-        why = "x " + reason;
+    if (!readAxis(line, m_layout.x, x, why)) {
+        why = Reason("x", why.what());
         return false;
     }
-    if (!readAxis(line, m_layout.y, y, reason)) {
-        why = "y " + reason;
+    if (!readAxis(line, m_layout.y, y, why)) {
+        why = Reason("y", why.what());
         return false;
     }
-    why = "the line has too few columns for the result";
-    const bool hasRoom = !columns.first.missing && !columns.second.missing;
-    return hasRoom && placeCoordinates(x, y, point, why);
+    return placeCoordinates(x, y, point, why);
 }
 
 bool CsvReader::isHeader(std::string_view line) const
 {
     QPointF point;
     Columns columns;
-    std::string why;
+    Reason why;
     if (m_layout.hasHeader || read(line, point, columns, why))
         return m_layout.hasHeader;
     const auto isWord = [&](int column) {
         const std::string text = unquoted(fieldAt(line, column).value_or(std::string_view()));
         return !text.empty() && !beginsLikeNumber(text);
     };
-    return isWord(m_layout.x.front()) && isWord(m_layout.y.front());
+    return isWord(m_layout.x.front()) && (m_readBoth || isWord(m_layout.y.front()));
 }
 
 } // namespace
@@ -347,13 +377,23 @@ std::string CsvFormat::delimiters() const
 
 FileHead CsvFormat::head(std::string_view firstLine) const
 {
-    const CsvLayout layout = findLayout(m_options, firstLine);
-    const auto reader = std::make_shared<CsvReader>(layout, m_options.notation);
-    FileHead head{reader, std::string(1, layout.delimiter), std::string(firstLine),
-                  reader->isHeader(firstLine)};
-    if (layout.outX == newColumn)
-        head.header += layout.delimiter + quotedWhereNeeded(m_options.outX, layout.delimiter);
-    if (layout.outY == newColumn)
-        head.header += layout.delimiter + quotedWhereNeeded(m_options.outY, layout.delimiter);
-    return head;
+    const bool encoded = isUtf8(firstLine);
+    try {
+        const CsvLayout layout = findLayout(m_options, firstLine);
+        const auto reader = std::make_shared<CsvReader>(layout, m_options);
+        FileHead head{reader, std::string(1, layout.delimiter), std::string(firstLine),
+                      reader->isHeader(firstLine)};
+        if (layout.outX == newColumn)
+            head.header += newName(m_options.outX, layout.delimiter);
+        if (layout.outY == newColumn && !layout.oneResult)
+            head.header += newName(m_options.outY, layout.delimiter);
+        if (!encoded && !isAscii(std::string_view(head.header).substr(firstLine.size())))
+            throw Failure(QObject::tr("the new columns' names would be UTF-8 in a table that is not"));
+        return head;
+    } catch (const Failure &failure) {
+        if (encoded)
+            throw;
+        throw Failure(
+            QObject::tr("%1 (the line is not UTF-8: see --encoding)").arg(QString::fromUtf8(failure.what())));
+    }
 }

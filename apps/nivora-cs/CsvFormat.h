@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <functional>
+
 /// What the command line says about a table.
 struct CsvOptions
 {
@@ -13,6 +15,13 @@ struct CsvOptions
     QString outX; ///< empty: where x was
     QString outY;
     CoordinateNotation notation;
+
+    /// Reads x and y from one value.
+    using ReadBoth = std::function<bool(std::string_view text, QPointF &point, Reason &why)>;
+    ReadBoth readBoth;      ///< set: x is the column of both, y means nothing
+    bool oneResult = false; ///< what is written goes into one column, outX
+    bool newOutX = false;   ///< no column may have that name yet
+    bool newOutY = false;
 };
 
 /// Tables as RFC 4180 describes them, the delimiter aside: comma, semicolon, tab or bar, whichever gives the

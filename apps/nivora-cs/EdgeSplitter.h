@@ -4,7 +4,38 @@
 
 #include <ogr_api.h>
 
-/// Adds vertices to a line or ring, in the source's coordinates, wherever the image of a straight edge lies
-/// more than \p mostBendM metres from the straight edge between the images of its ends. Heights and measures
-/// of new vertices are in between. Other geometries stay as they are.
-void splitEdges(OGRGeometryH geometry, const nivora::cs::BulkTransform &transform, double mostBendM);
+#include <vector>
+
+/// Adds vertices where a straight edge of the source bends in the target. Thread-safe.
+class EdgeSplitter
+{
+public:
+    /// \p plane is the target without its affine transformation, in whose unit nothing can be measured.
+    /// Throws std::logic_error when its unit has no size.
+    EdgeSplitter(const nivora::cs::BulkTransform &transform, const nivora::cs::CoordSystem &plane,
+                 double mostBendM);
+
+    /// Adds vertices to a line or ring, in the source's coordinates, wherever the image of an edge lies more
+    /// than the allowed metres from the straight edge between the images of its ends. Heights and measures of
+    /// new vertices are in between. Other geometries stay as they are.
+    void split(OGRGeometryH geometry) const;
+
+private:
+    /// A vertex of the source with its image in the plane; NaN where it has none.
+    struct Vertex
+    {
+        double x, y, z, m;
+        QPointF image;
+    };
+
+    Vertex placed(double x, double y, double z, double m) const;
+    Vertex at(const Vertex &a, const Vertex &b, double t) const;
+    bool bends(const Vertex &a, const Vertex &b, const Vertex &v, double t) const;
+    void append(const Vertex &a, const Vertex &b, int depth, std::vector<Vertex> &line) const;
+    static void setPoints(OGRGeometryH geometry, const std::vector<Vertex> &line);
+
+    nivora::cs::BulkTransform m_transform;
+    double m_mostBendM;
+    double m_metresPerUnit;
+    bool m_isLatLong;
+};

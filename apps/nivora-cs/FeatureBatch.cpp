@@ -1,14 +1,13 @@
 #include "FeatureBatch.h"
 
-#include "EdgeSplitter.h"
-
 #include <cmath>
 #include <utility>
 
 namespace {
 
-constexpr int fullAtVertices = 1 << 17;
-constexpr std::size_t fullAtFeatures = 1 << 15;
+// Work enough for all threads, and little enough that reading, converting and writing soon overlap.
+constexpr int fullAtVertices = 1 << 14;
+constexpr std::size_t fullAtFeatures = 1 << 12;
 
 constexpr int stride = sizeof(QPointF);
 constexpr int step = sizeof(double);
@@ -35,12 +34,16 @@ bool isOutside(const QRectF &limits, const QPointF &p)
 
 } // namespace
 
-void FeatureBatch::add(Feature feature, GIntBig sourceFid)
+void FeatureBatch::add(Feature source)
 {
-    const std::size_t firstLeaf = m_leaves.size();
-    if (OGRGeometryH geometry = OGR_F_GetGeometryRef(feature.get()))
-        collect(geometry);
-    m_items.push_back({std::move(feature), sourceFid, firstLeaf, m_leaves.size()});
+    const GIntBig fid = OGR_F_GetFID(source.get());
+    Geometry geometry(OGR_F_StealGeometry(source.get()));
+    m_items.push_back({fid, std::move(source), std::move(geometry), QPointF(NAN, NAN), std::nullopt});
+    const int firstVertex = m_in.size();
+    if (OGRGeometryH stolen = m_items.back().geometry.get())
+        collect(stolen);
+    if (m_in.size() > firstVertex)
+        m_items.back().firstVertex = m_in.at(firstVertex);
 }
 
 bool FeatureBatch::isFull() const
@@ -59,14 +62,14 @@ void FeatureBatch::collect(OGRGeometryH geometry)
 
 void FeatureBatch::addLeaf(OGRGeometryH geometry)
 {
-    if (m_change.transform && m_change.mostBendM > 0.0)
-        splitEdges(geometry, *m_change.transform, m_change.mostBendM);
+    if (m_change.splitter)
+        m_change.splitter->split(geometry);
     const int begin = m_in.size();
     const int count = OGR_G_GetPointCount(geometry);
     m_in.resize(begin + count);
     QPointF &first = m_in[begin];
     OGR_G_GetPoints(geometry, &first.rx(), stride, &first.ry(), stride, nullptr, 0);
-    m_leaves.push_back({geometry, begin, count});
+    m_leaves.push_back({geometry, begin, count, m_items.size() - 1});
 }
 
 void FeatureBatch::convert()
@@ -75,6 +78,13 @@ void FeatureBatch::convert()
         m_change.transform->forward(m_in, m_out);
     else
         m_out = m_in;
+    for (const Leaf &leaf : m_leaves) {
+        std::optional<Rejection> &rejection = m_items[leaf.item].rejection;
+        if (!rejection)
+            rejection = rejectionOf(leaf);
+        if (!rejection && m_change.transform)
+            store(leaf);
+    }
 }
 
 void FeatureBatch::store(const Leaf &leaf)
@@ -89,40 +99,15 @@ void FeatureBatch::store(const Leaf &leaf)
     OGR_G_SetPointsZM(leaf.geometry, leaf.count, x, stride, x + 1, stride, z, step, m, step);
 }
 
-std::optional<Rejection> FeatureBatch::rejectionOf(const Item &item) const
+std::optional<Rejection> FeatureBatch::rejectionOf(const Leaf &leaf) const
 {
-    for (std::size_t leaf = item.firstLeaf; leaf < item.endLeaf; ++leaf)
-        for (int i = m_leaves[leaf].begin; i < m_leaves[leaf].begin + m_leaves[leaf].count; ++i) {
-            const QPointF &p = m_out.at(i);
-            if (m_change.transform && std::isnan(p.x()))
-                return Rejection{item.fid, m_in.at(i), "cannot be transformed"};
-            if (!m_change.limits.isEmpty() && isOutside(m_change.limits, p))
-                return Rejection{item.fid, m_in.at(i), "outside the bounds of the output"};
-        }
-    return std::nullopt;
-}
-
-QPointF FeatureBatch::firstVertexOf(const Item &item) const
-{
-    const bool isEmpty = item.firstLeaf == item.endLeaf;
-    return isEmpty ? QPointF(NAN, NAN) : m_in.at(m_leaves[item.firstLeaf].begin);
-}
-
-void FeatureBatch::flush(const Write &write, const Reject &reject)
-{
-    convert();
-    for (const Item &item : m_items) {
-        if (const auto rejection = rejectionOf(item)) {
-            reject(*rejection);
-            continue;
-        }
-        if (m_change.transform)
-            for (std::size_t leaf = item.firstLeaf; leaf < item.endLeaf; ++leaf)
-                store(m_leaves[leaf]);
-        if (!write(item.feature.get()))
-            reject({item.fid, firstVertexOf(item), "cannot be held by the format"});
+    const GIntBig fid = m_items[leaf.item].fid;
+    for (int i = leaf.begin; i < leaf.begin + leaf.count; ++i) {
+        const QPointF &p = m_out.at(i);
+        if (m_change.transform && std::isnan(p.x()))
+            return Rejection{fid, m_in.at(i), Rejection::NotTransformable};
+        if (!m_change.limits.isEmpty() && isOutside(m_change.limits, p))
+            return Rejection{fid, m_in.at(i), Rejection::OutOfBounds};
     }
-    m_items.clear();
-    m_leaves.clear();
-    m_in.clear();
+    return std::nullopt;
 }

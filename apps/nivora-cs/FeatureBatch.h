@@ -1,12 +1,12 @@
 #pragma once
 
+#include "EdgeSplitter.h"
 #include "GdalFiles.h"
 
 #include <coordsys/BulkTransform.h>
 
 #include <QRectF>
 
-#include <functional>
 #include <optional>
 #include <vector>
 
@@ -14,37 +14,44 @@
 struct GeometryChange
 {
     std::optional<nivora::cs::BulkTransform> transform; ///< none: they stay as they are
-    double mostBendM = 0.0;                             ///< 0: no vertices are added
+    std::optional<EdgeSplitter> splitter;               ///< none: no vertices are added
     QRectF limits;                                      ///< of what the output can hold; empty for none
 };
 
 /// A feature that was left out, and its first vertex that is to blame, in the source's coordinates.
 struct Rejection
 {
+    enum Reason { NotTransformable, OutOfBounds, NotWritable };
     GIntBig fid;
     QPointF vertex;
-    const char *reason;
+    Reason reason;
 };
 
 /// Features that are converted together, so that many threads find work. Curves are converted by the points
-/// that define them; heights and measures stay as they are.
+/// that define them; heights and measures stay as they are. Threads: one at a time.
 class FeatureBatch
 {
 public:
-    /// False when the output refuses the feature.
-    using Write = std::function<bool(OGRFeatureH)>;
-    using Reject = std::function<void(const Rejection &)>;
+    struct Item
+    {
+        GIntBig fid;
+        Feature feature;   ///< of the source, without its geometry
+        Geometry geometry; ///< null for none
+        QPointF firstVertex;
+        std::optional<Rejection> rejection;
+    };
 
     explicit FeatureBatch(const GeometryChange &change)
         : m_change(change)
     {}
 
-    void add(Feature feature, GIntBig sourceFid);
+    void add(Feature source);
     bool isFull() const;
-    /// Converts, hands each feature on in the order they came, and is empty again.
-    void flush(const Write &write, const Reject &reject);
-    /// A vertex of the last batch, as it was written.
-    const QVector<QPointF> &lastVertices() const { return m_out; }
+    void convert();
+    /// In the order they came.
+    std::vector<Item> &items() { return m_items; }
+    /// All vertices as they are written; NaN for those that failed.
+    const QVector<QPointF> &vertices() const { return m_out; }
 
 private:
     struct Leaf
@@ -52,21 +59,13 @@ private:
         OGRGeometryH geometry;
         int begin;
         int count;
-    };
-    struct Item
-    {
-        Feature feature;
-        GIntBig fid;
-        std::size_t firstLeaf;
-        std::size_t endLeaf;
+        std::size_t item;
     };
 
     void collect(OGRGeometryH geometry);
     void addLeaf(OGRGeometryH geometry);
-    void convert();
     void store(const Leaf &leaf);
-    std::optional<Rejection> rejectionOf(const Item &item) const;
-    QPointF firstVertexOf(const Item &item) const;
+    std::optional<Rejection> rejectionOf(const Leaf &leaf) const;
 
     const GeometryChange &m_change;
     std::vector<Item> m_items;

@@ -8,6 +8,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QObject>
 
 namespace {
 
@@ -64,7 +65,7 @@ QString GdalMessages::reason() const
 {
     if (!m_error.isEmpty())
         return m_error;
-    return m_warnings.isEmpty() ? QStringLiteral("no reason is known") : m_warnings.last();
+    return m_warnings.isEmpty() ? QObject::tr("no reason is known") : m_warnings.last();
 }
 
 void GdalMessages::clear()
@@ -82,7 +83,7 @@ Dataset openForReading(const QString &path, const GdalMessages &messages)
     Dataset dataset(GDALOpenEx(name.constData(), GDAL_OF_VECTOR | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR,
                                nullptr, isCsv ? csvOptions : nullptr, nullptr));
     if (!dataset)
-        throw Failure(QStringLiteral("cannot read %1: %2").arg(path, messages.reason()));
+        throw Failure(QObject::tr("cannot read %1: %2").arg(path, messages.reason()));
     return dataset;
 }
 
@@ -95,11 +96,12 @@ GDALDriverH driverForWriting(const QString &path, const QString &format)
     });
     if (driver)
         return driver;
-    const QString seeList = QStringLiteral("see nivora-cs list-formats");
-    throw Failure(format.isEmpty()
-                      ? QStringLiteral("no format is written to files ending in \".%1\"; give --format (%2)")
-                            .arg(extension, seeList)
-                      : QStringLiteral("no format \"%1\" can be written; %2").arg(format, seeList));
+    throw Failure(
+        format.isEmpty()
+            ? QObject::tr("no format is written to files ending in \".%1\"; give --format (see "
+                          "nivora-cs list-formats)")
+                  .arg(extension)
+            : QObject::tr("no format \"%1\" can be written; see nivora-cs list-formats").arg(format));
 }
 
 QString driverName(GDALDriverH driver) { return QString::fromUtf8(GDALGetDriverShortName(driver)); }
@@ -132,13 +134,14 @@ const Command &listFormatsCommand()
     static const Command command = {
         "list-formats",
         "",
-        "The file formats that convert reads and writes.",
-        R"(A line each: name (for --format), r when it can be read and w when it can be
+        QT_TRANSLATE_NOOP("QObject", "The file formats that convert reads and writes."),
+        QT_TRANSLATE_NOOP("QObject",
+                          R"(A line each: name (for --format), r when it can be read and w when it can be
 written, the extensions of its files, and what it is; separated by tabs.
 
 Example:
   nivora-cs list-formats | grep -i mapinfo
-)",
+)"),
         0,
         {},
         listFormats,

@@ -22,6 +22,8 @@ public:
     /// Different warnings in the order of their first occurrence, the first twenty.
     const QStringList &warnings() const { return m_warnings; }
     bool failed() const { return !m_error.isEmpty(); }
+    /// Warnings of another thread.
+    void add(const QStringList &warnings) { m_warnings << warnings; }
     void clear();
 
 private:

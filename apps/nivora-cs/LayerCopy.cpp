@@ -1,61 +1,92 @@
 #include "LayerCopy.h"
 
+#include "FeatureReader.h"
+#include "Losses.h"
 #include "Output.h"
+
+#include <QObject>
 
 #include <algorithm>
 
 namespace {
 
-constexpr int mostSamples = 64;
+constexpr int samplesOfBatch = 4;
+constexpr int mostSamples = 1024;
 
-/// Drivers that write nothing in the place of a surface made of patches, some of them without a word.
-constexpr const char *withoutSurfaces[] = {"MapInfo File", "GeoJSON", "GeoJSONSeq", "KML", "LIBKML",
-                                           "GPX",          "DXF",     "DGN",        "GML"};
-
-bool isSurface(OGRGeometryH geometry)
+/// Drivers whose layers have one type, with heights or without, from the beginning. \p mixed: it may be
+/// "any".
+struct TypedDriver
 {
-    const OGRwkbGeometryType type = OGR_GT_Flatten(OGR_G_GetGeometryType(geometry));
-    return type == wkbPolyhedralSurface || type == wkbTIN || type == wkbTriangle;
-}
+    const char *name;
+    bool mixed;
+};
+constexpr TypedDriver typedDrivers[] = {{"ESRI Shapefile", false}, {"FlatGeobuf", true}};
 
 QString text(const char *utf8) { return QString::fromUtf8(utf8); }
 
-} // namespace
-
-void Losses::add(const QString &what)
+/// The type that holds both.
+OGRwkbGeometryType commonType(OGRwkbGeometryType a, OGRwkbGeometryType b)
 {
-    if (!m_allowed)
-        throw Failure(what + QStringLiteral("; --lossy goes on without"));
-    if (!m_all.contains(what))
-        m_all << what;
+    if (a == wkbNone || a == b || OGR_GT_GetCollection(a) == b)
+        return b;
+    return OGR_GT_GetCollection(b) == a ? a : wkbUnknown;
 }
+
+/// That of the source; by the first features where it is any type and the driver must know.
+OGRwkbGeometryType layerType(OGRLayerH source, const QString &driver,
+                             const std::vector<FeatureBatch::Item> &items)
+{
+    const OGRwkbGeometryType type = OGR_L_GetGeomType(source);
+    const auto *const typed =
+        std::find_if(std::begin(typedDrivers), std::end(typedDrivers),
+                     [&driver](const TypedDriver &row) { return driver == QLatin1String(row.name); });
+    if (typed == std::end(typedDrivers) || OGR_GT_Flatten(type) != wkbUnknown)
+        return type;
+    bool heights = false;
+    bool measures = false;
+    bool same = true;
+    OGRwkbGeometryType first = wkbNone;
+    OGRwkbGeometryType common = wkbNone;
+    for (const FeatureBatch::Item &item : items) {
+        if (!item.geometry || OGR_G_IsEmpty(item.geometry.get()))
+            continue;
+        const OGRwkbGeometryType one = OGR_G_GetGeometryType(item.geometry.get());
+        heights = heights || OGR_GT_HasZ(one);
+        measures = measures || OGR_GT_HasM(one);
+        first = first == wkbNone ? one : first;
+        same = same && one == first;
+        common = common == wkbUnknown ? common : commonType(common, OGR_GT_Flatten(one));
+    }
+    if (typed->mixed && !same)
+        common = wkbUnknown;
+    if (common == wkbNone || (common == wkbUnknown && !typed->mixed))
+        return type;
+    return OGR_GT_SetModifier(common, heights, measures);
+}
+
+} // namespace
 
 LayerCopy::LayerCopy(const Job &job, Losses &losses, GdalMessages &messages)
     : m_job(job)
     , m_losses(losses)
     , m_messages(messages)
-{
-    createLayer();
-    createFields();
-}
+{}
 
-void LayerCopy::createLayer()
+void LayerCopy::createLayer(const std::vector<FeatureBatch::Item> &first)
 {
-    m_layer = GDALDatasetCreateLayer(m_job.target, OGR_L_GetName(m_job.source), m_job.reference,
-                                     OGR_L_GetGeomType(m_job.source), m_job.options);
+    m_job.layer.type = layerType(m_job.source, m_job.format.name(), first);
+    checkKinds(first); // before the first byte of the output
+    m_messages.clear();
+    m_layer = m_job.format.createLayer(m_job.target, m_job.layer);
     if (!m_layer)
         throw Failure(
-            QStringLiteral("the layer \"%1\" cannot be written: %2").arg(name(), m_messages.reason()));
-    m_curves = OGR_L_TestCapability(m_layer, OLCCurveGeometries);
-    m_measures = OGR_L_TestCapability(m_layer, OLCMeasuredGeometries);
-    m_heights = OGR_L_TestCapability(m_layer, OLCZGeometries);
-    const QString driver = driverName(GDALGetDatasetDriver(m_job.target));
-    m_surfaces = std::none_of(std::begin(withoutSurfaces), std::end(withoutSurfaces),
-                              [&driver](const char *name) { return driver == QLatin1String(name); });
+            QObject::tr("the layer \"%1\" cannot be written: %2").arg(m_job.layer.name, m_messages.reason()));
     const int geometries = OGR_FD_GetGeomFieldCount(OGR_L_GetLayerDefn(m_job.source));
     if (geometries > 1)
-        m_losses.add(QStringLiteral("only the first of %1 geometries of \"%2\" is written")
-                         .arg(QString::number(geometries), name()));
+        m_losses.add(QObject::tr("only the first of %1 geometries of \"%2\" is written")
+                         .arg(QString::number(geometries), m_job.layer.name));
+    createFields();
+    m_messages.clear();
 }
 
 void LayerCopy::createFields()
@@ -69,7 +100,7 @@ void LayerCopy::createFields()
         m_fieldMap.push_back(
             created ? index : OGR_FD_GetFieldIndex(OGR_L_GetLayerDefn(m_layer), OGR_Fld_GetNameRef(field)));
         if (m_fieldMap.back() < 0)
-            m_losses.add(QStringLiteral("the column \"%1\" cannot be written: %2")
+            m_losses.add(QObject::tr("the column \"%1\" cannot be written: %2")
                              .arg(text(OGR_Fld_GetNameRef(field)), m_messages.reason()));
         else if (created)
             noteFieldLoss(field, index);
@@ -82,78 +113,94 @@ void LayerCopy::noteFieldLoss(OGRFieldDefnH wanted, int index)
     const QString wantedName = text(OGR_Fld_GetNameRef(wanted));
     const QString madeName = text(OGR_Fld_GetNameRef(made));
     if (wantedName != madeName)
-        m_losses.add(QStringLiteral("the column \"%1\" gets the name \"%2\"").arg(wantedName, madeName));
+        m_losses.add(QObject::tr("the column \"%1\" gets the name \"%2\"").arg(wantedName, madeName));
     if (OGR_Fld_GetType(wanted) != OGR_Fld_GetType(made))
-        m_losses.add(QStringLiteral("the column \"%1\" is %2, not %3")
+        m_losses.add(QObject::tr("the column \"%1\" is %2, not %3")
                          .arg(wantedName, text(OGR_GetFieldTypeName(OGR_Fld_GetType(made))),
                               text(OGR_GetFieldTypeName(OGR_Fld_GetType(wanted)))));
 }
 
-void LayerCopy::noteGeometryLoss(OGRGeometryH geometry)
+/// Tries what has not come before on the format.
+void LayerCopy::checkKinds(const std::vector<FeatureBatch::Item> &items)
 {
-    if (!m_curves && OGR_G_HasCurveGeometry(geometry, TRUE))
-        m_losses.add(QStringLiteral("the format holds no curves: they become polylines"));
-    if (!m_measures && OGR_G_IsMeasured(geometry))
-        m_losses.add(QStringLiteral("the format holds no measures: they are left out"));
-    if (!m_heights && OGR_G_Is3D(geometry))
-        m_losses.add(QStringLiteral("the format holds no heights: they are left out"));
-    if (!m_surfaces && isSurface(geometry))
-        m_losses.add(QStringLiteral("the format holds no surfaces: they become polygons"));
+    std::vector<OGRGeometryH> samples;
+    Kind last(wkbNone, false);
+    for (const FeatureBatch::Item &item : items) {
+        OGRGeometryH geometry = item.geometry.get();
+        if (!geometry || item.rejection || OGR_G_IsEmpty(geometry))
+            continue;
+        const Kind kind(OGR_G_GetGeometryType(geometry), OGR_G_HasCurveGeometry(geometry, TRUE) != 0);
+        if (kind != last && m_kinds.insert(kind).second)
+            samples.push_back(geometry);
+        last = kind;
+    }
+    if (m_layer && samples.empty())
+        return;
+    const LostProperties lost = m_job.probe.check(m_job.layer, samples, m_samples, m_losses);
+    m_lost.heights |= lost.heights;
+    m_lost.measures |= lost.measures;
+    m_lost.curves |= lost.curves;
+    m_lost.surfaces |= lost.surfaces;
 }
 
-Feature LayerCopy::copyOf(OGRFeatureH source)
+void LayerCopy::takeSamples(const QVector<QPointF> &vertices)
+{
+    const int apart = 1 + vertices.size() / samplesOfBatch;
+    for (int i = 0; i < vertices.size() && m_samples.size() < mostSamples; i += apart)
+        m_samples << vertices.at(i);
+}
+
+Geometry LayerCopy::writable(Geometry geometry) const
+{
+    if (m_lost.heights)
+        OGR_G_Set3D(geometry.get(), FALSE);
+    if (m_lost.measures)
+        OGR_G_SetMeasured(geometry.get(), FALSE);
+    if (m_lost.curves && OGR_G_HasCurveGeometry(geometry.get(), TRUE))
+        geometry.reset(OGR_G_GetLinearGeometry(geometry.get(), 0, nullptr));
+    if (m_lost.surfaces && isSurface(geometry.get()))
+        geometry.reset(OGR_G_ForceTo(geometry.release(), wkbMultiPolygon, nullptr));
+    return geometry;
+}
+
+Feature LayerCopy::copyOf(FeatureBatch::Item &item) const
 {
     Feature copy(OGR_F_Create(OGR_L_GetLayerDefn(m_layer)));
-    Geometry geometry(OGR_F_StealGeometry(source)); // the copy of the rest is cheap
-    OGR_F_SetFromWithMap(copy.get(), source, TRUE, m_fieldMap.data());
-    if (!geometry)
-        return copy;
-    noteGeometryLoss(geometry.get());
-    if (!m_heights)
-        OGR_G_Set3D(geometry.get(), FALSE);
-    if (!m_measures)
-        OGR_G_SetMeasured(geometry.get(), FALSE);
-    if (!m_surfaces && isSurface(geometry.get()))
-        geometry.reset(OGR_G_ForceTo(geometry.release(), wkbMultiPolygon, nullptr));
-    OGR_F_SetGeometryDirectly(copy.get(), geometry.release());
+    OGR_F_SetFromWithMap(copy.get(), item.feature.get(), TRUE, m_fieldMap.data());
+    if (item.geometry)
+        OGR_F_SetGeometryDirectly(copy.get(), writable(std::move(item.geometry)).release());
     return copy;
 }
 
-bool LayerCopy::write(OGRFeatureH feature)
+bool LayerCopy::write(FeatureBatch::Item &item)
 {
-    if (OGR_L_CreateFeature(m_layer, feature) == OGRERR_NONE && !m_messages.failed()) {
+    const Feature copy = copyOf(item);
+    if (OGR_L_CreateFeature(m_layer, copy.get()) == OGRERR_NONE && !m_messages.failed()) {
         ++m_written;
         return true;
     }
     m_losses.add(
-        QStringLiteral("a feature of \"%1\" cannot be written: %2").arg(name(), m_messages.reason()));
+        QObject::tr("a feature of \"%1\" cannot be written: %2").arg(m_job.layer.name, m_messages.reason()));
     m_messages.clear();
     return false;
 }
 
 void LayerCopy::run(const Rejected &rejected, const std::function<void(GIntBig)> &advanced)
 {
-    FeatureBatch batch(m_job.change);
-    GIntBig count = 0;
-    const auto flush = [&] {
-        batch.flush([this](OGRFeatureH feature) { return write(feature); },
-                    [&](const Rejection &rejection) { rejected(name(), rejection); });
-        const QVector<QPointF> &vertices = batch.lastVertices();
-        for (int i = 0; i < vertices.size() && m_samples.size() < mostSamples; i += 1 + vertices.size() / 16)
-            m_samples << vertices.at(i);
-        advanced(count);
-    };
-    OGR_L_ResetReading(m_job.source);
-    m_messages.clear();
-    while (Feature source{OGR_L_GetNextFeature(m_job.source)}) {
-        ++count;
-        const GIntBig fid = OGR_F_GetFID(source.get());
-        batch.add(copyOf(source.get()), fid);
-        if (batch.isFull())
-            flush();
+    FeatureReader reader(m_job.source, m_job.change);
+    while (const std::unique_ptr<FeatureBatch> batch = reader.next()) {
+        takeSamples(batch->vertices());
+        if (m_layer)
+            checkKinds(batch->items());
+        else
+            createLayer(batch->items());
+        for (FeatureBatch::Item &item : batch->items())
+            if (item.rejection)
+                rejected(m_job.layer.name, *item.rejection);
+            else if (!write(item))
+                rejected(m_job.layer.name, {item.fid, item.firstVertex, Rejection::NotWritable});
+        advanced(m_written);
     }
-    if (m_messages.failed()) // the driver stopped in the middle
-        throw Failure(
-            QStringLiteral("\"%1\" cannot be read to its end: %2").arg(name(), m_messages.reason()));
-    flush();
+    m_messages.add(reader.warnings());
+    m_job.probe.checkSystem(m_job.layer, m_samples, m_losses);
 }

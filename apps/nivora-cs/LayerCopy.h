@@ -1,60 +1,43 @@
 #pragma once
 
 #include "FeatureBatch.h"
-#include "GdalFiles.h"
-
-#include <QStringList>
+#include "OutputProbe.h"
 
 #include <functional>
-
-class QIODevice;
-
-/// What was left out or changed on the way, and whether that is allowed.
-class Losses
-{
-public:
-    explicit Losses(bool allowed)
-        : m_allowed(allowed)
-    {}
-    /// Throws Failure that names --lossy unless losses are allowed; each text is kept once.
-    void add(const QString &what);
-    const QStringList &all() const { return m_all; }
-
-private:
-    bool m_allowed;
-    QStringList m_all;
-};
+#include <set>
+#include <utility>
 
 /// Copies a layer's definition and features.
 class LayerCopy
 {
 public:
+    /// All are borrowed.
     struct Job
     {
         OGRLayerH source;
         GDALDatasetH target;
-        OGRSpatialReferenceH reference; ///< of the new layer; borrowed, null for none
-        char **options;                 ///< for its creation
+        OutputLayer &layer; ///< its type is settled by the first features where the source leaves it open
+        const OutputFormat &format;
         const GeometryChange &change;
+        OutputProbe &probe;
     };
     using Rejected = std::function<void(const QString &layer, const Rejection &rejection)>;
 
     LayerCopy(const Job &job, Losses &losses, GdalMessages &messages);
 
-    /// Calls \p advanced with the number of features read so far, now and then. Throws Failure.
+    /// Calls \p advanced with the number of features written so far, now and then. Throws Failure.
     void run(const Rejected &rejected, const std::function<void(GIntBig)> &advanced);
-    /// Some of the vertices that were written.
-    const QVector<QPointF> &samples() const { return m_samples; }
     GIntBig written() const { return m_written; }
 
 private:
-    void createLayer();
+    void createLayer(const std::vector<FeatureBatch::Item> &first);
     void createFields();
     void noteFieldLoss(OGRFieldDefnH wanted, int index);
-    void noteGeometryLoss(OGRGeometryH geometry);
-    Feature copyOf(OGRFeatureH source);
-    bool write(OGRFeatureH feature);
-    QString name() const { return QString::fromUtf8(OGR_L_GetName(m_job.source)); }
+    void checkKinds(const std::vector<FeatureBatch::Item> &items);
+    void takeSamples(const QVector<QPointF> &vertices);
+    Feature copyOf(FeatureBatch::Item &item) const;
+    Geometry writable(Geometry geometry) const;
+    bool write(FeatureBatch::Item &item);
 
     Job m_job;
     Losses &m_losses;
@@ -63,6 +46,7 @@ private:
     std::vector<int> m_fieldMap;
     QVector<QPointF> m_samples;
     GIntBig m_written = 0;
-    bool m_curves = false, m_measures = false, m_heights = false,
-         m_surfaces = false; ///< what the new layer can hold
+    using Kind = std::pair<OGRwkbGeometryType, bool>; ///< and whether there are curves inside
+    std::set<Kind> m_kinds;
+    LostProperties m_lost;
 };

@@ -13,6 +13,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QObject>
 
 using nivora::cs::CoordSystemPtr;
 
@@ -64,7 +65,7 @@ CoordSystemPtr systemOfLayer(const Session &session, GDALDatasetH dataset, OGRLa
         return clause.isEmpty() ? systemOfReference(session, OGR_L_GetSpatialRef(layer))
                                 : session.factory().createFromPrj(clause);
     } catch (const std::exception &e) {
-        throw Failure(QStringLiteral("%1: its coordinate system cannot be used (%2); give --from")
+        throw Failure(QObject::tr("%1: its coordinate system cannot be used (%2); give --from")
                           .arg(QFile::decodeName(GDALGetDescription(dataset)), QString::fromUtf8(e.what())));
     }
 }

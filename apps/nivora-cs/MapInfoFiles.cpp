@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QObject>
 #include <QRegularExpression>
 #include <QSaveFile>
 
@@ -33,7 +34,8 @@ struct ClausePlace
 {
     qint64 begin = 0;
     qint64 end = 0;
-    QByteArray text;
+    QByteArray text; ///< empty for none
+    bool found = false;
 };
 
 bool beginsWith(const QByteArray &line, const char *word)
@@ -56,25 +58,28 @@ ClausePlace findClause(QFile &file)
     for (QByteArray line; file.pos() < longestHeader;) {
         const qint64 begin = file.pos();
         line = file.readLine();
-        const bool found = !place.text.isEmpty();
-        if (line.isEmpty() || (found && isNextClause(line)))
+        if (line.isEmpty() || (place.found && isNextClause(line)))
             break;
-        if (found || beginsWith(line, "coordsys")) {
-            place.begin = found ? place.begin : begin;
+        if (place.found || beginsWith(line, "coordsys")) {
+            place.begin = place.found ? place.begin : begin;
             place.end = begin + line.size();
             place.text += line;
+            place.found = true;
         } else if (beginsWith(line, "columns") || beginsWith(line, "data") || beginsWith(line, "transform")) {
             place.begin = place.end = begin;
+            place.found = true;
             break;
         }
     }
+    if (!place.found)
+        throw Failure(QObject::tr("%1 has no header of a MIF").arg(file.fileName()));
     return place;
 }
 
 void openOrFail(QFile &file)
 {
     if (!file.open(QIODevice::ReadOnly))
-        throw Failure(QStringLiteral("cannot read %1: %2").arg(file.fileName(), file.errorString()));
+        throw Failure(QObject::tr("cannot read %1: %2").arg(file.fileName(), file.errorString()));
 }
 
 void copyRest(QFile &from, QSaveFile &to)
@@ -109,7 +114,7 @@ void replaceCoordSysOfMif(const QString &path, const QString &clause)
     file.seek(place.end);
     copyRest(file, result);
     if (!result.commit())
-        throw Failure(QStringLiteral("cannot write %1: %2").arg(path, result.errorString()));
+        throw Failure(QObject::tr("cannot write %1: %2").arg(path, result.errorString()));
 }
 
 QString siblingOf(const QString &path, const QString &suffix)

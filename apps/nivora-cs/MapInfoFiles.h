@@ -3,7 +3,8 @@
 #include <QString>
 
 /// The CoordSys clause in the header of a MIF, on one line; longitude/latitude without a datum when there is
-/// none, which is what the format says then. Throws Failure for a file that cannot be read.
+/// none, which is what the format says then. Throws Failure for a file that cannot be read and for one without
+/// a MIF's header.
 QString coordSysOfMif(const QString &path);
 
 /// Puts the clause in the place of the one that the driver wrote, or of none. Throws Failure.

@@ -7,12 +7,15 @@
 #include <coordsys/MapHeaderRecord.h>
 
 #include <QFileInfo>
+#include <QObject>
 
 using nivora::cs::CoordSystem;
 using nivora::cs::MapHeaderCoordsysConverter;
 using nivora::cs::MapHeaderRecord;
 
 namespace {
+
+constexpr int oblique = 35;
 
 /// The seventh parameter of projection 35 stands behind the six of the record.
 double seventhParameterOf(const QString &clause)
@@ -29,7 +32,7 @@ MapHeaderRecord recordOf(const QString &clause)
 {
     MapHeaderRecord record;
     record.projection = MapHeaderCoordsysConverter().prjStrToTABProjInfo(clause);
-    if (record.projection.nProjId == 35)
+    if (record.projection.nProjId == oblique)
         record.seventhParameter = seventhParameterOf(clause);
     return record;
 }
@@ -42,11 +45,12 @@ MapInfoTarget mapInfoTarget(const CoordSystem &cs)
         MapInfoTarget target;
         target.clause = cs.prjStr();
         target.bounds = cs.rectNumericCoordSys();
-        target.hasAffine = cs.affineTransform() != nullptr;
+        const MapHeaderRecord record = recordOf(target.clause);
+        target.needsLongHeader = record.projection.nAffineFlag || record.projection.nProjId == oblique;
         return target;
     } catch (const std::exception &e) {
-        throw Failure(QStringLiteral("MapInfo's formats cannot carry this system: %1")
-                          .arg(QString::fromUtf8(e.what())));
+        throw Failure(
+            QObject::tr("MapInfo's formats cannot carry this system: %1").arg(QString::fromUtf8(e.what())));
     }
 }
 

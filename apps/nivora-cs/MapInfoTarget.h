@@ -7,9 +7,9 @@
 /// A system as MapInfo's formats carry it.
 struct MapInfoTarget
 {
-    QString clause; ///< the CoordSys string, with affine clause and explicit bounds
-    QRectF bounds;  ///< explicit, else the system's; empty when none are known
-    bool hasAffine = false;
+    QString clause;               ///< the CoordSys string, with affine clause and explicit bounds
+    QRectF bounds;                ///< explicit, else the system's; empty when none are known
+    bool needsLongHeader = false; ///< a table's short one has no room for it
 };
 
 /// Throws Failure when the format has no words for the system.

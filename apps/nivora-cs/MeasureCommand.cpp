@@ -4,6 +4,7 @@
 #include "FileNames.h"
 #include "Output.h"
 #include "PointText.h"
+#include "Reason.h"
 #include "Session.h"
 
 #include <coordsys/Measures.h>
@@ -13,7 +14,6 @@
 #include <QVector>
 
 #include <optional>
-#include <string>
 
 using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
@@ -32,10 +32,9 @@ QVector<QPointF> pointsOf(QIODevice &source, const QString &name, const Coordina
             continue;
         QPointF point;
         Columns columns;
-        std::string why;
+        Reason why;
         if (!reader.read({text.constData(), static_cast<std::size_t>(text.size())}, point, columns, why))
-            throw Failure(QObject::tr("%1, line %2: %3")
-                              .arg(name, QString::number(line), QString::fromStdString(why)));
+            throw Failure(QObject::tr("%1, line %2: %3").arg(name, QString::number(line), why.text()));
         points << point;
     }
     return points;

@@ -1,6 +1,8 @@
 #include "CommandLine.h"
 #include "Commands.h"
 #include "CsText.h"
+#include "CsvOptions.h"
+#include "Output.h"
 #include "Session.h"
 #include "StreamFilter.h"
 
@@ -9,8 +11,10 @@
 #include <coordsys/mgrs/mgrs.h>
 
 #include <QByteArray>
+#include <QObject>
 
 #include <algorithm>
+#include <memory>
 
 using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
@@ -53,7 +57,20 @@ const char *referenceEnd(const char *p, const char *end)
     return halves ? secondEnd : firstEnd;
 }
 
-/// Reads a reference as longitude and latitude in degrees on WGS 84.
+/// A reference as longitude and latitude in degrees on WGS 84.
+bool readReference(const Mgrs &messages, const std::string &reference, QPointF &point, Reason &why)
+{
+    double latitudeRad = 0.0;
+    double longitudeRad = 0.0;
+    if (const int code = mgrs::Convert_MGRS_To_Geodetic(reference.c_str(), &latitudeRad, &longitudeRad)) {
+        why = Reason(messages.errorMsg(code));
+        return false;
+    }
+    point = QPointF(longitudeRad, latitudeRad) * CoordSystem::RADIANS_TO_DEGREES;
+    return true;
+}
+
+/// Reads a line that begins with a reference.
 class ReferenceReader : public PointReader
 {
 public:
@@ -61,23 +78,16 @@ public:
         : m_messages(messages)
     {}
 
-    bool read(std::string_view line, QPointF &point, Columns &columns, std::string &why) const override
+    bool read(std::string_view line, QPointF &point, Columns &columns, Reason &why) const override
     {
         const char *const end = line.data() + line.size();
         const char *const begin = skip(line.data(), end, isBlank);
         const char *const behind = referenceEnd(begin, end);
-        const std::string reference(begin, behind);
-        double latitudeRad = 0.0;
-        double longitudeRad = 0.0;
-        if (behind != end && !isSeparator(*behind)) {
-            why = "no grid reference";
+        why = QT_TRANSLATE_NOOP("QObject", "no grid reference");
+        if (behind != end && !isSeparator(*behind))
             return false;
-        }
-        if (const int code = mgrs::Convert_MGRS_To_Geodetic(reference.c_str(), &latitudeRad, &longitudeRad)) {
-            why = m_messages.errorMsg(code).toStdString();
+        if (!readReference(m_messages, std::string(begin, behind), point, why))
             return false;
-        }
-        point = QPointF(longitudeRad, latitudeRad) * CoordSystem::RADIANS_TO_DEGREES;
         columns.second.before = " ";
         columns.rest = {behind, static_cast<std::size_t>(end - behind)};
         columns.located = true;
@@ -96,14 +106,19 @@ public:
         : m_grid(grid)
     {}
 
-    bool write(const QPointF &point, const Columns &columns, TextBuffer &out, std::string &why) const override
+    bool write(const QPointF &point, const Columns &columns, TextBuffer &out, Reason &why) const override
     {
         const QString reference = m_grid.getMGRSString(point);
         if (reference.isEmpty()) {
-            why = "the point has no grid reference";
+            why = QT_TRANSLATE_NOOP("QObject", "the point has no grid reference");
             return false;
         }
-        const QByteArray bytes = reference.toLatin1();
+        const Slot &slot = columns.first;
+        const QByteArray bytes = slot.quoted ? '"' + reference.toLatin1() + '"' : reference.toLatin1();
+        if (columns.csv)
+            out.write(slot.before);
+        if (slot.delimited)
+            out.write({&columns.delimiter, 1});
         out.write({bytes.constData(), static_cast<std::size_t>(bytes.size())});
         out.write(columns.rest);
         return true;
@@ -112,6 +127,52 @@ public:
 private:
     const Mgrs &m_grid;
 };
+
+CsvOptions referenceTable(const CommandLine &line, const CoordinateNotation &notation)
+{
+    CsvOptions options = csvOptions(line, notation);
+    options.outX = line.isSet("ref") ? line.value("ref") : QStringLiteral("mgrs");
+    options.newOutX = !line.isSet("ref");
+    options.oneResult = true;
+    return options;
+}
+
+CsvOptions pointTable(const CommandLine &line, const Mgrs &grid)
+{
+    CsvOptions options = csvOptions(line, {});
+    options.x = line.isSet("ref") ? line.value("ref") : QStringLiteral("1");
+    options.outX = line.isSet("out-x") ? line.value("out-x") : QStringLiteral("x");
+    options.outY = line.isSet("out-y") ? line.value("out-y") : QStringLiteral("y");
+    options.newOutX = !line.isSet("out-x");
+    options.newOutY = !line.isSet("out-y");
+    options.readBoth = [&grid](std::string_view text, QPointF &point, Reason &why) {
+        const char *const end = text.data() + text.size();
+        const char *const begin = skip(text.data(), end, isBlank);
+        why = QT_TRANSLATE_NOOP("QObject", "no grid reference");
+        const char *const behind = referenceEnd(begin, end);
+        return skip(behind, end, isBlank) == end &&
+               readReference(grid, std::string(begin, behind), point, why);
+    };
+    return options;
+}
+
+std::unique_ptr<FileFormat> formatOf(const CommandLine &line, const CoordSystem &cs, const Mgrs &grid)
+{
+    const bool inverse = line.isSet("inverse");
+    const CoordinateNotation notation{cs.isLatLong(), line.isSet("decimal-comma")};
+    checkCsvOptions(line, {"delimiter", "x", "y", "ref", "out-x", "out-y"});
+    for (const char *option : {"x", "y"})
+        if (inverse && line.isSet(option))
+            throw Failure(QObject::tr("--%1 is not for --inverse").arg(QLatin1String(option)));
+    for (const char *option : {"out-x", "out-y"})
+        if (!inverse && line.isSet(option))
+            throw Failure(QObject::tr("--%1 is for --inverse").arg(QLatin1String(option)));
+    if (line.isSet("csv"))
+        return std::make_unique<CsvFormat>(inverse ? pointTable(line, grid) : referenceTable(line, notation));
+    if (inverse)
+        return std::make_unique<PlainFormat>(std::make_shared<ReferenceReader>(grid));
+    return std::make_unique<PlainFormat>(std::make_shared<XyReader>(notation));
+}
 
 int run(const CommandLine &line)
 {
@@ -125,15 +186,13 @@ int run(const CommandLine &line)
     const PointTransform step = pointTransform(transform, inverse);
     const StreamOptions options = streamOptions(line);
     Mgrs grid(wgs84);
+    const std::unique_ptr<FileFormat> format = formatOf(line, *cs, grid);
     if (inverse) {
         const int decimals = line.isSet("precision") ? digits : fittingDecimals(*cs);
-        const PlainFormat format(std::make_shared<ReferenceReader>(grid));
-        return StreamFilter(format, XyWriter(decimals), step).run(line.arguments(), options);
+        return StreamFilter(*format, XyWriter(decimals), step).run(line.arguments(), options);
     }
     grid.setPrecision(digits);
-    const CoordinateNotation notation{cs->isLatLong(), line.isSet("decimal-comma")};
-    const PlainFormat format(std::make_shared<XyReader>(notation));
-    return StreamFilter(format, ReferenceWriter(grid), step).run(line.arguments(), options);
+    return StreamFilter(*format, ReferenceWriter(grid), step).run(line.arguments(), options);
 }
 
 } // namespace
@@ -145,11 +204,13 @@ const Command &mgrsCommand()
         "--cs CS [options] [FILE...]",
         QT_TRANSLATE_NOOP("QObject", "Military grid references of points, and points of references."),
         QT_TRANSLATE_NOOP("QObject",
-                          R"(Reads and writes as transform does, but for tables: x and y become one reference,
+                          R"(Reads and writes as transform does: x and y become one reference,
 further columns are passed on. The points are brought to WGS 84 first. Digits are cut off, not
 rounded: a reference names the cell that the point lies in. With --inverse a line
 begins with a reference ("37UDB1234567890" or "37U DB 12345 67890") and the answer
 is the south-west corner of its cell.
+With --csv, which transform --help explains, the reference goes into a column of its
+own, and back; all other columns stay.
 
 Examples:
   echo 37.6173 55.7558 | nivora-cs mgrs --cs 4326
@@ -162,6 +223,25 @@ Examples:
             {"precision", "N",
              QT_TRANSLATE_NOOP("QObject",
                                "Digits of each coordinate, 0 to 5 (5: a metre); with --inverse decimals.")},
+            {"csv", nullptr, QT_TRANSLATE_NOOP("QObject", "The input is a table with quoted fields.")},
+            {"delimiter", "C",
+             QT_TRANSLATE_NOOP("QObject", "Between the table's columns, \"tab\" too; found when not given.")},
+            {"x", "NAME|N",
+             QT_TRANSLATE_NOOP("QObject",
+                               "The table's column of x, 1 when not given; several with commas between.")},
+            {"y", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of y, 2 when not given.")},
+            {"ref", "NAME|N",
+             QT_TRANSLATE_NOOP("QObject", "The table's column of references: a new one, \"mgrs\", when not "
+                                          "given; 1 with --inverse.")},
+            {"out-x", "NAME|N",
+             QT_TRANSLATE_NOOP("QObject",
+                               "With --inverse: the column for x, a new one, \"x\", when not given.")},
+            {"out-y", "NAME|N",
+             QT_TRANSLATE_NOOP("QObject",
+                               "With --inverse: the column for y, a new one, \"y\", when not given.")},
+            {"encoding", "NAME",
+             QT_TRANSLATE_NOOP(
+                 "QObject", "Characters of the files, such as windows-1251 or CP866; UTF-8 when not given.")},
             {"decimal-comma", nullptr,
              QT_TRANSLATE_NOOP("QObject", "Commas inside numbers are decimal marks.")},
             {"skip", "N",

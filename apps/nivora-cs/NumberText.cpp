@@ -114,7 +114,7 @@ char *putAnyNumber(char *at, double value, int decimals)
 
 const char *parseNumber(const char *p, const char *end, double &value, const char *&why)
 {
-    why = "is no number";
+    why = QT_TRANSLATE_NOOP("QObject", "is no number");
     if (p != end && *p == '+' && (p + 1 == end || p[1] == '-'))
         return nullptr;
     if (p != end && *p == '+')
@@ -129,7 +129,7 @@ const char *parseNumber(const char *p, const char *end, double &value, const cha
     }
     const auto [behind, error] = std::from_chars(p, end, value);
     if (error == std::errc::result_out_of_range)
-        why = "is too large or too small for a number";
+        why = QT_TRANSLATE_NOOP("QObject", "is too large or too small for a number");
     return error == std::errc() ? behind : nullptr;
 }
 

@@ -1,24 +1,29 @@
 #include "PointText.h"
 
 #include "TextBuffer.h"
+#include "TextCoding.h"
 
 #include <algorithm>
 
 namespace {
 
-constexpr const char *doubtfulComma = "could be read as two numbers or as one with a decimal comma: give "
-                                      "--decimal-comma, or --csv when commas separate";
-
-constexpr const char *noNumber = "is no number";
+constexpr const char *doubtfulComma =
+    QT_TRANSLATE_NOOP("QObject", "could be read as two numbers or as one with a decimal comma: give "
+                                 "--decimal-comma, or --csv when commas separate");
+constexpr const char *groupingComma =
+    QT_TRANSLATE_NOOP("QObject", "commas could group thousands or be decimal marks: give --decimal-comma for "
+                                 "decimals");
+constexpr const char *noNumber = QT_TRANSLATE_NOOP("QObject", "is no number");
+constexpr const char *missing = QT_TRANSLATE_NOOP("QObject", "is missing");
 
 std::string_view view(const char *begin, const char *end)
 {
     return {begin, static_cast<std::size_t>(end - begin)};
 }
 
-bool complainAbout(const char *axis, const std::string &why, std::string &message)
+bool refuse(Reason &why, const char *subject, const char *what)
 {
-    message = std::string(axis) + ' ' + why;
+    why = Reason(subject, what);
     return false;
 }
 
@@ -41,7 +46,7 @@ void setColumns(Columns &columns, const char *xEnd, const char *yBegin, const ch
 }
 
 /// How the commas of a line are meant.
-enum class Commas { Separate, Decimal, Doubtful };
+enum class Commas { Separate, Decimal, Doubtful, Grouping };
 
 /// Behind a whole number, null when there is none.
 const char *skipWhole(const char *p, const char *end)
@@ -52,14 +57,54 @@ const char *skipWhole(const char *p, const char *end)
     return behind == p ? nullptr : behind;
 }
 
-/// Behind "1,5": digits on both sides of a bare comma. Null when there is none.
+/// Behind "1,5" or "1,5N": digits on both sides of a bare comma. Null when there is none.
 const char *skipCommaNumber(const char *p, const char *end)
 {
     const char *const comma = skipWhole(p, end);
     if (!comma || comma == end || *comma != ',')
         return nullptr;
     const char *const behind = std::find_if_not(comma + 1, end, isDigit);
-    return behind != comma + 1 && endsColumn(behind, end) ? behind : nullptr;
+    return behind != comma + 1 && (endsColumn(behind, end) || isHemisphere(behind, end)) ? behind : nullptr;
+}
+
+/// A number such as "1,234,567.8", whose commas may group thousands.
+struct GroupedNumber
+{
+    const char *behind = nullptr; ///< null: it is none
+    bool single = false;          ///< a comma and nothing else: they may be decimals, too
+};
+
+GroupedNumber groupedNumber(const char *p, const char *end)
+{
+    const char *behind = skipWhole(p, end);
+    int commas = 0;
+    if (!behind || std::count_if(p, behind, isDigit) > 3)
+        return {};
+    for (; behind != end && *behind == ','; ++commas) {
+        const char *const next = std::find_if_not(behind + 1, end, isDigit);
+        if (next - behind != 4)
+            return {};
+        behind = next;
+    }
+    const bool hasPoint = behind != end && *behind == '.';
+    if (hasPoint)
+        behind = std::find_if_not(behind + 1, end, isDigit);
+    if (commas == 0 || !endsColumn(behind, end))
+        return {};
+    return {behind, commas == 1 && !hasPoint};
+}
+
+/// Whether two numbers, with something else than a comma between them, have commas that group thousands.
+/// Degrees are never that many.
+bool commasMayGroup(const char *p, const char *end, bool degrees)
+{
+    const GroupedNumber first = groupedNumber(p, end);
+    if (!first.behind)
+        return false;
+    const char *const next = skipSeparator(first.behind, end);
+    const GroupedNumber second = groupedNumber(next, end);
+    const bool commaBetween = view(first.behind, next).find(',') != std::string_view::npos;
+    return second.behind && !commaBetween && !(degrees && first.single && second.single);
 }
 
 bool isLetter(char c)
@@ -72,21 +117,28 @@ bool beginsWithNumber(const char *p, const char *end)
     double number = 0.0;
     const char *why = nullptr;
     const char *const behind = p == end ? nullptr : parseNumber(p, end, number, why);
-    return behind && endsColumn(behind, end);
+    return behind && (endsColumn(behind, end) || isHemisphere(behind, end));
+}
+
+/// The first column has no comma; the second may.
+Commas commasOfSecond(const char *p, const char *end)
+{
+    const char *const whole = skipWhole(p, end);
+    const char *const next = whole ? skipSeparator(whole, end) : nullptr;
+    const bool otherSeparator = next && view(whole, next).find(',') == std::string_view::npos;
+    return otherSeparator && next != whole && skipCommaNumber(next, end) ? Commas::Doubtful
+                                                                         : Commas::Separate;
 }
 
 /// \p p is at the beginning of the first column. Two numbers with commas and another separator between them
 /// leave no doubt. One such number beside a plain one, or four whole numbers in a row, can be read both ways.
 Commas commasOf(const char *p, const char *end, bool degrees)
 {
+    if (commasMayGroup(p, end, degrees))
+        return Commas::Grouping;
     const char *const behind = skipCommaNumber(p, end);
-    if (!behind) {
-        const char *const whole = skipWhole(p, end);
-        const char *const next = whole ? skipSeparator(whole, end) : nullptr;
-        const bool otherSeparator = next && view(whole, next).find(',') == std::string_view::npos;
-        return otherSeparator && next != whole && skipCommaNumber(next, end) ? Commas::Doubtful
-                                                                             : Commas::Separate;
-    }
+    if (!behind)
+        return commasOfSecond(p, end);
     const char *const next = skipSeparator(behind, end);
     const char *const secondEnd = next == end ? nullptr : skipCommaNumber(next, end);
     const bool commaBetween = view(behind, next).find(',') != std::string_view::npos;
@@ -102,10 +154,10 @@ Commas commasOf(const char *p, const char *end, bool degrees)
 }
 
 /// The coordinate at the beginning of a line, in quotes or not. Behind it, null when there is none.
-const char *parseColumn(const char *p, const char *end, Angle &angle, std::string &why)
+const char *parseColumn(const char *p, const char *end, DecimalCommas commas, Angle &angle, const char *&why)
 {
     if (p == end || *p != '"')
-        return parseAngle(p, end, angle, why);
+        return parseAngle(p, end, commas, angle, why);
     std::string text;
     for (++p; p != end; ++p) {
         if (*p != '"' || (p + 1 != end && p[1] == '"'))
@@ -124,70 +176,103 @@ struct AnglePair
     const char *firstEnd = nullptr;
     const char *secondBegin = nullptr;
     const char *secondEnd = nullptr;
+    Reason why; ///< it has the form, but cannot be used
 };
 
 /// Two angles whose parts are columns, hemisphere included: nothing else has such a form.
-bool isPairOfAngleColumns(const char *p, const char *end, AnglePair &pair, std::string &why)
+bool isPairOfAngleColumns(const char *p, const char *end, DecimalCommas commas, AnglePair &pair)
 {
     constexpr int mostParts = 3;
-    const AngleColumns first = parseAngleColumns(p, end, mostParts, pair.first);
+    const AngleColumns first = parseAngleColumns(p, end, mostParts, commas, pair.first);
     if (!first.behind)
         return false;
     pair.firstEnd = first.behind;
     pair.secondBegin = skipSeparator(first.behind, end);
-    const AngleColumns second = parseAngleColumns(pair.secondBegin, end, first.count, pair.second);
+    const AngleColumns second = parseAngleColumns(pair.secondBegin, end, first.count, commas, pair.second);
     if (!second.behind || second.count != first.count || second.letterFirst != first.letterFirst)
         return false;
     pair.secondEnd = second.behind;
     if (!first.valid)
-        complainAbout("the first angle", first.why, why);
+        pair.why = Reason(QT_TRANSLATE_NOOP("QObject", "the first angle"), first.why);
     else if (!second.valid)
-        complainAbout("the second angle", second.why, why);
+        pair.why = Reason(QT_TRANSLATE_NOOP("QObject", "the second angle"), second.why);
     return true;
 }
 
 /// Two angles, each in a column.
-bool isPairOfAngles(const char *p, const char *end, AnglePair &pair, std::string &why)
+bool isPairOfAngles(const char *p, const char *end, DecimalCommas commas, AnglePair &pair)
 {
-    std::string reason;
-    pair.firstEnd = parseColumn(p, end, pair.first, reason);
+    const char *reason = noNumber;
+    pair.firstEnd = parseColumn(p, end, commas, pair.first, reason);
     if (!pair.firstEnd)
-        return reason == noNumber ? false : complainAbout("x", reason, why);
+        return Reason(reason).is(noNumber) ? false : refuse(pair.why, "x", reason);
     pair.secondBegin = skipSeparator(pair.firstEnd, end);
     if (pair.secondBegin == end)
-        return complainAbout("y", "is missing", why);
+        return refuse(pair.why, "y", missing);
     if (pair.secondBegin == pair.firstEnd)
         return false;
-    pair.secondEnd = parseColumn(pair.secondBegin, end, pair.second, reason);
+    pair.secondEnd = parseColumn(pair.secondBegin, end, commas, pair.second, reason);
     if (!pair.secondEnd || !endsColumn(pair.secondEnd, end))
-        return complainAbout("y", pair.secondEnd ? noNumber : reason, why);
+        return refuse(pair.why, "y", pair.secondEnd ? noNumber : reason);
     return true;
 }
 
-bool takePair(const AnglePair &pair, const char *end, QPointF &point, Columns &columns, std::string &why)
+using PairParser = bool (*)(const char *, const char *, DecimalCommas, AnglePair &);
+
+bool isSame(const AnglePair &a, const AnglePair &b)
 {
-    setColumns(columns, pair.firstEnd, pair.secondBegin, pair.secondEnd, end);
-    return why.empty() && placeCoordinates(pair.first, pair.second, point, why);
+    return a.firstEnd == b.firstEnd && a.secondEnd == b.secondEnd && a.first.degrees == b.first.degrees &&
+           a.second.degrees == b.second.degrees;
+}
+
+bool hasBothLetters(const AnglePair &pair)
+{
+    return pair.first.axis != Axis::Unknown && pair.second.axis != Axis::Unknown &&
+           view(pair.firstEnd, pair.secondBegin).find(',') == std::string_view::npos;
+}
+
+/// A comma before a letter is a decimal mark unless it can separate. "37,55N 12" can be read both ways.
+bool parsePair(PairParser parse, const char *p, const char *end, AnglePair &pair)
+{
+    const bool separates = parse(p, end, DecimalCommas::BeforeMarks, pair);
+    if (std::find(p, end, ',') == end)
+        return separates;
+    AnglePair decimal;
+    if (!parse(p, end, DecimalCommas::BeforeLetters, decimal))
+        return separates;
+    const bool doubtful = separates && !isSame(pair, decimal) && !hasBothLetters(decimal);
+    pair = decimal;
+    if (doubtful)
+        pair.why = doubtfulComma;
+    return true;
+}
+
+bool takePair(const AnglePair &pair, const char *end, QPointF &point, Columns &columns, Reason &why)
+{
+    why = pair.why;
+    if (!why.is(doubtfulComma))
+        setColumns(columns, pair.firstEnd, pair.secondBegin, pair.secondEnd, end);
+    return why.isEmpty() && placeCoordinates(pair.first, pair.second, point, why);
 }
 
 using NumberParser = const char *(*)(const char *, const char *, double &, const char *&);
 
 template <NumberParser parse>
-bool readPair(std::string_view line, QPointF &point, Columns &columns, std::string &why)
+bool readPair(std::string_view line, QPointF &point, Columns &columns, Reason &why)
 {
     const char *const end = line.data() + line.size();
     const char *reason = nullptr;
     const char *const xEnd = parse(skipBlanks(line.data(), end), end, point.rx(), reason);
     if (!xEnd)
-        return complainAbout("x", reason, why);
+        return refuse(why, "x", reason);
     const char *const yBegin = skipSeparator(xEnd, end);
     if (yBegin == end)
-        return complainAbout("y", "is missing", why);
+        return refuse(why, "y", missing);
     if (yBegin == xEnd)
-        return complainAbout("x", noNumber, why);
+        return refuse(why, "x", noNumber);
     const char *const yEnd = parse(yBegin, end, point.ry(), reason);
     if (!yEnd || !endsColumn(yEnd, end))
-        return complainAbout("y", yEnd ? noNumber : reason, why);
+        return refuse(why, "y", yEnd ? noNumber : reason);
     setColumns(columns, xEnd, yBegin, yEnd, end);
     return true;
 }
@@ -225,7 +310,7 @@ void writeStar(const Slot &slot, const Columns &columns, TextBuffer &out)
 
 } // namespace
 
-bool readCoordinate(std::string_view text, const CoordinateNotation &notation, Angle &value, std::string &why)
+bool readCoordinate(std::string_view text, const CoordinateNotation &notation, Angle &value, Reason &why)
 {
     const char *const end = text.data() + text.size();
     const char *const begin = skipBlanks(text.data(), end);
@@ -235,21 +320,21 @@ bool readCoordinate(std::string_view text, const CoordinateNotation &notation, A
         return true;
     why = behind ? noNumber : reason;
     Angle angle;
-    std::string angleWhy;
+    const char *angleWhy = noNumber;
     if (notation.angles && readAngle(view(begin, end), angle, angleWhy)) {
         value = angle;
         return true;
     }
-    if (notation.angles && angleWhy != noNumber)
+    if (notation.angles && !Reason(angleWhy).is(noNumber))
         why = angleWhy;
     return false;
 }
 
-bool placeCoordinates(const Angle &first, const Angle &second, QPointF &point, std::string &why)
+bool placeCoordinates(const Angle &first, const Angle &second, QPointF &point, Reason &why)
 {
     if (first.axis != Axis::Unknown && first.axis == second.axis) {
-        why = first.axis == Axis::Latitude ? "both coordinates are latitudes"
-                                           : "both coordinates are longitudes";
+        why = first.axis == Axis::Latitude ? QT_TRANSLATE_NOOP("QObject", "both coordinates are latitudes")
+                                           : QT_TRANSLATE_NOOP("QObject", "both coordinates are longitudes");
         return false;
     }
     const bool yFirst = first.axis == Axis::Latitude || second.axis == Axis::Longitude;
@@ -257,7 +342,7 @@ bool placeCoordinates(const Angle &first, const Angle &second, QPointF &point, s
     return true;
 }
 
-bool XyReader::read(std::string_view line, QPointF &point, Columns &columns, std::string &why) const
+bool XyReader::read(std::string_view line, QPointF &point, Columns &columns, Reason &why) const
 {
     const bool numbers = m_notation.decimalComma ? readPair<parseCommaNumber>(line, point, columns, why)
                                                  : readPair<parseNumber>(line, point, columns, why);
@@ -267,13 +352,13 @@ bool XyReader::read(std::string_view line, QPointF &point, Columns &columns, std
 }
 
 /// Numbers with something behind them may be numbers of another kind.
-bool XyReader::readAgain(std::string_view line, QPointF &point, Columns &columns, std::string &why) const
+bool XyReader::readAgain(std::string_view line, QPointF &point, Columns &columns, Reason &why) const
 {
     const char *const end = line.data() + line.size();
     const char *const begin = skipBlanks(line.data(), end);
     AnglePair pair;
-    if (m_notation.angles && hasLoneHemisphere(columns.rest.data(), end) &&
-        isPairOfAngleColumns(begin, end, pair, why))
+    if (m_notation.angles && hasHemisphereColumn(columns.rest.data(), end) &&
+        parsePair(isPairOfAngleColumns, begin, end, pair))
         return takePair(pair, end, point, columns, why);
     if (m_notation.decimalComma || line.find(',') == std::string_view::npos)
         return true;
@@ -283,27 +368,31 @@ bool XyReader::readAgain(std::string_view line, QPointF &point, Columns &columns
     if (commas == Commas::Separate)
         return true;
     columns.located = false;
-    why = doubtfulComma;
+    why = commas == Commas::Grouping ? groupingComma : doubtfulComma;
     return false;
 }
 
-bool XyReader::readAnglePair(std::string_view line, QPointF &point, Columns &columns, std::string &why)
+bool XyReader::readAnglePair(std::string_view line, QPointF &point, Columns &columns, Reason &why)
 {
     const char *const end = line.data() + line.size();
     const char *const begin = skipBlanks(line.data(), end);
+    AnglePair columnPair;
     AnglePair pair;
-    std::string reason;
-    if (isPairOfAngleColumns(begin, end, pair, reason) || isPairOfAngles(begin, end, pair, reason)) {
-        why = reason;
+    if (parsePair(isPairOfAngleColumns, begin, end, columnPair))
+        return takePair(columnPair, end, point, columns, why);
+    if (parsePair(isPairOfAngles, begin, end, pair))
         return takePair(pair, end, point, columns, why);
-    }
-    if (!reason.empty())
-        why = reason;
+    if (!pair.why.isEmpty())
+        why = pair.why;
     return false;
 }
 
-bool XyWriter::write(const QPointF &point, const Columns &columns, TextBuffer &out, std::string &) const
+bool XyWriter::write(const QPointF &point, const Columns &columns, TextBuffer &out, Reason &why) const
 {
+    // The degree sign is UTF-8 too.
+    why = QT_TRANSLATE_NOOP("QObject", "the line is not UTF-8: see --encoding");
+    if (m_angles && !(isUtf8(columns.first.before) && isUtf8(columns.second.before) && isUtf8(columns.rest)))
+        return false;
     const Slot &first = columns.first;
     const Slot &second = columns.second;
     char *at = out.reserve(first.before.size() + second.before.size() + columns.rest.size() +
@@ -328,7 +417,8 @@ void writeFailed(std::string_view line, const Columns &columns, TextBuffer &out)
 {
     if (columns.located) {
         writeStar(columns.first, columns, out);
-        writeStar(columns.second, columns, out);
+        if (!columns.single)
+            writeStar(columns.second, columns, out);
         out.write(columns.rest);
         return;
     }

@@ -2,6 +2,7 @@
 
 #include "AngleText.h"
 #include "NumberText.h"
+#include "Reason.h"
 
 #include <QPointF>
 
@@ -27,6 +28,7 @@ struct Columns
     Slot second;
     std::string_view rest; ///< from behind the second to the end
     bool yFirst = false;   ///< the first slot is that of y
+    bool single = false;   ///< there is no second one
     bool csv = false;      ///< quotes inside of values are doubled
     char delimiter = ' ';
     bool located = false; ///< the slots are known, whether or not the coordinates can be read
@@ -43,7 +45,7 @@ public:
         return std::min(text.find('\n'), text.size());
     }
     /// False when there are none; then \p why says what is wrong. The line has no line end.
-    virtual bool read(std::string_view line, QPointF &point, Columns &columns, std::string &why) const = 0;
+    virtual bool read(std::string_view line, QPointF &point, Columns &columns, Reason &why) const = 0;
 };
 
 /// Writes a line's coordinates.
@@ -52,8 +54,7 @@ class PointWriter
 public:
     virtual ~PointWriter() = default;
     /// False, nothing written, when the point cannot be expressed; then \p why says what is wrong.
-    virtual bool write(const QPointF &point, const Columns &columns, TextBuffer &out,
-                       std::string &why) const = 0;
+    virtual bool write(const QPointF &point, const Columns &columns, TextBuffer &out, Reason &why) const = 0;
 };
 
 /// How coordinates may be written.
@@ -64,11 +65,10 @@ struct CoordinateNotation
 };
 
 /// A coordinate that takes up the whole text.
-bool readCoordinate(std::string_view text, const CoordinateNotation &notation, Angle &value,
-                    std::string &why);
+bool readCoordinate(std::string_view text, const CoordinateNotation &notation, Angle &value, Reason &why);
 
 /// x and y of two coordinates in the order they were found: x is first unless hemispheres say otherwise.
-bool placeCoordinates(const Angle &first, const Angle &second, QPointF &point, std::string &why);
+bool placeCoordinates(const Angle &first, const Angle &second, QPointF &point, Reason &why);
 
 /// "x y": separated by blanks, tabs, one comma or one semicolon.
 class XyReader : public PointReader
@@ -77,11 +77,11 @@ public:
     explicit XyReader(const CoordinateNotation &notation = {})
         : m_notation(notation)
     {}
-    bool read(std::string_view line, QPointF &point, Columns &columns, std::string &why) const override;
+    bool read(std::string_view line, QPointF &point, Columns &columns, Reason &why) const override;
 
 private:
-    bool readAgain(std::string_view line, QPointF &point, Columns &columns, std::string &why) const;
-    static bool readAnglePair(std::string_view line, QPointF &point, Columns &columns, std::string &why);
+    bool readAgain(std::string_view line, QPointF &point, Columns &columns, Reason &why) const;
+    static bool readAnglePair(std::string_view line, QPointF &point, Columns &columns, Reason &why);
 
     CoordinateNotation m_notation;
 };
@@ -98,8 +98,7 @@ public:
         , m_angles(true)
         , m_letters(letters)
     {}
-    bool write(const QPointF &point, const Columns &columns, TextBuffer &out,
-               std::string &why) const override;
+    bool write(const QPointF &point, const Columns &columns, TextBuffer &out, Reason &why) const override;
 
 private:
     char *put(char *at, double value, bool y, const Columns &columns, const Slot &slot) const;

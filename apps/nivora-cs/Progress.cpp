@@ -1,5 +1,7 @@
 #include "Progress.h"
 
+#include <QObject>
+
 #include <cstdio>
 #include <unistd.h>
 
@@ -10,23 +12,25 @@ constexpr int width = 40;
 
 } // namespace
 
-Progress::Progress(bool wanted, qint64 totalBytes)
+Progress::Progress(bool wanted, qint64 total, Things things)
     : m_active(wanted && ::isatty(STDERR_FILENO) == 1)
-    , m_totalBytes(totalBytes)
+    , m_total(total)
+    , m_things(things)
 {
     m_sinceDrawn.start();
 }
 
-void Progress::update(qint64 bytes, qint64 lines)
+void Progress::update(qint64 done, qint64 things)
 {
     if (!m_active || m_sinceDrawn.elapsed() < redrawAfterMs)
         return;
     m_sinceDrawn.restart();
     m_drawn = true;
-    if (m_totalBytes <= 0) {
-        std::fprintf(stderr, "\r%lld lines", static_cast<long long>(lines));
+    if (m_total <= 0) {
+        const QString text = m_things == Lines ? QObject::tr("%1 lines") : QObject::tr("%1 features");
+        std::fprintf(stderr, "\r%s", text.arg(things).toUtf8().constData());
     } else {
-        const double share = qMin(1.0, static_cast<double>(bytes) / static_cast<double>(m_totalBytes));
+        const double share = qMin(1.0, static_cast<double>(done) / static_cast<double>(m_total));
         const int filled = static_cast<int>(share * width);
         std::fprintf(stderr, "\r[%.*s%*s] %3d %%", filled, "########################################",
                      width - filled, "", static_cast<int>(share * 100.0));

@@ -22,17 +22,16 @@ namespace {
 QRectF rectOf(const QStringList &arguments, const CoordinateNotation &notation)
 {
     std::array<Angle, 4> values;
-    std::string why;
+    Reason why;
     for (std::size_t i = 0; i < values.size(); ++i) {
         const QByteArray utf8 = arguments.at(static_cast<int>(i)).toUtf8();
         if (!readCoordinate({utf8.constData(), static_cast<std::size_t>(utf8.size())}, notation, values[i],
                             why))
-            throw Failure(
-                QStringLiteral("\"%1\" %2").arg(QString::fromUtf8(utf8), QString::fromStdString(why)));
+            throw Failure(QStringLiteral("\"%1\" %2").arg(QString::fromUtf8(utf8), why.text()));
     }
     QPointF corner;
     if (!placeCoordinates(values[0], values[1], corner, why))
-        throw Failure(QString::fromStdString(why));
+        throw Failure(why.text());
     const QSizeF size(values[2].degrees, values[3].degrees);
     if (!(size.width() > 0.0) || !(size.height() > 0.0))
         throw Failure(QObject::tr("width and height must be greater than 0"));

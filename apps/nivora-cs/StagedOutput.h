@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDir>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -7,7 +8,7 @@
 #include <memory>
 
 /// A place beside the output where files are written before they appear under their own names, all of them
-/// or none. What is not published is removed.
+/// or none. What is not published is removed, also when the user interrupts the program.
 class StagedOutput
 {
 public:
@@ -19,11 +20,19 @@ public:
     QString path() const;
     /// A further file of the output, by its name.
     QString path(const QString &name) const { return m_dir->filePath(name); }
-    /// Moves everything into place. Throws Failure, after which nothing new is there.
-    void publish();
+    QDir dir() const { return QDir(m_dir->path()); }
+    /// Throws Failure when a signal asked the program to end.
+    void checkInterrupted() const;
+    /// Throws Failure when the disk is full, which not every driver notices.
+    void checkRoom() const;
+    /// Moves everything into place. \p obsolete are paths of files of what was there before, which are
+    /// removed when they lie beside the output, belong to its name and have no successor. Throws Failure,
+    /// after which nothing new is there.
+    void publish(const QStringList &obsolete);
 
 private:
     void replace(const QString &name, QStringList &done);
+    void removeObsolete(const QStringList &obsolete, const QStringList &fresh) const;
 
     QString m_target;
     bool m_overwrite;

@@ -70,14 +70,14 @@ StreamOptions streamOptions(const CommandLine &line)
     constexpr int mostSkipped = 1000000;
     const int cores = qBound(1, QThread::idealThreadCount(), mostJobs);
     return {line.number("skip", 0, mostSkipped, 0), line.number("jobs", 1, mostJobs, cores),
-            line.isSet("progress")};
+            line.isSet("progress"), TextCoding(line.value("encoding"))};
 }
 
 /// A thread's lists, kept from block to block.
 struct StreamFilter::Work
 {
     std::vector<Line> lines;
-    std::vector<std::string> reasons;
+    std::vector<Reason> reasons;
     QVector<QPointF> points;
     std::vector<char> failed;
 };
@@ -94,6 +94,7 @@ struct StreamFilter::Turn
 struct StreamFilter::Queue
 {
     BlockSource &source;
+    const TextCoding &coding;
     Progress &progress;
     std::mutex input; ///< guards the source and the next ticket
     qint64 nextTicket = 0;
@@ -113,9 +114,9 @@ StreamFilter::StreamFilter(const FileFormat &format, const PointWriter &writer, 
 
 ExitStatus StreamFilter::run(const QStringList &fileNames, const StreamOptions &options)
 {
-    BlockSource source(m_format, fileNames, options.skip);
+    BlockSource source(m_format, fileNames, options.skip, options.coding);
     Progress progress(options.showProgress, totalSize(source.fileNames()));
-    Queue queue{source, progress, {}, 0, {}, {}, 0, false, nullptr};
+    Queue queue{source, options.coding, progress, {}, 0, {}, {}, 0, false, nullptr};
     std::vector<std::thread> threads = startThreads(options.jobs - 1, [this, &queue] { workThrough(queue); });
     workThrough(queue);
     for (std::thread &thread : threads)
@@ -139,7 +140,7 @@ void StreamFilter::workThrough(Queue &queue)
         try {
             takeBlock(block, queue, turn);
             if (turn.hasBlock)
-                convert(block, work);
+                convert(block, work, queue.coding);
         } catch (...) {
             turn.failure = std::current_exception();
         }
@@ -176,7 +177,17 @@ bool StreamFilter::finishTurn(const Block &block, Queue &queue, Turn &turn)
     return queue.done;
 }
 
-void StreamFilter::convert(Block &block, Work &work) const
+void StreamFilter::convert(Block &block, Work &work, const TextCoding &coding) const
+{
+    fill(block, work);
+    if (!coding.isNeeded())
+        return;
+    TextBuffer encoded;
+    coding.encode(block.out.view(), encoded);
+    block.out = std::move(encoded);
+}
+
+void StreamFilter::fill(Block &block, Work &work) const
 {
     block.out.clear();
     block.lineCount = 0;
@@ -213,11 +224,11 @@ void StreamFilter::readBlock(const Block &block, Work &work) const
 void StreamFilter::readLine(const Block &block, Line &line, Work &work) const
 {
     if (block.chunk.oversized)
-        return markBad(line, Line::Bad, "longer than 16 MiB", work);
+        return markBad(line, Line::Bad, QT_TRANSLATE_NOOP("QObject", "longer than 16 MiB"), work);
     if (m_format.passesOn(line.text))
         return;
     QPointF point;
-    std::string why;
+    Reason why;
     if (block.reader->read(line.text, point, line.columns, why)) {
         line.kind = Line::Point;
         line.index = work.points.size();
@@ -225,11 +236,14 @@ void StreamFilter::readLine(const Block &block, Line &line, Work &work) const
         return;
     }
     if (block.kind == Block::FirstLine && !line.columns.located && looksLikeHeader(line.text))
-        return markBad(line, Line::Header, why + "; passed on as a header", work);
+        return markBad(line, Line::Header, Reason(QObject::tr("%1; passed on as a header").arg(why.text())),
+                       work);
+    if (!isUtf8(line.text))
+        why = Reason(QObject::tr("%1 (the line is not UTF-8: see --encoding)").arg(why.text()));
     markBad(line, Line::Bad, std::move(why), work);
 }
 
-void StreamFilter::markBad(Line &line, Line::Kind kind, std::string why, Work &work)
+void StreamFilter::markBad(Line &line, Line::Kind kind, Reason why, Work &work)
 {
     line.kind = kind;
     line.index = static_cast<int>(work.reasons.size());
@@ -241,7 +255,7 @@ void StreamFilter::writeBlock(Block &block, Work &work) const
     const std::string_view text = block.chunk.text;
     const auto lineNumber = [&text](const char *at) { return 1 + std::count(text.data(), at, '\n'); };
     block.lineCount = std::count(text.begin(), text.end(), '\n');
-    std::string why;
+    Reason why;
     for (const Line &line : work.lines) {
         if (!writeLine(line, work, block.out, why)) {
             ++block.badLines;
@@ -252,7 +266,7 @@ void StreamFilter::writeBlock(Block &block, Work &work) const
     }
 }
 
-bool StreamFilter::writeLine(const Line &line, const Work &work, TextBuffer &out, std::string &why) const
+bool StreamFilter::writeLine(const Line &line, const Work &work, TextBuffer &out, Reason &why) const
 {
     const auto index = static_cast<std::size_t>(line.index);
     if (line.kind == Line::Verbatim || line.kind == Line::Header)
@@ -266,7 +280,7 @@ bool StreamFilter::writeLine(const Line &line, const Work &work, TextBuffer &out
         return false;
     }
     if (work.failed[index])
-        why = "the point cannot be transformed";
+        why = QT_TRANSLATE_NOOP("QObject", "the point cannot be transformed");
     else if (m_writer.write(work.points.at(line.index), line.columns, out, why))
         return true;
     writeFailed(line.text, line.columns, out);
@@ -293,8 +307,7 @@ void StreamFilter::deliver(const Block &block, Queue &queue)
         if (m_reported++ >= reportedLines)
             break;
         queue.progress.clear();
-        report(QObject::tr("%1line %2: %3")
-                   .arg(prefix, QString::number(m_lineNumber + line), QString::fromStdString(why)));
+        report(QObject::tr("%1line %2: %3").arg(prefix, QString::number(m_lineNumber + line), why.text()));
     }
     m_badLines += block.badLines;
     m_lineNumber += block.lineCount;

@@ -34,6 +34,7 @@ struct StreamOptions
     int skip = 0; ///< lines at the beginning of each file that are passed on
     int jobs = 1; ///< threads that work
     bool showProgress = false;
+    TextCoding coding;
 };
 /// The options that all commands with points have. Throws Failure.
 StreamOptions streamOptions(const CommandLine &line);
@@ -69,12 +70,13 @@ private:
     void workThrough(Queue &queue);
     static void takeBlock(Block &block, Queue &queue, Turn &turn);
     bool finishTurn(const Block &block, Queue &queue, Turn &turn);
-    void convert(Block &block, Work &work) const;
+    void convert(Block &block, Work &work, const TextCoding &coding) const;
+    void fill(Block &block, Work &work) const;
     void readBlock(const Block &block, Work &work) const;
     void readLine(const Block &block, Line &line, Work &work) const;
-    static void markBad(Line &line, Line::Kind kind, std::string why, Work &work);
+    static void markBad(Line &line, Line::Kind kind, Reason why, Work &work);
     void writeBlock(Block &block, Work &work) const;
-    bool writeLine(const Line &line, const Work &work, TextBuffer &out, std::string &why) const;
+    bool writeLine(const Line &line, const Work &work, TextBuffer &out, Reason &why) const;
     void deliver(const Block &block, Queue &queue);
 
     const FileFormat &m_format;

@@ -1,7 +1,7 @@
 #include "CommandLine.h"
 #include "Commands.h"
 #include "CsText.h"
-#include "CsvFormat.h"
+#include "CsvOptions.h"
 #include "OperationText.h"
 #include "Output.h"
 #include "Session.h"
@@ -14,7 +14,6 @@
 #include <cmath>
 #include <memory>
 #include <optional>
-#include <string_view>
 
 using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
@@ -34,41 +33,13 @@ std::optional<double> epochOf(const CommandLine &line)
     return years;
 }
 
-/// Bytes that are part of numbers or of the notation itself delimit nothing.
-std::string delimiterOf(const CommandLine &line)
-{
-    const QString text = line.value("delimiter");
-    if (text.isEmpty() && !line.isSet("delimiter"))
-        return {};
-    const QString character =
-        text == QLatin1String("tab") || text == QLatin1String("\\t") ? QStringLiteral("\t") : text;
-    const char c = character.size() == 1 ? character.at(0).toLatin1() : '\0';
-    if (c <= 0 || isDigit(c) || std::string_view("\"\r\n.+-*").find(c) != std::string_view::npos)
-        throw Failure(QObject::tr("--delimiter takes one character, or \"tab\", not \"%1\"").arg(text));
-    return {c};
-}
-
-void checkCsvOptions(const CommandLine &line)
-{
-    for (const char *option : {"delimiter", "x", "y", "out-x", "out-y"})
-        if (line.isSet(option) && !line.isSet("csv"))
-            throw Failure(QObject::tr("--%1 needs --csv").arg(QLatin1String(option)));
-}
-
 std::unique_ptr<FileFormat> formatOf(const CommandLine &line, const CoordSystem &source)
 {
     const CoordinateNotation notation{source.isLatLong(), line.isSet("decimal-comma")};
-    checkCsvOptions(line);
-    if (!line.isSet("csv"))
-        return std::make_unique<PlainFormat>(std::make_shared<XyReader>(notation));
-    CsvOptions options;
-    options.delimiter = delimiterOf(line);
-    options.notation = notation;
-    options.x = line.isSet("x") ? line.value("x") : options.x;
-    options.y = line.isSet("y") ? line.value("y") : options.y;
-    options.outX = line.value("out-x");
-    options.outY = line.value("out-y");
-    return std::make_unique<CsvFormat>(options);
+    checkCsvOptions(line, {"delimiter", "x", "y", "out-x", "out-y"});
+    if (line.isSet("csv"))
+        return std::make_unique<CsvFormat>(csvOptions(line, notation));
+    return std::make_unique<PlainFormat>(std::make_shared<XyReader>(notation));
 }
 
 Letters lettersOf(const CommandLine &line)
@@ -177,6 +148,9 @@ Examples:
             {"out-y", "NAME|N",
              QT_TRANSLATE_NOOP("QObject",
                                "Column for the new y. Without these the new x and y replace the old.")},
+            {"encoding", "NAME",
+             QT_TRANSLATE_NOOP(
+                 "QObject", "Characters of the files, such as windows-1251 or CP866; UTF-8 when not given.")},
             {"skip", "N",
              QT_TRANSLATE_NOOP("QObject", "Pass the first N lines of each file on as they are.")},
             {"jobs", "N",

@@ -12,13 +12,21 @@ function(run)
     execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
-# The consumer says "ok" and nothing else when all of its checks hold.
-function(run_consumer)
-    execute_process(COMMAND ${CMAKE_COMMAND} -E env --unset=PROJ_LIB --unset=NIVORA_DATA ${ARGN}
-        OUTPUT_VARIABLE printed COMMAND_ERROR_IS_FATAL ANY)
-    if(NOT printed STREQUAL "ok\n")
-        message(FATAL_ERROR "the consumer said: ${printed}")
+# says(WANTED COMMAND…): in an environment with nothing but this, it prints what is wanted and nothing else.
+function(says wanted)
+    execute_process(COMMAND env -i QT_QPA_PLATFORM=offscreen HOME=${WORK_DIR} LSAN_OPTIONS=$ENV{LSAN_OPTIONS} ${ARGN}
+        WORKING_DIRECTORY / OUTPUT_VARIABLE printed COMMAND_ERROR_IS_FATAL ANY)
+    if(NOT printed STREQUAL wanted)
+        message(FATAL_ERROR "${ARGN} said: ${printed}")
     endif()
+endfunction()
+
+# pkg_config(VARIABLE ARGUMENT…)
+function(pkg_config variable)
+    execute_process(COMMAND ${PKG_CONFIG} ${ARGN}
+        OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    separate_arguments(flags UNIX_COMMAND "${flags}")
+    set(${variable} ${flags} PARENT_SCOPE)
 endfunction()
 
 file(REMOVE_RECURSE ${WORK_DIR})
@@ -33,33 +41,41 @@ endif()
 
 run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/cmake -G ${GENERATOR}
     -D CMAKE_CXX_COMPILER=${COMPILER} -D CMAKE_PREFIX_PATH=${prefix}
-    -D CMAKE_CXX_FLAGS=${sanitizer} -D WIDGETS=${WIDGETS} -D CHOOSE=${CHOOSE} -D CMAKE_FIND_USE_PACKAGE_REGISTRY=OFF)
+    -D CMAKE_CXX_FLAGS=${sanitizer} -D WIDGETS=${WIDGETS} -D EXAMPLES=${EXAMPLES} -D CMAKE_FIND_USE_PACKAGE_REGISTRY=OFF)
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/cmake)
-run_consumer(${WORK_DIR}/cmake/consumer)
+says("ok\n" ${WORK_DIR}/cmake/consumer)
 
 set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIBDIR}/pkgconfig")
-execute_process(COMMAND ${PKG_CONFIG} --cflags --libs nivora-cs
-    OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-separate_arguments(flags UNIX_COMMAND "${flags}")
-execute_process(COMMAND ${PKG_CONFIG} --variable=resourcedir nivora-cs
-    OUTPUT_VARIABLE resources OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+pkg_config(flags --cflags --libs nivora-cs)
+pkg_config(resources --variable=resourcedir nivora-cs)
+set(linked "-Wl,-rpath,${prefix}/${LIBDIR}")
 run(${COMPILER} -std=c++17 ${sanitizer} "-DRESOURCES=\"${resources}\"" ${CONSUMER_DIR}/main.cpp
-    -o ${WORK_DIR}/consumer-pc ${flags} "-Wl,-rpath,${prefix}/${LIBDIR}")
-run_consumer(${WORK_DIR}/consumer-pc)
+    -o ${WORK_DIR}/consumer-pc ${flags} ${linked})
+says("ok\n" ${WORK_DIR}/consumer-pc)
 
 if(WIDGETS)
-    execute_process(COMMAND ${PKG_CONFIG} --cflags --libs nivora-cs-widgets
-        OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-    separate_arguments(flags UNIX_COMMAND "${flags}")
-    run(${COMPILER} -std=c++17 ${sanitizer} ${CHOOSE} -o ${WORK_DIR}/choose-pc ${flags} "-Wl,-rpath,${prefix}/${LIBDIR}")
+    set(zone37 "WGS 84 / UTM zone 37N\n")
+    says(${zone37} ${WORK_DIR}/cmake/picker-window ${resources} 32637)
+    pkg_config(flags --cflags --libs nivora-cs-widgets)
+    run(${COMPILER} -std=c++17 ${sanitizer} ${EXAMPLES}/picker-window.cpp -o ${WORK_DIR}/picker-window-pc ${flags} ${linked})
+    says(${zone37} ${WORK_DIR}/picker-window-pc ${resources} 32637)
 endif()
 
 if(APPS)
-    # The installed program finds its library and its catalogues beside itself, from any working directory and
+    # The installed programs find their libraries and catalogues beside themselves, from any working directory and
     # without an environment.
     execute_process(COMMAND env -i ${prefix}/bin/nivora-cs info EPSG:32637
         WORKING_DIRECTORY / OUTPUT_VARIABLE printed COMMAND_ERROR_IS_FATAL ANY)
     if(NOT printed MATCHES "32637")
         message(FATAL_ERROR "the installed program said: ${printed}")
+    endif()
+endif()
+if(APPS AND WIDGETS)
+    # One that starts shows its window until it is stopped; one that does not has a status of its own before.
+    execute_process(COMMAND env -i QT_QPA_PLATFORM=offscreen HOME=${WORK_DIR}
+            timeout 3 ${prefix}/bin/nivora-cs-picker --current EPSG:32637
+        WORKING_DIRECTORY / RESULT_VARIABLE status)
+    if(NOT status EQUAL 124) # timeout's own
+        message(FATAL_ERROR "the installed picker ended with ${status}")
     endif()
 endif()

@@ -1,7 +1,8 @@
-# Only nivora:: and mgrs:: may be visible outside the shared library, nothing of what its classes hide, and, where the
+# Only nivora:: and mgrs:: may be visible outside a shared library, nothing of what its classes hide, and, where the
 # build has a LIST, exactly the symbols of that list. A change of the interface changes the list:
 #   cmake -D NM=nm -D LIBRARY=build/release/lib/libnivora-cs.so -D LIST=tests/package/symbols.txt -D UPDATE=ON \
 #         -P tests/package/symbols.cmake
+# and the same with libnivora-cs-widgets.so and symbols-widgets.txt.
 execute_process(COMMAND ${NM} -D --defined-only -C ${LIBRARY}
     OUTPUT_VARIABLE listing COMMAND_ERROR_IS_FATAL ANY)
 string(REPLACE "[" "<" listing "${listing}") # brackets would join list elements
@@ -20,7 +21,7 @@ foreach(line IN LISTS lines)
     string(REGEX REPLACE "^(vtable|VTT|typeinfo|typeinfo name|guard variable) for |^(non-)?virtual thunk to " ""
            bare "${name}")
     # A template's name begins with its return type in this listing; none of the interface is one.
-    if(NOT bare MATCHES "^(nivora|mgrs)::" OR bare MATCHES "^[^(]*::(Impl|Data|Private|Lifeline|System)::")
+    if(NOT bare MATCHES "^(nivora|mgrs)::" OR bare MATCHES "^[^(]*::(Impl|Data|Private|Query|Lifeline|System)::")
         string(APPEND refused "  ${name}\n")
     endif()
     list(APPEND own "${name}")

@@ -1,12 +1,18 @@
 #include "Soak.h"
 
+#include <coordsys/BulkTransform.h>
 #include <coordsys/CoordSysFactory.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
+#include <coordsys/GeographicBounds.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/MapinfoSearch.h>
+#include <coordsys/Measures.h>
 #include <coordsys/Mgrs.h>
+#include <coordsys/ShiftQuality.h>
+#include <coordsys/SystemInfo.h>
 #include <coordsys/UserCoordSystem.h>
+#include <coordsys/UserInput.h>
 
 #include <QTemporaryDir>
 
@@ -26,6 +32,8 @@ namespace {
 
 using Random = std::mt19937;
 using Clock = std::chrono::steady_clock;
+
+const QPointF moscow(37.6, 55.7); // longitude, latitude
 
 /// What all threads share: systems that others convert with, name and search at the same time.
 struct Stage
@@ -82,6 +90,55 @@ bool meshes(const Stage &stage, Random &random)
     return transform.forwardMesh(QRectF(36, 50, 6, 6), out, 20);
 }
 
+/// On the pool that all threads share, and by this thread alone.
+bool bulk(const Stage &stage, Random &random)
+{
+    const BulkTransform transform(
+        CoordTransform(stage.factory->latLongWgs84CoordSystem(), oneOf(random, stage)));
+    const QVector<QPointF> places(5000, moscow);
+    QVector<QPointF> planar;
+    QPointF alone;
+    return transform.forward(places, planar).isComplete() && transform.forward(places.front(), alone) &&
+           alone == planar.back();
+}
+
+bool bounds(const Stage &stage, Random &random)
+{
+    const CoordTransform toWgs84(oneOf(random, stage), stage.factory->latLongWgs84CoordSystem());
+    QPointF centre;
+    GeographicBounds found;
+    constexpr double half = 5.0; // degrees or metres
+    return toWgs84.inverse(moscow, centre) &&
+           toWgs84.geographicBounds(QRectF(centre.x() - half, centre.y() - half, 2 * half, 2 * half),
+                                    found) &&
+           found.contains(moscow.x(), moscow.y());
+}
+
+bool tells(const Stage &stage, Random &random)
+{
+    const CoordSystemPtr &cs = oneOf(random, stage);
+    shiftQuality(*cs);
+    const CoordTransform toWgs84(cs, stage.factory->latLongWgs84CoordSystem());
+    return !systemInfo(*cs).name.isEmpty() && !exportSystem(*cs, SystemFormat::Wkt2).isEmpty() &&
+           (toWgs84.isEqualsCS() || !toWgs84.operations().isEmpty());
+}
+
+bool measures(const Stage &stage, Random &random)
+{
+    const CoordSystemPtr &cs = oneOf(random, stage);
+    QVector<QPointF> line{moscow, QPointF(37.7, 55.8)};
+    return CoordTransform(stage.factory->latLongWgs84CoordSystem(), cs).forward(line, line) &&
+           Measures(cs).lengthM(line).has_value();
+}
+
+bool reads(const Stage &stage, Random &random)
+{
+    const QStringList texts = {QStringLiteral("urn:ogc:def:crs:EPSG::32637"), QStringLiteral("ESRI:102100"),
+                               QStringLiteral("+proj=utm +zone=%1").arg(1 + random() % 60),
+                               QStringLiteral("WGS 84 / UTM zone 37N"), QStringLiteral("EPSG:4326+5773")};
+    return stage.factory->readUserInput(oneOf(random, texts)).system != nullptr;
+}
+
 bool names(const Stage &stage, Random &random)
 {
     const CoordSystemPtr &cs = oneOf(random, stage);
@@ -100,15 +157,14 @@ bool compares(const Stage &stage, Random &random)
 bool finds(const Stage &stage, Random &random)
 {
     const QStringList words = {QStringLiteral("utm 37"), QStringLiteral("pulkovo"), QStringLiteral("4326")};
-    return !stage.search->find(oneOf(random, words), 5).isEmpty() &&
-           !stage.search->at(QPointF(37.6, 55.7), 5).isEmpty();
+    return !stage.search->find(oneOf(random, words), 5).isEmpty() && !stage.search->at(moscow, 5).isEmpty();
 }
 
 bool gridReference(const Stage &stage, Random &random)
 {
     Mgrs grid(stage.factory->latLongWgs84CoordSystem());
     grid.setPrecision(static_cast<int>(random() % 6));
-    return grid.getMGRSString(37.6, 55.7).startsWith(QLatin1String("37U"));
+    return grid.getMGRSString(moscow).startsWith(QLatin1String("37U"));
 }
 
 bool ownStore(const Stage &, Random &random)
@@ -137,15 +193,13 @@ struct Act
 };
 
 constexpr Act acts[] = {
-    {"create", create},
-    {"there and back", thereAndBack},
-    {"mesh", meshes},
-    {"names", names},
-    {"comparison", compares},
-    {"search", finds},
-    {"grid reference", gridReference},
-    {"user store", ownStore},
-    {"default factory", changesDefault},
+    {"create", create},       {"there and back", thereAndBack},
+    {"mesh", meshes},         {"list", bulk},
+    {"bounds", bounds},       {"information", tells},
+    {"measures", measures},   {"user input", reads},
+    {"names", names},         {"comparison", compares},
+    {"search", finds},        {"grid reference", gridReference},
+    {"user store", ownStore}, {"default factory", changesDefault},
 };
 
 void runOne(const Act &act, const Stage &stage, Random &random, std::atomic<int> &faults)

@@ -1,0 +1,222 @@
+#include "Conversion.h"
+
+#include "CommandLine.h"
+#include "CsText.h"
+#include "LayerSystem.h"
+#include "Output.h"
+#include "Progress.h"
+
+#include <coordsys/CoordSystemConversions.h>
+#include <coordsys/MapHeaderCoordsysConverter.h>
+
+#include <QDir>
+#include <QFileInfo>
+#include <QObject>
+
+#include <cmath>
+
+using nivora::cs::BulkTransform;
+using nivora::cs::CoordSystemPtr;
+using nivora::cs::CoordTransform;
+using nivora::cs::MapHeaderCoordsysConverter;
+
+namespace {
+
+double bendOption(const CommandLine &line)
+{
+    if (!line.isSet("segmentize"))
+        return 0.0;
+    bool ok = false;
+    const double metres = line.value("segmentize").toDouble(&ok);
+    if (!ok || !(metres > 0.0) || !std::isfinite(metres))
+        throw Failure(QObject::tr("--segmentize takes metres greater than 0, not \"%1\"")
+                          .arg(line.value("segmentize")));
+    return metres;
+}
+
+CoordSystemPtr optionalSystem(const Session &session, const CommandLine &line, const char *option)
+{
+    return line.isSet(option) ? systemOfOption(session, line, option) : nullptr;
+}
+
+/// Drivers seek in files and write several of them.
+QString fileArgument(const CommandLine &line, int index)
+{
+    const QString name = line.arguments().at(index);
+    if (name == QLatin1String("-"))
+        throw Failure(QObject::tr("convert reads and writes files, no pipes: \"-\" is none"));
+    return name;
+}
+
+QString rejectedName(const QString &out)
+{
+    return QFileInfo(out).completeBaseName() + QStringLiteral(".rejected.csv");
+}
+
+/// The driver counts a table's coordinates in whole steps between bounds and would move a point behind them
+/// onto them. Those of a system that states none are wide enough for the data.
+QRectF tableBounds(OGRLayerH source, const GeometryChange &change, const OutputLayer &layer)
+{
+    OGREnvelope extent;
+    const QRectF bounds = layer.mapInfo->bounds;
+    if (layer.system->isRectSet() || OGR_L_GetExtent(source, &extent, TRUE) != OGRERR_NONE)
+        return bounds;
+    const double margin = 1e-3 * std::hypot(extent.MaxX - extent.MinX, extent.MaxY - extent.MinY) + 1e-6;
+    const QRectF data = QRectF(QPointF(extent.MinX, extent.MinY), QPointF(extent.MaxX, extent.MaxY))
+                            .adjusted(-margin, -margin, margin, margin);
+    QRectF image = data;
+    if (change.transform &&
+        !change.transform->transform().forwardMesh(data, image, CoordTransform::DefaultAddPointsMesh))
+        return bounds;
+    return bounds.united(image);
+}
+
+/// The driver's words for what it changed: "… couldn't be converted correctly from UTF-8 to CP1251", "Value …
+/// has been truncated to …".
+bool tellsLoss(const QString &warning)
+{
+    return warning.contains(QLatin1String("converted correctly")) ||
+           warning.contains(QLatin1String("truncated"));
+}
+
+} // namespace
+
+/// In the member list's order, so that a mistake in the arguments is told before anything is opened.
+Conversion::Conversion(const CommandLine &line)
+    : m_session(line)
+    , m_in(fileArgument(line, 0))
+    , m_out(fileArgument(line, 1))
+    , m_from(optionalSystem(m_session, line, "from"))
+    , m_to(optionalSystem(m_session, line, "to"))
+    , m_mostBendM(bendOption(line))
+    , m_losses(line.isSet("lossy"))
+    , m_source((GDALAllRegister(), openForReading(m_in, m_messages)))
+    , m_format(m_out, line.value("format"), m_in)
+    , m_stage(m_out, line.isSet("overwrite"))
+    , m_rejected(m_stage.path(rejectedName(m_out)))
+    , m_probe(m_session, m_format, m_stage.dir(), QFileInfo(m_out).fileName())
+{}
+
+CoordSystemPtr Conversion::sourceSystem(OGRLayerH layer) const
+{
+    const CoordSystemPtr source = m_from ? m_from : systemOfLayer(m_session, m_source.get(), layer);
+    if (!source && m_to)
+        throw Failure(QObject::tr("%1 does not say its coordinate system; give --from").arg(m_in));
+    return source;
+}
+
+CoordSystemPtr Conversion::withoutAffine(const CoordSystemPtr &system) const
+{
+    if (!hasAffine(system))
+        return system;
+    const MapHeaderCoordsysConverter converter;
+    nivora::cs::TABProjInfo_t record = converter.prjStrToTABProjInfo(system->prjStr());
+    record.nAffineFlag = record.nBoundsFlag = 0; // bounds are those of the transformed plane
+    return m_session.factory().createFromPrj(converter.tabProjInfoToString(record));
+}
+
+/// Only MapInfo's files say an affine transformation.
+CoordSystemPtr Conversion::carriable(const CoordSystemPtr &target)
+{
+    if (!target || !hasAffine(target) || m_format.isMapInfo())
+        return target;
+    m_losses.add(QObject::tr("%1 cannot carry the affine transformation of the system; the coordinates are "
+                             "written in its projection's plane")
+                     .arg(m_format.name()));
+    return withoutAffine(target);
+}
+
+void Conversion::settle(OGRLayerH source, OutputLayer &layer, GeometryChange &change)
+{
+    const CoordSystemPtr from = sourceSystem(source);
+    layer.name = QString::fromUtf8(OGR_L_GetName(source));
+    layer.system = carriable(m_to ? m_to : from);
+    if (from && layer.system && from != layer.system)
+        change.transform.emplace(CoordTransform(from, layer.system));
+    if (change.transform && m_mostBendM > 0.0)
+        change.splitter.emplace(*change.transform, *withoutAffine(layer.system), m_mostBendM);
+    if (!layer.system || !m_format.isMapInfo())
+        return;
+    layer.mapInfo = mapInfoTarget(*layer.system);
+    if (m_format.isTable())
+        layer.bounds = change.limits = tableBounds(source, change, layer);
+    m_mapInfo = layer.mapInfo;
+}
+
+void Conversion::openTarget(const OutputLayer &first)
+{
+    m_target = m_format.create(m_stage.path(), first);
+    if (!m_target)
+        throw Failure(QObject::tr("cannot write %1: %2").arg(m_out, m_messages.reason()));
+    m_transaction = GDALDatasetTestCapability(m_target.get(), ODsCTransactions) &&
+                    GDALDatasetStartTransaction(m_target.get(), FALSE) == OGRERR_NONE;
+}
+
+void Conversion::convertLayer(int index)
+{
+    OGRLayerH source = GDALDatasetGetLayer(m_source.get(), index);
+    OutputLayer layer;
+    GeometryChange change;
+    settle(source, layer, change);
+    if (!m_target)
+        openTarget(layer);
+    LayerCopy copy({source, m_target.get(), layer, m_format, change, m_probe}, m_losses, m_messages);
+
+    Progress progress(true, OGR_L_GetFeatureCount(source, FALSE), Progress::Features);
+    copy.run([this](const QString &name, const Rejection &rejection) { m_rejected.add(name, rejection); },
+             [this, &progress](GIntBig done) {
+                 m_stage.checkInterrupted();
+                 progress.update(done, done);
+             });
+    m_features += copy.written();
+    noteWarnings();
+}
+
+void Conversion::noteWarnings()
+{
+    for (const QString &warning : m_messages.warnings())
+        if (tellsLoss(warning))
+            m_losses.add(warning);
+        else
+            m_notes << warning;
+    m_messages.clear();
+}
+
+void Conversion::closeTarget()
+{
+    m_messages.clear();
+    const bool committed = !m_transaction || GDALDatasetCommitTransaction(m_target.get()) == OGRERR_NONE;
+    m_target.reset();
+    if (!committed || m_messages.failed())
+        throw Failure(QObject::tr("cannot write %1: %2").arg(m_out, m_messages.reason()));
+    if (m_mapInfo)
+        giveSystem(m_stage.path(), *m_mapInfo);
+    m_rejected.close();
+    m_stage.checkRoom();
+}
+
+void Conversion::tell() const
+{
+    for (const QString &note : m_notes)
+        complain(QObject::tr("note: %1").arg(note));
+    for (const QString &loss : m_losses.all())
+        complain(QObject::tr("lost: %1").arg(loss));
+    if (m_rejected.count() > 0)
+        complain(QObject::tr("%1 of %2 features left out; see %3")
+                     .arg(QString::number(m_rejected.count()),
+                          QString::number(m_rejected.count() + m_features), rejectedName(m_out)));
+}
+
+int Conversion::run()
+{
+    const int layers = GDALDatasetGetLayerCount(m_source.get());
+    for (int i = 0; i < layers; ++i)
+        convertLayer(i);
+    if (!m_target)
+        openTarget({});
+    closeTarget();
+    const QString oldList = QFileInfo(m_out).dir().filePath(rejectedName(m_out));
+    m_stage.publish(m_format.filesOf(m_out) << oldList);
+    tell();
+    return m_rejected.count() > 0 ? SomeFailed : Success;
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "LayerCopy.h"
+#include "Losses.h"
+#include "OutputFormat.h"
+#include "OutputProbe.h"
+#include "RejectedList.h"
+#include "Session.h"
+#include "StagedOutput.h"
+
+class CommandLine;
+
+/// A file of features on its way into another.
+class Conversion
+{
+public:
+    /// Throws Failure for arguments and files that cannot be used.
+    explicit Conversion(const CommandLine &line);
+    /// An exit status. Throws Failure, after which there is no output.
+    int run();
+
+private:
+    void convertLayer(int index);
+    nivora::cs::CoordSystemPtr sourceSystem(OGRLayerH layer) const;
+    nivora::cs::CoordSystemPtr withoutAffine(const nivora::cs::CoordSystemPtr &system) const;
+    nivora::cs::CoordSystemPtr carriable(const nivora::cs::CoordSystemPtr &target);
+    void settle(OGRLayerH source, OutputLayer &layer, GeometryChange &change);
+    void openTarget(const OutputLayer &first);
+    void closeTarget();
+    void noteWarnings();
+    void tell() const;
+
+    Session m_session;
+    GdalMessages m_messages;
+    QString m_in, m_out;
+    nivora::cs::CoordSystemPtr m_from, m_to; ///< null when not given
+    double m_mostBendM = 0.0;                ///< 0: no vertices are added
+    Losses m_losses;
+    Dataset m_source;
+    OutputFormat m_format;
+    StagedOutput m_stage;
+    RejectedList m_rejected;
+    OutputProbe m_probe;
+    Dataset m_target;
+    bool m_transaction = false;
+    std::optional<MapInfoTarget> m_mapInfo; ///< what the files are given at the end
+    QStringList m_notes;                    ///< of the drivers
+    qint64 m_features = 0;
+};

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "GdalFiles.h"
+#include "MapInfoTarget.h"
+
+#include <coordsys/CoordSystem.h>
+
+#include <QRectF>
+
+#include <optional>
+
+/// What a layer of the output is made from.
+struct OutputLayer
+{
+    QString name;
+    OGRwkbGeometryType type = wkbUnknown;
+    nivora::cs::CoordSystemPtr system; ///< null for none
+    QRectF bounds;                     ///< to create the layer with; empty for none
+    std::optional<MapInfoTarget> mapInfo;
+};
+
+/// The format of an output and what its driver has to be told.
+class OutputFormat
+{
+public:
+    /// \p name empty: by the extension of \p path. \p source is read for its characters. Throws Failure.
+    OutputFormat(const QString &path, const QString &name, const QString &source);
+
+    QString name() const { return driverName(m_driver); }
+    bool isMapInfo() const { return m_isMapInfo; }
+    bool isTable() const { return m_isMapInfo && !m_isMif; }
+    /// Whether a file can be read once it is written.
+    bool canBeRead() const;
+    /// Null when it cannot be made. \p layer is its first.
+    Dataset create(const QString &path, const OutputLayer &layer) const;
+    /// Null when it cannot be made.
+    OGRLayerH createLayer(GDALDatasetH dataset, const OutputLayer &layer) const;
+    /// The files of a data set of this format, none when there is no such at \p path.
+    QStringList filesOf(const QString &path) const;
+
+private:
+    GDALDriverH m_driver;
+    bool m_isMapInfo;
+    bool m_isMif;
+    QByteArray m_encoding; ///< of MapInfo's files
+};

@@ -1,0 +1,174 @@
+#include "OutputProbe.h"
+
+#include "LayerSystem.h"
+#include "Losses.h"
+#include "Output.h"
+
+#include <coordsys/CoordTransform.h>
+
+#include <QObject>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+using nivora::cs::CoordSystemPtr;
+using nivora::cs::CoordTransform;
+
+namespace {
+
+bool hasCurves(OGRGeometryH geometry) { return OGR_G_HasCurveGeometry(geometry, TRUE) != 0; }
+bool hasHeights(OGRGeometryH geometry) { return OGR_G_Is3D(geometry) != 0; }
+bool hasMeasures(OGRGeometryH geometry) { return OGR_G_IsMeasured(geometry) != 0; }
+
+struct Property
+{
+    bool (*has)(OGRGeometryH);
+    bool LostProperties::*lost;
+    const char *message;
+};
+constexpr Property properties[] = {
+    {hasHeights, &LostProperties::heights,
+     QT_TRANSLATE_NOOP("QObject", "the format holds no heights: they are left out")},
+    {hasMeasures, &LostProperties::measures,
+     QT_TRANSLATE_NOOP("QObject", "the format holds no measures: they are left out")},
+    {hasCurves, &LostProperties::curves,
+     QT_TRANSLATE_NOOP("QObject", "the format holds no curves: they become polylines")},
+    {isSurface, &LostProperties::surfaces,
+     QT_TRANSLATE_NOOP("QObject", "the format holds no surfaces: they become polygons")},
+};
+
+/// How far a place is off when the output is read again, in the system's unit; NaN for no place.
+double farthestOff(const CoordSystemPtr &system, const CoordSystemPtr &readAgain,
+                   const QVector<QPointF> &places)
+{
+    const CoordTransform transform(system, readAgain);
+    double farthest = 0.0;
+    for (const QPointF &place : places) {
+        QPointF again(NAN, NAN);
+        if (std::isfinite(place.x()) && transform.forward(place, again))
+            farthest = std::max(farthest, std::hypot(again.x() - place.x(), again.y() - place.y()));
+    }
+    return farthest;
+}
+
+QString lossOf(const CoordSystemPtr &system, const CoordSystemPtr &readAgain, const QVector<QPointF> &places)
+{
+    if (!readAgain)
+        return QObject::tr("the format carries no coordinate system (%1)").arg(system->description());
+    const double millimetre = system->isLatLong() ? 1e-8 : 1e-3;
+    const double off = farthestOff(system, readAgain, places);
+    if (off <= millimetre)
+        return {};
+    return QObject::tr("the format carries another system, %1 instead of %2: places are off by %3")
+        .arg(readAgain->description(), system->description(), QString::number(off, 'g', 4));
+}
+
+/// Some drivers write nothing of a layer without columns.
+void addColumn(OGRLayerH layer)
+{
+    const std::unique_ptr<void, void (*)(OGRFieldDefnH)> column(OGR_Fld_Create("id", OFTInteger),
+                                                                OGR_Fld_Destroy);
+    const OGRErr refused = OGR_L_CreateField(layer, column.get(), TRUE);
+    static_cast<void>(refused); // others take none
+}
+
+} // namespace
+
+bool isSurface(OGRGeometryH geometry)
+{
+    const OGRwkbGeometryType type = OGR_GT_Flatten(OGR_G_GetGeometryType(geometry));
+    return type == wkbPolyhedralSurface || type == wkbTIN || type == wkbTriangle;
+}
+
+/// Geometries, and those with each of the properties.
+struct OutputProbe::Counts
+{
+    void add(OGRGeometryH geometry)
+    {
+        ++all;
+        plain += !hasCurves(geometry) && !isSurface(geometry);
+        for (std::size_t i = 0; i < std::size(properties); ++i)
+            with[i] += properties[i].has(geometry);
+    }
+
+    int all = 0;
+    int plain = 0; ///< nothing stands in for them
+    std::array<int, std::size(properties)> with{};
+};
+
+OutputProbe::OutputProbe(const Session &session, const OutputFormat &format, const QDir &place,
+                         const QString &fileName)
+    : m_session(session)
+    , m_format(format)
+    , m_place(place)
+    , m_fileName(fileName)
+{}
+
+void OutputProbe::write(const QString &path, const OutputLayer &layer,
+                        const std::vector<OGRGeometryH> &geometries)
+{
+    GdalMessages messages;
+    Dataset dataset = m_format.create(path, layer);
+    OGRLayerH target = dataset ? m_format.createLayer(dataset.get(), layer) : nullptr;
+    if (!target)
+        throw Failure(
+            QObject::tr("the layer \"%1\" cannot be written: %2").arg(layer.name, messages.reason()));
+    addColumn(target);
+    for (OGRGeometryH geometry : geometries) {
+        const Feature feature(OGR_F_Create(OGR_L_GetLayerDefn(target)));
+        OGR_F_SetGeometry(feature.get(), geometry);
+        const OGRErr refused = OGR_L_CreateFeature(target, feature.get());
+        static_cast<void>(refused); // then it is not among what is read
+    }
+    dataset.reset();
+    if (layer.mapInfo)
+        giveSystem(path, *layer.mapInfo);
+}
+
+OutputProbe::Counts OutputProbe::writtenAndRead(const QString &path, const OutputLayer &layer,
+                                                const std::vector<OGRGeometryH> &geometries)
+{
+    write(path, layer, geometries);
+    const GdalMessages messages;
+    const Dataset dataset = openForReading(path, messages);
+    OGRLayerH again = GDALDatasetGetLayer(dataset.get(), 0);
+    m_readAgain = again && layer.system ? systemOfLayer(m_session, dataset.get(), again) : nullptr;
+    Counts counts;
+    while (const Feature feature{again ? OGR_L_GetNextFeature(again) : nullptr})
+        if (OGRGeometryH geometry = OGR_F_GetGeometryRef(feature.get()))
+            counts.add(geometry);
+    return counts;
+}
+
+LostProperties OutputProbe::check(const OutputLayer &layer, const std::vector<OGRGeometryH> &geometries,
+                                  const QVector<QPointF> &places, Losses &losses)
+{
+    LostProperties lost;
+    if (!m_format.canBeRead() || (geometries.empty() && !layer.system))
+        return lost;
+    const QTemporaryDir directory(m_place.filePath(QStringLiteral("probe-XXXXXX")));
+    const Counts read = writtenAndRead(directory.filePath(m_fileName), layer, geometries);
+    Counts given;
+    for (OGRGeometryH geometry : geometries)
+        given.add(geometry);
+    if (given.plain > 0 && read.all == 0)
+        losses.add(QObject::tr("the format holds no such geometries: they are left out"));
+    for (std::size_t i = 0; i < std::size(properties); ++i) {
+        lost.*properties[i].lost = read.with[i] < given.with[i];
+        if (read.with[i] < given.with[i])
+            losses.add(QObject::tr(properties[i].message));
+    }
+    checkSystem(layer, places, losses);
+    return lost;
+}
+
+void OutputProbe::checkSystem(const OutputLayer &layer, const QVector<QPointF> &places, Losses &losses) const
+{
+    if (!layer.system || !m_format.canBeRead())
+        return;
+    const QString loss = lossOf(layer.system, m_readAgain, places);
+    if (!loss.isEmpty())
+        losses.add(loss);
+}

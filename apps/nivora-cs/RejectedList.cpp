@@ -1,0 +1,49 @@
+#include "RejectedList.h"
+
+#include "Output.h"
+
+#include <QObject>
+
+#include <cmath>
+
+namespace {
+
+// By Rejection::Reason. English whatever the language: the table is for programs too.
+constexpr const char *reasons[] = {"cannot be transformed", "outside the bounds of the output",
+                                   "cannot be held by the format"};
+
+QString csvField(QString text)
+{
+    return QLatin1Char('"') + text.replace(QLatin1Char('"'), QLatin1String("\"\"")) + QLatin1Char('"');
+}
+
+/// Nothing for a feature without a vertex.
+QString number(double value) { return std::isnan(value) ? QString() : QString::number(value, 'g', 17); }
+
+[[noreturn]] void throwUnwritable(const QFile &file)
+{
+    throw Failure(QObject::tr("cannot write %1: %2").arg(file.fileName(), file.errorString()));
+}
+
+} // namespace
+
+void RejectedList::add(const QString &layer, const Rejection &rejection)
+{
+    if (m_count++ == 0) {
+        if (!m_file.open(QIODevice::WriteOnly))
+            throwUnwritable(m_file);
+        m_file.write("layer,fid,x,y,reason\n");
+    }
+    const QString line =
+        QStringLiteral("%1,%2,%3,%4,%5\n")
+            .arg(csvField(layer), QString::number(rejection.fid), number(rejection.vertex.x()),
+                 number(rejection.vertex.y()), QLatin1String(reasons[rejection.reason]));
+    m_file.write(line.toUtf8());
+}
+
+void RejectedList::close()
+{
+    m_file.close();
+    if (m_file.error() != QFileDevice::NoError)
+        throwUnwritable(m_file);
+}

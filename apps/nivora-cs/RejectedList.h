@@ -1,0 +1,23 @@
+#pragma once
+
+#include "FeatureBatch.h"
+
+#include <QFile>
+
+/// The list of features that were left out, a table that appears with its first line.
+class RejectedList
+{
+public:
+    explicit RejectedList(const QString &path)
+        : m_file(path)
+    {}
+    /// Throws Failure.
+    void add(const QString &layer, const Rejection &rejection);
+    /// Throws Failure when something could not be written.
+    void close();
+    qint64 count() const { return m_count; }
+
+private:
+    QFile m_file;
+    qint64 m_count = 0;
+};

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QString>
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+class TextBuffer;
+
+/// Whether bytes are UTF-8.
+bool isUtf8(std::string_view bytes);
+/// Whether a text begins as UTF-16 and UTF-32 do, with a byte order mark or without.
+bool looksLikeUtf16(std::string_view bytes);
+
+/// The characters of files that are not UTF-8, a byte each. Every byte comes back as it was, also one that
+/// stands for no character. Const calls may run together.
+class TextCoding
+{
+public:
+    /// UTF-8: nothing is to be done.
+    TextCoding() = default;
+    /// "windows-1251", "KOI8-R", "CP866" and so on; empty: UTF-8. Throws Failure for others.
+    explicit TextCoding(const QString &name);
+
+    bool isNeeded() const { return !m_bytes.empty(); }
+    std::string decoded(std::string_view bytes) const;
+    /// Throws Failure for a character that the coding does not have.
+    void encode(std::string_view utf8, TextBuffer &out) const;
+
+private:
+    QString m_name;
+    std::array<std::string, 256> m_utf8;
+    std::unordered_map<std::string, char> m_bytes; ///< of characters; empty for UTF-8
+};
