@@ -4,6 +4,7 @@
 #include "CatalogueBenchmarks.h"
 #include "Comparison.h"
 #include "ParallelBenchmarks.h"
+#include "ProcessBenchmarks.h"
 #include "SystemBenchmarks.h"
 
 #include <coordsys/CoordSysFactory.h>
@@ -15,12 +16,12 @@
 #include <proj.h>
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QTemporaryDir>
 
 #include <cmath>
 #include <cstdlib>
 #include <memory>
-#include <string>
 #include <vector>
 
 using namespace nivora::cs;
@@ -96,9 +97,9 @@ struct Pair
 
 using State = benchmark::State;
 
-constexpr const char *oneOperation = "1,000,000 points, EPSG:4326 to EPSG:32637";
-
-void addVector(const char *name, const std::shared_ptr<const Pair> &pair, const QVector<QPointF> &points)
+/// \p aim is lower where PROJ has one operation than where it has to choose at each point.
+void addVector(const char *name, double aim, const std::shared_ptr<const Pair> &pair,
+               const QVector<QPointF> &points)
 {
     const auto library = [pair, points](State &state) {
         QVector<QPointF> out;
@@ -123,7 +124,7 @@ void addVector(const char *name, const std::shared_ptr<const Pair> &pair, const 
             benchmark::DoNotOptimize(out.constData());
         }
     };
-    comparison::add({name, name == std::string(oneOperation) ? 0.95 : 0.98, Row::Ratio}, library, engine);
+    comparison::add({name, aim, Row::Ratio}, library, engine);
 }
 
 void addSinglePoint(const std::shared_ptr<const Pair> &pair, const QVector<QPointF> &points)
@@ -177,10 +178,12 @@ void addSinglePointOfSystem(const CoordSystemPtr &cs, const QVector<QPointF> &po
     comparison::add({"CoordSystem::forward, one point", 1.2, Row::Ratio}, library, engine);
 }
 
+const QRectF meshSquare(36.5, 50.0, 5.0, 5.0);
+
 /// 101 x 101 points for a square.
 void addMesh(const std::shared_ptr<const Pair> &pair)
 {
-    const QRectF square(36.5, 50.0, 5.0, 5.0);
+    const QRectF square = meshSquare;
     const int intervals = CoordTransform::DefaultAddPointsMesh;
     const auto library = [pair, square, intervals](State &state) {
         for (auto _ : state) {
@@ -203,6 +206,33 @@ void addMesh(const std::shared_ptr<const Pair> &pair)
         }
     };
     comparison::add({"forwardMesh, 100 intervals", 1.05, Row::Ratio}, library, engine);
+}
+
+/// A pair that has just been made asks for bounds and the like at its first mesh.
+void addFirstMesh(const std::shared_ptr<CoordSysFactory> &factory)
+{
+    const auto meshes = [factory](int before) {
+        return [factory, before](State &state) {
+            static double meridian = 36.0;
+            for (auto _ : state) {
+                const QString plane =
+                    QStringLiteral("CoordSys Earth Projection 8, 104, \"m\", %1, 0, 1, 0, 0");
+                const CoordTransform transform(
+                    factory->createFromEpsg(4326),
+                    factory->createFromPrj(plane.arg(meridian += 1e-3, 0, 'f', 3)));
+                QRectF out;
+                for (int i = 0; i < before; ++i)
+                    transform.forwardMesh(meshSquare, out, CoordTransform::DefaultAddPointsMesh);
+                QElapsedTimer timer;
+                timer.start();
+                if (!transform.forwardMesh(meshSquare, out, CoordTransform::DefaultAddPointsMesh))
+                    state.SkipWithError("failed");
+                state.SetIterationTime(static_cast<double>(timer.nsecsElapsed()) * 1e-9);
+            }
+        };
+    };
+    comparison::add({"first mesh of a pair, beside the second", 1.05, Row::Ratio, 30, "-", Row::Given},
+                    meshes(0), meshes(1));
 }
 
 void addConstruction(const std::shared_ptr<const Pair> &pair)
@@ -229,7 +259,7 @@ int main(int argc, char **argv)
         return 1;
 
     const QTemporaryDir userDir;
-    comparison::printResidentMemory(userDir.path());
+    comparison::addProcesses(userDir.path()); // while nothing has touched the engines
     const auto factory = std::make_shared<CoordSysFactory>(QStringLiteral(NIVORA_RESOURCES), userDir.path(),
                                                            QStringLiteral("ru"));
     if (!factory->initCoordSystemEnvironment())
@@ -240,14 +270,18 @@ int main(int argc, char **argv)
     const auto toUtm = std::make_shared<const Pair>(factory->createFromEpsg(4326), utm);
     const auto shifted = std::make_shared<const Pair>(
         factory->createFromPrj(QStringLiteral("CoordSys Earth Projection 1, 1001")), utm);
+    const auto choosing = std::make_shared<const Pair>(factory->createFromEpsg(4284), utm);
 
     const QVector<QPointF> million = somePoints(pointCount);
     const QVector<QPointF> few = somePoints(1000);
-    addVector(oneOperation, toUtm, million);
-    addVector("1,000,000 points, Pulkovo 1942 to EPSG:32637", shifted, million);
+    addVector("1,000,000 points, EPSG:4326 to EPSG:32637, one operation", 0.95, toUtm, million);
+    addVector("1,000,000 points, Pulkovo 1942 with a shift to EPSG:32637, one operation", 0.95, shifted,
+              million);
+    addVector("1,000,000 points, EPSG:4284 to EPSG:32637, several operations", 0.98, choosing, million);
     addSinglePoint(toUtm, few);
     addSinglePointOfSystem(utm, few);
     addMesh(toUtm);
+    addFirstMesh(factory);
     addConstruction(toUtm);
     comparison::addSystems(factory);
     comparison::addParallel(toUtm->transform, engineTransform(toUtm->source, toUtm->destination), million);

@@ -2,17 +2,11 @@
 
 #include "Comparison.h"
 
-#include <coordsys/CoordSysEnvironment.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/MapinfoSearch.h>
-#include <coordsys/ProjEngine.h>
 
-#include <ogr_srs_api.h>
-#include <proj.h>
-
-#include <sys/wait.h>
-#include <unistd.h>
+#include <QFileInfo>
 
 #include <cstdio>
 #include <cstdlib>
@@ -49,44 +43,6 @@ void addFirstLookUp(const CoordSystemPtr &stranger, const QString &userDir)
         }
     };
     add({"first look-up that finds nothing", 10000.0, Row::Microseconds, 1}, library, nullptr);
-}
-
-/// What \p work leaves resident in a process of its own, in kilobytes.
-template <typename Work> long residentKb(Work &&work)
-{
-    int channel[2] = {};
-    if (pipe(channel) != 0)
-        return -1;
-    const pid_t child = fork();
-    if (child == 0) {
-        work();
-        long pages = 0;
-        long resident = 0;
-        if (std::FILE *file = std::fopen("/proc/self/statm", "r")) {
-            if (std::fscanf(file, "%ld %ld", &pages, &resident) != 2)
-                resident = 0;
-            std::fclose(file);
-        }
-        const long kb = resident * (sysconf(_SC_PAGESIZE) / 1024);
-        _exit(write(channel[1], &kb, sizeof kb) == sizeof kb ? 0 : 1);
-    }
-    close(channel[1]);
-    long kb = -1;
-    if (child < 0 || read(channel[0], &kb, sizeof kb) != sizeof kb)
-        kb = -1;
-    close(channel[0]);
-    waitpid(child, nullptr, 0);
-    return kb;
-}
-
-void warmUpEngines()
-{
-    initProjLibEnvironment();
-    const OGRSpatialReferenceH srs = OSRNewSpatialReference(nullptr);
-    if (OSRImportFromEPSG(srs, 32637) != OGRERR_NONE ||
-        !proj4FromString(QStringLiteral("+proj=utm +zone=37 +datum=WGS84")))
-        _exit(1);
-    OSRDestroySpatialReference(srs);
 }
 
 } // namespace
@@ -128,24 +84,6 @@ void addCatalogue(const std::shared_ptr<CoordSysFactory> &factory, const QString
         };
         add({std::string("find ") + text, 2000.0, Row::Microseconds}, find, nullptr);
     }
-}
-
-void printResidentMemory(const QString &userDir)
-{
-    const long engines = residentKb(warmUpEngines);
-    std::unique_ptr<CoordSysFactory> factory;
-    const long loaded = residentKb([&] {
-        warmUpEngines();
-        factory = freshFactory(userDir);
-        if (!factory)
-            _exit(1);
-    });
-    if (engines < 0 || loaded < 0)
-        std::puts("resident memory: not measured");
-    else
-        std::printf("resident memory, MB: engines %.1f, with the catalogues %.1f, difference %.1f (aim 30)\n",
-                    static_cast<double>(engines) / 1024.0, static_cast<double>(loaded) / 1024.0,
-                    static_cast<double>(loaded - engines) / 1024.0);
 }
 
 } // namespace comparison

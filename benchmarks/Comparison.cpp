@@ -1,6 +1,7 @@
 #include "Comparison.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <ostream>
 
@@ -15,12 +16,38 @@ std::vector<Row> &rows()
     return all;
 }
 
-std::string timeText(double seconds)
+std::string figureText(Row::Kind kind, double seconds)
 {
     char text[32];
+    if (kind == Row::Megabytes) {
+        std::snprintf(text, sizeof text, "%.1f MB", seconds);
+        return text;
+    }
     const char *unit = seconds >= 1e-3 ? "ms" : seconds >= 1e-6 ? "us" : "ns";
     const double scale = seconds >= 1e-3 ? 1e3 : seconds >= 1e-6 ? 1e6 : 1e9;
     std::snprintf(text, sizeof text, "%.3f %s", seconds * scale, unit);
+    return text;
+}
+
+/// What a row is judged by: the ratio, microseconds or megabytes.
+double reachedBy(const Row &row, double library, double ratio)
+{
+    switch (row.kind) {
+    case Row::Ratio:
+        return ratio;
+    case Row::Microseconds:
+        return library * 1e6;
+    default:
+        return library;
+    }
+}
+
+std::string aimText(const Row &row)
+{
+    constexpr const char *formats[] = {"%.2f", "%g us", "%g MB"};
+    char text[32] = "-";
+    if (row.aim > 0.0)
+        std::snprintf(text, sizeof text, formats[row.kind], row.aim);
     return text;
 }
 
@@ -32,14 +59,34 @@ void add(const Row &row, const std::function<void(benchmark::State &)> &library,
     rows().push_back(row);
     const auto registerSide = [&row](const char *side, const std::function<void(benchmark::State &)> &work) {
         auto *one = benchmark::RegisterBenchmark((row.name + side).c_str(), work)->Repetitions(repetitions);
-        if (row.isWallTime)
+        if (row.clock == Row::Wall)
             one->UseRealTime();
+        if (row.clock == Row::Given)
+            one->UseManualTime();
         if (row.iterations > 0)
             one->Iterations(row.iterations);
     };
     registerSide("/library", library);
     if (engine)
         registerSide("/engine", engine);
+}
+
+void addGiven(const Row &row, double library)
+{
+    Row given = row;
+    given.clock = Row::Given;
+    given.iterations = 1;
+    add(
+        given,
+        [library](benchmark::State &state) {
+            for (auto _ : state) {
+                if (std::isnan(library))
+                    state.SkipWithError("could not be measured");
+                else
+                    state.SetIterationTime(library);
+            }
+        },
+        nullptr);
 }
 
 bool Reporter::ReportContext(const Context &context)
@@ -60,7 +107,7 @@ void Reporter::ReportRuns(const std::vector<Run> &runs)
             continue;
         const auto row = std::find_if(rows().begin(), rows().end(),
                                       [&name](const Row &r) { return name.rfind(r.name + "/", 0) == 0; });
-        const bool onWall = row != rows().end() && row->isWallTime;
+        const bool onWall = row != rows().end() && row->clock != Row::Processor;
         const double seconds = (onWall ? run.real_accumulated_time : run.cpu_accumulated_time) /
                                static_cast<double>(run.iterations);
         const auto [slot, isNew] = m_best.emplace(name, seconds);
@@ -82,17 +129,14 @@ void Reporter::printTable() const
             continue; // left out by --benchmark_filter
         const bool both = engine != m_best.end();
         const double ratio = both ? library->second / engine->second : 0.0;
-        const double reached = row.kind == Row::Ratio ? ratio : library->second * 1e6;
         char ratioText[16] = "-";
-        char aim[32] = "-";
         if (both)
             std::snprintf(ratioText, sizeof ratioText, "%.3f", ratio);
-        if (row.aim > 0.0)
-            std::snprintf(aim, sizeof aim, row.kind == Row::Ratio ? "%.2f" : "%g us", row.aim);
-        const char *met = row.aim > 0.0 ? (reached <= row.aim ? "yes" : "no") : "-";
+        const bool reached = reachedBy(row, library->second, ratio) <= row.aim;
         std::printf("| %s | %s | %s | %s | %s | %s | %s |\n", row.name.c_str(),
-                    timeText(library->second).c_str(), both ? timeText(engine->second).c_str() : "-",
-                    ratioText, aim, met, row.peer);
+                    figureText(row.kind, library->second).c_str(),
+                    both ? figureText(row.kind, engine->second).c_str() : "-", ratioText,
+                    aimText(row).c_str(), row.aim > 0.0 ? (reached ? "yes" : "no") : "-", row.peer);
     }
 }
 

@@ -13,11 +13,13 @@ namespace comparison {
 struct Row
 {
     std::string name;
-    double aim; ///< the ratio library / engine, or microseconds of the library where there is no engine call
-    enum Kind { Ratio, Microseconds } kind;
-    int iterations = 0;      ///< in each repetition; 0 for as many as half a second takes
-    const char *peer = "-";  ///< what another program was seen to take on the same machine
-    bool isWallTime = false; ///< for work on several threads
+    double aim; ///< the ratio library / engine, or what the library may take where there is no engine call
+    enum Kind { Ratio, Microseconds, Megabytes } kind;
+    int iterations = 0;     ///< in each repetition; 0 for as many as half a second takes
+    const char *peer = "-"; ///< what another program was seen to take on the same machine
+    /// Wall for work on several threads; Given for what the work itself measures and hands to
+    /// State::SetIterationTime(), megabytes too.
+    enum Clock { Processor, Wall, Given } clock = Processor;
 };
 
 /// Registers "name/library" and "name/engine" and remembers the aim (0 for none). A null \p engine leaves the
@@ -25,8 +27,12 @@ struct Row
 void add(const Row &row, const std::function<void(benchmark::State &)> &library,
          const std::function<void(benchmark::State &)> &engine);
 
+/// The same for figures that were measured before: seconds, or megabytes. NaN for what could not be measured,
+/// which is an error.
+void addGiven(const Row &row, double library);
+
 /// Prints a Markdown table with the best time of either side: CPU time, because what else the machine does
-/// must not decide a ratio, but for work on several threads the time on the wall.
+/// must not decide a ratio, but where the row says otherwise.
 class Reporter : public benchmark::BenchmarkReporter
 {
 public:

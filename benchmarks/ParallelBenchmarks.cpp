@@ -6,6 +6,7 @@
 
 #include <proj.h>
 
+#include <algorithm>
 #include <cmath>
 #include <thread>
 #include <vector>
@@ -29,6 +30,30 @@ std::function<void(State &)> converting(const std::shared_ptr<const BulkTransfor
             if (!result.isComplete())
                 state.SkipWithError("failed");
             benchmark::DoNotOptimize(out.constData());
+        }
+    };
+}
+
+/// A list's points one by one: both halves at the same time, or one after the other.
+std::function<void(State &)> pointByPoint(const std::shared_ptr<const BulkTransform> &bulk,
+                                          const QVector<QPointF> &points, bool atOnce)
+{
+    const auto half = [bulk, points](bool second) {
+        const auto middle = points.cbegin() + points.size() / 2;
+        QPointF out;
+        std::for_each(second ? middle : points.cbegin(), second ? points.cend() : middle,
+                      [&](const QPointF &in) { benchmark::DoNotOptimize(bulk->forward(in, out)); });
+    };
+    return [half, atOnce](State &state) {
+        for (auto _ : state) {
+            std::thread other;
+            if (atOnce)
+                other = std::thread(half, true);
+            else
+                half(true);
+            half(false);
+            if (other.joinable())
+                other.join();
         }
     };
 }
@@ -74,7 +99,7 @@ void addCpuLoop()
         for (auto _ : state)
             spin(count);
     };
-    add({"pure CPU loop, two threads beside one", 0.0, Row::Ratio, 3, "-", true}, two, one);
+    add({"pure CPU loop, two threads beside one", 0.0, Row::Ratio, 3, "-", Row::Wall}, two, one);
 }
 
 } // namespace
@@ -87,8 +112,11 @@ void addParallel(const CoordTransform &transform, const std::shared_ptr<PJ> &pj,
         engineArray(pj, points));
     addCpuLoop();
     add({"BulkTransform, two threads beside one", 1.0 / 1.8, Row::Ratio, 3, "bare PROJ, own contexts: 0.5",
-         true},
+         Row::Wall},
         converting(bulk, points, 2), converting(bulk, points, 1));
+    add({"BulkTransform, points one by one from two threads beside one", 1.0 / 1.8, Row::Ratio, 3,
+         "bare PROJ, own contexts: 0.5", Row::Wall},
+        pointByPoint(bulk, points, true), pointByPoint(bulk, points, false));
     const auto point = [bulk](State &state) {
         const QPointF in(38.0, 55.0);
         QPointF out;

@@ -3,6 +3,7 @@
 #include "Comparison.h"
 
 #include <coordsys/CoordSystem.h>
+#include <coordsys/CoordTransform.h>
 #include <coordsys/ProjEngine.h>
 #include <coordsys/ProjLibMetadata.h>
 
@@ -13,7 +14,9 @@
 #include <QElapsedTimer>
 
 #include <algorithm>
-#include <cstdio>
+#include <atomic>
+#include <cmath>
+#include <thread>
 #include <utility>
 
 using namespace nivora::cs;
@@ -136,35 +139,59 @@ QVector<int> projectedCodes()
     return codes;
 }
 
+/// The least that any maker of a system by its code has to do. Some methods have no PROJ text.
+void engineCode(int code)
+{
+    const OGRSpatialReferenceH srs = OSRNewSpatialReference(nullptr);
+    char *proj = nullptr;
+    if (OSRImportFromEPSG(srs, code) == OGRERR_NONE && OSRExportToProj4(srs, &proj) == OGRERR_NONE)
+        benchmark::DoNotOptimize(ownPj(proj_create(globalProjContext(), proj)).get());
+    CPLFree(proj);
+    OSRDestroySpatialReference(srs);
+}
+
 void addCodes(const Factory &factory, const QVector<int> &codes)
 {
+    // Each code once: engines and library both remember.
     const auto library = [factory, codes](State &state) {
         static int at = 0;
         for (auto _ : state) {
             try {
-                benchmark::DoNotOptimize(factory->createFromEpsg(codes.at(at++ * 7 % codes.size())));
+                benchmark::DoNotOptimize(factory->createFromEpsg(codes.at(at++ * 8 % codes.size())));
             } catch (const std::exception &) {
                 // a method that PROJ cannot compute
             }
         }
     };
-    add({"createFromEpsg, first time", 1000.0, Row::Microseconds, 50}, library, nullptr);
+    const auto engine = [codes](State &state) {
+        static int at = 0;
+        for (auto _ : state)
+            engineCode(codes.at((at++ * 8 + 4) % codes.size()));
+    };
+    add({"createFromEpsg, first time", 1000.0, Row::Microseconds, 50}, library, engine);
+    const auto again = [factory](State &state) {
+        for (auto _ : state)
+            benchmark::DoNotOptimize(factory->createFromEpsg(32637));
+    };
+    add({"again: createFromEpsg", 20.0, Row::Microseconds, 0, "QGIS 150 us"}, again, nullptr);
 }
 
-/// Time on the wall of epsg(), first and second, over PROJ texts of registered systems. Not a row of the
-/// table's kind: the median and the worst are what counts.
-void printSearches(const Factory &factory, const QVector<int> &codes)
+using Seconds = std::vector<double>;
+
+/// Time on the wall of epsg(), first and second, over PROJ texts of registered systems.
+std::pair<Seconds, Seconds> searchTimes(const Factory &factory, const QVector<int> &codes)
 {
-    std::vector<double> first, second;
-    for (int i = 0; i < codes.size() && first.size() < 200; i += codes.size() / 220) {
+    constexpr std::size_t texts = 200;
+    Seconds first, second;
+    for (int i = 0; i < codes.size() && first.size() < texts; i += codes.size() / 220) {
         try {
             const QString text = ProjLibMetadata().projStringForCrs(codes.at(i), ProjLibMetadata::EPSG);
             const CoordSystemPtr cs = factory->createFromProj(text);
-            for (std::vector<double> *times : {&first, &second}) {
+            for (Seconds *times : {&first, &second}) {
                 QElapsedTimer timer;
                 timer.start();
                 cs->epsg();
-                times->push_back(static_cast<double>(timer.nsecsElapsed()) * 1e-6);
+                times->push_back(static_cast<double>(timer.nsecsElapsed()) * 1e-9);
             }
         } catch (const std::exception &) {
             // no PROJ text
@@ -172,11 +199,68 @@ void printSearches(const Factory &factory, const QVector<int> &codes)
     }
     std::sort(first.begin(), first.end());
     std::sort(second.begin(), second.end());
-    if (!first.empty())
-        std::printf(
-            "search for a code over %zu PROJ texts: median %.1f ms (aim 45), worst %.0f ms (aim 250), "
-            "the second time %.2f us (aim 1); QGIS 8.7 ms\n\n",
-            first.size(), first[first.size() / 2], first.back(), second[second.size() / 2] * 1e3);
+    return {first, second};
+}
+
+void addSearches(const Factory &factory, const QVector<int> &codes)
+{
+    const auto [first, second] = searchTimes(factory, codes);
+    const std::size_t middle = first.size() / 2;
+    addGiven(
+        {"search for a code, the median of 200 PROJ texts", 45000.0, Row::Microseconds, 0, "QGIS 8.7 ms"},
+        first.empty() ? NAN : first[middle]);
+    addGiven({"search for a code, the longest of 200", 250000.0, Row::Microseconds},
+             first.empty() ? NAN : first.back());
+    addGiven({"search for a code, the second time", 1.0, Row::Microseconds},
+             second.empty() ? NAN : second[middle]);
+}
+
+/// The longest of the points that are converted until \p enough.
+double longestPoint(const CoordTransform &transform, const std::function<bool()> &enough)
+{
+    qint64 longest = 0;
+    QPointF out;
+    while (!enough()) {
+        QElapsedTimer timer;
+        timer.start();
+        benchmark::DoNotOptimize(transform.forward(QPointF(38, 55), out));
+        longest = std::max(longest, timer.nsecsElapsed());
+    }
+    return static_cast<double>(longest) * 1e-9;
+}
+
+/// Searches last 10 to 100 ms each; the texts differ, so that none is remembered.
+void addWaits(const Factory &factory)
+{
+    constexpr int searches = 10;
+    const auto transform =
+        std::make_shared<const CoordTransform>(factory->createFromEpsg(4326), factory->createFromEpsg(32637));
+    const auto searching = [factory, transform](State &state) {
+        for (auto _ : state) {
+            std::vector<CoordSystemPtr> strangers;
+            for (int i = 0; i < searches; ++i)
+                strangers.push_back(factory->createFromProj(
+                    unseen(QStringLiteral("+proj=tmerc +lon_0=%1 +k=0.9996 +x_0=500000 +ellps=krass"))));
+            std::atomic<bool> done{false};
+            std::thread searcher([&] {
+                for (const CoordSystemPtr &cs : strangers)
+                    cs->epsg();
+                done = true;
+            });
+            state.SetIterationTime(longestPoint(*transform, [&done] { return done.load(); }));
+            searcher.join();
+        }
+    };
+    const auto undisturbed = [transform](State &state) {
+        for (auto _ : state) {
+            QElapsedTimer timer;
+            timer.start();
+            state.SetIterationTime(longestPoint(*transform, [&timer] { return timer.elapsed() > 200; }));
+        }
+    };
+    add({"longest wait of a point while another thread searches, beside none", 1000.0, Row::Microseconds, 1,
+         "-", Row::Given},
+        searching, undisturbed);
 }
 
 } // namespace
@@ -184,9 +268,10 @@ void printSearches(const Factory &factory, const QVector<int> &codes)
 void addSystems(const Factory &factory)
 {
     const QVector<int> codes = projectedCodes();
-    printSearches(factory, codes);
+    addSearches(factory, codes);
     addCreations(factory);
     addCodes(factory, codes);
+    addWaits(factory);
 }
 
 } // namespace comparison

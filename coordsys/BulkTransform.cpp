@@ -44,6 +44,13 @@ void transformQueue(const TransformQueue &queue, int direction, QPointF *points,
     transformSpan(*steps.second, direction, spanOf(points, count), time);
 }
 
+void transformQueue(const TransformQueue &queue, int direction, QPointF &point, double time)
+{
+    const OrderedSteps steps(queue, direction);
+    if (transformPoint(*steps.first, direction, point, time) && steps.second)
+        transformPoint(*steps.second, direction, point, time);
+}
+
 /// One direction of a transformation, as it stands at the time of a call.
 struct Way
 {
@@ -59,6 +66,12 @@ struct Way
         source.undo(points, count);
         transformQueue(queue, direction, points, count, time);
         target.map(points, count);
+    }
+    void convert(const TransformQueue &queue, QPointF &point) const
+    {
+        source.undo(&point, 1);
+        transformQueue(queue, direction, point, time);
+        target.map(&point, 1);
     }
 };
 
@@ -222,7 +235,7 @@ bool BulkTransform::Impl::convert(const Way &way, const QPointF &in, QPointF &ou
         return false;
     QPointF point = in;
     if (way.stock)
-        way.convert(BorrowedEngine(*way.stock).queue(), &point, 1);
+        way.convert(BorrowedEngine(*way.stock).queue(), point);
     if (!isFinite(point))
         return false;
     out = point;

@@ -99,18 +99,40 @@ std::shared_ptr<void> importRecord(const TABProjInfo_t &record)
     return srs;
 }
 
+/// PROJ makes objects of steps and shifts too, which are no systems.
+bool isStep(const QString &text)
+{
+    static const QRegularExpression step(QStringLiteral( // "+proj=helmert"
+        "\\+proj=(affine|axisswap|defmodel|deformation|geoc|geogoffset|gridshift|helmert|hgridshift|horner|"
+        "molobadekas|molodensky|noop|pop|push|set|tinshift|topocentric|unitconvert|vertoffset|vgridshift|"
+        "xyzgridshift)(?=\\s|$)"));
+    return !text.contains(QLatin1String("+proj=pipeline")) && step.match(text).hasMatch();
+}
+
+/// Of texts that may be another thing than a system of x and y; "+type=crsword" makes an operation. Others
+/// are not asked: the answer costs a good part of the creation.
+void refuseUnlessPlanar(const QString &text)
+{
+    static const QRegularExpression suspect(
+        QStringLiteral("\\+(init|type)=|\\+proj=(geocent|cart|pipeline)(?=\\s|$)"));
+    if (!suspect.match(text).hasMatch())
+        return;
+    const SystemIdentityPtr identity = SystemIdentity::of({CoordSystem::Proj4, text}, nullptr);
+    if (!identity)
+        throwInvalid(text);
+    if (!identity->hasPlane())
+        throwWithoutPlane(text);
+}
+
 /// Throws std::runtime_error when GDAL refuses the text, or x and y alone are no coordinates of it.
 std::shared_ptr<void> importProj(const QString &text)
 {
     const QMutexLocker lock(globalProj4Mutex());
     const CplErrorScope errors;
-    const std::shared_ptr<void> srs = srsFromProj(text);
+    std::shared_ptr<void> srs = isStep(text) ? nullptr : srsFromProj(text);
     if (!srs)
         throwInvalid(text);
-    // Each such question copies the reference where it has a shift (60 us), so only suspects are asked.
-    static const QRegularExpression suspect(QStringLiteral("geoc|cart|pipeline|init"));
-    if (suspect.match(text).hasMatch() && OSRIsGeocentric(srs.get()))
-        throwWithoutPlane(text);
+    refuseUnlessPlanar(text);
     return srs;
 }
 
@@ -190,13 +212,15 @@ CoordSystemPtr CoordSysFactory::createFromProj(const QString &proj) const
 }
 
 /// PROJ's operation and PROJ's system of one text disagree in a few: around another pole the operation gives
-/// radians, and Miller's and van der Grinten's maps are drawn on the authalic sphere by the system alone.
-/// Transformations use the system, so forward() and inverse() do.
+/// radians, Miller's and van der Grinten's maps are drawn on the authalic sphere by the system alone, and
+/// only the system's axes are turned as maps have them. Transformations use the system, so forward() and
+/// inverse() do.
 void CoordSysFactory::convertByItself(CoordSystem &cs, const QString &proj)
 {
-    static const QRegularExpression odd(QStringLiteral("\\+proj=(mill|vandg|ob_tran)(?=\\s|$)"));
-    const QString projection = odd.match(proj).captured(1);
-    if (projection.isEmpty() || (projection == QLatin1String("ob_tran") && !cs.isRotated()))
+    static const QRegularExpression odd(QStringLiteral("\\+proj=(mill|vandg|ob_tran)(?=\\s|$)|\\+axis="));
+    const QRegularExpressionMatch match = odd.match(proj);
+    const QString projection = match.captured(1);
+    if (!match.hasMatch() || (projection == QLatin1String("ob_tran") && !cs.isRotated()))
         return;
     const SystemIdentityPtr identity = SystemIdentity::of({CoordSystem::Proj4, proj}, nullptr);
     const std::shared_ptr<const EngineStep> plane = identity ? identity->plane() : nullptr;
@@ -279,10 +303,7 @@ CoordSystemPtr CoordSysFactory::cataloguedFromPrj(const QString &prj) const
 {
     CoordSystemPtr cs = unnamedFromPrj(prj);
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromPrj(fixed) = %1").arg(cs->prjStr()));
-    // Systems that differ by their bounds alone have names of their own, so bounds count first.
-    auto named = m_mapinfo->getHumanReadableTextWithEpsg(*cs, false);
-    if (named.first.isEmpty())
-        named = m_mapinfo->getHumanReadableTextWithEpsg(*cs, true);
+    const auto named = m_mapinfo->getHumanReadableTextWithEpsg(*cs);
     if (!named.first.isEmpty()) {
         cs->setDescription(named.first);
         if (named.second != CoordSystem::EPSG_UNDEFINDED)
@@ -329,7 +350,7 @@ CoordSystemPtr CoordSysFactory::unnamedFromEpsg(int epsg) const
     const QString code = QStringLiteral("EPSG:%1").arg(epsg);
     QString proj = ProjLibMetadata().projStringForCrs(epsg, ProjLibMetadata::EPSG);
     LOG_DEBUG(proj);
-    const SystemIdentityPtr identity = SystemIdentity::from(code);
+    const SystemIdentityPtr identity = SystemIdentity::ofCode(epsg);
     if (!identity || !identity->hasPlane())
         throwWithoutPlane(code);
     if (identity->isFlattened()) {
@@ -383,7 +404,10 @@ CoordSystemPtr CoordSysFactory::namedFromWkt(const QString &wkt) const
         identity = SystemIdentity::of({CoordSystem::Unknown, QString()}, srs.get());
     if (identity && !identity->hasPlane())
         throwWithoutPlane(wkt);
-    if (identity && identity->isFlattened())
+    const SystemIdentityPtr bare = identity ? identity->withoutForeignCode() : nullptr;
+    if (bare)
+        identity = bare;
+    if (bare || (identity && identity->isFlattened()))
         srs = importWkt(identity->wkt());
     const CoordSystemPtr cs = isLocal(srs.get()) ? createFromPrj(prjFromSpatialReference(srs.get()))
                                                  : unnamedFromWkt(srs, identity);

@@ -83,7 +83,8 @@ public:
     /// systems of height alone; a vertical part besides a plane is left aside (the source text stays).
 
     /// From a PROJ string. Throws std::invalid_argument for empty text, std::logic_error when it does not
-    /// begin with "+proj=", std::runtime_error when GDAL refuses it, ProjException when PROJ does.
+    /// begin with "+proj=", std::runtime_error when GDAL refuses it or it is no system (a shift, a pipeline
+    /// without a plane), ProjException when PROJ refuses it.
     CoordSystemPtr createFromProj(const QString &proj) const override;
     /// From a CoordSys string, without looking for its name. Throws std::invalid_argument for empty text,
     /// what MapHeaderCoordsysConverter::prjStrToTABProjInfo throws, std::runtime_error when GDAL refuses it
@@ -92,10 +93,12 @@ public:
     /// From a CoordSys string, named from the MapInfo catalogue or the user's.
     CoordSystemPtr createFromPrj(const QString &prj) const override;
     /// From an EPSG code: the catalogue's system when it has the code, else the PROJ database's.
-    /// Throws ProjException for an unknown code and for one that no coordinates can be computed in.
+    /// Throws ProjException for an unknown code, numbers of other registries (ESRI's 102100) too, and for one
+    /// that no coordinates can be computed in.
     CoordSystemPtr createFromEpsg(int epsg) const override;
-    /// From WKT 1, WKT 2 or ESRI's. Code, name and datum stay those of the text. Throws std::runtime_error
-    /// for empty or unusable text, ProjException when PROJ refuses what GDAL took.
+    /// From WKT 1, WKT 2 or ESRI's. Name and datum stay those of the text, and so does the code unless it is
+    /// that of another system. Throws std::runtime_error for empty or unusable text, ProjException when PROJ
+    /// refuses what GDAL took.
     CoordSystemPtr createFromWkt(const QString &wkt) const override;
     /// From "proj:", "proj4:", "wkt:", "epsg:" or "prj:" and the text; text without a tag is a CoordSys
     /// string.
@@ -128,7 +131,9 @@ public:
     /// By Oracle Spatial's number, through "OracleSRID.xml". Throws std::runtime_error for an unknown number
     /// or a file that cannot be opened.
     CoordSystemPtr createFromOracleSRID(int srid) const override;
-    /// A clone with the bounds that the catalogue or the rule gives.
+    /// A clone with the bounds that the catalogue or the rule gives, the affine transformation, whose image
+    /// they are, and the code that was set included. Throws std::logic_error "Не могу задать пустые границы"
+    /// when there are none.
     CoordSystemPtr resetRectCsToDefault(const CoordSystemPtr &cs) const;
     /// @}
 

@@ -103,27 +103,51 @@ constexpr NamedDatum namedDatums[] = {
     {"hermannskogel", "bessel"}, {"ire65", "mod_airy"}, {"nzgd49", "intl"},    {"OSGB36", "airy"},
 };
 
+/// "+datum=potsdam", the name captured. Compiled once: it costs as much as the PROJ object of the text.
+const QRegularExpression &namedDatumTerm()
+{
+    static const QRegularExpression term = [] {
+        QStringList names;
+        for (const NamedDatum &row : namedDatums)
+            names << QLatin1String(row.datum);
+        return QRegularExpression(QStringLiteral("\\+datum=(%1)(?=\\s|$)").arg(names.join(QLatin1Char('|'))));
+    }();
+    return term;
+}
+
 /// PROJ text without any datum shift: terms that shift are removed, a named datum leaves its ellipsoid.
 QString withoutDatumShift(const QString &proj, bool &changed)
 {
     QString text = removeHelmertFromProjString(proj, changed);
-    for (const NamedDatum &row : namedDatums) {
-        // "+datum=potsdam"
-        const QRegularExpression term(QStringLiteral("\\+datum=%1(?=\\s|$)").arg(QLatin1String(row.datum)));
-        if (!term.match(text).hasMatch())
-            continue;
-        text.replace(term, QStringLiteral("+ellps=") + QLatin1String(row.ellipsoid));
+    for (auto found = namedDatumTerm().match(text); found.hasMatch(); found = namedDatumTerm().match(text)) {
+        const auto row = std::find_if(std::begin(namedDatums), std::end(namedDatums), [&](const auto &r) {
+            return found.capturedRef(1) == QLatin1String(r.datum);
+        });
+        text.replace(found.capturedStart(), found.capturedLength(),
+                     QStringLiteral("+ellps=") + QLatin1String(row->ellipsoid));
         changed = true;
     }
     return text;
 }
 
+/// Whether PROJ text says that it is of a plane in metres, which need not be asked of GDAL then: it copies a
+/// reference that has a shift for each question (60 us).
+bool isMetricPlane(const QString &proj)
+{
+    static const QRegularExpression metres(QStringLiteral("\\+units=m(?=\\s|$)")); // "+units=m"
+    // "+to_meter=0.3", "+proj=ob_tran", a second step
+    static const QRegularExpression other(
+        QStringLiteral("\\+(to_meter=|step|proj=(ob_tran|pipeline|longlat|latlong|lonlat|latlon))"));
+    return metres.match(proj).hasMatch() && !other.match(proj).hasMatch();
+}
+
 } // namespace
 
 CoordSystem::CoordSystem()
-    : m_computedRect([this] { return computeRect(); })
-    , m_needCrop([this] { return computeNeedCrop(); })
+    : m_computedRect(nullptr)
+    , m_needCrop(nullptr)
 {
+    forgetBounds();
     noteChange();
 }
 
@@ -233,13 +257,35 @@ void CoordSystem::setAffineTransform(std::unique_ptr<QTransform> transform)
 {
     m_affine = std::move(transform);
     noteChange();
+    forgetBounds();
 }
 
 void CoordSystem::setAffineTransform(std::unique_ptr<QTransform> transform, const LinearUnit &unit)
 {
-    m_affine = std::move(transform);
-    noteChange();
+    setAffineTransform(std::move(transform));
     m_affineUnit = unit;
+}
+
+void CoordSystem::setProjectionDefaultBounds(const QRectF &rect)
+{
+    m_projectionBounds = rect;
+    noteChange();
+    forgetBounds();
+}
+
+void CoordSystem::setPlane(std::shared_ptr<const EngineStep> plane)
+{
+    m_plane = std::move(plane);
+    noteChange();
+}
+
+/// What has been found in the plane that was.
+void CoordSystem::forgetBounds()
+{
+    const QWriteLocker lock(&m_lock);
+    m_computedRect = LazyRect([this] { return computeRect(); });
+    m_rectWithoutSearch.reset();
+    m_needCrop = LazyFlag([this] { return computeNeedCrop(); });
 }
 
 // Queries
@@ -274,8 +320,8 @@ bool CoordSystem::isLatLong() const
     const int known = m_isLatLong.load(std::memory_order_acquire);
     if (known != NotAsked)
         return known != 0;
-    // "longlat"; an object of several steps has no name, and its text tells
-    static const QRegularExpression geographic(QStringLiteral("latlong|longlat"));
+    // "longlat" and its three other names; an object of several steps has no name, and its text tells
+    static const QRegularExpression geographic(QStringLiteral("latlon|lonlat|longlat"));
     if (isNonEarth() || !m_pj)
         return false;
     bool answer = false;
@@ -347,23 +393,37 @@ double CoordSystem::osrLinearUnits(QString *name) const
     return factor;
 }
 
+/// The unit of most systems, which their PROJ object tells; null where GDAL has to be asked.
+const MIUnitConvParam *CoordSystem::plainUnit(const ProjectionParamsManager &manager) const
+{
+    if (isLatLong())
+        return manager.unitByID(LinearUnit::Degree, std::nothrow);
+    if (!m_pj || isNonEarth())
+        return nullptr;
+    const QMutexLocker lock(globalProj4Mutex());
+    const char *text = proj_as_proj_string(globalProjContext(), m_pj.get(), PJ_PROJ_4, nullptr);
+    const MIUnitConvParam *metre = manager.unitByID(LinearUnit::Meter, std::nothrow);
+    return metre && isLength(*metre, 1.0) && isMetricPlane(QString::fromUtf8(text)) ? metre : nullptr;
+}
+
 LinearUnit CoordSystem::detectUnitLocked(const ProjectionParamsManager &manager, QString *osrName) const
 {
     if (m_detectedUnit)
         return m_detectedUnit;
-    QString name;
-    const double factor = osrLinearUnits(&name);
-    LOG_TRACE(QStringLiteral("Unit detected %1, conv=%2, cs=%3")
-                  .arg(name, QString::number(factor), m_source.string));
-    const bool isAngle = isLatLong() || isRotated();
-    const MIUnitConvParam *unit =
-        isAngle ? manager.unitByID(LinearUnit::Degree, std::nothrow) : unitByRule(manager, name, factor);
-    if (!unit && !isAngle)
-        unit = unitByLength(manager, factor);
+    const MIUnitConvParam *unit = plainUnit(manager);
+    if (!unit) {
+        QString name;
+        const double factor = osrLinearUnits(&name);
+        const bool isAngle = isLatLong() || isRotated();
+        unit =
+            isAngle ? manager.unitByID(LinearUnit::Degree, std::nothrow) : unitByRule(manager, name, factor);
+        if (!unit && !isAngle)
+            unit = unitByLength(manager, factor);
+        if (osrName)
+            *osrName = name;
+    }
     if (unit)
         m_detectedUnit = *unit;
-    if (osrName)
-        *osrName = name;
     return m_detectedUnit;
 }
 

@@ -23,6 +23,7 @@ class ProjectionParamsManager;
 class CatalogueName;
 class SystemIdentity;
 struct EngineStep;
+struct MIUnitConvParam;
 
 /// A coordinate system: a GDAL spatial reference, a PROJ object, the text it was made from, and what is known
 /// of it (description, EPSG code, bounds, affine transformation, unit). Made by CoordSysFactory and shared
@@ -187,7 +188,10 @@ public:
     /// \name Setters, for the thread that makes the object
     /// @{
     void setDescription(const QString &description);
+    /// The answer of epsg(), except for a system made from an EPSG code. Not checked.
     void setEpsg(int epsg);
+    /// What the system is known by, and what transformations are made from. Unit and computed bounds that were
+    /// asked before stay as they are, also when reference or object are set: set all three first.
     void setSourceParameters(const SourceData &source);
     void setOGRSpatialReference(std::shared_ptr<void> srs);
     /// Also makes the object without datum shift that forward() and inverse() use. Throws ProjException when
@@ -195,6 +199,8 @@ public:
     void setProj4(PjHandle pj);
     /// Throws std::logic_error "Не могу задать пустые границы" unless width and height are positive.
     void setRectCoordSystem(const QRectF &rect);
+    /// Null takes it away. Any is taken, a singular one too (isSingularAffine): conversions fail then. Bounds
+    /// that were computed before are computed anew; explicit ones stay as they are.
     void setAffineTransform(std::unique_ptr<QTransform> transform);
     void setAffineTransform(std::unique_ptr<QTransform> transform, const LinearUnit &unit);
     /// @}
@@ -202,15 +208,14 @@ public:
 private:
     friend class CoordSysFactory;
     friend class CoordTransformCache;
-    friend struct SystemFacts;
+    friend class SystemFacts;
     friend class MadeSystems;
     using IdentityPtr = std::shared_ptr<const SystemIdentity>;
 
-    void setProjectionDefaultBounds(const QRectF &rect)
-    {
-        m_projectionBounds = rect;
-        noteChange();
-    }
+    using LazyRect = nivora::utils::CachedValue<QRectF, std::function<QRectF()>>;
+    using LazyFlag = nivora::utils::CachedValue<bool, std::function<bool()>>;
+
+    void setProjectionDefaultBounds(const QRectF &rect);
     /// A copy of everything, which shares the engines' objects until one of the two gets others.
     CoordSystemPtr duplicate() const;
     /// The spatial reference for this library's own, reading use.
@@ -219,7 +224,7 @@ private:
     std::uint64_t state() const { return m_state; }
     void noteChange();
     /// The conversion of forward() and inverse() instead of the one that setProj4() makes.
-    void setPlane(std::shared_ptr<const EngineStep> plane) { m_plane = std::move(plane); }
+    void setPlane(std::shared_ptr<const EngineStep> plane);
     void setIdentity(IdentityPtr identity) const;
     /// Made on first call; null when the source is no text that PROJ knows a system by.
     IdentityPtr identity() const;
@@ -254,7 +259,9 @@ private:
     QString datumName() const;
     bool isRotated() const;
     void forgetDerived();
+    void forgetBounds();
     void forgetIdentity();
+    const MIUnitConvParam *plainUnit(const ProjectionParamsManager &manager) const;
     /// With m_lock held; calls nothing that takes it. An invalid unit when none fits.
     LinearUnit detectUnitLocked(const ProjectionParamsManager &manager, QString *osrName) const;
 
@@ -272,15 +279,15 @@ private:
     std::shared_ptr<const CatalogueName> m_catalogueName;
     std::atomic<std::uint64_t> m_state;
     QRectF m_rect;
-    mutable nivora::utils::CachedValue<QRectF, std::function<QRectF()>> m_computedRect; ///< under m_lock
-    mutable std::optional<QRectF> m_rectWithoutSearch;                                  ///< under m_lock
+    mutable LazyRect m_computedRect;                   ///< under m_lock
+    mutable std::optional<QRectF> m_rectWithoutSearch; ///< under m_lock
     QRectF m_projectionBounds;
     mutable QReadWriteLock m_lock;     ///< guards the lazily found members; taken before the PROJ lock
     mutable LinearUnit m_detectedUnit; ///< under m_lock
     LinearUnit m_affineUnit;
     std::atomic<int> m_epsg{EPSG_UNDEFINDED};
     std::unique_ptr<QTransform> m_affine;
-    mutable nivora::utils::CachedValue<bool, std::function<bool()>> m_needCrop; ///< under m_lock
+    mutable LazyFlag m_needCrop; ///< under m_lock
     SourceData m_source;
 
     // What costs a question to the engines, kept per object. Dropped when the definition changes.

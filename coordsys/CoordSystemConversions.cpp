@@ -176,7 +176,8 @@ bool CoordSystem::convertPoints(int direction, QPointF *points, std::size_t coun
         return false;
     const QPointF asked = count > 0 ? points[0] : QPointF();
     const QMutexLocker lock(globalProj4Mutex());
-    if (transformPoints(*m_plane, direction, points, count))
+    if (count == 1 ? transformPoint(*m_plane, direction, *points)
+                   : transformPoints(*m_plane, direction, points, count))
         return true;
     reportFailure(direction, asked);
     return false;

@@ -108,8 +108,7 @@ std::shared_ptr<void> registeredSrs(const SystemIdentity &registered, const QLis
 CoordSystem::IdentityPtr CoordSystem::registeredIdentity() const
 {
     const int code = m_srs && !isNonEarth() ? epsg() : int(EPSG_UNDEFINDED);
-    SystemIdentityPtr registered =
-        code > 0 ? SystemIdentity::from(QStringLiteral("EPSG:%1").arg(code)) : nullptr;
+    SystemIdentityPtr registered = code > 0 ? SystemIdentity::ofCode(code) : nullptr;
     const bool same = registered && registered->hasPlane() && isPlaneOf(code, *registered);
     return same ? registered : nullptr;
 }

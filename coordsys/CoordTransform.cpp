@@ -26,6 +26,60 @@ bool haveDifferentCodes(const CoordSystem &from, const CoordSystem &to)
 
 bool areFinite(const QVector<QPointF> &points) { return std::all_of(points.begin(), points.end(), isFinite); }
 
+/// Points between two looks at the results; few enough to stay in the processor's cache.
+constexpr std::size_t blockSize = 1024;
+
+/// One direction of a transformation between unequal systems, as it stands at the time of a call.
+struct Way
+{
+    AffineMap source;
+    AffineMap target;
+    const TransformQueue *queue;
+    int direction;
+    double time;
+
+    bool isSingular() const { return source.isSingular() || target.isSingular(); }
+    /// In place; false, the points spoilt, when one of them fails.
+    bool convert(QPointF *points, std::size_t count) const
+    {
+        source.undo(points, count);
+        if (!transformPoints(*queue, direction, points, count, time))
+            return false;
+        target.map(points, count);
+        return !target.isActive() || std::all_of(points, points + count, isFinite);
+    }
+    /// As a list of one, which costs more than the engine.
+    bool convert(QPointF &point) const
+    {
+        source.undo(&point, 1);
+        if (!transformPoint(*queue, direction, point, time))
+            return false;
+        target.map(&point, 1);
+        return !target.isActive() || isFinite(point);
+    }
+    bool convertList(const QVector<QPointF> &in, QVector<QPointF> &out) const;
+};
+
+/// Copied, converted and looked at block by block. A list of the right length is written over as it is:
+/// resize() would fill a new one twice. \p out is spoilt when a point fails, and not \p in.
+bool Way::convertList(const QVector<QPointF> &in, QVector<QPointF> &out) const
+{
+    const bool mustCopy = out.size() == in.size();
+    if (!mustCopy)
+        out = in;
+    QPointF *const points = out.data(); // detaches
+    const auto count = static_cast<std::size_t>(in.size());
+    const QMutexLocker lock(globalProj4Mutex());
+    for (std::size_t done = 0; done < count; done += blockSize) {
+        const std::size_t size = std::min(blockSize, count - done);
+        if (mustCopy)
+            std::copy_n(in.constData() + done, size, points + done);
+        if (!convert(points + done, size))
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 struct NIVORA_CS_NO_EXPORT CoordTransform::Impl
@@ -43,8 +97,7 @@ struct NIVORA_CS_NO_EXPORT CoordTransform::Impl
             queue = coordTransformCache().queueFor(from, to);
     }
 
-    bool transform(bool forward, const QVector<QPointF> &in, QVector<QPointF> &out,
-                   TransformInternalBase &strategy) const;
+    bool transformList(bool forward, const QVector<QPointF> &in, QVector<QPointF> &out) const;
     bool transformPoint(bool forward, const QPointF &in, QPointF &out) const;
     bool transformRect(bool forward, const QRectF &in, QRectF &out) const;
     bool transformMesh(bool forward, const QRectF &in, QRectF &out, int addPoints) const;
@@ -56,59 +109,46 @@ struct NIVORA_CS_NO_EXPORT CoordTransform::Impl
     double time = HUGE_VAL;  ///< the epoch as PROJ is given it
 
 private:
-    void fill(TransformInternalBase &strategy, bool forward) const
+    const CoordSystem &from(bool forward) const { return forward ? *source : *destination; }
+    Way way(bool forward) const
     {
-        strategy.source = forward ? source : destination;
-        strategy.destination = forward ? destination : source;
-        strategy.queue = queue.get();
-        strategy.direction = forward ? 1 : -1;
-        strategy.time = time;
+        return {AffineMap(from(forward)), AffineMap(from(!forward)), queue.get(), forward ? PJ_FWD : PJ_INV,
+                time};
     }
 };
 
-bool CoordTransform::Impl::transform(bool forward, const QVector<QPointF> &in, QVector<QPointF> &out,
-                                     TransformInternalBase &strategy) const
+bool CoordTransform::Impl::transformList(bool forward, const QVector<QPointF> &in,
+                                         QVector<QPointF> &out) const
 {
+    const QVector<QPointF> original = in; // which may be out
     if (isEqualsCS) {
-        if (!areFinite(in))
+        if (!areFinite(original))
             return false;
-        out = in;
+        out = original;
         return true;
     }
-    const AffineMap sourceAffine(*(forward ? source : destination));
-    const AffineMap targetAffine(*(forward ? destination : source));
-    if (sourceAffine.isSingular() || targetAffine.isSingular())
+    const Way way = this->way(forward);
+    if (way.isSingular())
         return false;
-    fill(strategy, forward);
-    out = in;
-    if (sourceAffine.isActive())
-        sourceAffine.undo(out.data(), static_cast<std::size_t>(out.size()));
-    QVector<QPointF> result;
-    if (!strategy.transform(out, result))
-        return false;
-    targetAffine.map(result.data(), static_cast<std::size_t>(result.size()));
-    if (!areFinite(result))
-        return false;
-    out = result;
-    return true;
+    if (way.convertList(original, out))
+        return true;
+    out = original;
+    if (way.source.isActive())
+        way.source.undo(out.data(), static_cast<std::size_t>(out.size()));
+    return false;
 }
 
 bool CoordTransform::Impl::transformPoint(bool forward, const QPointF &in, QPointF &out) const
 {
-    // The steps of transform() on the stack: a list of one point costs more than the engine.
     QPointF point = in;
-    if (!isEqualsCS) {
-        const AffineMap sourceAffine(*(forward ? source : destination));
-        const AffineMap targetAffine(*(forward ? destination : source));
-        if (sourceAffine.isSingular() || targetAffine.isSingular())
+    if (isEqualsCS) {
+        if (!isFinite(point))
             return false;
-        sourceAffine.undo(&point, 1);
-        if (!transformPoints(queue.get(), forward ? 1 : -1, &point, 1, time))
+    } else {
+        const Way way = this->way(forward);
+        if (way.isSingular() || !way.convert(point))
             return false;
-        targetAffine.map(&point, 1);
     }
-    if (!isFinite(point))
-        return false;
     out = point;
     return true;
 }
@@ -125,9 +165,8 @@ QRectF rectOf(const QVector<QPointF> &corners)
 
 bool CoordTransform::Impl::transformRect(bool forward, const QRectF &in, QRectF &out) const
 {
-    TransformInternalCommon strategy;
     QVector<QPointF> corners;
-    if (!transform(forward, rectToVector(in), corners, strategy))
+    if (!transformList(forward, rectToVector(in), corners))
         return false;
     out = rectOf(corners);
     return out.width() > 0.0 && out.height() > 0.0;
@@ -145,9 +184,15 @@ bool CoordTransform::Impl::transformMesh(bool forward, const QRectF &in, QRectF 
         out = in;
         return true;
     }
-    TransformInternalMesh strategy(addPoints);
-    QVector<QPointF> corners;
-    if (!transform(forward, rectToVector(in), corners, strategy) || corners.size() < 4)
+    const Way way = this->way(forward);
+    QVector<QPointF> corners = rectToVector(in);
+    if (way.isSingular())
+        return false;
+    way.source.undo(corners.data(), 4);
+    if (!meshBounds({from(forward), *queue, way.direction, time, addPoints}, corners))
+        return false;
+    way.target.map(corners.data(), 4);
+    if (!areFinite(corners))
         return false;
     out = rectOf(corners);
     return true;
@@ -207,14 +252,12 @@ bool CoordTransform::inverse(const QPointF &in, QPointF &out) const
 
 bool CoordTransform::forward(const QVector<QPointF> &in, QVector<QPointF> &out) const
 {
-    TransformInternalCommon strategy;
-    return m_impl->transform(true, in, out, strategy);
+    return m_impl->transformList(true, in, out);
 }
 
 bool CoordTransform::inverse(const QVector<QPointF> &in, QVector<QPointF> &out) const
 {
-    TransformInternalCommon strategy;
-    return m_impl->transform(false, in, out, strategy);
+    return m_impl->transformList(false, in, out);
 }
 
 bool CoordTransform::forward(const QRectF &in, QRectF &out) const

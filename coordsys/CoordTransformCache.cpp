@@ -3,6 +3,7 @@
 #include <coordsys/CatalogueChanges_p.h>
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
+#include <coordsys/LeanStep_p.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/SystemIdentity_p.h>
 #include <platform/Logger.h>
@@ -55,8 +56,8 @@ std::pair<CoordSystemPtr, CoordSystemPtr> withCommonDatum(const CoordSystemPtr &
     return {from, to};
 }
 
-/// PROJ text as PROJ is given it for a transformation.
-QString transformationText(const CoordSystem &cs) { return fixedProjString(cs.projStr(), true); }
+/// PROJ text as PROJ is given it for a transformation, where it takes no blanks before a text.
+QString transformationText(const CoordSystem &cs) { return fixedProjString(cs.projStr().trimmed(), true); }
 
 /// A zero shift ties longitude/latitude to the earth. Two systems on another body meet without it.
 QString withoutZeroShift(const QString &text)
@@ -76,6 +77,12 @@ std::shared_ptr<PJ> normalizedTransformation(const std::pair<QString, QString> &
     return normalized ? ownPj(normalized) : std::move(pj);
 }
 
+[[noreturn]] void throwWithoutWay()
+{
+    throw std::logic_error(
+        QObject::tr("Не могу создать объект трансформации. %1").arg(projLastError()).toStdString());
+}
+
 /// The ends speak what their systems count in; PROJ alone tells where that is radians.
 EngineStep stepOf(const std::shared_ptr<PJ> &pj)
 {
@@ -85,7 +92,7 @@ EngineStep stepOf(const std::shared_ptr<PJ> &pj)
     const PjHandle target = ownPj(proj_get_target_crs(globalProjContext(), pj.get()));
     if (step.in[0].isPlain() && step.out[0].isPlain())
         step.setEnds(source ? endOf(source.get()) : EngineEnd(), target ? endOf(target.get()) : EngineEnd());
-    return step;
+    return withoutDegreeSteps(step);
 }
 
 } // namespace
@@ -141,18 +148,40 @@ TransformQueuePtr CoordTransformCache::queueFor(const CoordSystemPtr &from, cons
         return known;
     auto queue = std::make_shared<TransformQueue>();
     const auto steps = stepsBetween(from, to);
-    queue->first = stepOf(createNormalizedTransformation(steps.front().first, steps.front().second));
+    queue->first = stepFor(steps.front().first, steps.front().second);
     if (steps.size() > 1)
-        queue->second = stepOf(createNormalizedTransformation(steps.back().first, steps.back().second));
+        queue->second = stepFor(steps.back().first, steps.back().second);
     insert(from, to, queue);
     return queue;
 }
 
-std::shared_ptr<PJ> CoordTransformCache::sharedByTexts(const Texts &texts) const
+EngineStep CoordTransformCache::stepFor(const CoordSystemPtr &from, const CoordSystemPtr &to)
+{
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        const Texts texts = textsOf(attempt, from, to);
+        const EngineStep known = sharedByTexts(texts);
+        if (const EngineStep step = known ? known : madeByTexts(texts))
+            return step;
+    }
+    throwWithoutWay();
+}
+
+EngineStep CoordTransformCache::sharedByTexts(const Texts &texts) const
 {
     const QMutexLocker lock(&m_mutex);
     const auto found = m_byTexts.find(texts);
-    return found == m_byTexts.end() ? nullptr : found->second.lock();
+    return found == m_byTexts.end() ? EngineStep() : found->second.step.withObject(found->second.pj.lock());
+}
+
+EngineStep CoordTransformCache::madeByTexts(const Texts &texts)
+{
+    const std::shared_ptr<PJ> pj = normalizedTransformation(texts);
+    const EngineStep step = pj ? stepOf(pj) : EngineStep();
+    if (step) {
+        const QMutexLocker lock(&m_mutex);
+        m_byTexts[texts] = {step.withObject(nullptr), step.pj};
+    }
+    return step;
 }
 
 QString CoordTransformCache::definitionOf(const CoordSystem &cs)
@@ -208,19 +237,10 @@ CoordTransformCache::Texts CoordTransformCache::textsOf(int attempt, const Coord
 std::shared_ptr<PJ> CoordTransformCache::createNormalizedTransformation(const CoordSystemPtr &from,
                                                                         const CoordSystemPtr &to)
 {
-    for (int attempt = 0; attempt < attempts; ++attempt) {
-        const Texts texts = textsOf(attempt, from, to);
-        if (std::shared_ptr<PJ> known = sharedByTexts(texts))
-            return known;
-        const std::shared_ptr<PJ> result = normalizedTransformation(texts);
-        if (!result)
-            continue;
-        const QMutexLocker lock(&m_mutex);
-        m_byTexts[texts] = result;
-        return result;
-    }
-    throw std::logic_error(
-        QObject::tr("Не могу создать объект трансформации. %1").arg(projLastError()).toStdString());
+    for (int attempt = 0; attempt < attempts; ++attempt)
+        if (std::shared_ptr<PJ> pj = normalizedTransformation(textsOf(attempt, from, to)))
+            return pj;
+    throwWithoutWay();
 }
 
 CoordTransformCache &coordTransformCache()

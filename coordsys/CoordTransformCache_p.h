@@ -40,7 +40,7 @@ public:
     /// from.isEqual(to, false), asked once for as long as neither is changed and no catalogue is.
     bool areEqual(const CoordSystem &from, const CoordSystem &to);
 
-    /// A PROJ transformation that takes and gives longitude or easting first. Never null.
+    /// A PROJ transformation of the caller's own that takes and gives longitude or easting first. Never null.
     /// Throws std::logic_error "Не могу создать объект трансформации. …".
     std::shared_ptr<PJ> createNormalizedTransformation(const CoordSystemPtr &from, const CoordSystemPtr &to);
 
@@ -62,14 +62,23 @@ private:
 
     static QString definitionOf(const CoordSystem &cs);
     static QString fallbackOf(const CoordSystem &cs, const QString &first);
-    std::shared_ptr<PJ> sharedByTexts(const Texts &texts) const;
+    EngineStep stepFor(const CoordSystemPtr &from, const CoordSystemPtr &to);
+    EngineStep sharedByTexts(const Texts &texts) const;
+    EngineStep madeByTexts(const Texts &texts);
+
+    /// A step whose object lives as long as a queue has it.
+    struct Shared
+    {
+        EngineStep step; ///< without its object
+        std::weak_ptr<PJ> pj;
+    };
 
     using States = std::pair<std::uint64_t, std::uint64_t>;
     static constexpr int mostAnswers = 10000;
 
     mutable QMutex m_mutex; ///< guards the following
     std::map<Key, TransformQueuePtr, ByAddress> m_queues;
-    std::map<Texts, std::weak_ptr<PJ>> m_byTexts;
+    std::map<Texts, Shared> m_byTexts;
     QHash<States, bool> m_equal; ///< by the states of two objects
     unsigned m_equalSince = 0;   ///< catalogueChanges()
 };

@@ -59,18 +59,40 @@ Parameters parametersOf(PJ_CONTEXT *context, const PJ *conversion)
     return parameters;
 }
 
-bool isSameConversion(PJ_CONTEXT *context, const PJ *a, const PJ *b)
+bool isSameFormula(PJ_CONTEXT *context, const PJ *a, const PJ *b)
 {
-    const PjHandle mine = ownPj(proj_crs_get_coordoperation(context, a));
-    const PjHandle theirs = ownPj(proj_crs_get_coordoperation(context, b));
-    if (!mine || !theirs || methodOf(context, mine.get()) != methodOf(context, theirs.get()))
+    if (methodOf(context, a) != methodOf(context, b))
         return false;
-    const Parameters left = parametersOf(context, mine.get());
-    const Parameters right = parametersOf(context, theirs.get());
+    const Parameters left = parametersOf(context, a);
+    const Parameters right = parametersOf(context, b);
     return left.size() == right.size() &&
            std::equal(left.begin(), left.end(), right.begin(), [](const auto &x, const auto &y) {
                return x.first == y.first && close(x.second, y.second);
            });
+}
+
+/// WKT 1 has one name for two methods, and PROJ one formula: "Lambert Azimuthal Equal Area (Spherical)".
+bool isComputedAlike(PJ_CONTEXT *context, const PJ *a, const PJ *b)
+{
+    const QByteArray mine = proj_as_proj_string(context, a, PJ_PROJ_5, nullptr);
+    return !mine.isEmpty() && mine == proj_as_proj_string(context, b, PJ_PROJ_5, nullptr);
+}
+
+bool isSameConversion(PJ_CONTEXT *context, const PJ *a, const PJ *b)
+{
+    const PjHandle mine = ownPj(proj_crs_get_coordoperation(context, a));
+    const PjHandle theirs = ownPj(proj_crs_get_coordoperation(context, b));
+    return mine && theirs &&
+           (isSameFormula(context, mine.get(), theirs.get()) ||
+            isComputedAlike(context, mine.get(), theirs.get()));
+}
+
+bool isSameDatum(PJ_CONTEXT *context, const PJ *a, const PJ *b)
+{
+    const PjHandle mine = ownPj(proj_crs_get_datum_forced(context, a));
+    const PjHandle theirs = ownPj(proj_crs_get_datum_forced(context, b));
+    return mine && theirs &&
+           proj_is_equivalent_to_with_ctx(context, mine.get(), theirs.get(), PJ_COMP_EQUIVALENT);
 }
 
 bool isSameAxes(PJ_CONTEXT *context, const PJ *a, const PJ *b)
@@ -101,6 +123,14 @@ bool isKnownDatum(PJ_CONTEXT *context, const PJ *crs)
         plain.remove(0, 2);
     plain.replace(QLatin1Char('_'), QLatin1Char(' '));
     return hasName(context, name) || hasName(context, plain);
+}
+
+/// PROJ reads each web Mercator that WKT 1 can say as the one on WGS 84: a Mercator of the sphere whose
+/// latitudes are WGS 84's.
+bool isSameWebMercator(PJ_CONTEXT *context, const PJ *a, const PJ *b)
+{
+    const QByteArray mine = proj_as_proj_string(context, a, PJ_PROJ_4, nullptr);
+    return mine.contains("+nadgrids=@null") && mine == proj_as_proj_string(context, b, PJ_PROJ_4, nullptr);
 }
 
 } // namespace
@@ -141,9 +171,11 @@ bool isRegisteredSystem(PJ_CONTEXT *context, const PJ *crs, const PJ *registered
     if (!mine || !theirs)
         return false;
     if (proj_is_equivalent_to_with_ctx(context, mine.get(), theirs.get(),
-                                       PJ_COMP_EQUIVALENT_EXCEPT_AXIS_ORDER_GEOGCRS))
+                                       PJ_COMP_EQUIVALENT_EXCEPT_AXIS_ORDER_GEOGCRS) ||
+        isSameWebMercator(context, mine.get(), theirs.get()))
         return true;
-    return isSamePlane(context, mine.get(), theirs.get()) && !isKnownDatum(context, mine.get());
+    return isSamePlane(context, mine.get(), theirs.get()) &&
+           (isSameDatum(context, mine.get(), theirs.get()) || !isKnownDatum(context, mine.get()));
 }
 
 } // namespace nivora::cs

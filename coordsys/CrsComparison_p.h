@@ -5,12 +5,13 @@
 namespace nivora::cs {
 
 /// True when a system is the registered one, whatever shift to WGS 84, axis order and spelling its text has:
-/// PROJ finds them equivalent, or plane and figures agree and the system's datum has a name that the database
-/// does not know. The name of another known datum makes another system. Needs the lock of the context.
+/// PROJ finds them equivalent, or plane and figures agree and the datum is the same or has a name that the
+/// database does not know. The name of another known datum makes another system. Needs the lock of the
+/// context.
 bool isRegisteredSystem(PJ_CONTEXT *context, const PJ *crs, const PJ *registered);
 
 /// True when both have the same unit, axes, prime meridian, method, parameters (1e-9 of their size) and
-/// ellipsoid (1 mm), so that the same numbers mean the same place on one datum. Needs the lock of the
+/// ellipsoid (1 mm), or other methods that PROJ computes by one formula, so that the same numbers mean the same place on one datum. Needs the lock of the
 /// context.
 bool isSamePlane(PJ_CONTEXT *context, const PJ *a, const PJ *b);
 

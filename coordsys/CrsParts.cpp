@@ -2,6 +2,8 @@
 
 #include <proj_experimental.h>
 
+#include <QRegularExpression>
+
 namespace nivora::cs {
 namespace {
 
@@ -26,6 +28,20 @@ PjHandle flat(PJ_CONTEXT *context, const PJ *crs)
         return ownPj(proj_crs_demote_to_2D(context, nullptr, crs));
     const bool planar = type == PJ_TYPE_GEOGRAPHIC_2D_CRS || type == PJ_TYPE_ENGINEERING_CRS;
     return planar ? copyOf(context, crs) : nullptr;
+}
+
+/// A bound CRS can be changed only in parts: it is taken apart and bound again. \p change makes a part from
+/// one; that of the source counts when the others fail.
+template <typename Change> PjHandle changedBound(PJ_CONTEXT *context, const PJ *bound, Change &&change)
+{
+    const PjHandle source = ownPj(proj_get_source_crs(context, bound));
+    const PjHandle hub = ownPj(proj_get_target_crs(context, bound));
+    const PjHandle shift = ownPj(proj_crs_get_coordoperation(context, bound));
+    PjHandle part = source ? change(source.get()) : nullptr;
+    const PjHandle flatHub = hub ? flat(context, hub.get()) : nullptr;
+    if (!part || !flatHub || !shift)
+        return part;
+    return ownPj(proj_crs_create_bound_crs(context, part.get(), flatHub.get(), shift.get()));
 }
 
 PjHandle axesOf(PJ_CONTEXT *context, const PJ *crs)
@@ -73,17 +89,19 @@ bool hasVerticalPart(PJ_CONTEXT *context, const PJ *crs)
 
 PjHandle horizontalPart(PJ_CONTEXT *context, const PJ *crs)
 {
-    if (!isBound(crs))
-        return flat(context, crs);
-    // A bound CRS cannot be demoted: it is taken apart and bound again.
-    const PjHandle source = ownPj(proj_get_source_crs(context, crs));
-    const PjHandle hub = ownPj(proj_get_target_crs(context, crs));
-    const PjHandle shift = ownPj(proj_crs_get_coordoperation(context, crs));
-    PjHandle part = source ? flat(context, source.get()) : nullptr;
-    const PjHandle flatHub = hub ? flat(context, hub.get()) : nullptr;
-    if (!part || !flatHub || !shift)
-        return part;
-    return ownPj(proj_crs_create_bound_crs(context, part.get(), flatHub.get(), shift.get()));
+    const auto flattened = [context](const PJ *part) { return flat(context, part); };
+    return isBound(crs) ? changedBound(context, crs, flattened) : flattened(crs);
+}
+
+PjHandle withoutCode(PJ_CONTEXT *context, const PJ *crs)
+{
+    // … ,ID["EPSG",28407]] at the end of the text
+    static const QRegularExpression code(QStringLiteral(",\\s*ID\\[\"[^\"]*\",[^\\]]*\\]\\]\\s*$"));
+    const auto bare = [context](const PJ *part) {
+        const QString text = wkt2Of(context, part).replace(code, QStringLiteral("]"));
+        return ownPj(proj_create(context, text.toUtf8().constData()));
+    };
+    return isBound(crs) ? changedBound(context, crs, bare) : bare(crs);
 }
 
 PjHandle baseOf(PJ_CONTEXT *context, const PJ *crs)

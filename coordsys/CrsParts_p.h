@@ -33,6 +33,9 @@ bool hasVerticalPart(PJ_CONTEXT *context, const PJ *crs);
 /// The two-dimensional part, a shift to WGS 84 kept; null when there is none.
 PjHandle horizontalPart(PJ_CONTEXT *context, const PJ *crs);
 
+/// The CRS without its code, a shift to WGS 84 kept; null when PROJ cannot read its own text again.
+PjHandle withoutCode(PJ_CONTEXT *context, const PJ *crs);
+
 /// The CRS that a projected or rotated one is derived from, unbound; the CRS itself when it is geographic.
 PjHandle baseOf(PJ_CONTEXT *context, const PJ *crs);
 

@@ -47,7 +47,13 @@ void OwnEngineDelete::operator()(OwnEngine *engine) const
         delete engine;
 }
 
-OwnEnginePtr EngineStock::taken()
+unsigned EngineStock::newThreadNumber()
+{
+    static std::atomic<unsigned> last{0};
+    return ++last;
+}
+
+OwnEnginePtr EngineStock::idle()
 {
     const QMutexLocker lock(&m_mutex);
     if (m_idle.empty())
@@ -57,16 +63,51 @@ OwnEnginePtr EngineStock::taken()
     return engine;
 }
 
-OwnEnginePtr EngineStock::fromStore()
+/// That of a thread which does not convert at this moment, and may be gone.
+OwnEnginePtr EngineStock::fromPlaces()
 {
-    OwnEnginePtr engine = taken();
+    OwnEnginePtr engine;
+    for (Place &place : m_places) {
+        if (engine || place.isTaken.exchange(true, std::memory_order_acquire))
+            continue;
+        engine = std::move(place.engine);
+        place.isTaken.store(false, std::memory_order_release);
+    }
+    return engine;
+}
+
+OwnEnginePtr EngineStock::borrow()
+{
+    if (OwnEnginePtr engine = idle())
+        return engine;
+    OwnEnginePtr engine = fromPlaces();
     return engine ? std::move(engine) : clonedFrom(*m_original);
 }
 
-void EngineStock::store(OwnEnginePtr engine)
+void EngineStock::giveBack(OwnEnginePtr engine)
 {
     const QMutexLocker lock(&m_mutex);
     m_idle.push_back(std::move(engine));
+}
+
+void BorrowedEngine::borrow()
+{
+    m_engine = m_stock.borrow();
+    m_queue = m_engine ? &m_engine->queue : &m_stock.original();
+    if (!m_engine) {
+        globalProj4Mutex()->lock();
+        m_isLocked = true;
+    } else if (m_claim.place) {
+        m_claim.place->engine = std::move(m_engine);
+    }
+}
+
+void BorrowedEngine::giveBack()
+{
+    if (m_isLocked)
+        globalProj4Mutex()->unlock();
+    else
+        m_stock.giveBack(std::move(m_engine));
 }
 
 } // namespace nivora::cs

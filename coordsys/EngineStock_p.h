@@ -4,6 +4,7 @@
 
 #include <QMutex>
 
+#include <array>
 #include <atomic>
 #include <memory>
 #include <vector>
@@ -36,66 +37,91 @@ using OwnEnginePtr = std::unique_ptr<OwnEngine, OwnEngineDelete>;
 class EngineStock
 {
 public:
+    /// Where a thread finds its engine without a lock. On a cache line of its own, since a point is converted
+    /// in the time that a line takes from one core to the other.
+    struct alignas(64) Place
+    {
+        std::atomic<bool> isTaken{false}; ///< whoever set it has the engine
+        OwnEnginePtr engine;
+    };
+
     explicit EngineStock(TransformQueuePtr original)
         : m_original(std::move(original))
     {}
-    ~EngineStock() { OwnEnginePtr(m_nearest.load()).reset(); }
     EngineStock(const EngineStock &) = delete;
     EngineStock &operator=(const EngineStock &) = delete;
 
-    /// Null when PROJ cannot clone any more.
-    OwnEnginePtr borrow()
-    {
-        OwnEnginePtr engine(m_nearest.exchange(nullptr, std::memory_order_acquire));
-        return engine ? std::move(engine) : fromStore();
-    }
-    void giveBack(OwnEnginePtr engine)
-    {
-        OwnEngine *none = nullptr;
-        if (m_nearest.compare_exchange_strong(none, engine.get(), std::memory_order_release))
-            static_cast<void>(engine.release());
-        else
-            store(std::move(engine));
-    }
+    /// The calling thread's place, which it shares with few others or none.
+    Place &placeOfThread() { return m_places[threadNumber() % m_places.size()]; }
+    /// One that nobody uses, else a new one; null when PROJ cannot clone any more.
+    OwnEnginePtr borrow();
+    void giveBack(OwnEnginePtr engine);
     const TransformQueue &original() const { return *m_original; }
 
 private:
-    OwnEnginePtr taken();
-    OwnEnginePtr fromStore();
-    void store(OwnEnginePtr engine);
+    static unsigned threadNumber()
+    {
+        static thread_local unsigned number = 0;
+        return number > 0 ? number : number = newThreadNumber();
+    }
+    static unsigned newThreadNumber();
+    OwnEnginePtr idle();
+    OwnEnginePtr fromPlaces();
 
     TransformQueuePtr m_original;
-    std::atomic<OwnEngine *> m_nearest{nullptr}; ///< owned; the one that single points take without a lock
-    QMutex m_mutex;                              ///< guards m_idle
+    std::array<Place, 16> m_places;
+    QMutex m_mutex; ///< guards m_idle
     std::vector<OwnEnginePtr> m_idle;
 };
 
-/// Borrows for a block. Without an engine of its own it holds the PROJ lock and lends the original.
+/// Borrows for a block or a point. Without an engine of its own it holds the PROJ lock and lends the
+/// original.
 class BorrowedEngine
 {
 public:
     explicit BorrowedEngine(EngineStock &stock)
         : m_stock(stock)
-        , m_engine(stock.borrow())
+        , m_claim(stock.placeOfThread())
     {
-        if (!m_engine)
-            globalProj4Mutex()->lock();
+        if (m_claim.place && m_claim.place->engine)
+            m_queue = &m_claim.place->engine->queue;
+        else
+            borrow();
     }
     ~BorrowedEngine()
     {
-        if (m_engine)
-            m_stock.giveBack(std::move(m_engine));
-        else
-            globalProj4Mutex()->unlock();
+        if (m_engine || m_isLocked)
+            giveBack();
     }
     BorrowedEngine(const BorrowedEngine &) = delete;
     BorrowedEngine &operator=(const BorrowedEngine &) = delete;
 
-    const TransformQueue &queue() const { return m_engine ? m_engine->queue : m_stock.original(); }
+    const TransformQueue &queue() const { return *m_queue; }
 
 private:
+    struct Claim
+    {
+        explicit Claim(EngineStock::Place &wanted)
+            : place(wanted.isTaken.exchange(true, std::memory_order_acquire) ? nullptr : &wanted)
+        {}
+        ~Claim()
+        {
+            if (place)
+                place->isTaken.store(false, std::memory_order_release);
+        }
+        Claim(const Claim &) = delete;
+        Claim &operator=(const Claim &) = delete;
+        EngineStock::Place *place; ///< null when another thread is there
+    };
+
+    void borrow();
+    void giveBack();
+
     EngineStock &m_stock;
-    OwnEnginePtr m_engine;
+    Claim m_claim;
+    const TransformQueue *m_queue = nullptr;
+    OwnEnginePtr m_engine; ///< that of no place
+    bool m_isLocked = false;
 };
 
 } // namespace nivora::cs

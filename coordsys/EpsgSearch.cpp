@@ -12,7 +12,6 @@
 #include <platform/Logger.h>
 
 #include <QMutexLocker>
-#include <QRegularExpression>
 
 #include <algorithm>
 #include <cmath>
@@ -58,12 +57,11 @@ struct Wanted
 /// WKT 2 without a shift and without a code: one that a text states is not what a search may lean on.
 QString bareWkt(const QString &wkt)
 {
-    // … ,ID["EPSG",28407]] at the end of the text
-    static const QRegularExpression code(QStringLiteral(",\\s*ID\\[\"[^\"]*\",[^\\]]*\\]\\]\\s*$"));
     const SearchContext context;
     const PjHandle crs = ownPj(proj_create(context.get(), wkt.toUtf8().constData()));
     const PjHandle plain = crs ? unbound(context.get(), crs.get()) : nullptr;
-    return plain ? wkt2Of(context.get(), plain.get()).replace(code, QStringLiteral("]")) : wkt;
+    const PjHandle bare = plain ? withoutCode(context.get(), plain.get()) : nullptr;
+    return bare ? wkt2Of(context.get(), bare.get()) : wkt;
 }
 
 std::optional<Shift> shiftOf(void *srs)
@@ -212,13 +210,14 @@ int searchByProj(const QString &wkt, const std::shared_ptr<ProgressHandler> &pro
     int *rawConfidences = nullptr;
     const PjList list(proj_identify(context.get(), plain.get(), "EPSG", nullptr, &rawConfidences));
     const PjIntList confidences(rawConfidences);
-    const PjHandle best = list && proj_list_get_count(list.get()) > 0
-                              ? ownPj(proj_list_get(context.get(), list.get(), 0))
-                              : nullptr;
-    if (!best || !confidences || confidences.get()[0] < sureEnough ||
-        !isSamePlane(context.get(), plain.get(), best.get()))
-        return undefined;
-    return codeOf(best.get(), QLatin1String("EPSG")).value_or(undefined);
+    for (int i = 0; list && confidences && i < proj_list_get_count(list.get()); ++i) {
+        if (confidences.get()[i] < sureEnough)
+            break; // the best come first
+        const PjHandle match = ownPj(proj_list_get(context.get(), list.get(), i));
+        if (match && isSamePlane(context.get(), plain.get(), match.get()))
+            return codeOf(match.get(), QLatin1String("EPSG")).value_or(undefined);
+    }
+    return undefined;
 }
 
 /// Runs a search once per text.

@@ -76,7 +76,7 @@ public:
     }
     double number(int offset) const
     {
-        const quint64 bits = integer<quint64>(offset);
+        const auto bits = integer<quint64>(offset);
         double value = 0.0;
         std::memcpy(&value, &bits, sizeof value);
         if (!std::isfinite(value))
@@ -175,12 +175,15 @@ void snap(double &low, double &high)
         *bound = QString::number(*bound, 'f', std::clamp(decimals, 0, mostDecimals)).toDouble();
 }
 
+/// False for NaN and for what a damaged scale makes infinite.
+bool hasExtent(double low, double high) { return low < high && std::isfinite(high - low); }
+
 void setBounds(const Header &header, TABProjInfo_t &r)
 {
     const int quadrant = header.integer<std::uint8_t>(Quadrant);
     std::tie(r.dXMin, r.dXMax) = rangeOf(header, 0, quadrant == 0 || quadrant == 2 || quadrant == 3);
     std::tie(r.dYMin, r.dYMax) = rangeOf(header, 1, quadrant == 0 || quadrant == 3 || quadrant == 4);
-    r.nBoundsFlag = r.dXMin < r.dXMax && r.dYMin < r.dYMax;
+    r.nBoundsFlag = hasExtent(r.dXMin, r.dXMax) && hasExtent(r.dYMin, r.dYMax);
     if (!r.nBoundsFlag)
         return;
     snap(r.dXMin, r.dXMax);

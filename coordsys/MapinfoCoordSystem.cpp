@@ -421,23 +421,45 @@ std::shared_ptr<const MapinfoIndex> MapinfoCoordSystem::indexForLookUps() const
     return m_index;
 }
 
+/// A search by equality for one system, with what is known of it.
+class MapinfoCoordSystem::LookUp
+{
+public:
+    LookUp(const MapinfoCoordSystem &catalogue, const CoordSystem &cs)
+        : m_catalogue(catalogue)
+        , m_cs(cs)
+    {
+        if (const CatalogueSource *owner = catalogue.m_owner)
+            m_scope.emplace(*owner);
+        m_index = catalogue.indexForLookUps();
+        if (m_index)
+            m_facts = factsOf(cs);
+    }
+
+    Position first(bool ignoreRect) const
+    {
+        if (!m_index)
+            return m_catalogue.walkEntries(m_cs, ignoreRect);
+        if (!m_facts)
+            return PairNone;
+        for (const MapinfoIndex::Row &row : m_index->rows())
+            if (m_index->mayEqual(*m_facts, row) &&
+                m_cs.isEqual(m_catalogue.buildForLookUp(row.position.first, row.position.second), ignoreRect))
+                return row.position;
+        return PairNone;
+    }
+
+private:
+    const MapinfoCoordSystem &m_catalogue;
+    const CoordSystem &m_cs;
+    std::optional<CatalogueScope> m_scope;
+    std::shared_ptr<const MapinfoIndex> m_index; ///< null when there is no catalogue to read the entries with
+    std::optional<LookUpFacts> m_facts;
+};
+
 MapinfoCoordSystem::Position MapinfoCoordSystem::seekProj(const CoordSystem &cs, bool ignoreRect) const
 {
-    const CatalogueSource *owner = m_owner;
-    std::optional<CatalogueScope> scope;
-    if (owner)
-        scope.emplace(*owner);
-    const std::shared_ptr<const MapinfoIndex> index = indexForLookUps();
-    if (!index)
-        return walkEntries(cs, ignoreRect);
-    const std::optional<SystemFacts> facts = factsOf(cs);
-    if (!facts)
-        return PairNone;
-    for (const MapinfoIndex::Row &row : index->rows())
-        if (index->mayEqual(*facts, row) &&
-            cs.isEqual(buildForLookUp(row.position.first, row.position.second), ignoreRect))
-            return row.position;
-    return PairNone;
+    return LookUp(*this, cs).first(ignoreRect);
 }
 
 MapinfoCoordSystem::Position MapinfoCoordSystem::walkEntries(const CoordSystem &cs, bool ignoreRect) const
@@ -454,13 +476,24 @@ MapinfoCoordSystem::Position MapinfoCoordSystem::seekProj(const CoordSystemPtr &
     return cs ? seekProj(*cs, ignoreRect) : PairNone;
 }
 
-std::pair<QString, int> MapinfoCoordSystem::getHumanReadableTextWithEpsg(const CoordSystem &cs,
-                                                                         bool ignoreRect) const
+std::pair<QString, int> MapinfoCoordSystem::nameAndCode(const Position &position) const
 {
-    const Position position = seekProj(cs, ignoreRect);
     const CoordSystemParams *found = entry(position.first, position.second);
     return found ? std::make_pair(found->name(), found->epsg())
                  : std::make_pair(QString(), int(CoordSystem::EPSG_UNDEFINDED));
+}
+
+std::pair<QString, int> MapinfoCoordSystem::getHumanReadableTextWithEpsg(const CoordSystem &cs,
+                                                                         bool ignoreRect) const
+{
+    return nameAndCode(seekProj(cs, ignoreRect));
+}
+
+std::pair<QString, int> MapinfoCoordSystem::getHumanReadableTextWithEpsg(const CoordSystem &cs) const
+{
+    const LookUp lookUp(*this, cs);
+    const Position bounded = lookUp.first(false);
+    return nameAndCode(bounded != PairNone ? bounded : lookUp.first(true));
 }
 
 void MapinfoCoordSystem::clear()

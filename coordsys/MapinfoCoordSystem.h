@@ -87,6 +87,9 @@ public:
     Position seekProj(const CoordSystemPtr &cs, bool ignoreRect) const;
     /// Name and EPSG code of that entry; (null, EPSG_UNDEFINDED) when there is none.
     std::pair<QString, int> getHumanReadableTextWithEpsg(const CoordSystem &cs, bool ignoreRect) const;
+    /// The same for the first entry that equals the system with its bounds, else the first without them:
+    /// systems that differ by their bounds alone have names of their own.
+    std::pair<QString, int> getHumanReadableTextWithEpsg(const CoordSystem &cs) const;
 
     /// The owner of the catalogues that look-ups compare with; null for the active one. The owner sets it,
     /// and takes itself away before it goes. Start-up and shut-down only.
@@ -98,6 +101,9 @@ public:
     void clear();
 
 private:
+    class LookUp;
+
+    std::pair<QString, int> nameAndCode(const Position &position) const;
     const CoordSystemParams *entry(int category, int index) const;
     bool hasRecord(const Position &position, const TABProjInfo_t &record) const;
     const CoordSystemParams *firstWithParams(const QStringList &params) const;

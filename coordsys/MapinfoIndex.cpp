@@ -109,7 +109,7 @@ public:
     {}
 
     /// Throws std::exception for an entry that makes no system.
-    SystemFacts facts(const QStringList &params)
+    LookUpFacts facts(const QStringList &params)
     {
         TABProjInfo_t info;
         if (!readPlain(params, info))
@@ -203,9 +203,9 @@ private:
         return *m_driverUnits.insert(code, same ? row : nullptr);
     }
 
-    SystemFacts factsOf(const TABProjInfo_t &info)
+    LookUpFacts factsOf(const TABProjInfo_t &info)
     {
-        SystemFacts facts;
+        LookUpFacts facts;
         const int projection = info.nProjId;
         const int code = info.nUnitsId == unsetUnit ? int(LinearUnit::Meter) : info.nUnitsId;
         const DriverUnit *unit = driverUnit(code);
@@ -229,10 +229,12 @@ private:
         return facts;
     }
 
-    static void addPlane(SystemFacts &facts, const TABProjInfo_t &info, const DriverUnit *unit)
+    static void addPlane(LookUpFacts &facts, const TABProjInfo_t &info, const DriverUnit *unit)
     {
         const int count = paramForPrj(info.nProjId);
-        facts.centralMeridian = info.nProjId == longitudeLatitude ? 0.0 : info.adProjParams[0];
+        const double meridian = info.nProjId == longitudeLatitude ? 0.0 : info.adProjParams[0];
+        if (std::isfinite(meridian))
+            facts.centralMeridian = meridian;
         if (count < 4) {
             facts.falseOriginM = {0.0, 0.0};
             return;
@@ -266,7 +268,8 @@ QHash<QString, QString> termsOf(const QString &proj)
 
 using Terms = QHash<QString, QString>;
 
-/// A term's figure; \p absent without the term, nothing when it is no finite decimal number.
+/// A term's figure; \p absent without the term, nothing when it is no decimal number. One that is not finite
+/// is NaN, which differs from every known figure.
 std::optional<double> figure(const Terms &terms, const char *name, double absent)
 {
     const auto term = terms.constFind(QLatin1String(name));
@@ -274,10 +277,35 @@ std::optional<double> figure(const Terms &terms, const char *name, double absent
         return absent;
     bool isNumber = false;
     const double value = term->toDouble(&isNumber);
-    return isNumber && std::isfinite(value) ? std::make_optional(value) : std::nullopt;
+    if (!isNumber)
+        return std::nullopt;
+    return std::isfinite(value) ? value : std::numeric_limits<double>::quiet_NaN();
 }
 
-void addPlane(SystemFacts &facts, const Terms &terms)
+/// The terms of the texts that the engine writes for entries; "m" stands in a plan of an unknown unit.
+constexpr const char *entryTerms[] = {
+    "proj",  "zone",    "south",  "lat_0",  "lon_0",  "lat_1",   "lat_2",   "lat_ts",   "lonc",  "lon_1",
+    "lon_2", "alpha",   "gamma",  "k",      "k_0",    "x_0",     "y_0",     "h",        "R",     "a",
+    "b",     "rf",      "f",      "ellps",  "datum",  "pm",      "towgs84", "nadgrids", "units", "to_meter",
+    "axis",  "no_uoff", "no_off", "no_rot", "wktext", "no_defs", "m"};
+
+/// False for a text that no entry has. Texts make systems equal, and the engine writes those of entries with
+/// decimal numbers, with the zone of UTM, and without terms of its own making.
+bool isEntryText(const Terms &terms)
+{
+    const auto isKnown = [](const QString &name) {
+        return std::any_of(std::begin(entryTerms), std::end(entryTerms),
+                           [&name](const char *term) { return name == QLatin1String(term); });
+    };
+    const auto isFigure = [&terms](const char *name) { return figure(terms, name, 0.0).has_value(); };
+    const QString projection = terms.value(QStringLiteral("proj"));
+    const bool isUtm = projection == QLatin1String("utm");
+    return std::all_of(terms.keyBegin(), terms.keyEnd(), isKnown) && !projection.isEmpty() &&
+           (!isUtm || terms.contains(QStringLiteral("zone"))) && isFigure("zone") && isFigure("lon_0") &&
+           isFigure("x_0") && isFigure("y_0");
+}
+
+void addPlane(LookUpFacts &facts, const Terms &terms)
 {
     const QString projection = terms.value(QStringLiteral("proj"));
     const bool turned =
@@ -319,6 +347,13 @@ std::optional<std::array<double, 3>> shiftIn(const Terms &terms)
     return shift;
 }
 
+/// A CRS, which never equals the operations that entries are.
+bool isCrs(const CoordSystem &cs)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    return proj_is_crs(cs.PJ_Proj4()) != 0;
+}
+
 QString projTextOf(const CoordSystem &cs)
 {
     const QMutexLocker lock(globalProj4Mutex());
@@ -337,7 +372,7 @@ template <typename Ask> auto answerOf(Ask &&ask) -> std::optional<decltype(ask()
 
 } // namespace
 
-bool SystemFacts::mayEqual(const SystemFacts &other) const
+bool LookUpFacts::mayEqual(const LookUpFacts &other) const
 {
     if (datum > 0 && other.datum > 0 && datum != other.datum)
         return false;
@@ -386,7 +421,7 @@ MapinfoIndex::MapinfoIndex(const QList<CoordSystemParamsList> &categories)
     }
 }
 
-MapinfoIndex::DatumFigures MapinfoIndex::figuresOf(const SystemFacts &facts)
+MapinfoIndex::DatumFigures MapinfoIndex::figuresOf(const LookUpFacts &facts)
 {
     QString text = QStringLiteral("Earth Projection 1, %1").arg(facts.datum);
     if (isUserDatum(facts.datum))
@@ -408,9 +443,9 @@ MapinfoIndex::DatumFigures MapinfoIndex::figuresOf(const SystemFacts &facts)
     return figures;
 }
 
-bool MapinfoIndex::mayEqual(const SystemFacts &facts, const Row &row) const
+bool MapinfoIndex::mayEqual(const LookUpFacts &facts, const Row &row) const
 {
-    const SystemFacts &entry = row.facts;
+    const LookUpFacts &entry = row.facts;
     if (!facts.mayEqual(entry))
         return false;
     if (entry.datum <= 0 || entry.datum == webMercatorDatum || entry.datum == philippineDatum)
@@ -425,11 +460,11 @@ bool MapinfoIndex::mayEqual(const SystemFacts &facts, const Row &row) const
            compatible(facts.shiftM, known->shiftM, sameShift);
 }
 
-std::optional<SystemFacts> factsOf(const CoordSystem &cs)
+std::optional<LookUpFacts> factsOf(const CoordSystem &cs)
 {
-    if (!cs.PJ_Proj4())
+    if (!cs.PJ_Proj4() || isCrs(cs))
         return std::nullopt;
-    SystemFacts facts;
+    LookUpFacts facts;
     if (const auto unit = answerOf([&cs] { return cs.unit(); }))
         facts.unitCode = unit->unitCode(); // an unnamed unit is compared by its length
     if (cs.sourceType() == CoordSystem::Prj) {
@@ -440,9 +475,11 @@ std::optional<SystemFacts> factsOf(const CoordSystem &cs)
         facts.datum = record->nDatumId;
     }
     const QString proj = projTextOf(cs);
-    if (!proj.contains(QLatin1String("+proj=")) || proj.contains(QLatin1String("+proj=pipeline")))
+    if (proj.isEmpty())
         return facts;
     const Terms terms = termsOf(proj);
+    if (!isEntryText(terms))
+        return std::nullopt;
     addPlane(facts, terms);
     facts.shiftM = shiftIn(terms);
     if (!cs.isNonEarth() && !terms.contains(QStringLiteral("R_A")))

@@ -18,7 +18,7 @@ class CoordSystem;
 /// What the parameters of a catalogue entry, or the PROJ text of a system, tell before anything is built. A
 /// fact that is not known rules nothing out. Facts of an entry are only those that reach the engine from its
 /// text: the figures that a host's catalogue has for numbered datums and units do not.
-struct SystemFacts
+struct LookUpFacts
 {
     std::optional<int> unitCode;
     std::optional<double> semiMajorM;
@@ -30,7 +30,7 @@ struct SystemFacts
     int ellipsoid = 0;                           ///< MapInfo's number, of an entry with a datum of its own
 
     /// False only when two systems with these facts cannot be equal.
-    bool mayEqual(const SystemFacts &other) const;
+    bool mayEqual(const LookUpFacts &other) const;
 };
 
 /// Narrows a search by equality to the entries that can still be equal, in file order. Entries with the same
@@ -41,7 +41,7 @@ public:
     using Position = std::pair<int, int>;
     struct Row
     {
-        SystemFacts facts;
+        LookUpFacts facts;
         Position position;
     };
 
@@ -49,7 +49,7 @@ public:
     const std::vector<Row> &rows() const { return m_rows; }
     /// False only when a system with these facts cannot be equal to the row's. Asks the engine for the
     /// figures of the row's datum, once each.
-    bool mayEqual(const SystemFacts &facts, const Row &row) const;
+    bool mayEqual(const LookUpFacts &facts, const Row &row) const;
 
 private:
     struct DatumFigures
@@ -57,15 +57,15 @@ private:
         std::optional<double> semiMajorM;
         std::optional<std::array<double, 3>> shiftM;
     };
-    static DatumFigures figuresOf(const SystemFacts &facts);
+    static DatumFigures figuresOf(const LookUpFacts &facts);
 
     std::vector<Row> m_rows;
     mutable QMutex m_lock;                                      ///< guards m_figures
     mutable QHash<std::pair<int, int>, DatumFigures> m_figures; ///< by datum and ellipsoid
 };
 
-/// The facts of a system; nothing when it has no PROJ object, since every entry has one, or a source text
-/// that does not parse, which is equal to nothing.
-std::optional<SystemFacts> factsOf(const CoordSystem &cs);
+/// The facts of a system; nothing when it equals no entry: without a PROJ object, with one or a text that the
+/// engine makes of no entry, or with a source text that does not parse.
+std::optional<LookUpFacts> factsOf(const CoordSystem &cs);
 
 } // namespace nivora::cs

@@ -50,12 +50,19 @@ PjHandle create(const QString &text)
     return ownPj(proj_create(globalProjContext(), text.toUtf8().constData()));
 }
 
+/// PROJ takes "EPSG:102100" for ESRI's number.
+bool isOf(const QString &auth, const PJ *pj)
+{
+    const QString owner = QString::fromUtf8(proj_get_id_auth_name(pj, 0));
+    return owner.compare(auth, Qt::CaseInsensitive) == 0;
+}
+
 /// The object for a code; \p question is the message of the exception when there is none. Needs the PROJ
 /// lock.
 PjHandle createKnown(int code, const QString &auth, const QString &question)
 {
     PjHandle pj = create(objectName(code, auth));
-    if (!pj)
+    if (!pj || !isOf(auth, pj.get()))
         throw ProjException(question);
     return pj;
 }

@@ -32,7 +32,7 @@ public:
     /// From the name of an area of use to the systems used there.
     using ProjectionCatalog = QMap<QString, QList<ProjectionInfo>>;
 
-    /// Each of these throws ProjException for an unknown code.
+    /// Each of these throws ProjException for a code that the authority does not have.
     QString nameCrs(int code, const QString &auth) const;
     /// PROJ text; that of a projected system lacks "+type=crs" (a blank stays), others keep it.
     QString projStringForCrs(int code, const QString &auth) const;

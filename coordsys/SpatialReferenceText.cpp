@@ -38,6 +38,10 @@ constexpr std::uint8_t nonEarth = 0;
 constexpr std::uint8_t longitudeLatitude = 1;
 constexpr std::uint8_t hotine = 7; // always with a rectified grid angle of 90
 constexpr std::uint8_t mercator = 10;
+constexpr std::uint8_t equirectangular = 33;
+/// Those that have a place for a scale, or two parallels in its stead. The driver reads the others, Krovak
+/// too, with one of 1.
+constexpr std::uint8_t scaled[] = {3, hotine, 8, 19, 20, 21, 22, 23, 24, 31, 34, 35};
 
 /// Shift to WGS 84 in MapInfo's order and signs: dx, dy, dz (m), rx, ry, rz (arc-seconds), scale (ppm).
 using Shift = std::array<double, 7>;
@@ -52,6 +56,10 @@ struct Exported
     double linearFactor = 1.0; ///< metres per unit of the plane
     bool falseOrigin = false;
     bool turnedGrid = false; ///< oblique Mercator with a rectified grid angle other than 90
+    bool turnedAxes = false; ///< x or y run to the west or south, as no record has it
+    double scale = 1.0;
+    double parallel = 0.0;    ///< the first standard one, degrees
+    bool otherRadius = false; ///< a sphere that follows from the ellipsoid, as only PROJ text says it
     bool webMercator = false;
     bool hasEllipsoid = false;
     QString ellipsoid; ///< its name
@@ -108,6 +116,25 @@ double projParameter(OGRSpatialReferenceH srs, const char *name, double absent)
     return OSRGetProjParm(srs, name, absent, &code);
 }
 
+/// "+R_V", "+R_lat_a=30"; "+R_A" is left aside wherever a plane is made from PROJ text.
+bool hasOtherRadius(OGRSpatialReferenceH srs)
+{
+    static const QRegularExpression term(QStringLiteral("\\+R_(?!A(\\s|$))\\w"));
+    const char *const text = OSRGetAttrValue(srs, "EXTENSION", 1); // behind the name "PROJ4"
+    return text && term.match(QString::fromUtf8(text)).hasMatch();
+}
+
+/// Around a pole both axes run north, or both south, and the plane is a map's all the same.
+bool hasTurnedAxes(OGRSpatialReferenceH srs)
+{
+    OGRAxisOrientation first = OAO_Other;
+    OGRAxisOrientation second = OAO_Other;
+    if (!OSRIsProjected(srs) || !OSRGetAxis(srs, nullptr, 0, &first) || !OSRGetAxis(srs, nullptr, 1, &second))
+        return false;
+    const auto either = [first, second](OGRAxisOrientation way) { return first == way || second == way; };
+    return either(OAO_West) || (either(OAO_South) && first != second);
+}
+
 Exported exportedFrom(OGRSpatialReferenceH srs)
 {
     const QMutexLocker lock(globalProj4Mutex());
@@ -120,6 +147,10 @@ Exported exportedFrom(OGRSpatialReferenceH srs)
     out.falseOrigin = projParameter(srs, SRS_PP_FALSE_EASTING, 0.0) != 0.0 ||
                       projParameter(srs, SRS_PP_FALSE_NORTHING, 0.0) != 0.0;
     out.turnedGrid = projParameter(srs, SRS_PP_RECTIFIED_GRID_ANGLE, 90.0) != 90.0;
+    out.turnedAxes = hasTurnedAxes(srs);
+    out.otherRadius = hasOtherRadius(srs);
+    out.scale = projParameter(srs, SRS_PP_SCALE_FACTOR, 1.0);
+    out.parallel = projParameter(srs, SRS_PP_STANDARD_PARALLEL_1, 0.0);
     OGRErr noMajor = OGRERR_NONE;
     OGRErr noMinor = OGRERR_NONE;
     out.semiMajorM = OSRGetSemiMajor(srs, &noMajor);
@@ -339,9 +370,10 @@ bool isPlaneLost(const TABProjInfo_t &info, const Exported &exported)
 {
     if (info.nProjId == nonEarth)
         return !exported.local;
-    if (info.nProjId == hotine && exported.turnedGrid)
-        return true;
-    return exported.falseOrigin && paramForPrj(info.nProjId) < 4;
+    const bool hasScale = std::find(std::begin(scaled), std::end(scaled), info.nProjId) != std::end(scaled);
+    return (info.nProjId == hotine && exported.turnedGrid) || (!hasScale && exported.scale != 1.0) ||
+           (info.nProjId == equirectangular && exported.parallel != 0.0) || exported.turnedAxes ||
+           exported.otherRadius || (exported.falseOrigin && paramForPrj(info.nProjId) < 4);
 }
 
 /// Mends the record of what GDAL wrote. True when its text must be written anew.

@@ -1,6 +1,7 @@
 #include <coordsys/SystemIdentity_p.h>
 
 #include <coordsys/CrsComparison_p.h>
+#include <coordsys/LeanStep_p.h>
 #include <coordsys/OsrHandle_p.h>
 
 #include <proj_experimental.h>
@@ -49,6 +50,12 @@ QString givenName(const PJ *root)
     return open ? QString() : name;
 }
 
+PjHandle registeredCrs(int code)
+{
+    return ownPj(proj_create_from_database(globalProjContext(), "EPSG", QByteArray::number(code).constData(),
+                                           PJ_CATEGORY_CRS, false, nullptr));
+}
+
 /// PROJ 9.1 takes the database's system of a geographic one's code for geographic unseen, and crashes in the
 /// search of a shift when a text gives it the code of a geocentric one. Such a text contradicts itself: its
 /// code counts.
@@ -58,16 +65,8 @@ bool statesGeocentricCode(const PJ *crs)
     const auto code = geographic ? codeOf(geographic.get(), QLatin1String("EPSG")) : std::nullopt;
     if (!code)
         return false;
-    const PjHandle registered = ownPj(proj_create_from_database(
-        globalProjContext(), "EPSG", QByteArray::number(*code).constData(), PJ_CATEGORY_CRS, false, nullptr));
+    const PjHandle registered = registeredCrs(*code);
     return registered && proj_get_type(registered.get()) == PJ_TYPE_GEOCENTRIC_CRS;
-}
-
-/// PROJ reads "EPSG:102100" too, a number of ESRI's.
-bool isOfEpsg(int code)
-{
-    return ownPj(proj_create_from_database(globalProjContext(), "EPSG", QByteArray::number(code).constData(),
-                                           PJ_CATEGORY_CRS, 0, nullptr)) != nullptr;
 }
 
 /// PROJ looks a system without a code up by its name (3 ms) before it makes an operation; the name says
@@ -89,15 +88,23 @@ SystemIdentityPtr SystemIdentity::from(const QString &definition)
     return root ? SystemIdentityPtr(new SystemIdentity(definition, std::move(root))) : nullptr;
 }
 
+SystemIdentityPtr SystemIdentity::ofCode(int epsg)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    PjHandle root = registeredCrs(epsg);
+    const QString definition = QStringLiteral("EPSG:%1").arg(epsg);
+    return root ? SystemIdentityPtr(new SystemIdentity(definition, std::move(root))) : nullptr;
+}
+
 SystemIdentityPtr SystemIdentity::of(const CoordSystemTypes::SourceData &source, void *srs)
 {
     switch (source.type) {
     case CoordSystemTypes::Epsg:
-        return from(QStringLiteral("EPSG:%1").arg(source.string));
+        return ofCode(source.string.toInt());
     case CoordSystemTypes::Wkt:
         return from(source.string);
     case CoordSystemTypes::Proj4:
-        return from(fixedProjString(source.string, true) + QStringLiteral(" +type=crs"));
+        return from(fixedProjString(source.string.trimmed(), true) + QStringLiteral(" +type=crs"));
     default: {
         const QMutexLocker lock(globalProj4Mutex());
         return from(osrToWkt2(srs));
@@ -127,11 +134,23 @@ int SystemIdentity::ownCode() const
     if (m_statedCode <= 0)
         return CoordSystemTypes::EPSG_UNDEFINDED;
     const QMutexLocker lock(globalProj4Mutex());
-    const SystemIdentityPtr registered = from(QStringLiteral("EPSG:%1").arg(m_statedCode));
-    const bool same = registered && registered->hasPlane() &&
-                      isRegisteredSystem(globalProjContext(), m_crs.get(), registered->crs()) &&
-                      isOfEpsg(m_statedCode);
-    return same ? m_statedCode : CoordSystemTypes::EPSG_UNDEFINDED;
+    if (!m_isOwnCode) {
+        const SystemIdentityPtr registered = ofCode(m_statedCode);
+        m_isOwnCode = registered && registered->hasPlane() &&
+                      isRegisteredSystem(globalProjContext(), m_crs.get(), registered->crs());
+    }
+    return *m_isOwnCode ? m_statedCode : CoordSystemTypes::EPSG_UNDEFINDED;
+}
+
+SystemIdentityPtr SystemIdentity::withoutForeignCode() const
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const PjHandle plain = m_crs ? unbound(globalProjContext(), m_crs.get()) : nullptr;
+    const auto stated = plain ? codeOf(plain.get(), QLatin1String("EPSG")) : std::nullopt;
+    if (!stated || ownCode() == *stated || !registeredCrs(*stated))
+        return nullptr;
+    const PjHandle bare = withoutCode(globalProjContext(), m_crs.get());
+    return bare ? from(wkt2Of(globalProjContext(), bare.get())) : nullptr;
 }
 
 int SystemIdentity::partCode() const
@@ -183,11 +202,11 @@ std::shared_ptr<const EngineStep> SystemIdentity::plane() const
         return nullptr;
     if (PJ *normalized = proj_normalize_for_visualization(context, pj.get()))
         pj = ownPj(normalized);
-    auto step = std::make_shared<EngineStep>(std::move(pj));
+    EngineStep step(std::move(pj));
     EngineEnd lonLat = endOf(base.get());
     lonLat.meridianDeg = meridianDeg(context, base.get());
-    step->setEnds(lonLat, endOf(target.get()));
-    return step;
+    step.setEnds(lonLat, endOf(target.get()));
+    return std::make_shared<const EngineStep>(withoutDegreeSteps(step));
 }
 
 bool SystemIdentity::converts(const EngineStep &step) const

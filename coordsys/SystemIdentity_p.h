@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 namespace nivora::cs {
 
@@ -22,6 +23,8 @@ public:
     /// From a text that PROJ reads as a CRS: "EPSG:4326", WKT, PROJ text with "+type=crs". Null when it is
     /// none.
     static SystemIdentityPtr from(const QString &definition);
+    /// The database's system of an EPSG code; null when it has none. PROJ reads numbers of ESRI's as EPSG's.
+    static SystemIdentityPtr ofCode(int epsg);
     /// From what a system was made of; by its spatial reference where the source is no text for PROJ.
     static SystemIdentityPtr of(const CoordSystemTypes::SourceData &source, void *srs);
 
@@ -37,6 +40,8 @@ public:
     /// The EPSG code at the root of the text when the database's system of that code is this one, else
     /// EPSG_UNDEFINDED. An ESRI code counts by its number.
     int ownCode() const;
+    /// The system under no code when its text states one of another EPSG system; else null.
+    SystemIdentityPtr withoutForeignCode() const;
     /// The EPSG code of the horizontal part alone.
     int partCode() const;
     /// True when both axes run as a map's do, one to the east and one to the north.
@@ -69,6 +74,7 @@ private:
     CrsKind m_kind = CrsKind::Other;
     bool m_flattened = false;
     int m_statedCode = CoordSystemTypes::EPSG_UNDEFINDED; ///< as the text has it
+    mutable std::optional<bool> m_isOwnCode;              ///< under the PROJ lock
     PjHandle m_crs;
 };
 

@@ -74,15 +74,15 @@ private:
     int m_saved;
 };
 
-void transformAll(const TransformQueue &queue, int direction, double time, PJ_COORD *points, int count)
+void transformAll(const Mesh &mesh, PJ_COORD *points, int count)
 {
-    const OrderedSteps steps(queue, direction);
+    const OrderedSteps steps(mesh.queue, mesh.direction);
     const PointSpan span = spanOf(points, static_cast<std::size_t>(count));
     const QMutexLocker lock(globalProj4Mutex());
-    const ErrnoKeeper keeper(queue.first.pj.get());
-    transformSpan(*steps.first, direction, span, time);
+    const ErrnoKeeper keeper(mesh.queue.first.pj.get());
+    transformSpan(*steps.first, mesh.direction, span, mesh.time);
     if (steps.second)
-        transformSpan(*steps.second, direction, span, time);
+        transformSpan(*steps.second, mesh.direction, span, mesh.time);
 }
 
 } // namespace
@@ -155,28 +155,20 @@ std::unique_ptr<PJ_COORD[]> fillPointsMesh(int addPoints, int &count, const QRec
     return points;
 }
 
-bool TransformInternalMesh::transform(const QVector<QPointF> &in, QVector<QPointF> &out)
+bool meshBounds(const Mesh &mesh, QVector<QPointF> &corners)
 {
-    if (in.size() != 4) {
-        LOG_ERROR(QObject::tr("Неверное количество точек: %1").arg(in.size()));
-        return false;
-    }
-    const QRectF rect = coordsArrayToRect({in[0].x(), in[1].x(), in[2].x(), in[3].x()},
-                                          {in[0].y(), in[1].y(), in[2].y(), in[3].y()});
-    if (queue && rect.width() == 0.0 && rect.height() == 0.0) {
-        PJ_COORD single = projPoint(rect.x(), rect.y());
-        transformAll(*queue, direction, time, &single, 1);
-        return !isIncorrect(single);
-    }
-    QRectF bounds = source->rectWithoutSearch();
-    if (source->isLatLong()) {
+    const QRectF rect = coordsArrayToRect({corners[0].x(), corners[1].x(), corners[2].x(), corners[3].x()},
+                                          {corners[0].y(), corners[1].y(), corners[2].y(), corners[3].y()});
+    if (rect.width() == 0.0 && rect.height() == 0.0)
+        return false; // an affine transformation left nothing of it
+    QRectF bounds = mesh.source.rectWithoutSearch();
+    if (mesh.source.isLatLong()) {
         bounds.setTop(-nearlyPole);
         bounds.setBottom(nearlyPole);
     }
     int count = 0;
-    const std::unique_ptr<PJ_COORD[]> points = fillPointsMesh(m_intervals, count, rect, bounds);
-    if (queue)
-        transformAll(*queue, direction, time, points.get(), count);
+    const std::unique_ptr<PJ_COORD[]> points = fillPointsMesh(mesh.intervals, count, rect, bounds);
+    transformAll(mesh, points.get(), count);
 
     Extent extent;
     std::for_each(points.get(), points.get() + count, [&extent](const PJ_COORD &c) { extent.add(c); });
@@ -184,10 +176,10 @@ bool TransformInternalMesh::transform(const QVector<QPointF> &in, QVector<QPoint
         logTransformError(QObject::tr("Ошибка преобразования. Возможно, выходит за пределы КС."));
         return false;
     }
-    out = {{extent.minX, extent.minY},
-           {extent.maxX, extent.minY},
-           {extent.maxX, extent.maxY},
-           {extent.minX, extent.maxY}};
+    corners = {{extent.minX, extent.minY},
+               {extent.maxX, extent.minY},
+               {extent.maxX, extent.maxY},
+               {extent.minX, extent.maxY}};
     LOG_TRACE(
         QObject::tr("Результирующий прямоугольник: (%1 %2) (%3 %4)")
             .arg(toString(extent.minX), toString(extent.minY), toString(extent.maxX), toString(extent.maxY)));

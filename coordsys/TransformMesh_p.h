@@ -9,25 +9,25 @@
 
 namespace nivora::cs {
 
-/// A rectangle, given by its corners, as the bounding rectangle of the images of a mesh of points; gives four
-/// corners. Points that fail are left out. The PROJ lock is held for the whole mesh.
-class TransformInternalMesh : public TransformInternalBase
+/// How a mesh goes through the engine. Made on the stack for one call.
+struct Mesh
 {
-public:
-    explicit TransformInternalMesh(int intervals)
-        : m_intervals(intervals)
-    {}
-    bool transform(const QVector<QPointF> &in, QVector<QPointF> &out) override;
-
-private:
-    int m_intervals;
+    const CoordSystem &source; ///< of this direction: where the points come from
+    const TransformQueue &queue;
+    int direction;
+    double time;   ///< the coordinates' epoch in decimal years, HUGE_VAL for none
+    int intervals; ///< along the width
 };
 
+/// The four corners of a rectangle in the source's projection plane become those of the bounding rectangle
+/// of the images of a mesh of points. Points that fail are left out. The PROJ lock is held for the whole
+/// mesh. False when nothing could be transformed or the result has no extent.
+bool meshBounds(const Mesh &mesh, QVector<QPointF> &corners);
+
 /// The mesh over \p rect with \p addPoints intervals along its width, and lines where the bounds of the
-/// system
-/// (\p csRect, empty for none) cross it; \p count receives the number of points. Where extra columns and
-/// extra rows would cross, the array holds (0, 0) instead: such points take part in the result, and callers
-/// have measured against that. Throws std::bad_array_new_length for more than 2^26 points.
+/// system (\p csRect, empty for none) cross it; \p count receives the number of points. Where extra columns
+/// and extra rows would cross, the array holds (0, 0) instead: such points take part in the result, and
+/// callers have measured against that. Throws std::bad_array_new_length for more than 2^26 points.
 NIVORA_CS_EXPORT std::unique_ptr<PJ_COORD[]> fillPointsMesh(int addPoints, int &count, const QRectF &rect,
                                                             const QRectF &csRect);
 /// The bounds c and d that lie strictly between a and b, d first.

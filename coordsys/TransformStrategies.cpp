@@ -6,7 +6,6 @@
 #include <QObject>
 
 #include <algorithm>
-#include <utility>
 
 namespace nivora::cs {
 namespace {
@@ -29,21 +28,10 @@ void reportIncorrect(const QPointF *points, std::size_t count)
 
 } // namespace
 
-OrderedSteps::OrderedSteps(const TransformQueue &queue, int way)
-    : first(&queue.first)
-    , second(queue.second ? &queue.second : nullptr)
-    , direction(way)
-{
-    if (second && direction != PJ_FWD)
-        std::swap(first, second);
-}
-
-bool transformPoints(const TransformQueue *queue, int direction, QPointF *points, std::size_t count,
+bool transformPoints(const TransformQueue &queue, int direction, QPointF *points, std::size_t count,
                      double time)
 {
-    if (!queue)
-        return std::all_of(points, points + count, isFinite);
-    const OrderedSteps steps(*queue, direction);
+    const OrderedSteps steps(queue, direction);
     const QMutexLocker lock(globalProj4Mutex());
     if (transformPoints(*steps.first, direction, points, count, time) &&
         (!steps.second || transformPoints(*steps.second, direction, points, count, time)))
@@ -53,13 +41,16 @@ bool transformPoints(const TransformQueue *queue, int direction, QPointF *points
     return false;
 }
 
-bool TransformInternalCommon::transform(const QVector<QPointF> &in, QVector<QPointF> &out)
+bool transformPoint(const TransformQueue &queue, int direction, QPointF &point, double time)
 {
-    QVector<QPointF> result = in;
-    if (!transformPoints(queue, direction, result.data(), static_cast<std::size_t>(result.size()), time))
-        return false;
-    out = result;
-    return true;
+    const OrderedSteps steps(queue, direction);
+    const QMutexLocker lock(globalProj4Mutex());
+    if (transformPoint(*steps.first, direction, point, time) &&
+        (!steps.second || transformPoint(*steps.second, direction, point, time)))
+        return true;
+    reportFailure(direction);
+    reportIncorrect(&point, 1);
+    return false;
 }
 
 } // namespace nivora::cs

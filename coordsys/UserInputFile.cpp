@@ -24,8 +24,6 @@ namespace {
 constexpr qint64 largestText = 1024 * 1024;
 /// A .mif file holds its data behind the header; a CoordSys clause stands within so much.
 constexpr qint64 headerBytes = 64 * 1024;
-constexpr qint64 headerOfMap = 1024;
-constexpr int fullUserDatum = 9999;
 
 [[noreturn]] void refuse(const QString &path, const QString &reason)
 {

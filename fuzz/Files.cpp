@@ -15,6 +15,7 @@
 #include <MapInfoFiles.h>
 
 #include <QBuffer>
+#include <QFileInfo>
 
 #include <cstring>
 #include <type_traits>

@@ -1302,6 +1302,14 @@ Examples:
 </translation>
     </message>
     <message>
+        <source>%1 does not say its coordinate system: it is written as a plan in metres</source>
+        <translation>%1 не сообщает систему координат: записывается как план в метрах</translation>
+    </message>
+    <message>
+        <source>%1 holds one layer: of %2 only the first, &quot;%3&quot;, is written</source>
+        <translation>%1 хранит один слой: из %2 записывается только первый, «%3»</translation>
+    </message>
+    <message>
         <source>--%1 needs a value</source>
         <translation>параметру --%1 нужно значение</translation>
     </message>

@@ -386,10 +386,6 @@
         <translation>the affine transformation would be lost</translation>
     </message>
     <message>
-        <source>Неверное количество точек: %1</source>
-        <translation>Wrong count of points: %1</translation>
-    </message>
-    <message>
         <source>Ошибка преобразования. Возможно, выходит за пределы КС.</source>
         <translation>Transformation failed. The coordinates may lie outside of the coordinate system.</translation>
     </message>

@@ -35,7 +35,7 @@ constexpr Qt::Key listKeys[] = {Qt::Key_Up, Qt::Key_Down, Qt::Key_PageUp, Qt::Ke
 
 bool isEnter(int key) { return key == Qt::Key_Return || key == Qt::Key_Enter; }
 
-void setCode(int epsg, SystemFacts &facts)
+void setCode(int epsg, ShownFacts &facts)
 {
     if (epsg != CoordSystemTypes::EPSG_UNDEFINDED)
         facts.code = QStringLiteral("EPSG:%1").arg(epsg);
@@ -50,7 +50,7 @@ public:
     struct Choice
     {
         CoordSystemPtr system;
-        SystemFacts facts;
+        ShownFacts facts;
         QString refusal; ///< of a text that found nothing, either
     };
 

@@ -105,7 +105,8 @@ void PickerLayout::setUpLists()
     message->setAlignment(Qt::AlignCenter);
     message->setWordWrap(true);
     message->setMargin(24);
-    message->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    message->setFrameShape(QFrame::StyledPanel);
+    message->setFrameShadow(QFrame::Sunken);
     message->setBackgroundRole(QPalette::Base);
     message->setAutoFillBackground(true);
     message->setTextInteractionFlags(Qt::TextBrowserInteraction);

@@ -20,7 +20,7 @@ class PickerLayout
 public:
     enum PlaceKind { Everywhere, InView, AtPoint };
 
-    PickerLayout(QWidget *owner, QAbstractItemModel &tree, QAbstractItemModel &results);
+    PickerLayout(QWidget *owner, QAbstractItemModel &treeModel, QAbstractItemModel &resultModel);
 
     /// Takes the place of the lists.
     void showMessage(const QString &html);

@@ -102,7 +102,7 @@ QString shortened(const QString &text)
                                : text.left(most).section(QLatin1Char(' '), 0, -2) + QStringLiteral(" â€¦");
 }
 
-QString areaOf(const SystemFacts &facts)
+QString areaOf(const ShownFacts &facts)
 {
     QStringList lines{facts.area.isNull() ? QString() : areaText(facts.area), shortened(facts.areaName)};
     lines.removeAll(QString());
@@ -113,7 +113,7 @@ QString orDash(const QString &text) { return text.isEmpty() ? QStringLiteral("â€
 
 } // namespace
 
-void addFacts(const CoordSystemPtr &cs, SystemFacts &facts)
+void addFacts(const CoordSystemPtr &cs, ShownFacts &facts)
 {
     const SystemInfo info = systemInfo(*cs);
     setIfEmpty(facts.name, info.name);
@@ -169,7 +169,7 @@ SystemDetails::SystemDetails(QWidget *parent)
     show({});
 }
 
-void SystemDetails::show(const SystemFacts &facts)
+void SystemDetails::show(const ShownFacts &facts)
 {
     m_name->setText(orDash(facts.name));
     m_code->setText(orDash(facts.code));

@@ -12,7 +12,7 @@ class QPlainTextEdit;
 namespace nivora::cs {
 
 /// What is known of a system in words; empty texts are unknown.
-struct SystemFacts
+struct ShownFacts
 {
     QString name;
     QString code; ///< "EPSG:32637"
@@ -27,7 +27,7 @@ struct SystemFacts
 
 /// What the system itself knows. Facts that are there already stay; what cannot be told says why. Some
 /// milliseconds, up to 0.2 s for a system whose code has to be searched for. Never throws.
-void addFacts(const CoordSystemPtr &cs, SystemFacts &facts);
+void addFacts(const CoordSystemPtr &cs, ShownFacts &facts);
 
 /// The facts as a form whose texts can be selected and read out.
 class SystemDetails : public QWidget
@@ -35,7 +35,7 @@ class SystemDetails : public QWidget
     Q_OBJECT
 public:
     explicit SystemDetails(QWidget *parent = nullptr);
-    void show(const SystemFacts &facts);
+    void show(const ShownFacts &facts);
 
 private:
     QLabel *m_name;

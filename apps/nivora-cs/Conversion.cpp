@@ -61,14 +61,16 @@ QRectF tableBounds(OGRLayerH source, const GeometryChange &change, const OutputL
     const QRectF bounds = layer.mapInfo->bounds;
     if (layer.system->isRectSet() || OGR_L_GetExtent(source, &extent, TRUE) != OGRERR_NONE)
         return bounds;
-    const double margin = 1e-3 * std::hypot(extent.MaxX - extent.MinX, extent.MaxY - extent.MinY) + 1e-6;
+    const bool isPlan = layer.system->isNonEarth();
+    const double size = std::hypot(extent.MaxX - extent.MinX, extent.MaxY - extent.MinY);
+    const double margin = isPlan ? size + 1.0 : 1e-3 * size + 1e-6;
     const QRectF data = QRectF(QPointF(extent.MinX, extent.MinY), QPointF(extent.MaxX, extent.MaxY))
                             .adjusted(-margin, -margin, margin, margin);
     QRectF image = data;
     if (change.transform &&
         !change.transform->transform().forwardMesh(data, image, CoordTransform::DefaultAddPointsMesh))
         return bounds;
-    return bounds.united(image);
+    return isPlan ? image : bounds.united(image); // of a plan they are a guess, far too wide for its steps
 }
 
 /// The driver's words for what it changed: "… couldn't be converted correctly from UTF-8 to CP1251", "Value …
@@ -126,6 +128,15 @@ CoordSystemPtr Conversion::carriable(const CoordSystemPtr &target)
     return withoutAffine(target);
 }
 
+/// MapInfo's files always have a system: longitude and latitude where nothing is said.
+CoordSystemPtr Conversion::plan()
+{
+    const QString note =
+        QObject::tr("%1 does not say its coordinate system: it is written as a plan in metres");
+    m_notes << note.arg(m_in);
+    return m_session.factory().createFromPrj(QStringLiteral("CoordSys NonEarth Units \"m\""));
+}
+
 void Conversion::settle(OGRLayerH source, OutputLayer &layer, GeometryChange &change)
 {
     const CoordSystemPtr from = sourceSystem(source);
@@ -135,8 +146,10 @@ void Conversion::settle(OGRLayerH source, OutputLayer &layer, GeometryChange &ch
         change.transform.emplace(CoordTransform(from, layer.system));
     if (change.transform && m_mostBendM > 0.0)
         change.splitter.emplace(*change.transform, *withoutAffine(layer.system), m_mostBendM);
-    if (!layer.system || !m_format.isMapInfo())
+    if (!m_format.isMapInfo() || OGR_L_GetGeomType(source) == wkbNone)
         return;
+    if (!layer.system)
+        layer.system = plan();
     layer.mapInfo = mapInfoTarget(*layer.system);
     if (m_format.isTable())
         layer.bounds = change.limits = tableBounds(source, change, layer);
@@ -207,9 +220,21 @@ void Conversion::tell() const
                           QString::number(m_rejected.count() + m_features), rejectedName(m_out)));
 }
 
-int Conversion::run()
+/// A driver may write further layers into files of other names, which nobody asked for.
+int Conversion::convertibleLayers()
 {
     const int layers = GDALDatasetGetLayerCount(m_source.get());
+    if (layers < 2 || m_format.holdsManyLayers())
+        return layers;
+    m_losses.add(QObject::tr("%1 holds one layer: of %2 only the first, \"%3\", is written")
+                     .arg(m_format.name(), QString::number(layers),
+                          QString::fromUtf8(OGR_L_GetName(GDALDatasetGetLayer(m_source.get(), 0)))));
+    return 1;
+}
+
+int Conversion::run()
+{
+    const int layers = convertibleLayers();
     for (int i = 0; i < layers; ++i)
         convertLayer(i);
     if (!m_target)

@@ -24,6 +24,8 @@ private:
     nivora::cs::CoordSystemPtr sourceSystem(OGRLayerH layer) const;
     nivora::cs::CoordSystemPtr withoutAffine(const nivora::cs::CoordSystemPtr &system) const;
     nivora::cs::CoordSystemPtr carriable(const nivora::cs::CoordSystemPtr &target);
+    nivora::cs::CoordSystemPtr plan();
+    int convertibleLayers();
     void settle(OGRLayerH source, OutputLayer &layer, GeometryChange &change);
     void openTarget(const OutputLayer &first);
     void closeTarget();

@@ -38,6 +38,8 @@ void FeatureBatch::add(Feature source)
 {
     const GIntBig fid = OGR_F_GetFID(source.get());
     Geometry geometry(OGR_F_StealGeometry(source.get()));
+    if (geometry) // some drivers would rather write the source's than the layer's
+        OGR_G_AssignSpatialReference(geometry.get(), nullptr);
     m_items.push_back({fid, std::move(source), std::move(geometry), QPointF(NAN, NAN), std::nullopt});
     const int firstVertex = m_in.size();
     if (OGRGeometryH stolen = m_items.back().geometry.get())

@@ -90,9 +90,12 @@ Dataset openForReading(const QString &path, const GdalMessages &messages)
 GDALDriverH driverForWriting(const QString &path, const QString &format)
 {
     const QString extension = QFileInfo(path).suffix();
+    // The other driver of this extension comes first and takes a time that grows with the square of the size.
+    const bool isKml = format.isEmpty() && extension.compare(QLatin1String("kml"), Qt::CaseInsensitive) == 0;
+    const QString name = isKml ? QStringLiteral("KML") : format;
     GDALDriverH driver = firstDriver([&](GDALDriverH candidate) {
-        return format.isEmpty() ? extensionsOf(candidate).contains(extension, Qt::CaseInsensitive)
-                                : driverName(candidate).compare(format, Qt::CaseInsensitive) == 0;
+        return name.isEmpty() ? extensionsOf(candidate).contains(extension, Qt::CaseInsensitive)
+                              : driverName(candidate).compare(name, Qt::CaseInsensitive) == 0;
     });
     if (driver)
         return driver;

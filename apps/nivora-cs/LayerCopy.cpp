@@ -187,6 +187,7 @@ bool LayerCopy::write(FeatureBatch::Item &item)
 
 void LayerCopy::run(const Rejected &rejected, const std::function<void(GIntBig)> &advanced)
 {
+    OGR_L_GetLayerDefn(m_job.source); // drivers make it on first call, which is not to happen in two threads
     FeatureReader reader(m_job.source, m_job.change);
     while (const std::unique_ptr<FeatureBatch> batch = reader.next()) {
         takeSamples(batch->vertices());

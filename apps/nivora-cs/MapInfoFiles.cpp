@@ -7,9 +7,9 @@
 #include <QFileInfo>
 #include <QObject>
 #include <QRegularExpression>
-#include <QSaveFile>
 
 #include <algorithm>
+#include <cstdio>
 
 namespace {
 
@@ -82,10 +82,15 @@ void openOrFail(QFile &file)
         throw Failure(QObject::tr("cannot read %1: %2").arg(file.fileName(), file.errorString()));
 }
 
-void copyRest(QFile &from, QSaveFile &to)
+/// False when not all of it could be written.
+bool copyRest(QFile &from, QFile &to)
 {
-    while (!from.atEnd())
-        to.write(from.read(chunk));
+    while (!from.atEnd()) {
+        const QByteArray bytes = from.read(chunk);
+        if (bytes.isEmpty() || to.write(bytes) != bytes.size())
+            return false;
+    }
+    return to.flush();
 }
 
 } // namespace
@@ -105,15 +110,17 @@ void replaceCoordSysOfMif(const QString &path, const QString &clause)
     openOrFail(file);
     const ClausePlace place = findClause(file);
     const bool hasKeyword = clause.startsWith(QLatin1String("CoordSys"), Qt::CaseInsensitive);
-    QSaveFile result(path);
+    QFile result(path + QStringLiteral(".new")); // no QSaveFile, which waits for the disk
     result.open(QIODevice::WriteOnly);
     file.seek(0);
     result.write(file.read(place.begin));
     result.write((hasKeyword ? QString() : QStringLiteral("CoordSys ")).toLatin1() + clause.toLatin1() +
                  '\n');
     file.seek(place.end);
-    copyRest(file, result);
-    if (!result.commit())
+    const bool replaced =
+        copyRest(file, result) && std::rename(QFile::encodeName(result.fileName()).constData(),
+                                              QFile::encodeName(path).constData()) == 0;
+    if (!replaced)
         throw Failure(QObject::tr("cannot write %1: %2").arg(path, result.errorString()));
 }
 

@@ -2,10 +2,10 @@
 
 #include "MapInfoFiles.h"
 
-#include <QFile>
-
 #include <cpl_string.h>
 #include <ogr_srs_api.h>
+
+#include <QFile>
 
 namespace {
 
@@ -61,9 +61,9 @@ OutputFormat::OutputFormat(const QString &path, const QString &name, const QStri
     , m_encoding(m_isMapInfo ? encodingLike(source) : QByteArray())
 {}
 
-bool OutputFormat::canBeRead() const
+bool OutputFormat::has(const char *capability) const
 {
-    return QLatin1String(GDALGetMetadataItem(m_driver, GDAL_DCAP_OPEN, nullptr)) == QLatin1String("YES");
+    return QLatin1String(GDALGetMetadataItem(m_driver, capability, nullptr)) == QLatin1String("YES");
 }
 
 /// A MapInfo file is opened, and its characters fixed, with the data set.
@@ -75,8 +75,7 @@ Dataset OutputFormat::create(const QString &path, const OutputLayer &layer) cons
     if (layer.mapInfo && isTable() && layer.mapInfo->needsLongHeader)
         list = CSLSetNameValue(list, "BLOCKSIZE", "1024"); // the header is a block
     const OptionList options(list, CSLDestroy);
-    return Dataset(
-        GDALCreate(m_driver, QFile::encodeName(path).constData(), 0, 0, 0, GDT_Unknown, options.get()));
+    return Dataset(GDALCreate(m_driver, QFile::encodeName(path).constData(), 0, 0, 0, GDT_Unknown, options.get()));
 }
 
 OGRLayerH OutputFormat::createLayer(GDALDatasetH dataset, const OutputLayer &layer) const
@@ -92,8 +91,7 @@ QStringList OutputFormat::filesOf(const QString &path) const
     const GdalMessages messages; // it may be damaged
     const QByteArray driver = name().toUtf8();
     const char *const drivers[] = {driver.constData(), nullptr};
-    const Dataset dataset(
-        GDALOpenEx(QFile::encodeName(path).constData(), GDAL_OF_VECTOR, drivers, nullptr, nullptr));
+    const Dataset dataset(GDALOpenEx(QFile::encodeName(path).constData(), GDAL_OF_VECTOR, drivers, nullptr, nullptr));
     if (!dataset)
         return {};
     const OptionList list(GDALGetFileList(dataset.get()), CSLDestroy);

@@ -30,7 +30,8 @@ public:
     bool isMapInfo() const { return m_isMapInfo; }
     bool isTable() const { return m_isMapInfo && !m_isMif; }
     /// Whether a file can be read once it is written.
-    bool canBeRead() const;
+    bool canBeRead() const { return has(GDAL_DCAP_OPEN); }
+    bool holdsManyLayers() const { return has(GDAL_DCAP_MULTIPLE_VECTOR_LAYERS); }
     /// Null when it cannot be made. \p layer is its first.
     Dataset create(const QString &path, const OutputLayer &layer) const;
     /// Null when it cannot be made.
@@ -39,6 +40,8 @@ public:
     QStringList filesOf(const QString &path) const;
 
 private:
+    bool has(const char *capability) const;
+
     GDALDriverH m_driver;
     bool m_isMapInfo;
     bool m_isMif;

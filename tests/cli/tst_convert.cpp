@@ -79,7 +79,6 @@ private Q_SLOTS:
         row("Earth Projection 8, 1001, \"m\", 39, 0, 1, 0, 0 Affine Units \"m\", 0.0000000000001, 0.5, 5, "
             "-0.5, 1, 7");
         row("NonEarth Units \"m\" Affine Units \"ft\", 2, 0, 0, 0, 2, 0");
-        row("Earth Projection 35, 62, \"m\", -84, 45, 337.25, 0.9996, 2546731, -4354009, 5");
     }
 
     // Written by this program through the driver, read back by it: a MIF to the letter; a table to half of
@@ -175,6 +174,10 @@ private Q_SLOTS:
         const QByteArray result = place.read("c.csv");
         for (const char *geometry : geometries)
             QVERIFY2(result.contains(geometry), result);
+        // The geometries of the source say their system themselves.
+        QCOMPARE(place.convert(QStringLiteral("b.gpkg d.gml --to 32637 --lossy")).status, 0);
+        const QByteArray gml = place.read("d.gml");
+        QVERIFY2(gml.contains("EPSG::32637") && !gml.contains("EPSG::4326"), gml);
     }
 
     // (37, 55) in UTM zone 37 by cs2cs 9.1.1; the second feature's latitude does not exist.
@@ -200,8 +203,47 @@ private Q_SLOTS:
         };
         QCOMPARE(vertices("500000"), 2);
         QCOMPARE(vertices("400000"), 3);
+        // A plane that is a thousand times smaller bends as many metres.
+        place.convert(
+            QStringLiteral("p.csv s.mif --from 4326 --lossy --segmentize 400000 --to 'CoordSys Earth "
+                           "Projection 5, 104, \"m\", 0, 90, 90 Affine Units \"m\", 0.001, 0, 0, 0, "
+                           "0.001, 0'"));
+        QVERIFY2(place.read("s.mif").contains("Pline 3\n"), place.read("s.mif"));
         // 2^n pieces are off by 446 km / 4^n: 109 m at n = 6, 27 m at n = 7
         QCOMPARE(vertices("50"), 129);
+    }
+
+    // Formats whose drivers say nothing of heights, or lose them in a layer of any type.
+    void heights_data()
+    {
+        QTest::addColumn<QString>("name");
+        for (const char *name : {"o.geojson", "o.fgb", "o.shp", "o.dxf"})
+            QTest::newRow(name) << QString::fromLatin1(name);
+    }
+    void heights()
+    {
+        QFETCH(QString, name);
+        const Place place;
+        place.write("a.csv", "id,WKT\n1,POINT Z (37 55 3)\n");
+        place.convert(QStringLiteral("a.csv %1 --from 4326 --lossy").arg(name));
+        place.convert(QStringLiteral("%1 b.csv --lossy").arg(name));
+        QVERIFY2(place.read("b.csv").contains("POINT Z (37 55 3)"), place.read("b.csv"));
+    }
+
+    // What was there before does not speak for what is there now; what has no system is a plan, and counted
+    // in steps that the data need.
+    void overwrites()
+    {
+        const Place place;
+        place.write("a.csv", "id,WKT\n1,POINT (37.123456789 55)\n");
+        QCOMPARE(place.convert(QStringLiteral("a.csv o.shp --from 4326")).status, 0);
+        QCOMPARE(place.convert(QStringLiteral("a.csv o.shp --overwrite")).status, 0);
+        QVERIFY(!place.files().contains(QStringLiteral("o.prj")));
+        QCOMPARE(place.convert(QStringLiteral("o.shp o.tab")).status, 0);
+        QCOMPARE(place.convert(QStringLiteral("o.tab o.mif")).status, 0);
+        QVERIFY2(clauseOf(place.read("o.mif")).startsWith("NonEarth Units \"m\" Bounds"),
+                 place.read("o.mif"));
+        QVERIFY2(place.read("o.mif").contains("Point 37.12345678"), place.read("o.mif"));
     }
 
     void formatsAreListed()

@@ -82,6 +82,8 @@ private Q_SLOTS:
             "or --csv when commas separate";
         bad("four whole numbers", "37,0,55,0\n", doubt, "*,*,37,0,55,0\n");
         bad("one decimal comma before", "37,0 55\n", doubt, "*,*,37,0 55\n");
+        bad("two columns or a decimal comma before a letter", "37,55N 12\n", doubt, "*,*,37,55N 12\n");
+        bad("one decimal comma before, a letter", "37,0 55N\n", doubt, "*,*,37,0 55N\n");
         bad("one decimal comma behind", "37 55,0\n", doubt, "*,*,37 55,0\n");
     }
     void lines()
@@ -209,6 +211,10 @@ private Q_SLOTS:
         point("columns, decimal commas", "55 45 21,5 N 37 37 2,25 E");
         point("columns, letters first", "E 37 37 2.25 N 55 45 21,5");
         point("seconds with a decimal comma", "37°37'2,25\" 55°45'21,5\"");
+        point("columns, letters at the numbers", "55 45 21.5N 37 37 2,25E");
+        point("columns, letters before the numbers", "N55 45 21.5 E37 37 2.25");
+        row("decimal commas before letters", "55,5с.ш. 37,5вд", "37.500000 55.500000");
+        row("a house number is no hemisphere", "37.5 55.5 12В", "37.500000 55.500000 12В");
         row("columns with commas and a further one", "37,37,2.25,E,55,45,21.5,N,a", "37.617292,55.755972,a");
         row("letter behind a height is no hemisphere", "37 55 120 N", "37.000000 55.000000 120 N");
         row("south and west", "0°30'S 0°30'З", "-0.500000 -0.500000");
@@ -220,6 +226,7 @@ private Q_SLOTS:
         bad("marks in the wrong order", "37'30° 55");
         bad("beyond the pole", "90°00'01\"N 37°E");
         bad("two latitudes", "55°N 37°N");
+        bad("thousands are no minutes", "\"37 000\" \"55 000\"");
         bad("a sign and a letter", "-55°N 37°E");
         bad("minutes out of range in columns", "55 61 0 N 37 37 2 E");
     }
@@ -292,6 +299,8 @@ private Q_SLOTS:
         row("decimals", "--decimal-comma", "\"1,500\",2\n", "\"1.5\",2.0\n");
         row("no room for the result", "--out-y 3", "1,2,3\n1,2\n", "1.0,2,2.0\n*,2\n",
             "line 2: the line has too few columns for the result\n");
+        row("another encoding", "--x 1 --y 2 --out-x \xD0\xAA --encoding cp1251", "\xC4,\x98,z\n1,2,\x98\n",
+            "\xC4,\x98,z,\xDA\n1,2.0,\x98,1.0\n");
         row("unclosed quote", "", "1,2,\"a\n3,4\n", "1.0,2.0,\"a\n3,4\n");
     }
     void tables()
@@ -330,6 +339,7 @@ private Q_SLOTS:
         row("--to 4326 --x lon", "--x needs --csv");
         row("--to 32637 --dms", "no degrees");
         row("--to 4326 --jobs 0", "--jobs");
+        row("--to 4326 --encoding UTF-16", "a byte for each character");
     }
     void refusals()
     {
@@ -353,6 +363,8 @@ private Q_SLOTS:
         const CliRun missing =
             run(toUtm + QStringList{file.fileName(), dir.filePath(QStringLiteral("none"))});
         QVERIFY2(missing.isRefusal(QStringLiteral("none: No such file")), missing.describe());
+        const CliRun wide = run(toUtm, QByteArray("3\0007\0 \0005\0005\0\n\0", 12));
+        QVERIFY2(wide.isRefusal(QStringLiteral("UTF-16")), wide.describe());
     }
 
     /// Output that cannot be written is told once and never counts as success.
@@ -413,6 +425,10 @@ private Q_SLOTS:
             "7413298.7768 6182343.5196\n", "37UDB1322479766\n");
         row("beyond the pole", degrees, "37 95 a\n", "* * a\n");
         const char *const back = "--cs 32637 --inverse --precision 3";
+        row("into a table", "--cs 4326 --csv --x lon --y lat", "n,lon,lat\n\"a,b\",37.6173,55.7558\n",
+            "n,lon,lat,mgrs\n\"a,b\",37.6173,55.7558,37UDB1322479766\n");
+        row("from a table", "--cs 32637 --inverse --precision 0 --csv --ref r --out-x n",
+            "n;r\na;\"37U DB 13224 79766\"\n", "n;r;y\n413224;\"37U DB 13224 79766\";6179766\n");
         row("read, with a column", back, "37UDB1322479766 7\n", "413224.000 6179766.000 7\n");
         row("read, blanks and lower case", back, "37u db 13224 79766,a\n", "413224.000 6179766.000,a\n");
         row("read, equally long column", back, "37UDB17 34\n", "410000.000 6170000.000 34\n");

@@ -59,6 +59,8 @@ private Q_SLOTS:
         row("wkt:", "runtime_error", "Строка КС пустая");
         row("proj:proj=merc", "logic_error", "Неверный формат строки");
         row("proj:x +proj=merc", "logic_error", "Неверный формат строки");
+        row("proj:+proj=helmert +x=1", "runtime_error", "Неверная строка КС\n+proj=helmert");
+        row("proj:+proj=utm +type=crsword= +no_defs", "runtime_error", "Неверная строка КС\n+proj=utm");
         row("proj:+proj=100%1 %2", "runtime_error", "Неверная строка КС\n+proj=100%1 %2");
         row("wkt:PROJCS[\"100%1 %2\"", "runtime_error",
             "Ошибка импорта из строки WKT:\nPROJCS[\"100%1 %2\"\n(");
@@ -66,6 +68,7 @@ private Q_SLOTS:
         row("epsg:x", "ProjException", "Запрос proj строки для EPSG=0:");
         row("epsg:99999999999", "ProjException", "Запрос proj строки для EPSG=0:");
         row("EPSG:2147483647", "ProjException", "Запрос proj строки для EPSG=2147483647:");
+        row("epsg:102100", "ProjException", "Запрос proj строки для EPSG=102100:"); // ESRI's number
         row("epsg:4978", "runtime_error", "КС не имеет плановой части: EPSG:4978");
         row("epsg:5773", "runtime_error", "КС не имеет плановой части: EPSG:5773");
         row("proj:+proj=geocent +ellps=WGS84 +towgs84=1,2,3", "runtime_error",

@@ -36,6 +36,7 @@ private Q_SLOTS:
             for (const char *projection :
                  {"8, 104, %1, 39, 0, 1, 0, 0", "4, 104, %1, 0, 90, 90", "29, 104, %1, 9, 50, 90"})
                 row.named("prj:Earth Projection "_s + QString::fromUtf8(projection).arg(code), code);
+        row("degrees by another name", "proj:+proj=latlon +ellps=WGS84", 13);
         row("degrees", "prj:Earth Projection 1, 104", 13);
         row("degrees from WKT", "epsg:4284", 13);
         row("a name in capitals", "wkt:LOCAL_CS[\"x\",UNIT[\"METRE\",1]]", 7);
@@ -166,6 +167,9 @@ private Q_SLOTS:
             made("prj:NonEarth Units \"m\" Affine Units \"survey ft\", 1, 2, 3, 4, 5, 6");
         QCOMPARE(bent->affineUnit().unitCode(), 8);
         VERIFY_NEAR(bent->rectNumericCoordSys(), QRectF(3 - 3e7, 6 - 9e7, 6e7, 18e7), 1e-6);
+        bent->setAffineTransform(std::make_unique<QTransform>(2, 0, 0, 2, 0, 0)); // asked before, found anew
+        VERIFY_NEAR(bent->rectNumericCoordSys(), QRectF(-2e7, -2e7, 4e7, 4e7), 1e-6);
+        VERIFY_NEAR(bent->rectWithoutSearch(), QRectF(-2e7, -2e7, 4e7, 4e7), 1e-6);
     }
 
     void affineClauseWithoutUnit()

@@ -26,15 +26,29 @@ bool isConic(int projection)
     return projection == 3 || projection == 6 || projection == 9 || projection == 19;
 }
 
-/// Half the width of a zone in degrees, 0 for a system that is not zoned.
-double halfZone(const Entry &entry)
+struct ZoneRow
 {
-    if (!entry.nameEn.contains(QLatin1String("zone")) && !entry.nameEn.contains(QLatin1String(" CM ")))
-        return 0.0;
-    if (entry.nameEn.contains(QLatin1String("3-degree")) || entry.nameEn.contains(QLatin1String("3GK")))
-        return 1.5;
-    if (entry.nameEn.contains(QLatin1String("UTM")) || entry.nameEn.contains(QLatin1String("Gauss-Kruger")))
-        return 3.0;
+    int first, last; ///< codes of EPSG's conversions
+    double half;     ///< width in degrees
+};
+/// A grid of zones has a range of codes. The plane alone does not tell: that of SWEREF99 TM is UTM's zone 33,
+/// but is meant for all of Sweden.
+constexpr ZoneRow zones[] = {
+    {16001, 16060, 3.0}, {16101, 16160, 3.0}, // UTM, north and south
+    {4648, 4648, 3.0},   {5647, 5648, 3.0},   // UTM with the zone's number in front
+    {16201, 16260, 3.0}, {16301, 16360, 3.0}, // Gauss-Kruger, with and without the number
+    {16261, 16299, 1.5}, {16361, 16399, 1.5}, // its zones of three degrees, likewise
+    {16070, 16099, 1.5}, {16170, 16199, 1.5}, // those of Asia
+    {16901, 16999, 1.5}, {17101, 17199, 1.5}, // those of GSK-2011
+};
+
+/// Half the width of a zone in degrees, 0 for a conversion that is no zone's.
+double halfZone(int conversion)
+{
+    for (const ZoneRow &row : zones) {
+        if (conversion >= row.first && conversion <= row.last)
+            return row.half;
+    }
     return 0.0;
 }
 
@@ -75,12 +89,13 @@ PlaneText planeOf(const Entry &entry)
     return text;
 }
 
-void BoundsTable::addArea(const Entry &entry, const Area &area)
+void BoundsTable::addArea(const Entry &entry, const EpsgSystem &system)
 {
+    const Area &area = system.area;
     double west = area.west;
     double east = area.unwrappedEast();
     const PlaneText text = planeOf(entry);
-    if (const double half = halfZone(entry); half > 0.0) {
+    if (const double half = halfZone(system.conversion); half > 0.0) {
         const double meridian = wrapped(text.params.value(0).toDouble(), (west + east) / 2.0);
         west = std::max(west, meridian - half - zoneMargin);
         east = std::min(east, meridian + half + zoneMargin);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Area.h"
 #include "Entry.h"
+#include "Epsg.h"
 
 #include <QRectF>
 
@@ -31,10 +31,10 @@ public:
         QRectF rect;
     };
 
-    /// Unites with the rectangle of an area, cut to the zone for zoned grids. World-wide systems get the
-    /// rectangle of addWorld(); longitude/latitude, and areas too wide for a rectangle of their edges, are
-    /// passed over.
-    void addArea(const Entry &entry, const Area &area);
+    /// Unites with the rectangle of the system's area, cut to the zone for zoned grids. World-wide systems
+    /// get the rectangle of addWorld(); longitude/latitude, and areas too wide for a rectangle of their
+    /// edges, are passed over.
+    void addArea(const Entry &entry, const EpsgSystem &system);
     /// Unites with the rectangle of everything the projection can show.
     void addWorld(const Entry &entry);
     /// In the order of first addition, rounded outward.

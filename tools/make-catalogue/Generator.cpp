@@ -90,7 +90,7 @@ void Generator::addExtra(const Extra &extra)
             if (!fault.isEmpty())
                 throw Failure(QStringLiteral("extras.tsv: %1: %2").arg(QString::number(entry.epsg), fault));
             if (!extra.wholeWorld)
-                m_bounds.addArea(entry, system.area);
+                m_bounds.addArea(entry, system);
         }
     }
     if (extra.wholeWorld)
@@ -143,7 +143,7 @@ void Generator::addSystem(const EpsgSystem &system, const Extra *extra)
     if (extra && extra->wholeWorld)
         m_bounds.addWorld(entry);
     else
-        m_bounds.addArea(entry, system.area);
+        m_bounds.addArea(entry, system);
     addTwin(system, entry, *found, choice, check);
 }
 
