@@ -61,8 +61,8 @@ public:
     int foundCount() const;
     /// When nothing was found: ways to find something, those with the fewest results first.
     const QVector<Relaxation> &relaxations() const { return m_relaxations; }
-    /// What there is to say on the words apart from systems, as MapinfoSearch::remark() has it, in the language
-    /// of the factory; empty mostly, and until the source is prepared.
+    /// What there is to say on the words apart from systems, as MapinfoSearch::remark() has it, in the
+    /// language of the factory; empty mostly, and until the source is prepared.
     QString remark() const;
 
     /// The row of the source that a row shows.

@@ -72,6 +72,6 @@ std::optional<LookUpFacts> factsOf(const CoordSystem &cs);
 
 /// What a text tells of the system that will be made from it; nothing is known of notations other than
 /// CoordSys and PROJ text, and of what does not parse.
-SystemFacts factsOf(const CoordSystemTypes::SourceData &source, const ProjectionParamsManager &manager);
+LookUpFacts factsOf(const CoordSystemTypes::SourceData &source, const ProjectionParamsManager &manager);
 
 } // namespace nivora::cs

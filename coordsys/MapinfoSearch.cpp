@@ -374,8 +374,8 @@ const QSet<QString> &MapinfoSearch::Data::knownWords()
     return vocabulary;
 }
 
-/// The words in every spelling that a slip of the hand may have changed, numbers as Roman ones too ("Japan Plane
-/// Rectangular CS IX"); the words themselves when none fits.
+/// The words in every spelling that a slip of the hand may have changed, numbers as Roman ones too ("Japan
+/// Plane Rectangular CS IX"); the words themselves when none fits.
 SearchWords MapinfoSearch::Data::corrected(const SearchWords &words)
 {
     SearchWords result = words;
@@ -455,7 +455,8 @@ const std::vector<MapinfoSearch::Data::Area> &MapinfoSearch::Data::knownAreas()
 void MapinfoSearch::Data::addAt(const QPointF &lonLat, const SearchWords &words, Hits &hits)
 {
     for (const Area &area : knownAreas())
-        if (!hits.isFull() && areaHolds(area.rect, QRectF(lonLat, QSizeF(0.0, 0.0))) && match(entries[area.entry], words) != None)
+        if (!hits.isFull() && areaHolds(area.rect, QRectF(lonLat, QSizeF(0.0, 0.0))) &&
+            match(entries[area.entry], words) != None)
             hits.add(entries[area.entry].hit);
 }
 

@@ -72,7 +72,7 @@ struct UserCoordSystem::CoordSystemParam::System
 {
     QMutex lock; ///< guards what follows but the maker
     bool isBuilt = false;
-    std::optional<SystemFacts> facts; ///< what the text tells, as the catalogues were at factsAt
+    std::optional<LookUpFacts> facts; ///< what the text tells, as the catalogues were at factsAt
     unsigned factsAt = 0;
     CoordSystemPtr cs;
     Maker maker;
@@ -120,7 +120,7 @@ CoordSystemPtr UserCoordSystem::CoordSystemParam::storedSystem() const
 }
 
 /// False only when the system, which need not be built to know that, cannot be equal to one with these facts.
-bool UserCoordSystem::CoordSystemParam::mayEqual(const SystemFacts &facts) const
+bool UserCoordSystem::CoordSystemParam::mayEqual(const LookUpFacts &facts) const
 {
     const auto catalogues = activeCatalogues(std::nothrow);
     if (!m_system || !catalogues)
@@ -186,7 +186,7 @@ CoordSystemPtr UserCoordSystem::storedEqual(const CoordSystem &cs) const
 {
     if (StoreAbsence::isOn() || m_branches.isEmpty())
         return nullptr;
-    const std::optional<SystemFacts> facts = factsOf(cs);
+    const std::optional<LookUpFacts> facts = factsOf(cs);
     for (const CsDataType &branch : m_branches) {
         for (const CoordSystemParam &entry : branch.entries) {
             try {

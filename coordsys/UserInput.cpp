@@ -66,8 +66,8 @@ QString withoutQuotes(const QString &text)
     return match.hasMatch() ? match.captured(match.lastCapturedIndex()).trimmed() : text;
 }
 
-/// The name behind the sign "@": as it stands, when there is such a file, else without blanks and quotes around
-/// it. One that begins with a colon would be one of Qt's resources.
+/// The name behind the sign "@": as it stands, when there is such a file, else without blanks and quotes
+/// around it. One that begins with a colon would be one of Qt's resources.
 QString fileBehind(const QString &input, const QString &bare)
 {
     const QString exact = input.startsWith(QLatin1Char('@')) ? input.mid(1) : bare.mid(1);
@@ -516,9 +516,8 @@ void Reader::throwUnknown(const QString &text, const SystemNames &names)
     if (!remark.isEmpty())
         throw NotUnderstood(QStringLiteral("%1: %2").arg(shownText(text), remark).toStdString());
     if (QFileInfo(text).isFile())
-        throw NotUnderstood(QObject::tr("«%1» — файл: чтобы прочитать его, напишите @%1")
-                                .arg(shownText(text))
-                                .toStdString());
+        throw NotUnderstood(
+            QObject::tr("«%1» — файл: чтобы прочитать его, напишите @%1").arg(shownText(text)).toStdString());
     const QStringList nearest = names.nearest(text);
     QStringList tried;
     for (const Notation &notation : notations)

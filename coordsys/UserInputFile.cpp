@@ -77,8 +77,9 @@ bool decodes(QTextCodec *codec, const QByteArray &bytes, QString &text)
 bool isReadable(const QString &text)
 {
     return text.isValidUtf16() && std::none_of(text.begin(), text.end(), [](QChar c) {
-        return (c.category() == QChar::Other_Control && !c.isSpace()) || c == QChar::ReplacementCharacter;
-    });
+               return (c.category() == QChar::Other_Control && !c.isSpace()) ||
+                      c == QChar::ReplacementCharacter;
+           });
 }
 
 /// "CoordSys Earth Projection 8, 104, …" with the lines that continue it; empty when the header has none.

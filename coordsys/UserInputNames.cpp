@@ -99,7 +99,9 @@ QStringList partsOf(const QString &text)
 /// A number has to stand whole.
 bool holdsPart(const QString &foldedName, const QString &part)
 {
-    const auto isDigit = [&](int at) { return at >= 0 && at < foldedName.size() && foldedName.at(at).isDigit(); };
+    const auto isDigit = [&](int at) {
+        return at >= 0 && at < foldedName.size() && foldedName.at(at).isDigit();
+    };
     for (int at = foldedName.indexOf(part); at >= 0; at = foldedName.indexOf(part, at + 1))
         if (!part.at(0).isDigit() || (!isDigit(at - 1) && !isDigit(at + part.size())))
             return true;
@@ -226,8 +228,8 @@ struct Wanted
     int limit;         ///< of unlikeness
 };
 
-/// How far a folded name is from the text: letters to change, or a little for a name that holds the text or all
-/// of its words.
+/// How far a folded name is from the text: letters to change, or a little for a name that holds the text or
+/// all of its words.
 int unlikeness(const Wanted &wanted, const QString &name)
 {
     const int limit = wanted.limit;
@@ -358,11 +360,12 @@ QVector<NamedSystem> SystemNames::namedLoosely(const QString &text) const
         found = aliased(text);
     if (found.isEmpty())
         found = fromCatalogues(isSameButZone);
-    return found.isEmpty() && nearest(text).isEmpty() && isOfNames(text) ? bestOf(databaseSystems(), isSame) : found;
+    return found.isEmpty() && nearest(text).isEmpty() && isOfNames(text) ? bestOf(databaseSystems(), isSame)
+                                                                         : found;
 }
 
-/// Whether some name has a word of the text: the database's thousands of names, which take a tenth of a second,
-/// are not read for a text that means nothing.
+/// Whether some name has a word of the text: the database's thousands of names, which take a tenth of a
+/// second, are not read for a text that means nothing.
 bool SystemNames::isOfNames(const QString &text) const
 {
     const QStringList parts = partsOf(text);

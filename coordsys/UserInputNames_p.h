@@ -41,8 +41,8 @@ public:
     /// aliases (of those the two-dimensional ones, those in force, their own names before aliases, EPSG
     /// before others), else by the catalogues' names. More than one when the text does not tell which.
     QVector<NamedSystem> named(const QString &text) const;
-    /// The same, blanks, punctuation and the word "zone" left aside ("ETRS89/UTM zone32N"), and by what people
-    /// say for systems ("google").
+    /// The same, blanks, punctuation and the word "zone" left aside ("ETRS89/UTM zone32N"), and by what
+    /// people say for systems ("google").
     QVector<NamedSystem> namedLoosely(const QString &text) const;
     /// Those of the catalogues with the most similar names, the nearest first.
     QStringList nearest(const QString &text) const;

@@ -174,39 +174,6 @@ Options:
         <translation>Этот текст.</translation>
     </message>
     <message>
-        <source>CS is a coordinate system, in any of these notations:
-  32637                 EPSG code; also EPSG:32637, urn:ogc:def:crs:EPSG::32637,
-                        other authorities (ESRI:102100) and OGC:CRS84
-  &apos;ETRS89 / UTM zone 32N&apos;
-                        a name of the EPSG database or of the catalogue
-  &apos;+proj=utm +zone=37&apos;  PROJ string
-  &apos;PROJCS[&quot;...&quot;]&apos;       WKT 1, WKT 2, WKT of Esri, PROJJSON
-  &apos;CoordSys Earth Projection 1, 104&apos;
-                        MapInfo CoordSys string; also a line of a catalogue file
-  oracle:8307           Oracle Spatial number
-  @FILE                 a .prj, .qpj, .wkt, .mif or .tab file
-
-x is always first: longitude or easting, then latitude or northing, whatever
-order an authority has for the system. Angles are degrees. The decimal mark is
-the point.
-</source>
-        <translation>CS — система координат в любой из этих записей:
-  32637                 код EPSG; также EPSG:32637, urn:ogc:def:crs:EPSG::32637,
-                        другие организации (ESRI:102100) и OGC:CRS84
-  &apos;ETRS89 / UTM zone 32N&apos;
-                        название из базы EPSG или из каталога
-  &apos;+proj=utm +zone=37&apos;  строка PROJ
-  &apos;PROJCS[&quot;...&quot;]&apos;       WKT 1, WKT 2, WKT фирмы Esri, PROJJSON
-  &apos;CoordSys Earth Projection 1, 104&apos;
-                        строка CoordSys MapInfo; также строка файла каталога
-  oracle:8307           номер Oracle Spatial
-  @FILE                 файл .prj, .qpj, .wkt, .mif или .tab
-
-x всегда первый: долгота или восток, затем широта или север, какой бы порядок
-ни был у системы в базе. Углы в градусах. Дробная часть отделяется точкой.
-</translation>
-    </message>
-    <message>
         <source>--format takes %1, not &quot;%2&quot;</source>
         <translation>--format принимает %1, а не «%2»</translation>
     </message>
@@ -399,10 +366,6 @@ Exit status: 0 done; 1 some lines or entries failed; 2 nothing could be done.
         <translation>0 — сделано; 1 — часть строк или записей не удалась; 2 — ничего не сделано.</translation>
     </message>
     <message>
-        <source>%1, line %2: no point</source>
-        <translation>%1, строка %2: не точка</translation>
-    </message>
-    <message>
         <source>measure takes one file</source>
         <translation>measure принимает один файл</translation>
     </message>
@@ -443,24 +406,6 @@ Area when closed: %2 m²
     <message>
         <source>Length, azimuths and area on the ellipsoid of a system.</source>
         <translation>Длина, азимуты и площадь на эллипсоиде системы.</translation>
-    </message>
-    <message>
-        <source>Reads a line of points, x and y on each line of the FILE or of standard input, and
-writes its length along geodesics of the system&apos;s own ellipsoid; of two points also
-the azimuths (from north, clockwise), of more the perimeter and area of the polygon
-that the points make when it is closed.
-
-Examples:
-  printf &apos;37.6 55.75\n30.3 59.94\n&apos; | nivora-cs measure --cs 4326
-</source>
-        <translation>Читает линию из точек, по x и y в каждой строке файла или стандартного ввода, и
-пишет её длину по геодезическим эллипсоида системы; для двух точек также азимуты
-(от севера по часовой стрелке), для большего числа — периметр и площадь
-многоугольника, который получится, если линию замкнуть.
-
-Примеры:
-  printf &apos;37.6 55.75\n30.3 59.94\n&apos; | nivora-cs measure --cs 4326
-</translation>
     </message>
     <message>
         <source>The system of the points.</source>
@@ -770,10 +715,6 @@ Examples:
     <message>
         <source>to %1 m with the grid %2</source>
         <translation>%1 м с сеткой %2</translation>
-    </message>
-    <message>
-        <source>as CoordSys text %1 m away</source>
-        <translation>запись CoordSys расходится с этим на %1 м</translation>
     </message>
     <message>
         <source>The branch of the entry, &quot;Каталог&quot; when not given.</source>
@@ -1367,6 +1308,117 @@ Examples:
     <message>
         <source>%1 holds one layer: of %2 only the first, &quot;%3&quot;, is written</source>
         <translation>%1 хранит один слой: из %2 записывается только первый, «%3»</translation>
+    </message>
+    <message>
+        <source>--%1 needs a value</source>
+        <translation>параметру --%1 нужно значение</translation>
+    </message>
+    <message>
+        <source>CS is a coordinate system, in any of these notations:
+  32637                 EPSG code; also EPSG:32637, urn:ogc:def:crs:EPSG::32637,
+                        other authorities (ESRI:102100) and OGC:CRS84
+  &apos;ETRS89 / UTM zone 32N&apos;
+                        a name of the EPSG database or of the catalogue
+  &apos;+proj=utm +zone=37&apos;  PROJ string
+  &apos;PROJCS[&quot;...&quot;]&apos;       WKT 1, WKT 2, WKT of Esri, PROJJSON
+  &apos;CoordSys Earth Projection 1, 104&apos;
+                        MapInfo CoordSys string; also a line of a catalogue file
+  oracle:8307           Oracle Spatial number
+  @FILE                 a .prj, .qpj, .wkt, .mif or .tab file
+
+x is always first: longitude or easting, then latitude or northing, whatever
+order an authority has for the system. Angles are degrees. Inside these texts the
+decimal mark is the point; coordinates may have commas where transform tells so.
+</source>
+        <translation>CS — система координат в любой из этих записей:
+  32637                 код EPSG; также EPSG:32637, urn:ogc:def:crs:EPSG::32637,
+                        другие организации (ESRI:102100) и OGC:CRS84
+  &apos;ETRS89 / UTM zone 32N&apos;
+                        название из базы EPSG или из каталога
+  &apos;+proj=utm +zone=37&apos;  строка PROJ
+  &apos;PROJCS[&quot;...&quot;]&apos;       WKT 1, WKT 2, WKT фирмы Esri, PROJJSON
+  &apos;CoordSys Earth Projection 1, 104&apos;
+                        строка CoordSys MapInfo; также строка файла каталога
+  oracle:8307           номер Oracle Spatial
+  @FILE                 файл .prj, .qpj, .wkt, .mif или .tab
+
+x всегда первый: долгота или восток, затем широта или север, какой бы порядок
+ни был у системы в базе. Углы в градусах. Внутри этих
+текстов дробная часть отделяется точкой; в координатах может стоять запятая, где об
+этом говорит transform.
+</translation>
+    </message>
+    <message>
+        <source>--json and --format exclude each other</source>
+        <translation>--json и --format исключают друг друга</translation>
+    </message>
+    <message>
+        <source>--format and --json go without --to, --at and --candidates</source>
+        <translation>--format и --json указываются без --to, --at и --candidates</translation>
+    </message>
+    <message>
+        <source>none, the notation lacks this projection</source>
+        <translation>нет, в этой записи такой проекции нет</translation>
+    </message>
+    <message>
+        <source>%1, with another ellipsoid</source>
+        <translation>%1, с другим эллипсоидом</translation>
+    </message>
+    <message>
+        <source>%1, line %2: %3</source>
+        <translation>%1, строка %2: %3</translation>
+    </message>
+    <message>
+        <source>Length on a sphere of %1 m: %2 m
+</source>
+        <translation>Длина на сфере радиуса %1 м: %2 м
+</translation>
+    </message>
+    <message>
+        <source>Length in the plane: %1 %2
+</source>
+        <translation>Длина на плоскости: %1 %2
+</translation>
+    </message>
+    <message>
+        <source>Reads a line of points, x and y on each line of the FILE or of standard input, and
+writes its length along geodesics of the system&apos;s own ellipsoid; of two points also
+the azimuths (from north, clockwise), of more the perimeter and area of the polygon
+that the points make when it is closed. Beside them stand the lengths on a sphere
+and in the plane of the coordinates (of degrees: a degree is as long everywhere).
+Points are written as transform reads them.
+
+Examples:
+  printf &apos;37.6 55.75\n30.3 59.94\n&apos; | nivora-cs measure --cs 4326
+</source>
+        <translation>Читает линию из точек, по x и y в каждой строке файла или стандартного ввода, и
+пишет её длину по геодезическим эллипсоида системы; для двух точек также азимуты
+(от севера по часовой стрелке), для большего числа — периметр и площадь
+многоугольника, который получится, если линию замкнуть. Рядом стоят длины на сфере и
+на плоскости координат (в градусах: градус всюду одной длины). Точки пишутся так, как
+их читает transform.
+
+Примеры:
+  printf &apos;37.6 55.75\n30.3 59.94\n&apos; | nivora-cs measure --cs 4326
+</translation>
+    </message>
+    <message>
+        <source>as CoordSys text %1 m away at %2</source>
+        <translation>как строка CoordSys — в %1 м оттуда в точке %2</translation>
+    </message>
+    <message>
+        <source>%1, shift to WGS 84: %2
+</source>
+        <translation>%1, сдвиг к WGS 84: %2
+</translation>
+    </message>
+    <message>
+        <source>a processing instruction</source>
+        <translation>инструкция обработки</translation>
+    </message>
+    <message>
+        <source>a document type</source>
+        <translation>тип документа</translation>
     </message>
     <message>
         <source>Characters of IN&apos;s texts that are not UTF-8, such as windows-1251.</source>

@@ -386,10 +386,6 @@
         <translation>the affine transformation would be lost</translation>
     </message>
     <message>
-        <source>Неверное количество точек: %1</source>
-        <translation>Wrong count of points: %1</translation>
-    </message>
-    <message>
         <source>Ошибка преобразования. Возможно, выходит за пределы КС.</source>
         <translation>Transformation failed. The coordinates may lie outside of the coordinate system.</translation>
     </message>
@@ -672,6 +668,30 @@
     <message>
         <source>URN</source>
         <translation>URN</translation>
+    </message>
+    <message>
+        <source>у CoordSys нет такой проекции</source>
+        <translation>CoordSys text has no such projection</translation>
+    </message>
+    <message>
+        <source>AUTO</source>
+        <translation>AUTO</translation>
+    </message>
+    <message>
+        <source>Эпоха координат %1 в систему не входит</source>
+        <translation>The epoch of the coordinates, %1, is no part of the system</translation>
+    </message>
+    <message>
+        <source>Системы AUTO читаются в виде AUTO:код,долгота,широта; AUTO2 — только в метрах</source>
+        <translation>AUTO systems are read as AUTO:code,longitude,latitude; AUTO2 in metres only</translation>
+    </message>
+    <message>
+        <source>«%1» — файл: чтобы прочитать его, напишите @%1</source>
+        <translation>&quot;%1&quot; is a file: write @%1 to have it read</translation>
+    </message>
+    <message>
+        <source>это не текст</source>
+        <translation>it is no text</translation>
     </message>
 </context>
 </TS>

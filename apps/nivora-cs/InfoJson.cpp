@@ -80,7 +80,8 @@ QJsonValue areaOf(const CoordSystem &, const SystemInfo &info)
 QJsonValue mapHeaderOf(const CoordSystem &cs, const SystemInfo &)
 {
     const MapHeaderCoordsysConverter converter;
-    return converter.tabProjInfoToInnerString(converter.prjStrToTABProjInfo(exportSystem(cs, SystemFormat::Mapinfo)));
+    return converter.tabProjInfoToInnerString(
+        converter.prjStrToTABProjInfo(exportSystem(cs, SystemFormat::Mapinfo)));
 }
 
 QJsonValue textOrNull(const QString &text) { return text.isEmpty() ? QJsonValue() : QJsonValue(text); }

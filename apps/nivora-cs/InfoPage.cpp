@@ -151,8 +151,7 @@ const Line lines[] = {
      [](const CoordSystem &cs, const SystemInfo &) { return shiftText(cs); }},
     {QT_TRANSLATE_NOOP("QObject", "Bounds"), boundsLine},
     {QT_TRANSLATE_NOOP("QObject", "Affine transformation (A B C D E F)"), affineLine},
-    {QT_TRANSLATE_NOOP("QObject", "CoordSys"),
-     coordSysLine},
+    {QT_TRANSLATE_NOOP("QObject", "CoordSys"), coordSysLine},
 };
 
 QString titled(const QString &title, const QString &text)

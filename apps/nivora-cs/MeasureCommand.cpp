@@ -4,6 +4,7 @@
 #include "FileNames.h"
 #include "Output.h"
 #include "PointText.h"
+#include "Reason.h"
 #include "Session.h"
 
 #include <coordsys/Measures.h>
@@ -33,8 +34,7 @@ QVector<QPointF> pointsOf(QIODevice &source, const QString &name, const Coordina
         Columns columns;
         Reason why;
         if (!reader.read({text.constData(), static_cast<std::size_t>(text.size())}, point, columns, why))
-            throw Failure(QObject::tr("%1, line %2: %3")
-                              .arg(name, QString::number(line), why.text()));
+            throw Failure(QObject::tr("%1, line %2: %3").arg(name, QString::number(line), why.text()));
         points << point;
     }
     return points;

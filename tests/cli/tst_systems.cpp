@@ -136,6 +136,8 @@ private Q_SLOTS:
         cs("a directory", s("@/"), "Cannot read the file /: This is not a file");
         cs("a file without end", s("@/dev/zero"), "This is not a file");
         writeFile(m_dir.filePath(s("empty.prj")), "\n");
+        writeFile(m_dir.filePath(s("binary.prj")), QByteArray("\1\2\0\3", 4));
+        cs("no text in a file", file(s("binary.prj")), "it is no text");
         cs("empty file", file(s("empty.prj")), "no text");
         // A message that quotes such a text stays one readable line.
         cs("long text", QStringLiteral("PROJCS[\"") + QString(100000, QLatin1Char('a')),
@@ -150,6 +152,8 @@ private Q_SLOTS:
         row("an option for a value", words("transform --from --to 4326"), "--from needs a value, and --to");
         row("unknown format", words("info --format xml 4326"), "--format takes json, wkt1");
         row("no value", words("transform --to 1 --from"), "--from needs a value");
+        row("an empty directory", words("user list --user-dir="), "--user-dir needs a value");
+        row("a notation and relations", words("info --json --to 4326 4326"), "go without --to");
         row("option missing", words("transform --from 4326"), "needs --to");
         row("argument missing", words("info"), "expected 1, given 0");
         row("three numbers", words("rect 1 -2 3"), "expected 4, given 3");
@@ -168,6 +172,37 @@ private Q_SLOTS:
         QFETCH(QString, message);
         const CliRun refused = run(arguments);
         QVERIFY2(refused.isRefusal(message) && refused.err.size() < 1000, refused.describe());
+    }
+
+    /// Names of files are bytes: \351 is no UTF-8, a byte order mark belongs to the name.
+    void fileNames_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QByteArray>("out");
+        const auto s = [](const char *text) { return QString::fromUtf8(text); };
+        const QString name = s("n=$(printf '\\351\\277'); ");
+        QTest::newRow("system") << name + s("echo 32637 > \"$n\"; nivora-cs info --format mapinfo \"@$n\"")
+                                << QByteArray(
+                                       "CoordSys Earth Projection 8, 104, \"m\", 39, 0, 0.9996, 500000, 0\n");
+        QTest::newRow("points")
+            << name + s("echo 0 0 > \"$n\"; nivora-cs transform --from 4326 --to 4326 --precision 0 \"$n\"")
+            << QByteArray("0 0\n");
+        QTest::newRow("store")
+            << name + s("mkdir -p d; nivora-cs user --user-dir \"d/$n\" add 4326; LC_ALL=C ls -b d")
+            << QByteArray("\\351\\277\n");
+        QTest::newRow("mark") << s("n=$(printf '\\357\\273\\277a'); echo 1 0 > \"$n\"; echo 2 0 >> \"$n\"; "
+                                   "nivora-cs measure --cs 3857 \"$n\" | tail -n 1")
+                              << QByteArray("Length in the plane: 1.0000 m\n");
+        QTest::newRow("colon") << s("echo 3857 > :a; nivora-cs info --format mapinfo @:a")
+                               << QByteArray("CoordSys Earth Projection 10, 157, \"m\", 0\n");
+    }
+    void fileNames()
+    {
+        QFETCH(QString, line);
+        QFETCH(QByteArray, out);
+        const QTemporaryDir dir;
+        const CliRun done = runShell(line, dir.path());
+        QVERIFY2(done.out == out && done.err.isEmpty(), done.describe());
     }
 
     void resources()
@@ -229,6 +264,9 @@ private Q_SLOTS:
         row("a height left out", "", s("7405"), "\nAssumed: ", "\nAffine");
         row("a unit that is not known", "", s("Earth Projection 8, 104, \"zz\", 39, 0, 1, 7500000, 0"),
             "\nAssumed: ", "\nCode:");
+        row("no such projection in CoordSys text", "", s("29873"), "\nCoordSys: none, ", "NonEarth");
+        row("grads from Paris against degrees: 168, 60, 320 m", "", s("4807"), "as CoordSys text 349 m away",
+            "Bounds");
         row("no datum", "", s("+proj=longlat +ellps=krass"), "\nAssumed: No datum", "\nDatum:");
         row("Esri's names", "--format esri", s("28407"), "PROJCS[\"Pulkovo_1942_GK_Zone_7\"", "\n ");
         row("what had no name gets one, one line", "--format wkt1", s("+proj=utm +zone=37 +ellps=krass"),
@@ -238,8 +276,8 @@ private Q_SLOTS:
             ":");
         row("the scale on UTM's central meridian, by its definition", "--at 500000,0", s("32637"),
             "meridian: 0.999600000\nScale along the parallel: 0.999600000\n", "Name");
-        row("the grid that is not installed", "--to 4326", s("27700"), "uk_os_OSTN15_NTv2_OSGBtoETRS.tif",
-            "Name");
+        row("the grid that is not installed, and the text beside it", "--to 4326", s("27700"),
+            "good to 2 m; to 1 m with the grid uk_os_OSTN15_NTv2_OSGBtoETRS.tif; as CoordSys text 4", "Name");
         row("Russian", "--language ru", s("28407"), "Вид: Прямоугольная", "Kind:");
     }
     void page()
@@ -253,12 +291,19 @@ private Q_SLOTS:
                  done.describe());
     }
 
-    /// One degree of the equator is pi/180 of the semi-major axis; east is 90 degrees from north.
+    /// One degree of the equator is pi/180 of the semi-major axis, or of the sphere; east is 90 degrees from
+    /// north.
     void measure()
     {
-        const CliRun done = run(words("measure --cs 4326"), "0 0\n1 0\n");
-        QVERIFY2(done.out.startsWith("Geodesic length: 111319.4908 m\nAzimuth at the start: 90.000000000"),
+        const CliRun done = run(words("measure --cs 4326"), "0 0\n1, 0\n");
+        QVERIFY2(done.out.startsWith("Geodesic length: 111319.4908 m\nAzimuth at the start: 90.000000000") &&
+                     done.out.endsWith("Length on a sphere of 6370997 m: 111194.8743 m\n"
+                                       "Length in the plane: 111194.8743 m\n"),
                  done.describe());
+        QCOMPARE(
+            run(words("measure --cs") + QStringList(QStringLiteral("NonEarth Units \"ft\"")), "0 0\n3 4\n")
+                .out,
+            QByteArray("Length in the plane: 5.0000 ft\n"));
         QVERIFY(run(words("measure --cs 4326"), "0 0\n").isRefusal(QStringLiteral("two points")));
         QVERIFY(run(words("measure --cs 4326"), "0 0\nx\n").isRefusal(QStringLiteral("line 2")));
     }

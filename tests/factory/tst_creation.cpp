@@ -164,19 +164,46 @@ private Q_SLOTS:
             QTest::newRow(text) << QString::fromUtf8(text) << QString::fromUtf8(source)
                                 << QString::fromUtf8(note);
         };
-        for (const char *text :
-             {"4326", "EPSG:4326", "EPSG::4326", "epsg 4326", "+init=epsg:4326", "SRID=4326",
-              "urn:ogc:def:crs:EPSG::4326", "urn:ogc:def:crs:EPSG:6.9:4326", "\"EPSG:4326\"",
-              "http://www.opengis.net/def/crs/EPSG/0/4326", "http://www.opengis.net/gml/srs/epsg.xml#4326",
-              "WGS84", " wgs  84 ", "WGS 84 (EPSG:4326)", "Долгота / широта (WGS 84)",
-              "Longitude / Latitude (WGS 84)", "\"any name\\p4326\", 1, 104"})
+        for (const char *text : {"4326",
+                                 "EPSG:4326",
+                                 "EPSG::4326",
+                                 "epsg 4326",
+                                 "+init=epsg:4326",
+                                 "SRID=4326",
+                                 "urn:ogc:def:crs:EPSG::4326",
+                                 "urn:ogc:def:crs:EPSG:6.9:4326",
+                                 "\"EPSG:4326\"",
+                                 "http://www.opengis.net/def/crs/EPSG/0/4326",
+                                 "http://www.opengis.net/gml/srs/epsg.xml#4326",
+                                 "WGS84",
+                                 " wgs  84 ",
+                                 "WGS 84 (EPSG:4326)",
+                                 "Долгота / широта (WGS 84)",
+                                 "Longitude / Latitude (WGS 84)",
+                                 "\"any name\\p4326\", 1, 104",
+                                 "EPSG:4326;",
+                                 "4326,",
+                                 "[epsg:4326]",
+                                 "EPSG:4326 - WGS 84",
+                                 "WGS 84 [EPSG:4326]"})
             row(text, "epsg:4326");
         row("SRID=4326;POINT(37 55)", "epsg:4326", "POINT(37 55)");
         row("EPSG:27700+5701", "epsg:27700", "EPSG:27700");
         row("urn:ogc:def:crs,crs:EPSG::27700,crs:EPSG::5701", "epsg:27700", "EPSG:27700");
-        row("EPSG:7405", "epsg:7405", "плановая");
+        row("EPSG:7405", "epsg:7405", "Вертикальная");
         row("ETRS89 / UTM zone 32N", "epsg:25832");
         row("etrs89/utm zone 32n", "epsg:25832", "EPSG:25832");
+        row("WGS 1984 UTM Zone 37N", "epsg:32637", "EPSG:32637"); // as Esri's programs show it
+        row("WGS84 UTM 37N", "epsg:32637", "EPSG:32637");
+        row("google", "epsg:3857", "EPSG:3857");
+        row("СК-42", "epsg:4284", "EPSG:4284");
+        row("EPSG:9057@2016.47", "epsg:9057", "2016.47");
+        row("COORDINATEMETADATA[GEOGCRS[\"WGS 84\",DATUM[\"World Geodetic System 1984\",ELLIPSOID[\"WGS "
+            "84\",6378137,298.257223563]],CS[ellipsoidal,2],AXIS[\"lat\",north],AXIS[\"lon\",east],UNIT["
+            "\"degree\",0.0174532925199433]],EPOCH[2016.47]]",
+            R"(wkt:UNIT["degree",0.0174532925199433]])", "2016.47");
+        row("AUTO2:42001,1,-93,0", "wkt:]");
+        row("CRS84", R"(wkt:ID["OGC","CRS84"]])");
         row("NAD83", "epsg:4269"); // of the five systems with this name or alias the plain one
         row("ogc:crs84", R"(wkt:ID["OGC","CRS84"]])");
         row("CRS:84", R"(wkt:ID["OGC","CRS84"]])");
@@ -215,7 +242,11 @@ private Q_SLOTS:
         const auto row = [](const char *name, const QString &text, const char *piece) {
             QTest::newRow(name) << text << QString::fromUtf8(piece);
         };
-        row("near a name", QStringLiteral("WGS 85"), "WGS 84 (EPSG:4326)");
+        row("near a name", QStringLiteral("WGS 85"), "WGS 84) (EPSG:4326)");
+        row("near by words", QStringLiteral("utm 37n"), "WGS 84 / UTM zone 37N (EPSG:32637)");
+        row("several", QStringLiteral("swiss"), "EPSG:21781");
+        row("unpublished", QStringLiteral("МСК-50"), "не опубликованы");
+        row("feet", QStringLiteral("AUTO2:42001,0.3048,-93,0"), "AUTO2");
         row("near a code", QStringLiteral("EPSG:43260"), "EPSG:4326 (WGS 84)");
         row("near an authority", QStringLiteral("ESPG:4326"), "EPSG:4326");
         row("an alias of eight", QStringLiteral("KY1Z"), "EPSG:3088");
