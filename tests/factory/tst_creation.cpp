@@ -68,6 +68,8 @@ private Q_SLOTS:
         row("epsg:x", "ProjException", "Запрос proj строки для EPSG=0:");
         row("epsg:99999999999", "ProjException", "Запрос proj строки для EPSG=0:");
         row("EPSG:2147483647", "ProjException", "Запрос proj строки для EPSG=2147483647:");
+        row("prj:NonEarth Units \"m\" Affine Units \"m\", 1, 1, 0, 1, 1, 0", "invalid_argument",
+            "Вырожденное аффинное преобразование");
         row("epsg:102100", "ProjException", "Запрос proj строки для EPSG=102100:"); // ESRI's number
         row("epsg:4978", "runtime_error", "КС не имеет плановой части: EPSG:4978");
         row("epsg:5773", "runtime_error", "КС не имеет плановой части: EPSG:5773");
@@ -460,6 +462,11 @@ private Q_SLOTS:
         VERIFY_NEAR(cs->rectNumericCoordSys(), QRectF(0, 0, 10, 10), 0.0);
         VERIFY_NEAR(reset->rectNumericCoordSys(), DefaultRectLatLonMapinfo, 0.0);
         QVERIFY(reset->isEqual(cs, true));
+        cs->setEpsg(12345);
+        cs->setAffineTransform(std::make_unique<QTransform>(2, 0, 0, 2, 0, 0));
+        const CoordSystemPtr bent = factory()->resetRectCsToDefault(cs);
+        QVERIFY(bent->epsg() == 12345 && bent->affineTransform());
+        VERIFY_NEAR(bent->rectNumericCoordSys(), QRectF(-2000, -2000, 4000, 4000), 0.0);
     }
 };
 

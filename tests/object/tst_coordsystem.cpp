@@ -70,6 +70,13 @@ private Q_SLOTS:
         QVERIFY(cs.PJ_Proj4_Internal() == cs.PJ_Proj4());
         QPointF out;
         QVERIFY(cs.forward(QPointF(39, 0), out) && qAbs(out.x()) < 1e-6);
+        QVERIFY(!cs.isLatLong());
+        cs.setProj4(proj4FromString("+proj=longlat +datum=WGS84"_s));
+        QVERIFY(cs.isLatLong()); // asked before, found anew
+        const CoordSystemPtr stated = made("wkt:"_s + made("epsg:32637")->exportToWkt());
+        QCOMPARE(stated->epsg(), 32637);
+        stated->setSourceParameters({CoordSystem::Wkt, made("epsg:32638")->exportToWkt()});
+        QCOMPARE(stated->epsg(), 32638);
         QVERIFY(!made("proj:+proj=merc +R=6370997 +units=m")->isNonEarth()); // the sphere alone is no plan
     }
 

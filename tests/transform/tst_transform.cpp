@@ -136,6 +136,7 @@ private Q_SLOTS:
         const CoordTransform t(made(utm37), made(utm37));
         QVERIFY(t.isEqualsCS());
         QCOMPARE(coordTransformCache().size(), before);
+        QVERIFY(!CoordTransform(made("epsg:3006"), made("epsg:25833")).isEqualsCS()); // one record, two codes
         VERIFY_BOTH_WAYS(t, QPointF(1e30, -1e30), QPointF(1e30, -1e30), 0.0, 0.0);
         QRectF rect;
         QVERIFY(t.inverse(QRectF(1, 2, 3, 4), rect));
