@@ -6,7 +6,6 @@
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/OsrHandle_p.h>
 #include <coordsys/ProjectionParamsManager.h>
-#include <coordsys/SpatialReferenceText_p.h>
 #include <coordsys/SystemIdentity_p.h>
 #include <platform/Logger.h>
 

@@ -13,9 +13,9 @@ namespace nivora::cs {
 
 /// The systems that a factory made last, by the text or code that they were made from: who asks for one again
 /// gets a new system that shares the engines' objects, at a hundredth of the cost. Emptied when any catalogue
-/// of the process changes. Holds at most 2 * generation systems (some 20 KB each): 10,000
-/// different ones made and dropped leave 8 MB with what the engines remember, and 16 MB is the bound.
-/// Thread-safe; systems are made and destroyed unlocked, since both take the PROJ lock.
+/// of the process changes. Holds at most 2 * generation systems (some 20 KB each): with what the
+/// engines remember, 10,000 different ones made and dropped leave less than 16 MB. Thread-safe; systems are
+/// made and destroyed unlocked, since both take the PROJ lock.
 class MadeSystems
 {
 public:
