@@ -132,7 +132,8 @@ public:
                p.y() >= m_rect.top() - m_slackY && p.y() <= m_rect.bottom() + m_slackY;
     }
 
-    /// The place of a planar point; false unless its image is that point, within a part of \p cell.
+    /// The place of a planar point; false unless its image is that point, within a part of \p cell or, where
+    /// cells are finer than the engine's inverses, a millimetre on the ground.
     bool place(const QPointF &planar, const QSizeF &cell, QPointF &lonLat) const
     {
         QPointF found;
@@ -142,8 +143,9 @@ public:
         QPointF off = back - planar;
         if (m_area.period > 0.0)
             off.setX(std::remainder(off.x(), m_area.period));
-        if (!(std::fabs(off.x()) <= returnTolerance * cell.width() &&
-              std::fabs(off.y()) <= returnTolerance * cell.height()))
+        const bool inCell = std::fabs(off.x()) <= returnTolerance * cell.width() &&
+                            std::fabs(off.y()) <= returnTolerance * cell.height();
+        if (!inCell && !(lengthOf(off) <= millimetreAt(found, back)))
             return false;
         lonLat = found;
         return true;
@@ -156,6 +158,18 @@ public:
     }
 
 private:
+    static double lengthOf(const QPointF &p) { return std::hypot(p.x(), p.y()); }
+
+    /// A millimetre on the ground in the plane's unit, at a place and its image; NaN when it cannot be told.
+    double millimetreAt(const QPointF &lonLat, const QPointF &planar) const
+    {
+        constexpr double millimetre = 1e-8; // degrees of latitude
+        constexpr double step = 1e-5;       // a metre, which the engine's noise does not blur
+        QPointF aside(qQNaN(), qQNaN());
+        m_area.toPlane(QPointF(lonLat.x(), lonLat.y() - std::copysign(step, lonLat.y())), aside);
+        return lengthOf(aside - planar) * (millimetre / step);
+    }
+
     const PlanarArea &m_area;
     QRectF m_rect;
     double m_slackX;

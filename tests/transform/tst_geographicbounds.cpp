@@ -111,6 +111,23 @@ private Q_SLOTS:
                      qPrintable(QString::number(reached)));
     }
 
+    /// A rectangle finer than the engine's inverses still has its place: to a centimetre.
+    void aDecimetre()
+    {
+        for (const char *system : {"EPSG:3575", "EPSG:3576", "EPSG:32637", "EPSG:3035",
+                                   R"(prj:Earth Projection 8, 1001, "m", 39, 0, 1, 7500000, 0)"}) {
+            const CoordTransform transform(m_factory->createFromTaggedString(QLatin1String(system)),
+                                           m_factory->latLongWgs84CoordSystem());
+            QPointF corner, middle;
+            QVERIFY(transform.inverse(QPointF(38.5, 62.5), corner));
+            const QRectF rect(corner, QSizeF(0.1, 0.1));
+            GeographicBounds found;
+            QVERIFY2(transform.geographicBounds(rect, found), system);
+            QVERIFY(transform.forward(rect.center(), middle));
+            QVERIFY2(found.contains(middle.x(), middle.y()) && found.width() < 1e-5, system);
+        }
+    }
+
     void twoRectanglesAcross180()
     {
         GeographicBounds fiji;
