@@ -22,7 +22,7 @@ void listenForSignals()
 {
     struct sigaction action = {};
     action.sa_handler = noteInterruption;
-    action.sa_flags = SA_RESETHAND | SA_RESTART;
+    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
     struct sigaction before = {};
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) // as under nohup

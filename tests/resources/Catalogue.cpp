@@ -25,13 +25,18 @@ std::vector<Item> items(int step)
     return result;
 }
 
+/// g++ and clang say it differently.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool isSanitized = true;
+#elif defined(__has_feature)
+constexpr bool isSanitized = __has_feature(address_sanitizer);
+#else
+constexpr bool isSanitized = false;
+#endif
+
 int sampleStep()
 {
-#ifdef __SANITIZE_ADDRESS__
-    const int usual = 20;
-#else
-    const int usual = 1;
-#endif
+    const int usual = isSanitized ? 20 : 1;
     bool isSet = false;
     const int step = qEnvironmentVariableIntValue("NIVORA_TEST_STEP", &isSet);
     return isSet && step > 0 ? step : usual;

@@ -153,7 +153,7 @@ private Q_SLOTS:
 
     void everydaySystemFirst()
     {
-        const auto [codes] = support::row<QVector<int>>();
+        const auto codes = std::get<0>(support::row<QVector<int>>());
         for (const auto &[params, group] : groups()) {
             const auto last = std::find_if(group.begin(), group.end(),
                                            [&](const auto &entry) { return entry.epsg() == codes.last(); });
