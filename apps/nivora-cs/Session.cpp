@@ -100,5 +100,3 @@ Session::Session(const CommandLine &line)
         throw startUpFailure(resources, QObject::tr("no reason is known"));
     CoordSysFactory::setDefaultCoordSysFactory(m_factory);
 }
-
-Session::~Session() { CoordSysFactory::setDefaultCoordSysFactory(nullptr); }
