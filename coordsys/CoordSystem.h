@@ -191,8 +191,8 @@ public:
     void setDescription(const QString &description);
     /// The answer of epsg(), except for a system made from an EPSG code. Not checked.
     void setEpsg(int epsg);
-    /// What the system is known by, and what transformations are made from. Unit and computed bounds that were
-    /// asked before stay as they are, also when reference or object are set: set all three first.
+    /// What the system is known by, and what transformations are made from. Unit and computed bounds that
+    /// were asked before stay as they are, also when reference or object are set: set all three first.
     void setSourceParameters(const SourceData &source);
     void setOGRSpatialReference(std::shared_ptr<void> srs);
     /// Also makes the object without datum shift that forward() and inverse() use. Throws ProjException when

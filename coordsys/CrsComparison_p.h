@@ -11,8 +11,8 @@ namespace nivora::cs {
 bool isRegisteredSystem(PJ_CONTEXT *context, const PJ *crs, const PJ *registered);
 
 /// True when both have the same unit, axes, prime meridian, method, parameters (1e-9 of their size) and
-/// ellipsoid (1 mm), or other methods that PROJ computes by one formula, so that the same numbers mean the same place on one datum. Needs the lock of the
-/// context.
+/// ellipsoid (1 mm), or other methods that PROJ computes by one formula, so that the same numbers mean the
+/// same place on one datum. Needs the lock of the context.
 bool isSamePlane(PJ_CONTEXT *context, const PJ *a, const PJ *b);
 
 /// The ellipsoid's axes differ by less than a millimetre.

@@ -75,7 +75,8 @@ Dataset OutputFormat::create(const QString &path, const OutputLayer &layer) cons
     if (layer.mapInfo && isTable() && layer.mapInfo->needsLongHeader)
         list = CSLSetNameValue(list, "BLOCKSIZE", "1024"); // the header is a block
     const OptionList options(list, CSLDestroy);
-    return Dataset(GDALCreate(m_driver, QFile::encodeName(path).constData(), 0, 0, 0, GDT_Unknown, options.get()));
+    return Dataset(
+        GDALCreate(m_driver, QFile::encodeName(path).constData(), 0, 0, 0, GDT_Unknown, options.get()));
 }
 
 OGRLayerH OutputFormat::createLayer(GDALDatasetH dataset, const OutputLayer &layer) const
@@ -91,7 +92,8 @@ QStringList OutputFormat::filesOf(const QString &path) const
     const GdalMessages messages; // it may be damaged
     const QByteArray driver = name().toUtf8();
     const char *const drivers[] = {driver.constData(), nullptr};
-    const Dataset dataset(GDALOpenEx(QFile::encodeName(path).constData(), GDAL_OF_VECTOR, drivers, nullptr, nullptr));
+    const Dataset dataset(
+        GDALOpenEx(QFile::encodeName(path).constData(), GDAL_OF_VECTOR, drivers, nullptr, nullptr));
     if (!dataset)
         return {};
     const OptionList list(GDALGetFileList(dataset.get()), CSLDestroy);
