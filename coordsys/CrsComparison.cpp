@@ -95,34 +95,63 @@ bool isSameDatum(PJ_CONTEXT *context, const PJ *a, const PJ *b)
            proj_is_equivalent_to_with_ctx(context, mine.get(), theirs.get(), PJ_COMP_EQUIVALENT);
 }
 
+/// Around a pole both axes run along meridians, to the south or to the north; PROJ computes them as east and
+/// north, which some texts call them.
+QStringList computedDirections(PJ_CONTEXT *context, const PJ *crs)
+{
+    const QStringList directions = axisDirections(context, crs);
+    const bool isPolar = directions.size() == 2 && directions.first() == directions.last();
+    return isPolar ? QStringList{QStringLiteral("east"), QStringLiteral("north")} : directions;
+}
+
 bool isSameAxes(PJ_CONTEXT *context, const PJ *a, const PJ *b)
 {
-    return axisDirections(context, a) == axisDirections(context, b) &&
+    return computedDirections(context, a) == computedDirections(context, b) &&
            close(axisFactor(context, a), axisFactor(context, b));
 }
 
-bool hasName(PJ_CONTEXT *context, const QString &datum)
+using ObjectList = std::unique_ptr<PJ_OBJ_LIST, ListDestroy>;
+
+ObjectList datumsNamed(PJ_CONTEXT *context, const QString &name)
 {
     constexpr PJ_TYPE types[] = {PJ_TYPE_GEODETIC_REFERENCE_FRAME, PJ_TYPE_DYNAMIC_GEODETIC_REFERENCE_FRAME,
                                  PJ_TYPE_DATUM_ENSEMBLE};
-    const QByteArray name = datum.toUtf8();
-    const std::unique_ptr<PJ_OBJ_LIST, ListDestroy> found(
-        proj_create_from_name(context, nullptr, name.constData(), types, std::size(types), 0, 1, nullptr));
-    return found && proj_list_get_count(found.get()) > 0;
+    constexpr int enough = 10;
+    return ObjectList(proj_create_from_name(context, nullptr, name.toUtf8().constData(), types,
+                                            std::size(types), 0, enough, nullptr));
 }
 
 /// "Pulkovo_1942" and "D_Pulkovo_1942" are names of "Pulkovo 1942".
-bool isKnownDatum(PJ_CONTEXT *context, const PJ *crs)
+QStringList spellingsOf(const PJ *datum)
 {
-    const PjHandle datum = ownPj(proj_crs_get_datum_forced(context, crs));
-    if (!datum)
-        return false;
-    const QString name = QString::fromUtf8(proj_get_name(datum.get()));
+    const QString name = QString::fromUtf8(proj_get_name(datum));
     QString plain = name;
     if (plain.startsWith(QLatin1String("D_")))
         plain.remove(0, 2);
     plain.replace(QLatin1Char('_'), QLatin1Char(' '));
-    return hasName(context, name) || hasName(context, plain);
+    return {name, plain};
+}
+
+/// True when the database knows a datum by the name that \p crs has for its own, but not that of
+/// \p registered.
+bool namesAnotherDatum(PJ_CONTEXT *context, const PJ *crs, const PJ *registered)
+{
+    const PjHandle mine = ownPj(proj_crs_get_datum_forced(context, crs));
+    const PjHandle theirs = ownPj(proj_crs_get_datum_forced(context, registered));
+    if (!mine || !theirs)
+        return false;
+    const auto wanted = codeOf(theirs.get(), QLatin1String("EPSG"));
+    bool isKnown = false;
+    for (const QString &name : spellingsOf(mine.get())) {
+        const ObjectList found = datumsNamed(context, name);
+        for (int i = 0; found && i < proj_list_get_count(found.get()); ++i) {
+            isKnown = true;
+            const PjHandle datum = ownPj(proj_list_get(context, found.get(), i));
+            if (wanted && codeOf(datum.get(), QLatin1String("EPSG")) == wanted)
+                return false;
+        }
+    }
+    return isKnown;
 }
 
 /// PROJ reads each web Mercator that WKT 1 can say as the one on WGS 84: a Mercator of the sphere whose
@@ -175,7 +204,8 @@ bool isRegisteredSystem(PJ_CONTEXT *context, const PJ *crs, const PJ *registered
         isSameWebMercator(context, mine.get(), theirs.get()))
         return true;
     return isSamePlane(context, mine.get(), theirs.get()) &&
-           (isSameDatum(context, mine.get(), theirs.get()) || !isKnownDatum(context, mine.get()));
+           (isSameDatum(context, mine.get(), theirs.get()) ||
+            !namesAnotherDatum(context, mine.get(), theirs.get()));
 }
 
 } // namespace nivora::cs

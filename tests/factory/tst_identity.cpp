@@ -159,7 +159,8 @@ private Q_SLOTS:
             4326);
         // WKT 1 has no name for some methods and spheres. Of Krovak's it leaves the axes open, which PROJ
         // takes for others: GDAL offers 5513 for its name, 25 % sure.
-        for (const auto &[registered, found] : {std::pair(3785, 3785), {9311, 9311}, {5513, none}})
+        for (const auto &[registered, found] :
+             {std::pair(3785, 3785), {9311, 9311}, {3408, 3408}, {3409, 3409}, {5513, none}})
             row((QStringLiteral("wkt:") +
                  wktOf(made(QStringLiteral("epsg:%1").arg(registered)), PJ_WKT1_GDAL))
                     .toUtf8(),
