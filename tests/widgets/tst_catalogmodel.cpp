@@ -112,7 +112,8 @@ private Q_SLOTS:
         filter.setText(text);
         QCOMPARE(filter.isPending(), filter.isFiltering()); // nothing is read while one types
         QCOMPARE(filter.rowCount(), 0);
-        QTRY_VERIFY(!filter.isPending()); // the model's thread tells, the list fills itself
+        QTRY_VERIFY_WITH_TIMEOUT(!filter.isPending(),
+                                 30000); // the model's thread tells, the list fills itself
         const QModelIndex first = filter.index(0, 0);
         QCOMPARE(first.isValid() ? codeOf(first) : CoordSystem::EPSG_UNDEFINDED, firstCode);
         QCOMPARE(filter.mapFromSource(filter.mapToSource(first)), first);
