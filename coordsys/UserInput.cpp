@@ -110,7 +110,7 @@ public:
         : m_factory(factory)
     {}
 
-    UserInput read(const QString &text);
+    UserInput read(const QString &input);
 
 private:
     struct Notation
@@ -152,12 +152,12 @@ private:
     static QString tagOf(const QString &text);
     CoordSystemPtr fromInit(const QString &proj);
     CoordSystemPtr fromDefinition(const QString &definition, const QString &shown);
-    CoordSystemPtr fromCode(const CodeReference &code);
+    CoordSystemPtr fromCode(const CodeReference &given);
     CoordSystemPtr fromNumber(const QString &number);
     CoordSystemPtr fromEntry(const CoordSystemParams &entry);
     CoordSystemPtr onlyOne(const QVector<NamedSystem> &systems, const QString &text);
     CoordSystemPtr fromNamed(const NamedSystem &named);
-    CodeReference canonical(const CodeReference &code) const;
+    CodeReference canonical(const CodeReference &given) const;
     void noteCompound(const CodeText &codes);
     void noteCoordSys(const QString &prj);
     void noteIdentity(const CoordSystem &system);

@@ -15,7 +15,6 @@
 
 #include <cmath>
 
-using nivora::cs::BulkTransform;
 using nivora::cs::CoordSystemPtr;
 using nivora::cs::CoordTransform;
 using nivora::cs::MapHeaderCoordsysConverter;

@@ -169,6 +169,7 @@ void LayerCopy::noteFieldLoss(OGRFieldDefnH wanted, int index)
     const QString wantedName = text(OGR_Fld_GetNameRef(wanted));
     const QString madeName = text(OGR_Fld_GetNameRef(made));
     if (wantedName != madeName)
+        // NOLINTNEXTLINE(modernize-raw-string-literal): the extraction of texts reads this form
         m_losses.add(QObject::tr("the column \"%1\" gets the name \"%2\"").arg(wantedName, madeName));
     if (OGR_Fld_GetType(wanted) != OGR_Fld_GetType(made))
         m_losses.add(QObject::tr("the column \"%1\" is %2, not %3")

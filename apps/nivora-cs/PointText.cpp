@@ -38,9 +38,10 @@ const char *skipSeparator(const char *p, const char *end)
 
 bool endsColumn(const char *p, const char *end) { return p == end || isSeparator(*p); }
 
-void setColumns(Columns &columns, const char *xEnd, const char *yBegin, const char *yEnd, const char *end)
+void setColumns(Columns &columns, const char *xEnd, const char *yStart, const char *yEnd, const char *end)
 {
-    columns.second.before = view(xEnd, yBegin);
+    // NOLINTNEXTLINE(readability-suspicious-call-argument): what is between begins where x ends
+    columns.second.before = view(xEnd, yStart);
     columns.rest = view(yEnd, end);
     columns.located = true;
 }
