@@ -129,7 +129,7 @@ QStringList spellingsOf(const PJ *datum)
     if (plain.startsWith(QLatin1String("D_")))
         plain.remove(0, 2);
     plain.replace(QLatin1Char('_'), QLatin1Char(' '));
-    return {name, plain};
+    return plain == name ? QStringList{name} : QStringList{name, plain};
 }
 
 /// True when the database knows a datum by the name that \p crs has for its own, but not that of
