@@ -14,9 +14,9 @@
 namespace nivora::cs {
 
 class CoordSysRect;
-class MadeSystems;
+class CoordSystemCache;
 class MapinfoCoordSystem;
-class SystemIdentity;
+class CrsDefinition;
 class UserCoordSystem;
 struct MIUnitConvParam;
 
@@ -152,7 +152,7 @@ public:
     QString userDescription(const CoordSystem &cs) const override;
 
 private:
-    struct Lifeline;
+    struct FactoryGuard;
 
     CoordSystemPtr unnamedFromProj(const QString &proj) const;
     CoordSystemPtr unnamedFromPrj(const QString &prj) const;
@@ -162,10 +162,10 @@ private:
     CoordSystemPtr namedFromWkt(const QString &wkt) const;
     CoordSystemPtr unnamedFromEpsg(int epsg) const;
     CoordSystemPtr cataloguedEpsg(const QString &prj, int epsg) const;
-    static void convertByItself(CoordSystem &cs, const QString &proj);
+    static void useCrsProjection(CoordSystem &cs, const QString &proj);
     static CoordSystemPtr unnamedFromWkt(const std::shared_ptr<void> &srs,
-                                         const std::shared_ptr<const SystemIdentity> &identity);
-    static CoordSystemPtr fromIdentity(const std::shared_ptr<const SystemIdentity> &identity);
+                                         const std::shared_ptr<const CrsDefinition> &identity);
+    static CoordSystemPtr fromIdentity(const std::shared_ptr<const CrsDefinition> &identity);
     CoordSystemPtr standard(CoordSystemPtr &kept, const QString &prj) const;
     void makeStandards() const;
     void makeCatalogues();
@@ -184,8 +184,9 @@ private:
     std::atomic<bool> m_hasStandards{false};          ///< start-up succeeded once
     mutable QReadWriteLock m_lock;                    ///< one writer of m_current at a time
     bool m_wasStarted = false;
-    std::unique_ptr<MadeSystems> m_made;
-    std::shared_ptr<Lifeline> m_lifeline; ///< what the MapInfo catalogue's creator holds instead of `this`
+    std::unique_ptr<CoordSystemCache> m_made;
+    std::shared_ptr<FactoryGuard>
+        m_lifeline; ///< what the MapInfo catalogue's creator holds instead of `this`
 };
 
 /// Installs the affine transformation whose matrix is m11, m12, m21, m22, dx, dy, in this order. With no

@@ -21,8 +21,8 @@ namespace nivora::cs {
 
 class ProjectionParamsManager;
 class CatalogueName;
-class SystemIdentity;
-struct EngineStep;
+class CrsDefinition;
+struct ProjOperation;
 struct MIUnitConvParam;
 
 /// A coordinate system: a GDAL spatial reference, a PROJ object, the text it was made from, and what is known
@@ -210,8 +210,8 @@ private:
     friend class CoordSysFactory;
     friend class CoordTransformCache;
     friend class SystemFacts;
-    friend class MadeSystems;
-    using IdentityPtr = std::shared_ptr<const SystemIdentity>;
+    friend class CoordSystemCache;
+    using IdentityPtr = std::shared_ptr<const CrsDefinition>;
 
     using LazyRect = nivora::utils::CachedValue<QRectF, std::function<QRectF()>>;
     using LazyFlag = nivora::utils::CachedValue<bool, std::function<bool()>>;
@@ -225,7 +225,7 @@ private:
     std::uint64_t state() const { return m_state; }
     void noteChange();
     /// The conversion of forward() and inverse() instead of the one that setProj4() makes.
-    void setPlane(std::shared_ptr<const EngineStep> plane);
+    void setPlane(std::shared_ptr<const ProjOperation> plane);
     void setIdentity(IdentityPtr identity) const;
     /// Made on first call; null when the source is no text that PROJ knows a system by.
     IdentityPtr identity() const;
@@ -239,7 +239,7 @@ private:
     IdentityPtr registeredIdentity() const;
     IdentityPtr namedIdentity() const;
     IdentityPtr writableIdentity() const;
-    bool isPlaneOf(int code, const SystemIdentity &registered) const;
+    bool isPlaneOf(int code, const CrsDefinition &registered) const;
     bool hasShift() const;
     QRectF computeRect() const;
     QRectF withAffine(const QRectF &rect) const;
@@ -271,7 +271,7 @@ private:
     mutable std::shared_ptr<void> m_givenSrs; ///< under m_lock
     mutable std::atomic<void *> m_given{nullptr};
     std::shared_ptr<PJ> m_pj;
-    std::shared_ptr<const EngineStep>
+    std::shared_ptr<const ProjOperation>
         m_plane;                        ///< what converts; the main object unless that shifts the datum
     mutable IdentityPtr m_identity;     ///< under m_lock
     mutable bool m_hasIdentity = false; ///< under m_lock; a failure is remembered too

@@ -14,7 +14,7 @@ class QDomElement;
 
 namespace nivora::cs {
 
-struct LookUpFacts;
+struct CrsFingerprint;
 
 /// The coordinate systems that a user keeps, in named branches, stored in "UserCoordSystem.xml".
 /// An entry keeps its source text verbatim, whether or not a system can be made from it. The systems of
@@ -59,7 +59,7 @@ public:
     private:
         friend class UserCoordSystem;
         struct System;
-        bool mayEqual(const LookUpFacts &facts) const;
+        bool mayEqual(const CrsFingerprint &facts) const;
 
         CoordSystemTypes::SourceData m_source;
         QString m_description;

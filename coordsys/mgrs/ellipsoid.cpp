@@ -1,6 +1,6 @@
 #include "ellipsoid.h"
 
-#include "grids_p.h"
+#include "arithmetic/grids_p.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,6 +1,6 @@
 #include "mgrs.h"
 
-#include "grids_p.h"
+#include "arithmetic/grids_p.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #include "utm.h"
 
-#include "grids_p.h"
+#include "arithmetic/grids_p.h"
 
 namespace mgrs {
 namespace {

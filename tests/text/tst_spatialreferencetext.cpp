@@ -1,4 +1,4 @@
-#include <coordsys/DriverText_p.h>
+#include "DriverText_p.h"
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/SpatialReferenceText.h>
 
@@ -158,7 +158,7 @@ private Q_SLOTS:
     void driverReadsThePlane()
     {
         const auto [prj, text, proj] = support::row<QString, QString, QString>();
-        const QString handed = prjForDriver(MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj));
+        const QString handed = mitabCoordSys(MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj));
         if (!text.isEmpty())
             QCOMPARE(handed, "Earth Projection "_s + text);
         QVERIFY(support::near(plane(import(handed), -121.5, 40.5), plane(import(proj), -121.5, 40.5),

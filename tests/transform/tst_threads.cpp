@@ -1,7 +1,7 @@
 #include <object/FirstCalls.h>
 
+#include "CoordTransformCache_p.h"
 #include <coordsys/CoordTransform.h>
-#include <coordsys/CoordTransformCache_p.h>
 
 #include <atomic>
 #include <thread>

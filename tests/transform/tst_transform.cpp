@@ -2,8 +2,8 @@
 
 #include <support/Support.h>
 
+#include "CoordTransformCache_p.h"
 #include <coordsys/CoordTransform.h>
-#include <coordsys/CoordTransformCache_p.h>
 #include <coordsys/DefaultRects.h>
 #include <coordsys/ProjectionParamsManager.h>
 #include <coordsys/ShiftQuality.h>

@@ -1,0 +1,515 @@
+#include <coordsys/MapinfoCoordSystem.h>
+
+#include "CatalogueRevision_p.h"
+#include "InputFile_p.h"
+#include "MapinfoIndex_p.h"
+#include "MapinfoScanner_p.h"
+#include <coordsys/CatalogueSource.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/MapinfoPrjReader.h>
+#include <platform/Logger.h>
+#include <platform/Utils.h>
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QMutexLocker>
+#include <QObject>
+#include <QReadLocker>
+#include <QTextCodec>
+#include <QTextStream>
+#include <QThreadPool>
+#include <QWaitCondition>
+#include <QWriteLocker>
+#include <QtConcurrent>
+
+#include <algorithm>
+#include <cstdlib>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+namespace nivora::cs {
+namespace {
+
+bool hasRussianLetter(const QString &text)
+{
+    static const QString letters =
+        QString::fromUtf8("абвгдеёжзийклмнопрстуфхцчшщъыьэюяАБВГДЕЁЖЗИЙКЛМНОПРСТУФХЦЧШЩЪЫЬЭЮЯ");
+    return std::any_of(text.begin(), text.end(), [](QChar c) { return letters.contains(c); });
+}
+
+/// A cone with two standard parallels is the same in either order of them.
+void sortParallels(TABProjInfo_t &record)
+{
+    constexpr std::uint8_t conics[] = {3, 6, 9, 19}; // Lambert's, equidistant, Albers', the Belgian one
+    double *parallels = record.adProjParams + 2;
+    if (std::find(std::begin(conics), std::end(conics), record.nProjId) != std::end(conics) &&
+        parallels[0] > parallels[1])
+        std::swap(parallels[0], parallels[1]);
+}
+
+/// The same record, a user's datum by its figures.
+bool isSameSystem(TABProjInfo_t entry, TABProjInfo_t record)
+{
+    sortParallels(entry);
+    sortParallels(record);
+    if (isUserDatum(record.nDatumId))
+        entry.nDatumId = record.nDatumId;
+    return MapHeaderCoordsysConverter::compareTabProjInfo(entry, record, false, false);
+}
+
+/// Appends the categories of a catalogue to \p categories, those without entries left out. Returns the number
+/// of entries read.
+int readCategories(QTextStream &stream, QList<CoordSystemParamsList> &categories)
+{
+    MapinfoPrjReader reader(&stream);
+    CoordSystemParamsList current;
+    int count = 0;
+    const auto flush = [&] {
+        if (!current.entries.isEmpty())
+            categories.append(current);
+    };
+    while (reader.readNext()) {
+        const QStringRef heading = reader.capturedCategoryName();
+        if (!heading.isNull()) {
+            flush();
+            current = CoordSystemParamsList{{}, heading.toString()};
+        } else {
+            current.entries.append(reader.prj());
+            ++count;
+        }
+    }
+    flush();
+    return count;
+}
+
+/// The background fills of the process. They end before the engines and Qt take themselves apart: a fill
+/// works with both. Never destroyed.
+class BackgroundFills
+{
+public:
+    static BackgroundFills &instance()
+    {
+        static BackgroundFills &made = *new BackgroundFills;
+        return made;
+    }
+
+    /// What a fill is given when it is asked for; it may run while the number is still the current one.
+    unsigned round() const { return m_round; }
+    bool isCurrent(unsigned round) const { return round == m_round; }
+    /// False when the fill must not start any more; else leave() must follow.
+    bool enter(unsigned round)
+    {
+        const QMutexLocker lock(&m_lock);
+        if (!isCurrent(round))
+            return false;
+        ++m_running;
+        return true;
+    }
+    void leave()
+    {
+        const QMutexLocker lock(&m_lock);
+        --m_running;
+        m_left.wakeAll();
+    }
+    /// Ends the fills that run or wait for a thread. The wait is bounded: whoever ends the process may hold a
+    /// lock that a fill needs.
+    void stop()
+    {
+        const QMutexLocker lock(&m_lock);
+        ++m_round;
+        const QDeadlineTimer patience(longestWaitMs);
+        while (m_running > 0 && m_left.wait(&m_lock, patience)) {
+        }
+    }
+    /// What is made later is taken apart earlier, so this is called again as a fill makes the engines'
+    /// statics.
+    static void stopAtExit()
+    {
+        std::atexit([] { instance().stop(); });
+    }
+
+private:
+    static constexpr int longestWaitMs = 3000;
+
+    QMutex m_lock; ///< guards m_running
+    QWaitCondition m_left;
+    int m_running = 0;
+    std::atomic<unsigned> m_round{0};
+};
+
+/// A stream takes these for marks of an encoding.
+bool hasByteOrderMark(const QByteArray &bytes)
+{
+    return bytes.startsWith("\xEF\xBB\xBF") || bytes.startsWith("\xFE\xFF") || bytes.startsWith("\xFF\xFE") ||
+           bytes.startsWith('\0');
+}
+
+int readCategories(QFile &file, const QByteArray &codec, QList<CoordSystemParamsList> &categories)
+{
+    const QByteArray bytes = file.readAll();
+    if (!hasByteOrderMark(bytes)) {
+        QString text = QTextCodec::codecForName(codec)->toUnicode(bytes);
+        const int count =
+            scanCategories(text.replace(QLatin1String("\r\n"), QLatin1String("\n")), categories);
+        if (count >= 0)
+            return count;
+    }
+    QTextStream stream(bytes);
+    stream.setCodec(codec.constData());
+    return readCategories(stream, categories);
+}
+
+bool isPowerOfTwo(unsigned n) { return n != 0 && (n & (n - 1)) == 0; }
+
+} // namespace
+
+// A catalogue begins with a heading in Russian or in plain ASCII. Windows-1251 bytes read as UTF-8 turn into
+// replacement characters, and the UTF-8 bytes of those read as Windows-1251 spell a Russian letter.
+QByteArray codecNameForTextFile(const QString &path)
+{
+    static const QByteArray utf8 = QByteArrayLiteral("UTF-8");
+    QFile file(path);
+    if (!openInput(file).isEmpty())
+        return utf8;
+    QTextStream stream(&file);
+    stream.setCodec(utf8.constData());
+    const QString line = stream.readLine();
+    if (line.isEmpty() || hasRussianLetter(line))
+        return utf8;
+    const QTextCodec *windows = QTextCodec::codecForName("Windows-1251");
+    return windows && hasRussianLetter(windows->toUnicode(line.toUtf8())) ? windows->name() : utf8;
+}
+
+MapinfoCoordSystem::MapinfoCoordSystem(Creator creator)
+    : m_creator(std::move(creator))
+{}
+
+MapinfoCoordSystem::~MapinfoCoordSystem()
+{
+    try {
+        clear();
+    } catch (...) {
+        LOG_ERROR(
+            QObject::tr("Ошибка при освобождении ресурсов %0").arg(QStringLiteral("MapinfoCoordSystem")));
+    }
+}
+
+bool MapinfoCoordSystem::loadFromPRJ(const QDir &dir, const QString &language)
+{
+    return loadFromPRJ(QFileInfo(dir, QStringLiteral("projections_%1.prj").arg(language)));
+}
+
+bool MapinfoCoordSystem::loadFromPRJ(const QFileInfo &file)
+{
+    QList<CoordSystemParamsList> categories = m_categories;
+    QFile source(nivora::utils::lookUpExistingFileInDirectory(file).absoluteFilePath());
+    if (!openInput(source).isEmpty())
+        throw std::runtime_error(QObject::tr("Не могу открыть файл %1").arg(file.fileName()).toStdString());
+    LOG_INFO(QObject::tr("Файл с проекциями: %1").arg(source.fileName()));
+
+    const int count = readCategories(source, codecNameForTextFile(source.fileName()), categories);
+    LOG_DEBUG(QObject::tr("Категорий: %1, Проекций: %2")
+                  .arg(QString::number(categories.size()), QString::number(count)));
+    const int known = m_categories.size();
+    m_categories = std::move(categories);
+    noteCodes(known);
+    ++catalogueRevision();
+    {
+        const QWriteLocker lock(&m_lock);
+        m_index.reset(); // speaks of the entries before this file
+    }
+    return true;
+}
+
+const CoordSystemParams *MapinfoCoordSystem::entry(int category, int index) const
+{
+    if (category < 0 || category >= m_categories.size())
+        return nullptr;
+    const QList<CoordSystemParams> &entries = m_categories.at(category).entries;
+    return index >= 0 && index < entries.size() ? &entries.at(index) : nullptr;
+}
+
+QString MapinfoCoordSystem::getStrMB(int category, int index) const
+{
+    if (category < 0 || category >= m_categories.size())
+        throw std::out_of_range(
+            QObject::tr("Каталог координатных систем MapInfo не содержит категории с номером %1")
+                .arg(category)
+                .toStdString());
+    const CoordSystemParams *found = entry(category, index);
+    if (!found)
+        throw std::out_of_range(
+            QObject::tr(
+                "Каталог координатных систем MapInfo не содержит координатной системы с индексом %1,%2")
+                .arg(QString::number(category), QString::number(index))
+                .toStdString());
+    return prjFromParams(found->params, QStringLiteral(", "));
+}
+
+CoordSystemPtr MapinfoCoordSystem::getProj(int category, int index) const
+{
+    {
+        const QReadLocker lock(&m_lock);
+        const auto cached = m_cache.find({category, index});
+        if (cached != m_cache.end())
+            return cached->second;
+    }
+    return tryAddToCache(category, index);
+}
+
+CoordSystemPtr MapinfoCoordSystem::getProj(const Position &position) const
+{
+    return getProj(position.first, position.second);
+}
+
+CoordSystemPtr MapinfoCoordSystem::tryAddToCache(int category, int index) const
+{
+    const CoordSystemPtr cs = m_creator(getStrMB(category, index));
+    const CoordSystemParams *found = entry(category, index);
+    if (m_cancelled || !found || !cs)
+        return nullptr;
+    cs->setDescription(found->name());
+    if (found->epsg() != CoordSystem::EPSG_UNDEFINDED)
+        cs->setEpsg(found->epsg());
+
+    const QWriteLocker lock(&m_lock);
+    if (!m_cancelled) // asked again under the lock, so that nothing enters the cache behind clear()
+        m_cache.emplace(Position(category, index), cs);
+    return cs;
+}
+
+void MapinfoCoordSystem::initInternalCache()
+{
+    BackgroundFills &fills = BackgroundFills::instance();
+    QThreadPool::globalInstance(); // made before the handler, so it waits for its tasks after it
+    BackgroundFills::stopAtExit();
+    qAddPostRoutine([] { BackgroundFills::instance().stop(); }); // the application's end waits for the pool
+    m_fillStopped = false;
+    m_fills.append(QtConcurrent::run([this, &fills, round = fills.round()] {
+        if (!fills.enter(round))
+            return;
+        fillCache([this, &fills, round] { return m_cancelled || m_fillStopped || !fills.isCurrent(round); });
+        fills.leave();
+    }));
+}
+
+void MapinfoCoordSystem::fillCache(const std::function<bool()> &stopped)
+{
+    unsigned built = 0;
+    try {
+        const int categories = m_categories.size();
+        for (int category = 0; category < categories; ++category) {
+            for (int index = 0; index < m_categories.at(category).entries.size(); ++index) {
+                if (stopped())
+                    return;
+                tryAddToCache(category, index);
+                if (isPowerOfTwo(++built))
+                    BackgroundFills::stopAtExit();
+            }
+        }
+    } catch (...) {
+        // Whoever asks for the broken entry gets its exception; one that escaped here would come out of
+        // clear().
+    }
+}
+
+void MapinfoCoordSystem::stopInternalCache()
+{
+    m_fillStopped = true;
+    for (QFuture<void> &fill : m_fills)
+        fill.waitForFinished();
+    m_fills.clear();
+}
+
+/// Notes the categories from a number on; the first entry of a code stands for it.
+void MapinfoCoordSystem::noteCodes(int firstCategory)
+{
+    for (int category = firstCategory; category < m_categories.size(); ++category) {
+        const QList<CoordSystemParams> &entries = m_categories.at(category).entries;
+        for (int index = 0; index < entries.size(); ++index)
+            if (!m_byCode.contains(entries.at(index).epsg()))
+                m_byCode.insert(entries.at(index).epsg(), {category, index});
+    }
+}
+
+QString MapinfoCoordSystem::seekByEPSG(int epsg) const
+{
+    const Position position = m_byCode.value(epsg, PairNone);
+    return position == PairNone ? QString() : getStrMB(position.first, position.second);
+}
+
+std::optional<CoordSystemParams> MapinfoCoordSystem::entryByEpsg(int epsg) const
+{
+    const Position position = m_byCode.value(epsg, PairNone);
+    const CoordSystemParams *found = entry(position.first, position.second);
+    return found ? std::make_optional(*found) : std::nullopt;
+}
+
+int MapinfoCoordSystem::codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const
+{
+    Position first = PairNone;
+    for (const int code : codes) {
+        const Position position = m_byCode.value(code, PairNone);
+        if (position != PairNone && (first == PairNone || position < first) && hasRecord(position, record))
+            first = position;
+    }
+    const CoordSystemParams *found = entry(first.first, first.second);
+    return found ? firstWithParams(found->params)->epsg() : int(CoordSystem::EPSG_UNDEFINDED);
+}
+
+bool MapinfoCoordSystem::hasRecord(const Position &position, const TABProjInfo_t &record) const
+{
+    try {
+        const QString prj = getStrMB(position.first, position.second);
+        return isSameSystem(MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj), record);
+    } catch (const std::exception &) {
+        return false; // an entry that cannot be read has no record
+    }
+}
+
+/// Entries with the same parameters are one system, which has the code of the first of them, or none.
+const CoordSystemParams *MapinfoCoordSystem::firstWithParams(const QStringList &params) const
+{
+    for (const CoordSystemParamsList &category : m_categories)
+        for (const CoordSystemParams &candidate : category.entries)
+            if (candidate.params == params)
+                return &candidate;
+    return nullptr;
+}
+
+/// The system of an entry for a look-up by equality: null when it cannot be built, which is logged once.
+CoordSystemPtr MapinfoCoordSystem::buildForLookUp(int category, int index) const
+{
+    const Position position(category, index);
+    {
+        const QReadLocker lock(&m_lock);
+        if (m_broken.count(position))
+            return nullptr;
+    }
+    try {
+        return getProj(position);
+    } catch (const std::exception &error) {
+        const QWriteLocker lock(&m_lock);
+        if (m_broken.insert(position).second)
+            LOG_ERROR(
+                QStringLiteral("%1 (%2)").arg(QString::fromUtf8(error.what()), getStrMB(category, index)));
+        return nullptr;
+    }
+}
+
+/// The index, made by the first look-up; null when there is no catalogue to read the entries with.
+std::shared_ptr<const MapinfoIndex> MapinfoCoordSystem::indexForLookUps() const
+{
+    {
+        const QReadLocker lock(&m_lock);
+        if (m_index)
+            return m_index;
+    }
+    std::shared_ptr<const MapinfoIndex> made;
+    try {
+        made = std::make_shared<const MapinfoIndex>(m_categories);
+    } catch (const std::exception &e) {
+        LOG_DEBUG(QString::fromUtf8(e.what()));
+        return nullptr;
+    }
+    const QWriteLocker lock(&m_lock);
+    if (!m_index)
+        m_index = std::move(made);
+    return m_index;
+}
+
+/// A search by equality for one system, with what is known of it.
+class NIVORA_CS_NO_EXPORT MapinfoCoordSystem::LookUp
+{
+public:
+    LookUp(const MapinfoCoordSystem &catalogue, const CoordSystem &cs)
+        : m_catalogue(catalogue)
+        , m_cs(cs)
+    {
+        if (const CatalogueSource *owner = catalogue.m_owner)
+            m_scope.emplace(*owner);
+        m_index = catalogue.indexForLookUps();
+        if (m_index)
+            m_facts = factsOf(cs);
+    }
+
+    Position first(bool ignoreRect) const
+    {
+        if (!m_index)
+            return m_catalogue.walkEntries(m_cs, ignoreRect);
+        if (!m_facts)
+            return PairNone;
+        for (const MapinfoIndex::Row &row : m_index->rows())
+            if (m_index->mayEqual(*m_facts, row) &&
+                m_cs.isEqual(m_catalogue.buildForLookUp(row.position.first, row.position.second), ignoreRect))
+                return row.position;
+        return PairNone;
+    }
+
+private:
+    const MapinfoCoordSystem &m_catalogue;
+    const CoordSystem &m_cs;
+    std::optional<CatalogueScope> m_scope;
+    std::shared_ptr<const MapinfoIndex> m_index; ///< null when there is no catalogue to read the entries with
+    std::optional<CrsFingerprint> m_facts;
+};
+
+MapinfoCoordSystem::Position MapinfoCoordSystem::seekProj(const CoordSystem &cs, bool ignoreRect) const
+{
+    return LookUp(*this, cs).first(ignoreRect);
+}
+
+MapinfoCoordSystem::Position MapinfoCoordSystem::walkEntries(const CoordSystem &cs, bool ignoreRect) const
+{
+    for (int category = 0; category < m_categories.size(); ++category)
+        for (int index = 0; index < m_categories.at(category).entries.size(); ++index)
+            if (cs.isEqual(buildForLookUp(category, index), ignoreRect))
+                return {category, index};
+    return PairNone;
+}
+
+MapinfoCoordSystem::Position MapinfoCoordSystem::seekProj(const CoordSystemPtr &cs, bool ignoreRect) const
+{
+    return cs ? seekProj(*cs, ignoreRect) : PairNone;
+}
+
+std::pair<QString, int> MapinfoCoordSystem::nameAndCode(const Position &position) const
+{
+    const CoordSystemParams *found = entry(position.first, position.second);
+    return found ? std::make_pair(found->name(), found->epsg())
+                 : std::make_pair(QString(), int(CoordSystem::EPSG_UNDEFINDED));
+}
+
+std::pair<QString, int> MapinfoCoordSystem::getHumanReadableTextWithEpsg(const CoordSystem &cs,
+                                                                         bool ignoreRect) const
+{
+    return nameAndCode(seekProj(cs, ignoreRect));
+}
+
+std::pair<QString, int> MapinfoCoordSystem::getHumanReadableTextWithEpsg(const CoordSystem &cs) const
+{
+    const LookUp lookUp(*this, cs);
+    const Position bounded = lookUp.first(false);
+    return nameAndCode(bounded != PairNone ? bounded : lookUp.first(true));
+}
+
+void MapinfoCoordSystem::clear()
+{
+    m_cancelled = true;
+    stopInternalCache(); // the fill reads the categories
+    m_categories.clear();
+    m_byCode.clear();
+    ++catalogueRevision();
+
+    std::map<Position, CoordSystemPtr>
+        released; // outlives the lock: systems take locks of their own as they die
+    const QWriteLocker lock(&m_lock);
+    m_cache.swap(released);
+    m_broken.clear();
+    m_index.reset();
+}
+
+} // namespace nivora::cs

@@ -1,0 +1,510 @@
+#include "MapinfoIndex_p.h"
+
+#include "OsrHandle_p.h"
+#include "PrjNumber_p.h"
+#include <coordsys/CatalogueSource.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/ProjectionParamsManager.h>
+
+#include <proj.h>
+
+#include <QHash>
+#include <QMutexLocker>
+#include <QRegularExpression>
+#include <QSet>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+
+namespace nivora::cs {
+namespace {
+
+// All far wider than the digits that the engines lose: a filter may let a stranger in, never keep an equal
+// out.
+constexpr double axisSlackM = 1.0;
+constexpr double angleSlackDeg = 1e-6;
+constexpr double lengthSlackM = 1e-2;
+
+constexpr int webMercatorDatum = 157; // its PROJ text is written anew on plain WGS 84
+constexpr int philippineDatum = 1031; // the driver puts a registered system in its place
+constexpr int fullUserDatum = 9999;
+constexpr int nonEarth = 0;
+constexpr int longitudeLatitude = 1;
+constexpr int lastProjection = 35;
+constexpr int hotine = 7;
+constexpr int krovak = 32;
+constexpr int hotineWithGridAngle = 35; // the record lacks a parameter
+constexpr int unsetUnit = 255;
+
+/// What the driver makes of a unit's name, whatever length a host's catalogue gives it.
+struct DriverUnit
+{
+    LinearUnit::MIUnitCode code;
+    const char *name;
+    double metres;
+};
+constexpr DriverUnit driverUnits[] = {
+    {LinearUnit::Meter, "m", 1.0},        {LinearUnit::SurveyFoot, "survey ft", 1200.0 / 3937.0},
+    {LinearUnit::Foot, "ft", 0.3048},     {LinearUnit::Kilometer, "km", 1000.0},
+    {LinearUnit::Yard, "yd", 0.9144},     {LinearUnit::Inch, "in", 0.0254},
+    {LinearUnit::Centimeter, "cm", 0.01}, {LinearUnit::Millimeter, "mm", 0.001},
+};
+
+bool near(double a, double b, double slack) { return std::fabs(a - b) <= slack + 1e-9 * std::fabs(a); }
+
+template <typename T, typename Same>
+bool compatible(const std::optional<T> &a, const std::optional<T> &b, Same &&same)
+{
+    return !a || !b || same(*a, *b);
+}
+
+std::optional<double> length(double value)
+{
+    return std::isfinite(value) && value > 0.0 ? std::make_optional(value) : std::nullopt;
+}
+
+bool sameShift(const std::array<double, 3> &a, const std::array<double, 3> &b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(),
+                      [](double x, double y) { return near(x, y, lengthSlackM); });
+}
+
+bool isOdd(int projection)
+{
+    return projection == hotine || projection == krovak || projection == hotineWithGridAngle;
+}
+
+/// prjNumber() of "-7500000.25" and the like at a tenth of its cost: up to 15 digits and a power of ten below
+/// 10^22 are doubles themselves, so that their quotient is the nearest one.
+double plainNumber(const QString &text)
+{
+    constexpr int mostDigits = 15;
+    const bool negative = text.startsWith(QLatin1Char('-'));
+    double mantissa = 0.0;
+    double scale = 1.0;
+    bool behindPoint = false;
+    int digits = 0;
+    for (int i = negative ? 1 : 0; i < text.size(); ++i) {
+        const int digit = text.at(i).unicode() - '0';
+        if (digit >= 0 && digit <= 9 && ++digits <= mostDigits) {
+            mantissa = mantissa * 10.0 + digit;
+            scale *= behindPoint ? 10.0 : 1.0;
+        } else if (text.at(i) == QLatin1Char('.') && !behindPoint) {
+            behindPoint = true;
+        } else {
+            return prjNumber(text);
+        }
+    }
+    return digits == 0 ? 0.0 : (negative ? -mantissa : mantissa) / scale + 0.0;
+}
+
+/// Makes the facts of entries. The texts of a catalogue repeat few units and datums: each is looked up once.
+class EntryReader
+{
+public:
+    explicit EntryReader(const ProjectionParamsManager &manager)
+        : m_manager(manager)
+    {}
+
+    /// Throws std::exception for an entry that makes no system.
+    CrsFingerprint facts(const QStringList &params)
+    {
+        TABProjInfo_t info;
+        if (!readPlain(params, info))
+            info =
+                MapHeaderCoordsysConverter().prjStrToTABProjInfo(prjFromParams(params, QStringLiteral(",")));
+        return factsOf(info);
+    }
+
+    CrsFingerprint factsOf(const TABProjInfo_t &info)
+    {
+        CrsFingerprint facts;
+        const int projection = info.nProjId;
+        const int code = info.nUnitsId == unsetUnit ? int(LinearUnit::Meter) : info.nUnitsId;
+        const DriverUnit *unit = driverUnit(code);
+        if (unit && projection != longitudeLatitude)
+            facts.unitCode = code;
+        if (projection == longitudeLatitude)
+            facts.unitCode = LinearUnit::Degree;
+        facts.isOblique = isOdd(projection);
+        if (projection == nonEarth) {
+            facts.centralMeridian = 0.0;
+            facts.falseOriginM = {0.0, 0.0};
+            return facts;
+        }
+        facts.datum = info.nDatumId;
+        if (isUserDatum(info.nDatumId)) {
+            facts.ellipsoid = info.nEllipsoidId;
+            facts.shiftM = {info.dDatumShiftX, info.dDatumShiftY, info.dDatumShiftZ};
+        }
+        if (!isOdd(projection))
+            addPlane(facts, info, unit);
+        return facts;
+    }
+
+private:
+    /// A token that the pattern of the CoordSys parser takes whole and no keyword can hide in.
+    static bool isPlainNumber(const QString &text)
+    {
+        return !text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar c) {
+            return (c >= QLatin1Char('0') && c <= QLatin1Char('9')) || c == QLatin1Char('.') ||
+                   c == QLatin1Char('-') || c == QLatin1Char('+') || c == QLatin1Char('e');
+        });
+    }
+
+    /// "8", "1001", "7", "39", "0", "1", "7500000", "0": the common entries, read as the parser reads them at
+    /// a hundredth of its cost. False for any other form.
+    bool readPlain(const QStringList &params, TABProjInfo_t &info)
+    {
+        if (params.size() < 2 || !std::all_of(params.begin(), params.end(), isPlainNumber))
+            return false;
+        bool isCode = false;
+        const int projection = params.at(0).toInt(&isCode);
+        if (!isCode || params.at(0).size() > 2 || projection <= nonEarth || projection > lastProjection ||
+            (params.size() == 2 && projection != longitudeLatitude))
+            return false;
+        info.nProjId = static_cast<std::uint8_t>(projection);
+        const int next = readDatum(params, info);
+        if (next > 0)
+            readPlane(params, next, info);
+        return next > 0;
+    }
+
+    /// The index of the token behind the datum, 0 for forms that are left to the parser.
+    int readDatum(const QStringList &params, TABProjInfo_t &info)
+    {
+        const int datum = params.at(1).toInt();
+        if (datum <= 0 || datum > std::numeric_limits<std::int16_t>::max())
+            return 0;
+        info.nDatumId = static_cast<std::int16_t>(datum);
+        if (!isUserDatum(datum))
+            return isKnownDatum(datum) ? 2 : 0;
+        const int ellipsoid = params.size() > 5 ? params.at(2).toInt() : -1;
+        if (ellipsoid < 0 || ellipsoid > std::numeric_limits<std::uint8_t>::max())
+            return 0;
+        info.nEllipsoidId = static_cast<std::uint8_t>(ellipsoid);
+        info.dDatumShiftX = plainNumber(params.at(3));
+        info.dDatumShiftY = plainNumber(params.at(4));
+        info.dDatumShiftZ = plainNumber(params.at(5));
+        return datum == fullUserDatum && params.size() > 10 ? 11 : 6;
+    }
+
+    void readPlane(const QStringList &params, int next, TABProjInfo_t &info)
+    {
+        if (next < params.size())
+            info.nUnitsId = static_cast<std::uint8_t>(unitCode(params.at(next++)));
+        const int count = std::min(paramForPrj(info.nProjId), 6);
+        for (int i = 0; i < count && next + i < params.size(); ++i)
+            if (i == 0 || i >= count - 2) // the others are no facts
+                info.adProjParams[i] = plainNumber(params.at(next + i));
+    }
+
+    bool isKnownDatum(int number)
+    {
+        const auto known = m_datums.constFind(number);
+        return known != m_datums.constEnd() ? *known : *m_datums.insert(number, m_manager.datumByID(number));
+    }
+
+    int unitCode(const QString &token)
+    {
+        const auto known = m_units.constFind(token);
+        if (known != m_units.constEnd())
+            return *known;
+        const MIUnitConvParam *unit = m_manager.unitByName(token, std::nothrow);
+        return *m_units.insert(token, unit ? unit->unitCode() : int(LinearUnit::Meter));
+    }
+
+    /// Null when the name that the host gives to the code is not the one the driver knows it by.
+    const DriverUnit *driverUnit(int code)
+    {
+        const auto known = m_driverUnits.constFind(code);
+        if (known != m_driverUnits.constEnd())
+            return *known;
+        const auto row = std::find_if(std::begin(driverUnits), std::end(driverUnits),
+                                      [code](const DriverUnit &unit) { return unit.code == code; });
+        const MIUnitConvParam *named = m_manager.unitByID(code, std::nothrow);
+        const bool same = row != std::end(driverUnits) && named && named->name() == QLatin1String(row->name);
+        return *m_driverUnits.insert(code, same ? row : nullptr);
+    }
+
+    static void addPlane(CrsFingerprint &facts, const TABProjInfo_t &info, const DriverUnit *unit)
+    {
+        const int count = paramForPrj(info.nProjId);
+        const double meridian = info.nProjId == longitudeLatitude ? 0.0 : info.adProjParams[0];
+        if (std::isfinite(meridian))
+            facts.centralMeridian = meridian;
+        if (count < 4) {
+            facts.falseOriginM = {0.0, 0.0};
+            return;
+        }
+        const double east = unit ? info.adProjParams[count - 2] * unit->metres : HUGE_VAL;
+        const double north = unit ? info.adProjParams[count - 1] * unit->metres : HUGE_VAL;
+        if (std::isfinite(east) && std::isfinite(north))
+            facts.falseOriginM = {east, north};
+    }
+
+    const ProjectionParamsManager &m_manager;
+    QHash<int, bool> m_datums;
+    QHash<QString, int> m_units;
+    QHash<int, const DriverUnit *> m_driverUnits;
+};
+
+/// "+proj=utm +zone=37 +south" as proj → utm, zone → 37, south → "".
+QHash<QString, QString> termsOf(const QString &proj)
+{
+    QHash<QString, QString> terms;
+    const QVector<QStringRef> parts = proj.splitRef(QLatin1Char(' '), Qt::SkipEmptyParts);
+    for (const QStringRef &part : parts) {
+        const QStringRef term = part.startsWith(QLatin1Char('+')) ? part.mid(1) : part;
+        const int equals = term.indexOf(QLatin1Char('='));
+        const QString name = (equals < 0 ? term : term.left(equals)).toString();
+        if (!terms.contains(name)) // PROJ takes the first, too
+            terms.insert(name, equals < 0 ? QString() : term.mid(equals + 1).toString());
+    }
+    return terms;
+}
+
+using Terms = QHash<QString, QString>;
+
+/// A term's figure; \p absent without the term, nothing when it is no decimal number. One that is not finite
+/// is NaN, which differs from every known figure.
+std::optional<double> figure(const Terms &terms, const char *name, double absent)
+{
+    const auto term = terms.constFind(QLatin1String(name));
+    if (term == terms.constEnd())
+        return absent;
+    bool isNumber = false;
+    const double value = term->toDouble(&isNumber);
+    if (!isNumber)
+        return std::nullopt;
+    return std::isfinite(value) ? value : std::numeric_limits<double>::quiet_NaN();
+}
+
+/// The terms of the texts that the engine writes for entries; "m" stands in a plan of an unknown unit.
+constexpr const char *entryTerms[] = {
+    "proj",  "zone",    "south",  "lat_0",  "lon_0",  "lat_1",   "lat_2",   "lat_ts",   "lonc",  "lon_1",
+    "lon_2", "alpha",   "gamma",  "k",      "k_0",    "x_0",     "y_0",     "h",        "R",     "a",
+    "b",     "rf",      "f",      "ellps",  "datum",  "pm",      "towgs84", "nadgrids", "units", "to_meter",
+    "axis",  "no_uoff", "no_off", "no_rot", "wktext", "no_defs", "m"};
+
+/// False for a text that no entry has. Texts make systems equal, and the engine writes those of entries with
+/// decimal numbers, with the zone of UTM, and without terms of its own making.
+bool isEntryText(const Terms &terms)
+{
+    const auto isKnown = [](const QString &name) {
+        return std::any_of(std::begin(entryTerms), std::end(entryTerms),
+                           [&name](const char *term) { return name == QLatin1String(term); });
+    };
+    const auto isFigure = [&terms](const char *name) { return figure(terms, name, 0.0).has_value(); };
+    const QString projection = terms.value(QStringLiteral("proj"));
+    const bool isUtm = projection == QLatin1String("utm");
+    return std::all_of(terms.keyBegin(), terms.keyEnd(), isKnown) && !projection.isEmpty() &&
+           (!isUtm || terms.contains(QStringLiteral("zone"))) && isFigure("zone") && isFigure("lon_0") &&
+           isFigure("x_0") && isFigure("y_0");
+}
+
+void addPlane(CrsFingerprint &facts, const Terms &terms)
+{
+    const QString projection = terms.value(QStringLiteral("proj"));
+    const bool turned =
+        projection == QLatin1String("somerc"); // what an oblique Mercator at 90 degrees becomes
+    if (!turned)
+        facts.isOblique =
+            projection == QLatin1String("omerc") || projection.endsWith(QLatin1String("krovak"));
+    if (turned || *facts.isOblique)
+        return;
+    if (projection == QLatin1String("utm")) {
+        const double none = -1.0;
+        if (const auto zone = figure(terms, "zone", none); zone && *zone != none) {
+            facts.centralMeridian = *zone * 6.0 - 183.0;
+            facts.falseOriginM = {500000.0, terms.contains(QStringLiteral("south")) ? 1e7 : 0.0};
+        }
+        return;
+    }
+    facts.centralMeridian = figure(terms, "lon_0", 0.0);
+    const auto east = figure(terms, "x_0", 0.0);
+    const auto north = figure(terms, "y_0", 0.0);
+    if (east && north)
+        facts.falseOriginM = {*east, *north};
+}
+
+/// "+towgs84=23.57,-140.95,-79.8", the only shift of its text.
+std::optional<std::array<double, 3>> shiftIn(const Terms &terms)
+{
+    const QStringList parts = terms.value(QStringLiteral("towgs84")).split(QLatin1Char(','));
+    if (parts.size() < 3 || terms.contains(QStringLiteral("datum")) ||
+        terms.contains(QStringLiteral("nadgrids")))
+        return std::nullopt;
+    std::array<double, 3> shift{};
+    for (std::size_t i = 0; i < shift.size(); ++i) {
+        bool isNumber = false;
+        shift[i] = parts.at(static_cast<int>(i)).toDouble(&isNumber);
+        if (!isNumber || !std::isfinite(shift[i]))
+            return std::nullopt;
+    }
+    return shift;
+}
+
+/// A CRS, which never equals the operations that entries are.
+bool isCrs(const CoordSystem &cs)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    return proj_is_crs(cs.PJ_Proj4()) != 0;
+}
+
+QString projTextOf(const CoordSystem &cs)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    return QString::fromUtf8(proj_as_proj_string(globalProjContext(), cs.PJ_Proj4(), PJ_PROJ_4, nullptr));
+}
+
+/// What \p ask gives; nothing when it throws, because the system does not know.
+template <typename Ask> auto answerOf(Ask &&ask) -> std::optional<decltype(ask())>
+{
+    try {
+        return ask();
+    } catch (const std::exception &) {
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+bool CrsFingerprint::mayEqual(const CrsFingerprint &other) const
+{
+    if (datum > 0 && other.datum > 0 && datum != other.datum)
+        return false;
+    const auto identical = [](auto a, auto b) { return a == b; };
+    return compatible(unitCode, other.unitCode, identical) &&
+           compatible(isOblique, other.isOblique, identical) &&
+           compatible(
+               centralMeridian, other.centralMeridian,
+               [](double a, double b) { return std::fabs(std::remainder(a - b, 360.0)) <= angleSlackDeg; }) &&
+           compatible(falseOriginM, other.falseOriginM,
+                      [](const auto &a, const auto &b) {
+                          return near(a.first, b.first, lengthSlackM) &&
+                                 near(a.second, b.second, lengthSlackM);
+                      }) &&
+           compatible(semiMajorM, other.semiMajorM,
+                      [](double a, double b) { return near(a, b, axisSlackM); }) &&
+           compatible(shiftM, other.shiftM, sameShift);
+}
+
+MapinfoIndex::MapinfoIndex(const QList<CoordSystemParamsList> &categories)
+{
+    const auto manager = activeCatalogues()->projectionParamsManager();
+    EntryReader reader(*manager);
+    QSet<QStringList> seen;
+    int count = 0;
+    for (const CoordSystemParamsList &category : categories)
+        count += category.entries.size();
+    seen.reserve(count);
+    m_rows.reserve(static_cast<std::size_t>(count));
+    for (int category = 0; category < categories.size(); ++category) {
+        const QList<CoordSystemParams> &entries = categories.at(category).entries;
+        for (int index = 0; index < entries.size(); ++index) {
+            const QStringList &params = entries.at(index).params;
+            const int before = seen.size();
+            seen.insert(params);
+            if (seen.size() == before)
+                continue;
+            Row row{{}, {category, index}};
+            try {
+                row.facts = reader.facts(params);
+            } catch (const std::exception &) {
+                row.facts = {}; // rules nothing out: the search itself tells that the entry is broken
+            }
+            m_rows.push_back(std::move(row));
+        }
+    }
+}
+
+MapinfoIndex::DatumFigures MapinfoIndex::figuresOf(const CrsFingerprint &facts)
+{
+    QString text = QStringLiteral("Earth Projection 1, %1").arg(facts.datum);
+    if (isUserDatum(facts.datum))
+        text += QStringLiteral(", %1, 0, 0, 0").arg(facts.ellipsoid) +
+                (facts.datum == fullUserDatum ? QStringLiteral(", 0, 0, 0, 0, 0") : QString());
+    const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope quiet;
+    const std::shared_ptr<void> srs = newSrs();
+    DatumFigures figures;
+    if (OSRImportFromMICoordSys(srs.get(), text.toUtf8().constData()) != OGRERR_NONE)
+        return figures;
+    OGRErr code = OGRERR_NONE;
+    const double semiMajor = OSRGetSemiMajor(srs.get(), &code);
+    if (code == OGRERR_NONE)
+        figures.semiMajorM = length(semiMajor);
+    double shift[7] = {};
+    if (!isUserDatum(facts.datum) && OSRGetTOWGS84(srs.get(), shift, 7) == OGRERR_NONE)
+        figures.shiftM = {shift[0], shift[1], shift[2]};
+    return figures;
+}
+
+bool MapinfoIndex::mayEqual(const CrsFingerprint &facts, const Row &row) const
+{
+    const CrsFingerprint &entry = row.facts;
+    if (!facts.mayEqual(entry))
+        return false;
+    if (entry.datum <= 0 || entry.datum == webMercatorDatum || entry.datum == philippineDatum)
+        return true;
+    const QMutexLocker lock(&m_lock);
+    const std::pair<int, int> key(entry.datum, entry.ellipsoid);
+    auto known = m_figures.find(key);
+    if (known == m_figures.end())
+        known = m_figures.insert(key, figuresOf(entry));
+    return compatible(facts.semiMajorM, known->semiMajorM,
+                      [](double a, double b) { return near(a, b, axisSlackM); }) &&
+           compatible(facts.shiftM, known->shiftM, sameShift);
+}
+
+std::optional<CrsFingerprint> factsOf(const CoordSystem &cs)
+{
+    if (!cs.PJ_Proj4() || isCrs(cs))
+        return std::nullopt;
+    CrsFingerprint facts;
+    if (const auto unit = answerOf([&cs] { return cs.unit(); }))
+        facts.unitCode = unit->unitCode(); // an unnamed unit is compared by its length
+    if (cs.sourceType() == CoordSystem::Prj) {
+        const auto record = answerOf(
+            [&cs] { return MapHeaderCoordsysConverter().prjStrToTABProjInfo(cs.sourceParameters().string); });
+        if (!record)
+            return std::nullopt;
+        facts.datum = record->nDatumId;
+    }
+    const QString proj = projTextOf(cs);
+    if (proj.isEmpty())
+        return facts;
+    const Terms terms = termsOf(proj);
+    if (!isEntryText(terms))
+        return std::nullopt;
+    addPlane(facts, terms);
+    facts.shiftM = shiftIn(terms);
+    if (!cs.isNonEarth() && !terms.contains(QStringLiteral("R_A")))
+        if (const auto semiMajor = answerOf([&cs] { return cs.getSemiMajor(); }))
+            facts.semiMajorM = length(*semiMajor);
+    return facts;
+}
+
+CrsFingerprint factsOf(const CoordSystemTypes::SourceData &source, const ProjectionParamsManager &manager)
+{
+    CrsFingerprint facts;
+    if (source.type == CoordSystemTypes::Prj) {
+        const auto record =
+            answerOf([&source] { return MapHeaderCoordsysConverter().prjStrToTABProjInfo(source.string); });
+        return record ? EntryReader(manager).factsOf(*record) : facts;
+    }
+    static const QRegularExpression plain(
+        QStringLiteral("^\\s*\\+proj=(?!pipeline)")); // "+proj=utm +zone=37"
+    if (source.type == CoordSystemTypes::Proj4 && plain.match(source.string).hasMatch()) {
+        const Terms terms = termsOf(source.string);
+        addPlane(facts, terms);
+        facts.shiftM = shiftIn(terms);
+    }
+    return facts;
+}
+
+} // namespace nivora::cs

@@ -1,0 +1,339 @@
+#include <coordsys/UserCoordSystem.h>
+
+#include "CatalogueRevision_p.h"
+#include "MapinfoIndex_p.h"
+#include "UserStoreFile_p.h"
+#include <coordsys/CatalogueSource.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/CoordSystemStrings.h>
+#include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/ProjectionParamsManager.h>
+#include <coordsys/SourceTags.h>
+#include <platform/Logger.h>
+
+#include <QDomElement>
+#include <QMutexLocker>
+#include <QObject>
+
+#include <algorithm>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+namespace nivora::cs {
+namespace {
+
+QString fileName() { return QStringLiteral("UserCoordSystem.xml"); }
+
+QString withoutDescription() { return QObject::tr("Без имени"); }
+
+QString failure(const std::exception &error, const CoordSystemTypes::SourceData &source)
+{
+    return QStringLiteral("%1 (%2)").arg(QString::fromUtf8(error.what()), source.string);
+}
+
+std::logic_error fileError(const QString &message, const QFileInfo &file)
+{
+    return std::logic_error(message.arg(file.fileName()).toStdString());
+}
+
+/// While one lives, look-ups by equality on this thread find nothing: they would build the entry that is
+/// being built.
+class StoreAbsence
+{
+public:
+    StoreAbsence() { ++depth; }
+    ~StoreAbsence() { --depth; }
+    StoreAbsence(const StoreAbsence &) = delete;
+    StoreAbsence &operator=(const StoreAbsence &) = delete;
+    static bool isOn() { return depth > 0; }
+
+private:
+    static thread_local int depth;
+};
+thread_local int StoreAbsence::depth = 0;
+
+CoordSystemPtr described(CoordSystemPtr cs, const QString &description)
+{
+    if (cs && !description.isEmpty())
+        cs->setDescription(description);
+    return cs;
+}
+
+template <typename Entries> auto findSource(Entries &entries, const CoordSystemTypes::SourceData &source)
+{
+    return std::find_if(entries.begin(), entries.end(), [&](const auto &e) { return e.source() == source; });
+}
+
+} // namespace
+
+/// A system on its way from the file into memory. Copies of an entry share it, so it is made once.
+struct UserCoordSystem::CoordSystemParam::System
+{
+    QMutex lock; ///< guards what follows but the maker
+    bool isBuilt = false;
+    std::optional<CrsFingerprint> facts; ///< what the text tells, as the catalogues were at factsAt
+    unsigned factsAt = 0;
+    CoordSystemPtr cs;
+    Maker maker;
+};
+
+const QString UserCoordSystem::PrjTag = nivora::cs::sourceTypeToString(CoordSystemTypes::Prj);
+const QString UserCoordSystem::Proj4Tag = nivora::cs::sourceTypeToString(CoordSystemTypes::Proj4);
+const QString UserCoordSystem::EpsgTag = nivora::cs::sourceTypeToString(CoordSystemTypes::Epsg);
+const QString UserCoordSystem::WktTag = nivora::cs::sourceTypeToString(CoordSystemTypes::Wkt);
+const QString UserCoordSystem::OracleTag = nivora::cs::sourceTypeToString(CoordSystemTypes::Oracle);
+
+UserCoordSystem::CoordSystemParam::CoordSystemParam(const CoordSystemTypes::SourceData &source,
+                                                    const QString &description, const CoordSystemPtr &cs)
+    : m_source(source)
+    , m_description(description)
+    , m_system(std::make_shared<System>())
+{
+    m_system->isBuilt = true;
+    m_system->cs = described(cs ? cs : csStringToInternalNoDescription(source), description);
+}
+
+CoordSystemPtr UserCoordSystem::CoordSystemParam::coordSystem() const
+{
+    const CoordSystemPtr known = storedSystem();
+    return known ? known : described(csStringToInternalNoDescription(m_source), m_description);
+}
+
+CoordSystemPtr UserCoordSystem::CoordSystemParam::storedSystem() const
+{
+    if (!m_system)
+        return nullptr;
+    {
+        const QMutexLocker lock(&m_system->lock);
+        if (m_system->isBuilt)
+            return m_system->cs;
+    }
+    const StoreAbsence noNamesFromHere; // the system may ask the store for a name while it is made
+    const CoordSystemPtr made =
+        m_system->maker ? m_system->maker(m_source) : csStringToInternalNoDescription(m_source);
+    const QMutexLocker lock(&m_system->lock);
+    if (!m_system->isBuilt) // else another thread was faster
+        m_system->cs = described(made, m_description == withoutDescription() ? QString() : m_description);
+    m_system->isBuilt = true;
+    return m_system->cs;
+}
+
+/// False only when the system, which need not be built to know that, cannot be equal to one with these facts.
+bool UserCoordSystem::CoordSystemParam::mayEqual(const CrsFingerprint &facts) const
+{
+    const auto catalogues = activeCatalogues(std::nothrow);
+    if (!m_system || !catalogues)
+        return true;
+    const unsigned now = catalogueRevision();
+    const QMutexLocker lock(&m_system->lock);
+    if (!m_system->facts || m_system->factsAt != now) {
+        m_system->facts = factsOf(m_source, *catalogues->projectionParamsManager());
+        m_system->factsAt = now;
+    }
+    return facts.mayEqual(*m_system->facts);
+}
+
+UserCoordSystem::UserCoordSystem(const QDir &dir)
+    : m_file(dir, fileName())
+{}
+
+void UserCoordSystem::setDir(const QDir &dir) { m_file = QFileInfo(dir, m_file.fileName()); }
+
+CoordSystemTypes::SourceType UserCoordSystem::stringToSourceType(const QString &text)
+{
+    return nivora::cs::stringToSourceType(text);
+}
+
+QString UserCoordSystem::sourceTypeToString(CoordSystemTypes::SourceType type)
+{
+    return nivora::cs::sourceTypeToString(type);
+}
+
+int UserCoordSystem::keyIndex(const QString &branch) const
+{
+    const auto found = std::find_if(m_branches.begin(), m_branches.end(),
+                                    [&](const CsDataType &b) { return b.name == branch; });
+    return found == m_branches.end() ? -1 : static_cast<int>(found - m_branches.begin());
+}
+
+const UserCoordSystem::CoordSystemParam *
+UserCoordSystem::find(const CoordSystemTypes::SourceData &source) const
+{
+    for (const CsDataType &branch : m_branches) {
+        const auto found = findSource(branch.entries, source);
+        if (found != branch.entries.end())
+            return &*found;
+    }
+    return nullptr;
+}
+
+bool UserCoordSystem::hasValue(const CoordSystemTypes::SourceData &source) const { return find(source); }
+
+QString UserCoordSystem::description(const CoordSystemTypes::SourceData &source) const
+{
+    const CoordSystemParam *found = find(source);
+    return found ? found->description() : QString();
+}
+
+CoordSystemPtr UserCoordSystem::getCoordSystem(const CoordSystemTypes::SourceData &source) const
+{
+    const CoordSystemPtr built = csStringToInternalNoDescription(source);
+    return built ? storedEqual(*built) : nullptr;
+}
+
+CoordSystemPtr UserCoordSystem::storedEqual(const CoordSystem &cs) const
+{
+    if (StoreAbsence::isOn() || m_branches.isEmpty())
+        return nullptr;
+    const std::optional<CrsFingerprint> facts = factsOf(cs);
+    for (const CsDataType &branch : m_branches) {
+        for (const CoordSystemParam &entry : branch.entries) {
+            try {
+                if (facts && !entry.mayEqual(*facts))
+                    continue;
+                const CoordSystemPtr stored = entry.storedSystem();
+                if (cs.isEqual(stored, false))
+                    return stored;
+            } catch (const std::exception &error) {
+                LOG_ERROR(failure(error, entry.source()));
+            }
+        }
+    }
+    return nullptr;
+}
+
+bool UserCoordSystem::hasCoordSystem(const CoordSystemPtr &cs) const { return cs && storedEqual(*cs); }
+
+UserCoordSystem::CoordSystemParam *UserCoordSystem::findInBranch(const QString &branch,
+                                                                 const CoordSystemTypes::SourceData &source)
+{
+    for (CsDataType &candidate : m_branches) { // a file may hold several branches of one name
+        if (candidate.name != branch)
+            continue;
+        const auto found = findSource(candidate.entries, source);
+        if (found != candidate.entries.end())
+            return &*found;
+    }
+    return nullptr;
+}
+
+bool UserCoordSystem::setCoordSystem(const QString &branch, const CoordSystemTypes::SourceData &source,
+                                     const QString &description)
+{
+    CoordSystemParam fresh(source, description, nullptr);
+    if (CoordSystemParam *known = findInBranch(branch, source)) {
+        fresh.m_source = known->m_source; // the user's own spelling stays
+        *known = fresh;
+    } else if (keyIndex(branch) == -1) {
+        m_branches.append({branch, {fresh}});
+    } else {
+        m_branches[keyIndex(branch)].entries.append(fresh);
+    }
+    return fresh.storedSystem() != nullptr;
+}
+
+bool UserCoordSystem::removeCoordSystem(const QString &branch, const CoordSystemTypes::SourceData &source)
+{
+    for (CsDataType &candidate : m_branches) {
+        if (candidate.name != branch)
+            continue;
+        const auto found = findSource(candidate.entries, source);
+        if (found == candidate.entries.end())
+            continue;
+        candidate.entries.erase(found);
+        return true;
+    }
+    return false;
+}
+
+UserCoordSystem::CoordSystemParam UserCoordSystem::testStringValue(const QString &text) const
+{
+    const CoordSystemTypes::SourceType type = tryDetectTypeCoordSystem(text);
+    if (type != CoordSystemTypes::Prj)
+        return CoordSystemParam({type, text}, QString(), nullptr);
+
+    const MapHeaderCoordsysConverter converter;
+    const TABProjInfo_t wanted = converter.prjStrToTABProjInfo(text);
+    for (const CsDataType &branch : m_branches) {
+        for (const CoordSystemParam &entry : branch.entries) {
+            if (entry.source().type != CoordSystemTypes::Prj)
+                continue;
+            try {
+                const TABProjInfo_t stored = converter.prjStrToTABProjInfo(entry.source().string);
+                if (MapHeaderCoordsysConverter::compareTabProjInfo(stored, wanted, true, true))
+                    return entry;
+            } catch (const std::exception &error) {
+                LOG_ERROR(failure(error, entry.source()));
+            }
+        }
+    }
+    return CoordSystemParam({type, text}, QString(), nullptr);
+}
+
+CoordSystemPtr UserCoordSystem::csStringToInternalNoDescription(const CoordSystemTypes::SourceData &source)
+{
+    try {
+        return source.type == CoordSystemTypes::Prj
+                   ? activeCatalogues()->createWithoutDescription(source.string)
+                   : csStringToInternal(source);
+    } catch (const std::exception &error) {
+        LOG_ERROR(failure(error, source));
+        return nullptr;
+    }
+}
+
+/// An entry as the file has it; its system is made when it is asked for.
+UserCoordSystem::CoordSystemParam UserCoordSystem::entryFrom(const QDomElement &element) const
+{
+    CoordSystemParam entry;
+    entry.m_source = {stringToSourceType(element.attribute(storetext::type())),
+                      element.attribute(storetext::source())};
+    entry.m_description = element.attribute(storetext::description(), withoutDescription());
+    entry.m_system = std::make_shared<CoordSystemParam::System>();
+    entry.m_system->maker = m_maker;
+    return entry;
+}
+
+QString UserCoordSystem::defaultBranch() { return QStringLiteral("Каталог"); }
+
+void UserCoordSystem::loadFromFile(bool quiet)
+{
+    const StoreReading reading = readStore(m_file);
+    m_readProblem = reading.problem;
+    if (!reading.problem.isEmpty()) {
+        if (!quiet)
+            throw fileError(QObject::tr("Не могу открыть файл %1"), m_file);
+        if (reading.exists)
+            LOG_ERROR(reading.problem);
+        return;
+    }
+
+    QList<CsDataType> branches;
+    int count = 0;
+    const QDomElement root = reading.document.documentElement();
+    for (QDomElement b = root.firstChildElement(storetext::branch()); !b.isNull();
+         b = b.nextSiblingElement(storetext::branch())) {
+        CsDataType branch;
+        branch.name = b.attribute(storetext::name(), defaultBranch());
+        for (QDomElement e = b.firstChildElement(); !e.isNull(); e = e.nextSiblingElement())
+            branch.entries.append(entryFrom(e));
+        count += branch.entries.size();
+        branches.append(branch);
+    }
+    m_branches = branches;
+    LOG_INFO(QObject::tr("Пользовательские КС: %1 (%2)").arg(m_file.fileName(), QString::number(count)));
+}
+
+void UserCoordSystem::saveToFile(bool overwrite) const { saveToFile(m_file, m_branches, overwrite); }
+
+void UserCoordSystem::saveToFile(const QFileInfo &file, const QList<CsDataType> &branches, bool overwrite)
+{
+    const QString path = file.absoluteFilePath();
+    if (!overwrite && QFileInfo::exists(path)) // never file.exists(): it may remember an older answer
+        throw fileError(QObject::tr("Файл %1 существует"), file);
+    writeStore(file, branches);
+    LOG_INFO(QObject::tr("Пользовательские КС сохранены в файле %1").arg(path));
+}
+
+} // namespace nivora::cs

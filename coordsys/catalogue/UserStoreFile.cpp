@@ -1,0 +1,204 @@
+#include "UserStoreFile_p.h"
+
+#include "InputFile_p.h"
+#include <coordsys/SourceTags.h>
+#include <platform/Logger.h>
+
+#include <QDir>
+#include <QFile>
+#include <QObject>
+#include <QRegularExpression>
+#include <QSaveFile>
+#include <QXmlStreamWriter>
+
+#include <algorithm>
+#include <stdexcept>
+
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+#endif
+
+namespace nivora::cs {
+namespace {
+
+std::logic_error cannotWrite(const QFileInfo &file)
+{
+    return std::logic_error(QObject::tr("Не могу создать файл %1").arg(file.fileName()).toStdString());
+}
+
+/// XML 1.0 has no form for most control characters and for halves of surrogate pairs: one of them would make
+/// the whole file unreadable. They become U+FFFD.
+QString writable(const QString &text)
+{
+    QString result = text;
+    for (int i = 0; i < result.size(); ++i) {
+        const QChar c = result.at(i);
+        if (c.isHighSurrogate() && i + 1 < result.size() && result.at(i + 1).isLowSurrogate()) {
+            ++i;
+            continue;
+        }
+        const bool control = c < QLatin1Char(' ') && c != QLatin1Char('\t') && c != QLatin1Char('\n') &&
+                             c != QLatin1Char('\r');
+        if (control || c.isSurrogate() || c.unicode() >= 0xFFFE)
+            result[i] = QChar(QChar::ReplacementCharacter);
+    }
+    return result;
+}
+
+/// The writer turns line feeds and tabs in attributes into character references, so they survive reading.
+void writeDocument(QIODevice &target, const QList<UserCoordSystem::CsDataType> &branches)
+{
+    QXmlStreamWriter writer(&target);
+    writer.setAutoFormatting(true);
+    writer.writeStartDocument();
+    writer.writeStartElement(storetext::root());
+    for (const UserCoordSystem::CsDataType &branch : branches) {
+        writer.writeStartElement(storetext::branch());
+        writer.writeAttribute(storetext::name(), writable(branch.name));
+        for (const UserCoordSystem::CoordSystemParam &entry : branch.entries) {
+            writer.writeEmptyElement(storetext::entry());
+            writer.writeAttribute(storetext::type(), sourceTypeToString(entry.source().type));
+            writer.writeAttribute(storetext::source(), writable(entry.source().string));
+            writer.writeAttribute(storetext::description(), writable(entry.description()));
+        }
+        writer.writeEndElement();
+    }
+    writer.writeEndElement();
+    writer.writeEndDocument();
+}
+
+/// Keeps a copy of a file that cannot be read, since a person may yet mend it. An older copy is worth more
+/// than a newer one: it is nearer to the last good state. Throws when there is no copy at all.
+void keepUnreadable(const QFileInfo &file)
+{
+    const StoreReading reading = readStore(file);
+    if (!reading.exists || reading.problem.isEmpty())
+        return;
+    const QString path = file.absoluteFilePath();
+    const QString copy = path + QStringLiteral(".bak");
+    if (QFileInfo::exists(copy))
+        LOG_ERROR(
+            QObject::tr("Файл %1 не читается и будет заменён, прежняя копия %2 сохранена").arg(path, copy));
+    else if (QFile::copy(path, copy))
+        LOG_ERROR(QObject::tr("Файл %1 не читается и будет заменён, его копия: %2").arg(path, copy));
+    else
+        throw cannotWrite(QFileInfo(copy));
+}
+
+/// Held by every save in a directory, so that a temporary file met there is no running save's. The system's
+/// lock on the directory itself leaves no file behind and goes with the process, however that ends.
+class DirectoryLock
+{
+public:
+#ifdef Q_OS_UNIX
+    explicit DirectoryLock(const QString &directory)
+        : m_fd(::open(QFile::encodeName(directory).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+    {
+        constexpr int tries = 500; // of 2 ms; a save takes a few
+        for (int i = 0; m_fd >= 0 && !m_held && i < tries; ++i) {
+            m_held = ::flock(m_fd, LOCK_EX | LOCK_NB) == 0;
+            if (!m_held)
+                std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+    }
+    ~DirectoryLock()
+    {
+        if (m_fd >= 0)
+            ::close(m_fd);
+    }
+#else
+    explicit DirectoryLock(const QString &) {}
+    ~DirectoryLock() = default;
+#endif
+    DirectoryLock(const DirectoryLock &) = delete;
+    DirectoryLock &operator=(const DirectoryLock &) = delete;
+
+    /// False where there are no such locks, or somebody else keeps it for long: saving goes on without.
+    bool isHeld() const { return m_held; }
+
+private:
+    int m_fd = -1;
+    bool m_held = false;
+};
+
+/// Whether a file begins as a save does, or as much of that as it has.
+bool beginsAsSaved(const QString &path)
+{
+    static const QByteArray start =
+        QByteArrayLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<coordsys");
+    QFile file(path);
+    return openInput(file).isEmpty() && start.startsWith(file.read(start.size()));
+}
+
+/// Removes what killed saves left. Qt adds a dot and six letters of either case at random; a name that a
+/// person may have typed (".backup", ".Before") stays, and so does what was not written here.
+void sweepLeftovers(const QFileInfo &file)
+{
+    static const QRegularExpression random(
+        QStringLiteral("^(?=.*[a-z])(?=..*[A-Z])[A-Za-z]{6}$")); // "aXbQrT"
+    const QString prefix = file.fileName() + QLatin1Char('.');
+    const QFileInfoList files =
+        file.absoluteDir().entryInfoList(QDir::Files | QDir::NoSymLinks | QDir::Hidden);
+    for (const QFileInfo &found : files)
+        if (found.fileName().startsWith(prefix) &&
+            random.match(found.fileName().mid(prefix.size())).hasMatch() &&
+            beginsAsSaved(found.absoluteFilePath()))
+            QFile::remove(found.absoluteFilePath());
+}
+
+/// Another program's document is not an empty store.
+QString foreignRootError(const QDomElement &root)
+{
+    if (root.tagName() == storetext::root() || !root.firstChildElement(storetext::branch()).isNull())
+        return {};
+    return QStringLiteral("%1:%2: %3")
+        .arg(QString::number(root.lineNumber()), QString::number(root.columnNumber()),
+             QObject::tr("Корневой элемент <%1> не из файла систем координат").arg(root.tagName()));
+}
+
+} // namespace
+
+StoreReading readStore(const QFileInfo &file)
+{
+    StoreReading result;
+    QFile source(file.absoluteFilePath());
+    result.exists =
+        QFileInfo::exists(source.fileName()); // never file.exists(): it may remember an older answer
+    const QString whyClosed = openInput(source);
+    if (!whyClosed.isEmpty()) {
+        result.problem = QStringLiteral("%1: %2").arg(source.fileName(), whyClosed);
+        return result;
+    }
+    QString damage = readXml(source, result.document);
+    if (damage.isEmpty())
+        damage = foreignRootError(result.document.documentElement());
+    if (!damage.isEmpty())
+        result.problem = QStringLiteral("%1:%2").arg(source.fileName(), damage);
+    return result;
+}
+
+void writeStore(const QFileInfo &file, const QList<UserCoordSystem::CsDataType> &branches)
+{
+    const QString path = file.absoluteFilePath();
+    if (QFileInfo::exists(path) && !QFileInfo(path).isFile())
+        throw cannotWrite(file);
+    QDir().mkpath(file.absolutePath());
+    const DirectoryLock lock(file.absolutePath());
+    keepUnreadable(file);
+    if (lock.isHeld())
+        sweepLeftovers(file);
+
+    QSaveFile target(path);
+    if (!target.open(QIODevice::WriteOnly))
+        throw cannotWrite(file);
+    writeDocument(target, branches);
+    if (!target.commit())
+        throw cannotWrite(file);
+}
+
+} // namespace nivora::cs

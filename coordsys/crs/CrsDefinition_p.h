@@ -1,0 +1,83 @@
+#pragma once
+
+#include "CrsParts_p.h"
+#include "ProjOperation_p.h"
+#include <coordsys/CoordSystemTypes.h>
+
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+namespace nivora::cs {
+
+class CrsDefinition;
+using CrsDefinitionPtr = std::shared_ptr<const CrsDefinition>;
+
+/// Who a system is: PROJ's object of the definition that it was made from, without a vertical part, and what
+/// that object answers for itself. PROJ text and CoordSys text are exports and may lose any of it. Immutable;
+/// thread-safe (takes the PROJ lock).
+class CrsDefinition
+{
+public:
+    /// From a text that PROJ reads as a CRS: "EPSG:4326", WKT, PROJ text with "+type=crs". Null when it is
+    /// none.
+    static CrsDefinitionPtr from(const QString &definition);
+    /// The database's system of an EPSG code; null when it has none. PROJ reads numbers of ESRI's as EPSG's.
+    static CrsDefinitionPtr ofCode(int epsg);
+    /// From what a system was made of; by its spatial reference where the source is no text for PROJ.
+    static CrsDefinitionPtr of(const CoordSystemTypes::SourceData &source, void *srs);
+
+    CrsKind kind() const { return m_kind; }
+    /// False for what x and y alone do not describe: geocentric systems, heights, times.
+    bool isHorizontal() const { return m_kind != CrsKind::Other; }
+    /// The definition had a vertical part.
+    bool isDemotedTo2D() const { return m_flattened; }
+    /// What PROJ makes the system from: the text as given, or WKT 2 of its horizontal part.
+    const QString &definition() const { return m_definition; }
+    /// The name at the root of the text, empty when the text leaves it open.
+    const QString &name() const { return m_name; }
+    /// The EPSG code at the root of the text, or of its horizontal part, when the database's system of that
+    /// code is this one, else EPSG_UNDEFINDED. An ESRI code counts by its number.
+    int verifiedCode() const;
+    /// True when the database's system of an EPSG code is this one.
+    bool isSystemOf(int epsg) const;
+    /// The system under no code when its text states one of another EPSG system; else null.
+    CrsDefinitionPtr withoutForeignCode() const;
+    /// The EPSG code of the horizontal part alone.
+    int horizontalCode() const;
+    /// True when both axes run as a map's do, one to the east and one to the north.
+    bool hasEastNorthAxes() const;
+    /// WKT 2 of the horizontal part.
+    QString wkt() const;
+    /// PROJ text of the horizontal part, ready to convert; empty when PROJ has none.
+    QString projText() const;
+    /// True when the other definition has the same plane.
+    bool isHorizontalPartOf(const CrsDefinition &other) const;
+
+    /// From longitude/latitude (degrees from Greenwich, own datum) to the plane, by the system itself. Null
+    /// for geographic systems, and when PROJ knows no way.
+    std::shared_ptr<const ProjOperation> plane() const;
+    /// PROJ gives an object also for methods that it cannot compute: true when the middle of the area of use,
+    /// or the origin without one, has a place in the plane.
+    bool converts(const ProjOperation &plane) const;
+    double semiMinorM() const;
+
+    /// The horizontal part; null without one. Borrowed, for use under the PROJ lock.
+    PJ *crs() const { return m_crs.get(); }
+    /// An object of its own, equal to crs().
+    PjHandle copyOfCrs() const;
+
+private:
+    CrsDefinition(const QString &definition, PjHandle root);
+
+    QString m_definition;
+    QString m_name;
+    CrsKind m_kind = CrsKind::Other;
+    bool m_flattened = false;
+    int m_declaredCode = CoordSystemTypes::EPSG_UNDEFINDED; ///< as the text has it
+    mutable std::optional<int> m_verifiedCode;              ///< under the PROJ lock
+    PjHandle m_crs;
+};
+
+} // namespace nivora::cs

@@ -1,0 +1,169 @@
+#include "CrsParts_p.h"
+
+#include <proj_experimental.h>
+
+#include <QRegularExpression>
+
+namespace nivora::cs {
+namespace {
+
+PjHandle copyOf(PJ_CONTEXT *context, const PJ *crs) { return ownPj(proj_clone(context, crs)); }
+
+/// Geographic systems know no conversion, and asking for one would log an error.
+bool isRotated(PJ_CONTEXT *context, const PJ *geographic)
+{
+    return wkt2Of(context, geographic).contains(QLatin1String("BASEGEOGCRS["));
+}
+
+bool isBound(const PJ *crs) { return crs && proj_get_type(crs) == PJ_TYPE_BOUND_CRS; }
+
+PjHandle flat(PJ_CONTEXT *context, const PJ *crs)
+{
+    const PJ_TYPE type = proj_get_type(crs);
+    if (type == PJ_TYPE_COMPOUND_CRS) {
+        const PjHandle first = ownPj(proj_crs_get_sub_crs(context, crs, 0));
+        return first ? horizontalPart(context, first.get()) : nullptr;
+    }
+    if (type == PJ_TYPE_GEOGRAPHIC_3D_CRS || type == PJ_TYPE_PROJECTED_CRS)
+        return ownPj(proj_crs_demote_to_2D(context, nullptr, crs));
+    const bool planar = type == PJ_TYPE_GEOGRAPHIC_2D_CRS || type == PJ_TYPE_ENGINEERING_CRS;
+    return planar ? copyOf(context, crs) : nullptr;
+}
+
+/// A bound CRS can be changed only in parts: it is taken apart and bound again. \p change makes a part from
+/// one; that of the source counts when the others fail.
+template <typename Change> PjHandle changedBound(PJ_CONTEXT *context, const PJ *bound, Change &&change)
+{
+    const PjHandle source = ownPj(proj_get_source_crs(context, bound));
+    const PjHandle hub = ownPj(proj_get_target_crs(context, bound));
+    const PjHandle shift = ownPj(proj_crs_get_coordoperation(context, bound));
+    PjHandle part = source ? change(source.get()) : nullptr;
+    const PjHandle flatHub = hub ? flat(context, hub.get()) : nullptr;
+    if (!part || !flatHub || !shift)
+        return part;
+    return ownPj(proj_crs_create_bound_crs(context, part.get(), flatHub.get(), shift.get()));
+}
+
+PjHandle axesOf(PJ_CONTEXT *context, const PJ *crs)
+{
+    const PjHandle plain = sourceOfBoundCrs(context, crs);
+    return plain ? ownPj(proj_crs_get_coordinate_system(context, plain.get())) : nullptr;
+}
+
+} // namespace
+
+PjHandle sourceOfBoundCrs(PJ_CONTEXT *context, const PJ *crs)
+{
+    return isBound(crs) ? ownPj(proj_get_source_crs(context, crs)) : copyOf(context, crs);
+}
+
+CrsKind kindOf(PJ_CONTEXT *context, const PJ *crs)
+{
+    const PjHandle plain = sourceOfBoundCrs(context, crs);
+    switch (plain ? proj_get_type(plain.get()) : PJ_TYPE_UNKNOWN) {
+    case PJ_TYPE_GEOGRAPHIC_2D_CRS:
+    case PJ_TYPE_GEOGRAPHIC_3D_CRS:
+        return isRotated(context, plain.get()) ? CrsKind::RotatedGeographic : CrsKind::Geographic;
+    case PJ_TYPE_PROJECTED_CRS:
+        return CrsKind::Projected;
+    case PJ_TYPE_ENGINEERING_CRS:
+        return CrsKind::Local;
+    case PJ_TYPE_COMPOUND_CRS: {
+        const PjHandle first = ownPj(proj_crs_get_sub_crs(context, plain.get(), 0));
+        return first ? kindOf(context, first.get()) : CrsKind::Other;
+    }
+    default:
+        return CrsKind::Other;
+    }
+}
+
+bool hasVerticalPart(PJ_CONTEXT *context, const PJ *crs)
+{
+    const PjHandle plain = sourceOfBoundCrs(context, crs);
+    if (!plain)
+        return false;
+    const PJ_TYPE type = proj_get_type(plain.get());
+    return type == PJ_TYPE_COMPOUND_CRS || type == PJ_TYPE_GEOGRAPHIC_3D_CRS ||
+           axisDirections(context, plain.get()).size() > 2;
+}
+
+PjHandle horizontalPart(PJ_CONTEXT *context, const PJ *crs)
+{
+    const auto flattened = [context](const PJ *part) { return flat(context, part); };
+    return isBound(crs) ? changedBound(context, crs, flattened) : flattened(crs);
+}
+
+PjHandle withoutCode(PJ_CONTEXT *context, const PJ *crs)
+{
+    // … ,ID["EPSG",28407]] at the end of the text
+    static const QRegularExpression code(QStringLiteral(",\\s*ID\\[\"[^\"]*\",[^\\]]*\\]\\]\\s*$"));
+    const auto bare = [context](const PJ *part) {
+        const QString text = wkt2Of(context, part).replace(code, QStringLiteral("]"));
+        return ownPj(proj_create(context, text.toUtf8().constData()));
+    };
+    return isBound(crs) ? changedBound(context, crs, bare) : bare(crs);
+}
+
+PjHandle baseOf(PJ_CONTEXT *context, const PJ *crs)
+{
+    PjHandle plain = sourceOfBoundCrs(context, crs);
+    const CrsKind kind = plain ? kindOf(context, plain.get()) : CrsKind::Other;
+    if (kind == CrsKind::Geographic)
+        return plain;
+    if (kind == CrsKind::RotatedGeographic || kind == CrsKind::Projected)
+        return ownPj(proj_get_source_crs(context, plain.get()));
+    return nullptr;
+}
+
+double axisFactor(PJ_CONTEXT *context, const PJ *crs)
+{
+    const PjHandle axes = axesOf(context, crs);
+    double factor = 0.0;
+    if (axes)
+        proj_cs_get_axis_info(context, axes.get(), 0, nullptr, nullptr, nullptr, &factor, nullptr, nullptr,
+                              nullptr);
+    return factor;
+}
+
+double meridianDeg(PJ_CONTEXT *context, const PJ *crs)
+{
+    constexpr double radiansPerDegree = 0.017453292519943295;
+    const PjHandle meridian = ownPj(proj_get_prime_meridian(context, crs));
+    double longitude = 0.0;
+    double radiansPerUnit = 0.0;
+    if (!meridian ||
+        !proj_prime_meridian_get_parameters(context, meridian.get(), &longitude, &radiansPerUnit, nullptr))
+        return 0.0;
+    return longitude * (radiansPerUnit / radiansPerDegree);
+}
+
+QStringList axisDirections(PJ_CONTEXT *context, const PJ *crs)
+{
+    const PjHandle axes = axesOf(context, crs);
+    QStringList directions;
+    for (int i = 0; axes && i < proj_cs_get_axis_count(context, axes.get()); ++i) {
+        const char *direction = nullptr;
+        proj_cs_get_axis_info(context, axes.get(), i, nullptr, nullptr, &direction, nullptr, nullptr, nullptr,
+                              nullptr);
+        directions << QString::fromUtf8(direction);
+    }
+    return directions;
+}
+
+QString wkt2Of(PJ_CONTEXT *context, const PJ *crs)
+{
+    return QString::fromUtf8(proj_as_wkt(context, crs, PJ_WKT2_2019, nullptr));
+}
+
+std::optional<int> codeOf(const PJ *crs, QLatin1String authority)
+{
+    for (int i = 0; const char *name = proj_get_id_auth_name(crs, i); ++i) {
+        bool isNumber = false;
+        const int code = QString::fromLatin1(proj_get_id_code(crs, i)).toInt(&isNumber);
+        if (isNumber && authority.compare(QLatin1String(name), Qt::CaseInsensitive) == 0)
+            return code;
+    }
+    return std::nullopt;
+}
+
+} // namespace nivora::cs

@@ -1,0 +1,205 @@
+#include <coordsys/ProjEngine.h>
+
+#include "ProjEngine_p.h"
+#include "ProjText_p.h"
+#include <platform/Logger.h>
+
+#include <cpl_error.h>
+#include <proj.h>
+
+#include <QMutexLocker>
+#include <QObject>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+static_assert(PROJ_VERSION_MAJOR > 9 || (PROJ_VERSION_MAJOR == 9 && PROJ_VERSION_MINOR >= 1),
+              "PROJ before 9.1 is not supported");
+
+namespace nivora::cs {
+namespace {
+
+const char *levelName(int level)
+{
+    switch (level) {
+    case 1:
+        return "ERROR";
+    case 2:
+        return "DEBUG";
+    case 3:
+        return "TRACE";
+    case 4:
+        return "TELL";
+    default:
+        return "NONE";
+    }
+}
+
+void projLogOnNivora(void *, int level, const char *message)
+{
+    LOG_TRACE(QStringLiteral("PROJ %1: %2").arg(QLatin1String(levelName(level)), QString::fromUtf8(message)));
+}
+
+PJ *destroyUnderLock(PJ *pj)
+{
+    const QMutexLocker lock(globalProj4Mutex()); // the object works on its context as it goes
+    return isKeptAtProcessEnd(pj) ? nullptr : proj_destroy(pj);
+}
+
+/// The object of a text that is fit for PROJ; \p asked names it in the exception.
+PjHandle projObject(QString text, const QString &asked)
+{
+    const QString crsTerm = QStringLiteral("+type=crs");
+    const QMutexLocker lock(globalProj4Mutex());
+    PjHandle result = ownPj(proj_create(globalProjContext(), text.toUtf8().constData()));
+    if (result && text.contains(crsTerm) && proj_is_crs(result.get())) {
+        text.remove(crsTerm); // a CRS object describes; only an operation converts
+        result = ownPj(proj_create(globalProjContext(), text.toUtf8().constData()));
+    }
+    if (!result)
+        throw ProjException(QObject::tr("Ошибка инициализации проекции: %1").arg(asked));
+    return result;
+}
+
+QString withZeroShift(const QString &proj, bool onlyGeographicDatumFix)
+{
+    // "+proj=longlat +ellps=WGS84 +no_defs"
+    static const QRegularExpression geographicTerm(QStringLiteral("\\+proj=(longlat|latlong|latlon|lonlat)"));
+    const QString zeroShift = QStringLiteral("+towgs84=0,0,0,0,0,0,0");
+    const QString ellipsoid = QStringLiteral("+ellps=WGS84");
+
+    QString result = proj;
+    const bool geographic = geographicTerm.match(proj).hasMatch();
+    if (geographic && result.contains(ellipsoid) && result.contains(zeroShift))
+        result.replace(ellipsoid, QStringLiteral("+datum=WGS84")); // of the same length
+    if ((geographic || !onlyGeographicDatumFix) && !proj.contains(QLatin1String("+towgs84"))) {
+        const int end = proj.indexOf(QLatin1String("+no_defs"));
+        if (end < 0)
+            result += QLatin1Char(' ') + zeroShift;
+        else
+            result.insert(end, zeroShift + QLatin1Char(' '));
+    }
+    return result;
+}
+
+std::atomic<bool> processEnds{false};
+
+/// Made after PROJ's default context, so destroyed before it: GDAL's destructors may ask PROJ for a new
+/// context, which copies that one.
+struct EndMark
+{
+    ~EndMark() { processEnds = true; }
+};
+
+} // namespace
+
+bool isKeptAtProcessEnd(void *object)
+{
+    if (!processEnds)
+        return false;
+    static std::vector<void *> &kept = *new std::vector<void *>;
+    const QMutexLocker lock(globalProj4Mutex());
+    kept.push_back(object);
+    return true;
+}
+
+PjHandle ownPj(PJ *pj)
+{
+    return PjHandle(pj, destroyUnderLock); // an empty deleter would terminate
+}
+
+// Neither is ever destroyed: objects in a host's statics die after any static of this library, and other
+// threads may convert while the process ends.
+PJ_CONTEXT *globalProjContext()
+{
+    static PJ_CONTEXT *const context = [] {
+        PJ_CONTEXT *made = proj_context_create();
+        static const EndMark mark;
+        proj_log_func(made, nullptr, projLogOnNivora);
+        return made;
+    }();
+    return context;
+}
+
+QMutex *globalProj4Mutex()
+{
+    static QMutex *const mutex = new QMutex(QMutex::Recursive);
+    return mutex;
+}
+
+QString projLastError()
+{
+    return QString::fromUtf8(proj_errno_string(proj_context_errno(globalProjContext())));
+}
+
+ProjException::ProjException(const QString &message)
+    : std::logic_error(makeString(message).toStdString())
+{}
+
+QString ProjException::makeString(const QString &message) const
+{
+    const QString error = projLastError();
+    return message.isEmpty() ? error : QStringLiteral("%1:%2").arg(message, error);
+}
+
+ExportToPrjException::ExportToPrjException()
+    : std::logic_error(QObject::tr("Ошибка экспорта КС в формат MI Prj: %1")
+                           .arg(QString::fromUtf8(CPLGetLastErrorMsg()))
+                           .toStdString())
+{}
+
+QString fixedProjString(const QString &proj, bool onlyGeographicDatumFix)
+{
+    return withZeroShift(proj, onlyGeographicDatumFix).remove(QStringLiteral("+R_A"));
+}
+
+QString removeHelmertFromProjString(const QString &proj, bool &removed)
+{
+    static const QRegularExpression shift(QStringLiteral("towgs84|nadgrids|geoidgrids"));
+    // "+towgs84=1,2,3", "+nadgrids=conus"
+    static const QRegularExpression term(QStringLiteral("\\+(towgs84|nadgrids|geoidgrids)=\\S+"));
+    removed = shift.match(proj).hasMatch();
+    return removed ? QString(proj).remove(term) : proj;
+}
+
+PjHandle proj4FromString(const QString &proj) { return projObject(fixedProjString(proj, true), proj); }
+
+PjHandle proj4FromExport(const QString &proj) { return projObject(withZeroShift(proj, true), proj); }
+
+QString withoutVerticalTerms(const QString &proj)
+{
+    // "+vunits=m", "+geoidgrids=egm96.gtx"
+    static const QRegularExpression term(
+        QStringLiteral("\\s*\\+(vunits|vto_meter|geoidgrids|geoid_crs)=\\S+"));
+    return QString(proj).remove(term);
+}
+
+bool isIncorrect(const PJ_COORD &c) { return !std::isfinite(c.v[0]) || !std::isfinite(c.v[1]); }
+
+bool isNearlyEquals(double a, double b) { return std::fabs(a - b) < 1e-6; }
+
+QPointF pointToRad(const QPointF &degrees) { return {proj_torad(degrees.x()), proj_torad(degrees.y())}; }
+
+QPointF pointToDeg(const QPointF &radians) { return {proj_todeg(radians.x()), proj_todeg(radians.y())}; }
+
+void logTransformError(const QString &) {}
+
+QRectF infinityRect()
+{
+    constexpr double corner = -8.988465674311575e307; // bits 0xFFDFFFFFFFFFFFFB
+    constexpr double extent = 1.797693134862315e308;  // bits 0x7FEFFFFFFFFFFFFB
+    return {corner, corner, extent, extent};
+}
+
+QRectF coordsArrayToRect(const std::array<double, 4> &xs, const std::array<double, 4> &ys)
+{
+    const auto x = std::minmax_element(xs.begin(), xs.end());
+    const auto y = std::minmax_element(ys.begin(), ys.end());
+    return QRectF(*x.first, *y.first, *x.second - *x.first, *y.second - *y.first).normalized();
+}
+
+} // namespace nivora::cs

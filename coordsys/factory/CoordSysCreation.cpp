@@ -1,0 +1,553 @@
+#include <coordsys/CoordSysFactory.h>
+
+#include "CatalogueName_p.h"
+#include "CoordSystemCache_p.h"
+#include "CrsDefinition_p.h"
+#include "DriverText_p.h"
+#include "InputFile_p.h"
+#include "OsrHandle_p.h"
+#include "ProjText_p.h"
+#include <coordsys/CoordSysRect.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/CoordSystemConversions.h>
+#include <coordsys/CoordSystemStrings.h>
+#include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/MapinfoCoordSystem.h>
+#include <coordsys/ProjLibMetadata.h>
+#include <coordsys/ProjectionParamsManager.h>
+#include <coordsys/SpatialReferenceText.h>
+#include <platform/Logger.h>
+
+#include <QFile>
+#include <QMutexLocker>
+#include <QObject>
+#include <QRegExp>
+#include <QRegularExpression>
+#include <QXmlStreamReader>
+
+#include <cmath>
+#include <memory>
+#include <optional>
+
+namespace nivora::cs {
+namespace {
+
+/// MapInfo's number for the datum of web Mercator.
+constexpr int webMercatorDatum = 157;
+constexpr std::uint8_t nonEarth = 0;
+constexpr std::uint8_t longitudeLatitude = 1;
+constexpr double ellipsoidToleranceM = 1e-3;
+
+[[noreturn]] void throwEmpty() { throw std::invalid_argument(QObject::tr("Строка КС пустая").toStdString()); }
+
+[[noreturn]] void throwInvalid(const QString &text)
+{
+    throw std::runtime_error(QObject::tr("Неверная строка КС\n%1").arg(text).toStdString());
+}
+
+[[noreturn]] void throwWithoutPlane(const QString &text)
+{
+    throw std::runtime_error(QObject::tr("КС не имеет плановой части: %1").arg(text).toStdString());
+}
+
+/// PROJ text of web Mercator as GDAL writes it, a Mercator on a sphere with grid tricks, turned into PROJ's
+/// own spherical Mercator on WGS 84; terms that PROJ does not take there are dropped.
+QString webMercatorText(const QString &proj)
+{
+    static const QRegularExpression radius(QStringLiteral("\\+(?<d_id>[Rab])=6378137"));   // "+a=6378137"
+    static const QRegularExpression projection(QStringLiteral("\\+proj=(?<prj_id>\\w+)")); // "+proj=merc"
+    static const QRegularExpression term(
+        QStringLiteral("\\+(\\w+)=(\\S+)|\\+(\\w+)")); // "+lon_0=0", "+no_defs"
+    static const QStringList kept = {
+        QStringLiteral("proj"),  QStringLiteral("datum"),    QStringLiteral("ellps"),
+        QStringLiteral("lon_0"), QStringLiteral("x_0"),      QStringLiteral("y_0"),
+        QStringLiteral("units"), QStringLiteral("to_meter"), QStringLiteral("no_defs")};
+    QString text = proj;
+    QString letters;
+    for (auto i = radius.globalMatch(proj); i.hasNext();)
+        letters += i.next().captured(QStringLiteral("d_id"));
+    const QString datum = QStringLiteral("+datum=WGS84");
+    if (letters.contains(QLatin1Char('R')))
+        text.replace(QStringLiteral("+R=6378137"), datum);
+    if (letters.contains(QLatin1Char('a')) && letters.contains(QLatin1Char('b'))) {
+        text.replace(QStringLiteral("+a=6378137"), datum);
+        text.remove(QStringLiteral("+b=6378137"));
+    }
+    if (projection.match(text).captured(QStringLiteral("prj_id")) == QLatin1String("merc"))
+        text.replace(QStringLiteral("+proj=merc"), QStringLiteral("+proj=webmerc"));
+
+    QString result;
+    for (auto i = term.globalMatch(text); i.hasNext();) {
+        const QRegularExpressionMatch match = i.next();
+        const bool bare = !match.captured(3).isEmpty();
+        const QString key = bare ? match.captured(3) : match.captured(1);
+        const bool isMetre = key == QLatin1String("units") && match.captured(2) == QLatin1String("m");
+        if (!kept.contains(key) || isMetre)
+            continue;
+        result +=
+            bare ? QStringLiteral(" +%1").arg(key) : QStringLiteral(" +%1=%2").arg(key, match.captured(2));
+    }
+    return result.trimmed();
+}
+
+/// The spatial reference of a map-header record. Throws std::runtime_error when the driver refuses it.
+std::shared_ptr<void> importRecord(const TABProjInfo_t &record)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope errors;
+    std::shared_ptr<void> srs = newSrs();
+    if (OSRImportFromMICoordSys(srs.get(), mitabCoordSys(record).toUtf8().constData()) != OGRERR_NONE)
+        throw std::runtime_error(errors.message().toStdString());
+    return srs;
+}
+
+/// PROJ makes objects of steps and shifts too, which are no systems.
+bool isStep(const QString &text)
+{
+    static const QRegularExpression step(QStringLiteral( // "+proj=helmert"
+        "\\+proj=(affine|axisswap|defmodel|deformation|geoc|geogoffset|gridshift|helmert|hgridshift|horner|"
+        "molobadekas|molodensky|noop|pop|push|set|tinshift|topocentric|unitconvert|vertoffset|vgridshift|"
+        "xyzgridshift)(?=\\s|$)"));
+    return !text.contains(QLatin1String("+proj=pipeline")) && step.match(text).hasMatch();
+}
+
+/// Of texts that may be another thing than a system of x and y; "+type=crsword" makes an operation. Others
+/// are not asked: the answer costs a good part of the creation.
+void refuseUnlessPlanar(const QString &text)
+{
+    static const QRegularExpression suspect(
+        QStringLiteral("\\+(init|type)=|\\+proj=(geocent|cart|pipeline)(?=\\s|$)"));
+    if (!suspect.match(text).hasMatch())
+        return;
+    const CrsDefinitionPtr identity = CrsDefinition::of({CoordSystem::Proj4, text}, nullptr);
+    if (!identity)
+        throwInvalid(text);
+    if (!identity->isHorizontal())
+        throwWithoutPlane(text);
+}
+
+/// Throws std::runtime_error when GDAL refuses the text, or x and y alone are no coordinates of it.
+std::shared_ptr<void> importProj(const QString &text)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope errors;
+    std::shared_ptr<void> srs = isStep(text) ? nullptr : srsFromProj(text);
+    if (!srs)
+        throwInvalid(text);
+    refuseUnlessPlanar(text);
+    return srs;
+}
+
+std::shared_ptr<void> importWkt(const QString &wkt)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope errors;
+    std::shared_ptr<void> srs = srsFromWkt(wkt);
+    if (!srs)
+        throw std::runtime_error(
+            QObject::tr("Ошибка импорта из строки WKT:\n%1\n(%2)").arg(wkt, errors.message()).toStdString());
+    return srs;
+}
+
+bool isLocal(void *srs)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    return OSRIsLocal(srs) != 0;
+}
+
+/// GDAL's PROJ text; empty when it has none.
+QString exportedProj(void *srs)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope quiet;
+    const QString proj = osrToProj4(srs);
+    const bool webMercator = proj.contains(QLatin1String("+proj=merc ")) &&
+                             proj.contains(QLatin1String("+nadgrids=@null")) &&
+                             OSRGetLinearUnits(srs, nullptr) == 1.0;
+    return webMercator ? webMercatorText(proj) : proj;
+}
+
+/// Throws std::runtime_error where the driver reads a projection it does not know as plain
+/// longitude/latitude.
+PjHandle projObjectFor(const CoordSystem &cs, const TABProjInfo_t &record)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    const QString text = cs.projStr();
+    if (record.nProjId > longitudeLatitude && text.startsWith(QLatin1String("+proj=longlat")))
+        throwInvalid(cs.sourceParameters().string);
+    if (record.nDatumId == webMercatorDatum) {
+        try {
+            return proj4FromString(webMercatorText(text));
+        } catch (const ProjException &e) {
+            // longitude/latitude on this datum loses its ellipsoid in the rewriting
+            LOG_DEBUG(QString::fromUtf8(e.what()));
+        }
+    }
+    return proj4FromString(text);
+}
+
+/// "8307" or "0x2073"; nothing for a list, a sign, blanks, or a number beyond an int.
+std::optional<int> cleanNumber(const QString &text)
+{
+    static const QRegularExpression clean(QStringLiteral("\\A(?:0x[0-9a-fA-F]+|[0-9]+)\\z")); // "0x2073"
+    const bool hex = text.startsWith(QLatin1String("0x"));
+    bool isNumber = false;
+    const int number = text.toInt(&isNumber, hex ? 16 : 10);
+    return isNumber && clean.match(text).hasMatch() ? std::optional<int>(number) : std::nullopt;
+}
+
+} // namespace
+
+CoordSystemPtr CoordSysFactory::createFromProj(const QString &proj) const
+{
+    const CatalogueScope scope(*this);
+    return m_made->system(CoordSystemCache::By::Proj, proj, [&] {
+        const CoordSystemPtr cs = unnamedFromProj(proj);
+        // Compared without its source, as it stands here, whatever becomes of the system given out.
+        const auto lookUp = [catalogue = m_mapinfo, asked = CoordSystemPtr(cs->duplicate())] {
+            return catalogue->getHumanReadableTextWithEpsg(*asked, true).first;
+        };
+        cs->setSourceParameters({CoordSystem::Proj4, proj});
+        cs->setNameless(std::make_shared<const CatalogueName>(lookUp));
+        return cs;
+    });
+}
+
+/// PROJ's operation and PROJ's system of one text disagree in a few: around another pole the operation gives
+/// radians, Miller's and van der Grinten's maps are drawn on the authalic sphere by the system alone, and
+/// only the system's axes are turned as maps have them. Transformations use the system, so forward() and
+/// inverse() do.
+void CoordSysFactory::useCrsProjection(CoordSystem &cs, const QString &proj)
+{
+    static const QRegularExpression odd(QStringLiteral("\\+proj=(mill|vandg|ob_tran)(?=\\s|$)|\\+axis="));
+    const QRegularExpressionMatch match = odd.match(proj);
+    const QString projection = match.captured(1);
+    if (!match.hasMatch() || (projection == QLatin1String("ob_tran") && !cs.isRotated()))
+        return;
+    const CrsDefinitionPtr identity = CrsDefinition::of({CoordSystem::Proj4, proj}, nullptr);
+    const std::shared_ptr<const ProjOperation> plane = identity ? identity->plane() : nullptr;
+    if (plane)
+        cs.setPlane(plane);
+}
+
+/// A system without name, code and source.
+CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj) const
+{
+    if (proj.isEmpty())
+        throwEmpty();
+    static const QRegularExpression start(QStringLiteral("^\\s*\\+proj=")); // "+proj=longlat …"
+    if (!start.match(proj).hasMatch())
+        throw std::logic_error(QObject::tr("Неверный формат строки").toStdString());
+    LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromProj=%1").arg(proj));
+
+    auto cs = std::make_shared<CoordSystem>();
+    const QString text = withoutVerticalTerms(proj);
+    const std::shared_ptr<void> srs = importProj(text);
+    cs->setOGRSpatialReference(srs);
+    cs->setProj4(proj4FromString(text));
+    useCrsProjection(*cs, text);
+    return cs;
+}
+
+CoordSystemPtr CoordSysFactory::createWithoutDescription(const QString &prj) const
+{
+    const CatalogueScope scope(*this);
+    return unnamedFromPrj(prj);
+}
+
+/// A system without name and code.
+CoordSystemPtr CoordSysFactory::unnamedFromPrj(const QString &prj) const
+{
+    if (prj.isEmpty())
+        throwEmpty();
+    const MapHeaderCoordsysConverter converter;
+    const TABProjInfo_t record = converter.prjStrToTABProjInfo(prj);
+    const QString text = converter.tabProjInfoToString(record);
+    return m_made->system(CoordSystemCache::By::Record, text,
+                          [&] { return unnamedFromRecord(record, text); });
+}
+
+CoordSystemPtr CoordSysFactory::unnamedFromRecord(const TABProjInfo_t &record, const QString &text) const
+{
+    auto cs = std::make_shared<CoordSystem>();
+    cs->setSourceParameters({CoordSystem::Prj, text});
+    cs->setOGRSpatialReference(importRecord(record));
+    cs->m_isNonEarth = record.nProjId == nonEarth; // asking GDAL costs a copy where there is a shift
+    cs->setProj4(cs->isNonEarth() ? proj4FromString(cs->projStr()) : projObjectFor(*cs, record));
+    useCrsProjection(*cs, cs->projStr());
+    if (record.nAffineFlag) {
+        const double *p = record.dAffineParams; // A to F; the matrix is given by columns
+        setAffineParamsArray(*cs, m_params->unitByID(record.nAffineUnits),
+                             {p[0], p[3], p[1], p[4], p[2], p[5]});
+    }
+    if (record.nBoundsFlag) {
+        const QRectF bounds = MapHeaderCoordsysConverter::boundForTabProj(record);
+        cs->setRectCoordSystem(bounds);
+        cs->setProjectionDefaultBounds(bounds);
+    }
+    return cs;
+}
+
+CoordSystemPtr CoordSysFactory::createFromPrj(const QString &prj) const
+{
+    const CatalogueScope scope(*this);
+    LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromPrj = %1").arg(prj));
+    const CoordSystemPtr cs =
+        m_made->system(CoordSystemCache::By::Prj, prj, [&] { return cataloguedFromPrj(prj); });
+    if (cs->description().isEmpty())
+        cs->setDescription(userDescription(*cs)); // asked each time: the user may name it meanwhile
+    if (cs->description().isEmpty())
+        cs->setDescription(cs->prjStr());
+    return cs;
+}
+
+/// Name and code are the catalogue's, else empty.
+CoordSystemPtr CoordSysFactory::cataloguedFromPrj(const QString &prj) const
+{
+    CoordSystemPtr cs = unnamedFromPrj(prj);
+    LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromPrj(fixed) = %1").arg(cs->prjStr()));
+    const auto named = m_mapinfo->getHumanReadableTextWithEpsg(*cs);
+    if (!named.first.isEmpty()) {
+        cs->setDescription(named.first);
+        if (named.second != CoordSystem::EPSG_UNDEFINDED)
+            cs->setEpsg(named.second);
+    }
+    return cs;
+}
+
+CoordSystemPtr CoordSysFactory::createFromEpsg(int epsg) const
+{
+    const CatalogueScope scope(*this);
+    LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromEpsg=%1").arg(epsg));
+    return m_made->system(CoordSystemCache::By::Epsg, QString::number(epsg),
+                          [&] { return namedFromEpsg(epsg); });
+}
+
+CoordSystemPtr CoordSysFactory::namedFromEpsg(int epsg) const
+{
+    // Entries without a code carry a negative one, which no caller may find them by.
+    const QString prj = epsg > 0 ? m_mapinfo->seekByEPSG(epsg) : QString();
+    const CoordSystemPtr cs = prj.isEmpty() ? unnamedFromEpsg(epsg) : cataloguedEpsg(prj, epsg);
+    cs->setDescription(nameOfCode(epsg));
+    cs->setEpsg(epsg);
+    return cs;
+}
+
+/// From the catalogue's entry. Where MapInfo's ellipsoid is not quite the code's (Xian 1980: 19 mm), the
+/// code's own plane counts, as it does in transformations.
+CoordSystemPtr CoordSysFactory::cataloguedEpsg(const QString &prj, int epsg) const
+{
+    const CoordSystemPtr cs = unnamedFromPrj(prj);
+    cs->setSourceParameters({CoordSystem::Epsg, QString::number(epsg)});
+    const CrsDefinitionPtr identity = cs->identity();
+    if (identity && identity->kind() == CrsKind::Projected &&
+        std::fabs(identity->semiMinorM() - cs->getSemiMinor()) > ellipsoidToleranceM)
+        if (const std::shared_ptr<const ProjOperation> plane = identity->plane())
+            cs->setPlane(plane);
+    return cs;
+}
+
+/// From the database. PROJ text does not carry every method and every direction of axes; where it fails, the
+/// system converts by itself.
+CoordSystemPtr CoordSysFactory::unnamedFromEpsg(int epsg) const
+{
+    const QString code = QStringLiteral("EPSG:%1").arg(epsg);
+    QString proj = ProjLibMetadata().projStringForCrs(epsg, ProjLibMetadata::EPSG);
+    LOG_DEBUG(proj);
+    const CrsDefinitionPtr identity = CrsDefinition::ofCode(epsg);
+    if (!identity || !identity->isHorizontal())
+        throwWithoutPlane(code);
+    if (identity->isDemotedTo2D()) {
+        const QString prj = m_mapinfo->seekByEPSG(identity->horizontalCode());
+        if (identity->horizontalCode() > 0 && !prj.isEmpty())
+            return cataloguedEpsg(prj, epsg);
+        proj = identity->projText();
+    }
+    const bool sameAxes = identity->hasEastNorthAxes() || proj.contains(QLatin1String("+axis="));
+    try {
+        const CoordSystemPtr cs = proj.isEmpty() ? fromIdentity(identity) : unnamedFromProj(proj);
+        if (!sameAxes && !cs->isLatLong())
+            cs->setPlane(identity->plane());
+        cs->setSourceParameters({CoordSystem::Epsg, QString::number(epsg)});
+        cs->setIdentity(identity);
+        return cs;
+    } catch (const std::exception &e) {
+        LOG_DEBUG(QString::fromUtf8(e.what()));
+        throw ProjException(QObject::tr("Ошибка инициализации проекции: %1").arg(code));
+    }
+}
+
+/// A system that has no PROJ text. Throws std::runtime_error when PROJ cannot compute in it.
+CoordSystemPtr CoordSysFactory::fromIdentity(const CrsDefinitionPtr &identity)
+{
+    const std::shared_ptr<const ProjOperation> plane = identity ? identity->plane() : nullptr;
+    if (!plane || !identity->converts(*plane))
+        throw std::runtime_error(QObject::tr("Ошибка экспорта КС в формат proj").toStdString());
+    auto cs = std::make_shared<CoordSystem>();
+    cs->setOGRSpatialReference(importWkt(identity->wkt()));
+    cs->m_pj = identity->copyOfCrs();
+    cs->setPlane(plane);
+    return cs;
+}
+
+CoordSystemPtr CoordSysFactory::createFromWkt(const QString &wkt) const
+{
+    const CatalogueScope scope(*this);
+    return m_made->system(CoordSystemCache::By::Wkt, wkt, [&] { return namedFromWkt(wkt); });
+}
+
+CoordSystemPtr CoordSysFactory::namedFromWkt(const QString &wkt) const
+{
+    if (wkt.isEmpty())
+        throw std::runtime_error(QObject::tr("Строка КС пустая").toStdString());
+    LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromWkt=%1").arg(wkt));
+
+    std::shared_ptr<void> srs = importWkt(wkt);
+    CrsDefinitionPtr identity = CrsDefinition::from(wkt);
+    if (!identity)
+        identity = CrsDefinition::of({CoordSystem::Unknown, QString()}, srs.get());
+    if (identity && !identity->isHorizontal())
+        throwWithoutPlane(wkt);
+    const CrsDefinitionPtr bare = identity ? identity->withoutForeignCode() : nullptr;
+    if (bare)
+        identity = bare;
+    if (bare || (identity && identity->isDemotedTo2D()))
+        srs = importWkt(identity->wkt());
+    const CoordSystemPtr cs = isLocal(srs.get()) ? createFromPrj(prjFromSpatialReference(srs.get()))
+                                                 : unnamedFromWkt(srs, identity);
+    cs->setSourceParameters({CoordSystem::Wkt, wkt});
+    cs->setIdentity(identity);
+    const int code = cs->statedEpsg();
+    if (code != CoordSystem::EPSG_UNDEFINDED)
+        cs->setDescription(nameOfCode(code));
+    else if (identity && identity->kind() == CrsKind::Local && !identity->name().isEmpty())
+        cs->setDescription(identity->name());
+    else if (cs->description().isEmpty())
+        cs->setNameless();
+    return cs;
+}
+
+CoordSystemPtr CoordSysFactory::unnamedFromWkt(const std::shared_ptr<void> &srs,
+                                               const CrsDefinitionPtr &identity)
+{
+    const QString proj = exportedProj(srs.get());
+    if (proj.isEmpty())
+        return fromIdentity(identity);
+    auto cs = std::make_shared<CoordSystem>();
+    cs->setOGRSpatialReference(srs);
+    cs->setProj4(proj4FromExport(proj));
+    const std::shared_ptr<const ProjOperation> plane = identity ? identity->plane() : nullptr;
+    if (plane)
+        cs->setPlane(plane);
+    return cs;
+}
+
+CoordSystemPtr CoordSysFactory::createFromTaggedString(const QString &text) const
+{
+    const CatalogueScope scope(*this);
+    // Classic syntax on purpose: its dot also takes the line feeds of WKT.
+    QRegExp pattern(QStringLiteral("(proj4:|proj:|wkt:|epsg:|prj:|)(.*)"), Qt::CaseInsensitive);
+    pattern.indexIn(text);
+    const QString tag = pattern.cap(1).toLower();
+    const QString body = pattern.cap(2);
+    if (tag == QLatin1String("proj:") || tag == QLatin1String("proj4:"))
+        return createFromProj(body);
+    if (tag == QLatin1String("wkt:"))
+        return createFromWkt(body);
+    if (tag == QLatin1String("epsg:"))
+        return createFromEpsg(body.toInt());
+    return createFromPrj(tag.isEmpty() ? text : body);
+}
+
+CoordSystemPtr CoordSysFactory::createNonEarth(int unitCode, QRectF bounds) const
+{
+    const CatalogueScope scope(*this);
+    const QString units =
+        QStringLiteral("CoordSys NonEarth Units \"%1\"").arg(m_params->unitByID(unitCode)->name());
+    return createFromPrj(units + boundConditionAsString(bounds));
+}
+
+CoordSystemPtr CoordSysFactory::createFromOracleSRID(int srid) const
+{
+    const CatalogueScope scope(*this);
+    LOG_INFO(QStringLiteral("SRID=%1").arg(srid));
+    const QString path = m_resourceDir.absoluteFilePath(QStringLiteral("OracleSRID.xml"));
+    QFile file(path);
+    if (!openInput(file).isEmpty())
+        throw std::runtime_error(QObject::tr("Не могу открыть файл %0").arg(path).toStdString());
+
+    QString prj;
+    QXmlStreamReader xml(&file);
+    xml.readNextStartElement(); // the root, whatever its name
+    while (prj.isEmpty() && xml.readNextStartElement()) {
+        if (cleanNumber(xml.attributes().value(QLatin1String("srid")).toString()) == srid)
+            prj = QStringLiteral("CoordSys Earth Projection, ") +
+                  xml.attributes().value(QLatin1String("mbproj"));
+        xml.skipCurrentElement();
+    }
+    if (xml.hasError())
+        LOG_ERROR(
+            QStringLiteral("%1:%2: %3").arg(path, QString::number(xml.lineNumber()), xml.errorString()));
+    if (prj.isEmpty())
+        throw std::runtime_error(QObject::tr("Данные для SRID=%1 в файле %0 отсутствуют")
+                                     .arg(path, QString::number(srid))
+                                     .toStdString());
+    CoordSystemPtr cs = createFromPrj(prj);
+    cs->setSourceParameters({CoordSystem::Oracle, QString::number(srid)});
+    return cs;
+}
+
+CoordSystemPtr CoordSysFactory::resetRectCsToDefault(const CoordSystemPtr &cs) const
+{
+    const CatalogueScope scope(*this);
+    CoordSystemPtr copy = cs->clone();
+    const QRectF bounds = m_coordSysRect->rect(copy);
+    copy->setRectCoordSystem(hasAffine(cs) ? cs->affineTransform()->mapRect(bounds) : bounds);
+    if (hasAffine(cs))
+        copy->setAffineTransform(std::make_unique<QTransform>(*cs->affineTransform()), cs->affineUnit());
+    copy->setEpsg(cs->m_epsg);
+    return copy;
+}
+
+QVector<CoordSystemPtr> CoordSysFactory::cropCoordSystems()
+{
+    static const QStringList cropCsList = {QStringLiteral("CoordSys Earth Projection,4,104,7,90,90,90"),
+                                           QStringLiteral("CoordSys Earth Projection,4,104,7,0,90,90")};
+    // Never destroyed: statics may still convert while the process ends.
+    static const QVector<CoordSystemPtr> &systems = *[] {
+        const auto catalogues = activeCatalogues();
+        auto made = std::make_unique<QVector<CoordSystemPtr>>();
+        for (const QString &prj : cropCsList)
+            *made << catalogues->createWithoutDescription(prj);
+        return made.release();
+    }();
+    return systems;
+}
+
+void CoordSysFactory::setAffineParams(CoordSystem &cs, const QStringList &params)
+{
+    const auto manager = activeCatalogues()->projectionParamsManager();
+    const auto number = [&params](int i) { return params.value(i).toDouble(); };
+    // A to F as text; the matrix is given by columns
+    setAffineParamsArray(cs, manager->unitByName(params.value(0), std::nothrow),
+                         {number(1), number(4), number(2), number(5), number(3), number(6)});
+}
+
+void setAffineParamsArray(CoordSystem &cs, const MIUnitConvParam *unit, const std::array<double, 6> &params)
+{
+    auto transform =
+        std::make_unique<QTransform>(params[0], params[1], params[2], params[3], params[4], params[5]);
+    if (isSingularAffine(*transform))
+        throw std::invalid_argument(QObject::tr("Вырожденное аффинное преобразование").toStdString());
+    LinearUnit named = unit ? LinearUnit(*unit) : LinearUnit();
+    if (!unit) {
+        try {
+            named = cs.unit(); // degree for a geographic system
+        } catch (const std::exception &e) {
+            LOG_DEBUG(QString::fromUtf8(e.what()));
+        }
+    }
+    cs.setAffineTransform(std::move(transform), named); // an earlier unit does not belong to it
+}
+
+} // namespace nivora::cs

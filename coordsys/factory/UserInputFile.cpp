@@ -1,0 +1,178 @@
+#include "UserInputFile_p.h"
+
+#include "InputFile_p.h"
+#include <coordsys/CatalogueSource.h>
+#include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/MapHeaderRecord.h>
+#include <coordsys/ProjectionParamsManager.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QObject>
+#include <QRegularExpression>
+#include <QTextCodec>
+
+#include <algorithm>
+#include <langinfo.h>
+#include <memory>
+#include <stdexcept>
+
+namespace nivora::cs {
+namespace {
+
+constexpr qint64 largestText = 1024 * 1024;
+/// A .mif file holds its data behind the header; a CoordSys clause stands within so much.
+constexpr qint64 headerBytes = 64 * 1024;
+
+[[noreturn]] void refuse(const QString &path, const QString &reason)
+{
+    throw std::runtime_error(QObject::tr("Не могу прочитать файл %1: %2").arg(path, reason).toStdString());
+}
+
+std::unique_ptr<QFile> opened(const QString &path)
+{
+    auto file = std::make_unique<QFile>(path);
+    const QString reason = openInput(*file);
+    if (!reason.isEmpty())
+        refuse(path, reason);
+    return file;
+}
+
+QString wholeText(const QString &path)
+{
+    const QByteArray bytes = opened(path)->read(largestText + 1);
+    if (bytes.size() > largestText)
+        refuse(path, QObject::tr("Файл слишком велик"));
+    return decodedText(bytes);
+}
+
+/// The locale's, whatever the host has made Qt take for it. ASCII says nothing of other bytes.
+QTextCodec *localeCodec()
+{
+    const QByteArray name = ::nl_langinfo(CODESET);
+    return name.startsWith("ANSI_X3.4") ? nullptr : QTextCodec::codecForName(name);
+}
+
+/// Every other byte of ASCII in UTF-16 is zero. Null for other encodings.
+QTextCodec *utf16Of(const QByteArray &bytes)
+{
+    if (bytes.size() < 2 || bytes.size() % 2 != 0)
+        return nullptr;
+    const bool bigEndian = bytes.at(0) == '\0' && bytes.at(1) != '\0';
+    const bool littleEndian = bytes.at(0) != '\0' && bytes.at(1) == '\0';
+    return bigEndian      ? QTextCodec::codecForName("UTF-16BE")
+           : littleEndian ? QTextCodec::codecForName("UTF-16LE")
+                          : nullptr;
+}
+
+bool decodes(QTextCodec *codec, const QByteArray &bytes, QString &text)
+{
+    QTextCodec::ConverterState state;
+    text = codec->toUnicode(bytes.constData(), bytes.size(), &state);
+    return state.invalidChars == 0;
+}
+
+/// Bytes of other files, read as text, have control characters or no place in Unicode.
+bool isReadable(const QString &text)
+{
+    return text.isValidUtf16() && std::none_of(text.begin(), text.end(), [](QChar c) {
+               return (c.category() == QChar::Other_Control && !c.isSpace()) ||
+                      c == QChar::ReplacementCharacter;
+           });
+}
+
+/// "CoordSys Earth Projection 8, 104, …" with the lines that continue it; empty when the header has none.
+QString coordSysClause(const QString &header)
+{
+    static const QRegularExpression clause(
+        QStringLiteral("^[ \\t]*(coordsys\\b.*?)(?=^[ \\t]*(version|charset|delimiter|unique|index|coordsys|"
+                       "transform|columns|data|readonly|rasterstyle|begin_metadata|open|type|"
+                       "definition|fields)\\b|\\z)"),
+        QRegularExpression::CaseInsensitiveOption | QRegularExpression::MultilineOption |
+            QRegularExpression::DotMatchesEverythingOption);
+    // In a raster's .tab the unit of its pixels follows: Units "degree"
+    static const QRegularExpression pixelUnits(QStringLiteral("(?<!affine)\\s+units\\b.*$"),
+                                               QRegularExpression::CaseInsensitiveOption);
+    QString text = clause.match(header).captured(1).simplified();
+    return text.contains(QLatin1String("nonearth"), Qt::CaseInsensitive) ? text : text.remove(pixelUnits);
+}
+
+QString textInMif(const QString &path, QStringList &notes)
+{
+    static const QRegularExpression data(QStringLiteral("^[ \\t]*data\\b.*"),
+                                         QRegularExpression::CaseInsensitiveOption |
+                                             QRegularExpression::MultilineOption |
+                                             QRegularExpression::DotMatchesEverythingOption);
+    const QString header = decodedText(opened(path)->read(headerBytes)).remove(data);
+    const QString clause = coordSysClause(header);
+    if (!clause.isEmpty())
+        return clause;
+    notes << QObject::tr("В файле %1 нет предложения CoordSys: это долгота и широта").arg(path);
+    return QStringLiteral("CoordSys Earth Projection 1, 0");
+}
+
+QString textInMap(const QString &path, QStringList &)
+{
+    MapHeaderRecord record = readMapHeader(*opened(path));
+    record.projection.nBoundsFlag = 0; // those of the file, not of the system
+    return QStringLiteral("CoordSys ") + coordSysText(record);
+}
+
+/// The .map file beside a .tab file, in any letter case.
+QString mapBeside(const QString &tab)
+{
+    const QFileInfo info(tab);
+    const QString wanted = info.completeBaseName() + QStringLiteral(".map");
+    for (const QString &name : info.dir().entryList(QDir::Files))
+        if (name.compare(wanted, Qt::CaseInsensitive) == 0)
+            return info.dir().filePath(name);
+    refuse(tab, QObject::tr("рядом нет файла %1").arg(wanted));
+}
+
+QString textInTab(const QString &path, QStringList &notes)
+{
+    const QString clause = coordSysClause(wholeText(path));
+    return clause.isEmpty() ? textInMap(mapBeside(path), notes) : clause;
+}
+
+struct FileKind
+{
+    const char *suffix;
+    QString (*read)(const QString &path, QStringList &notes);
+};
+constexpr FileKind fileKinds[] = {
+    {"mif", textInMif},
+    {"tab", textInTab},
+    {"map", textInMap},
+};
+
+} // namespace
+
+QString decodedText(const QByteArray &bytes)
+{
+    if (QTextCodec *marked = QTextCodec::codecForUtfText(bytes, nullptr))
+        return marked->toUnicode(bytes);
+    QString text;
+    if (QTextCodec *utf16 = utf16Of(bytes))
+        return utf16->toUnicode(bytes);
+    for (QTextCodec *codec : {QTextCodec::codecForName("UTF-8"), localeCodec()})
+        if (codec && decodes(codec, bytes, text))
+            return text;
+    return QTextCodec::codecForName("Windows-1251")->toUnicode(bytes); // as the catalogues' files
+}
+
+QString systemTextInFile(const QString &path, QStringList &notes)
+{
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    const auto kind = std::find_if(std::begin(fileKinds), std::end(fileKinds),
+                                   [&](const FileKind &row) { return suffix == QLatin1String(row.suffix); });
+    const QString text = kind != std::end(fileKinds) ? kind->read(path, notes) : wholeText(path).trimmed();
+    if (text.isEmpty())
+        refuse(path, QObject::tr("в нём нет текста"));
+    if (!isReadable(text))
+        refuse(path, QObject::tr("это не текст"));
+    return text;
+}
+
+} // namespace nivora::cs

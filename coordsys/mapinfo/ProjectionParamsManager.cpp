@@ -1,0 +1,341 @@
+#include <coordsys/ProjectionParamsManager.h>
+
+#include "CatalogueRevision_p.h"
+#include "InputFile_p.h"
+#include <coordsys/CatalogueSource.h>
+#include <coordsys/ExportCoordSystemParamsToMitabInternal.h>
+#include <platform/Logger.h>
+#include <platform/Utils.h>
+
+#include <QDomDocument>
+#include <QFile>
+#include <QFileInfo>
+#include <QObject>
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+namespace nivora::cs {
+namespace {
+
+QString textOf(const QDomElement &e, const char *name) { return e.attribute(QLatin1String(name)); }
+int intOf(const QDomElement &e, const char *name) { return textOf(e, name).toInt(); }
+double doubleOf(const QDomElement &e, const char *name) { return textOf(e, name).toDouble(); }
+
+/// Calls \p add for each entry of a section. A comment between entries ends the section: files in the field
+/// switch their tails off that way. \p lineMessage has %1 for the entry's line.
+template <typename Add> void readEntries(const QDomElement &section, const QString &lineMessage, Add add)
+{
+    for (QDomElement e = section.firstChild().toElement(); !e.isNull(); e = e.nextSibling().toElement()) {
+        const auto message = [&] { return lineMessage.arg(e.lineNumber()); };
+        try {
+            add(e);
+        } catch (const std::logic_error &error) {
+            LOG_ERROR(QObject::tr("%1: Ошибка %2").arg(message(), QString::fromUtf8(error.what())));
+        } catch (...) {
+            std::throw_with_nested(std::runtime_error(message().toStdString()));
+        }
+    }
+}
+
+/// Throws std::invalid_argument for an empty name or a negative factor.
+void readUnit(const QDomElement &e, LinearUnit &unit)
+{
+    unit.setName(textOf(e, "name_mi"));
+    unit.setLocalizedName(textOf(e, "name_l10n"));
+    unit.setDescription(textOf(e, "descr"));
+    unit.setConversion(doubleOf(e, "conv"));
+    unit.setUnitCode(intOf(e, "id"));
+}
+
+template <typename Record, typename Matches>
+const Record *firstThat(const std::vector<std::unique_ptr<Record>> &records, Matches matches)
+{
+    const auto found =
+        std::find_if(records.begin(), records.end(), [&](const auto &r) { return matches(*r); });
+    return found == records.end() ? nullptr : found->get();
+}
+
+template <typename Record>
+const Record *firstWithId(const std::vector<std::unique_ptr<Record>> &records, int id)
+{
+    return firstThat(records, [id](const Record &r) { return r.id == id; });
+}
+
+template <typename Record>
+const Record *firstWithName(const std::vector<std::unique_ptr<Record>> &records, const QString &name)
+{
+    return firstThat(records, [&](const Record &r) { return r.name() == name || r.localizedName() == name; });
+}
+
+template <typename Record, typename Key> const Record *orThrow(const Record *record, const Key &key)
+{
+    if (!record)
+        throw UnknownUnitException(key);
+    return record;
+}
+
+template <typename Record> void append(std::vector<std::unique_ptr<Record>> &records, Record &&record)
+{
+    ++catalogueRevision();
+    records.push_back(std::make_unique<Record>(std::move(record)));
+}
+
+template <typename Record> QList<LinearUnit> copiesOf(const std::vector<std::unique_ptr<Record>> &records)
+{
+    QList<LinearUnit> units;
+    units.reserve(static_cast<int>(records.size()));
+    for (const auto &record : records)
+        units.append(*record);
+    return units;
+}
+
+} // namespace
+
+ProjectionParamsManager::ProjectionParamsManager() = default;
+ProjectionParamsManager::~ProjectionParamsManager() = default;
+
+bool ProjectionParamsManager::initFromXML()
+{
+    const auto catalogues = activeCatalogues();
+    return initFromXML(catalogues->resourceDir(), catalogues->language());
+}
+
+bool ProjectionParamsManager::initFromXML(const QDir &dir, const QString &language)
+{
+    using Reader = void (ProjectionParamsManager::*)(const QDomElement &);
+    static constexpr std::pair<const char *, Reader> readers[] = {
+        {"projections", &ProjectionParamsManager::addProjections},
+        {"ellipsoids", &ProjectionParamsManager::addEllipsoids},
+        {"datums", &ProjectionParamsManager::addDatums},
+        {"units", &ProjectionParamsManager::addLinearUnits},
+        {"areas", &ProjectionParamsManager::addAreaUnits},
+    };
+
+    clear();
+    m_damaged = false;
+    QFile file(QFileInfo(dir, QStringLiteral("projection_%1.xml").arg(language)).filePath());
+    if (!openInput(file).isEmpty()) {
+        LOG_ERROR(QObject::tr("Не могу открыть файл %1").arg(file.fileName()));
+        return false;
+    }
+    LOG_INFO(QObject::tr("Файл с параметрами проекций: %1").arg(file.fileName()));
+    QString damage;
+    try {
+        QDomDocument document;
+        damage = readXml(file, document);
+        file.close();
+        m_damaged = !damage.isEmpty();
+        // Qt keeps what it read up to an error, and half a catalogue would be worse than none.
+        const QDomElement root = m_damaged ? QDomElement() : document.documentElement();
+        for (QDomElement section = root.firstChildElement(); !section.isNull();
+             section = section.nextSiblingElement())
+            for (const auto &[name, read] : readers)
+                if (section.tagName() == QLatin1String(name))
+                    (this->*read)(section);
+    } catch (...) {
+        std::throw_with_nested(std::runtime_error(
+            QObject::tr("Ошибка загрузки файла проекций %1").arg(file.fileName()).toStdString()));
+    }
+    LOG_DEBUG(QStringLiteral("projections=%1, ellipsoids=%2, datums=%3, lunits=%4, aunits=%5")
+                  .arg(QString::number(m_projections.size()), QString::number(m_ellipsoids.size()),
+                       QString::number(m_datums.size()), QString::number(m_linearUnits.size()),
+                       QString::number(m_areaUnits.size())));
+    ExportCoordSystemParamsToMitabInternal::replaceEllipsoidParameters(m_ellipsoids);
+    ExportCoordSystemParamsToMitabInternal::replaceDatumParameters(m_datums);
+    if (m_damaged) // behind the driver's complaints: the last line names the cause
+        LOG_ERROR(QStringLiteral("%1:%2").arg(file.fileName(), damage));
+    return true;
+}
+
+void ProjectionParamsManager::clear()
+{
+    ++catalogueRevision();
+    m_projections.clear();
+    m_ellipsoids.clear();
+    m_datums.clear();
+    m_linearUnits.clear();
+    m_areaUnits.clear();
+}
+
+void ProjectionParamsManager::addProjections(const QDomElement &section)
+{
+    readEntries(section, QObject::tr("Строка %1: Не удалось добавить проекцию"),
+                [this](const QDomElement &e) {
+                    MIProjectionParam record;
+                    record.name = textOf(e, "name");
+                    record.id = intOf(e, "id");
+                    appendMIProjectionParam(std::move(record));
+                });
+}
+
+void ProjectionParamsManager::addEllipsoids(const QDomElement &section)
+{
+    readEntries(section, QObject::tr("Строка %1: Не удалось добавить эллипсоид"),
+                [this](const QDomElement &e) {
+                    MIEllipsoidParam record;
+                    record.id = intOf(e, "id");
+                    record.name = textOf(e, "name");
+                    record.name_mitab = textOf(e, "name_mitab");
+                    record.semi_major = doubleOf(e, "semi_major");
+                    record.inv_flatenning = doubleOf(e, "inv_flatenning");
+                    appendMIEllipsoidParam(std::move(record));
+                });
+}
+
+void ProjectionParamsManager::addDatums(const QDomElement &section)
+{
+    static constexpr std::pair<const char *, double MIDatumParam::*> figures[] = {
+        {"dx", &MIDatumParam::dx}, {"dy", &MIDatumParam::dy}, {"dz", &MIDatumParam::dz},
+        {"rx", &MIDatumParam::rx}, {"ry", &MIDatumParam::ry}, {"rz", &MIDatumParam::rz},
+        {"sa", &MIDatumParam::sa}, {"pm", &MIDatumParam::pm},
+    };
+    readEntries(section, QObject::tr("Строка %1: Не удалось добавить датум"), [this](const QDomElement &e) {
+        MIDatumParam record;
+        record.id = intOf(e, "id");
+        record.name = textOf(e, "name");
+        record.name_mitab = textOf(e, "name_mitab");
+        record.epsg_mitab = intOf(e, "epsg_mitab");
+        record.ellipsoid = intOf(e, "ellipsoid");
+        for (const auto &[name, member] : figures)
+            record.*member = doubleOf(e, name);
+        appendMIDatumParam(std::move(record));
+    });
+}
+
+void ProjectionParamsManager::addLinearUnits(const QDomElement &section)
+{
+    readEntries(section, QObject::tr("Строка %1: Не удалось добавить линейную единицу измерения"),
+                [this](const QDomElement &e) {
+                    MIUnitConvParam record;
+                    readUnit(e, record);
+                    record.id = intOf(e, "id");
+                    record.name_proj4 = textOf(e, "name_proj4");
+                    appendMIUnitConvParam(std::move(record));
+                });
+}
+
+void ProjectionParamsManager::addAreaUnits(const QDomElement &section)
+{
+    readEntries(section, QObject::tr("Строка %1: Не удалось добавить площадную единицу измерения"),
+                [this](const QDomElement &e) {
+                    MIAreaConvParam record;
+                    readUnit(e, record);
+                    record.id = intOf(e, "id");
+                    appendMIAreaConvParam(std::move(record));
+                });
+}
+
+void ProjectionParamsManager::appendMIProjectionParam(MIProjectionParam record)
+{
+    append(m_projections, std::move(record));
+}
+
+void ProjectionParamsManager::appendMIEllipsoidParam(MIEllipsoidParam record)
+{
+    append(m_ellipsoids, std::move(record));
+}
+
+void ProjectionParamsManager::appendMIDatumParam(MIDatumParam record) { append(m_datums, std::move(record)); }
+
+void ProjectionParamsManager::appendMIUnitConvParam(MIUnitConvParam record)
+{
+    append(m_linearUnits, std::move(record));
+}
+
+void ProjectionParamsManager::appendMIAreaConvParam(MIAreaConvParam record)
+{
+    append(m_areaUnits, std::move(record));
+}
+
+const MIProjectionParam *ProjectionParamsManager::projectionByID(int id) const
+{
+    return firstWithId(m_projections, id);
+}
+
+const MIEllipsoidParam *ProjectionParamsManager::ellipsoidByID(int id) const
+{
+    return firstWithId(m_ellipsoids, id);
+}
+
+const MIDatumParam *ProjectionParamsManager::datumByID(int id) const { return firstWithId(m_datums, id); }
+
+int ProjectionParamsManager::findDatumByParams(int ellipsoid, const std::array<double, 3> &shift,
+                                               const std::array<double, 3> &rotation, double scale,
+                                               double pm) const
+{
+    const auto same = [](double a, double b) { return nivora::utils::fuzzyEq(a, b, 1e12); };
+    const MIDatumParam *datum = firstThat(m_datums, [&](const MIDatumParam &d) {
+        return d.ellipsoid == ellipsoid && same(d.dx, shift[0]) && same(d.dy, shift[1]) &&
+               same(d.dz, shift[2]) && same(d.rx, rotation[0]) && same(d.ry, rotation[1]) &&
+               same(d.rz, rotation[2]) && same(d.sa, scale) && same(d.pm, pm);
+    });
+    return datum ? datum->id : -1;
+}
+
+const MIUnitConvParam *ProjectionParamsManager::unitByID(int id, std::nothrow_t) const
+{
+    return firstWithId(m_linearUnits, id);
+}
+
+const MIUnitConvParam *ProjectionParamsManager::unitByID(int id) const
+{
+    return orThrow(unitByID(id, std::nothrow), id);
+}
+
+const MIUnitConvParam *ProjectionParamsManager::unitByName(const QString &name, std::nothrow_t) const
+{
+    const bool isNumber =
+        !name.isEmpty() && name.front() >= QLatin1Char('0') && name.front() <= QLatin1Char('9');
+    if (isNumber)
+        return unitByID(name.toInt(), std::nothrow);
+    QString bare = name;
+    bare.remove(QLatin1Char('"'));
+    return firstWithName(m_linearUnits, bare);
+}
+
+const MIUnitConvParam *ProjectionParamsManager::unitByName(const QString &name) const
+{
+    return orThrow(unitByName(name, std::nothrow), name);
+}
+
+const MIUnitConvParam *ProjectionParamsManager::unitByDescr(const QString &description) const
+{
+    return firstThat(m_linearUnits, [&](const MIUnitConvParam &u) { return u.description() == description; });
+}
+
+const MIAreaConvParam *ProjectionParamsManager::areaUnitByID(int id, std::nothrow_t) const
+{
+    return firstWithId(m_areaUnits, id);
+}
+
+const MIAreaConvParam *ProjectionParamsManager::areaUnitByID(int id) const
+{
+    return orThrow(areaUnitByID(id, std::nothrow), id);
+}
+
+const MIAreaConvParam *ProjectionParamsManager::areaUnitByName(const QString &name, std::nothrow_t) const
+{
+    return firstWithName(m_areaUnits, name);
+}
+
+const MIAreaConvParam *ProjectionParamsManager::areaUnitByName(const QString &name) const
+{
+    return orThrow(areaUnitByName(name, std::nothrow), name);
+}
+
+QList<LinearUnit> ProjectionParamsManager::coordinateUnits() const { return copiesOf(m_linearUnits); }
+
+QList<LinearUnit> ProjectionParamsManager::distanceUnits() const
+{
+    QList<LinearUnit> units;
+    for (const auto &record : m_linearUnits)
+        if (record->id != LinearUnit::Degree)
+            units.append(*record);
+    return units;
+}
+
+QList<LinearUnit> ProjectionParamsManager::areaUnits() const { return copiesOf(m_areaUnits); }
+
+} // namespace nivora::cs

@@ -1,0 +1,99 @@
+#include <coordsys/Mgrs.h>
+
+#include <coordsys/CatalogueSource.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/CoordTransform.h>
+#include <coordsys/mgrs/mgrs.h>
+#include <platform/Logger.h>
+
+#include <proj.h>
+
+#include <QObject>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <stdexcept>
+
+namespace nivora::cs {
+namespace {
+
+bool isLonLat(const QPointF &p)
+{
+    return p.x() >= -180.0 && p.x() <= 360.0 && p.y() >= -90.0 && p.y() <= 90.0;
+}
+
+struct Message
+{
+    int code;
+    const char *text;
+};
+
+// clang-format off
+constexpr Message messages[] = {
+    {mgrs::LatitudeError, QT_TRANSLATE_NOOP("QObject", "Широта не попадает в допустимые пределы (от -90 до 90 градусов)")},
+    {mgrs::LongitudeError, QT_TRANSLATE_NOOP("QObject", "Долгота не попадает в допустимые пределы (от -180 до 360 градусов)")},
+    {mgrs::StringError, QT_TRANSLATE_NOOP("QObject", "Ошибка строки MGRS: строка слишком длинная, слишком короткая или содержит ошибки")},
+    {mgrs::PrecisionError, QT_TRANSLATE_NOOP("QObject", "Точность должна быть между 0 и 5 включительно")},
+    {mgrs::SemiMajorError, QT_TRANSLATE_NOOP("QObject", "Величина большой полуоси отрицательная или равна нулю")},
+    {mgrs::InverseFlatteningError, QT_TRANSLATE_NOOP("QObject", "Обратный коэффициент сжатия не попадает в допустимые пределы (от 250 до 350)")},
+    {mgrs::EastingError, QT_TRANSLATE_NOOP("QObject", "Координата восточного положения не попадает в допустимые пределы (от 100,000 до 900,000 метров для UTM) (от 0 до 4,000,000 метров для UPS)")},
+    {mgrs::NorthingError, QT_TRANSLATE_NOOP("QObject", "Координата северного положения не попадает в допустимые пределы (от 0 до 10,000,000 метров для UTM) (от 0 до 4,000,000 метров для UPS)")},
+    {mgrs::ZoneError, QT_TRANSLATE_NOOP("QObject", "Номер зоны не попадает в допустимые пределы (от 1 до 60)")},
+    {mgrs::HemisphereError, QT_TRANSLATE_NOOP("QObject", "Не задано полушарие (должно быть 'N' или 'S')")},
+};
+// clang-format on
+
+} // namespace
+
+Mgrs::Mgrs(const CoordSystemPtr &cs) { setCoordSystem(cs); }
+
+void Mgrs::setCoordSystem(const CoordSystemPtr &cs)
+{
+    if (!cs)
+        throw std::invalid_argument(
+            "cs_from"); // as CoordTransform says it, also when there are no catalogues
+    if (cs->isLatLong())
+        m_transform.reset();
+    else
+        m_transform = std::make_shared<const CoordTransform>(cs, activeCatalogues()->LatLongCoordSystem());
+}
+
+CoordSystemPtr Mgrs::coordSystem() const
+{
+    return m_transform ? m_transform->sourceCoordSystem() : activeCatalogues()->LatLongCoordSystem();
+}
+
+QString Mgrs::getMGRSString(double x, double y) const
+{
+    if (std::isnan(x) || std::isnan(y)) // rectangles contain it
+        return QString();
+    QPointF lonLat(x, y);
+    if (m_transform) {
+        if (!m_transform->sourceCoordSystem()->rectNumericCoordSys().contains(lonLat) ||
+            !m_transform->forward(QPointF(x, y), lonLat))
+            return QString();
+    }
+    if (!isLonLat(lonLat))
+        return QString();
+
+    char buffer[64] = {};
+    static_assert(sizeof buffer >= mgrs::MGRS_BUFFER_SIZE, "");
+    const int code =
+        mgrs::Convert_Geodetic_To_MGRS(proj_torad(lonLat.y()), proj_torad(lonLat.x()), m_precision, buffer);
+    if (code == 0)
+        return QString::fromLatin1(buffer);
+    LOG_ERROR(QStringLiteral("mgrs: %1").arg(errorMsg(code)));
+    return QString();
+}
+
+QString Mgrs::errorMsg(int code) const
+{
+    const auto message = std::find_if(std::begin(messages), std::end(messages),
+                                      [code](const Message &known) { return known.code == code; });
+    if (message == std::end(messages))
+        return QObject::tr("Неизвестный код ошибки %1").arg(code);
+    return QObject::tr(message->text);
+}
+
+} // namespace nivora::cs

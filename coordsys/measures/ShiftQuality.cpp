@@ -1,0 +1,132 @@
+#include <coordsys/ShiftQuality.h>
+
+#include "CrsParts_p.h"
+#include "GeographicExtent_p.h"
+#include "RegisteredShift_p.h"
+#include "SearchContext_p.h"
+#include "TransformOperations_p.h"
+#include <coordsys/CatalogueSource.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/CoordTransform.h>
+#include <platform/Logger.h>
+
+#include <algorithm>
+
+namespace nivora::cs {
+namespace {
+
+/// What PROJ knows the system's datum by; empty when there is nothing.
+QString definitionOf(const CoordSystem &cs)
+{
+    const int epsg = cs.epsg();
+    if (epsg > 0)
+        return QStringLiteral("EPSG:%1").arg(epsg);
+    return cs.sourceType() == CoordSystem::Wkt ? cs.sourceParameters().string : QString();
+}
+
+CoordSystemPtr systemOf(const QString &definition)
+{
+    const auto catalogues = activeCatalogues();
+    const bool isCode = definition.startsWith(QLatin1String("EPSG:"));
+    return isCode ? catalogues->createFromEpsg(definition.mid(5).toInt())
+                  : catalogues->createFromWkt(definition);
+}
+
+/// What the system is when its CoordSys string is all there is, clauses left aside; null for a string that
+/// says nothing of the earth.
+CoordSystemPtr systemOfText(const CoordSystem &cs)
+{
+    const auto catalogues = activeCatalogues();
+    const CoordSystemPtr text = catalogues->createWithoutDescription(cs.prjStr());
+    return text->isNonEarth() ? nullptr : catalogues->createFromProj(text->projStr());
+}
+
+/// The coordinates that the definition has for a place, read by the text: how far off they lie.
+std::optional<double> textDistanceM(const CoordSystem &cs, const QString &definition, const QPointF &place)
+{
+    try {
+        const CoordSystemPtr wgs84 = activeCatalogues()->createFromEpsg(4326);
+        const CoordSystemPtr text = systemOfText(cs);
+        QPointF numbers;
+        QPointF moved;
+        if (!text || !CoordTransform(systemOf(definition), wgs84).inverse(place, numbers) ||
+            !CoordTransform(text, wgs84).forward(numbers, moved))
+            return std::nullopt;
+        bool ok = false;
+        const double apartM = wgs84->sphericalDistance(place, moved, &ok);
+        return ok ? std::make_optional(apartM) : std::nullopt;
+    } catch (const std::exception &e) { // no CoordSys string, or none that can be read
+        LOG_DEBUG(QString::fromUtf8(e.what()));
+        return std::nullopt;
+    }
+}
+
+/// Operations without an area are taken for those of everywhere.
+bool fitsAt(const TransformOperation &operation, const QPointF &place)
+{
+    QRectF area = operation.area;
+    if (area.width() < 0.0)
+        area.setWidth(area.width() + 360.0); // across the 180th meridian
+    return area.isNull() || areaHolds(area, QRectF(place, QSizeF(0.0, 0.0)));
+}
+
+/// The most accurate of the operations that fit at the place, the first of equal ones; null when none has an
+/// accuracy.
+template <typename Fits>
+const TransformOperation *mostAccurate(const QVector<TransformOperation> &operations, const QPointF &place,
+                                       Fits &&fits)
+{
+    const TransformOperation *best = nullptr;
+    for (const TransformOperation &operation : operations)
+        if (operation.accuracyM >= 0.0 && !operation.isBallpark && fitsAt(operation, place) &&
+            fits(operation) && (!best || operation.accuracyM < best->accuracyM))
+            best = &operation;
+    return best;
+}
+
+void readOperations(const QVector<TransformOperation> &operations, ShiftQuality &quality)
+{
+    const auto best = [&](auto &&fits) { return mostAccurate(operations, quality.place, fits); };
+    if (const TransformOperation *used = best([](const TransformOperation &o) { return o.isUsable(); }))
+        quality.operation = used->name;
+    if (const TransformOperation *bare = best([](const TransformOperation &o) { return o.grids.isEmpty(); }))
+        quality.accuracyM = bare->accuracyM;
+    const TransformOperation *whole = best([](const TransformOperation &) { return true; });
+    if (!whole)
+        return;
+    quality.accuracyWithGridsM = whole->accuracyM;
+    for (const TransformGrid &grid : whole->grids)
+        if (!grid.isAvailable)
+            quality.missingGrids << grid.name;
+}
+
+/// Of the operations, all but what the CoordSys text does.
+std::optional<ShiftQuality> operationQuality(const QString &definition)
+{
+    const SearchContext context;
+    const PjHandle whole = definition.isEmpty() ? nullptr : crsOf(context.get(), definition);
+    const PjHandle crs = whole ? horizontalPart(context.get(), whole.get()) : nullptr;
+    const PjHandle wgs84 = crsOf(context.get(), QStringLiteral("EPSG:4326"));
+    ShiftQuality quality;
+    if (!crs || !wgs84 || !middleOfArea(context.get(), crs.get(), quality.place))
+        return std::nullopt;
+    quality.definition = definition.startsWith(QLatin1String("EPSG:"))
+                             ? definition
+                             : QString::fromUtf8(proj_get_name(crs.get()));
+    if (const PjHandle base = baseOf(context.get(), crs.get()))
+        readOperations(operationsBetween(context.get(), base.get(), wgs84.get()), quality);
+    return quality;
+}
+
+} // namespace
+
+std::optional<ShiftQuality> shiftQuality(const CoordSystem &cs)
+{
+    const QString definition = definitionOf(cs);
+    std::optional<ShiftQuality> quality = operationQuality(definition);
+    if (quality)
+        quality->textDistanceM = textDistanceM(cs, definition, quality->place);
+    return quality;
+}
+
+} // namespace nivora::cs

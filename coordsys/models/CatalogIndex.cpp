@@ -1,0 +1,124 @@
+#include "CatalogIndex_p.h"
+
+#include <coordsys/MapinfoCoordSystem.h>
+#include <coordsys/ProjLibMetadata.h>
+
+#include <QDir>
+#include <QMap>
+
+#include <algorithm>
+#include <tuple>
+
+namespace nivora::cs {
+namespace {
+
+using Kind = CoordSystemCatalogModel::Kind;
+
+/// "Russian Federation - onshore between 36°E and 42°E" belongs to "Russian Federation".
+QString countryOf(const QString &areaName) { return areaName.section(QStringLiteral(" - "), 0, 0).trimmed(); }
+
+/// The database's rectangles have a negative width across the 180th meridian.
+QRectF eastward(QRectF area)
+{
+    if (area.width() < 0.0)
+        area.setWidth(area.width() + 360.0);
+    return area;
+}
+
+CatalogIndex::System systemOf(const ProjLibMetadata::ProjectionInfo &info)
+{
+    const bool geographic = info.kind == ProjLibMetadata::Kind::Geographic;
+    return {info.name, info.id.section(QLatin1Char(':'), 1).toInt(),
+            geographic ? Kind::Geographic : Kind::Projected, eastward(info.rect)};
+}
+
+/// Gives the search the catalogue's names in the languages that the user did not choose.
+void addOtherLanguages(MapinfoSearch &search, const QDir &resources, const QString &language)
+{
+    const QString own = QStringLiteral("projections_%1.prj").arg(language);
+    const QFileInfoList files =
+        resources.entryInfoList({QStringLiteral("projections_*.prj")}, QDir::Files, QDir::Name);
+    for (const QFileInfo &file : files) {
+        MapinfoCoordSystem other([](const QString &) { return CoordSystemPtr(); });
+        if (file.fileName() != own && other.loadFromPRJ(file))
+            search.addNames(other);
+    }
+}
+
+} // namespace
+
+QString searchText(const QString &text)
+{
+    QString plain;
+    for (const QChar c : text.normalized(QString::NormalizationForm_KD))
+        if (!c.isMark())
+            plain += c.isLetterOrNumber() ? c : QLatin1Char(' ');
+    return plain.simplified().toCaseFolded();
+}
+
+bool holdsWords(const QString &searchText, const QStringList &words)
+{
+    return std::all_of(words.begin(), words.end(),
+                       [&](const QString &word) { return searchText.contains(word); });
+}
+
+CatalogIndex::CatalogIndex(const MapinfoCoordSystem &catalogue, const QDir &resources,
+                           const QString &language)
+    : m_search(catalogue)
+{
+    addOtherLanguages(m_search, resources, language);
+    m_search.loadPlaces(QFileInfo(resources.filePath(QStringLiteral("places.tsv"))));
+    m_search.loadAliases(QFileInfo(resources.filePath(QStringLiteral("aliases.tsv"))));
+    m_search.at({}, 1);                      // what these read on first call is read now, not when
+    m_search.find(QStringLiteral("utm"), 1); // somebody types
+    readDatabase();
+    noteUncatalogued(catalogue);
+}
+
+void CatalogIndex::readDatabase()
+{
+    const ProjLibMetadata::ProjectionCatalog catalog =
+        ProjLibMetadata().listProjections(ProjLibMetadata::EPSG);
+    QMap<QString, QVector<System>> countries;
+    for (auto area = catalog.begin(); area != catalog.end(); ++area) {
+        QVector<System> &systems = countries[countryOf(area.key())];
+        for (const ProjLibMetadata::ProjectionInfo &info : area.value()) {
+            systems << systemOf(info);
+            m_areas.insert(systems.last().code, systems.last().area);
+        }
+    }
+    const auto key = [](const System &system) { return std::tie(system.name, system.code); };
+    for (auto country = countries.begin(); country != countries.end(); ++country) {
+        std::sort(country->begin(), country->end(),
+                  [&](const System &a, const System &b) { return key(a) < key(b); });
+        // The database lists a system once for each of its areas of use.
+        country->erase(std::unique(country->begin(), country->end(),
+                                   [&](const System &a, const System &b) { return key(a) == key(b); }),
+                       country->end());
+        m_countries << Country{country.key(), country.value()};
+    }
+}
+
+void CatalogIndex::noteUncatalogued(const MapinfoCoordSystem &catalogue)
+{
+    for (int country = 0; country < m_countries.size(); ++country) {
+        const Country &list = m_countries.at(country);
+        for (int row = 0; row < list.systems.size(); ++row) {
+            const System &system = list.systems.at(row);
+            if (!catalogue.entryByEpsg(system.code))
+                m_uncatalogued << Uncatalogued{
+                    country, row, system.code,
+                    searchText(QStringLiteral("%1 %2 epsg %3")
+                                   .arg(system.name, list.name, QString::number(system.code)))};
+        }
+    }
+}
+
+const CatalogIndex::Uncatalogued *CatalogIndex::uncatalogued(int code) const
+{
+    const auto found = std::find_if(m_uncatalogued.begin(), m_uncatalogued.end(),
+                                    [code](const Uncatalogued &system) { return system.code == code; });
+    return found == m_uncatalogued.end() ? nullptr : &*found;
+}
+
+} // namespace nivora::cs

@@ -1,0 +1,467 @@
+#include <coordsys/CoordSystemCatalogModel.h>
+
+#include "CatalogIndex_p.h"
+#include <coordsys/CoordSysFactory.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/MapinfoCoordSystem.h>
+#include <coordsys/SourceTags.h>
+#include <platform/Logger.h>
+
+#include <QFutureWatcher>
+#include <QThreadPool>
+#include <QtConcurrent>
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace nivora::cs {
+namespace {
+
+// What a row is lies in its internal id: 0 for a section, 1 + section for a group, and for a system
+// SectionCount + 1 + section + SectionCount * group. Nothing is kept per row.
+constexpr quintptr groupBase = 1;
+constexpr quintptr systemBase = groupBase + CoordSystemCatalogModel::SectionCount;
+
+enum class Level { Root, Section, Group, System };
+
+Level levelOf(const QModelIndex &index)
+{
+    if (!index.isValid())
+        return Level::Root;
+    const quintptr id = index.internalId();
+    return id == 0 ? Level::Section : id < systemBase ? Level::Group : Level::System;
+}
+
+/// Meaningless for the root.
+CoordSystemCatalogModel::Section sectionOf(const QModelIndex &index)
+{
+    const quintptr id = index.internalId();
+    const quintptr section = id == 0           ? static_cast<quintptr>(index.row())
+                             : id < systemBase ? id - groupBase
+                                               : (id - systemBase) % CoordSystemCatalogModel::SectionCount;
+    return static_cast<CoordSystemCatalogModel::Section>(section);
+}
+
+int groupOf(const QModelIndex &system)
+{
+    return static_cast<int>((system.internalId() - systemBase) / CoordSystemCatalogModel::SectionCount);
+}
+
+/// Recently used systems lie in their section without groups between.
+bool isFlat(CoordSystemCatalogModel::Section section)
+{
+    return section == CoordSystemCatalogModel::RecentSystems;
+}
+
+CoordSystemCatalogModel::Kind kindOfParams(const QStringList &params)
+{
+    using Kind = CoordSystemCatalogModel::Kind;
+    const int projection = params.value(0).toInt() % 1000; // thousands announce clauses
+    return projection == 0 ? Kind::NonEarth : projection == 1 ? Kind::Geographic : Kind::Projected;
+}
+
+QString epsgTag(int code) { return QStringLiteral("EPSG:%1").arg(code); }
+
+CoordSystemPtr made(const CoordSysFactory &factory, const QString &tagged)
+{
+    static const QString oracle = QStringLiteral("oracle:");
+    return tagged.startsWith(oracle) ? factory.createFromOracleSRID(tagged.mid(oracle.size()).toInt())
+                                     : factory.createFromTaggedString(tagged);
+}
+
+} // namespace
+
+struct CoordSystemCatalogModel::Record
+{
+    QString name;
+    int epsg = CoordSystemTypes::EPSG_UNDEFINDED;
+    Kind kind = Kind::Unknown;
+};
+
+struct CoordSystemCatalogModel::Worker
+{
+    using Index = std::shared_ptr<const CatalogIndex>;
+
+    Worker() { pool.setMaxThreadCount(1); }
+
+    QFutureWatcher<Index> watcher;
+    QThreadPool pool; ///< the global one may be full of the catalogue's background fill; waits as it goes
+    bool isRunning = false;
+};
+
+CoordSystemCatalogModel::CoordSystemCatalogModel(std::shared_ptr<CoordSysFactory> factory, QObject *parent)
+    : QAbstractItemModel(parent)
+    , m_factory(std::move(factory))
+    , m_worker(std::make_unique<Worker>())
+{
+    if (!m_factory)
+        throw std::invalid_argument("factory");
+    m_categories = m_factory->mapinfoCoordSystem()->projectionList();
+    m_branches = m_factory->userCoordSystem()->data();
+    connect(&m_worker->watcher, &QFutureWatcherBase::finished, this, &CoordSystemCatalogModel::takeIndex);
+}
+
+CoordSystemCatalogModel::~CoordSystemCatalogModel() = default;
+
+void CoordSystemCatalogModel::prepare()
+{
+    if (m_index || m_worker->isRunning)
+        return;
+    m_worker->isRunning = true;
+    const auto work = [catalogue = m_factory->mapinfoCoordSystem(), resources = m_factory->resourceDir(),
+                       language = m_factory->language()]() -> Worker::Index {
+        try {
+            return std::make_shared<const CatalogIndex>(*catalogue, resources, language);
+        } catch (const std::exception &e) {
+            LOG_ERROR(QObject::tr("Не могу подготовить поиск систем: %1").arg(QString::fromUtf8(e.what())));
+            return nullptr;
+        }
+    };
+    m_worker->watcher.setFuture(QtConcurrent::run(&m_worker->pool, work));
+}
+
+void CoordSystemCatalogModel::waitUntilPrepared()
+{
+    prepare();
+    if (!m_index)
+        takeIndex();
+}
+
+/// Runs again, to no effect, when the watcher tells what waitUntilPrepared() has taken already.
+void CoordSystemCatalogModel::takeIndex()
+{
+    if (!m_worker->isRunning)
+        return;
+    m_worker->watcher.waitForFinished();
+    m_worker->isRunning = false;
+    const Worker::Index index = m_worker->watcher.result();
+    if (!index)
+        return;
+    replaceRows(EpsgDatabase, index->countries().size(), [&] { m_index = index; });
+    Q_EMIT prepared();
+}
+
+/// Takes the rows of a section away and puts others in their place; \p change alters what they are made from.
+/// The database's only come.
+template <typename Change>
+void CoordSystemCatalogModel::replaceRows(Section section, int newCount, Change &&change)
+{
+    const QModelIndex parent = sectionIndex(section);
+    const int count = rowCount(parent);
+    if (count > 0) {
+        beginRemoveRows(parent, 0, count - 1);
+        if (section == RecentSystems)
+            m_recent.clear();
+        else
+            m_branches.clear();
+        endRemoveRows();
+    }
+    if (newCount > 0)
+        beginInsertRows(parent, 0, newCount - 1);
+    change();
+    if (newCount > 0)
+        endInsertRows();
+}
+
+void CoordSystemCatalogModel::setRecentSystems(const QVector<RecentSystem> &systems)
+{
+    const QVector<RecentSystem> kept = systems; // may be our own
+    replaceRows(RecentSystems, kept.size(), [&] { m_recent = kept; });
+}
+
+void CoordSystemCatalogModel::reloadOwnSystems()
+{
+    const QList<UserCoordSystem::CsDataType> branches = m_factory->userCoordSystem()->data();
+    replaceRows(OwnSystems, branches.size(), [&] { m_branches = branches; });
+    Q_EMIT ownSystemsChanged();
+}
+
+int CoordSystemCatalogModel::groupCount(Section section) const
+{
+    switch (section) {
+    case OwnSystems:
+        return m_branches.size();
+    case MapinfoCatalogue:
+        return m_categories.size();
+    case EpsgDatabase:
+        return m_index ? m_index->countries().size() : 0;
+    default:
+        return 0;
+    }
+}
+
+int CoordSystemCatalogModel::systemCount(Section section, int group) const
+{
+    switch (section) {
+    case OwnSystems:
+        return m_branches.at(group).entries.size();
+    case RecentSystems:
+        return m_recent.size();
+    case MapinfoCatalogue:
+        return m_categories.at(group).entries.size();
+    default:
+        return m_index->countries().at(group).systems.size();
+    }
+}
+
+QString CoordSystemCatalogModel::groupName(Section section, int group) const
+{
+    switch (section) {
+    case OwnSystems:
+        return m_branches.at(group).name;
+    case MapinfoCatalogue:
+        return m_categories.at(group).name;
+    case EpsgDatabase:
+        return m_index->countries().at(group).name;
+    default:
+        return {};
+    }
+}
+
+QModelIndex CoordSystemCatalogModel::index(int row, int column, const QModelIndex &parent) const
+{
+    if (!hasIndex(row, column, parent))
+        return {};
+    switch (levelOf(parent)) {
+    case Level::Root:
+        return createIndex(row, column, quintptr(0));
+    case Level::Section:
+        if (!isFlat(sectionOf(parent)))
+            return createIndex(row, column, groupBase + static_cast<quintptr>(sectionOf(parent)));
+        return systemIndex(sectionOf(parent), 0, row, column);
+    default:
+        return systemIndex(sectionOf(parent), parent.row(), row, column);
+    }
+}
+
+QModelIndex CoordSystemCatalogModel::systemIndex(Section section, int group, int row, int column) const
+{
+    return createIndex(row, column,
+                       systemBase + static_cast<quintptr>(section) +
+                           SectionCount * static_cast<quintptr>(group));
+}
+
+QModelIndex CoordSystemCatalogModel::parent(const QModelIndex &child) const
+{
+    const Level level = levelOf(child);
+    if (level == Level::Root || level == Level::Section)
+        return {};
+    const Section section = sectionOf(child);
+    if (level == Level::Group || isFlat(section))
+        return createIndex(section, NameColumn, quintptr(0));
+    return createIndex(groupOf(child), NameColumn, groupBase + static_cast<quintptr>(section));
+}
+
+int CoordSystemCatalogModel::rowCount(const QModelIndex &parent) const
+{
+    if (parent.column() > NameColumn)
+        return 0;
+    switch (levelOf(parent)) {
+    case Level::Root:
+        return SectionCount;
+    case Level::Section:
+        return isFlat(sectionOf(parent)) ? systemCount(sectionOf(parent), 0) : groupCount(sectionOf(parent));
+    case Level::Group:
+        return systemCount(sectionOf(parent), parent.row());
+    default:
+        return 0;
+    }
+}
+
+int CoordSystemCatalogModel::columnCount(const QModelIndex &parent) const
+{
+    return levelOf(parent) == Level::System || parent.column() > NameColumn ? 0 : ColumnCount;
+}
+
+bool CoordSystemCatalogModel::hasChildren(const QModelIndex &parent) const
+{
+    // The database is on its way from the first look on: its section stays open meanwhile.
+    const bool isComing = levelOf(parent) == Level::Section && sectionOf(parent) == EpsgDatabase && !m_index;
+    return (isComing && parent.column() == NameColumn) || rowCount(parent) > 0;
+}
+
+bool CoordSystemCatalogModel::canFetchMore(const QModelIndex &parent) const
+{
+    return levelOf(parent) == Level::Section && parent.column() == NameColumn &&
+           sectionOf(parent) == EpsgDatabase && !m_index && !m_worker->isRunning;
+}
+
+void CoordSystemCatalogModel::fetchMore(const QModelIndex &parent)
+{
+    if (canFetchMore(parent))
+        prepare();
+}
+
+bool CoordSystemCatalogModel::isSystem(const QModelIndex &index) { return levelOf(index) == Level::System; }
+
+const CoordSystemParams &CoordSystemCatalogModel::catalogueEntry(const QModelIndex &index) const
+{
+    return m_categories.at(groupOf(index)).entries.at(index.row());
+}
+
+const UserCoordSystem::CoordSystemParam &CoordSystemCatalogModel::ownEntry(const QModelIndex &index) const
+{
+    return m_branches.at(groupOf(index)).entries.at(index.row());
+}
+
+/// What views ask for all the time; copies nothing.
+CoordSystemCatalogModel::Record CoordSystemCatalogModel::record(const QModelIndex &index) const
+{
+    switch (sectionOf(index)) {
+    case OwnSystems: {
+        const CoordSystemTypes::SourceData &source = ownEntry(index).source();
+        const bool isCode = source.type == CoordSystemTypes::Epsg;
+        return {ownEntry(index).description(),
+                isCode ? source.string.toInt() : CoordSystemTypes::EPSG_UNDEFINDED, Kind::Unknown};
+    }
+    case RecentSystems:
+        return {m_recent.at(index.row()).name, m_recent.at(index.row()).epsg, Kind::Unknown};
+    case MapinfoCatalogue: {
+        const CoordSystemParams &entry = catalogueEntry(index);
+        return {entry.name(), entry.epsg(), kindOfParams(entry.params)};
+    }
+    default: {
+        const CatalogIndex::System &system = m_index->countries().at(groupOf(index)).systems.at(index.row());
+        return {system.name, system.code, system.kind};
+    }
+    }
+}
+
+QString CoordSystemCatalogModel::prjText(const QModelIndex &index) const
+{
+    switch (sectionOf(index)) {
+    case OwnSystems: {
+        const CoordSystemTypes::SourceData &source = ownEntry(index).source();
+        return source.type == CoordSystemTypes::Prj ? source.string : QString();
+    }
+    case RecentSystems:
+        return {};
+    case MapinfoCatalogue:
+        return catalogueEntry(index).asPrjString();
+    default:
+        return m_factory->mapinfoCoordSystem()->seekByEPSG(record(index).epsg);
+    }
+}
+
+/// By its code where that makes this very entry: the system then knows its code without a search.
+QString CoordSystemCatalogModel::taggedText(const QModelIndex &index) const
+{
+    switch (sectionOf(index)) {
+    case OwnSystems: {
+        const CoordSystemTypes::SourceData &source = ownEntry(index).source();
+        return sourceTypeToString(source.type) + QLatin1Char(':') + source.string;
+    }
+    case RecentSystems:
+        return m_recent.at(index.row()).tagged;
+    case MapinfoCatalogue: {
+        const CoordSystemParams &entry = catalogueEntry(index);
+        const auto first = entry.epsg() == CoordSystemTypes::EPSG_UNDEFINDED
+                               ? std::nullopt
+                               : m_factory->mapinfoCoordSystem()->entryByEpsg(entry.epsg());
+        const bool isByCode = first && first->params == entry.params;
+        return isByCode ? epsgTag(entry.epsg()) : QStringLiteral("prj:") + entry.asPrjString();
+    }
+    default:
+        return epsgTag(record(index).epsg);
+    }
+}
+
+QRectF CoordSystemCatalogModel::area(int epsg) const { return m_index ? m_index->area(epsg) : QRectF(); }
+
+QString CoordSystemCatalogModel::nameOf(const QModelIndex &index) const
+{
+    switch (levelOf(index)) {
+    case Level::Section:
+        break;
+    case Level::Group:
+        return groupName(sectionOf(index), index.row());
+    default:
+        return record(index).name;
+    }
+    const QString sections[SectionCount] = {QObject::tr("Мои системы"), QObject::tr("Недавние"),
+                                            QObject::tr("Каталог MapInfo"), QObject::tr("База EPSG")};
+    return sections[index.row()];
+}
+
+QVariant CoordSystemCatalogModel::systemData(const QModelIndex &index, int role) const
+{
+    switch (role) {
+    case CodeRole:
+        return record(index).epsg;
+    case PrjRole:
+        return prjText(index);
+    case AreaRole:
+        return area(record(index).epsg);
+    case KindRole:
+        return static_cast<int>(record(index).kind);
+    case TaggedRole:
+        return taggedText(index);
+    case GroupRole:
+        return groupName(sectionOf(index), groupOf(index));
+    default:
+        return {};
+    }
+}
+
+QVariant CoordSystemCatalogModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid())
+        return {};
+    const bool shown = role == Qt::DisplayRole;
+    if (role == NameRole || (shown && index.column() == NameColumn))
+        return nameOf(index);
+    if (!isSystem(index))
+        return {};
+    if (!shown)
+        return systemData(index, role);
+    const int code = record(index).epsg;
+    return code == CoordSystemTypes::EPSG_UNDEFINDED ? QString() : QString::number(code);
+}
+
+QVariant CoordSystemCatalogModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+        return {};
+    return section == NameColumn   ? QObject::tr("Название")
+           : section == CodeColumn ? QObject::tr("Код EPSG")
+                                   : QVariant();
+}
+
+Qt::ItemFlags CoordSystemCatalogModel::flags(const QModelIndex &index) const
+{
+    if (!index.isValid())
+        return Qt::NoItemFlags;
+    const Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+    return isSystem(index) ? flags | Qt::ItemNeverHasChildren : flags;
+}
+
+QModelIndex CoordSystemCatalogModel::catalogueIndex(int category, int entry) const
+{
+    return index(entry, NameColumn, index(category, NameColumn, sectionIndex(MapinfoCatalogue)));
+}
+
+QModelIndex CoordSystemCatalogModel::indexOfCode(int epsg) const
+{
+    const auto same = [epsg](const auto &system) { return system.epsg() == epsg; };
+    for (int category = 0; category < m_categories.size() && epsg > 0; ++category) {
+        const QList<CoordSystemParams> &entries = m_categories.at(category).entries;
+        const auto found = std::find_if(entries.begin(), entries.end(), same);
+        if (found != entries.end())
+            return catalogueIndex(category, static_cast<int>(found - entries.begin()));
+    }
+    const CatalogIndex::Uncatalogued *rest = m_index ? m_index->uncatalogued(epsg) : nullptr;
+    return rest ? systemIndex(EpsgDatabase, rest->country, rest->row) : QModelIndex();
+}
+
+CoordSystemPtr CoordSystemCatalogModel::create(const QModelIndex &index) const
+{
+    if (!isSystem(index))
+        throw std::invalid_argument("index");
+    const Record system = record(index);
+    const CoordSystemPtr cs = made(*m_factory, taggedText(index));
+    if (!system.name.isEmpty())
+        cs->setDescription(system.name);
+    return cs;
+}
+
+} // namespace nivora::cs

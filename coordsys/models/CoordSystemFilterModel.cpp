@@ -1,0 +1,366 @@
+#include <coordsys/CoordSystemFilterModel.h>
+
+#include "CatalogIndex_p.h"
+#include "GeographicExtent_p.h"
+#include <coordsys/CoordSysFactory.h>
+
+#include <QFutureWatcher>
+#include <QSet>
+#include <QThreadPool>
+#include <QtConcurrent>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <tuple>
+
+namespace nivora::cs {
+namespace {
+
+/// Rows that a view gets at a time: more than fit on a screen, few enough to be laid out in no time.
+constexpr int portion = 200;
+
+QRectF middleOf(const QRectF &place) { return {place.center(), QSizeF(0.0, 0.0)}; }
+
+bool isUsable(const QRectF &place)
+{
+    return std::isfinite(place.x() + place.y() + place.width() + place.height()) && place.width() >= 0.0 &&
+           place.height() >= 0.0;
+}
+
+} // namespace
+
+struct CoordSystemFilterModel::Entry
+{
+    CoordSystemCatalogModel::Section section;
+    int group;
+    int row;
+    int epsg;
+};
+
+struct CoordSystemFilterModel::Answer
+{
+    QVector<Entry> entries;
+    QVector<Relaxation> relaxations;
+};
+
+/// A question with all that is needed to answer it, so that any thread can.
+struct NIVORA_CS_NO_EXPORT CoordSystemFilterModel::Query
+{
+    using Entries = QVector<Entry>;
+    using Place = std::optional<QRectF>;
+
+    Answer answer() const;
+    Entries find(const QString &words, const Place &where) const;
+    void addOwn(const QStringList &words, Entries &out) const;
+    void addCatalogue(const QString &words, Entries &out) const;
+    void addDatabase(const QStringList &words, Entries &out) const;
+    Entries inUseAt(const QRectF &where, const Entries &entries, bool bySize) const;
+    QVector<Relaxation> relaxations() const;
+
+    QString text;
+    Place place;
+    std::shared_ptr<const CatalogIndex> index;
+    QList<CoordSystemParamsList> categories;
+    QList<UserCoordSystem::CsDataType> branches;
+};
+
+struct CoordSystemFilterModel::Worker
+{
+    Worker() { pool.setMaxThreadCount(1); }
+
+    QFutureWatcher<Answer> watcher;
+    QThreadPool pool; ///< waits as it goes
+    bool isRunning = false;
+    bool isOvertaken = false; ///< the question has changed since
+};
+
+CoordSystemFilterModel::CoordSystemFilterModel(CoordSystemCatalogModel &source, QObject *parent)
+    : QAbstractTableModel(parent)
+    , m_source(source)
+    , m_worker(std::make_unique<Worker>())
+{
+    connect(&source, &CoordSystemCatalogModel::prepared, this, [this] {
+        if (isFiltering())
+            refresh();
+    });
+    connect(&source, &CoordSystemCatalogModel::ownSystemsChanged, this, [this] {
+        show({}); // rows may stand for what is gone
+        refresh();
+    });
+    connect(&m_worker->watcher, &QFutureWatcherBase::finished, this, &CoordSystemFilterModel::takeAnswer);
+}
+
+CoordSystemFilterModel::~CoordSystemFilterModel() = default;
+
+void CoordSystemFilterModel::setText(const QString &text)
+{
+    if (text == m_text)
+        return;
+    m_text = text;
+    refresh();
+}
+
+void CoordSystemFilterModel::setPlace(const std::optional<QRectF> &lonLat)
+{
+    m_place = lonLat && isUsable(*lonLat) ? lonLat : std::nullopt;
+    refresh();
+}
+
+QString CoordSystemFilterModel::remark() const
+{
+    return m_source.m_index ? m_source.m_index->search().remark(m_text, m_source.factory()->language())
+                            : QString();
+}
+
+bool CoordSystemFilterModel::isFiltering() const { return m_place || !searchText(m_text).isEmpty(); }
+
+int CoordSystemFilterModel::foundCount() const { return m_found.size(); }
+
+void CoordSystemFilterModel::refresh()
+{
+    m_isPending = isFiltering();
+    m_worker->isOvertaken = m_worker->isRunning;
+    if (!m_isPending) {
+        show({});
+        Q_EMIT found();
+        return;
+    }
+    m_source.prepare();
+    if (m_source.isPrepared() && !m_worker->isRunning)
+        start();
+}
+
+void CoordSystemFilterModel::start()
+{
+    m_worker->isRunning = true;
+    m_worker->isOvertaken = false;
+    const Query query{m_text, m_place, m_source.m_index, m_source.m_categories, m_source.m_branches};
+    m_worker->watcher.setFuture(QtConcurrent::run(&m_worker->pool, [query] { return query.answer(); }));
+}
+
+/// Runs again, to no effect, when the watcher tells what waitUntilFound() has taken already.
+void CoordSystemFilterModel::takeAnswer()
+{
+    if (!m_worker->isRunning)
+        return;
+    m_worker->watcher.waitForFinished();
+    m_worker->isRunning = false;
+    if (!m_isPending)
+        return;
+    if (m_worker->isOvertaken) {
+        start();
+        return;
+    }
+    m_isPending = false;
+    show(m_worker->watcher.result());
+    Q_EMIT found();
+}
+
+void CoordSystemFilterModel::waitUntilFound()
+{
+    if (m_isPending && !m_source.isPrepared())
+        m_source.waitUntilPrepared();
+    while (m_isPending && m_worker->isRunning)
+        takeAnswer();
+}
+
+void CoordSystemFilterModel::show(Answer answer)
+{
+    beginResetModel();
+    m_found = std::move(answer.entries);
+    m_relaxations = std::move(answer.relaxations);
+    m_fetched = std::min(portion, m_found.size());
+    endResetModel();
+}
+
+CoordSystemFilterModel::Answer CoordSystemFilterModel::Query::answer() const
+{
+    Answer answer;
+    answer.entries = find(text, place);
+    if (answer.entries.isEmpty())
+        answer.relaxations = relaxations();
+    return answer;
+}
+
+CoordSystemFilterModel::Query::Entries CoordSystemFilterModel::Query::find(const QString &words,
+                                                                           const Place &where) const
+{
+    const QStringList list = searchText(words).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    Entries entries;
+    if (list.isEmpty() && !where)
+        return entries;
+    addOwn(list, entries);
+    addCatalogue(words, entries);
+    addDatabase(list, entries);
+    return where ? inUseAt(*where, entries, list.isEmpty()) : entries;
+}
+
+void CoordSystemFilterModel::Query::addOwn(const QStringList &words, Entries &out) const
+{
+    for (int branch = 0; branch < branches.size(); ++branch) {
+        const auto &list = branches.at(branch);
+        for (int row = 0; row < list.entries.size(); ++row) {
+            const CoordSystemTypes::SourceData &source = list.entries.at(row).source();
+            const QString known = list.entries.at(row).description() + QLatin1Char(' ') + list.name +
+                                  QLatin1Char(' ') + source.string;
+            const int code = source.type == CoordSystemTypes::Epsg ? source.string.toInt()
+                                                                   : CoordSystemTypes::EPSG_UNDEFINDED;
+            if (holdsWords(searchText(known), words))
+                out << Entry{CoordSystemCatalogModel::OwnSystems, branch, row, code};
+        }
+    }
+}
+
+void CoordSystemFilterModel::Query::addCatalogue(const QString &words, Entries &out) const
+{
+    const auto section = CoordSystemCatalogModel::MapinfoCatalogue;
+    if (!searchText(words).isEmpty()) {
+        const auto hits = index->search().find(words, std::numeric_limits<int>::max());
+        for (const MapinfoSearch::Hit &hit : hits) {
+            const auto *rest = hit.isInCatalogue() ? nullptr : index->uncatalogued(hit.epsg);
+            if (hit.isInCatalogue())
+                out << Entry{section, hit.position.first, hit.position.second, hit.epsg};
+            else if (rest)
+                out << Entry{CoordSystemCatalogModel::EpsgDatabase, rest->country, rest->row, hit.epsg};
+        }
+        return;
+    }
+    for (int category = 0; category < categories.size(); ++category) {
+        const QList<CoordSystemParams> &entries = categories.at(category).entries;
+        for (int row = 0; row < entries.size(); ++row)
+            out << Entry{section, category, row, entries.at(row).epsg()};
+    }
+}
+
+/// A code that is asked for by number stands above all that merely hold the number. The search itself may
+/// have given some of the database's systems.
+void CoordSystemFilterModel::Query::addDatabase(const QStringList &words, Entries &out) const
+{
+    QSet<int> given;
+    for (const Entry &entry : qAsConst(out))
+        if (entry.section == CoordSystemCatalogModel::EpsgDatabase)
+            given << entry.epsg;
+    int asked = 0;
+    for (const CatalogIndex::Uncatalogued &system : index->uncatalogued()) {
+        if (given.contains(system.code) || !holdsWords(system.text, words))
+            continue;
+        const Entry entry{CoordSystemCatalogModel::EpsgDatabase, system.country, system.row, system.code};
+        if (words.contains(QString::number(system.code)))
+            out.insert(asked++, entry);
+        else
+            out << entry;
+    }
+}
+
+CoordSystemFilterModel::Query::Entries
+CoordSystemFilterModel::Query::inUseAt(const QRectF &where, const Entries &entries, bool bySize) const
+{
+    struct Sized
+    {
+        bool isPart;
+        double share;
+        Entry entry;
+    };
+    QVector<Sized> there;
+    for (const Entry &entry : entries) {
+        const QRectF area = index->area(entry.epsg);
+        if (areaHolds(area, middleOf(where)))
+            there << Sized{!areaHolds(area, where), shareOfEarth(area), entry};
+    }
+    if (bySize)
+        std::stable_sort(there.begin(), there.end(), [](const Sized &a, const Sized &b) {
+            return std::tie(a.isPart, a.share) < std::tie(b.isPart, b.share);
+        });
+    Entries sorted;
+    for (const Sized &system : there)
+        sorted << system.entry;
+    return sorted;
+}
+
+QVector<CoordSystemFilterModel::Relaxation> CoordSystemFilterModel::Query::relaxations() const
+{
+    QVector<Relaxation> all;
+    const auto add = [&](const QString &words, const QString &without, const Place &where) {
+        if (const int count = find(words, where).size())
+            all << Relaxation{words, without, count};
+    };
+    const QStringList parts = text.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    for (int i = 0; i < parts.size() && parts.size() > 1; ++i) {
+        QStringList rest = parts;
+        rest.removeAt(i);
+        add(rest.join(QLatin1Char(' ')), parts.at(i), place);
+    }
+    if (place)
+        add(text, QString(), std::nullopt);
+    std::stable_sort(all.begin(), all.end(),
+                     [](const Relaxation &a, const Relaxation &b) { return a.count < b.count; });
+    return all;
+}
+
+QModelIndex CoordSystemFilterModel::sourceIndex(const Entry &entry) const
+{
+    return m_source.systemIndex(entry.section, entry.group, entry.row);
+}
+
+QModelIndex CoordSystemFilterModel::mapToSource(const QModelIndex &index) const
+{
+    return index.isValid() ? sourceIndex(m_found.at(index.row())) : QModelIndex();
+}
+
+QModelIndex CoordSystemFilterModel::mapFromSource(const QModelIndex &source)
+{
+    const auto found = std::find_if(m_found.begin(), m_found.end(), [&](const Entry &entry) {
+        return sourceIndex(entry) == source.siblingAtColumn(CoordSystemCatalogModel::NameColumn);
+    });
+    if (found == m_found.end())
+        return {};
+    const int row = static_cast<int>(found - m_found.begin());
+    while (row >= m_fetched)
+        fetchMore({});
+    return index(row, NameColumn);
+}
+
+int CoordSystemFilterModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : m_fetched;
+}
+
+int CoordSystemFilterModel::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : ColumnCount;
+}
+
+bool CoordSystemFilterModel::canFetchMore(const QModelIndex &parent) const
+{
+    return !parent.isValid() && m_fetched < m_found.size();
+}
+
+void CoordSystemFilterModel::fetchMore(const QModelIndex &parent)
+{
+    if (!canFetchMore(parent))
+        return;
+    const int fetched = std::min(m_fetched + portion, m_found.size());
+    beginInsertRows({}, m_fetched, fetched - 1);
+    m_fetched = fetched;
+    endInsertRows();
+}
+
+QVariant CoordSystemFilterModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid())
+        return {};
+    const QModelIndex source = mapToSource(index);
+    if (index.column() == GroupColumn)
+        return m_source.data(source, role == Qt::DisplayRole ? CoordSystemCatalogModel::GroupRole : role);
+    return m_source.data(source.siblingAtColumn(index.column()), role);
+}
+
+QVariant CoordSystemFilterModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (section != GroupColumn || orientation != Qt::Horizontal || role != Qt::DisplayRole)
+        return m_source.headerData(section, orientation, role);
+    return QObject::tr("Раздел");
+}
+
+} // namespace nivora::cs

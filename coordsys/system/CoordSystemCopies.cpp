@@ -1,0 +1,111 @@
+#include <coordsys/CoordSystem.h>
+
+#include "OsrHandle_p.h"
+#include "ProjOperation_p.h"
+
+#include <proj.h>
+
+#include <QMutexLocker>
+#include <QReadLocker>
+#include <QWriteLocker>
+
+// What systems share, and what each has of its own.
+
+namespace nivora::cs {
+namespace {
+
+bool hasExtent(const QRectF &r) { return r.width() > 0.0 && r.height() > 0.0; } // NaN has none
+
+} // namespace
+
+void CoordSystem::noteChange()
+{
+    static std::atomic<std::uint64_t> last{0};
+    m_state = ++last;
+}
+
+void *CoordSystem::srs() const
+{
+    void *given = m_given.load(std::memory_order_acquire);
+    return given ? given : m_srs.get();
+}
+
+/// A host may alter what it is given, so a shared reference is copied on the way out (80 us where it has a
+/// shift). From then on the system reads the host's.
+void *CoordSystem::OGRSpatialReference() const
+{
+    if (!m_isSrsShared || m_given)
+        return srs();
+    std::shared_ptr<void> copy = copyOgrSpatialReference();
+    const QWriteLocker lock(&m_lock);
+    if (!m_given) {
+        m_givenSrs = std::move(copy);
+        m_given.store(m_givenSrs.get(), std::memory_order_release);
+    }
+    return m_givenSrs.get();
+}
+
+std::shared_ptr<void> CoordSystem::copyOgrSpatialReference() const
+{
+    if (!m_srs)
+        return nullptr;
+    const QMutexLocker lock(globalProj4Mutex());
+    return ownSrs(OSRClone(srs()));
+}
+
+CoordSystemPtr CoordSystem::clone() const
+{
+    auto copy = std::make_shared<CoordSystem>();
+    copy->setOGRSpatialReference(copyOgrSpatialReference());
+    copy->setSourceParameters(m_source);
+    if (m_pj) {
+        const QMutexLocker lock(globalProj4Mutex());
+        copy->m_pj = ownPj(proj_clone(globalProjContext(), m_pj.get()));
+        copy->m_plane =
+            m_plane && m_plane->pj == m_pj ? std::make_shared<const ProjOperation>(copy->m_pj) : m_plane;
+    }
+    copy->m_projectionBounds = m_projectionBounds;
+    const QRectF bounds = rectNumericCoordSys();
+    if (isRectSet() || !hasExtent(bounds))
+        copy->setRectCoordSystem(bounds);
+    else if (!m_affine)
+        copy->m_computedRect.setValue(bounds);
+    const QReadLocker lock(&m_lock);
+    copy->m_description = m_description;
+    copy->m_isNameless = m_isNameless;
+    copy->m_catalogueName = m_catalogueName;
+    copy->m_identity = m_identity;
+    copy->m_hasIdentity = m_hasIdentity;
+    return copy;
+}
+
+CoordSystemPtr CoordSystem::duplicate() const
+{
+    auto copy = std::make_shared<CoordSystem>();
+    const QReadLocker lock(&m_lock);
+    copy->m_srs = m_srs;
+    copy->m_isSrsShared = true;
+    copy->m_pj = m_pj;
+    copy->m_plane = m_plane;
+    copy->m_identity = m_identity;
+    copy->m_hasIdentity = m_hasIdentity;
+    copy->m_description = m_description;
+    copy->m_isNameless = m_isNameless;
+    copy->m_catalogueName = m_catalogueName;
+    copy->m_rect = m_rect;
+    copy->m_projectionBounds = m_projectionBounds;
+    if (m_computedRect.hasValue())
+        copy->m_computedRect.setValue(m_computedRect.valueRef());
+    copy->m_detectedUnit = m_detectedUnit;
+    copy->m_affineUnit = m_affineUnit;
+    copy->m_epsg = m_epsg.load();
+    if (m_affine)
+        copy->m_affine = std::make_unique<QTransform>(*m_affine);
+    copy->m_source = m_source;
+    copy->m_isLatLong = m_isLatLong.load();
+    copy->m_isNonEarth = m_isNonEarth.load();
+    copy->m_statedEpsg = m_statedEpsg.load();
+    return copy;
+}
+
+} // namespace nivora::cs

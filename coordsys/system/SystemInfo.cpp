@@ -1,0 +1,290 @@
+#include <coordsys/SystemInfo.h>
+
+#include "CrsDefinition_p.h"
+#include <coordsys/CoordSystem.h>
+
+#include <proj.h>
+#include <proj_experimental.h>
+
+#include <QMutexLocker>
+#include <QObject>
+#include <QRegularExpression>
+
+#include <stdexcept>
+
+namespace nivora::cs {
+
+/// The door to what a system knows of itself.
+class SystemFacts
+{
+public:
+    static CrsDefinitionPtr own(const CoordSystem &cs) { return cs.identity(); }
+    static CrsDefinitionPtr named(const CoordSystem &cs) { return cs.namedIdentity(); }
+    static CrsDefinitionPtr writable(const CoordSystem &cs) { return cs.writableIdentity(); }
+};
+
+namespace {
+
+/// A value that PROJ writes through a pointer for as long as its object lives.
+QString textOf(const char *utf8) { return QString::fromUtf8(utf8); }
+
+bool isNamed(const QString &name)
+{
+    return !name.isEmpty() && name.compare(QLatin1String("unknown"), Qt::CaseInsensitive) != 0 &&
+           name.compare(QLatin1String("unnamed"), Qt::CaseInsensitive) != 0;
+}
+
+QString knownName(const PJ *object)
+{
+    const QString name = object ? textOf(proj_get_name(object)) : QString();
+    return isNamed(name) ? name : QString();
+}
+
+SystemInfo::Kind publicKind(CrsKind kind)
+{
+    switch (kind) {
+    case CrsKind::Geographic:
+        return SystemInfo::Kind::Geographic;
+    case CrsKind::RotatedGeographic:
+        return SystemInfo::Kind::RotatedGeographic;
+    case CrsKind::Projected:
+        return SystemInfo::Kind::Projected;
+    case CrsKind::Local:
+        return SystemInfo::Kind::Local;
+    case CrsKind::Other:
+        break;
+    }
+    return SystemInfo::Kind::Unknown;
+}
+
+// Each of the following reads a part of a CRS without a shift of its own, under the PROJ lock.
+
+void readArea(PJ_CONTEXT *context, const PJ *crs, SystemInfo &info)
+{
+    constexpr double unknownDeg = -1000.0; // as PROJ says it
+    const char *name = nullptr;
+    double west = 0.0, south = 0.0, east = 0.0, north = 0.0;
+    if (!proj_get_area_of_use(context, crs, &west, &south, &east, &north, &name))
+        return;
+    info.areaName = textOf(name);
+    if (west > unknownDeg)
+        info.area = QRectF(QPointF(west, south), QPointF(east < west ? east + 360.0 : east, north));
+}
+
+void readEllipsoid(PJ_CONTEXT *context, const PJ *crs, SystemInfo &info)
+{
+    const PjHandle ellipsoid = ownPj(proj_get_ellipsoid(context, crs));
+    info.ellipsoid = knownName(ellipsoid.get());
+    if (ellipsoid)
+        proj_ellipsoid_get_parameters(context, ellipsoid.get(), &info.semiMajorM, nullptr, nullptr,
+                                      &info.inverseFlattening);
+}
+
+/// "unknown using nadgrids=…" and "Unknown based on … ellipsoid" are PROJ's ways to say that it knows none.
+void readDatum(PJ_CONTEXT *context, const PJ *crs, SystemInfo &info)
+{
+    const PjHandle datum = ownPj(proj_crs_get_datum_forced(context, crs));
+    const QString name = knownName(datum.get());
+    if (!name.startsWith(QLatin1String("unknown "), Qt::CaseInsensitive))
+        info.datum = name;
+    const PjHandle meridian = ownPj(proj_get_prime_meridian(context, crs));
+    info.primeMeridian = knownName(meridian.get());
+    info.primeMeridianDeg = meridianDeg(context, crs);
+}
+
+void readMethod(PJ_CONTEXT *context, const PJ *crs, SystemInfo &info)
+{
+    if (info.kind != SystemInfo::Kind::Projected)
+        return;
+    const PjHandle conversion = ownPj(proj_crs_get_coordoperation(context, crs));
+    const char *method = nullptr;
+    if (conversion &&
+        proj_coordoperation_get_method_info(context, conversion.get(), &method, nullptr, nullptr))
+        info.method = textOf(method);
+}
+
+void readIdentifier(const PJ *crs, SystemInfo &info)
+{
+    const char *authority = proj_get_id_auth_name(crs, 0);
+    const char *code = proj_get_id_code(crs, 0);
+    if (info.epsg > 0)
+        info.identifier = QStringLiteral("EPSG:%1").arg(info.epsg);
+    else if (authority && code)
+        info.identifier = textOf(authority) + QLatin1Char(':') + textOf(code);
+    info.isDeprecated = info.epsg > 0 && proj_is_deprecated(crs) != 0;
+}
+
+void readCrs(const CrsDefinition &identity, SystemInfo &info)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    PJ_CONTEXT *context = globalProjContext();
+    info.kind = publicKind(identity.kind());
+    const PjHandle crs = identity.crs() ? sourceOfBoundCrs(context, identity.crs()) : nullptr;
+    if (!crs)
+        return;
+    readIdentifier(crs.get(), info);
+    readArea(context, crs.get(), info);
+    if (info.kind == SystemInfo::Kind::Local)
+        return;
+    readEllipsoid(context, crs.get(), info);
+    readDatum(context, crs.get(), info);
+    readMethod(context, crs.get(), info);
+}
+
+/// PROJ text that names neither a datum nor a shift.
+bool lacksDatum(const CoordSystemTypes::SourceData &source)
+{
+    static const QRegularExpression datum( // "+towgs84=1,2,3"
+        QStringLiteral("\\+(datum|towgs84|nadgrids|init)=|\\+(ellps|datum)=WGS84\\b"));
+    return source.type == CoordSystemTypes::Proj4 && !source.string.contains(datum);
+}
+
+bool hasUnit(const CoordSystem &cs)
+{
+    try {
+        return cs.unit().isValid();
+    } catch (const std::exception &) {
+        return false;
+    }
+}
+
+QStringList assumptionsOf(const CoordSystem &cs, const CrsDefinition *identity)
+{
+    QStringList result;
+    if (identity && identity->isDemotedTo2D())
+        result << QObject::tr("Вертикальная часть опущена.");
+    if (!cs.isNonEarth() && lacksDatum(cs.sourceParameters()))
+        result << QObject::tr("Датум не указан: сдвиг к WGS 84 принят нулевым.");
+    if (!hasUnit(cs))
+        result << QObject::tr("Единица измерения не опознана: приняты метры.");
+    return result;
+}
+
+[[noreturn]] void throwUnwritable(const CoordSystem &cs, const QString &reason)
+{
+    throw std::runtime_error(QObject::tr("КС «%1» не записывается в этом формате: %2")
+                                 .arg(cs.description(), reason)
+                                 .toStdString());
+}
+
+/// The CRS under another name; a shift of its own is taken off and put on again, since only plain ones can be
+/// renamed.
+PjHandle renamed(PJ_CONTEXT *context, const PJ *crs, const QString &name)
+{
+    const PjHandle plain = sourceOfBoundCrs(context, crs);
+    PjHandle named = ownPj(proj_alter_name(context, plain.get(), name.toUtf8().constData()));
+    const PjHandle hub =
+        proj_get_type(crs) == PJ_TYPE_BOUND_CRS ? ownPj(proj_get_target_crs(context, crs)) : nullptr;
+    const PjHandle shift = hub ? ownPj(proj_crs_get_coordoperation(context, crs)) : nullptr;
+    if (!named || !shift)
+        return named;
+    return ownPj(proj_crs_create_bound_crs(context, named.get(), hub.get(), shift.get()));
+}
+
+/// The definition under the name that people see, unless the text itself names the system.
+PjHandle namedCrs(PJ_CONTEXT *context, const PJ *crs, const QString &name)
+{
+    const PjHandle plain = sourceOfBoundCrs(context, crs);
+    const bool open = knownName(plain.get()).isEmpty();
+    return open && isNamed(name) ? renamed(context, crs, name) : ownPj(proj_clone(context, crs));
+}
+
+QString written(PJ_CONTEXT *context, const PJ *crs, SystemFormat format)
+{
+    switch (format) {
+    case SystemFormat::Wkt1: {
+        const char *const options[] = {"MULTILINE=NO", nullptr};
+        return textOf(proj_as_wkt(context, crs, PJ_WKT1_GDAL, options));
+    }
+    case SystemFormat::Esri: {
+        const PjHandle plain = sourceOfBoundCrs(context, crs);
+        return textOf(proj_as_wkt(context, plain.get(), PJ_WKT1_ESRI, nullptr));
+    }
+    case SystemFormat::ProjJson:
+        return textOf(proj_as_projjson(context, crs, nullptr));
+    default:
+        return textOf(proj_as_wkt(context, crs, PJ_WKT2_2019, nullptr));
+    }
+}
+
+/// Empty, with the reason, when PROJ cannot write it.
+QString writtenByEngine(const CoordSystem &cs, SystemFormat format, QString &reason)
+{
+    const auto identity = SystemFacts::writable(cs);
+    const QString name = cs.description();
+    const QMutexLocker lock(globalProj4Mutex());
+    PJ_CONTEXT *context = globalProjContext();
+    const PjHandle crs = identity && identity->crs() ? namedCrs(context, identity->crs(), name) : nullptr;
+    const QString text = crs ? written(context, crs.get(), format) : QString();
+    reason = projLastError();
+    return text;
+}
+
+/// A projection without a number becomes a plan there, which is another system.
+QString coordSysText(const CoordSystem &cs)
+{
+    const QString text = cs.prjStr();
+    if (!cs.isNonEarth() && text.contains(QLatin1String("NonEarth"), Qt::CaseInsensitive))
+        throwUnwritable(cs, QObject::tr("у CoordSys нет такой проекции"));
+    return text;
+}
+
+} // namespace
+
+QPointF SystemInfo::areaCentre() const
+{
+    QPointF centre = area.center();
+    if (centre.x() > 180.0)
+        centre.rx() -= 360.0;
+    return centre;
+}
+
+SystemInfo systemInfo(const CoordSystem &cs)
+{
+    SystemInfo info;
+    info.name = cs.description();
+    info.epsg = cs.epsg();
+    if (const auto identity = SystemFacts::named(cs))
+        readCrs(*identity, info);
+    if (cs.isNonEarth())
+        info.kind = SystemInfo::Kind::Local;
+    info.assumptions = assumptionsOf(cs, SystemFacts::own(cs).get());
+    return info;
+}
+
+QString kindText(SystemInfo::Kind kind)
+{
+    switch (kind) {
+    case SystemInfo::Kind::Geographic:
+        return QObject::tr("Географическая");
+    case SystemInfo::Kind::RotatedGeographic:
+        return QObject::tr("Географическая с повёрнутым полюсом");
+    case SystemInfo::Kind::Projected:
+        return QObject::tr("Прямоугольная");
+    case SystemInfo::Kind::Local:
+        return QObject::tr("План-схема");
+    case SystemInfo::Kind::Unknown:
+        break;
+    }
+    return {};
+}
+
+QString exportSystem(const CoordSystem &cs, SystemFormat format)
+{
+    if (format == SystemFormat::Mapinfo)
+        return coordSysText(cs);
+    if (cs.affineTransform())
+        throwUnwritable(cs, QObject::tr("аффинное преобразование было бы потеряно"));
+    if (format == SystemFormat::Proj)
+        return cs.projStr();
+    const QString wkt1 = format == SystemFormat::Wkt1 ? cs.exportToWkt() : QString();
+    if (isNamed(wkt1.section(QLatin1Char('"'), 1, 1)))
+        return wkt1;
+    QString reason;
+    const QString text = writtenByEngine(cs, format, reason);
+    if (text.isEmpty())
+        throwUnwritable(cs, reason);
+    return text;
+}
+
+} // namespace nivora::cs

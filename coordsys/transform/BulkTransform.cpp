@@ -1,0 +1,289 @@
+#include <coordsys/BulkTransform.h>
+
+#include "AffineMap_p.h"
+#include "OperationPool_p.h"
+#include "ParallelFor_p.h"
+#include "TransformStrategies_p.h"
+#include <coordsys/CoordSystem.h>
+#include <platform/utils/ProgressHandler.h>
+
+#include <QMutexLocker>
+#include <QThreadPool>
+
+#include <algorithm>
+#include <atomic>
+#include <limits>
+
+namespace nivora::cs {
+namespace {
+
+using nivora::concurrent::ProgressHandler;
+
+/// Points that a thread takes at a time: a millisecond or so, after which it looks whether to stop.
+constexpr std::size_t blockSize = 2048;
+/// Points between two passes of the arithmetic around the engine; they stay in the processor's cache.
+constexpr std::size_t pieceSize = 512;
+
+const QPointF failedPoint(std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::quiet_NaN());
+
+/// The engine gives such a point back as it is.
+void markFailures(QPointF *points, std::size_t count)
+{
+    std::replace_if(
+        points, points + count, [](const QPointF &p) { return !isFinite(p); }, QPointF(HUGE_VAL, HUGE_VAL));
+}
+
+void transformQueue(const TransformQueue &queue, int direction, QPointF *points, std::size_t count,
+                    double time)
+{
+    const OrderedSteps steps(queue, direction);
+    transformSpan(*steps.first, direction, spanOf(points, count), time);
+    if (!steps.second)
+        return;
+    markFailures(points, count);
+    transformSpan(*steps.second, direction, spanOf(points, count), time);
+}
+
+void transformQueue(const TransformQueue &queue, int direction, QPointF &point, double time)
+{
+    const OrderedSteps steps(queue, direction);
+    if (transformPoint(*steps.first, direction, point, time) && steps.second)
+        transformPoint(*steps.second, direction, point, time);
+}
+
+/// One direction of a transformation, as it stands at the time of a call.
+struct Way
+{
+    OperationPool *stock; ///< null for equal systems
+    int direction;
+    AffineMap source;
+    AffineMap target;
+    double time;
+
+    bool fails() const { return stock && (source.isSingular() || target.isSingular()); }
+    void convert(const TransformQueue &queue, QPointF *points, std::size_t count) const
+    {
+        source.undo(points, count);
+        transformQueue(queue, direction, points, count, time);
+        target.map(points, count);
+    }
+    void convert(const TransformQueue &queue, QPointF &point) const
+    {
+        source.undo(&point, 1);
+        transformQueue(queue, direction, point, time);
+        target.map(&point, 1);
+    }
+};
+
+/// The positions of a part's failed points, which become NaN.
+void collectFailures(QPointF *points, std::size_t begin, std::size_t end, std::vector<std::size_t> &failed)
+{
+    for (std::size_t i = begin; i < end; ++i)
+        if (!isFinite(points[i])) {
+            points[i] = failedPoint;
+            failed.push_back(i);
+        }
+}
+
+/// A list on its way; run() is called by every thread that takes part.
+class ListJob
+{
+public:
+    ListJob(const Way &way, const QPointF *in, QPointF *out, std::size_t count, const BulkOptions &options)
+        : m_way(way)
+        , m_in(in)
+        , m_out(out)
+        , m_count(count)
+        , m_options(options)
+    {
+        if (options.progress)
+            options.progress->expect(count);
+    }
+
+    std::size_t blocks() const { return (m_count + blockSize - 1) / blockSize; }
+    void run();
+    BulkResult result();
+
+private:
+    bool goesOn();
+    void convertBlock(std::size_t begin, std::size_t end, std::vector<std::size_t> &failed) const;
+    void convertPieces(std::size_t begin, std::size_t end) const;
+
+    const Way &m_way;
+    const QPointF *m_in;
+    QPointF *m_out;
+    std::size_t m_count;
+    const BulkOptions &m_options;
+    std::atomic<std::size_t> m_nextBlock{0};
+    std::atomic<std::size_t> m_failures{0};
+    std::atomic<int> m_ending{BulkResult::Finished};
+    QMutex m_mutex; ///< guards m_failed
+    std::vector<std::size_t> m_failed;
+};
+
+bool ListJob::goesOn()
+{
+    if (m_options.progress && m_options.progress->isCanceled())
+        m_ending = BulkResult::Canceled;
+    else if (m_failures > m_options.mostFailures)
+        m_ending = BulkResult::TooManyFailures;
+    return m_ending == BulkResult::Finished;
+}
+
+void ListJob::run()
+{
+    std::vector<std::size_t> failed;
+    for (std::size_t block; (block = m_nextBlock++) < blocks();) {
+        const std::size_t begin = block * blockSize;
+        const std::size_t end = std::min(begin + blockSize, m_count);
+        if (!goesOn()) {
+            std::fill(m_out + begin, m_out + end, failedPoint);
+            continue;
+        }
+        const std::size_t before = failed.size();
+        convertBlock(begin, end, failed);
+        m_failures += failed.size() - before;
+        if (m_options.progress)
+            m_options.progress->advance(end - begin);
+    }
+    const QMutexLocker lock(&m_mutex);
+    m_failed.insert(m_failed.end(), failed.begin(), failed.end());
+}
+
+void ListJob::convertBlock(std::size_t begin, std::size_t end, std::vector<std::size_t> &failed) const
+{
+    if (m_way.fails())
+        std::fill(m_out + begin, m_out + end, failedPoint);
+    else if (m_way.stock)
+        convertPieces(begin, end);
+    else if (m_in != m_out)
+        std::copy(m_in + begin, m_in + end, m_out + begin);
+    collectFailures(m_out, begin, end, failed);
+}
+
+void ListJob::convertPieces(std::size_t begin, std::size_t end) const
+{
+    const PoolLease engine(*m_way.stock);
+    for (std::size_t i = begin; i < end; i += pieceSize) {
+        const std::size_t size = std::min(pieceSize, end - i);
+        if (m_in != m_out)
+            std::copy(m_in + i, m_in + i + size, m_out + i);
+        m_way.convert(engine.queue(), m_out + i, size);
+    }
+}
+
+BulkResult ListJob::result()
+{
+    goesOn(); // a bound that the last block passed
+    std::sort(m_failed.begin(), m_failed.end());
+    return {static_cast<BulkResult::Ending>(m_ending.load()), std::move(m_failed)};
+}
+
+} // namespace
+
+struct NIVORA_CS_NO_EXPORT BulkTransform::Impl
+{
+    Impl(const CoordTransform &original, TransformQueuePtr queue)
+        : transform(original)
+        , source(original.sourceCoordSystem())
+        , destination(original.destinationCoordSystem())
+        , stock(queue ? std::make_unique<OperationPool>(std::move(queue)) : nullptr)
+    {}
+
+    Way way(int direction, std::optional<double> epoch) const
+    {
+        const bool forward = direction == PJ_FWD;
+        return {stock.get(), direction, AffineMap(forward ? *source : *destination),
+                AffineMap(forward ? *destination : *source), epoch.value_or(HUGE_VAL)};
+    }
+    BulkResult convert(const Way &way, const QPointF *in, QPointF *out, std::size_t count,
+                       const BulkOptions &options) const;
+    BulkResult convert(int direction, const QVector<QPointF> &in, QVector<QPointF> &out,
+                       const BulkOptions &options) const;
+    bool convert(const Way &way, const QPointF &in, QPointF &out) const;
+
+    CoordTransform transform;
+    CoordSystemPtr source;
+    CoordSystemPtr destination;
+    std::unique_ptr<OperationPool> stock; ///< null for equal systems
+};
+
+BulkResult BulkTransform::Impl::convert(const Way &way, const QPointF *in, QPointF *out, std::size_t count,
+                                        const BulkOptions &options) const
+{
+    ListJob job(way, in, out, count, options);
+    QThreadPool &pool = options.pool ? *options.pool : *QThreadPool::globalInstance();
+    const int wanted = options.threads > 0 ? options.threads : pool.maxThreadCount();
+    const auto threads = std::min(static_cast<std::size_t>(std::max(wanted, 1)), job.blocks());
+    parallelFor(pool, static_cast<int>(threads) - 1, [&job] { job.run(); });
+    return job.result();
+}
+
+BulkResult BulkTransform::Impl::convert(int direction, const QVector<QPointF> &in, QVector<QPointF> &out,
+                                        const BulkOptions &options) const
+{
+    const auto count = static_cast<std::size_t>(in.size());
+    if (&in != &out)
+        out.resize(in.size());
+    QPointF *target = out.data(); // detaches first: in and out may share their points
+    return convert(way(direction, options.epoch), in.constData(), target, count, options);
+}
+
+bool BulkTransform::Impl::convert(const Way &way, const QPointF &in, QPointF &out) const
+{
+    if (way.fails())
+        return false;
+    QPointF point = in;
+    if (way.stock)
+        way.convert(PoolLease(*way.stock).queue(), point);
+    if (!isFinite(point))
+        return false;
+    out = point;
+    return true;
+}
+
+BulkTransform::BulkTransform(const CoordTransform &transform)
+    : m_impl(std::make_shared<Impl>(transform, transform.queue()))
+{}
+
+BulkTransform::BulkTransform(const BulkTransform &other) = default;
+BulkTransform &BulkTransform::operator=(const BulkTransform &other) = default;
+BulkTransform::~BulkTransform() = default;
+
+const CoordTransform &BulkTransform::transform() const { return m_impl->transform; }
+
+BulkResult BulkTransform::forward(const QPointF *in, QPointF *out, std::size_t count,
+                                  const BulkOptions &options) const
+{
+    return m_impl->convert(m_impl->way(PJ_FWD, options.epoch), in, out, count, options);
+}
+
+BulkResult BulkTransform::inverse(const QPointF *in, QPointF *out, std::size_t count,
+                                  const BulkOptions &options) const
+{
+    return m_impl->convert(m_impl->way(PJ_INV, options.epoch), in, out, count, options);
+}
+
+BulkResult BulkTransform::forward(const QVector<QPointF> &in, QVector<QPointF> &out,
+                                  const BulkOptions &options) const
+{
+    return m_impl->convert(PJ_FWD, in, out, options);
+}
+
+BulkResult BulkTransform::inverse(const QVector<QPointF> &in, QVector<QPointF> &out,
+                                  const BulkOptions &options) const
+{
+    return m_impl->convert(PJ_INV, in, out, options);
+}
+
+bool BulkTransform::forward(const QPointF &in, QPointF &out, std::optional<double> epoch) const
+{
+    return m_impl->convert(m_impl->way(PJ_FWD, epoch), in, out);
+}
+
+bool BulkTransform::inverse(const QPointF &in, QPointF &out, std::optional<double> epoch) const
+{
+    return m_impl->convert(m_impl->way(PJ_INV, epoch), in, out);
+}
+
+} // namespace nivora::cs

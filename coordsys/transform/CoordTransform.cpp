@@ -1,0 +1,317 @@
+#include <coordsys/CoordTransform.h>
+
+#include "AffineMap_p.h"
+#include "GeographicBounds_p.h"
+#include "TransformMesh_p.h"
+#include <coordsys/CoordSystem.h>
+#include <coordsys/CoordSystemConversions.h>
+#include <platform/Logger.h>
+
+#include <QObject>
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+namespace nivora::cs {
+
+namespace {
+
+/// Two codes of the database may have one PROJ text and still lie metres apart: PROJ decides.
+bool haveDifferentCodes(const CoordSystem &from, const CoordSystem &to)
+{
+    return from.sourceType() == CoordSystem::Epsg && to.sourceType() == CoordSystem::Epsg &&
+           from.epsg() != to.epsg();
+}
+
+bool areFinite(const QVector<QPointF> &points) { return std::all_of(points.begin(), points.end(), isFinite); }
+
+/// Points between two looks at the results; few enough to stay in the processor's cache.
+constexpr std::size_t blockSize = 1024;
+
+/// One direction of a transformation between unequal systems, as it stands at the time of a call.
+struct Way
+{
+    AffineMap source;
+    AffineMap target;
+    const TransformQueue *queue;
+    int direction;
+    double time;
+
+    bool isSingular() const { return source.isSingular() || target.isSingular(); }
+    /// In place; false, the points spoilt, when one of them fails.
+    bool convert(QPointF *points, std::size_t count) const
+    {
+        source.undo(points, count);
+        if (!transformPoints(*queue, direction, points, count, time))
+            return false;
+        target.map(points, count);
+        return !target.isActive() || std::all_of(points, points + count, isFinite);
+    }
+    /// The same for one point, which feels what a list's loops cost.
+    bool convert(QPointF &point) const
+    {
+        source.undo(&point, 1);
+        if (!transformPoint(*queue, direction, point, time))
+            return false;
+        target.map(&point, 1);
+        return !target.isActive() || isFinite(point);
+    }
+    bool convertList(const QVector<QPointF> &in, QVector<QPointF> &out) const;
+};
+
+/// Copied, converted and looked at block by block. A list of the right length is written over as it is:
+/// resize() would fill a new one twice. \p out is spoilt when a point fails, and not \p in.
+bool Way::convertList(const QVector<QPointF> &in, QVector<QPointF> &out) const
+{
+    const bool mustCopy = out.size() == in.size();
+    if (!mustCopy)
+        out = in;
+    QPointF *const points = out.data(); // detaches
+    const auto count = static_cast<std::size_t>(in.size());
+    const QMutexLocker lock(globalProj4Mutex());
+    for (std::size_t done = 0; done < count; done += blockSize) {
+        const std::size_t size = std::min(blockSize, count - done);
+        if (mustCopy)
+            std::copy_n(in.constData() + done, size, points + done);
+        if (!convert(points + done, size))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+struct NIVORA_CS_NO_EXPORT CoordTransform::Impl
+{
+    Impl(const CoordSystemPtr &from, const CoordSystemPtr &to)
+        : source(from)
+        , destination(to)
+    {
+        if (!from)
+            throw std::invalid_argument("cs_from");
+        if (!to)
+            throw std::invalid_argument("cs_to");
+        isEqualsCS = !haveDifferentCodes(*from, *to) && coordTransformCache().areEqual(*from, *to);
+        if (!isEqualsCS)
+            queue = coordTransformCache().queueFor(from, to);
+    }
+
+    bool transformList(bool forward, const QVector<QPointF> &in, QVector<QPointF> &out) const;
+    bool transformPoint(bool forward, const QPointF &in, QPointF &out) const;
+    bool transformRect(bool forward, const QRectF &in, QRectF &out) const;
+    bool transformMesh(bool forward, const QRectF &in, QRectF &out, int addPoints) const;
+
+    bool isEqualsCS = false;
+    CoordSystemPtr source;
+    CoordSystemPtr destination;
+    TransformQueuePtr queue; ///< null for equal systems
+    double time = HUGE_VAL;  ///< the epoch as PROJ is given it
+
+private:
+    const CoordSystem &from(bool forward) const { return forward ? *source : *destination; }
+    Way way(bool forward) const
+    {
+        return {AffineMap(from(forward)), AffineMap(from(!forward)), queue.get(), forward ? PJ_FWD : PJ_INV,
+                time};
+    }
+};
+
+bool CoordTransform::Impl::transformList(bool forward, const QVector<QPointF> &in,
+                                         QVector<QPointF> &out) const
+{
+    const QVector<QPointF> original = in; // which may be out
+    if (isEqualsCS) {
+        if (!areFinite(original))
+            return false;
+        out = original;
+        return true;
+    }
+    const Way way = this->way(forward);
+    if (way.isSingular())
+        return false;
+    if (way.convertList(original, out))
+        return true;
+    out = original;
+    if (way.source.isActive())
+        way.source.undo(out.data(), static_cast<std::size_t>(out.size()));
+    return false;
+}
+
+bool CoordTransform::Impl::transformPoint(bool forward, const QPointF &in, QPointF &out) const
+{
+    QPointF point = in;
+    if (isEqualsCS) {
+        if (!isFinite(point))
+            return false;
+    } else {
+        const Way way = this->way(forward);
+        if (way.isSingular() || !way.convert(point))
+            return false;
+    }
+    out = point;
+    return true;
+}
+
+namespace {
+
+QRectF rectOf(const QVector<QPointF> &corners)
+{
+    return coordsArrayToRect({corners[0].x(), corners[1].x(), corners[2].x(), corners[3].x()},
+                             {corners[0].y(), corners[1].y(), corners[2].y(), corners[3].y()});
+}
+
+} // namespace
+
+bool CoordTransform::Impl::transformRect(bool forward, const QRectF &in, QRectF &out) const
+{
+    QVector<QPointF> corners;
+    if (!transformList(forward, rectToVector(in), corners))
+        return false;
+    out = rectOf(corners);
+    return out.width() > 0.0 && out.height() > 0.0;
+}
+
+bool CoordTransform::Impl::transformMesh(bool forward, const QRectF &in, QRectF &out, int addPoints) const
+{
+    if (!(in.width() > 0.0 && in.height() > 0.0)) {
+        LOG_DEBUG(QObject::tr("Пустой прямоугольник на входе %1").arg(nivora::utils::toString(in)));
+        return false;
+    }
+    if (isEqualsCS) {
+        if (!areFinite(rectToVector(in)))
+            return false;
+        out = in;
+        return true;
+    }
+    const Way way = this->way(forward);
+    QVector<QPointF> corners = rectToVector(in);
+    if (way.isSingular())
+        return false;
+    way.source.undo(corners.data(), 4);
+    if (!meshBounds({from(forward), *queue, way.direction, time, addPoints}, corners))
+        return false;
+    way.target.map(corners.data(), 4);
+    if (!areFinite(corners))
+        return false;
+    out = rectOf(corners);
+    return true;
+}
+
+CoordTransform::CoordTransform(const CoordSystemPtr &from, const CoordSystemPtr &to)
+    : m_impl(std::make_unique<Impl>(from, to))
+{}
+
+CoordTransform::CoordTransform(const CoordSystemPtr &from, const CoordSystemPtr &to,
+                               std::optional<double> epoch)
+    : CoordTransform(from, to)
+{
+    setEpoch(epoch);
+}
+
+CoordTransform::CoordTransform(const CoordTransform &other)
+    : CoordTransform(other.sourceCoordSystem(), other.destinationCoordSystem(), other.epoch())
+{}
+
+CoordTransform &CoordTransform::operator=(const CoordTransform &other)
+{
+    if (this != &other)
+        m_impl = std::move(CoordTransform(other).m_impl);
+    return *this;
+}
+
+CoordTransform::~CoordTransform() = default;
+
+bool CoordTransform::isEqualsCS() const { return m_impl->isEqualsCS; }
+
+CoordSystemPtr CoordTransform::sourceCoordSystem() const { return m_impl->source; }
+
+CoordSystemPtr CoordTransform::destinationCoordSystem() const { return m_impl->destination; }
+
+void CoordTransform::setEpoch(std::optional<double> epoch)
+{
+    if (epoch && !std::isfinite(*epoch))
+        throw std::invalid_argument("epoch");
+    m_impl->time = epoch.value_or(HUGE_VAL);
+}
+
+std::optional<double> CoordTransform::epoch() const
+{
+    return std::isfinite(m_impl->time) ? std::make_optional(m_impl->time) : std::nullopt;
+}
+
+bool CoordTransform::forward(const QPointF &in, QPointF &out) const
+{
+    return m_impl->transformPoint(true, in, out);
+}
+
+bool CoordTransform::inverse(const QPointF &in, QPointF &out) const
+{
+    return m_impl->transformPoint(false, in, out);
+}
+
+bool CoordTransform::forward(const QVector<QPointF> &in, QVector<QPointF> &out) const
+{
+    return m_impl->transformList(true, in, out);
+}
+
+bool CoordTransform::inverse(const QVector<QPointF> &in, QVector<QPointF> &out) const
+{
+    return m_impl->transformList(false, in, out);
+}
+
+bool CoordTransform::forward(const QRectF &in, QRectF &out) const
+{
+    return m_impl->transformRect(true, in, out);
+}
+
+bool CoordTransform::inverse(const QRectF &in, QRectF &out) const
+{
+    return m_impl->transformRect(false, in, out);
+}
+
+bool CoordTransform::forwardMesh(const QRectF &in, QRectF &out, int addPoints) const
+{
+    return m_impl->transformMesh(true, in, out, addPoints);
+}
+
+bool CoordTransform::inverseMesh(const QRectF &in, QRectF &out, int addPoints) const
+{
+    return m_impl->transformMesh(false, in, out, addPoints);
+}
+
+bool CoordTransform::geographicBounds(const QRectF &planar, GeographicBounds &out) const
+{
+    const bool toDestination = m_impl->destination->isLatLong();
+    if (!toDestination && !m_impl->source->isLatLong())
+        throw std::logic_error(QObject::tr("Ни одна из КС не является географической").toStdString());
+    if (!(planar.width() > 0.0 && planar.height() > 0.0))
+        return false;
+    const auto way = [this](bool forward) {
+        return [this, forward](const QPointF &in, QPointF &result) {
+            return m_impl->transformPoint(forward, in, result);
+        };
+    };
+    const CoordSystemPtr &plane = toDestination ? m_impl->source : m_impl->destination;
+    const bool longitudes = plane->isLatLong() && !hasAffine(plane);
+    return geographicBoundsOf({planar, way(toDestination), way(!toDestination), longitudes ? 360.0 : 0.0},
+                              out);
+}
+
+void CoordTransform::throwTransformFailed()
+{
+    throw std::runtime_error(QObject::tr("Ошибка преобразования координат").toStdString());
+}
+
+std::shared_ptr<const TransformQueue> CoordTransform::queue() const { return m_impl->queue; }
+
+QVector<QPointF> rectToVector(const QRectF &rect)
+{
+    const double x = rect.x();
+    const double y = rect.y();
+    const double w = rect.width();
+    const double h = rect.height();
+    return {{x, y}, {x + w, y}, {x + w, y + h}, {x, y + h}};
+}
+
+} // namespace nivora::cs

@@ -1,0 +1,189 @@
+#include "TransformMesh_p.h"
+
+#include "ProjPoint_p.h"
+#include <coordsys/CoordSystem.h>
+#include <platform/Logger.h>
+#include <platform/Utils.h>
+
+#include <proj.h>
+
+#include <QMutexLocker>
+#include <QObject>
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+namespace nivora::cs {
+namespace {
+
+using nivora::utils::fuzzyEq;
+using nivora::utils::toString;
+
+constexpr double noExtent = 1e-12;
+constexpr double mostPoints = 1 << 26; // 2 GiB of coordinates
+/// Latitude up to which a geographic rectangle is meshed on its own; the poles themselves have no longitude.
+constexpr double nearlyPole = 89.99;
+
+std::unique_ptr<PJ_COORD[]> zeroedPoints(double count)
+{
+    if (!(count <= mostPoints))
+        throw std::bad_array_new_length();
+    const auto size = static_cast<std::size_t>(count);
+    auto points = std::make_unique<PJ_COORD[]>(size);
+    std::fill_n(points.get(), size, projPoint(0.0, 0.0));
+    return points;
+}
+
+/// Bounding box of what could be transformed; x and y are judged separately.
+struct Extent
+{
+    double minX = HUGE_VAL, minY = HUGE_VAL, maxX = -HUGE_VAL, maxY = -HUGE_VAL;
+
+    void add(const PJ_COORD &c)
+    {
+        if (std::isfinite(c.xy.x)) {
+            minX = std::min(minX, c.xy.x);
+            maxX = std::max(maxX, c.xy.x);
+        }
+        if (std::isfinite(c.xy.y)) {
+            minY = std::min(minY, c.xy.y);
+            maxY = std::max(maxY, c.xy.y);
+        }
+    }
+    bool isKnown() const
+    {
+        return std::isfinite(minX) && std::isfinite(maxX) && std::isfinite(minY) && std::isfinite(maxY);
+    }
+};
+
+/// PROJ's error state as it was before the mesh: points that fail are expected and must not leave a trace.
+class ErrnoKeeper
+{
+public:
+    explicit ErrnoKeeper(PJ *pj)
+        : m_pj(pj)
+        , m_saved(proj_errno_reset(pj))
+    {}
+    ~ErrnoKeeper() { proj_errno_restore(m_pj, m_saved); }
+    ErrnoKeeper(const ErrnoKeeper &) = delete;
+    ErrnoKeeper &operator=(const ErrnoKeeper &) = delete;
+
+private:
+    PJ *m_pj;
+    int m_saved;
+};
+
+void transformAll(const Mesh &mesh, PJ_COORD *points, int count)
+{
+    const OrderedSteps steps(mesh.queue, mesh.direction);
+    const PointSpan span = spanOf(points, static_cast<std::size_t>(count));
+    const QMutexLocker lock(globalProj4Mutex());
+    const ErrnoKeeper keeper(mesh.queue.first.pj.get());
+    transformSpan(*steps.first, mesh.direction, span, mesh.time);
+    if (steps.second)
+        transformSpan(*steps.second, mesh.direction, span, mesh.time);
+}
+
+} // namespace
+
+QList<double> extraPoints(double a, double b, double c, double d)
+{
+    QList<double> inside;
+    for (const double bound : {d, c})
+        if (a < bound && bound < b)
+            inside << bound;
+    return inside;
+}
+
+QList<double> extraPointsY(const QRectF &rect, double c, double d)
+{
+    return extraPoints(rect.top(), rect.bottom(), c, d);
+}
+
+std::unique_ptr<PJ_COORD[]> fillPointsMesh(int addPoints, int &count, const QRectF &rect,
+                                           const QRectF &csRect)
+{
+    const int intervals = std::max(addPoints, 1);
+
+    if (!(rect.width() > 0.0 && rect.height() > 0.0)) {
+        auto single = zeroedPoints(1);
+        single[0] = projPoint(rect.x(), rect.y());
+        count = 1;
+        return single;
+    }
+    const bool column = std::fabs(rect.width()) <= noExtent;
+    if (column || std::fabs(rect.height()) <= noExtent) {
+        auto line = zeroedPoints(intervals + 1.0);
+        for (int i = 0; i <= intervals; ++i)
+            line[static_cast<std::size_t>(i)] =
+                column ? projPoint(rect.x(), rect.y() + i * rect.height() / intervals)
+                       : projPoint(rect.x() + i * rect.width() / intervals, rect.y());
+        count = intervals + 1;
+        return line;
+    }
+
+    const double stepX = rect.width() / intervals;
+    double wantedRows = std::floor(rect.height() / stepX);
+    if (!(wantedRows >= 1.0))
+        wantedRows = 2.0;
+    QList<double> extraX;
+    QList<double> extraY;
+    if (csRect.width() > 0.0 && csRect.height() > 0.0) {
+        extraY = extraPointsY(rect, csRect.top(), csRect.bottom());
+        extraX = extraPoints(rect.left(), rect.right(), csRect.left(), csRect.right());
+    }
+    // In doubles: a narrow strip asks for more rows than an int holds.
+    auto points = zeroedPoints((wantedRows + 1.0 + extraY.size()) * (intervals + 1.0 + extraX.size()));
+    const double stepY = rect.height() / wantedRows;
+    const int rows = static_cast<int>(std::lround(rect.height() / stepY));
+
+    PJ_COORD *next = points.get();
+    for (int i = 0; i <= intervals; ++i) {
+        const double x = rect.x() + i * stepX;
+        for (int j = 0; j <= rows; ++j) {
+            const double y = rect.y() + j * stepY;
+            *next++ = projPoint(x, y);
+            if (i == 0)
+                for (const double extra : extraX)
+                    *next++ = projPoint(extra, y);
+        }
+        for (const double extra : extraY)
+            *next++ = projPoint(x, extra);
+    }
+    count = (rows + 1 + extraY.size()) * (intervals + 1 + extraX.size());
+    return points;
+}
+
+bool meshBounds(const Mesh &mesh, QVector<QPointF> &corners)
+{
+    const QRectF rect = coordsArrayToRect({corners[0].x(), corners[1].x(), corners[2].x(), corners[3].x()},
+                                          {corners[0].y(), corners[1].y(), corners[2].y(), corners[3].y()});
+    if (rect.width() == 0.0 && rect.height() == 0.0)
+        return false; // an affine transformation left nothing of it
+    QRectF bounds = mesh.source.rectWithoutSearch();
+    if (mesh.source.isLatLong()) {
+        bounds.setTop(-nearlyPole);
+        bounds.setBottom(nearlyPole);
+    }
+    int count = 0;
+    const std::unique_ptr<PJ_COORD[]> points = fillPointsMesh(mesh.intervals, count, rect, bounds);
+    transformAll(mesh, points.get(), count);
+
+    Extent extent;
+    std::for_each(points.get(), points.get() + count, [&extent](const PJ_COORD &c) { extent.add(c); });
+    if (!extent.isKnown()) {
+        logTransformError(QObject::tr("Ошибка преобразования. Возможно, выходит за пределы КС."));
+        return false;
+    }
+    corners = {{extent.minX, extent.minY},
+               {extent.maxX, extent.minY},
+               {extent.maxX, extent.maxY},
+               {extent.minX, extent.maxY}};
+    LOG_TRACE(
+        QObject::tr("Результирующий прямоугольник: (%1 %2) (%3 %4)")
+            .arg(toString(extent.minX), toString(extent.minY), toString(extent.maxX), toString(extent.maxY)));
+    return !fuzzyEq(extent.minX, extent.maxX, 1e12) && !fuzzyEq(extent.minY, extent.maxY, 1e12);
+}
+
+} // namespace nivora::cs
