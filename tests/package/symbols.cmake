@@ -21,7 +21,7 @@ foreach(line IN LISTS lines)
     string(REGEX REPLACE "^(vtable|VTT|typeinfo|typeinfo name|guard variable) for |^(non-)?virtual thunk to " ""
            bare "${name}")
     # A template's name begins with its return type in this listing; none of the interface is one.
-    if(NOT bare MATCHES "^(nivora|mgrs)::" OR bare MATCHES "^[^(]*::(Impl|Data|Private|Query|Lifeline|System)::")
+    if(NOT bare MATCHES "^(nivora|mgrs)::" OR bare MATCHES "^[^(]*::(Impl|Data|Private|Query|FactoryGuard|System)::")
         string(APPEND refused "  ${name}\n")
     endif()
     list(APPEND own "${name}")
