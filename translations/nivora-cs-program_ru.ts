@@ -920,30 +920,6 @@ N S E W или С Ю В З. Сначала x, если буквы не гово�
         <translation>Столбец для нового y. Без этих параметров новые x и y заменяют старые.</translation>
     </message>
     <message>
-        <source>is no number</source>
-        <translation>не число</translation>
-    </message>
-    <message>
-        <source>has a sign and a hemisphere</source>
-        <translation>есть и знак, и полушарие</translation>
-    </message>
-    <message>
-        <source>has decimals before its last part</source>
-        <translation>дробная часть стоит не в последней доле</translation>
-    </message>
-    <message>
-        <source>has minutes out of range</source>
-        <translation>минуты вне допустимых пределов</translation>
-    </message>
-    <message>
-        <source>has seconds out of range</source>
-        <translation>секунды вне допустимых пределов</translation>
-    </message>
-    <message>
-        <source>has degrees out of range</source>
-        <translation>градусы вне допустимых пределов</translation>
-    </message>
-    <message>
         <source>%1 is UTF-16: convert it to UTF-8 first</source>
         <translation>%1 в кодировке UTF-16: сначала переведите в UTF-8</translation>
     </message>
@@ -1167,10 +1143,6 @@ Example:
         <translation>Кодировка файлов, например windows-1251 или CP866; если не указана, UTF-8.</translation>
     </message>
     <message>
-        <source>is too large or too small for a number</source>
-        <translation>число слишком велико или слишком мало</translation>
-    </message>
-    <message>
         <source>the format holds no heights: they are left out</source>
         <translation>формат не хранит высот: они отбрасываются</translation>
     </message>
@@ -1266,14 +1238,6 @@ Example:
     <message>
         <source>the point cannot be transformed</source>
         <translation>точка не преобразуется</translation>
-    </message>
-    <message>
-        <source>--encoding: &quot;%1&quot; is no encoding with a byte for each character, such as windows-1251, KOI8-R or CP866</source>
-        <translation>--encoding: «%1» не кодировка с байтом на знак, такая как windows-1251, KOI8-R или CP866</translation>
-    </message>
-    <message>
-        <source>&quot;%1&quot; cannot be written in %2</source>
-        <translation>«%1» не записать в кодировке %2</translation>
     </message>
     <message>
         <source>Reads and writes as transform does: x and y become one reference,

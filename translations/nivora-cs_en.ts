@@ -693,5 +693,41 @@
         <source>это не текст</source>
         <translation>it is no text</translation>
     </message>
+    <message>
+        <source>есть и знак, и полушарие</source>
+        <translation>has a sign and a hemisphere</translation>
+    </message>
+    <message>
+        <source>дробная часть стоит не в последней доле</source>
+        <translation>has decimals before its last part</translation>
+    </message>
+    <message>
+        <source>минуты вне допустимых пределов</source>
+        <translation>has minutes out of range</translation>
+    </message>
+    <message>
+        <source>секунды вне допустимых пределов</source>
+        <translation>has seconds out of range</translation>
+    </message>
+    <message>
+        <source>градусы вне допустимых пределов</source>
+        <translation>has degrees out of range</translation>
+    </message>
+    <message>
+        <source>число слишком велико или слишком мало</source>
+        <translation>is too large or too small for a number</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; — не кодировка с байтом на каждый знак, как windows-1251, KOI8-R или CP866</source>
+        <translation>&quot;%1&quot; is no encoding with a byte for each character, such as windows-1251, KOI8-R or CP866</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; нельзя записать в кодировке %2</source>
+        <translation>&quot;%1&quot; cannot be written in %2</translation>
+    </message>
+    <message>
+        <source>не является числом</source>
+        <translation>is no number</translation>
+    </message>
 </context>
 </TS>

@@ -2,8 +2,8 @@
 
 #include "CsText.h"
 #include "Messages.h"
-#include "NumberText.h"
 #include "Output.h"
+#include "PeopleText.h"
 
 #include <QByteArray>
 #include <QObject>

@@ -2,8 +2,8 @@
 
 #include "CommandLine.h"
 #include "FileNames.h"
-#include "NumberText.h"
 #include "Output.h"
+#include "PeopleText.h"
 #include "Session.h"
 
 #include <QObject>

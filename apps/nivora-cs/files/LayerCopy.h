@@ -2,7 +2,7 @@
 
 #include "FeatureBatch.h"
 #include "OutputProbe.h"
-#include "TextCoding.h"
+#include "PeopleText.h"
 
 #include <functional>
 #include <set>

@@ -2,8 +2,8 @@
 
 #include "FileFormat.h"
 #include "LineReader.h"
+#include "PeopleText.h"
 #include "TextBuffer.h"
-#include "TextCoding.h"
 
 #include <QStringList>
 

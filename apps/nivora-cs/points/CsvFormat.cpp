@@ -1,7 +1,7 @@
 #include "CsvFormat.h"
 
 #include "Output.h"
-#include "TextCoding.h"
+#include "PeopleText.h"
 
 #include <QObject>
 #include <QStringList>

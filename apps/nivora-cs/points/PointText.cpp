@@ -1,7 +1,7 @@
 #include "PointText.h"
 
+#include "PeopleText.h"
 #include "TextBuffer.h"
-#include "TextCoding.h"
 
 #include <algorithm>
 
@@ -13,7 +13,6 @@ constexpr const char *doubtfulComma =
 constexpr const char *groupingComma =
     QT_TRANSLATE_NOOP("QObject", "commas could group thousands or be decimal marks: give --decimal-comma for "
                                  "decimals");
-constexpr const char *noNumber = QT_TRANSLATE_NOOP("QObject", "is no number");
 constexpr const char *missing = QT_TRANSLATE_NOOP("QObject", "is missing");
 
 std::string_view view(const char *begin, const char *end)

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "AngleText.h"
-#include "NumberText.h"
+#include "PeopleText.h"
 #include "Reason.h"
 
 #include <QPointF>

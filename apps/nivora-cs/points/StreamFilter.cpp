@@ -182,9 +182,9 @@ void StreamFilter::convert(Block &block, Work &work, const TextCoding &coding) c
     fill(block, work);
     if (!coding.isNeeded())
         return;
-    TextBuffer encoded;
-    coding.encode(block.out.view(), encoded);
-    block.out = std::move(encoded);
+    const std::string encoded = coding.encoded(block.out.view());
+    block.out.clear();
+    block.out.write(encoded);
 }
 
 void StreamFilter::fill(Block &block, Work &work) const

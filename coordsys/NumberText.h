@@ -1,8 +1,16 @@
 #pragma once
 
+#include <coordsys/coordsys_export.h>
+
+#include <QObject>
 #include <QString>
 
 #include <string_view>
+
+/// Numbers as people and files write them, and as they are written for both. No locale matters. Texts are
+/// bytes, [p, end) or a view of them. Reasons are texts of the context "QObject". All functions are
+/// thread-safe and throw nothing.
+namespace nivora::cs {
 
 /// Most decimals that are written.
 constexpr int mostDecimals = 15;
@@ -22,18 +30,24 @@ inline const char *skipBlanks(const char *p, const char *end)
     return p;
 }
 
+/// The reason where there is no number at all.
+constexpr const char *noNumber = QT_TRANSLATE_NOOP("QObject", "не является числом");
+
 /// Behind the decimal number at \p p, null when there is none; then \p why tells the reason. "nan", "inf" and
 /// numbers that no double holds are none.
-const char *parseNumber(const char *p, const char *end, double &value, const char *&why);
+NIVORA_CS_EXPORT const char *parseNumber(const char *p, const char *end, double &value, const char *&why);
 
 /// As parseNumber(), with a comma before the decimals.
-const char *parseCommaNumber(const char *p, const char *end, double &value, const char *&why);
+NIVORA_CS_EXPORT const char *parseCommaNumber(const char *p, const char *end, double &value,
+                                              const char *&why);
 
 /// Behind the number, written with a fixed count of decimals, never "-0.0". longestNumber bytes are needed.
-char *putNumber(char *at, double value, int decimals);
+NIVORA_CS_EXPORT char *putNumber(char *at, double value, int decimals);
 
 /// A number that takes up the whole text. False for anything else.
-bool readNumber(std::string_view text, double &value);
+NIVORA_CS_EXPORT bool readNumber(std::string_view text, double &value);
 
 /// A number with a fixed count of decimals, never "-0.0".
-QString numberText(double value, int decimals);
+NIVORA_CS_EXPORT QString numberText(double value, int decimals);
+
+} // namespace nivora::cs

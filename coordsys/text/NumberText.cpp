@@ -1,4 +1,4 @@
-#include "NumberText.h"
+#include <coordsys/NumberText.h>
 
 #include <algorithm>
 #include <array>
@@ -7,50 +7,19 @@
 #include <cstring>
 #include <string>
 
+namespace nivora::cs {
 namespace {
 
 __extension__ using Wide = unsigned __int128;
 
-// Powers of ten that a double holds exactly.
-constexpr double exactPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                                  1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-constexpr std::uint64_t largestExact = std::uint64_t{1} << 53;
 constexpr int mantissaBits = 52;
+constexpr std::uint64_t hiddenBit = std::uint64_t{1} << mantissaBits;
 
 constexpr std::uint64_t powerOfTen(int exponent) { return exponent == 0 ? 1 : 10 * powerOfTen(exponent - 1); }
 constexpr std::uint64_t powers[mostDecimals + 1] = {
     powerOfTen(0),  powerOfTen(1),  powerOfTen(2),  powerOfTen(3), powerOfTen(4),  powerOfTen(5),
     powerOfTen(6),  powerOfTen(7),  powerOfTen(8),  powerOfTen(9), powerOfTen(10), powerOfTen(11),
     powerOfTen(12), powerOfTen(13), powerOfTen(14), powerOfTen(15)};
-
-const char *takeDigits(const char *p, const char *end, std::uint64_t &digits)
-{
-    for (; p != end && isDigit(*p); ++p)
-        digits = digits * 10 + static_cast<std::uint64_t>(*p - '0');
-    return p;
-}
-
-/// Numbers as people write them, without a sign: when the digits and the power of ten are exact, so is one
-/// division. Null for others, which from_chars() reads the slow way.
-const char *parseShortNumber(const char *p, const char *end, double &value)
-{
-    constexpr std::ptrdiff_t mostDigits = 18;
-    std::uint64_t digits = 0;
-    const char *behind = takeDigits(p, end, digits);
-    std::ptrdiff_t decimals = 0;
-    std::ptrdiff_t count = behind - p;
-    if (behind != end && *behind == '.') {
-        const char *const first = behind + 1;
-        behind = takeDigits(first, end, digits);
-        decimals = behind - first;
-        count += decimals;
-    }
-    const bool exponentFollows = behind != end && (*behind == 'e' || *behind == 'E');
-    if (count == 0 || count > mostDigits || digits > largestExact || exponentFollows)
-        return nullptr;
-    value = static_cast<double>(digits) / exactPowers[decimals];
-    return behind;
-}
 
 constexpr char digitPairs[] =
     "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
@@ -84,7 +53,7 @@ bool roundTo(double magnitude, int decimals, Decimals &result)
     const int shift = 1075 - static_cast<int>(bits >> mantissaBits); // magnitude = mantissa / 2^shift
     if (shift < 1 || shift > 63)
         return false;
-    const std::uint64_t mantissa = (bits & (largestExact / 2 - 1)) | largestExact / 2;
+    const std::uint64_t mantissa = (bits & (hiddenBit - 1)) | hiddenBit;
     const std::uint64_t mask = (std::uint64_t{1} << shift) - 1;
     const Wide product = Wide{mantissa & mask} * powers[decimals];
     const std::uint64_t rest = static_cast<std::uint64_t>(product) & mask;
@@ -114,22 +83,17 @@ char *putAnyNumber(char *at, double value, int decimals)
 
 const char *parseNumber(const char *p, const char *end, double &value, const char *&why)
 {
-    why = QT_TRANSLATE_NOOP("QObject", "is no number");
+    why = noNumber;
     if (p != end && *p == '+' && (p + 1 == end || p[1] == '-'))
         return nullptr;
     if (p != end && *p == '+')
         ++p; // from_chars knows only the minus
-    const bool negative = p != end && *p == '-';
-    const char *const first = negative ? p + 1 : p;
+    const char *const first = p != end && *p == '-' ? p + 1 : p;
     if (first == end || !(isDigit(*first) || *first == '.')) // keeps "inf" and "nan" away
         return nullptr;
-    if (const char *const behind = parseShortNumber(first, end, value)) {
-        value = negative ? -value : value;
-        return behind;
-    }
     const auto [behind, error] = std::from_chars(p, end, value);
     if (error == std::errc::result_out_of_range)
-        why = QT_TRANSLATE_NOOP("QObject", "is too large or too small for a number");
+        why = QT_TRANSLATE_NOOP("QObject", "число слишком велико или слишком мало");
     return error == std::errc() ? behind : nullptr;
 }
 
@@ -175,3 +139,5 @@ QString numberText(double value, int decimals)
     const char *const end = putNumber(text.data(), value, decimals);
     return QString::fromLatin1(text.data(), static_cast<int>(end - text.data()));
 }
+
+} // namespace nivora::cs

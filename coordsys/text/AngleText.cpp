@@ -1,6 +1,6 @@
-#include "AngleText.h"
+#include <coordsys/AngleText.h>
 
-#include "NumberText.h"
+#include <coordsys/NumberText.h>
 
 #include <algorithm>
 #include <array>
@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdint>
 
+namespace nivora::cs {
 namespace {
 
 enum Part { Degrees, Minutes, Seconds, PartCount };
@@ -70,7 +71,6 @@ constexpr Hemisphere hemispheres[] = {
     {"з", Axis::Longitude, true},
 };
 
-constexpr const char *noNumber = QT_TRANSLATE_NOOP("QObject", "is no number");
 constexpr std::string_view minusSign = "\xE2\x88\x92"; // U+2212
 
 bool startsWith(const char *p, const char *end, std::string_view text)
@@ -123,14 +123,14 @@ bool refuse(const char *&why, const char *reason)
 bool valueOf(const Written &written, Angle &angle, const char *&why)
 {
     if (written.hasSign && written.hemisphere)
-        return refuse(why, QT_TRANSLATE_NOOP("QObject", "has a sign and a hemisphere"));
+        return refuse(why, QT_TRANSLATE_NOOP("QObject", "есть и знак, и полушарие"));
     for (int i = 0; i + 1 < written.count; ++i)
         if (!written.whole[static_cast<std::size_t>(i)])
-            return refuse(why, QT_TRANSLATE_NOOP("QObject", "has decimals before its last part"));
+            return refuse(why, QT_TRANSLATE_NOOP("QObject", "дробная часть стоит не в последней доле"));
     if (!(written.parts[Minutes] < 60.0) || written.longer[Minutes]) // "1 000" groups thousands
-        return refuse(why, QT_TRANSLATE_NOOP("QObject", "has minutes out of range"));
+        return refuse(why, QT_TRANSLATE_NOOP("QObject", "минуты вне допустимых пределов"));
     if (!(written.parts[Seconds] <= 60.0) || written.longer[Seconds])
-        return refuse(why, QT_TRANSLATE_NOOP("QObject", "has seconds out of range"));
+        return refuse(why, QT_TRANSLATE_NOOP("QObject", "секунды вне допустимых пределов"));
     const double magnitude =
         written.count == 1
             ? written.parts[Degrees]
@@ -138,7 +138,7 @@ bool valueOf(const Written &written, Angle &angle, const char *&why)
                   3600.0;
     angle.axis = written.hemisphere ? written.hemisphere->axis : Axis::Unknown;
     if (magnitude > (angle.axis == Axis::Latitude ? 90.0 : 360.0))
-        return refuse(why, QT_TRANSLATE_NOOP("QObject", "has degrees out of range"));
+        return refuse(why, QT_TRANSLATE_NOOP("QObject", "градусы вне допустимых пределов"));
     const bool negative = written.negative || (written.hemisphere && written.hemisphere->negative);
     angle.degrees = negative ? -magnitude : magnitude;
     return true;
@@ -437,3 +437,5 @@ char *putAngle(char *at, double degrees, bool latitude, int decimals, Letters le
     constexpr std::string_view names[2][2][2] = {{{"E", "W"}, {"N", "S"}}, {{"В", "З"}, {"С", "Ю"}}};
     return text(text(at, "\""), names[letters == Letters::Cyrillic][latitude][degrees < 0.0 && units != 0]);
 }
+
+} // namespace nivora::cs

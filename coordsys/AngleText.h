@@ -1,7 +1,13 @@
 #pragma once
 
+#include <coordsys/coordsys_export.h>
+
 #include <string>
 #include <string_view>
+
+/// Degrees, minutes and seconds as people write them. Texts are bytes of UTF-8, [p, end) or a view of them.
+/// Reasons are texts of the context "QObject". All functions are thread-safe and throw nothing.
+namespace nivora::cs {
 
 /// What a hemisphere letter says about a coordinate.
 enum class Axis { Unknown, Longitude, Latitude };
@@ -25,10 +31,11 @@ enum class DecimalCommas { BeforeMarks, BeforeLetters };
 /// it (N S E W, С Ю В З, с.ш. and so on). Blanks may stand behind a mark and before a letter. Minutes are
 /// less than 60, seconds 60 at most: 59'60" is what rounding leaves behind. \return behind the angle, null
 /// when there is none; then \p why tells the reason.
-const char *parseAngle(const char *p, const char *end, DecimalCommas commas, Angle &angle, const char *&why);
+NIVORA_CS_EXPORT const char *parseAngle(const char *p, const char *end, DecimalCommas commas, Angle &angle,
+                                        const char *&why);
 
 /// An angle that takes up the whole text; blanks may separate its parts in place of marks.
-bool readAngle(std::string_view text, Angle &angle, const char *&why);
+NIVORA_CS_EXPORT bool readAngle(std::string_view text, Angle &angle, const char *&why);
 
 /// An angle whose parts are columns of their own: up to three numbers and a letter, or the letter first. The
 /// letter may be a column too.
@@ -41,15 +48,18 @@ struct AngleColumns
     const char *why = "";
 };
 /// The one at \p p, with at most \p most numbers.
-AngleColumns parseAngleColumns(const char *p, const char *end, int most, DecimalCommas commas, Angle &angle);
+NIVORA_CS_EXPORT AngleColumns parseAngleColumns(const char *p, const char *end, int most,
+                                                DecimalCommas commas, Angle &angle);
 
 /// Whether a letter alone among the columns, or behind a number, can be a hemisphere.
-bool hasHemisphereColumn(const char *p, const char *end);
+NIVORA_CS_EXPORT bool hasHemisphereColumn(const char *p, const char *end);
 /// Whether a hemisphere's letter stands at \p p.
-bool isHemisphere(const char *p, const char *end);
+NIVORA_CS_EXPORT bool isHemisphere(const char *p, const char *end);
 
 constexpr int mostSecondDecimals = 9;
 /// Bytes that putAngle() needs.
 constexpr std::size_t longestAngle = 400;
 /// Behind the angle, written as 55°45'21.5"N. Values of more than a thousand turns are written as decimals.
-char *putAngle(char *at, double degrees, bool latitude, int decimals, Letters letters);
+NIVORA_CS_EXPORT char *putAngle(char *at, double degrees, bool latitude, int decimals, Letters letters);
+
+} // namespace nivora::cs

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <coordsys/coordsys_export.h>
+
 #include <QString>
 
 #include <array>
@@ -7,30 +9,33 @@
 #include <string_view>
 #include <unordered_map>
 
-class TextBuffer;
+namespace nivora::cs {
 
 /// Whether bytes are UTF-8.
-bool isUtf8(std::string_view bytes);
+NIVORA_CS_EXPORT bool isUtf8(std::string_view bytes);
 /// Whether a text begins as UTF-16 and UTF-32 do, with a byte order mark or without.
-bool looksLikeUtf16(std::string_view bytes);
+NIVORA_CS_EXPORT bool looksLikeUtf16(std::string_view bytes);
 
 /// The characters of files that are not UTF-8, a byte each. Every byte comes back as it was, also one that
 /// stands for no character. Const calls may run together.
-class TextCoding
+class NIVORA_CS_EXPORT TextCoding
 {
 public:
     /// UTF-8: nothing is to be done.
     TextCoding() = default;
-    /// "windows-1251", "KOI8-R", "CP866" and so on; empty: UTF-8. Throws Failure for others.
+    /// "windows-1251", "KOI8-R", "CP866" and so on; empty: UTF-8. Throws std::invalid_argument
+    /// for others.
     explicit TextCoding(const QString &name);
 
     bool isNeeded() const { return !m_bytes.empty(); }
     std::string decoded(std::string_view bytes) const;
-    /// Throws Failure for a character that the coding does not have.
-    void encode(std::string_view utf8, TextBuffer &out) const;
+    /// Throws std::runtime_error for a character that the coding does not have.
+    std::string encoded(std::string_view utf8) const;
 
 private:
     QString m_name;
     std::array<std::string, 256> m_utf8;
     std::unordered_map<std::string, char> m_bytes; ///< of characters; empty for UTF-8
 };
+
+} // namespace nivora::cs

@@ -1,13 +1,12 @@
-#include "TextCoding.h"
-
-#include "Output.h"
-#include "TextBuffer.h"
+#include <coordsys/TextCoding.h>
 
 #include <QObject>
 #include <QTextCodec>
 
 #include <algorithm>
+#include <stdexcept>
 
+namespace nivora::cs {
 namespace {
 
 constexpr unsigned char firstBeyondAscii = 0x80;
@@ -69,9 +68,10 @@ TextCoding::TextCoding(const QString &name)
                                                  [](const std::string &c) { return c.size() == 1; });
     const bool aByteEach = codec && codec->fromUnicode(QStringLiteral("aя")).size() == 2;
     if (!asciiStays || !aByteEach || m_bytes.size() != m_utf8.size())
-        throw Failure(QObject::tr("--encoding: \"%1\" is no encoding with a byte for each character, such as "
-                                  "windows-1251, KOI8-R or CP866")
-                          .arg(name));
+        throw std::invalid_argument(
+            QObject::tr("\"%1\" — не кодировка с байтом на каждый знак, как windows-1251, KOI8-R или CP866")
+                .arg(name)
+                .toStdString());
 }
 
 std::string TextCoding::decoded(std::string_view bytes) const
@@ -83,17 +83,21 @@ std::string TextCoding::decoded(std::string_view bytes) const
     return text;
 }
 
-void TextCoding::encode(std::string_view utf8, TextBuffer &out) const
+std::string TextCoding::encoded(std::string_view utf8) const
 {
-    char *at = out.reserve(utf8.size());
+    std::string bytes;
+    bytes.reserve(utf8.size());
     for (std::size_t i = 0; i < utf8.size();) {
-        const std::size_t length = std::max<std::size_t>(lengthOf(utf8[i]), 1);
-        const auto byte = m_bytes.find(std::string(utf8.substr(i, length)));
+        const std::string character(utf8.substr(i, std::max<std::size_t>(lengthOf(utf8[i]), 1)));
+        const auto byte = m_bytes.find(character);
         if (byte == m_bytes.end())
-            throw Failure(QObject::tr("\"%1\" cannot be written in %2")
-                              .arg(QString::fromStdString(std::string(utf8.substr(i, length))), m_name));
-        *at++ = byte->second;
-        i += length;
+            throw std::runtime_error(QObject::tr("\"%1\" нельзя записать в кодировке %2")
+                                         .arg(QString::fromStdString(character), m_name)
+                                         .toStdString());
+        bytes += byte->second;
+        i += character.size();
     }
-    out.advance(at);
+    return bytes;
 }
+
+} // namespace nivora::cs
