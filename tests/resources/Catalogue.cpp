@@ -25,21 +25,30 @@ std::vector<Item> items(int step)
     return result;
 }
 
-/// g++ and clang say it differently.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool isSanitized = true;
-#elif defined(__has_feature)
-constexpr bool isSanitized = __has_feature(address_sanitizer);
-#else
-constexpr bool isSanitized = false;
-#endif
-
 int sampleStep()
 {
-    const int usual = isSanitized ? 20 : 1;
-    bool isSet = false;
-    const int step = qEnvironmentVariableIntValue("NIVORA_TEST_STEP", &isSet);
-    return isSet && step > 0 ? step : usual;
+    constexpr int usual = 20;
+    const int step = qEnvironmentVariableIntValue("NIVORA_TEST_STEP");
+    return step > 0 ? step : usual;
+}
+
+constexpr std::size_t parts = 8;
+
+void addParts()
+{
+    QTest::addColumn<int>("part");
+    for (int part = 0; part < int(parts); ++part)
+        QTest::addRow("part %d", part + 1) << part;
+}
+
+std::vector<Item> itemsOfPart()
+{
+    QFETCH(int, part);
+    const std::vector<Item> all = items(sampleStep());
+    std::vector<Item> result;
+    for (std::size_t i = std::size_t(part); i < all.size(); i += parts)
+        result.push_back(all[i]);
+    return result;
 }
 
 QString summary(const QStringList &faults)

@@ -23,9 +23,14 @@ struct Item
 
 /// The entries in file order, every \p step-th.
 std::vector<Item> items(int step = 1);
-/// 1 for everything. The costly proofs look at every 20th system under a sanitizer, and where the environment
-/// variable NIVORA_TEST_STEP says so.
+/// The costly proofs look at every 20th system; the environment variable NIVORA_TEST_STEP says another step,
+/// 1 for the whole catalogue.
 int sampleStep();
+
+/// Rows of a _data() function that divide such a proof, so that no row of the whole one takes long.
+void addParts();
+/// The entries of the current row.
+std::vector<Item> itemsOfPart();
 
 /// The first lines of a list of faults, empty when there are none.
 QString summary(const QStringList &faults);

@@ -113,7 +113,7 @@ private Q_SLOTS:
         QCOMPARE(filter.isPending(), filter.isFiltering()); // nothing is read while one types
         QCOMPARE(filter.rowCount(), 0);
         QTRY_VERIFY_WITH_TIMEOUT(!filter.isPending(),
-                                 30000); // the model's thread tells, the list fills itself
+                                 300000); // the model's thread tells, the list fills itself
         const QModelIndex first = filter.index(0, 0);
         QCOMPARE(first.isValid() ? codeOf(first) : CoordSystem::EPSG_UNDEFINDED, firstCode);
         QCOMPARE(filter.mapFromSource(filter.mapToSource(first)), first);

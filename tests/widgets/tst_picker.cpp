@@ -23,7 +23,7 @@ using namespace nivora::cs;
 
 namespace {
 
-constexpr int settled = 30000; // milliseconds: a busy machine, sanitizers, the database to be read
+constexpr int settled = 300000; // milliseconds: a busy machine, sanitizers, the database to be read
 
 struct Dialog
 {
