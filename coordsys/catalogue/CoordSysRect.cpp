@@ -2,6 +2,7 @@
 
 #include "CatalogueRevision_p.h"
 #include "InputFile_p.h"
+#include "ProjectionTable_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
@@ -224,32 +225,25 @@ double metresPerUnit(int unit)
 Rule ruleFor(const TABProjInfo_t &info)
 {
     const double *p = info.adProjParams;
-    switch (info.nProjId) {
-    case 0:
+    const Projection *const row = projectionByNumber(info.nProjId);
+    switch (row ? row->bounds : DefaultBounds::Earth) {
+    case DefaultBounds::Plan:
         return {DefaultRectNonEarth, true};
-    case 1:
+    case DefaultBounds::Degrees:
         return {DefaultRectLatLonMapinfo, true};
-    case 3:
-    case 19:
+    case DefaultBounds::EarthWithoutPole:
         return {{-360.0, -85.0, 720.0, 170.0}, false};
-    case 8:
-    case 21:
-    case 22:
-    case 23:
-    case 24:
-    case 34:
+    case DefaultBounds::Band:
         return {{p[0] - 60.0, -90.0, 120.0, 180.0}, false};
-    case 10:
-    case 26:
+    case DefaultBounds::EarthOfMercator:
         return {{-360.0, -85.05112878, 720.0, 170.10225756}, false};
-    case 20:
-    case 31:
-        return {squareAround(p[3], p[4], 1e8 * metresPerUnit(info.nUnitsId)), true};
-    case 25:
-        return {squareAround(p[2], p[3], 1e8 * metresPerUnit(info.nUnitsId)), true};
-    default:
-        return {{-360.0, -90.0, 720.0, 180.0}, false};
+    case DefaultBounds::Square:
+        return {squareAround(p[row->indexOf('e')], p[row->indexOf('n')], 1e8 * metresPerUnit(info.nUnitsId)),
+                true};
+    case DefaultBounds::Earth:
+        break;
     }
+    return {{-360.0, -90.0, 720.0, 180.0}, false};
 }
 
 bool isFinite(const QPointF &p) { return std::isfinite(p.x()) && std::isfinite(p.y()); }

@@ -4,6 +4,7 @@
 #include "InputFile_p.h"
 #include "MapinfoIndex_p.h"
 #include "MapinfoScanner_p.h"
+#include "ProjectionTable_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
@@ -43,10 +44,9 @@ bool hasRussianLetter(const QString &text)
 /// A cone with two standard parallels is the same in either order of them.
 void sortParallels(TABProjInfo_t &record)
 {
-    constexpr std::uint8_t conics[] = {3, 6, 9, 19}; // Lambert's, equidistant, Albers', the Belgian one
+    const Projection *const projection = projectionByNumber(record.nProjId);
     double *parallels = record.adProjParams + 2;
-    if (std::find(std::begin(conics), std::end(conics), record.nProjId) != std::end(conics) &&
-        parallels[0] > parallels[1])
+    if (projection && projection->cone != Cone::None && parallels[0] > parallels[1])
         std::swap(parallels[0], parallels[1]);
 }
 

@@ -2,6 +2,7 @@
 
 #include "OsrHandle_p.h"
 #include "PrjNumber_p.h"
+#include "ProjectionTable_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
@@ -31,12 +32,6 @@ constexpr double lengthSlackM = 1e-2;
 constexpr int webMercatorDatum = 157; // its PROJ text is written anew on plain WGS 84
 constexpr int philippineDatum = 1031; // the driver puts a registered system in its place
 constexpr int fullUserDatum = 9999;
-constexpr int nonEarth = 0;
-constexpr int longitudeLatitude = 1;
-constexpr int lastProjection = 35;
-constexpr int hotine = 7;
-constexpr int krovak = 32;
-constexpr int hotineWithGridAngle = 35; // the record lacks a parameter
 constexpr int unsetUnit = 255;
 
 /// What the driver makes of a unit's name, whatever length a host's catalogue gives it.
@@ -74,7 +69,8 @@ bool sameShift(const std::array<double, 3> &a, const std::array<double, 3> &b)
 
 bool isOdd(int projection)
 {
-    return projection == hotine || projection == krovak || projection == hotineWithGridAngle;
+    const Projection *const row = projectionByNumber(projection);
+    return row && row->isOblique();
 }
 
 /// prjNumber() of "-7500000.25" and the like at a tenth of its cost: up to 15 digits and a power of ten below
@@ -125,12 +121,12 @@ public:
         const int projection = info.nProjId;
         const int code = info.nUnitsId == unsetUnit ? int(LinearUnit::Meter) : info.nUnitsId;
         const DriverUnit *unit = driverUnit(code);
-        if (unit && projection != longitudeLatitude)
+        if (unit && projection != LongitudeLatitude)
             facts.unitCode = code;
-        if (projection == longitudeLatitude)
+        if (projection == LongitudeLatitude)
             facts.unitCode = LinearUnit::Degree;
         facts.isOblique = isOdd(projection);
-        if (projection == nonEarth) {
+        if (projection == NonEarthPlan) {
             facts.centralMeridian = 0.0;
             facts.falseOriginM = {0.0, 0.0};
             return facts;
@@ -163,8 +159,8 @@ private:
             return false;
         bool isCode = false;
         const int projection = params.at(0).toInt(&isCode);
-        if (!isCode || params.at(0).size() > 2 || projection <= nonEarth || projection > lastProjection ||
-            (params.size() == 2 && projection != longitudeLatitude))
+        if (!isCode || params.at(0).size() > 2 || projection <= NonEarthPlan ||
+            !projectionByNumber(projection) || (params.size() == 2 && projection != LongitudeLatitude))
             return false;
         info.nProjId = static_cast<std::uint8_t>(projection);
         const int next = readDatum(params, info);
@@ -232,16 +228,16 @@ private:
 
     static void addPlane(CrsFingerprint &facts, const TABProjInfo_t &info, const DriverUnit *unit)
     {
-        const int count = paramForPrj(info.nProjId);
-        const double meridian = info.nProjId == longitudeLatitude ? 0.0 : info.adProjParams[0];
+        const Projection *const row = projectionByNumber(info.nProjId);
+        const double meridian = info.nProjId == LongitudeLatitude ? 0.0 : info.adProjParams[0];
         if (std::isfinite(meridian))
             facts.centralMeridian = meridian;
-        if (count < 4) {
+        if (!row || !row->hasFalseOrigin()) {
             facts.falseOriginM = {0.0, 0.0};
             return;
         }
-        const double east = unit ? info.adProjParams[count - 2] * unit->metres : HUGE_VAL;
-        const double north = unit ? info.adProjParams[count - 1] * unit->metres : HUGE_VAL;
+        const double east = unit ? info.adProjParams[row->indexOf('e')] * unit->metres : HUGE_VAL;
+        const double north = unit ? info.adProjParams[row->indexOf('n')] * unit->metres : HUGE_VAL;
         if (std::isfinite(east) && std::isfinite(north))
             facts.falseOriginM = {east, north};
     }

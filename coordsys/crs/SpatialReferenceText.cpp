@@ -1,6 +1,7 @@
 #include <coordsys/SpatialReferenceText.h>
 
 #include "OsrHandle_p.h"
+#include "ProjectionTable_p.h"
 #include "SpatialReferenceText_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
@@ -34,14 +35,6 @@ constexpr int wgs84Datum = 104;
 constexpr int webMercatorDatum = 157;
 constexpr int fullUserDatum = 9999;
 constexpr int shortUserDatum = 999;
-constexpr std::uint8_t nonEarth = 0;
-constexpr std::uint8_t longitudeLatitude = 1;
-constexpr std::uint8_t hotine = 7; // always with a rectified grid angle of 90
-constexpr std::uint8_t mercator = 10;
-constexpr std::uint8_t equirectangular = 33;
-/// Those that have a place for a scale, or two parallels in its stead. The driver reads the others, Krovak
-/// too, with one of 1.
-constexpr std::uint8_t scaled[] = {3, hotine, 8, 19, 20, 21, 22, 23, 24, 31, 34, 35};
 
 /// Shift to WGS 84 in MapInfo's order and signs: dx, dy, dz (m), rx, ry, rz (arc-seconds), scale (ppm).
 using Shift = std::array<double, 7>;
@@ -187,7 +180,7 @@ bool sameFactor(double a, double b) { return std::fabs(a - b) <= factorTolerance
 /// that it dropped. True when the record was changed.
 bool mendUnit(TABProjInfo_t &info, Exported &exported, const ProjectionParamsManager &manager)
 {
-    if (info.nProjId == longitudeLatitude)
+    if (info.nProjId == LongitudeLatitude)
         return false;
     const MIUnitConvParam *written = manager.unitByID(info.nUnitsId, std::nothrow);
     if (written && sameFactor(written->conversion(), exported.linearFactor))
@@ -295,7 +288,7 @@ bool writeDatum(TABProjInfo_t &info, const Exported &exported, const ProjectionP
     const Shift shift = exported.shift.value_or(Shift{});
     const MIDatumParam *datum = findDatum(*ellipsoid, shift, exported.meridianDeg, manager);
     // 0 says that there is no datum; Mercator on 157 is the spherical one
-    if (datum && (datum->id == noDatum || (datum->id == webMercatorDatum && info.nProjId == mercator)))
+    if (datum && (datum->id == noDatum || (datum->id == webMercatorDatum && info.nProjId == Mercator)))
         datum = nullptr;
 
     info.nEllipsoidId = static_cast<std::uint8_t>(ellipsoid->id);
@@ -338,7 +331,7 @@ bool isWgs84(const QString &datum)
 /// shift of zero that nobody stated is told. True when the record was changed.
 bool mendDatum(TABProjInfo_t &info, Exported &exported, const ProjectionParamsManager &manager)
 {
-    if (info.nProjId == nonEarth || !exported.hasEllipsoid)
+    if (info.nProjId == NonEarthPlan || !exported.hasEllipsoid)
         return false;
     if (exported.webMercator) {
         const bool changed = info.nDatumId != webMercatorDatum; // 104 when the unit is not the metre
@@ -368,12 +361,12 @@ bool mendDatum(TABProjInfo_t &info, Exported &exported, const ProjectionParamsMa
 /// The projection has no place for something that the reference has: told, not mended.
 bool isPlaneLost(const TABProjInfo_t &info, const Exported &exported)
 {
-    if (info.nProjId == nonEarth)
+    if (info.nProjId == NonEarthPlan)
         return !exported.local;
-    const bool hasScale = std::find(std::begin(scaled), std::end(scaled), info.nProjId) != std::end(scaled);
-    return (info.nProjId == hotine && exported.turnedGrid) || (!hasScale && exported.scale != 1.0) ||
-           (info.nProjId == equirectangular && exported.parallel != 0.0) || exported.turnedAxes ||
-           exported.otherRadius || (exported.falseOrigin && paramForPrj(info.nProjId) < 4);
+    const Projection *const row = projectionByNumber(info.nProjId); // the driver reads a missing scale as 1
+    return !row || (row->isOblique() && exported.turnedGrid) || (!row->hasScale() && exported.scale != 1.0) ||
+           (info.nProjId == EquidistantCylinder && exported.parallel != 0.0) || exported.turnedAxes ||
+           exported.otherRadius || (exported.falseOrigin && !row->hasFalseOrigin());
 }
 
 /// Mends the record of what GDAL wrote. True when its text must be written anew.

@@ -7,6 +7,7 @@
 #include "InputFile_p.h"
 #include "OsrHandle_p.h"
 #include "ProjText_p.h"
+#include "ProjectionTable_p.h"
 #include <coordsys/CoordSysRect.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
@@ -34,8 +35,6 @@ namespace {
 
 /// MapInfo's number for the datum of web Mercator.
 constexpr int webMercatorDatum = 157;
-constexpr std::uint8_t nonEarth = 0;
-constexpr std::uint8_t longitudeLatitude = 1;
 constexpr double ellipsoidToleranceM = 1e-3;
 
 [[noreturn]] void throwEmpty() { throw std::invalid_argument(QObject::tr("Строка КС пустая").toStdString()); }
@@ -173,7 +172,7 @@ PjHandle projObjectFor(const CoordSystem &cs, const TABProjInfo_t &record)
 {
     const QMutexLocker lock(globalProj4Mutex());
     const QString text = cs.projStr();
-    if (record.nProjId > longitudeLatitude && text.startsWith(QLatin1String("+proj=longlat")))
+    if (record.nProjId > LongitudeLatitude && text.startsWith(QLatin1String("+proj=longlat")))
         throwInvalid(cs.sourceParameters().string);
     if (record.nDatumId == webMercatorDatum) {
         try {
@@ -272,7 +271,7 @@ CoordSystemPtr CoordSysFactory::unnamedFromRecord(const TABProjInfo_t &record, c
     auto cs = std::make_shared<CoordSystem>();
     cs->setSourceParameters({CoordSystem::Prj, text});
     cs->setOGRSpatialReference(importRecord(record));
-    cs->m_isNonEarth = record.nProjId == nonEarth; // asking GDAL costs a copy where there is a shift
+    cs->m_isNonEarth = record.nProjId == NonEarthPlan; // asking GDAL costs a copy where there is a shift
     cs->setProj4(cs->isNonEarth() ? proj4FromString(cs->projStr()) : projObjectFor(*cs, record));
     useCrsProjection(*cs, cs->projStr());
     if (record.nAffineFlag) {

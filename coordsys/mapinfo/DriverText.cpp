@@ -1,5 +1,6 @@
 #include "DriverText_p.h"
 
+#include "ProjectionTable_p.h"
 #include <coordsys/LinearUnit.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 
@@ -9,10 +10,6 @@
 namespace nivora::cs {
 namespace {
 
-constexpr std::uint8_t lambertConic = 3;
-constexpr std::uint8_t transverseMercator = 8;
-constexpr std::uint8_t extendedTransverseMercator = 34;
-constexpr std::uint8_t longitudeLatitude = 1;
 constexpr std::uint8_t unsetUnit = 255; // written as metres
 constexpr std::int16_t philippineDatum = 1031;
 constexpr std::int16_t userDatum = 9999;
@@ -26,15 +23,15 @@ QString mitabCoordSys(const TABProjInfo_t &info)
     TABProjInfo_t driver = info;
     driver.nAffineFlag = 0;
     driver.nBoundsFlag = 0;
-    if (driver.nProjId == extendedTransverseMercator)
-        driver.nProjId = transverseMercator;
+    if (driver.nProjId == ExtendedTransverseMercator)
+        driver.nProjId = TransverseMercator;
 
     double &parallel1 = driver.adProjParams[2];
     double &parallel2 = driver.adProjParams[3];
-    if (driver.nProjId == lambertConic && !isMetric(driver.nUnitsId) &&
+    if (driver.nProjId == LambertConic && !isMetric(driver.nUnitsId) &&
         std::fabs(parallel1) < std::fabs(parallel2))
         std::swap(parallel1, parallel2);
-    if (driver.nDatumId == philippineDatum && driver.nProjId > longitudeLatitude)
+    if (driver.nDatumId == philippineDatum && driver.nProjId > LongitudeLatitude)
         driver.nDatumId = userDatum; // the record holds its figures
     return MapHeaderCoordsysConverter().tabProjInfoToString(driver);
 }

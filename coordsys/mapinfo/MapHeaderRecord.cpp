@@ -1,5 +1,6 @@
 #include <coordsys/MapHeaderRecord.h>
 
+#include "ProjectionTable_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/ProjectionParamsManager.h>
@@ -27,7 +28,12 @@ constexpr double integerLimit = 1e9; ///< coordinates are whole numbers from -1e
 constexpr int oldScaleVersion = 100; ///< up to this one the scale is a power of ten
 constexpr int junkVersion = 200;     ///< up to this one nothing stands behind the shift
 constexpr int fullVersion = 500;     ///< from this one on: datum number, affine transformation
-constexpr int oblique = 35;
+
+bool hasSeventhParameter(const TABProjInfo_t &record)
+{
+    const Projection *const row = projectionByNumber(record.nProjId);
+    return row && row->overflowsRecord();
+}
 
 enum Offset : int {
     Cookie = 0x100,
@@ -226,7 +232,7 @@ MapHeaderRecord readMapHeader(QIODevice &device)
     MapHeaderRecord record;
     TABProjInfo_t &r = record.projection;
     walk(Reader{header}, header.version(), r);
-    if (r.nProjId > oblique)
+    if (!projectionByNumber(r.nProjId))
         throw damaged(QObject::tr("неизвестная проекция"));
     if (header.hasSecondPart())
         walkSecondPart(Reader{header}, record);
@@ -252,7 +258,7 @@ void replaceMapHeader(const QString &path, const MapHeaderRecord &record)
     openOrThrow(file, QIODevice::ReadWrite);
     Header header(headerBytes(file));
     const TABProjInfo_t &r = record.projection;
-    const bool needsSecondPart = r.nAffineFlag || r.nProjId == oblique;
+    const bool needsSecondPart = r.nAffineFlag || hasSeventhParameter(r);
     if (header.version() < fullVersion || (needsSecondPart && !header.hasSecondPart()))
         throw std::runtime_error(
             QObject::tr("Файл карты не может содержать такую систему координат: %1").arg(path).toStdString());
@@ -269,7 +275,7 @@ QString coordSysText(const MapHeaderRecord &record)
 {
     const MapHeaderCoordsysConverter converter;
     const QString text = converter.tabProjInfoToString(record.projection);
-    if (record.projection.nProjId != oblique)
+    if (!hasSeventhParameter(record.projection))
         return text;
     TABProjInfo_t bare = record.projection;
     bare.nAffineFlag = bare.nBoundsFlag = 0;

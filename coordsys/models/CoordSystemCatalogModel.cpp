@@ -1,6 +1,7 @@
 #include <coordsys/CoordSystemCatalogModel.h>
 
 #include "CatalogIndex_p.h"
+#include "ProjectionTable_p.h"
 #include <coordsys/CoordSysFactory.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapinfoCoordSystem.h>
@@ -57,7 +58,9 @@ CoordSystemCatalogModel::Kind kindOfParams(const QStringList &params)
 {
     using Kind = CoordSystemCatalogModel::Kind;
     const int projection = params.value(0).toInt() % 1000; // thousands announce clauses
-    return projection == 0 ? Kind::NonEarth : projection == 1 ? Kind::Geographic : Kind::Projected;
+    return projection == NonEarthPlan        ? Kind::NonEarth
+           : projection == LongitudeLatitude ? Kind::Geographic
+                                             : Kind::Projected;
 }
 
 QString epsgTag(int code) { return QStringLiteral("EPSG:%1").arg(code); }

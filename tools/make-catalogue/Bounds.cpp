@@ -1,11 +1,21 @@
 #include "Bounds.h"
 
 #include "Engine.h"
+#include "ProjectionTable_p.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace catalogue {
+
+using nivora::cs::Cone;
+using nivora::cs::EquidistantCylinder;
+using nivora::cs::LongitudeLatitude;
+using nivora::cs::Mercator;
+using nivora::cs::Projection;
+using nivora::cs::projectionByNumber;
+using nivora::cs::RegionalMercator;
+
 namespace {
 
 constexpr double widest = 60.0;      // degrees of longitude: beyond it the edges no longer bound the plane
@@ -18,12 +28,13 @@ constexpr int edgeSteps = 20;
 /// library has for systems without bounds does not fit them (whole turns of longitude fold to nothing).
 bool showsWorld(int projection)
 {
-    return projection == 2 || projection == 4 || projection == 5 || (projection >= 10 && projection <= 17) ||
-           projection == 26 || projection == 28 || projection == 29 || projection == 33;
+    const Projection *const row = projectionByNumber(projection);
+    return projection == EquidistantCylinder || (row && row->count() > 0 && !row->hasFalseOrigin());
 }
 bool isConic(int projection)
 {
-    return projection == 3 || projection == 6 || projection == 9 || projection == 19;
+    const Projection *const row = projectionByNumber(projection);
+    return row && row->cone != Cone::None;
 }
 
 struct ZoneRow
@@ -108,7 +119,7 @@ void BoundsTable::addArea(const Entry &entry, const EpsgSystem &system)
     const double south = std::max(area.south, -89.5);
     const double north = std::min(area.north, 89.5);
     const auto srs = Srs::fromCoordSys(entry.coordSys());
-    if (text.projection < 2 || !(west < east) || !srs)
+    if (text.projection <= LongitudeLatitude || !(west < east) || !srs)
         return;
     const double offset = srs->primeMeridian();
     std::vector<QPointF> points;
@@ -125,7 +136,8 @@ void BoundsTable::addArea(const Entry &entry, const EpsgSystem &system)
 void BoundsTable::addWorld(const Entry &entry)
 {
     const PlaneText text = planeOf(entry);
-    const double top = text.projection == 10 || text.projection == 26 ? 85.05112878 : 89.999;
+    const double top =
+        text.projection == Mercator || text.projection == RegionalMercator ? 85.05112878 : 89.999;
     const double meridian = text.params.value(0).toDouble();
     std::vector<QPointF> points;
     for (int column = -18; column <= 18; ++column)

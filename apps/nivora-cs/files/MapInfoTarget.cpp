@@ -15,9 +15,9 @@ using nivora::cs::MapHeaderRecord;
 
 namespace {
 
-constexpr int oblique = 35;
+constexpr int placesInRecord = 6;
 
-/// The seventh parameter of projection 35 stands behind the six of the record.
+/// That of a projection of seven stands behind the six of the record.
 double seventhParameterOf(const QString &clause)
 {
     constexpr int tokensBefore = 3 + 6; // projection, datum, unit
@@ -28,11 +28,16 @@ double seventhParameterOf(const QString &clause)
         .toDouble();
 }
 
+bool hasSeventhParameter(const MapHeaderRecord &record)
+{
+    return nivora::cs::paramForPrj(record.projection.nProjId) > placesInRecord;
+}
+
 MapHeaderRecord recordOf(const QString &clause)
 {
     MapHeaderRecord record;
     record.projection = MapHeaderCoordsysConverter().prjStrToTABProjInfo(clause);
-    if (record.projection.nProjId == oblique)
+    if (hasSeventhParameter(record))
         record.seventhParameter = seventhParameterOf(clause);
     return record;
 }
@@ -46,7 +51,7 @@ MapInfoTarget mapInfoTarget(const CoordSystem &cs)
         target.clause = cs.prjStr();
         target.bounds = cs.rectNumericCoordSys();
         const MapHeaderRecord record = recordOf(target.clause);
-        target.needsLongHeader = record.projection.nAffineFlag || record.projection.nProjId == oblique;
+        target.needsLongHeader = record.projection.nAffineFlag || hasSeventhParameter(record);
         return target;
     } catch (const std::exception &e) {
         throw Failure(
