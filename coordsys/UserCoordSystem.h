@@ -22,8 +22,9 @@ struct CrsFingerprint;
 /// text does not rule out, with the catalogues of the store's
 /// factory while it lives, else with the active ones. Threads: const calls may run together, on copies of
 /// entries too; changing, loading and saving belong to one thread while no other one uses the store. Several
-/// processes may save: each file is whole, the last one stays. Ownership: the store may outlive its factory;
-/// entries and systems taken from it outlive the store.
+/// windows and processes may change the file: update() keeps what each of them did; of those that save what
+/// they loaded long ago the last one stays. Ownership: the store may outlive its factory; entries and systems
+/// taken from it outlive the store.
 class NIVORA_CS_EXPORT UserCoordSystem
 {
 public:
@@ -134,6 +135,13 @@ public:
     /// Why the last loadFromFile() took nothing: "path:line:column: reason", or "path: reason" for what
     /// could not be opened; empty when it was read.
     const QString &readProblem() const { return m_readProblem; }
+    /// One change of the file, whatever other windows and processes did to it since it was loaded: loads it
+    /// (no file: an empty store), calls \p change with this store, and saves what that leaves, all under one
+    /// lock. When \p change returns false, nothing is saved and false returned. Throws std::logic_error as
+    /// loadFromFile(false) and saveToFile(true), and "Файл … изменяет другая программа" after five seconds of
+    /// waiting; what \p change throws passes through. After an exception store and file are as before. \p
+    /// change must not save.
+    bool update(const std::function<bool(UserCoordSystem &store)> &change);
     /// Writes the file through a temporary one, so that the old file stays whole whatever happens. A file
     /// there that cannot be read is first copied to "….bak" (never over an older copy); temporary files of
     /// saves that were killed are removed. Throws std::logic_error when the file exists and \p overwrite is

@@ -544,18 +544,6 @@ Angular distortion: %5°
         <translation>атрибут «%1»</translation>
     </message>
     <message>
-        <source>cannot make the directory %1</source>
-        <translation>не могу создать каталог %1</translation>
-    </message>
-    <message>
-        <source>%1 is being changed by another program</source>
-        <translation>%1 сейчас изменяет другая программа</translation>
-    </message>
-    <message>
-        <source>cannot write in the directory %1</source>
-        <translation>не могу писать в каталог %1</translation>
-    </message>
-    <message>
         <source>(unusable)</source>
         <translation>(не создаётся)</translation>
     </message>
@@ -1391,6 +1379,22 @@ Examples:
     <message>
         <source>texts of &quot;%1&quot; are not UTF-8, see --encoding: they are passed on as they are</source>
         <translation>тексты слоя «%1» не в UTF-8, см. --encoding: они передаются как есть</translation>
+    </message>
+    <message>
+        <source>note: %1 names %2, which was not asked: the network is asked only when an argument names it</source>
+        <translation>замечание: в %1 указано %2, туда обращения не было: к сети программа обращается, только если её адрес назван в аргументах</translation>
+    </message>
+    <message>
+        <source>the network is asked only when an argument names it</source>
+        <translation>к сети программа обращается, только если её адрес назван в аргументах</translation>
+    </message>
+    <message>
+        <source>cannot write %1; what was there lies in %2</source>
+        <translation>не удалось записать %1; прежние файлы лежат в %2</translation>
+    </message>
+    <message>
+        <source>%1 exists already and is no part of %2</source>
+        <translation>%1 уже существует и не является частью %2</translation>
     </message>
 </context>
 </TS>

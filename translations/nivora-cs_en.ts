@@ -728,6 +728,12 @@
     <message>
         <source>не является числом</source>
         <translation>is no number</translation>
+        <source>Файл %1 изменяет другая программа</source>
+        <translation>The file %1 is being changed by another program</translation>
+    </message>
+    <message>
+        <source>Объявление DOCTYPE не допускается</source>
+        <translation>A DOCTYPE is not allowed</translation>
     </message>
 </context>
 </TS>

@@ -75,9 +75,10 @@ bool saveAsOwnSystem(QWidget *parent, UserCoordSystem &store, const CoordSystem 
     if (dialog.exec() != QDialog::Accepted)
         return false;
     try {
-        store.setCoordSystem(dialog.branchName(), sourceOf(cs), dialog.systemName());
-        store.saveToFile(true);
-        return true;
+        return store.update([&](UserCoordSystem &fresh) { // other windows may have saved since
+            fresh.setCoordSystem(dialog.branchName(), sourceOf(cs), dialog.systemName());
+            return true;
+        });
     } catch (const std::exception &e) {
         QMessageBox::warning(parent, dialog.windowTitle(), QString::fromUtf8(e.what()));
         return false;

@@ -107,6 +107,7 @@ int main(int argc, char **argv)
 {
     occupyStandardDescriptors();
     std::signal(SIGPIPE, SIG_IGN); // a reader that has gone is an ordinary write error then
+    std::signal(SIGXFSZ, SIG_IGN); // so is a file that may not grow
     installMessageHandler();
     keepFileNames();
     QCoreApplication app(argc, argv);

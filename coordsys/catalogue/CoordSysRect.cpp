@@ -186,7 +186,7 @@ private:
 /// The children of the root that are named "cs"; deeper elements are not entries.
 bool readEntries(QXmlStreamReader &xml, std::vector<TABProjInfo_t> &entries)
 {
-    if (!xml.readNextStartElement())
+    if (!readRoot(xml))
         return false;
     while (xml.readNextStartElement()) {
         if (xml.name() == QLatin1String("cs")) {

@@ -325,6 +325,28 @@ void UserCoordSystem::loadFromFile(bool quiet)
     LOG_INFO(QObject::tr("Пользовательские КС: %1 (%2)").arg(m_file.fileName(), QString::number(count)));
 }
 
+bool UserCoordSystem::update(const std::function<bool(UserCoordSystem &)> &change)
+{
+    const StoreLock lock(m_file);
+    if (lock.isBusy())
+        throw fileError(QObject::tr("Файл %1 изменяет другая программа"), m_file);
+    const QList<CsDataType> before = m_branches;
+    try {
+        if (QFileInfo::exists(m_file.absoluteFilePath()))
+            loadFromFile(false);
+        else
+            m_branches.clear();
+        if (!change(*this))
+            return false;
+        writeStore(m_file, m_branches, lock);
+    } catch (...) {
+        m_branches = before;
+        throw;
+    }
+    LOG_INFO(QObject::tr("Пользовательские КС сохранены в файле %1").arg(m_file.absoluteFilePath()));
+    return true;
+}
+
 void UserCoordSystem::saveToFile(bool overwrite) const { saveToFile(m_file, m_branches, overwrite); }
 
 void UserCoordSystem::saveToFile(const QFileInfo &file, const QList<CsDataType> &branches, bool overwrite)
@@ -332,7 +354,7 @@ void UserCoordSystem::saveToFile(const QFileInfo &file, const QList<CsDataType> 
     const QString path = file.absoluteFilePath();
     if (!overwrite && QFileInfo::exists(path)) // never file.exists(): it may remember an older answer
         throw fileError(QObject::tr("Файл %1 существует"), file);
-    writeStore(file, branches);
+    writeStore(file, branches, StoreLock(file));
     LOG_INFO(QObject::tr("Пользовательские КС сохранены в файле %1").arg(path));
 }
 

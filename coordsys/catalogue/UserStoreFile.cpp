@@ -3,25 +3,16 @@
 #include "InputFile_p.h"
 #include <coordsys/SourceTags.h>
 #include <platform/Logger.h>
+#include <platform/files/Publication.h>
 
 #include <QDir>
 #include <QFile>
 #include <QObject>
 #include <QRegularExpression>
-#include <QSaveFile>
 #include <QXmlStreamWriter>
 
 #include <algorithm>
 #include <stdexcept>
-
-#ifdef Q_OS_UNIX
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
-#include <chrono>
-#include <thread>
-#endif
 
 namespace nivora::cs {
 namespace {
@@ -90,42 +81,6 @@ void keepUnreadable(const QFileInfo &file)
         throw cannotWrite(QFileInfo(copy));
 }
 
-/// Held by every save in a directory, so that a temporary file met there is no running save's. The system's
-/// lock on the directory itself leaves no file behind and goes with the process, however that ends.
-class DirectoryLock
-{
-public:
-#ifdef Q_OS_UNIX
-    explicit DirectoryLock(const QString &directory)
-        : m_fd(::open(QFile::encodeName(directory).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
-    {
-        constexpr int tries = 500; // of 2 ms; a save takes a few
-        for (int i = 0; m_fd >= 0 && !m_held && i < tries; ++i) {
-            m_held = ::flock(m_fd, LOCK_EX | LOCK_NB) == 0;
-            if (!m_held)
-                std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        }
-    }
-    ~DirectoryLock()
-    {
-        if (m_fd >= 0)
-            ::close(m_fd);
-    }
-#else
-    explicit DirectoryLock(const QString &) {}
-    ~DirectoryLock() = default;
-#endif
-    DirectoryLock(const DirectoryLock &) = delete;
-    DirectoryLock &operator=(const DirectoryLock &) = delete;
-
-    /// False where there are no such locks, or somebody else keeps it for long: saving goes on without.
-    bool isHeld() const { return m_held; }
-
-private:
-    int m_fd = -1;
-    bool m_held = false;
-};
-
 /// Whether a file begins as a save does, or as much of that as it has.
 bool beginsAsSaved(const QString &path)
 {
@@ -135,8 +90,9 @@ bool beginsAsSaved(const QString &path)
     return openInput(file).isEmpty() && start.startsWith(file.read(start.size()));
 }
 
-/// Removes what killed saves left. Qt adds a dot and six letters of either case at random; a name that a
-/// person may have typed (".backup", ".Before") stays, and so does what was not written here.
+/// Removes what killed saves of earlier versions left. Qt adds a dot and six letters of either case at
+/// random; a name that a person may have typed (".backup", ".Before") stays, and so does what was not written
+/// here.
 void sweepLeftovers(const QFileInfo &file)
 {
     static const QRegularExpression random(
@@ -182,23 +138,36 @@ StoreReading readStore(const QFileInfo &file)
     return result;
 }
 
-void writeStore(const QFileInfo &file, const QList<UserCoordSystem::CsDataType> &branches)
+StoreLock::StoreLock(const QFileInfo &file)
+{
+    constexpr int waitMs = 5000; // a save takes a few
+    QDir().mkpath(file.absolutePath());
+    m_lock.take(file.absolutePath(), waitMs);
+}
+
+void writeStore(const QFileInfo &file, const QList<UserCoordSystem::CsDataType> &branches,
+                const StoreLock &lock)
 {
     const QString path = file.absoluteFilePath();
     if (QFileInfo::exists(path) && !QFileInfo(path).isFile())
         throw cannotWrite(file);
-    QDir().mkpath(file.absolutePath());
-    const DirectoryLock lock(file.absolutePath());
     keepUnreadable(file);
     if (lock.isHeld())
         sweepLeftovers(file);
-
-    QSaveFile target(path);
-    if (!target.open(QIODevice::WriteOnly))
+    try {
+        files::Publication publication(path);
+        QFile target(publication.path(file.fileName()));
+        if (!target.open(QIODevice::WriteOnly))
+            throw cannotWrite(file);
+        writeDocument(target, branches);
+        if (!target.flush() || target.error() != QFileDevice::NoError ||
+            files::flushToDisk(target.handle()) != 0)
+            throw cannotWrite(file);
+        target.close();
+        publication.publish({file.fileName()}, {});
+    } catch (const files::PublishError &) {
         throw cannotWrite(file);
-    writeDocument(target, branches);
-    if (!target.commit())
-        throw cannotWrite(file);
+    }
 }
 
 } // namespace nivora::cs

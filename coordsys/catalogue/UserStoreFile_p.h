@@ -3,6 +3,7 @@
 // The file of the user's own systems: reading, and saving so that it is whole at any time.
 
 #include <coordsys/UserCoordSystem.h>
+#include <platform/files/FileSystem.h>
 
 #include <QDomDocument>
 
@@ -19,9 +20,25 @@ struct StoreReading
 /// else's and counts as a problem.
 StoreReading readStore(const QFileInfo &file);
 
+/// Held by every change of the stores in a directory, which it makes when there is none. The system's lock on
+/// the directory itself leaves no file behind and goes with the process, however that ends.
+class StoreLock
+{
+public:
+    explicit StoreLock(const QFileInfo &file);
+    /// False where there are no such locks.
+    bool isHeld() const { return m_lock.isHeld(); }
+    /// Somebody else keeps it for long.
+    bool isBusy() const { return m_lock.isBusy(); }
+
+private:
+    files::FolderLock m_lock;
+};
+
 /// Replaces the file through a temporary one. What cannot be read there is copied to "….bak" first, and
 /// temporary files that killed saves left behind are removed. Throws std::logic_error.
-void writeStore(const QFileInfo &file, const QList<UserCoordSystem::CsDataType> &branches);
+void writeStore(const QFileInfo &file, const QList<UserCoordSystem::CsDataType> &branches,
+                const StoreLock &lock);
 
 /// Names of elements and attributes.
 namespace storetext {

@@ -477,7 +477,7 @@ CoordSystemPtr CoordSysFactory::createFromOracleSRID(int srid) const
 
     QString prj;
     QXmlStreamReader xml(&file);
-    xml.readNextStartElement(); // the root, whatever its name
+    readRoot(xml); // whatever its name
     while (prj.isEmpty() && xml.readNextStartElement()) {
         if (cleanNumber(xml.attributes().value(QLatin1String("srid")).toString()) == srid)
             prj = QStringLiteral("CoordSys Earth Projection, ") +

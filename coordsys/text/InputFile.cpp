@@ -17,6 +17,11 @@ QString at(qint64 line, qint64 column, const QString &reason)
     return QStringLiteral("%1:%2: %3").arg(QString::number(line), QString::number(column), reason);
 }
 
+void refuseDoctype(QXmlStreamReader &xml)
+{
+    xml.raiseError(QObject::tr("Объявление DOCTYPE не допускается"));
+}
+
 /// The stream reader keeps its own stack, so depth does it no harm.
 QString damageOf(const QByteArray &bytes)
 {
@@ -25,6 +30,8 @@ QString damageOf(const QByteArray &bytes)
     for (int depth = 0; !xml.atEnd() && depth <= deepestNesting;) {
         const QXmlStreamReader::TokenType token = xml.readNext();
         depth += token == QXmlStreamReader::StartElement ? 1 : token == QXmlStreamReader::EndElement ? -1 : 0;
+        if (token == QXmlStreamReader::DTD)
+            refuseDoctype(xml);
         if (depth > deepestNesting)
             xml.raiseError(QObject::tr("Слишком глубокая вложенность элементов"));
     }
@@ -41,6 +48,18 @@ QString openInput(QFile &file)
     if (info.size() > largestInput)
         return QObject::tr("Файл слишком велик");
     return file.open(QIODevice::ReadOnly) ? QString() : file.errorString();
+}
+
+bool readRoot(QXmlStreamReader &xml)
+{
+    while (!xml.atEnd()) {
+        const QXmlStreamReader::TokenType token = xml.readNext();
+        if (token == QXmlStreamReader::StartElement)
+            return true;
+        if (token == QXmlStreamReader::DTD)
+            refuseDoctype(xml);
+    }
+    return false;
 }
 
 QString readXml(QFile &file, QDomDocument &document)

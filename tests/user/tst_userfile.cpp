@@ -140,6 +140,8 @@ private Q_SLOTS:
         row("not a store", QByteArray("<html/>"));
         row("empty", QByteArray(""));
         row("not XML", QByteArray("+proj=longlat"));
+        row("entities that stand for more and more",
+            QByteArray("<!DOCTYPE a [<!ENTITY b \"x\"><!ENTITY c \"&b;&b;\">]><coordsys>&c;</coordsys>"));
         row("cut off", QByteArray("<coordsys><branch name=\"x\"><cs type=\"epsg\" str=\"4326\"/>"));
     }
     void unreadable()
@@ -241,6 +243,41 @@ private Q_SLOTS:
         QCOMPARE(large.exitStatus(), 0);
         QCOMPARE(m_file.dir().entryList(QDir::Files),
                  QStringList{m_file.fileName()}); // nothing temporary is left
+    }
+
+    // The last of two windows does not win: each change is made on what the file holds then.
+    void updates()
+    {
+        UserCoordSystem first{m_file.dir()};
+        UserCoordSystem second{m_file.dir()};
+        const auto adding = [](const QString &name) {
+            return [name](UserCoordSystem &store) {
+                store.setCoordSystem(name, {CoordSystemTypes::Unknown, name}, name);
+                return true;
+            };
+        };
+        QVERIFY(first.update(adding("a"_s)));
+        QVERIFY(second.update(adding("b"_s)));
+        QVERIFY(first.update(adding("c"_s)));
+        second.loadFromFile(false);
+        QCOMPARE(second.data().size(), 3);
+        QVERIFY(!second.update([](UserCoordSystem &store) {
+            store.removeCoordSystem("a"_s, {CoordSystemTypes::Unknown, "a"_s});
+            return false;
+        }));
+        second.loadFromFile(false);
+        QCOMPARE(second.data().size(), 3);
+        VERIFY_THROWS(std::logic_error, second.update([](UserCoordSystem &store) -> bool {
+            store.removeCoordSystem("a"_s, {CoordSystemTypes::Unknown, "a"_s});
+            throw std::logic_error("no");
+        }),
+                      "no");
+        QCOMPARE(second.data().at(0).entries.size(), 1);
+        put("<cut off");
+        VERIFY_THROWS(std::logic_error, second.update(adding("d"_s)),
+                      "Не могу открыть файл UserCoordSystem.xml");
+        QCOMPARE(content(), QByteArray("<cut off"));
+        QCOMPARE(second.data().size(), 3);
     }
 
     void fullDisk()

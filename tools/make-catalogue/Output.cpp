@@ -2,9 +2,10 @@
 
 #include "Table.h"
 
+#include <platform/files/Publication.h>
+
 #include <QDir>
 #include <QFile>
-#include <QSaveFile>
 #include <QSet>
 #include <QTextStream>
 
@@ -36,11 +37,24 @@ void Output::put(const QString &name, const QByteArray &content)
     ++m_changed;
     out << name << ": " << content.count('\n') << " lines, " << linesMissing(content, before) << " new, "
         << linesMissing(before, content) << " gone\n";
-    if (m_dryRun)
+    m_files.insert(name, content);
+}
+
+void Output::publish() const
+{
+    if (m_dryRun || m_files.isEmpty())
         return;
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.commit())
-        throw Failure(QStringLiteral("%1: %2").arg(path, file.errorString()));
+    try {
+        nivora::files::Publication publication(QDir(m_directory).filePath(m_files.firstKey()));
+        for (auto file = m_files.begin(); file != m_files.end(); ++file) {
+            QFile fresh(publication.path(file.key()));
+            if (!fresh.open(QIODevice::WriteOnly) || fresh.write(*file) != file->size() || !fresh.flush())
+                throw Failure(QStringLiteral("%1: %2").arg(file.key(), fresh.errorString()));
+        }
+        publication.publish(m_files.keys(), {});
+    } catch (const nivora::files::PublishError &e) {
+        throw Failure(QString::fromLocal8Bit(e.what()));
+    }
 }
 
 } // namespace catalogue

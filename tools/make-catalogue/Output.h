@@ -1,11 +1,12 @@
 #pragma once
 
 #include <QByteArray>
+#include <QMap>
 #include <QString>
 
 namespace catalogue {
 
-/// Puts finished files into a directory and tells what became of each.
+/// Puts finished files into a directory, all of them or none, and tells what becomes of each.
 class Output
 {
 public:
@@ -15,8 +16,10 @@ public:
         , m_dryRun(dryRun)
     {}
 
-    /// Throws Failure when the file cannot be written.
+    /// A file of the set.
     void put(const QString &name, const QByteArray &content);
+    /// Writes those that differ. Throws Failure, after which the directory is as it was.
+    void publish() const;
     /// How many files differed from what was there.
     int changed() const { return m_changed; }
 
@@ -24,6 +27,7 @@ private:
     QString m_directory;
     bool m_dryRun;
     int m_changed = 0;
+    QMap<QString, QByteArray> m_files; ///< those that differ
 };
 
 } // namespace catalogue

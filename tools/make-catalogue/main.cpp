@@ -103,6 +103,8 @@ int generate(const Options &options)
                           Table(options.tables + QStringLiteral("/places.tsv"))));
     Output report(QFileInfo(options.tables).path(), options.check);
     report.put(QStringLiteral("refused.tsv"), refusedTsv(generator.refusals()));
+    output.publish();
+    report.publish();
     return options.check && output.changed() + report.changed() > 0 ? 1 : 0;
 }
 

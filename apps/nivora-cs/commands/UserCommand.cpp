@@ -12,7 +12,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QLockFile>
 #include <QObject>
 
 #include <algorithm>
@@ -24,11 +23,6 @@ using nivora::cs::UserCoordSystem;
 using Entry = UserCoordSystem::CoordSystemParam;
 
 namespace {
-
-constexpr int lockTimeoutMs = 5000;
-/// From this age on Qt takes a lock file over as soon as the system's own lock on it is free, that is when
-/// its process has gone, whatever is (or is not yet) written in it.
-constexpr int lockDoubtedAfterMs = 1000;
 
 QString filePath(const UserCoordSystem &store) { return store.fileInfo().absoluteFilePath(); }
 
@@ -71,26 +65,21 @@ QString branchOption(const CommandLine &line)
     return line.isSet("branch") ? typedText(line.value("branch")) : UserCoordSystem::defaultBranch();
 }
 
-/// Reading, changing and writing are one step for other runs of this program.
-class StoreLock
+/// One change of the file, under its lock. Throws Failure.
+void change(const Session &session, const std::function<void(UserCoordSystem &)> &work)
 {
-public:
-    explicit StoreLock(const UserCoordSystem &store)
-        : m_lock(filePath(store) + QStringLiteral(".lock"))
-    {
-        const QString dir = store.fileInfo().absolutePath();
-        if (!QDir().mkpath(dir))
-            throw Failure(QObject::tr("cannot make the directory %1").arg(dir));
-        m_lock.setStaleLockTime(lockDoubtedAfterMs);
-        if (!m_lock.tryLock(lockTimeoutMs))
-            throw Failure(m_lock.error() == QLockFile::LockFailedError
-                              ? QObject::tr("%1 is being changed by another program").arg(filePath(store))
-                              : QObject::tr("cannot write in the directory %1").arg(dir));
+    UserCoordSystem &store = session.userSystems();
+    try {
+        store.update([&work](UserCoordSystem &fresh) {
+            work(fresh);
+            return true;
+        });
+    } catch (const std::logic_error &) {
+        if (store.readProblem().isEmpty())
+            throw;
+        throw Failure(store.readProblem());
     }
-
-private:
-    QLockFile m_lock;
-};
+}
 
 int list(const CommandLine &line, const Session &session, const QString &)
 {
@@ -128,17 +117,16 @@ int store(const CommandLine &line, const Session &session, const QString &text, 
     const CoordSystemPtr cs = readSystem(session, text).system; // throws before anything is touched
     const CoordSystem::SourceData source = sourceOf(*cs, text);
     const QString branch = branchOption(line);
-    const StoreLock lock(session.userSystems());
-    UserCoordSystem &systems = loaded(session);
-    const Entry *known = entryIn(systems, branch, source);
-    if (known && !mayReplace)
-        throw Failure(QObject::tr("%1 is already in the branch %2; \"user set\" replaces it")
-                          .arg(sourceText(source), branch));
-    const QString description = line.isSet("description") ? typedText(line.value("description"))
-                                : known                   ? known->description()
-                                                          : cs->description();
-    systems.setCoordSystem(branch, source, description);
-    systems.saveToFile(true);
+    change(session, [&](UserCoordSystem &systems) {
+        const Entry *known = entryIn(systems, branch, source);
+        if (known && !mayReplace)
+            throw Failure(QObject::tr("%1 is already in the branch %2; \"user set\" replaces it")
+                              .arg(sourceText(source), branch));
+        const QString description = line.isSet("description") ? typedText(line.value("description"))
+                                    : known                   ? known->description()
+                                                              : cs->description();
+        systems.setCoordSystem(branch, source, description);
+    });
     return Success;
 }
 
@@ -171,23 +159,20 @@ std::function<bool(const CoordSystem::SourceData &)> meaning(const Session &sess
 int remove(const CommandLine &line, const Session &session, const QString &text)
 {
     const auto isMeant = meaning(session, text);
-    const StoreLock lock(session.userSystems());
-    UserCoordSystem &systems = loaded(session);
-    bool found = false;
-    const QList<UserCoordSystem::CsDataType> branches =
-        systems.data(); // a copy: entries go while it is walked
-    for (const UserCoordSystem::CsDataType &branch : branches) {
-        if (line.isSet("branch") && branch.name != branchOption(line))
-            continue;
-        for (const Entry &entry : branch.entries) {
-            if (!isMeant(entry.source()))
+    change(session, [&](UserCoordSystem &systems) {
+        bool found = false;
+        const QList<UserCoordSystem::CsDataType> branches =
+            systems.data(); // a copy: entries go while it is walked
+        for (const UserCoordSystem::CsDataType &branch : branches) {
+            if (line.isSet("branch") && branch.name != branchOption(line))
                 continue;
-            found = systems.removeCoordSystem(branch.name, entry.source()) || found;
+            for (const Entry &entry : branch.entries)
+                if (isMeant(entry.source()))
+                    found = systems.removeCoordSystem(branch.name, entry.source()) || found;
         }
-    }
-    if (!found)
-        throw Failure(QObject::tr("%1 is not among your systems").arg(text));
-    systems.saveToFile(true);
+        if (!found)
+            throw Failure(QObject::tr("%1 is not among your systems").arg(text));
+    });
     return Success;
 }
 

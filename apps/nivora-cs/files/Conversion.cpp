@@ -3,6 +3,7 @@
 #include "CommandLine.h"
 #include "CsText.h"
 #include "LayerSystem.h"
+#include "NetworkBorder.h"
 #include "Output.h"
 #include "Progress.h"
 
@@ -92,7 +93,7 @@ Conversion::Conversion(const CommandLine &line)
     , m_mostBendM(bendOption(line))
     , m_coding(line.value("encoding"))
     , m_losses(line.isSet("lossy"))
-    , m_source((GDALAllRegister(), openForReading(m_in, m_messages)))
+    , m_source((GDALAllRegister(), keepBorder(m_in), openForReading(m_in, m_messages)))
     , m_format(m_out, line.value("format"), m_in)
     , m_stage(m_out, line.isSet("overwrite"))
     , m_rejected(m_stage.path(rejectedName(m_out)))
@@ -180,6 +181,7 @@ void Conversion::convertLayer(int index)
     copy.run([this](const QString &name, const Rejection &rejection) { m_rejected.add(name, rejection); },
              [this, &progress](GIntBig done) {
                  m_stage.checkInterrupted();
+                 m_stage.checkRoom();
                  progress.update(done, done);
              });
     m_features += copy.written();
@@ -211,6 +213,11 @@ void Conversion::closeTarget()
 
 void Conversion::tell() const
 {
+    for (const QString &place : placesNotAsked())
+        complain(
+            QObject::tr("note: %1 names %2, which was not asked: the network is asked only when an argument "
+                        "names it")
+                .arg(m_in, place));
     for (const QString &note : m_notes)
         complain(QObject::tr("note: %1").arg(note));
     for (const QString &loss : m_losses.all())
@@ -241,8 +248,11 @@ int Conversion::run()
     if (!m_target)
         openTarget({});
     closeTarget();
-    const QString oldList = QFileInfo(m_out).dir().filePath(rejectedName(m_out));
-    m_stage.publish(m_format.filesOf(m_out) << oldList);
+    QStringList parts = m_format.filesOf(m_out);
+    const QString oldList = m_stage.place(rejectedName(m_out));
+    if (RejectedList::isOne(oldList))
+        parts << oldList;
+    m_stage.publish(parts);
     tell();
     return m_rejected.count() > 0 ? SomeFailed : Success;
 }

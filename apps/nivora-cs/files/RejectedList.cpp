@@ -2,6 +2,7 @@
 
 #include "Output.h"
 
+#include <QFileInfo>
 #include <QObject>
 
 #include <cmath>
@@ -11,6 +12,8 @@ namespace {
 // By Rejection::Reason. English whatever the language: the table is for programs too.
 constexpr const char *reasons[] = {"cannot be transformed", "outside the bounds of the output",
                                    "cannot be held by the format"};
+
+constexpr char header[] = "layer,fid,x,y,reason\n";
 
 QString csvField(QString text)
 {
@@ -27,12 +30,19 @@ QString number(double value) { return std::isnan(value) ? QString() : QString::n
 
 } // namespace
 
+bool RejectedList::isOne(const QString &path)
+{
+    QFile file(path);
+    return QFileInfo(path).isFile() && file.open(QIODevice::ReadOnly) &&
+           file.read(sizeof(header) - 1) == header;
+}
+
 void RejectedList::add(const QString &layer, const Rejection &rejection)
 {
     if (m_count++ == 0) {
         if (!m_file.open(QIODevice::WriteOnly))
             throwUnwritable(m_file);
-        m_file.write("layer,fid,x,y,reason\n");
+        m_file.write(header);
     }
     const QString line =
         QStringLiteral("%1,%2,%3,%4,%5\n")

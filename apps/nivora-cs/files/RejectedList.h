@@ -11,6 +11,8 @@ public:
     explicit RejectedList(const QString &path)
         : m_file(path)
     {}
+    /// Whether the file is one, and none of somebody else's that happens to have the name.
+    static bool isOne(const QString &path);
     /// Throws Failure.
     void add(const QString &layer, const Rejection &rejection);
     /// Throws Failure when something could not be written.

@@ -2,14 +2,16 @@
 
 #include "Output.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QObject>
 
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
+#include <sys/resource.h>
+
+using nivora::files::Publication;
+using nivora::files::PublishError;
 
 namespace {
 
@@ -24,9 +26,27 @@ void listenForSignals()
     action.sa_handler = noteInterruption;
     action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
     struct sigaction before = {};
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU})
         if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) // as under nohup
             ::sigaction(signal, &action, nullptr);
+}
+
+/// What a file may have at most, -1 for no limit.
+qint64 largestFile()
+{
+    rlimit limit = {};
+    const bool isLimited = ::getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
+    return isLimited ? static_cast<qint64>(limit.rlim_cur) : -1;
+}
+
+Failure existing(const QString &path)
+{
+    return Failure(QObject::tr("%1 exists already; --overwrite replaces it").arg(path));
+}
+
+Failure notWritten(const QString &path, int error)
+{
+    return Failure(QObject::tr("cannot write %1: %2").arg(path, systemMessage(error)));
 }
 
 } // namespace
@@ -38,15 +58,17 @@ StagedOutput::StagedOutput(const QString &path, bool overwrite)
     const QFileInfo info(path);
     if (info.exists() && !info.isFile())
         throw Failure(QObject::tr("%1 exists already and is no file").arg(path));
-    if (info.exists() && !overwrite)
-        throw Failure(QObject::tr("%1 exists already; --overwrite replaces it").arg(path));
+    if ((info.exists() || info.isSymLink()) && !overwrite)
+        throw existing(path);
     listenForSignals();
-    m_dir = std::make_unique<QTemporaryDir>(info.dir().filePath(QStringLiteral(".nivora-cs-XXXXXX")));
-    if (!m_dir->isValid())
-        throw Failure(QObject::tr("cannot write to %1: %2").arg(info.dir().path(), m_dir->errorString()));
+    try {
+        m_publication = std::make_unique<Publication>(path);
+    } catch (const PublishError &e) {
+        throw Failure(QObject::tr("cannot write to %1: %2").arg(e.path(), systemMessage(e.error())));
+    }
 }
 
-QString StagedOutput::path() const { return m_dir->filePath(QFileInfo(m_target).fileName()); }
+QString StagedOutput::path() const { return path(QFileInfo(m_target).fileName()); }
 
 void StagedOutput::checkInterrupted() const
 {
@@ -57,56 +79,54 @@ void StagedOutput::checkInterrupted() const
 void StagedOutput::checkRoom() const
 {
     constexpr int size = 1 << 16; // more than any buffer whose flushing may have failed
-    QFile file(m_dir->filePath(QStringLiteral(".room")));
+    QFile file(dir().filePath(QStringLiteral(".room")));
     const bool fits =
         file.open(QIODevice::WriteOnly) && file.write(QByteArray(size, '\1')) == size && file.flush();
     const QString why = file.errorString();
     file.remove();
     if (!fits)
         throw Failure(QObject::tr("cannot write %1: %2").arg(m_target, why));
+    const qint64 largest = largestFile();
+    for (const QString &name : largest < 0 ? QStringList() : m_publication->names())
+        if (QFileInfo(path(name)).size() >= largest)
+            throw notWritten(m_target, EFBIG);
 }
 
-void StagedOutput::publish(const QStringList &obsolete)
-{
-    checkInterrupted();
-    const QDir target = QFileInfo(m_target).dir();
-    const QString main = QFileInfo(m_target).fileName();
-    QStringList names = dir().entryList(QDir::Files | QDir::Hidden);
-    if (names.removeAll(main) > 0)
-        names << main; // who waits for the output waits for this one
-    for (const QString &name : names)
-        if (name != main && !m_overwrite && target.exists(name))
-            throw Failure(
-                QObject::tr("%1 exists already; --overwrite replaces it").arg(target.filePath(name)));
-    QStringList done;
-    for (const QString &name : names)
-        replace(name, done);
-    removeObsolete(obsolete, names);
-}
-
-/// A projection file that stayed would speak for the new coordinates.
-void StagedOutput::removeObsolete(const QStringList &obsolete, const QStringList &fresh) const
+/// Of a data set that names no parts, such as a damaged one, what has its name is one.
+QStringList StagedOutput::namesBeside(const QStringList &parts) const
 {
     const QFileInfo target(m_target);
-    for (const QString &path : obsolete) {
-        const QFileInfo old(path);
-        const bool ours = old.dir() == target.dir() &&
-                          old.fileName().startsWith(target.completeBaseName() + QLatin1Char('.'));
-        if (ours && !fresh.contains(old.fileName()))
-            QFile::remove(path);
-    }
+    const QString prefix = target.completeBaseName() + QLatin1Char('.');
+    QStringList names;
+    for (const QString &part : parts)
+        if (QFileInfo(part).absolutePath() == target.absolutePath() &&
+            QFileInfo(part).fileName().startsWith(prefix))
+            names << QFileInfo(part).fileName();
+    if (names.isEmpty() && target.exists())
+        for (const QString &name : m_publication->names())
+            if (name.startsWith(prefix))
+                names << name;
+    names << target.fileName();
+    names.removeDuplicates();
+    return names;
 }
 
-void StagedOutput::replace(const QString &name, QStringList &done)
+void StagedOutput::publish(const QStringList &parts)
 {
-    const QString place = QFileInfo(m_target).dir().filePath(name);
-    if (std::rename(QFile::encodeName(m_dir->filePath(name)).constData(),
-                    QFile::encodeName(place).constData()) == 0) {
-        done << place;
-        return;
+    checkInterrupted();
+    const QStringList replaceable = m_overwrite ? namesBeside(parts) : QStringList();
+    QStringList obsolete = replaceable;
+    for (const QString &name : m_publication->names())
+        obsolete.removeAll(name);
+    try {
+        m_publication->publish(replaceable, obsolete);
+    } catch (const PublishError &e) {
+        if (e.kind() == PublishError::NoFile)
+            throw Failure(QObject::tr("%1 exists already and is no file").arg(e.path()));
+        if (e.kind() == PublishError::NotUndone)
+            throw Failure(QObject::tr("cannot write %1; what was there lies in %2").arg(m_target, e.path()));
+        if (e.kind() == PublishError::Exists && m_overwrite)
+            throw Failure(QObject::tr("%1 exists already and is no part of %2").arg(e.path(), m_target));
+        throw e.kind() == PublishError::Exists ? existing(e.path()) : notWritten(e.path(), e.error());
     }
-    const QString why = systemMessage(errno);
-    for (const QString &earlier : done)
-        QFile::remove(earlier);
-    throw Failure(QObject::tr("cannot write %1: %2").arg(place, why));
 }

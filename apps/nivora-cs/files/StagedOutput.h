@@ -1,9 +1,10 @@
 #pragma once
 
+#include <platform/files/Publication.h>
+
 #include <QDir>
 #include <QString>
 #include <QStringList>
-#include <QTemporaryDir>
 
 #include <memory>
 
@@ -19,22 +20,25 @@ public:
     /// Where to write; the name is the output's own.
     QString path() const;
     /// A further file of the output, by its name.
-    QString path(const QString &name) const { return m_dir->filePath(name); }
-    QDir dir() const { return QDir(m_dir->path()); }
+    QString path(const QString &name) const { return m_publication->path(name); }
+    /// For what is not published.
+    QDir dir() const { return QDir(m_publication->folder()); }
+    /// Where a file of that name appears.
+    QString place(const QString &name) const { return m_publication->place(name); }
     /// Throws Failure when a signal asked the program to end.
     void checkInterrupted() const;
-    /// Throws Failure when the disk is full, which not every driver notices.
+    /// Throws Failure when the disk is full or a file as large as files may be, which not every driver
+    /// notices.
     void checkRoom() const;
-    /// Moves everything into place. \p obsolete are paths of files of what was there before, which are
-    /// removed when they lie beside the output, belong to its name and have no successor. Throws Failure,
-    /// after which nothing new is there.
-    void publish(const QStringList &obsolete);
+    /// Moves everything into place. \p parts are the files that the output was made of before: when it is
+    /// overwritten, they are replaced or, for a projection file that stayed would speak for the new
+    /// coordinates, removed. No other file is touched. Throws Failure, after which all is as it was.
+    void publish(const QStringList &parts);
 
 private:
-    void replace(const QString &name, QStringList &done);
-    void removeObsolete(const QStringList &obsolete, const QStringList &fresh) const;
+    QStringList namesBeside(const QStringList &parts) const;
 
     QString m_target;
     bool m_overwrite;
-    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<nivora::files::Publication> m_publication;
 };
