@@ -726,14 +726,16 @@
         <translation>&quot;%1&quot; cannot be written in %2</translation>
     </message>
     <message>
-        <source>не является числом</source>
-        <translation>is no number</translation>
         <source>Файл %1 изменяет другая программа</source>
         <translation>The file %1 is being changed by another program</translation>
     </message>
     <message>
         <source>Объявление DOCTYPE не допускается</source>
         <translation>A DOCTYPE is not allowed</translation>
+    </message>
+    <message>
+        <source>не является числом</source>
+        <translation>is no number</translation>
     </message>
 </context>
 </TS>
