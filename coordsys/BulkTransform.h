@@ -1,6 +1,7 @@
 #pragma once
 
 #include <coordsys/CoordTransform.h>
+#include <coordsys/OperationTally.h>
 
 #include <QPointF>
 #include <QVector>
@@ -33,6 +34,11 @@ struct BulkOptions
     /// Is told the number of points (expected at the start, advanced block by block) and asked for
     /// cancellation; may be null.
     std::shared_ptr<nivora::concurrent::ProgressHandler> progress;
+    /// Is told by which operations the points went; borrowed for the call, may be null. Where PROJ chooses by
+    /// place the points go one by one then, which costs a tenth more.
+    OperationTally *tally = nullptr;
+    /// A point for which the datums' difference would be left out fails.
+    bool refusesBallpark = false;
 };
 
 /// What became of a list.

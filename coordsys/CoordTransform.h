@@ -2,6 +2,8 @@
 
 #include <coordsys/CoordSystemTypes.h>
 #include <coordsys/GeographicBounds.h>
+#include <coordsys/GridOffer.h>
+#include <coordsys/OperationChoice.h>
 #include <coordsys/TransformOperation.h>
 
 #include <QPointF>
@@ -34,7 +36,12 @@ public:
     CoordTransform(const CoordSystemPtr &from, const CoordSystemPtr &to);
     /// The same with an epoch. Throws std::invalid_argument also for one that is no finite number.
     CoordTransform(const CoordSystemPtr &from, const CoordSystemPtr &to, std::optional<double> epoch);
-    /// A copy shares the engine's objects and has the epoch too.
+    /// By what is chosen, both ways, instead of what PROJ would choose by place. Throws std::logic_error also
+    /// when nothing of the pair fits the choice, with the reason: an operation that joins other systems, a
+    /// missing grid, what the pair has instead. Some 10 ms each time: chosen operations are not kept.
+    CoordTransform(const CoordSystemPtr &from, const CoordSystemPtr &to, const OperationChoice &choice,
+                   std::optional<double> epoch = std::nullopt);
+    /// A copy shares the engine's objects and has the epoch and the choice too.
     CoordTransform(const CoordTransform &other);
     /// Likewise.
     CoordTransform &operator=(const CoordTransform &other);
@@ -55,12 +62,21 @@ public:
     /// The epoch, none when there is none.
     std::optional<double> epoch() const;
 
-    /// What PROJ has for the pair as it stands, in its order. At each place it takes, of the usable ones
-    /// whose area holds the place, the most accurate, of equally accurate ones the first; those whose grids
-    /// are missing stand behind the others. Ways through WGS 84 (between a plan and the earth) have the
-    /// operations of both steps. Empty for equal systems. Some 10 ms, in a context of its own. Throws
-    /// std::logic_error when PROJ knows no way. Thread-safe.
+    /// The operations that work here for the pair as it stands, in PROJ's order and by the criterion that
+    /// the transformation is made with: those whose grids are missing are none of them. At each place PROJ
+    /// takes the most accurate of those whose area holds the place. Ways through WGS 84 (between a plan and
+    /// the earth) have the operations of both steps. A choice does not change the list. Empty for equal
+    /// systems. Some 10 ms, in a context of its own. Throws std::logic_error when PROJ knows no way.
+    /// Thread-safe.
     QVector<TransformOperation> operations() const;
+    /// The operation that PROJ used for a point of the source when it was transformed just now; of a way
+    /// through WGS 84 both as one. None for equal systems and when the point fails. Thread-safe.
+    std::optional<TransformOperation> operationAt(const QPointF &point) const;
+    /// Files that are missing here and what a position would be worth with them. As operations().
+    QVector<GridOffer> gridOffers() const;
+
+    /// What was chosen in place of PROJ's own choice by place.
+    OperationChoice operationChoice() const;
 
     /// \name Transformations. They never throw for coordinates: false when a point fails.
     /// @{

@@ -737,5 +737,61 @@
         <source>не является числом</source>
         <translation>is no number</translation>
     </message>
+    <message>
+        <source>Нет такой операции: %1</source>
+        <translation>There is no such operation: %1</translation>
+    </message>
+    <message>
+        <source>Для операции «%1» нет файла %2</source>
+        <translation>The operation &quot;%1&quot; lacks the file %2</translation>
+    </message>
+    <message>
+        <source>«%1», %2 м</source>
+        <translation>&quot;%1&quot;, %2 m</translation>
+    </message>
+    <message>
+        <source>у этих КС есть только пересчёт без сдвига датума</source>
+        <translation>these systems have only a conversion that leaves the datum shift out</translation>
+    </message>
+    <message>
+        <source>у этих КС есть %1</source>
+        <translation>these systems have %1</translation>
+    </message>
+    <message>
+        <source>Нет операции, которая подходит выбору: %1</source>
+        <translation>No operation fits the choice: %1</translation>
+    </message>
+    <message>
+        <source>Операция «%1» грубее, чем разрешено</source>
+        <translation>The operation &quot;%1&quot; is coarser than allowed</translation>
+    </message>
+    <message>
+        <source>Между планом и землёй операцию выбрать нельзя</source>
+        <translation>No operation can be chosen between a plan and the earth</translation>
+    </message>
+    <message>
+        <source>Операция не соединяет эти КС: точку (%1) она переводит в (%2), а не в (%3). Порядок координат: сначала x (долгота)</source>
+        <translation>The operation does not join these systems: it takes the point (%1) to (%2) and not to (%3). The order of coordinates is x (longitude) first</translation>
+    </message>
+    <message>
+        <source>Операция «%1» соединяет %2, а не эти КС</source>
+        <translation>The operation &quot;%1&quot; joins %2, not these systems</translation>
+    </message>
+    <message>
+        <source>Операция не имеет обратной: %1</source>
+        <translation>The operation has no way back: %1</translation>
+    </message>
+    <message>
+        <source>Выбор операции не читается: %1</source>
+        <translation>The choice of an operation cannot be read: %1</translation>
+    </message>
+    <message>
+        <source>Область не лежит на земле</source>
+        <translation>The area does not lie on the earth</translation>
+    </message>
+    <message>
+        <source>Погрешность должна быть больше нуля</source>
+        <translation>The error must be greater than zero</translation>
+    </message>
 </context>
 </TS>

@@ -12,6 +12,8 @@
 
 namespace nivora::cs {
 
+struct TransformOperation;
+
 inline bool isFinite(const QPointF &point) { return std::isfinite(point.x()) && std::isfinite(point.y()); }
 
 /// A degree as PROJ's conversion of units has it.
@@ -62,7 +64,8 @@ struct ProjOperation
     std::shared_ptr<PJ> pj; ///< null for no step
     CoordinateUnits in[2];
     CoordinateUnits out[2];
-    bool isInverse = false; ///< the object goes from target to source
+    bool isInverse = false;                           ///< the object goes from target to source
+    std::shared_ptr<const TransformOperation> single; ///< what it is; null where PROJ chooses by place
 
     ProjOperation() = default;
     /// Radians as the object itself says. Takes the PROJ lock.

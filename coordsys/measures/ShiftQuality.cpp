@@ -84,11 +84,14 @@ const TransformOperation *mostAccurate(const QVector<TransformOperation> &operat
     return best;
 }
 
-void readOperations(const QVector<TransformOperation> &operations, ShiftQuality &quality)
+void readOperations(PJ_CONTEXT *context, const PJ *from, const PJ *to, ShiftQuality &quality)
 {
-    const auto best = [&](auto &&fits) { return mostAccurate(operations, quality.place, fits); };
-    if (const TransformOperation *used = best([](const TransformOperation &o) { return o.isUsable(); }))
+    const QVector<TransformOperation> working = operationsBetween(context, from, to, OperationSet::Working);
+    if (const TransformOperation *used =
+            mostAccurate(working, quality.place, [](const auto &) { return true; }))
         quality.operation = used->name;
+    const QVector<TransformOperation> operations = operationsBetween(context, from, to, OperationSet::Known);
+    const auto best = [&](auto &&fits) { return mostAccurate(operations, quality.place, fits); };
     if (const TransformOperation *bare = best([](const TransformOperation &o) { return o.grids.isEmpty(); }))
         quality.accuracyM = bare->accuracyM;
     const TransformOperation *whole = best([](const TransformOperation &) { return true; });
@@ -114,7 +117,7 @@ std::optional<ShiftQuality> operationQuality(const QString &definition)
                              ? definition
                              : QString::fromUtf8(proj_get_name(crs.get()));
     if (const PjHandle base = baseOf(context.get(), crs.get()))
-        readOperations(operationsBetween(context.get(), base.get(), wgs84.get()), quality);
+        readOperations(context.get(), base.get(), wgs84.get(), quality);
     return quality;
 }
 

@@ -3,6 +3,7 @@
 #include "AffineMap_p.h"
 #include "OperationPool_p.h"
 #include "ParallelFor_p.h"
+#include "TransformOperations_p.h"
 #include "TransformStrategies_p.h"
 #include <coordsys/CoordSystem.h>
 #include <platform/utils/ProgressHandler.h>
@@ -75,6 +76,46 @@ struct Way
     }
 };
 
+bool isSingle(const TransformQueue &queue)
+{
+    return queue.first.single && (!queue.second || queue.second.single);
+}
+
+bool leavesDatumOut(const OperationWatch::Pair &used)
+{
+    return used[0]->isBallpark || (used[1] && used[1]->isBallpark);
+}
+
+/// The points of a block by operation, of which there are few.
+class UseCounts
+{
+public:
+    void add(const OperationWatch::Pair &used)
+    {
+        if (m_last == m_counts.size() || m_counts[m_last].first != used)
+            m_last = place(used);
+        ++m_counts[m_last].second;
+    }
+    void report(OperationTally &tally) const
+    {
+        for (const auto &[used, points] : m_counts)
+            tally.add(used[1] ? joined(*used[0], *used[1]) : *used[0], points);
+    }
+
+private:
+    std::size_t place(const OperationWatch::Pair &used)
+    {
+        const auto known =
+            std::find_if(m_counts.begin(), m_counts.end(), [&](const auto &c) { return c.first == used; });
+        const auto place = static_cast<std::size_t>(known - m_counts.begin());
+        if (known == m_counts.end())
+            m_counts.emplace_back(used, 0);
+        return place;
+    }
+    std::vector<std::pair<OperationWatch::Pair, qint64>> m_counts;
+    std::size_t m_last = 0;
+};
+
 /// The positions of a part's failed points, which become NaN.
 void collectFailures(QPointF *points, std::size_t begin, std::size_t end, std::vector<std::size_t> &failed)
 {
@@ -108,6 +149,9 @@ private:
     bool goesOn();
     void convertBlock(std::size_t begin, std::size_t end, std::vector<std::size_t> &failed) const;
     void convertPieces(std::size_t begin, std::size_t end) const;
+    bool isWatched() const { return m_options.tally || m_options.refusesBallpark; }
+    void watchSingle(std::size_t begin, std::size_t end) const;
+    void convertWatched(std::size_t begin, std::size_t end) const;
 
     const Way &m_way;
     const QPointF *m_in;
@@ -154,6 +198,8 @@ void ListJob::convertBlock(std::size_t begin, std::size_t end, std::vector<std::
 {
     if (m_way.fails())
         std::fill(m_out + begin, m_out + end, failedPoint);
+    else if (m_way.stock && isWatched() && !isSingle(m_way.stock->original()))
+        convertWatched(begin, end);
     else if (m_way.stock)
         convertPieces(begin, end);
     else if (m_in != m_out)
@@ -170,6 +216,43 @@ void ListJob::convertPieces(std::size_t begin, std::size_t end) const
             std::copy(m_in + i, m_in + i + size, m_out + i);
         m_way.convert(engine.queue(), m_out + i, size);
     }
+    if (isWatched())
+        watchSingle(begin, end);
+}
+
+/// Where there is one operation for all points.
+void ListJob::watchSingle(std::size_t begin, std::size_t end) const
+{
+    const TransformQueue &queue = m_way.stock->original();
+    const TransformOperation used =
+        queue.second ? joined(*queue.first.single, *queue.second.single) : *queue.first.single;
+    if (m_options.refusesBallpark && used.isBallpark)
+        std::fill(m_out + begin, m_out + end, failedPoint);
+    if (m_options.tally)
+        m_options.tally->add(used, std::count_if(m_out + begin, m_out + end, isFinite));
+}
+
+/// Point by point where PROJ chooses by place.
+void ListJob::convertWatched(std::size_t begin, std::size_t end) const
+{
+    const PoolLease engine(*m_way.stock);
+    std::unique_ptr<OperationWatch> spare;
+    OperationWatch &watch = engine.watch(spare);
+    UseCounts counts;
+    for (std::size_t i = begin; i < end; ++i) {
+        QPointF point = m_in[i];
+        m_way.convert(engine.queue(), point);
+        if (isFinite(point)) {
+            const OperationWatch::Pair &used = watch.lastUsed(engine.queue());
+            if (m_options.refusesBallpark && leavesDatumOut(used))
+                point = failedPoint;
+            else
+                counts.add(used);
+        }
+        m_out[i] = point;
+    }
+    if (m_options.tally)
+        counts.report(*m_options.tally);
 }
 
 BulkResult ListJob::result()

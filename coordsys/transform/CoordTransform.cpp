@@ -1,6 +1,7 @@
 #include <coordsys/CoordTransform.h>
 
 #include "AffineMap_p.h"
+#include "ChosenOperation_p.h"
 #include "GeographicBounds_p.h"
 #include "TransformMesh_p.h"
 #include <coordsys/CoordSystem.h>
@@ -84,9 +85,10 @@ bool Way::convertList(const QVector<QPointF> &in, QVector<QPointF> &out) const
 
 struct NIVORA_CS_NO_EXPORT CoordTransform::Impl
 {
-    Impl(const CoordSystemPtr &from, const CoordSystemPtr &to)
+    Impl(const CoordSystemPtr &from, const CoordSystemPtr &to, const OperationChoice &wanted = {})
         : source(from)
         , destination(to)
+        , choice(wanted)
     {
         if (!from)
             throw std::invalid_argument("cs_from");
@@ -94,7 +96,8 @@ struct NIVORA_CS_NO_EXPORT CoordTransform::Impl
             throw std::invalid_argument("cs_to");
         isEqualsCS = !haveDifferentCodes(*from, *to) && coordTransformCache().areEqual(*from, *to);
         if (!isEqualsCS)
-            queue = coordTransformCache().queueFor(from, to);
+            queue =
+                choice.isDefault() ? coordTransformCache().queueFor(from, to) : chosenQueue(from, to, choice);
     }
 
     bool transformList(bool forward, const QVector<QPointF> &in, QVector<QPointF> &out) const;
@@ -105,6 +108,7 @@ struct NIVORA_CS_NO_EXPORT CoordTransform::Impl
     bool isEqualsCS = false;
     CoordSystemPtr source;
     CoordSystemPtr destination;
+    OperationChoice choice;
     TransformQueuePtr queue; ///< null for equal systems
     double time = HUGE_VAL;  ///< the epoch as PROJ is given it
 
@@ -209,8 +213,15 @@ CoordTransform::CoordTransform(const CoordSystemPtr &from, const CoordSystemPtr 
     setEpoch(epoch);
 }
 
+CoordTransform::CoordTransform(const CoordSystemPtr &from, const CoordSystemPtr &to,
+                               const OperationChoice &choice, std::optional<double> epoch)
+    : m_impl(std::make_unique<Impl>(from, to, choice))
+{
+    setEpoch(epoch);
+}
+
 CoordTransform::CoordTransform(const CoordTransform &other)
-    : CoordTransform(other.sourceCoordSystem(), other.destinationCoordSystem(), other.epoch())
+    : m_impl(std::make_unique<Impl>(*other.m_impl))
 {}
 
 CoordTransform &CoordTransform::operator=(const CoordTransform &other)
@@ -234,6 +245,8 @@ void CoordTransform::setEpoch(std::optional<double> epoch)
         throw std::invalid_argument("epoch");
     m_impl->time = epoch.value_or(HUGE_VAL);
 }
+
+OperationChoice CoordTransform::operationChoice() const { return m_impl->choice; }
 
 std::optional<double> CoordTransform::epoch() const
 {

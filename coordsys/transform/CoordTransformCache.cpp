@@ -3,6 +3,7 @@
 #include "CatalogueRevision_p.h"
 #include "CrsDefinition_p.h"
 #include "FusedUnits_p.h"
+#include "TransformOperations_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
@@ -88,6 +89,7 @@ ProjOperation stepOf(const std::shared_ptr<PJ> &pj)
 {
     const QMutexLocker lock(globalProj4Mutex());
     ProjOperation step(pj);
+    step.single = singleOperation(globalProjContext(), pj.get());
     const PjHandle source = ownPj(proj_get_source_crs(globalProjContext(), pj.get()));
     const PjHandle target = ownPj(proj_get_target_crs(globalProjContext(), pj.get()));
     if (step.in[0].isPlain() && step.out[0].isPlain())

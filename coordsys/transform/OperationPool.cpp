@@ -102,6 +102,17 @@ void PoolLease::borrow()
     }
 }
 
+OperationWatch &PoolLease::watch(std::unique_ptr<OperationWatch> &spare) const
+{
+    PooledOperation *const engine = m_engine        ? m_engine.get()
+                                    : m_claim.place ? m_claim.place->engine.get()
+                                                    : nullptr;
+    std::unique_ptr<OperationWatch> &watch = engine ? engine->watch : spare;
+    if (!watch)
+        watch = std::make_unique<OperationWatch>(engine ? engine->context : nullptr);
+    return *watch;
+}
+
 void PoolLease::giveBack()
 {
     if (m_isLocked)

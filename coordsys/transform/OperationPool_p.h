@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CoordTransformCache_p.h"
+#include "OperationWatch_p.h"
 
 #include <QMutex>
 
@@ -17,6 +18,7 @@ struct PooledOperation
 {
     PJ_CONTEXT *context = nullptr;
     TransformQueue queue;
+    std::unique_ptr<OperationWatch> watch; ///< made on first need
 
     PooledOperation() = default;
     PooledOperation(const PooledOperation &) = delete;
@@ -97,6 +99,8 @@ public:
     PoolLease &operator=(const PoolLease &) = delete;
 
     const TransformQueue &queue() const { return *m_queue; }
+    /// That of the engine; \p spare, made on the spot, without an engine of its own.
+    OperationWatch &watch(std::unique_ptr<OperationWatch> &spare) const;
 
 private:
     struct Claim

@@ -326,21 +326,17 @@ private Q_SLOTS:
         const auto operations =
             CoordTransform(made(QStringLiteral("epsg:27700")), made(QStringLiteral("epsg:4326")))
                 .operations();
-        const auto named = [&](const char *end) {
-            return *std::find_if(operations.begin(), operations.end(), [&](const TransformOperation &o) {
-                return o.name.endsWith(QLatin1String(end));
-            });
-        };
-        QCOMPARE(operations.size(), 9);
-        QVERIFY(operations.first().name.endsWith(QLatin1String("OSGB36 to WGS 84 (6)")));
-        QVERIFY(operations.first().isUsable() && operations.first().hasInverse);
-        QCOMPARE(operations.first().accuracyM, 2.0);
-        VERIFY_NEAR(operations.first().area, QRectF(-8.82, 49.79, 10.74, 11.15), 1e-6);
-        const TransformOperation byGrid = named("OSGB36 to WGS 84 (9)");
-        QCOMPARE(byGrid.accuracyM, 1.0);
-        QCOMPARE(byGrid.grids.value(0).name, QStringLiteral("uk_os_OSTN15_NTv2_OSGBtoETRS.tif"));
-        QCOMPARE(byGrid.isUsable(), byGrid.grids.value(0).isAvailable);
+        QCOMPARE(operations.size(), 8);
+        const TransformOperation &first = operations.first();
+        QCOMPARE(first.shortName, "OSGB36 to WGS 84 (6)"_s);
+        QVERIFY(first.isUsable() && first.hasInverse && first.codes.contains("EPSG:1314"_s));
+        QVERIFY(first.accuracyM == 2.0 && first.worthM() == 2.0 && first.ensembleAccuracyM == 2.0);
+        VERIFY_NEAR(first.area, QRectF(-8.82, 49.79, 10.74, 11.15), 1e-6);
         QVERIFY(operations.last().isBallpark && operations.last().accuracyM == -1.0);
+        QVERIFY(!operations.last().worthM() && operations.last().leavesOut.startsWith("Ordnance Survey"_s));
+        const auto offers = CoordTransform(made("epsg:27700"), made("epsg:4326")).gridOffers();
+        QVERIFY(!offers.isEmpty() &&
+                offers.first().withM().value_or(9) <= offers.first().withoutM().value_or(0));
         // Both steps of a way through WGS 84; no step for equal systems; a projection alone is exact.
         const auto plan =
             CoordTransform(made(QStringLiteral("NonEarth Units \"m\"")), made(utm37)).operations();
