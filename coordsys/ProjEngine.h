@@ -62,9 +62,11 @@ public:
 };
 
 /// PROJ text as this library hands it to PROJ. Geographic text with "+ellps=WGS84" and a zero shift gets
-/// "+datum=WGS84"; text without "+towgs84" gets a zero shift (before "+no_defs" when it is there), for
-/// systems that are not geographic only when \p onlyGeographicDatumFix is false; "+R_A" is removed.
-/// Thread-safe.
+/// "+datum=WGS84"; text without a datum gets a zero shift (before "+no_defs" when it is there), for systems
+/// that are not geographic only when \p onlyGeographicDatumFix is false; "+R_A" is removed. A datum is stated
+/// by
+/// "+towgs84", "+nadgrids" and any "+datum" but WGS84, and an equatorial radius more than 0.5 % off the
+/// earth's is another body's: such text keeps what it says. Thread-safe.
 NIVORA_CS_EXPORT QString fixedProjString(const QString &proj, bool onlyGeographicDatumFix);
 
 /// \p proj without its towgs84, nadgrids and geoidgrids terms (the blanks around them stay).

@@ -1,6 +1,6 @@
 #include "MapinfoIndex_p.h"
 
-#include "OsrHandle_p.h"
+#include "EngineGate_p.h"
 #include "PrjNumber_p.h"
 #include "ProjectionTable_p.h"
 #include <coordsys/CatalogueSource.h>
@@ -428,7 +428,7 @@ MapinfoIndex::DatumFigures MapinfoIndex::figuresOf(const CrsFingerprint &facts)
     const CplErrorScope quiet;
     const std::shared_ptr<void> srs = newSrs();
     DatumFigures figures;
-    if (OSRImportFromMICoordSys(srs.get(), text.toUtf8().constData()) != OGRERR_NONE)
+    if (!importFromMapinfo(srs.get(), text))
         return figures;
     OGRErr code = OGRERR_NONE;
     const double semiMajor = OSRGetSemiMajor(srs.get(), &code);

@@ -1,10 +1,8 @@
 #include "EpsgSearch_p.h"
 
 #include "CrsComparison_p.h"
-#include "CrsParts_p.h"
+#include "EngineGate_p.h"
 #include "EpsgSearchCache_p.h"
-#include "OsrHandle_p.h"
-#include "ProjLists_p.h"
 #include "RegisteredShift_p.h"
 #include "SearchContext_p.h"
 #include <coordsys/CatalogueSource.h>
@@ -107,22 +105,19 @@ Wanted wantedFrom(void *srs)
 /// The best ones of GDAL's search that have the same unit of length, in its order.
 std::vector<Candidate> candidatesFor(const Wanted &wanted, const std::shared_ptr<ProgressHandler> &progress)
 {
-    int count = 0;
-    int *rawConfidences = nullptr;
-    const SrsArray matches(OSRFindMatches(wanted.srs.get(), nullptr, &count, &rawConfidences));
-    const std::unique_ptr<int, decltype(&VSIFree)> confidences(rawConfidences, VSIFree);
+    const MatchedSrs found = matchSrs(wanted.srs.get());
+    const int *const confidences = found.confidences.get();
     std::vector<Candidate> candidates;
-    if (!matches || count == 0 || !confidences || confidences.get()[0] < leastConfidence)
+    if (found.count == 0 || confidences[0] < leastConfidence)
         return candidates;
-    const int best = *std::max_element(confidences.get(), confidences.get() + count);
-    for (int i = 0; i < count && !isCanceled(progress); ++i) {
-        OGRSpatialReferenceH match = matches.get()[i];
+    const int best = *std::max_element(confidences, confidences + found.count);
+    for (int i = 0; i < found.count && !isCanceled(progress); ++i) {
+        OGRSpatialReferenceH match = found.list.get()[i];
         const QString authority = QString::fromLatin1(OSRGetAuthorityName(match, nullptr));
         const int code = QString::fromLatin1(OSRGetAuthorityCode(match, nullptr)).toInt();
         const double metres = OSRGetLinearUnits(match, nullptr);
-        if (confidences.get()[i] == best &&
-            authority.compare(QLatin1String("EPSG"), Qt::CaseInsensitive) == 0 && code > 0 &&
-            std::fabs(metres - wanted.metresPerUnit) <= 1e-9 * metres)
+        if (confidences[i] == best && authority.compare(QLatin1String("EPSG"), Qt::CaseInsensitive) == 0 &&
+            code > 0 && std::fabs(metres - wanted.metresPerUnit) <= 1e-9 * metres)
             candidates.push_back({code, QString::fromUtf8(OSRGetAttrValue(match, "DATUM", 0))});
     }
     return candidates;
@@ -207,13 +202,11 @@ int searchByProj(const QString &wkt, const std::shared_ptr<ProgressHandler> &pro
         plain = ownPj(proj_create(context.get(), bareWkt(wkt).toUtf8().constData()));
     if (!plain || isCanceled(progress))
         return undefined;
-    int *rawConfidences = nullptr;
-    const PjList list(proj_identify(context.get(), plain.get(), "EPSG", nullptr, &rawConfidences));
-    const PjIntList confidences(rawConfidences);
-    for (int i = 0; list && confidences && i < proj_list_get_count(list.get()); ++i) {
-        if (confidences.get()[i] < sureEnough)
+    const IdentifiedCrs found = identifyCrs(context.get(), plain.get(), "EPSG");
+    for (int i = 0; i < found.count(); ++i) {
+        if (found.confidences.get()[i] < sureEnough)
             break; // the best come first
-        const PjHandle match = ownPj(proj_list_get(context.get(), list.get(), i));
+        const PjHandle match = ownPj(proj_list_get(context.get(), found.list.get(), i));
         if (match && isSamePlane(context.get(), plain.get(), match.get()))
             return codeOf(match.get(), QLatin1String("EPSG")).value_or(undefined);
     }

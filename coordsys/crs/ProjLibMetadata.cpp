@@ -1,5 +1,6 @@
 #include <coordsys/ProjLibMetadata.h>
 
+#include "EngineGate_p.h"
 #include <coordsys/ProjEngine.h>
 #include <platform/Logger.h>
 
@@ -19,14 +20,6 @@ using nivora::concurrent::ProgressHandler;
 /// PROJ's own measure of how well a candidate fits text that is not a CRS by itself.
 constexpr int sureEnough = 70;
 
-struct ListDestroy
-{
-    void operator()(PJ_OBJ_LIST *list) const { proj_list_destroy(list); }
-};
-struct IntListDestroy
-{
-    void operator()(int *list) const { proj_int_list_destroy(list); }
-};
 struct StringListDestroy
 {
     void operator()(char **list) const { proj_string_list_destroy(list); }
@@ -70,17 +63,13 @@ PjHandle createKnown(int code, const QString &auth, const QString &question)
 /// The first candidate with a code, in PROJ's order (best first). Needs the PROJ lock.
 int firstCode(const ProgressHandler &progress, PJ *pj, int leastConfidence)
 {
-    int *rawConfidence = nullptr;
-    const std::unique_ptr<PJ_OBJ_LIST, ListDestroy> list(proj_identify(
-        globalProjContext(), pj, ProjLibMetadata::EPSG.toLocal8Bit().constData(), nullptr, &rawConfidence));
-    const std::unique_ptr<int, IntListDestroy> confidence(rawConfidence);
-    const int count = list ? proj_list_get_count(list.get()) : 0;
-    for (int i = 0; i < count; ++i) {
+    const IdentifiedCrs found = identifyCrs(globalProjContext(), pj, "EPSG");
+    for (int i = 0; i < found.count(); ++i) {
         if (progress.isCanceled())
             break;
-        if (confidence && confidence.get()[i] < leastConfidence)
+        if (found.confidences.get()[i] < leastConfidence)
             continue;
-        const PjHandle candidate = ownPj(proj_list_get(globalProjContext(), list.get(), i));
+        const PjHandle candidate = ownPj(proj_list_get(globalProjContext(), found.list.get(), i));
         if (const char *code = candidate ? proj_get_id_code(candidate.get(), 0) : nullptr)
             return QString::fromUtf8(code).toInt();
     }

@@ -1,6 +1,6 @@
 #include <coordsys/SpatialReferenceText.h>
 
-#include "OsrHandle_p.h"
+#include "EngineGate_p.h"
 #include "ProjectionTable_p.h"
 #include "SpatialReferenceText_p.h"
 #include <coordsys/CatalogueSource.h>
@@ -68,13 +68,11 @@ void complainIncorrect(Exported &exported, const QString &what)
     exported.complaints << QObject::tr("Строка PRJ сформирована некорректно (%1)").arg(what);
 }
 
-void exportToMapInfo(OGRSpatialReferenceH srs, Exported &out)
+void readDriverText(OGRSpatialReferenceH srs, Exported &out)
 {
     const CplErrorScope errors;
-    char *raw = nullptr;
-    const OGRErr code = OSRExportToMICoordSys(srs, &raw);
-    const CplText text(raw);
-    if (code != OGRERR_NONE)
+    CplText text;
+    if (!exportToMapinfo(srs, text))
         throw ExportToPrjException();
     out.warned = CPLGetLastErrorType() == CE_Warning;
     if (out.warned)
@@ -132,7 +130,7 @@ Exported exportedFrom(OGRSpatialReferenceH srs)
 {
     const QMutexLocker lock(globalProj4Mutex());
     Exported out;
-    exportToMapInfo(srs, out);
+    readDriverText(srs, out);
 
     const CplErrorScope quiet;
     out.local = OSRIsLocal(srs) != 0;

@@ -16,7 +16,7 @@ namespace nivora::cs {
 
 struct CplFree
 {
-    void operator()(char *text) const { VSIFree(text); }
+    void operator()(void *text) const { VSIFree(text); }
 };
 /// Text that GDAL allocated.
 using CplText = std::unique_ptr<char, CplFree>;

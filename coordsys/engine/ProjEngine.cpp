@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -65,6 +66,42 @@ PjHandle projObject(QString text, const QString &asked)
     return result;
 }
 
+/// Equatorial radius of PROJ's ellipsoid of a name, metres; 0 for an unknown one.
+double radiusOfEllipsoidM(const QByteArray &name)
+{
+    for (const PJ_ELLPS *known = proj_list_ellps(); known && known->id; ++known)
+        if (name == known->id)
+            return QByteArray(known->major).mid(int(std::strlen("a="))).toDouble();
+    return 0.0;
+}
+
+/// Equatorial radius that PROJ text states, metres; 0 when it states none.
+double statedRadiusM(const QString &proj)
+{
+    static const QRegularExpression sphere(QStringLiteral("\\+R=(\\S+)"));        // "+R=1737400", wins
+    static const QRegularExpression axis(QStringLiteral("\\+a=(\\S+)"));          // "+a=3396190"
+    static const QRegularExpression ellipsoid(QStringLiteral("\\+ellps=(\\S+)")); // "+ellps=krass"
+    for (const QRegularExpression *figure : {&sphere, &axis}) {
+        const QRegularExpressionMatch match = figure->match(proj);
+        if (match.hasMatch())
+            return match.capturedRef(1).toDouble();
+    }
+    return radiusOfEllipsoidM(ellipsoid.match(proj).captured(1).toLatin1());
+}
+
+/// A text with a datum of its own, or of another body, knows better than a zero shift to WGS 84.
+bool takesZeroShift(const QString &proj)
+{
+    static const QRegularExpression ownShift( // "+datum=NAD27", "+nadgrids=conus"
+        QStringLiteral("\\+(towgs84|nadgrids)=|\\+datum=(?!WGS84(\\s|$))"));
+    constexpr double earthRadiusM = 6378137.0;
+    constexpr double sameBody = 0.005; // PROJ's own measure of a celestial body
+    if (ownShift.match(proj).hasMatch())
+        return false;
+    const double radiusM = statedRadiusM(proj);
+    return radiusM == 0.0 || std::fabs(radiusM - earthRadiusM) <= sameBody * earthRadiusM;
+}
+
 QString withZeroShift(const QString &proj, bool onlyGeographicDatumFix)
 {
     // "+proj=longlat +ellps=WGS84 +no_defs"
@@ -76,7 +113,7 @@ QString withZeroShift(const QString &proj, bool onlyGeographicDatumFix)
     const bool geographic = geographicTerm.match(proj).hasMatch();
     if (geographic && result.contains(ellipsoid) && result.contains(zeroShift))
         result.replace(ellipsoid, QStringLiteral("+datum=WGS84")); // of the same length
-    if ((geographic || !onlyGeographicDatumFix) && !proj.contains(QLatin1String("+towgs84"))) {
+    if ((geographic || !onlyGeographicDatumFix) && takesZeroShift(proj)) {
         const int end = proj.indexOf(QLatin1String("+no_defs"));
         if (end < 0)
             result += QLatin1Char(' ') + zeroShift;
@@ -169,6 +206,20 @@ QString removeHelmertFromProjString(const QString &proj, bool &removed)
 PjHandle proj4FromString(const QString &proj) { return projObject(fixedProjString(proj, true), proj); }
 
 PjHandle proj4FromExport(const QString &proj) { return projObject(withZeroShift(proj, true), proj); }
+
+bool lacksDatum(const QString &proj)
+{
+    static const QRegularExpression known(QStringLiteral("\\+init=|\\+(ellps|datum)=WGS84\\b"));
+    return takesZeroShift(proj) && !proj.contains(known);
+}
+
+bool statesZeroShift(const QString &proj)
+{
+    // "+towgs84=0,0,0", "+towgs84=0.0,0,0,0,0,0,0"
+    static const QRegularExpression zero(QStringLiteral("\\+towgs84=[-+0.,]+(\\s|$)"));
+    static const QRegularExpression datum(QStringLiteral("\\+datum=(?!WGS84(\\s|$))"));
+    return proj.contains(datum) && proj.contains(zero);
+}
 
 QString withoutVerticalTerms(const QString &proj)
 {

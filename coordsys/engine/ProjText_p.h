@@ -7,6 +7,11 @@ namespace nivora::cs {
 /// As proj4FromString(), but for text that GDAL made from WKT: "+R_A" is part of what the WKT says and stays.
 PjHandle proj4FromExport(const QString &proj);
 
+/// True for text of the earth without a datum: fixedProjString() takes its shift to WGS 84 for zero.
+bool lacksDatum(const QString &proj);
+/// True for text that states a shift of zero for a datum that it names.
+bool statesZeroShift(const QString &proj);
+
 /// PROJ text without the terms of a vertical part, blanks before them included.
 QString withoutVerticalTerms(const QString &proj);
 

@@ -4,6 +4,7 @@
 #include "CoordSystemCache_p.h"
 #include "CrsDefinition_p.h"
 #include "DriverText_p.h"
+#include "EngineGate_p.h"
 #include "InputFile_p.h"
 #include "OsrHandle_p.h"
 #include "ProjText_p.h"
@@ -95,7 +96,7 @@ std::shared_ptr<void> importRecord(const TABProjInfo_t &record)
     const QMutexLocker lock(globalProj4Mutex());
     const CplErrorScope errors;
     std::shared_ptr<void> srs = newSrs();
-    if (OSRImportFromMICoordSys(srs.get(), mitabCoordSys(record).toUtf8().constData()) != OGRERR_NONE)
+    if (!importFromMapinfo(srs.get(), mitabCoordSys(record)))
         throw std::runtime_error(errors.message().toStdString());
     return srs;
 }

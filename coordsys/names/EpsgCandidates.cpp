@@ -1,8 +1,7 @@
 #include <coordsys/EpsgCandidates.h>
 
 #include "CrsDefinition_p.h"
-#include "CrsParts_p.h"
-#include "ProjLists_p.h"
+#include "EngineGate_p.h"
 #include "SearchContext_p.h"
 #include "TransformOperations_p.h"
 #include <coordsys/CoordSystem.h>
@@ -14,16 +13,14 @@ namespace {
 
 QList<EpsgCandidate> identified(PJ_CONTEXT *context, const PJ *crs)
 {
-    int *rawConfidences = nullptr;
-    const PjList list(proj_identify(context, crs, "EPSG", nullptr, &rawConfidences));
-    const PjIntList confidences(rawConfidences);
+    const IdentifiedCrs found = identifyCrs(context, crs, "EPSG");
     QList<EpsgCandidate> candidates;
-    for (int i = 0; list && confidences && i < proj_list_get_count(list.get()); ++i) {
-        const PjHandle match = ownPj(proj_list_get(context, list.get(), i));
+    for (int i = 0; i < found.count(); ++i) {
+        const PjHandle match = ownPj(proj_list_get(context, found.list.get(), i));
         const auto code = match ? codeOf(match.get(), QLatin1String("EPSG")) : std::nullopt;
         if (code)
             candidates << EpsgCandidate{*code, QString::fromUtf8(proj_get_name(match.get())),
-                                        confidences.get()[i]};
+                                        found.confidences.get()[i]};
     }
     std::stable_sort(
         candidates.begin(), candidates.end(),

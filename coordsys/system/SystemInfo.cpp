@@ -1,6 +1,7 @@
 #include <coordsys/SystemInfo.h>
 
 #include "CrsDefinition_p.h"
+#include "ProjText_p.h"
 #include <coordsys/CoordSystem.h>
 
 #include <proj.h>
@@ -8,7 +9,6 @@
 
 #include <QMutexLocker>
 #include <QObject>
-#include <QRegularExpression>
 
 #include <stdexcept>
 
@@ -131,14 +131,6 @@ void readCrs(const CrsDefinition &identity, SystemInfo &info)
     readMethod(context, crs.get(), info);
 }
 
-/// PROJ text that names neither a datum nor a shift.
-bool lacksDatum(const CoordSystemTypes::SourceData &source)
-{
-    static const QRegularExpression datum( // "+towgs84=1,2,3"
-        QStringLiteral("\\+(datum|towgs84|nadgrids|init)=|\\+(ellps|datum)=WGS84\\b"));
-    return source.type == CoordSystemTypes::Proj4 && !source.string.contains(datum);
-}
-
 bool hasUnit(const CoordSystem &cs)
 {
     try {
@@ -153,8 +145,11 @@ QStringList assumptionsOf(const CoordSystem &cs, const CrsDefinition *identity)
     QStringList result;
     if (identity && identity->isDemotedTo2D())
         result << QObject::tr("Вертикальная часть опущена.");
-    if (!cs.isNonEarth() && lacksDatum(cs.sourceParameters()))
+    const bool isProj = cs.sourceType() == CoordSystem::Proj4 && !cs.isNonEarth();
+    if (isProj && lacksDatum(cs.sourceParameters().string))
         result << QObject::tr("Датум не указан: сдвиг к WGS 84 принят нулевым.");
+    if (isProj && statesZeroShift(cs.sourceParameters().string))
+        result << QObject::tr("Сдвиг датума в тексте нулевой: датум принят за WGS 84.");
     if (!hasUnit(cs))
         result << QObject::tr("Единица измерения не опознана: приняты метры.");
     return result;
