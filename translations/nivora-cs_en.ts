@@ -793,5 +793,9 @@
         <source>Погрешность должна быть больше нуля</source>
         <translation>The error must be greater than zero</translation>
     </message>
+    <message>
+        <source>Сдвиг датума в тексте нулевой: датум принят за WGS 84.</source>
+        <translation>The text states a zero shift: its datum is taken for WGS 84.</translation>
+    </message>
 </context>
 </TS>
