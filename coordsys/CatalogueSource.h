@@ -10,6 +10,7 @@
 
 namespace nivora::cs {
 
+class CatalogueToken;
 class ProjectionParamsManager;
 struct TABProjInfo_t;
 
@@ -48,6 +49,10 @@ public:
     /// The description that the user gave to a system, empty when there is none.
     virtual QString userDescription(const CoordSystem &cs) const = 0;
 
+    /// What the systems made here find these catalogues by later, as long as this lives; null when they are
+    /// to ask the installed default instead.
+    virtual std::shared_ptr<const CatalogueToken> token() const;
+
     /// The creators: what CoordSysFactory says of each.
     virtual CoordSystemPtr createFromProj(const QString &proj) const = 0;
     /// See CoordSysFactory::createFromPrj.
@@ -80,7 +85,8 @@ private:
     const CatalogueSource *m_outer;
 };
 
-/// The source of the innermost scope of this thread, else the installed default factory. Thread-safe.
+/// The source of the innermost scope of this thread, else the installed default factory. A system opens a
+/// scope of its own factory's where it asks catalogues outside any. Thread-safe.
 /// Throws std::logic_error "Не проинициализированы КС" when there is neither.
 NIVORA_CS_EXPORT std::shared_ptr<const CatalogueSource> activeCatalogues();
 /// The same, null when there is neither.

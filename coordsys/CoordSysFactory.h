@@ -26,8 +26,8 @@ struct MIUnitConvParam;
 /// Threads: creators and accessors may run together after start-up; initCoordSystemEnvironment() and
 /// clearEnvironment() are start-up and shut-down only: no creator may run on another thread meanwhile.
 /// Ownership: catalogues, store and systems are shared and may outlive the factory. The MapInfo catalogue is
-/// then empty; systems and transformations go on converting, but what they ask of catalogues later (bounds,
-/// units, names) comes from the installed default. At the end of the process the default is not destroyed.
+/// then empty; systems and transformations go on converting. What systems ask of catalogues later (bounds,
+/// units, names) comes from the factory that made them while it lives, then from the installed default. At the end of the process the default is not destroyed.
 class NIVORA_CS_EXPORT CoordSysFactory : public CatalogueSource
 {
 public:
@@ -147,6 +147,7 @@ public:
     QRectF boundsOf(CoordSystem *cs) const override;
     QRectF boundsWithoutSearch(CoordSystem *cs) const override;
     QVector<CoordSystemPtr> systemsToCrop() const override;
+    std::shared_ptr<const CatalogueToken> token() const override;
     QString nameOfCode(int epsg) const override;
     int codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const override;
     QString userDescription(const CoordSystem &cs) const override;
@@ -161,7 +162,7 @@ private:
     CoordSystemPtr namedFromEpsg(int epsg) const;
     CoordSystemPtr namedFromWkt(const QString &wkt) const;
     CoordSystemPtr unnamedFromEpsg(int epsg) const;
-    CoordSystemPtr cataloguedEpsg(const QString &prj, int epsg) const;
+    CoordSystemPtr cataloguedEpsg(int entryCode, int epsg) const;
     static void useCrsProjection(CoordSystem &cs, const QString &proj);
     static CoordSystemPtr unnamedFromWkt(const std::shared_ptr<void> &srs,
                                          const std::shared_ptr<const CrsDefinition> &identity);

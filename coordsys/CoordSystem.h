@@ -21,6 +21,7 @@ namespace nivora::cs {
 
 class ProjectionParamsManager;
 class CatalogueName;
+class CatalogueToken;
 class CrsDefinition;
 struct ProjOperation;
 struct MIUnitConvParam;
@@ -42,8 +43,9 @@ struct MIUnitConvParam;
 ///   **degrees**.
 ///
 /// A system works without the factory that made it and may outlive it, and every static object. What asks
-/// a catalogue (unit, bounds, isEqual, crop flag, exports that name a unit or a datum) throws
-/// std::logic_error "Не проинициализированы КС" while no default factory is installed. Threads: const calls
+/// a catalogue (unit, bounds, isEqual, crop flag, exports that name a unit or a datum) asks that factory, and
+/// when it is gone the installed default; without either it throws std::logic_error "Не проинициализированы
+/// КС". Threads: const calls
 /// may run together, setters are for the thread that makes the object.
 class NIVORA_CS_EXPORT CoordSystem : public CoordSystemTypes
 {
@@ -92,11 +94,18 @@ public:
     bool needCropCoords() const;
 
     /// EPSG code, or EPSG_UNDEFINDED. A system made from an EPSG code answers with that code, one made from
-    /// WKT with the code that the text states when the database's system of that code is this one. Else a
-    /// search (up to 0.2 s) on first call, then kept, a failure too unless it was cancelled; it gives no code
-    /// to a system that merely resembles a registered one. Throws std::logic_error on a fresh object.
+    /// WKT with the code that the text states when the database's system of that code is this one, one of a
+    /// catalogue with its entry's code unless the database's system of it has another plane. Else a search
+    /// (up to 0.2 s) on first call, then kept, a failure too unless it was cancelled or no catalogue was
+    /// there to ask; it gives no code to a system that merely resembles a registered one. A system with an
+    /// affine transformation has none (see baseCode()), but by its source or by a catalogue's entry with this
+    /// very transformation. Throws std::logic_error on a fresh object.
     int epsg(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress) const;
     int epsg() const;
+    /// The code of the system that the affine transformation moves; EPSG_UNDEFINDED without a transformation.
+    /// Found as epsg() is.
+    int baseCode(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress) const;
+    int baseCode() const;
     /// The code of the search alone, whatever setEpsg() or the source say; equal systems have the same.
     int matchedEpsg(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress) const;
     int matchedEpsg() const;
@@ -135,7 +144,8 @@ public:
     /// WKT 1; empty on failure (logged). A system with an EPSG code is written as the database names it, code
     /// included, with a shift to WGS 84 that its own text states; reading that back gives the same code (of
     /// a compound or three-dimensional system that of its horizontal part). May search for the code, as
-    /// epsg().
+    /// epsg(). An affine transformation has no place in WKT 1: of a system that has one this is the system
+    /// that it moves, without its code.
     QString exportToWkt() const;
     /// exportToWkt(), but a non-earth plan is written as an equidistant cylinder on the sphere.
     QString exportToWkt2() const;
@@ -154,8 +164,11 @@ public:
 
     /// \name Equality
     /// @{
-    /// The same system: PROJ object, unit, bounds (unless ignored), affine transformation, datum. Symmetric.
-    /// A CoordSys source that cannot be read equals nothing but itself.
+    /// The same system: PROJ object, unit, bounds (unless ignored), affine transformation, MapInfo's datum.
+    /// Where both name a datum (by code, WKT or PROJ's "+datum"; a catalogue's entry by its code), PROJ must
+    /// find them equivalent too, but for the order of axes: one PROJ text is often that of several datums.
+    /// CoordSys text names none. Symmetric, but not transitive: a text without a datum may equal two systems
+    /// that differ. A CoordSys source that cannot be read equals nothing but itself.
     bool isEqual(const CoordSystem &other, bool ignoreRect) const;
     /// False for null.
     bool isEqual(const CoordSystemPtr &other, bool ignoreRect) const;
@@ -189,7 +202,8 @@ public:
     /// \name Setters, for the thread that makes the object
     /// @{
     void setDescription(const QString &description);
-    /// The answer of epsg(), except for a system made from an EPSG code. Not checked.
+    /// The answer of epsg(), except for a system made from an EPSG code; with an affine transformation that
+    /// of baseCode(). Not checked, but exports name the system by it only when its plane is this one's.
     void setEpsg(int epsg);
     /// What the system is known by, and what transformations are made from. Unit and computed bounds that
     /// were asked before stay as they are, also when reference or object are set: set all three first.
@@ -211,6 +225,7 @@ private:
     friend class CoordTransformCache;
     friend class SystemFacts;
     friend class CoordSystemCache;
+    friend class MapinfoCoordSystem;
     using IdentityPtr = std::shared_ptr<const CrsDefinition>;
 
     using LazyRect = nivora::utils::CachedValue<QRectF, std::function<QRectF()>>;
@@ -232,6 +247,19 @@ private:
     /// The description is found when it is first asked for: first by \p catalogued, which may be null.
     void setNameless(std::shared_ptr<const CatalogueName> catalogued = nullptr);
     QString foundDescription() const;
+    /// A catalogue's code for the system as it is now, affine transformation included. It counts when the
+    /// database has no system of that code, or one with this plane, which is looked at when it is asked for.
+    void setCataloguedEpsg(int epsg);
+    /// The system is the catalogue's entry of its code and stands for that code's definition.
+    void setEntryEpsg(int epsg);
+    bool hasForeignCataloguedCode() const;
+    bool isMoved() const;
+    int unmovedEpsg(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress) const;
+    /// The database's system of a code that was set; null when there is none or its plane is not this one's.
+    IdentityPtr codedIdentity() const;
+    bool isPlaneOf(const CrsDefinition &registered) const;
+    IdentityPtr judgedIdentity() const;
+    bool isEqualByText(const CoordSystem &other, bool ignoreRect) const;
     int statedEpsg() const;
     bool convertPoints(int direction, QPointF *points, std::size_t count) const;
     bool convertRect(int direction, const QRectF &in, QRectF &out) const;
@@ -277,7 +305,10 @@ private:
     mutable bool m_hasIdentity = false; ///< under m_lock; a failure is remembered too
     mutable QString m_description;      ///< under m_lock
     mutable bool m_isNameless = false;  ///< under m_lock
+    mutable IdentityPtr m_coded;        ///< under m_lock
+    mutable int m_codedFor = 0;         ///< the code that m_coded was found for, 0 for none; under m_lock
     std::shared_ptr<const CatalogueName> m_catalogueName;
+    std::shared_ptr<const CatalogueToken> m_catalogues; ///< those that it was made with
     std::atomic<std::uint64_t> m_state;
     QRectF m_rect;
     mutable LazyRect m_computedRect;                   ///< under m_lock
@@ -287,6 +318,9 @@ private:
     mutable LinearUnit m_detectedUnit; ///< under m_lock
     LinearUnit m_affineUnit;
     std::atomic<int> m_epsg{EPSG_UNDEFINDED};
+    bool m_isEpsgCatalogued = false; ///< m_epsg is a catalogue's
+    bool m_isEpsgOfMoved = false;    ///< and that of the system with its affine transformation
+    bool m_isEntry = false;
     std::unique_ptr<QTransform> m_affine;
     mutable LazyFlag m_needCrop; ///< under m_lock
     SourceData m_source;

@@ -78,6 +78,9 @@ public:
     QString seekByEPSG(int epsg) const;
     /// That entry itself.
     std::optional<CoordSystemParams> entryByEpsg(int epsg) const;
+    /// The system of that entry; null when there is none, it cannot be built, or the database's system of the
+    /// code has another plane.
+    CoordSystemPtr systemOfCode(int epsg) const;
     /// Of some codes the one whose first entry has this record (clauses left aside), the first in file order;
     /// else EPSG_UNDEFINDED.
     int codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const;

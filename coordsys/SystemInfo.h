@@ -26,6 +26,8 @@ struct NIVORA_CS_EXPORT SystemInfo
     Kind kind = Kind::Unknown;                    ///< of the horizontal part
     QString name;                                 ///< CoordSystem::description()
     int epsg = CoordSystemTypes::EPSG_UNDEFINDED; ///< CoordSystem::epsg()
+    /// CoordSystem::baseCode(): the system is that one moved by an affine transformation.
+    int baseCode = CoordSystemTypes::EPSG_UNDEFINDED;
     /// The registry's identifier, "EPSG:32637" or "ESRI:102100"; empty without one.
     QString identifier;
     bool isDeprecated = false; ///< withdrawn from the registry

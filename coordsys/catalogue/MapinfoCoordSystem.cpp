@@ -273,7 +273,7 @@ CoordSystemPtr MapinfoCoordSystem::tryAddToCache(int category, int index) const
         return nullptr;
     cs->setDescription(found->name());
     if (found->epsg() != CoordSystem::EPSG_UNDEFINDED)
-        cs->setEpsg(found->epsg());
+        cs->setEntryEpsg(found->epsg());
 
     const QWriteLocker lock(&m_lock);
     if (!m_cancelled) // asked again under the lock, so that nothing enters the cache behind clear()
@@ -346,6 +346,14 @@ std::optional<CoordSystemParams> MapinfoCoordSystem::entryByEpsg(int epsg) const
     const Position position = m_byCode.value(epsg, PairNone);
     const CoordSystemParams *found = entry(position.first, position.second);
     return found ? std::make_optional(*found) : std::nullopt;
+}
+
+CoordSystemPtr MapinfoCoordSystem::systemOfCode(int epsg) const
+{
+    const Position position = m_byCode.value(epsg, PairNone);
+    const CoordSystemPtr cs =
+        position == PairNone ? nullptr : buildForLookUp(position.first, position.second);
+    return cs && !cs->hasForeignCataloguedCode() ? cs : nullptr;
 }
 
 int MapinfoCoordSystem::codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const

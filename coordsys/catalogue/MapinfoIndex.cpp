@@ -389,11 +389,24 @@ bool CrsFingerprint::mayEqual(const CrsFingerprint &other) const
            compatible(shiftM, other.shiftM, sameShift);
 }
 
+namespace {
+
+CrsFingerprint factsOfEntry(EntryReader &reader, const QStringList &params)
+{
+    try {
+        return reader.facts(params);
+    } catch (const std::exception &) {
+        return {}; // rules nothing out: the search itself tells that the entry is broken
+    }
+}
+
+} // namespace
+
 MapinfoIndex::MapinfoIndex(const QList<CoordSystemParamsList> &categories)
 {
     const auto manager = activeCatalogues()->projectionParamsManager();
     EntryReader reader(*manager);
-    QSet<QStringList> seen;
+    QHash<QStringList, std::pair<CrsFingerprint, QSet<int>>> seen; // facts and codes of the same parameters
     int count = 0;
     for (const CoordSystemParamsList &category : categories)
         count += category.entries.size();
@@ -403,17 +416,13 @@ MapinfoIndex::MapinfoIndex(const QList<CoordSystemParamsList> &categories)
         const QList<CoordSystemParams> &entries = categories.at(category).entries;
         for (int index = 0; index < entries.size(); ++index) {
             const QStringList &params = entries.at(index).params;
-            const int before = seen.size();
-            seen.insert(params);
-            if (seen.size() == before)
-                continue;
-            Row row{{}, {category, index}};
-            try {
-                row.facts = reader.facts(params);
-            } catch (const std::exception &) {
-                row.facts = {}; // rules nothing out: the search itself tells that the entry is broken
-            }
-            m_rows.push_back(std::move(row));
+            auto known = seen.find(params);
+            if (known == seen.end())
+                known = seen.insert(params, {factsOfEntry(reader, params), {}});
+            QSet<int> &codes = known->second;
+            const int before = codes.size();
+            if (codes.insert(entries.at(index).epsg()); codes.size() != before)
+                m_rows.push_back({known->first, {category, index}});
         }
     }
 }

@@ -35,8 +35,9 @@ struct CrsFingerprint
     bool mayEqual(const CrsFingerprint &other) const;
 };
 
-/// Narrows a search by equality to the entries that can still be equal, in file order. Entries with the same
-/// parameters make equal systems, so only the first of them is kept. Thread-safe; needs the active catalogue.
+/// Narrows a search by equality to the entries that can still be equal, in file order. Of entries with the
+/// same parameters and the same code only the first is kept; with another code they may be on another datum.
+/// Thread-safe; needs the active catalogue.
 class MapinfoIndex
 {
 public:

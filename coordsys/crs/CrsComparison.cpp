@@ -2,6 +2,7 @@
 
 #include "CrsParts_p.h"
 
+#include <QRegularExpression>
 #include <QStringList>
 
 #include <algorithm>
@@ -11,7 +12,6 @@
 namespace nivora::cs {
 namespace {
 
-constexpr double axisToleranceM = 1e-3;
 constexpr double relativeTolerance = 1e-9;
 constexpr double meridianToleranceDeg = 1e-8; // texts carry Paris with eight digits
 
@@ -23,14 +23,6 @@ struct ListDestroy
 bool close(double a, double b)
 {
     return std::fabs(a - b) <= relativeTolerance * std::max({1.0, std::fabs(a), std::fabs(b)});
-}
-
-/// As maps run: longitude or easting first.
-PjHandle mapOriented(PJ_CONTEXT *context, const PJ *crs)
-{
-    PjHandle plain = sourceOfBoundCrs(context, crs);
-    PJ *turned = plain ? proj_normalize_for_visualization(context, plain.get()) : nullptr;
-    return turned ? ownPj(turned) : std::move(plain);
 }
 
 /// Parameters by EPSG's number or, where they have none, by name; in radians, metres and unity.
@@ -164,7 +156,24 @@ bool isSameWebMercator(PJ_CONTEXT *context, const PJ *a, const PJ *b)
 
 } // namespace
 
-bool isSameEllipsoid(PJ_CONTEXT *context, const PJ *a, const PJ *b)
+PjHandle mapOriented(PJ_CONTEXT *context, const PJ *crs)
+{
+    PjHandle plain = sourceOfBoundCrs(context, crs);
+    PJ *turned = plain ? proj_normalize_for_visualization(context, plain.get()) : nullptr;
+    return turned ? ownPj(turned) : std::move(plain);
+}
+
+bool hasNamedDatum(PJ_CONTEXT *context, const PJ *crs)
+{
+    // "Unknown based on GRS 1980 ellipsoid", "D_unknown", "Not specified (based on Airy 1830 ellipsoid)"
+    static const QRegularExpression open(QStringLiteral("^(D_)?(unknown|unnamed|undefined|not[ _]specified)"),
+                                         QRegularExpression::CaseInsensitiveOption);
+    const PjHandle datum = ownPj(proj_crs_get_datum_forced(context, crs));
+    const QString name = datum ? QString::fromUtf8(proj_get_name(datum.get())).trimmed() : QString();
+    return !name.isEmpty() && !open.match(name).hasMatch();
+}
+
+bool isSameEllipsoid(PJ_CONTEXT *context, const PJ *a, const PJ *b, double toleranceM)
 {
     double majorM[2] = {0.0, 1.0};
     double minorM[2] = {0.0, 1.0};
@@ -175,8 +184,7 @@ bool isSameEllipsoid(PJ_CONTEXT *context, const PJ *a, const PJ *b)
                                                          nullptr, nullptr))
             return false;
     }
-    return std::fabs(majorM[0] - majorM[1]) <= axisToleranceM &&
-           std::fabs(minorM[0] - minorM[1]) <= axisToleranceM;
+    return std::fabs(majorM[0] - majorM[1]) <= toleranceM && std::fabs(minorM[0] - minorM[1]) <= toleranceM;
 }
 
 bool isSamePlane(PJ_CONTEXT *context, const PJ *a, const PJ *b)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <coordsys/ProjEngine.h>
+
 #include <proj.h>
 
 namespace nivora::cs {
@@ -15,7 +17,14 @@ bool isRegisteredSystem(PJ_CONTEXT *context, const PJ *crs, const PJ *registered
 /// same place on one datum. Needs the lock of the context.
 bool isSamePlane(PJ_CONTEXT *context, const PJ *a, const PJ *b);
 
-/// The ellipsoid's axes differ by less than a millimetre.
-bool isSameEllipsoid(PJ_CONTEXT *context, const PJ *a, const PJ *b);
+/// The ellipsoid's axes differ by no more than the tolerance, metres.
+bool isSameEllipsoid(PJ_CONTEXT *context, const PJ *a, const PJ *b, double toleranceM = 1e-3);
+
+/// A CRS without a shift, longitude or easting first, as maps run. Needs the lock of the context.
+PjHandle mapOriented(PJ_CONTEXT *context, const PJ *crs);
+
+/// The datum of a CRS has a name other than PROJ's, GDAL's and ESRI's words for one that is not known. Needs
+/// the lock of the context.
+bool hasNamedDatum(PJ_CONTEXT *context, const PJ *crs);
 
 } // namespace nivora::cs

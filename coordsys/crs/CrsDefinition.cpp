@@ -168,6 +168,28 @@ int CrsDefinition::horizontalCode() const
     return code.value_or(CoordSystemTypes::EPSG_UNDEFINDED);
 }
 
+bool CrsDefinition::hasOwnShift() const
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    return m_crs && proj_get_type(m_crs.get()) == PJ_TYPE_BOUND_CRS;
+}
+
+bool CrsDefinition::namesDatum() const
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    if (!m_namesDatum)
+        m_namesDatum = m_crs && m_kind != CrsKind::Local && hasNamedDatum(globalProjContext(), mapOriented());
+    return *m_namesDatum;
+}
+
+const PJ *CrsDefinition::mapOriented() const
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    if (!m_mapOriented && m_crs)
+        m_mapOriented = nivora::cs::mapOriented(globalProjContext(), m_crs.get());
+    return m_mapOriented.get();
+}
+
 bool CrsDefinition::hasEastNorthAxes() const
 {
     const QMutexLocker lock(globalProj4Mutex());

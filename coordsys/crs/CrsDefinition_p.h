@@ -46,6 +46,13 @@ public:
     CrsDefinitionPtr withoutForeignCode() const;
     /// The EPSG code of the horizontal part alone.
     int horizontalCode() const;
+    /// The text has a shift to WGS 84 of its own.
+    bool hasOwnShift() const;
+    /// The datum has a name. "unknown", which PROJ text and bare ellipsoids have, is none.
+    bool namesDatum() const;
+    /// The horizontal part without a shift, longitude or easting first: what comparisons take. Made on first
+    /// call. Null without a horizontal part. Borrowed, for use under the PROJ lock.
+    const PJ *mapOriented() const;
     /// True when both axes run as a map's do, one to the east and one to the north.
     bool hasEastNorthAxes() const;
     /// WKT 2 of the horizontal part.
@@ -77,6 +84,8 @@ private:
     bool m_flattened = false;
     int m_declaredCode = CoordSystemTypes::EPSG_UNDEFINDED; ///< as the text has it
     mutable std::optional<int> m_verifiedCode;              ///< under the PROJ lock
+    mutable std::optional<bool> m_namesDatum;               ///< under the PROJ lock
+    mutable PjHandle m_mapOriented;                         ///< under the PROJ lock
     PjHandle m_crs;
 };
 

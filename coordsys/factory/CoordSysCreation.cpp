@@ -310,7 +310,7 @@ CoordSystemPtr CoordSysFactory::cataloguedFromPrj(const QString &prj) const
     if (!named.first.isEmpty()) {
         cs->setDescription(named.first);
         if (named.second != CoordSystem::EPSG_UNDEFINDED)
-            cs->setEpsg(named.second);
+            cs->setCataloguedEpsg(named.second);
     }
     return cs;
 }
@@ -325,20 +325,28 @@ CoordSystemPtr CoordSysFactory::createFromEpsg(int epsg) const
 
 CoordSystemPtr CoordSysFactory::namedFromEpsg(int epsg) const
 {
-    // Entries without a code carry a negative one, which no caller may find them by.
-    const QString prj = epsg > 0 ? m_mapinfo->seekByEPSG(epsg) : QString();
-    const CoordSystemPtr cs = prj.isEmpty() ? unnamedFromEpsg(epsg) : cataloguedEpsg(prj, epsg);
+    const CoordSystemPtr catalogued = cataloguedEpsg(epsg, epsg);
+    const CoordSystemPtr cs = catalogued ? catalogued : unnamedFromEpsg(epsg);
     cs->setDescription(nameOfCode(epsg));
     cs->setEpsg(epsg);
     return cs;
 }
 
-/// From the catalogue's entry. Where MapInfo's ellipsoid is not quite the code's (Xian 1980: 19 mm), the
-/// code's own plane counts, as it does in transformations.
-CoordSystemPtr CoordSysFactory::cataloguedEpsg(const QString &prj, int epsg) const
+/// From the catalogue's entry of a code (\p epsg or that of its horizontal part); null when there is none.
+/// One with an affine transformation is not the code's projection: the database makes that. Where MapInfo's
+/// ellipsoid is not quite the code's (Xian 1980: 19 mm), the code's own plane counts, as it does in
+/// transformations.
+CoordSystemPtr CoordSysFactory::cataloguedEpsg(int entryCode, int epsg) const
 {
-    const CoordSystemPtr cs = unnamedFromPrj(prj);
+    // Entries without a code carry a negative one, which no caller may find them by.
+    const CoordSystemPtr entry = entryCode > 0 ? m_mapinfo->systemOfCode(entryCode) : nullptr;
+    if (!entry || hasAffine(entry))
+        return nullptr;
+    const CoordSystemPtr cs = entry->duplicate();
+    const CrsDefinitionPtr coded = entryCode == epsg ? entry->codedIdentity() : nullptr;
     cs->setSourceParameters({CoordSystem::Epsg, QString::number(epsg)});
+    if (coded)
+        cs->setIdentity(coded);
     const CrsDefinitionPtr identity = cs->identity();
     if (identity && identity->kind() == CrsKind::Projected &&
         std::fabs(identity->semiMinorM() - cs->getSemiMinor()) > ellipsoidToleranceM)
@@ -358,9 +366,8 @@ CoordSystemPtr CoordSysFactory::unnamedFromEpsg(int epsg) const
     if (!identity || !identity->isHorizontal())
         throwWithoutPlane(code);
     if (identity->isDemotedTo2D()) {
-        const QString prj = m_mapinfo->seekByEPSG(identity->horizontalCode());
-        if (identity->horizontalCode() > 0 && !prj.isEmpty())
-            return cataloguedEpsg(prj, epsg);
+        if (const CoordSystemPtr catalogued = cataloguedEpsg(identity->horizontalCode(), epsg))
+            return catalogued;
         proj = identity->projText();
     }
     const bool sameAxes = identity->hasEastNorthAxes() || proj.contains(QLatin1String("+axis="));
@@ -505,7 +512,7 @@ CoordSystemPtr CoordSysFactory::resetRectCsToDefault(const CoordSystemPtr &cs) c
     copy->setRectCoordSystem(hasAffine(cs) ? cs->affineTransform()->mapRect(bounds) : bounds);
     if (hasAffine(cs))
         copy->setAffineTransform(std::make_unique<QTransform>(*cs->affineTransform()), cs->affineUnit());
-    copy->setEpsg(cs->m_epsg);
+    cs->m_isEpsgCatalogued ? copy->setCataloguedEpsg(cs->m_epsg) : copy->setEpsg(cs->m_epsg);
     return copy;
 }
 

@@ -82,7 +82,7 @@ CoordSysFactory::CoordSysFactory(const QDir &systemDir, const QDir &userDir, con
     makeCatalogues();
     m_user = std::make_shared<UserCoordSystem>(userDir);
     m_user->setMaker([lifeline = m_lifeline](const CoordSystemTypes::SourceData &source) {
-        const QReadLocker alive(&lifeline->lock);
+        const QReadLocker alive(&lifeline->alive);
         std::optional<CatalogueScope> scope;
         if (lifeline->factory)
             scope.emplace(*lifeline->factory);
@@ -103,7 +103,7 @@ CoordSysFactory::~CoordSysFactory()
     // Must not ask for the default factory: it may be destroyed while its lock is held.
     m_mapinfo->clear(); // waits for the background fill, which still builds with this factory
     retireMapinfo();
-    const QWriteLocker lock(&m_lifeline->lock);
+    const QWriteLocker lock(&m_lifeline->alive);
     m_lifeline->factory = nullptr;
 }
 
@@ -125,7 +125,7 @@ void CoordSysFactory::makeCatalogues()
     m_coordSysRect = std::make_shared<CoordSysRect>();
     m_params = std::make_shared<ProjectionParamsManager>();
     m_mapinfo = std::make_shared<MapinfoCoordSystem>([lifeline = m_lifeline](const QString &prj) {
-        const QReadLocker alive(&lifeline->lock);
+        const QReadLocker alive(&lifeline->alive);
         return lifeline->factory ? lifeline->factory->createWithoutDescription(prj) : CoordSystemPtr();
     });
     m_mapinfo->setOwner(this);
@@ -250,6 +250,8 @@ QRectF CoordSysFactory::boundsWithoutSearch(CoordSystem *cs) const
     return m_coordSysRect->rectWithoutSearch(cs);
 }
 
+std::shared_ptr<const CatalogueToken> CoordSysFactory::token() const { return m_lifeline; }
+
 QVector<CoordSystemPtr> CoordSysFactory::systemsToCrop() const
 {
     const CatalogueScope scope(*this);
@@ -258,8 +260,9 @@ QVector<CoordSystemPtr> CoordSysFactory::systemsToCrop() const
 
 QString CoordSysFactory::nameOfCode(int epsg) const
 {
-    const std::optional<CoordSystemParams> entry = epsg > 0 ? m_mapinfo->entryByEpsg(epsg) : std::nullopt;
-    return entry ? entry->name() : ProjLibMetadata().nameCrs(epsg, ProjLibMetadata::EPSG);
+    const CatalogueScope scope(*this);
+    const CoordSystemPtr entry = epsg > 0 ? m_mapinfo->systemOfCode(epsg) : nullptr;
+    return entry ? entry->description() : ProjLibMetadata().nameCrs(epsg, ProjLibMetadata::EPSG);
 }
 
 int CoordSysFactory::codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const

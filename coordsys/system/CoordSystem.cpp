@@ -1,6 +1,8 @@
 #include <coordsys/CoordSystem.h>
 
+#include "CatalogueToken_p.h"
 #include "CrsDefinition_p.h"
+#include "CrsJudge_p.h"
 #include "OsrHandle_p.h"
 #include "ProjOperation_p.h"
 #include <coordsys/CatalogueSource.h>
@@ -77,7 +79,8 @@ QString withoutDatumShift(const QString &proj, bool &changed)
 } // namespace
 
 CoordSystem::CoordSystem()
-    : m_computedRect(nullptr)
+    : m_catalogues(tokenOfScope())
+    , m_computedRect(nullptr)
     , m_needCrop(nullptr)
 {
     forgetBounds();
@@ -88,6 +91,7 @@ CoordSystem::~CoordSystem()
 {
     const QMutexLocker lock(globalProj4Mutex()); // the handles' deleters work on the shared context
     m_identity.reset();
+    m_coded.reset();
     m_plane.reset();
     m_pj.reset();
     m_givenSrs.reset();
@@ -105,7 +109,27 @@ void CoordSystem::setDescription(const QString &description)
     m_isNameless = false;
 }
 
-void CoordSystem::setEpsg(int epsg) { m_epsg = epsg; }
+void CoordSystem::setEpsg(int epsg)
+{
+    m_epsg = epsg;
+    m_isEpsgCatalogued = false;
+    m_isEpsgOfMoved = false;
+    m_isEntry = false;
+    noteChange();
+}
+
+void CoordSystem::setCataloguedEpsg(int epsg)
+{
+    setEpsg(epsg);
+    m_isEpsgCatalogued = true;
+    m_isEpsgOfMoved = m_affine != nullptr;
+}
+
+void CoordSystem::setEntryEpsg(int epsg)
+{
+    setCataloguedEpsg(epsg);
+    m_isEntry = true;
+}
 
 void CoordSystem::setSourceParameters(const SourceData &source)
 {
@@ -144,6 +168,7 @@ void CoordSystem::forgetIdentity()
     setIdentity(nullptr);
     const QWriteLocker lock(&m_lock);
     m_hasIdentity = false;
+    m_codedFor = 0;
 }
 
 void CoordSystem::setIdentity(IdentityPtr identity) const
@@ -155,6 +180,7 @@ void CoordSystem::setIdentity(IdentityPtr identity) const
 
 void CoordSystem::setProj4(PjHandle pj)
 {
+    const AskedCatalogues asked(m_catalogues);
     // Only a plan names its unit in its PROJ text, and only it needs the catalogue, which is asked unlocked.
     const bool plan = m_source.type == Prj && isNonEarth();
     const auto manager = plan ? activeCatalogues()->projectionParamsManager() : nullptr;
@@ -189,6 +215,8 @@ void CoordSystem::setRectCoordSystem(const QRectF &rect)
 void CoordSystem::setAffineTransform(std::unique_ptr<QTransform> transform)
 {
     m_affine = std::move(transform);
+    m_isEpsgOfMoved = false; // a catalogue's code was that of another plane
+    m_isEntry = false;
     noteChange();
     forgetBounds();
 }
@@ -294,6 +322,7 @@ bool CoordSystem::isSpecialDatum() const
 
 bool CoordSystem::computeNeedCrop() const
 {
+    const AskedCatalogues asked(m_catalogues);
     const QVector<CoordSystemPtr> systems = activeCatalogues()->systemsToCrop();
     return std::any_of(systems.begin(), systems.end(),
                        [this](const CoordSystemPtr &cs) { return isEqual(cs, false); });
@@ -389,6 +418,7 @@ QRectF CoordSystem::computeRect() const
 {
     if (hasExtent(m_projectionBounds))
         return m_projectionBounds;
+    const AskedCatalogues asked(m_catalogues);
     return withAffine(activeCatalogues()->boundsOf(const_cast<CoordSystem *>(this)));
 }
 
@@ -406,6 +436,7 @@ QRectF CoordSystem::rectWithoutSearch() const
         if (m_rectWithoutSearch)
             return *m_rectWithoutSearch;
     }
+    const AskedCatalogues asked(m_catalogues);
     const auto catalogues = activeCatalogues(std::nothrow);
     if (!catalogues)
         return {}; // not remembered: a factory may be installed later
@@ -431,6 +462,22 @@ bool CoordSystem::isEqual(const CoordSystem &other, bool ignoreRect) const
 {
     if (this == &other)
         return true;
+    const AskedCatalogues asked(m_catalogues);
+    return isEqualByText(other, ignoreRect) &&
+           (m_source == other.m_source || sameHorizontalCrs(judgedIdentity(), other.judgedIdentity()));
+}
+
+/// The definition that names the system's datum; null where none does. CoordSys text has the driver's names
+/// for datums, which are not the database's.
+CoordSystem::IdentityPtr CoordSystem::judgedIdentity() const
+{
+    if (m_isEntry)
+        return codedIdentity();
+    return m_source.type == Prj || m_source.type == Oracle ? nullptr : identity();
+}
+
+bool CoordSystem::isEqualByText(const CoordSystem &other, bool ignoreRect) const
+{
     if (!samePj(other) || !sameUnit(other) || !(ignoreRect || sameRect(other)) || !sameAffine(other) ||
         !sameSpecialDatum(other))
         return false;

@@ -56,6 +56,7 @@ std::shared_ptr<void> CoordSystem::copyOgrSpatialReference() const
 CoordSystemPtr CoordSystem::clone() const
 {
     auto copy = std::make_shared<CoordSystem>();
+    copy->m_catalogues = m_catalogues;
     copy->setOGRSpatialReference(copyOgrSpatialReference());
     copy->setSourceParameters(m_source);
     if (m_pj) {
@@ -99,6 +100,11 @@ CoordSystemPtr CoordSystem::duplicate() const
     copy->m_detectedUnit = m_detectedUnit;
     copy->m_affineUnit = m_affineUnit;
     copy->m_epsg = m_epsg.load();
+    copy->m_isEpsgCatalogued = m_isEpsgCatalogued;
+    copy->m_isEpsgOfMoved = m_isEpsgOfMoved;
+    copy->m_coded = m_coded;
+    copy->m_codedFor = m_codedFor;
+    copy->m_catalogues = m_catalogues;
     if (m_affine)
         copy->m_affine = std::make_unique<QTransform>(*m_affine);
     copy->m_source = m_source;

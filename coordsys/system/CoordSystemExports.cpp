@@ -1,3 +1,4 @@
+#include "CatalogueToken_p.h"
 #include "CrsDefinition_p.h"
 #include "OsrHandle_p.h"
 #include "ProjText_p.h"
@@ -82,6 +83,13 @@ QString wkt1Of(void *srs, QString &reason)
     return code == OGRERR_NONE ? QString::fromUtf8(text.get()) : QString();
 }
 
+QString withoutRootCode(QString wkt1)
+{
+    // …,AUTHORITY["EPSG","32636"]] at the end of the text
+    static const QRegularExpression code(QStringLiteral(",AUTHORITY\\[\"[^\"]*\",\"[^\"]*\"\\]\\]\\s*$"));
+    return wkt1.replace(code, QStringLiteral("]"));
+}
+
 /// A shift that says more than the datum's own name: WGS 84 with zeros does not.
 bool statesShift(const QList<double> &shift, void *srs)
 {
@@ -104,10 +112,13 @@ std::shared_ptr<void> registeredSrs(const CrsDefinition &registered, const QList
 
 } // namespace
 
-/// The database's system of this one's code; null without a code, or where the code's plane is another.
+/// The database's system of this one's code, or of the one that an affine transformation moves; null without
+/// a code, or where the code's plane is another.
 CoordSystem::IdentityPtr CoordSystem::registeredIdentity() const
 {
-    const int code = m_srs && !isNonEarth() ? epsg() : int(EPSG_UNDEFINDED);
+    const AskedCatalogues asked(m_catalogues);
+    const bool hasCode = m_srs && !isNonEarth();
+    const int code = hasCode ? (isMoved() ? baseCode() : epsg()) : int(EPSG_UNDEFINDED);
     CrsDefinitionPtr registered = code > 0 ? CrsDefinition::ofCode(code) : nullptr;
     const bool same = registered && registered->isHorizontal() && isPlaneOf(code, *registered);
     return same ? registered : nullptr;
@@ -142,11 +153,13 @@ QString CoordSystem::registeredWkt() const
     return wkt1Of(registeredSrs(*registered, shift).get(), reason);
 }
 
-/// A code that was given or stated is trusted; one that was found may be that of a system with another plane.
+/// The source's code is the system; one that was set or found may be that of a system with another plane.
 bool CoordSystem::isPlaneOf(int code, const CrsDefinition &registered) const
 {
-    if (m_source.type == Epsg || m_epsg == code || statedEpsg() == code)
+    if (m_source.type == Epsg || statedEpsg() == code)
         return true;
+    if (m_epsg == code)
+        return codedIdentity() != nullptr;
     const IdentityPtr mine = identity();
     return mine && mine->isHorizontalPartOf(registered);
 }
@@ -155,9 +168,10 @@ QString CoordSystem::exportToWkt() const
 {
     const QString registered = registeredWkt();
     if (!registered.isEmpty())
-        return registered;
+        return isMoved() ? withoutRootCode(registered) : registered;
     QString reason;
-    const QString text = wkt1Of(srs(), reason);
+    const QString whole = wkt1Of(srs(), reason);
+    const QString text = isMoved() ? withoutRootCode(whole) : whole;
     if (text.isEmpty())
         LOG_ERROR(QObject::tr("Ошибка экспорта координатной системы в формат %0. %1")
                       .arg(QStringLiteral("WKT"), reason));
@@ -191,6 +205,7 @@ QString CoordSystem::exportToWkt2() const
 
 QString CoordSystem::projStr() const
 {
+    const AskedCatalogues asked(m_catalogues);
     return projText([this] { return unit(); });
 }
 
@@ -227,6 +242,7 @@ QString CoordSystem::barePrj() const
 
 QString CoordSystem::prjStr() const
 {
+    const AskedCatalogues asked(m_catalogues);
     if (m_affine && affineUnitName().isEmpty()) {
         try {
             unit(); // names the affine clause's unit
@@ -304,6 +320,7 @@ QString CoordSystem::taggedWithClauses() const
 
 QString CoordSystem::taggedString() const
 {
+    const AskedCatalogues asked(m_catalogues);
     if (!isNonEarth())
         return taggedWithClauses();
     const CoordSystemPtr plan = activeCatalogues()->createNonEarth(unit().unitCode(), rectNumericCoordSys());

@@ -1,9 +1,12 @@
 #include <coordsys/CoordSystem.h>
 
 #include "CatalogueName_p.h"
+#include "CatalogueToken_p.h"
 #include "CrsDefinition_p.h"
+#include "CrsJudge_p.h"
 #include "EpsgSearch_p.h"
 #include "OsrHandle_p.h"
+#include "PlaneText_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/ProjLibMetadata.h>
 #include <coordsys/SpatialReferenceText.h>
@@ -36,15 +39,17 @@ QString nameOfCode(int code)
     }
 }
 
-/// Remembers what a search found, also nothing; not what a cancelled one did not find.
+/// Remembers what a search found, also nothing; not what a cancelled one, or one without catalogues, did not
+/// find.
 template <typename Search>
 int remembered(std::atomic<int> &memory, int notAsked, const ProgressHandler *progress, Search &&search)
 {
     const int known = memory;
     if (known != notAsked)
         return known;
+    const bool canAsk = activeCatalogues(std::nothrow) != nullptr;
     const int found = search();
-    if (found != CoordSystemTypes::EPSG_UNDEFINDED || !progress || !progress->isCanceled())
+    if (found != CoordSystemTypes::EPSG_UNDEFINDED || (canAsk && !(progress && progress->isCanceled())))
         memory = found;
     return found;
 }
@@ -71,8 +76,67 @@ int CoordSystem::epsg(const std::shared_ptr<ProgressHandler> &progress) const
 {
     if (m_source.type == Epsg)
         return m_source.string.toInt();
+    const AskedCatalogues asked(m_catalogues);
+    return isMoved() ? int(EPSG_UNDEFINDED) : unmovedEpsg(progress);
+}
+
+int CoordSystem::baseCode() const { return baseCode(neverCancelled()); }
+
+int CoordSystem::baseCode(const std::shared_ptr<ProgressHandler> &progress) const
+{
+    if (!m_affine)
+        return EPSG_UNDEFINDED;
+    if (m_source.type == Epsg)
+        return m_source.string.toInt();
+    const AskedCatalogues asked(m_catalogues);
+    return isMoved() ? unmovedEpsg(progress) : searchedEpsg(progress);
+}
+
+/// The affine transformation makes another plane of the one that the codes speak of.
+bool CoordSystem::isMoved() const { return m_affine && !(m_isEpsgOfMoved && !hasForeignCataloguedCode()); }
+
+/// The code as if there were no affine transformation.
+int CoordSystem::unmovedEpsg(const std::shared_ptr<ProgressHandler> &progress) const
+{
     const int set = m_epsg;
-    return set != EPSG_UNDEFINDED ? set : searchedEpsg(progress);
+    return set != EPSG_UNDEFINDED && !hasForeignCataloguedCode() ? set : searchedEpsg(progress);
+}
+
+/// The catalogue has the system under the code of another.
+bool CoordSystem::hasForeignCataloguedCode() const
+{
+    if (!m_isEpsgCatalogued || !m_srs || codedIdentity())
+        return false;
+    const CrsDefinitionPtr registered = CrsDefinition::ofCode(m_epsg);
+    return registered != nullptr;
+}
+
+/// The plane of the code that was set is this one's.
+bool CoordSystem::isPlaneOf(const CrsDefinition &registered) const
+{
+    const QTransform *affine = m_isEpsgOfMoved ? m_affine.get() : nullptr;
+    if (!affine && m_source.type == Prj &&
+        saySamePlane(projText([] { return LinearUnit(); }), registered.projText()))
+        return true;
+    const IdentityPtr mine = identity();
+    return mine && hasPlaneOf(*mine, affine, registered);
+}
+
+CoordSystem::IdentityPtr CoordSystem::codedIdentity() const
+{
+    const int code = m_epsg;
+    {
+        const QReadLocker lock(&m_lock);
+        if (code <= 0 || m_codedFor == code)
+            return code <= 0 ? nullptr : m_coded;
+    }
+    CrsDefinitionPtr registered = m_srs ? CrsDefinition::ofCode(code) : nullptr;
+    if (registered && !isPlaneOf(*registered))
+        registered.reset();
+    const QWriteLocker lock(&m_lock);
+    m_coded.swap(registered); // the old one takes the PROJ lock as it goes, after this one
+    m_codedFor = code;
+    return m_coded;
 }
 
 /// The code that a WKT states and keeps.
@@ -108,6 +172,7 @@ int CoordSystem::matchedEpsg() const { return matchedEpsg(neverCancelled()); }
 
 int CoordSystem::matchedEpsg(const std::shared_ptr<ProgressHandler> &progress) const
 {
+    const AskedCatalogues asked(m_catalogues);
     return remembered(m_matchedEpsg, NotAsked, progress.get(), [&] {
         if (m_source.type != Wkt)
             return getEpsgFromCrs(progress, srs());
@@ -133,7 +198,10 @@ QString CoordSystem::description() const
         if (!m_isNameless)
             return m_description;
     }
+    const AskedCatalogues asked(m_catalogues);
     const QString found = foundDescription(); // leaves the class: never under the lock
+    if (!activeCatalogues(std::nothrow))
+        return found; // not remembered: a factory may be installed later
     const QWriteLocker lock(&m_lock);
     if (m_isNameless)
         m_description = found;

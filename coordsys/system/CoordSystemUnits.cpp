@@ -1,5 +1,6 @@
 #include <coordsys/CoordSystem.h>
 
+#include "CatalogueToken_p.h"
 #include "OsrHandle_p.h"
 #include "SpatialReferenceText_p.h"
 #include <coordsys/CatalogueSource.h>
@@ -134,7 +135,11 @@ LinearUnit CoordSystem::detectUnitLocked(const ProjectionParamsManager &manager,
     return m_detectedUnit;
 }
 
-LinearUnit CoordSystem::unit() const { return unit(*activeCatalogues()->projectionParamsManager()); }
+LinearUnit CoordSystem::unit() const
+{
+    const AskedCatalogues asked(m_catalogues);
+    return unit(*activeCatalogues()->projectionParamsManager());
+}
 
 LinearUnit CoordSystem::unit(const ProjectionParamsManager &manager) const
 {

@@ -1,5 +1,6 @@
 #include <coordsys/SystemInfo.h>
 
+#include "CrsComparison_p.h"
 #include "CrsDefinition_p.h"
 #include "ProjText_p.h"
 #include <coordsys/CoordSystem.h>
@@ -103,13 +104,22 @@ void readMethod(PJ_CONTEXT *context, const PJ *crs, SystemInfo &info)
         info.method = textOf(method);
 }
 
+/// False when the registry has another system under the code that a text states.
+bool isRegisteredAs(const PJ *crs, const char *authority, const char *code)
+{
+    PJ_CONTEXT *context = globalProjContext();
+    const PjHandle registered =
+        ownPj(proj_create_from_database(context, authority, code, PJ_CATEGORY_CRS, false, nullptr));
+    return !registered || isRegisteredSystem(context, crs, registered.get());
+}
+
 void readIdentifier(const PJ *crs, SystemInfo &info)
 {
     const char *authority = proj_get_id_auth_name(crs, 0);
     const char *code = proj_get_id_code(crs, 0);
     if (info.epsg > 0)
         info.identifier = QStringLiteral("EPSG:%1").arg(info.epsg);
-    else if (authority && code)
+    else if (authority && code && info.baseCode <= 0 && isRegisteredAs(crs, authority, code))
         info.identifier = textOf(authority) + QLatin1Char(':') + textOf(code);
     info.isDeprecated = info.epsg > 0 && proj_is_deprecated(crs) != 0;
 }
@@ -239,6 +249,7 @@ SystemInfo systemInfo(const CoordSystem &cs)
     SystemInfo info;
     info.name = cs.description();
     info.epsg = cs.epsg();
+    info.baseCode = cs.baseCode();
     if (const auto identity = SystemFacts::named(cs))
         readCrs(*identity, info);
     if (cs.isNonEarth())

@@ -1,5 +1,7 @@
 #include <coordsys/CatalogueSource.h>
 
+#include "CatalogueToken_p.h"
+
 #include <QObject>
 
 #include <atomic>
@@ -15,6 +17,8 @@ std::atomic<DefaultCatalogues> lookUpDefault{nullptr};
 
 CatalogueSource::~CatalogueSource() = default;
 
+std::shared_ptr<const CatalogueToken> CatalogueSource::token() const { return nullptr; }
+
 CatalogueScope::CatalogueScope(const CatalogueSource &source)
     : m_outer(innermost)
 {
@@ -22,6 +26,15 @@ CatalogueScope::CatalogueScope(const CatalogueSource &source)
 }
 
 CatalogueScope::~CatalogueScope() { innermost = m_outer; }
+
+CatalogueTokenPtr tokenOfScope() { return innermost ? innermost->token() : nullptr; }
+
+AskedCatalogues::AskedCatalogues(const CatalogueTokenPtr &token)
+    : m_source(token && !innermost ? token->lock() : nullptr)
+{
+    if (m_source)
+        m_scope.emplace(*m_source);
+}
 
 std::shared_ptr<const CatalogueSource> activeCatalogues(std::nothrow_t)
 {
