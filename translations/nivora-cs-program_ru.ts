@@ -948,39 +948,6 @@ N S E W или С Ю В З. Сначала x, если буквы не гово�
         <translation>Файл объектов в другую систему, другой формат или и то и другое.</translation>
     </message>
     <message>
-        <source>Reads and writes every vector format that GDAL knows (nivora-cs list-formats), all
-layers and attributes included. The format of OUT follows from its extension.
-Without --to only the format changes. The CoordSys clause of a MIF and the
-projection of a TAB are read as they stand, affine transformation and bounds
-included, and a MIF or TAB gets exactly its system.
-OUT appears whole or not at all. What its format cannot hold - the system, an
-affine transformation, a column, curves, heights - is refused, unless --lossy is
-given; then it is told on stderr. Features that cannot be transformed are left
-out and listed in OUT&apos;s name with .rejected.csv; the exit status is 1 then.
-
-Examples:
-  nivora-cs convert parcels.tab parcels.gpkg --to 4326
-  nivora-cs convert --from 28407 --to &apos;CoordSys Earth Projection 1, 104&apos; roads.shp roads.mif
-  nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
-</source>
-        <translation>Читает и пишет все векторные форматы, которые знает GDAL (nivora-cs list-formats),
-со всеми слоями и атрибутами. Формат OUT следует из расширения. Без --to меняется
-только формат. Предложение CoordSys файла MIF и проекция таблицы TAB читаются как
-есть, с аффинным преобразованием и границами, и MIF или TAB получает в точности
-свою систему.
-OUT появляется целиком или не появляется. Что его формат не хранит - систему,
-аффинное преобразование, столбец, кривые, высоты - вызывает отказ, если не указан
---lossy; тогда об этом сообщается в stderr. Объекты, которые не преобразуются,
-пропускаются и перечисляются в файле с именем OUT и окончанием .rejected.csv; код
-завершения тогда 1.
-
-Примеры:
-  nivora-cs convert parcels.tab parcels.gpkg --to 4326
-  nivora-cs convert --from 28407 --to &apos;CoordSys Earth Projection 1, 104&apos; roads.shp roads.mif
-  nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
-</translation>
-    </message>
-    <message>
         <source>The system of OUT; that of IN when not given.</source>
         <translation>Система OUT; если не указана, система IN.</translation>
     </message>
@@ -1087,10 +1054,6 @@ Example:
         <translation>%1: его система координат непригодна (%2); укажите --from</translation>
     </message>
     <message>
-        <source>%1; --lossy goes on without</source>
-        <translation>%1; с --lossy без этого можно обойтись</translation>
-    </message>
-    <message>
         <source>%1 has no header of a MIF</source>
         <translation>в %1 нет заголовка MIF</translation>
     </message>
@@ -1149,10 +1112,6 @@ Example:
     <message>
         <source>the format carries no coordinate system (%1)</source>
         <translation>формат не хранит системы координат (%1)</translation>
-    </message>
-    <message>
-        <source>the format carries another system, %1 instead of %2: places are off by %3</source>
-        <translation>формат хранит другую систему, %1 вместо %2: точки сдвинуты на %3</translation>
     </message>
     <message>
         <source>the format holds no such geometries: they are left out</source>
@@ -1395,6 +1354,150 @@ Examples:
     <message>
         <source>%1 exists already and is no part of %2</source>
         <translation>%1 уже существует и не является частью %2</translation>
+    </message>
+    <message>
+        <source>Go on without these: heights, types and so on, with commas between.</source>
+        <translation>Продолжать без перечисленного через запятую: heights, types и так далее.</translation>
+    </message>
+    <message>
+        <source>%1 cannot be read whole: %2</source>
+        <translation>%1 не удаётся прочитать целиком: %2</translation>
+    </message>
+    <message>
+        <source>features of &quot;%1&quot; get new numbers: the format holds none</source>
+        <translation>объекты слоя «%1» получают новые номера: формат их не хранит</translation>
+    </message>
+    <message>
+        <source>of %1 features that were written only %2 can be read again</source>
+        <translation>из %1 записанных объектов обратно читаются только %2</translation>
+    </message>
+    <message>
+        <source>the layer &quot;%1&quot; has no column &quot;%2&quot;</source>
+        <translation>в слое «%1» нет столбца «%2»</translation>
+    </message>
+    <message>
+        <source>--allow takes %1, with commas between, not &quot;%2&quot;</source>
+        <translation>--allow принимает через запятую %1, но не «%2»</translation>
+    </message>
+    <message>
+        <source>%1 more</source>
+        <translation>и ещё %1</translation>
+    </message>
+    <message>
+        <source>%1; --allow %2 goes on without</source>
+        <translation>%1; с --allow %2 работа продолжится без этого</translation>
+    </message>
+    <message>
+        <source>only the shift of the datum differs, by %1 m: the format carries that of %2, not of %3; with --to %2 the places move by so much and are true</source>
+        <translation>отличается только сдвиг датума, на %1 м: формат передаёт сдвиг системы %2, а не %3; с --to %2 места сдвинутся на столько же и останутся верными</translation>
+    </message>
+    <message>
+        <source>the format carries another system, %1 instead of %2: places are off by %3 m</source>
+        <translation>формат передаёт другую систему, %1 вместо %2: места смещены на %3 м</translation>
+    </message>
+    <message>
+        <source>&quot;%2&quot; in the column &quot;%1&quot; is left out</source>
+        <translation>«%2» в столбце «%1» теряется</translation>
+    </message>
+    <message>
+        <source>what is empty in the column &quot;%1&quot; becomes &quot;%2&quot;</source>
+        <translation>пустое значение столбца «%1» становится «%2»</translation>
+    </message>
+    <message>
+        <source>texts of the column &quot;%1&quot; are cut to %2 letters, one has %3</source>
+        <translation>тексты столбца «%1» обрезаются до %2 знаков, а есть текст из %3</translation>
+    </message>
+    <message>
+        <source>&quot;%2&quot; in the column &quot;%1&quot; becomes &quot;%3&quot;</source>
+        <translation>«%2» в столбце «%1» становится «%3»</translation>
+    </message>
+    <message>
+        <source>the geometry of a feature (%1) is left out</source>
+        <translation>геометрия объекта (%1) теряется</translation>
+    </message>
+    <message>
+        <source>a geometry (%1) becomes another (%2)</source>
+        <translation>геометрия (%1) становится другой (%2)</translation>
+    </message>
+    <message>
+        <source>places are off by %1</source>
+        <translation>места смещаются на %1</translation>
+    </message>
+    <message>
+        <source>the format holds other styles: colours, patterns or labels change</source>
+        <translation>формат хранит другие стили: цвета, узоры или подписи изменятся</translation>
+    </message>
+    <message>
+        <source>the format holds no labels and styles: they are left out</source>
+        <translation>формат не хранит подписей и стилей: они теряются</translation>
+    </message>
+    <message>
+        <source>the format holds no styles: they are left out</source>
+        <translation>формат не хранит стилей: они теряются</translation>
+    </message>
+    <message>
+        <source>the format holds no features without geometry</source>
+        <translation>формат не хранит объектов без геометрии</translation>
+    </message>
+    <message>
+        <source>a feature of several parts (%1) becomes several features</source>
+        <translation>объект из нескольких частей (%1) становится несколькими объектами</translation>
+    </message>
+    <message>
+        <source>the format holds no such geometries (%1): their features are left out</source>
+        <translation>формат не хранит такой геометрии (%1): её объекты пропускаются</translation>
+    </message>
+    <message>
+        <source>Reads and writes every vector format that GDAL knows (nivora-cs list-formats), all
+layers and attributes included. The format of OUT follows from its extension.
+Without --to only the format changes. The CoordSys clause of a MIF and the
+projection of a TAB are read as they stand, affine transformation and bounds
+included, and a MIF or TAB gets exactly its system.
+OUT appears whole or not at all. What its format cannot hold is found by writing
+samples and reading them again, and refused by its name, unless --allow has the
+name or --lossy is given; then it is told on stderr:
+  heights   heights, measures, what heights are above
+  types     numbers, times and kinds of values; curves
+  names     of columns
+  texts     their length and letters
+  styles    colours, patterns, labels
+  datum     the system or its shift
+  affine    an affine transformation
+  features  kinds of geometry, features that are split or left out
+  layers    further layers
+Features that cannot be transformed are left out and listed in OUT&apos;s name with
+.rejected.csv; the exit status is 1 then.
+
+Examples:
+  nivora-cs convert parcels.tab parcels.gpkg --to 4326 --allow styles
+  nivora-cs convert --from 28407 --to &apos;CoordSys Earth Projection 1, 104&apos; roads.shp roads.mif
+  nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
+</source>
+        <translation>Читает и пишет все векторные форматы, которые знает GDAL (nivora-cs list-formats),
+со всеми слоями и атрибутами. Формат OUT следует из расширения. Без --to меняется
+только формат. Предложение CoordSys файла MIF и проекция таблицы TAB читаются как
+есть, с аффинным преобразованием и границами, и MIF или TAB получает в точности
+свою систему.
+OUT появляется целиком или не появляется. Что его формат не хранит, выясняется
+записью и чтением образцов; это вызывает отказ, если потеря не названа в --allow и
+не указан --lossy; тогда о ней сообщается в stderr:
+  heights   высоты, меры, отсчётная поверхность высот
+  types     числа, время и виды значений; кривые
+  names     имена столбцов
+  texts     длина и буквы текстов
+  styles    цвета, узоры, подписи
+  datum     система или её сдвиг
+  affine    аффинное преобразование
+  features  виды геометрии, объекты, которые делятся или пропускаются
+  layers    остальные слои
+Объекты, которые не преобразуются, пропускаются и перечисляются в файле с именем
+OUT и окончанием .rejected.csv; код завершения тогда 1.
+
+Примеры:
+  nivora-cs convert parcels.tab parcels.gpkg --to 4326 --allow styles
+  nivora-cs convert --from 28407 --to &apos;CoordSys Earth Projection 1, 104&apos; roads.shp roads.mif
+  nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
+</translation>
     </message>
 </context>
 </TS>

@@ -120,7 +120,7 @@ private Q_SLOTS:
         row("shapes.csv o.mif --from 4326", "no measures", 0);
         row("surface.csv o.mif --from 4326", "no surfaces", 0);
         row("mixed.csv o.shp --from 4326", "cannot be written", 1);
-        row("points.csv o.mif --from 4326", "UTF-8 to CP1251", 0);
+        row("points.csv o.mif --from 4326", "are cut to 0 letters", 0);
         row("coded.csv o.gpkg --from 4326", "not UTF-8, see --encoding", 0);
         row("big.json o.mif", "is Real, not Integer64", 0);
         row("points.csv o.gpkg --to 32637", "give --from", 2);

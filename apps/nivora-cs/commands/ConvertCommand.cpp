@@ -16,13 +16,23 @@ layers and attributes included. The format of OUT follows from its extension.
 Without --to only the format changes. The CoordSys clause of a MIF and the
 projection of a TAB are read as they stand, affine transformation and bounds
 included, and a MIF or TAB gets exactly its system.
-OUT appears whole or not at all. What its format cannot hold - the system, an
-affine transformation, a column, curves, heights - is refused, unless --lossy is
-given; then it is told on stderr. Features that cannot be transformed are left
-out and listed in OUT's name with .rejected.csv; the exit status is 1 then.
+OUT appears whole or not at all. What its format cannot hold is found by writing
+samples and reading them again, and refused by its name, unless --allow has the
+name or --lossy is given; then it is told on stderr:
+  heights   heights, measures, what heights are above
+  types     numbers, times and kinds of values; curves
+  names     of columns
+  texts     their length and letters
+  styles    colours, patterns, labels
+  datum     the system or its shift
+  affine    an affine transformation
+  features  kinds of geometry, features that are split or left out
+  layers    further layers
+Features that cannot be transformed are left out and listed in OUT's name with
+.rejected.csv; the exit status is 1 then.
 
 Examples:
-  nivora-cs convert parcels.tab parcels.gpkg --to 4326
+  nivora-cs convert parcels.tab parcels.gpkg --to 4326 --allow styles
   nivora-cs convert --from 28407 --to 'CoordSys Earth Projection 1, 104' roads.shp roads.mif
   nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
 )"),
@@ -34,6 +44,9 @@ Examples:
             {"encoding", "NAME",
              QT_TRANSLATE_NOOP("QObject",
                                "Characters of IN's texts that are not UTF-8, such as windows-1251.")},
+            {"allow", "NAMES",
+             QT_TRANSLATE_NOOP("QObject",
+                               "Go on without these: heights, types and so on, with commas between.")},
             {"lossy", nullptr, QT_TRANSLATE_NOOP("QObject", "Go on without what the format cannot hold.")},
             {"overwrite", nullptr, QT_TRANSLATE_NOOP("QObject", "Replace OUT.")},
             {"segmentize", "M",

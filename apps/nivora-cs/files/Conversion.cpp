@@ -57,8 +57,10 @@ QString rejectedName(const QString &out)
 /// onto them. Those of a system that states none are wide enough for the data.
 QRectF tableBounds(OGRLayerH source, const GeometryChange &change, const OutputLayer &layer)
 {
+    const QRectF world(-180.0, -90.0, 360.0, 180.0); // wider degrees would only make the steps longer
     OGREnvelope extent;
-    const QRectF bounds = layer.mapInfo->bounds;
+    const QRectF bounds =
+        layer.system->isLatLong() && !layer.system->isRectSet() ? world : layer.mapInfo->bounds;
     if (layer.system->isRectSet() || OGR_L_GetExtent(source, &extent, TRUE) != OGRERR_NONE)
         return bounds;
     const bool isPlan = layer.system->isNonEarth();
@@ -92,17 +94,29 @@ Conversion::Conversion(const CommandLine &line)
     , m_to(optionalSystem(m_session, line, "to"))
     , m_mostBendM(bendOption(line))
     , m_coding(line.value("encoding"))
-    , m_losses(line.isSet("lossy"))
+    , m_losses(line)
     , m_source((GDALAllRegister(), keepBorder(m_in), openForReading(m_in, m_messages)))
     , m_format(m_out, line.value("format"), m_in)
     , m_stage(m_out, line.isSet("overwrite"))
     , m_rejected(m_stage.path(rejectedName(m_out)))
     , m_probe(m_session, m_format, m_stage.dir(), QFileInfo(m_out).fileName())
-{}
+    , m_values(m_stage.dir(), QFileInfo(m_out).fileName())
+{
+    const bool isVirtual = driverName(GDALGetDatasetDriver(m_source.get())) == QLatin1String("OGR_VRT");
+    if (m_messages.failed() && (isVirtual || !placesNotAsked().isEmpty()))
+        m_losses.add(isVirtual ? Loss::Layers : Loss::Datum,
+                     QObject::tr("%1 cannot be read whole: %2").arg(m_in, m_messages.reason()));
+}
 
 CoordSystemPtr Conversion::sourceSystem(OGRLayerH layer) const
 {
-    const CoordSystemPtr source = m_from ? m_from : systemOfLayer(m_session, m_source.get(), layer);
+    CoordSystemPtr source = m_from;
+    try {
+        source = m_from ? m_from : systemOfLayer(m_session, m_source.get(), layer);
+    } catch (const Failure &) {
+        if (!untouchedReference(layer)) // else nobody needs it
+            throw;
+    }
     if (!source && m_to)
         throw Failure(QObject::tr("%1 does not say its coordinate system; give --from").arg(m_in));
     return source;
@@ -123,7 +137,8 @@ CoordSystemPtr Conversion::carriable(const CoordSystemPtr &target)
 {
     if (!target || !hasAffine(target) || m_format.isMapInfo())
         return target;
-    m_losses.add(QObject::tr("%1 cannot carry the affine transformation of the system; the coordinates are "
+    m_losses.add(Loss::Affine,
+                 QObject::tr("%1 cannot carry the affine transformation of the system; the coordinates are "
                              "written in its projection's plane")
                      .arg(m_format.name()));
     return withoutAffine(target);
@@ -138,10 +153,30 @@ CoordSystemPtr Conversion::plan()
     return m_session.factory().createFromPrj(QStringLiteral("CoordSys NonEarth Units \"m\""));
 }
 
+/// The layer's own reference, where nobody asked for another and the library need not read it: it may say
+/// more than a plane, such as what heights are above.
+OGRSpatialReferenceH Conversion::untouchedReference(OGRLayerH source) const
+{
+    const bool isMapInfo = driverName(GDALGetDatasetDriver(m_source.get())) == QLatin1String("MapInfo File");
+    return m_from || m_to || isMapInfo || m_format.isMapInfo() ? nullptr : OGR_L_GetSpatialRef(source);
+}
+
+void Conversion::describe(OGRLayerH source, OutputLayer &layer) const
+{
+    OGRFeatureDefnH definition = OGR_L_GetLayerDefn(source);
+    layer.name = QString::fromUtf8(OGR_L_GetName(source));
+    layer.reference = untouchedReference(source);
+    for (int i = 0; i < OGR_FD_GetFieldCount(definition); ++i)
+        layer.columns << QString::fromUtf8(OGR_Fld_GetNameRef(OGR_FD_GetFieldDefn(definition, i)));
+    layer.numbersColumn = QString::fromUtf8(OGR_L_GetFIDColumn(source));
+    layer.geometryColumn = QString::fromUtf8(OGR_L_GetGeometryColumn(source));
+    layer.keepsNumbers = !layer.numbersColumn.isEmpty() && m_format.holdsNumbers();
+}
+
 void Conversion::settle(OGRLayerH source, OutputLayer &layer, GeometryChange &change)
 {
+    describe(source, layer);
     const CoordSystemPtr from = sourceSystem(source);
-    layer.name = QString::fromUtf8(OGR_L_GetName(source));
     layer.system = carriable(m_to ? m_to : from);
     if (from && layer.system && from != layer.system)
         change.transform.emplace(CoordTransform(from, layer.system));
@@ -172,9 +207,10 @@ void Conversion::convertLayer(int index)
     OutputLayer layer;
     GeometryChange change;
     settle(source, layer, change);
+    m_losses.check();
     if (!m_target)
         openTarget(layer);
-    LayerCopy copy({source, m_target.get(), layer, m_format, change, m_probe, m_coding}, m_losses,
+    LayerCopy copy({source, m_target.get(), layer, m_format, change, m_probe, m_values, m_coding}, m_losses,
                    m_messages);
 
     Progress progress(true, OGR_L_GetFeatureCount(source, FALSE), Progress::Features);
@@ -185,6 +221,8 @@ void Conversion::convertLayer(int index)
                  progress.update(done, done);
              });
     m_features += copy.written();
+    if (copy.numbersLost())
+        m_notes << QObject::tr("features of \"%1\" get new numbers: the format holds none").arg(layer.name);
     noteWarnings();
 }
 
@@ -192,9 +230,10 @@ void Conversion::noteWarnings()
 {
     for (const QString &warning : m_messages.warnings())
         if (tellsLoss(warning))
-            m_losses.add(warning);
+            m_losses.add(Loss::Texts, warning);
         else
             m_notes << warning;
+    m_losses.check();
     m_messages.clear();
 }
 
@@ -209,6 +248,30 @@ void Conversion::closeTarget()
         giveSystem(m_stage.path(), *m_mapInfo);
     m_rejected.close();
     m_stage.checkRoom();
+    checkCount();
+}
+
+/// What was written is counted as others will read it: a damaged feature may hide all behind it. Where that
+/// means to take a large text apart once more, the samples of every kind have to do.
+void Conversion::checkCount()
+{
+    constexpr qint64 soonRead = 4 * 1024 * 1024;
+    if (!m_format.canBeRead() || m_features == 0)
+        return;
+    m_messages.clear();
+    const Dataset dataset = openForReading(m_stage.path(), m_messages);
+    qint64 found = 0;
+    for (int i = 0; i < GDALDatasetGetLayerCount(dataset.get()); ++i) {
+        OGRLayerH layer = GDALDatasetGetLayer(dataset.get(), i);
+        if (!OGR_L_TestCapability(layer, OLCFastFeatureCount) && QFileInfo(m_stage.path()).size() > soonRead)
+            return;
+        found += OGR_L_GetFeatureCount(layer, TRUE);
+    }
+    if (found < m_features)
+        m_losses.add(Loss::Features, QObject::tr("of %1 features that were written only %2 can be read again")
+                                         .arg(QString::number(m_features), QString::number(found)));
+    m_losses.check();
+    m_messages.clear();
 }
 
 void Conversion::tell() const
@@ -234,9 +297,11 @@ int Conversion::convertibleLayers()
     const int layers = GDALDatasetGetLayerCount(m_source.get());
     if (layers < 2 || m_format.holdsManyLayers())
         return layers;
-    m_losses.add(QObject::tr("%1 holds one layer: of %2 only the first, \"%3\", is written")
+    m_losses.add(Loss::Layers,
+                 QObject::tr("%1 holds one layer: of %2 only the first, \"%3\", is written")
                      .arg(m_format.name(), QString::number(layers),
                           QString::fromUtf8(OGR_L_GetName(GDALDatasetGetLayer(m_source.get(), 0)))));
+    m_losses.check();
     return 1;
 }
 

@@ -26,10 +26,13 @@ private:
     nivora::cs::CoordSystemPtr carriable(const nivora::cs::CoordSystemPtr &target);
     nivora::cs::CoordSystemPtr plan();
     int convertibleLayers();
+    void describe(OGRLayerH source, OutputLayer &layer) const;
     void settle(OGRLayerH source, OutputLayer &layer, GeometryChange &change);
     void openTarget(const OutputLayer &first);
     void closeTarget();
     void noteWarnings();
+    void checkCount();
+    OGRSpatialReferenceH untouchedReference(OGRLayerH source) const;
     void tell() const;
 
     Session m_session;
@@ -44,6 +47,7 @@ private:
     StagedOutput m_stage;
     RejectedList m_rejected;
     OutputProbe m_probe;
+    ValueProbe m_values;
     Dataset m_target;
     bool m_transaction = false;
     std::optional<MapInfoTarget> m_mapInfo; ///< what the files are given at the end

@@ -22,8 +22,6 @@ struct TypedDriver
 };
 constexpr TypedDriver typedDrivers[] = {{"ESRI Shapefile", false}, {"FlatGeobuf", true}};
 
-QString text(const char *utf8) { return QString::fromUtf8(utf8); }
-
 QString notUtf8(const QString &layer)
 {
     return QObject::tr("texts of \"%1\" are not UTF-8, see --encoding: they are passed on as they are")
@@ -78,20 +76,25 @@ LayerCopy::LayerCopy(const Job &job, Losses &losses, GdalMessages &messages)
     , m_messages(messages)
 {}
 
-void LayerCopy::createLayer(const std::vector<FeatureBatch::Item> &first)
+LayerWriter::Plan LayerCopy::plan() const
+{
+    return {m_job.source, &m_job.format, m_job.layer, m_lost, nullptr};
+}
+
+/// Everything that is lost is known before the first feature is written.
+void LayerCopy::createLayer(std::vector<FeatureBatch::Item> &first)
 {
     m_job.layer.type = layerType(m_job.source, m_job.format.name(), first);
-    checkKinds(first); // before the first byte of the output
-    m_messages.clear();
-    m_layer = m_job.format.createLayer(m_job.target, m_job.layer);
-    if (!m_layer)
-        throw Failure(
-            QObject::tr("the layer \"%1\" cannot be written: %2").arg(m_job.layer.name, m_messages.reason()));
-    const int geometries = OGR_FD_GetGeomFieldCount(OGR_L_GetLayerDefn(m_job.source));
+    checkKinds(first);
+    m_job.layer.isElsewhere = m_job.probe.isElsewhere();
+    m_writer = std::make_unique<LayerWriter>(m_job.target, plan(), &m_losses);
+    OGRFeatureDefnH definition = OGR_L_GetLayerDefn(m_job.source);
+    const int geometries = OGR_FD_GetGeomFieldCount(definition);
     if (geometries > 1)
-        m_losses.add(QObject::tr("only the first of %1 geometries of \"%2\" is written")
-                         .arg(QString::number(geometries), m_job.layer.name));
-    createFields();
+        m_losses.add(Loss::Layers, QObject::tr("only the first of %1 geometries of \"%2\" is written")
+                                       .arg(QString::number(geometries), m_job.layer.name));
+    m_sampleTaker =
+        std::make_unique<SampleTaker>(definition, OGR_L_GetLayerDefn(m_writer->layer()), m_writer->columns());
     m_messages.clear();
 }
 
@@ -109,7 +112,7 @@ void LayerCopy::recodeNames()
         if (m_job.coding.isNeeded())
             OGR_Fld_SetName(field, m_job.coding.decoded(name).c_str());
         else
-            m_losses.add(notUtf8(m_job.layer.name));
+            m_losses.add(Loss::Texts, notUtf8(m_job.layer.name));
     }
 }
 
@@ -124,57 +127,8 @@ void LayerCopy::recodeTexts(OGRFeatureH feature)
         if (m_job.coding.isNeeded())
             OGR_F_SetFieldString(feature, field, m_job.coding.decoded(value).c_str());
         else
-            m_losses.add(notUtf8(m_job.layer.name));
+            m_losses.add(Loss::Texts, notUtf8(m_job.layer.name));
     }
-}
-
-/// Its index in the layer, -1 when there is none. Types that the format does not have become wider ones.
-int LayerCopy::createField(OGRFieldDefnH field)
-{
-    OGRFeatureDefnH made = OGR_L_GetLayerDefn(m_layer);
-    const int index = OGR_FD_GetFieldCount(made);
-    const auto isMade = [&](OGRFieldDefnH like) {
-        return OGR_L_CreateField(m_layer, like, TRUE) == OGRERR_NONE && OGR_FD_GetFieldCount(made) > index;
-    };
-    if (isMade(field))
-        return index;
-    const OGRFieldType wider = OGR_Fld_GetType(field) == OFTInteger64 ? OFTReal : OFTString;
-    const std::unique_ptr<void, void (*)(OGRFieldDefnH)> other(
-        OGR_Fld_Create(OGR_Fld_GetNameRef(field), wider), OGR_Fld_Destroy);
-    return wider != OGR_Fld_GetType(field) && isMade(other.get()) ? index : -1;
-}
-
-void LayerCopy::createFields()
-{
-    OGRFeatureDefnH definition = OGR_L_GetLayerDefn(m_job.source);
-    for (int i = 0; i < OGR_FD_GetFieldCount(definition); ++i) {
-        OGRFieldDefnH field = OGR_FD_GetFieldDefn(definition, i);
-        m_messages.clear();
-        const int created = createField(field);
-        const int there = created < 0
-                              ? OGR_FD_GetFieldIndex(OGR_L_GetLayerDefn(m_layer), OGR_Fld_GetNameRef(field))
-                              : created;
-        m_fieldMap.push_back(there);
-        if (there < 0)
-            m_losses.add(QObject::tr("the column \"%1\" cannot be written: %2")
-                             .arg(text(OGR_Fld_GetNameRef(field)), m_messages.reason()));
-        else if (created >= 0)
-            noteFieldLoss(field, created);
-    }
-}
-
-void LayerCopy::noteFieldLoss(OGRFieldDefnH wanted, int index)
-{
-    OGRFieldDefnH made = OGR_FD_GetFieldDefn(OGR_L_GetLayerDefn(m_layer), index);
-    const QString wantedName = text(OGR_Fld_GetNameRef(wanted));
-    const QString madeName = text(OGR_Fld_GetNameRef(made));
-    if (wantedName != madeName)
-        // NOLINTNEXTLINE(modernize-raw-string-literal): the extraction of texts reads this form
-        m_losses.add(QObject::tr("the column \"%1\" gets the name \"%2\"").arg(wantedName, madeName));
-    if (OGR_Fld_GetType(wanted) != OGR_Fld_GetType(made))
-        m_losses.add(QObject::tr("the column \"%1\" is %2, not %3")
-                         .arg(wantedName, text(OGR_GetFieldTypeName(OGR_Fld_GetType(made))),
-                              text(OGR_GetFieldTypeName(OGR_Fld_GetType(wanted)))));
 }
 
 /// Tries what has not come before on the format.
@@ -191,7 +145,7 @@ void LayerCopy::checkKinds(const std::vector<FeatureBatch::Item> &items)
             samples.push_back(geometry);
         last = kind;
     }
-    if (m_layer && samples.empty())
+    if (m_writer && samples.empty())
         return;
     const LostProperties lost = m_job.probe.check(m_job.layer, samples, m_samples, m_losses);
     m_lost.heights |= lost.heights;
@@ -207,40 +161,53 @@ void LayerCopy::takeSamples(const QVector<QPointF> &vertices)
         m_samples << vertices.at(i);
 }
 
-Geometry LayerCopy::writable(Geometry geometry) const
+void LayerCopy::checkValues(std::vector<FeatureBatch::Item> &items)
 {
-    if (m_lost.heights)
-        OGR_G_Set3D(geometry.get(), FALSE);
-    if (m_lost.measures)
-        OGR_G_SetMeasured(geometry.get(), FALSE);
-    if (m_lost.curves && OGR_G_HasCurveGeometry(geometry.get(), TRUE))
-        geometry.reset(OGR_G_GetLinearGeometry(geometry.get(), 0, nullptr));
-    if (m_lost.surfaces && isSurface(geometry.get()))
-        geometry.reset(OGR_G_ForceTo(geometry.release(), wkbMultiPolygon, nullptr));
-    return geometry;
+    for (FeatureBatch::Item &item : items)
+        recodeTexts(item.feature.get());
+    m_job.values.check(plan(), m_sampleTaker->take(items), m_losses);
+    m_losses.check();
 }
 
-Feature LayerCopy::copyOf(FeatureBatch::Item &item)
+/// Numbers that follow each other are mere positions, which stay.
+void LayerCopy::noteNumbers(const FeatureBatch::Item &item)
 {
-    recodeTexts(item.feature.get());
-    Feature copy(OGR_F_Create(OGR_L_GetLayerDefn(m_layer)));
-    OGR_F_SetFromWithMap(copy.get(), item.feature.get(), TRUE, m_fieldMap.data());
-    if (item.geometry)
-        OGR_F_SetGeometryDirectly(copy.get(), writable(std::move(item.geometry)).release());
-    return copy;
+    if (m_read++ == 0)
+        m_firstNumber = item.fid;
+    const bool isPosition = item.fid == m_firstNumber + m_read - 1;
+    m_numbersLost |= !isPosition && !m_job.layer.numbersColumn.isEmpty() && !m_job.layer.keepsNumbers;
 }
 
+bool LayerCopy::writePart(OGRFeatureH feature, Geometry geometry)
+{
+    if (!m_writer->write(feature, std::move(geometry)) || m_messages.failed())
+        return false;
+    ++m_written;
+    return true;
+}
+
+/// False for a feature that goes among the rejected ones.
 bool LayerCopy::write(FeatureBatch::Item &item)
 {
-    const Feature copy = copyOf(item);
-    if (OGR_L_CreateFeature(m_layer, copy.get()) == OGRERR_NONE && !m_messages.failed()) {
-        ++m_written;
-        return true;
-    }
-    m_losses.add(
-        QObject::tr("a feature of \"%1\" cannot be written: %2").arg(m_job.layer.name, m_messages.reason()));
+    OGRFeatureH feature = item.feature.get();
+    const auto verdict =
+        item.geometry ? m_job.values.verdict(kindOfGeometry(item.geometry.get())) : ValueProbe::Held;
+    if (verdict == ValueProbe::Refused)
+        return false;
+    bool isWritten = true;
+    if (verdict == ValueProbe::Split)
+        for (int i = 0; i < OGR_G_GetGeometryCount(item.geometry.get()); ++i)
+            isWritten =
+                writePart(feature, Geometry(OGR_G_Clone(OGR_G_GetGeometryRef(item.geometry.get(), i)))) &&
+                isWritten;
+    else
+        isWritten = writePart(feature, std::move(item.geometry));
+    if (!isWritten)
+        m_losses.add(Loss::Features, QObject::tr("a feature of \"%1\" cannot be written: %2")
+                                         .arg(m_job.layer.name, m_messages.reason()));
+    m_losses.check();
     m_messages.clear();
-    return false;
+    return isWritten;
 }
 
 void LayerCopy::run(const Rejected &rejected, const std::function<void(GIntBig)> &advanced)
@@ -249,17 +216,21 @@ void LayerCopy::run(const Rejected &rejected, const std::function<void(GIntBig)>
     FeatureReader reader(m_job.source, m_job.change);
     while (const std::unique_ptr<FeatureBatch> batch = reader.next()) {
         takeSamples(batch->vertices());
-        if (m_layer)
+        if (m_writer)
             checkKinds(batch->items());
         else
             createLayer(batch->items());
-        for (FeatureBatch::Item &item : batch->items())
+        checkValues(batch->items());
+        for (FeatureBatch::Item &item : batch->items()) {
+            noteNumbers(item);
             if (item.rejection)
                 rejected(m_job.layer.name, *item.rejection);
             else if (!write(item))
                 rejected(m_job.layer.name, {item.fid, item.firstVertex, Rejection::NotWritable});
+        }
         advanced(m_written);
     }
     m_messages.add(reader.warnings());
     m_job.probe.checkSystem(m_job.layer, m_samples, m_losses);
+    m_losses.check();
 }

@@ -3,6 +3,7 @@
 #include "FeatureBatch.h"
 #include "OutputProbe.h"
 #include "PeopleText.h"
+#include "ValueProbe.h"
 
 #include <functional>
 #include <set>
@@ -21,6 +22,7 @@ public:
         const OutputFormat &format;
         const GeometryChange &change;
         OutputProbe &probe;
+        ValueProbe &values;
         const TextCoding &coding; ///< of texts that are not UTF-8
     };
     using Rejected = std::function<void(const QString &layer, const Rejection &rejection)>;
@@ -29,29 +31,34 @@ public:
 
     /// Calls \p advanced with the number of features written so far, now and then. Throws Failure.
     void run(const Rejected &rejected, const std::function<void(GIntBig)> &advanced);
+    /// Features of the output.
     GIntBig written() const { return m_written; }
+    /// Whether numbers that the source stores are not in the output.
+    bool numbersLost() const { return m_numbersLost; }
 
 private:
-    void createLayer(const std::vector<FeatureBatch::Item> &first);
+    void createLayer(std::vector<FeatureBatch::Item> &first);
     void recodeNames();
     void recodeTexts(OGRFeatureH feature);
-    void createFields();
-    int createField(OGRFieldDefnH field);
-    void noteFieldLoss(OGRFieldDefnH wanted, int index);
     void checkKinds(const std::vector<FeatureBatch::Item> &items);
+    void checkValues(std::vector<FeatureBatch::Item> &items);
+    void noteNumbers(const FeatureBatch::Item &item);
     void takeSamples(const QVector<QPointF> &vertices);
-    Feature copyOf(FeatureBatch::Item &item);
-    Geometry writable(Geometry geometry) const;
     bool write(FeatureBatch::Item &item);
+    bool writePart(OGRFeatureH feature, Geometry geometry);
+    LayerWriter::Plan plan() const;
 
     Job m_job;
     Losses &m_losses;
     GdalMessages &m_messages;
-    OGRLayerH m_layer = nullptr;
+    std::unique_ptr<LayerWriter> m_writer;
+    std::unique_ptr<SampleTaker> m_sampleTaker;
     std::vector<int> m_textFields; ///< of the source
-    std::vector<int> m_fieldMap;
     QVector<QPointF> m_samples;
     GIntBig m_written = 0;
+    GIntBig m_read = 0;
+    GIntBig m_firstNumber = 0;
+    bool m_numbersLost = false;
     using Kind = std::pair<OGRwkbGeometryType, bool>; ///< and whether there are curves inside
     std::set<Kind> m_kinds;
     LostProperties m_lost;

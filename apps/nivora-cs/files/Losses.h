@@ -2,18 +2,32 @@
 
 #include <QStringList>
 
+#include <set>
+#include <vector>
+
+class CommandLine;
+
+/// What can be lost on the way; each is allowed by its own name.
+enum class Loss { Heights, Types, Names, Texts, Styles, Datum, Affine, Features, Layers };
+
 /// What was left out or changed on the way, and whether that is allowed.
 class Losses
 {
 public:
-    explicit Losses(bool allowed)
-        : m_allowed(allowed)
-    {}
-    /// Throws Failure that names --lossy unless losses are allowed; each text is kept once.
-    void add(const QString &what);
+    /// By --allow and --lossy. Throws Failure for a name that is none.
+    explicit Losses(const CommandLine &line);
+
+    /// Each text is kept once.
+    void add(Loss kind, const QString &what);
+    /// Throws Failure that tells what was added and is not allowed, with the names that would allow it.
+    void check() const;
+    bool isAllowed(Loss kind) const { return m_allowed.count(kind) > 0; }
+    /// Those that are allowed.
     const QStringList &all() const { return m_all; }
 
 private:
-    bool m_allowed;
+    std::set<Loss> m_allowed;
+    std::set<Loss> m_refusedKinds;
+    QStringList m_refused;
     QStringList m_all;
 };

@@ -7,6 +7,8 @@
 
 #include <QFile>
 
+#include <algorithm>
+
 namespace {
 
 /// What makes a driver write text and geometry as they are.
@@ -18,7 +20,36 @@ struct DriverOption
 constexpr DriverOption layerOptions[] = {
     {"ESRI Shapefile", "ENCODING=UTF-8"},
     {"CSV", "GEOMETRY=AS_WKT"},
+    {"SQLite", "LAUNDER=NO"},
+    {"PGDUMP", "LAUNDER=NO"},
 };
+
+/// Formats in which columns that differ by letter case alone are one.
+constexpr const char *caselessDrivers[] = {"MapInfo File", "ESRI Shapefile", "GPKG",   "SQLite", "CSV",
+                                           "OpenFileGDB",  "PGDUMP",         "LIBKML", "KML"};
+
+/// What a driver calls the columns that it adds itself.
+struct OwnColumns
+{
+    const char *driver;
+    const char *numbers;
+    const char *geometry;
+};
+constexpr OwnColumns ownColumns[] = {
+    {"GPKG", "fid", "geom"},
+    {"SQLite", "ogc_fid", "GEOMETRY"},
+    {"OpenFileGDB", "OBJECTID", "SHAPE"},
+    {"PGDUMP", "ogc_fid", "wkb_geometry"},
+};
+
+/// The name, or one that no column has.
+QString freeName(const QString &wanted, const QStringList &taken)
+{
+    QString name = wanted;
+    for (int i = 1; taken.contains(name, Qt::CaseInsensitive); ++i)
+        name = wanted + QLatin1Char('_') + QString::number(i);
+    return name;
+}
 
 using OptionList = std::unique_ptr<char *, void (*)(char **)>;
 using SpatialReference = std::unique_ptr<void, void (*)(OGRSpatialReferenceH)>;
@@ -41,7 +72,9 @@ OptionList layerOptionsOf(const QString &driver, const QRectF &bounds)
 SpatialReference referenceOf(const OutputLayer &layer)
 {
     SpatialReference reference(nullptr, OSRDestroySpatialReference);
-    if (!layer.system || layer.mapInfo)
+    if (layer.reference)
+        reference.reset(OSRClone(layer.reference));
+    if (layer.reference || !layer.system || layer.mapInfo)
         return reference;
     reference.reset(OSRNewSpatialReference(nullptr));
     OSRSetAxisMappingStrategy(reference.get(), OAMS_TRADITIONAL_GIS_ORDER);
@@ -66,6 +99,51 @@ bool OutputFormat::has(const char *capability) const
     return QLatin1String(GDALGetMetadataItem(m_driver, capability, nullptr)) == QLatin1String("YES");
 }
 
+bool OutputFormat::hasLayerOption(const char *option) const
+{
+    const QString list =
+        QString::fromUtf8(GDALGetMetadataItem(m_driver, GDAL_DS_LAYER_CREATIONOPTIONLIST, nullptr));
+    return list.contains(QStringLiteral("name='%1'").arg(QLatin1String(option)));
+}
+
+bool OutputFormat::holdsType(OGRFieldType type) const
+{
+    const QStringList types =
+        QString::fromUtf8(GDALGetMetadataItem(m_driver, GDAL_DMD_CREATIONFIELDDATATYPES, nullptr))
+            .split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    return types.isEmpty() || types.contains(QString::fromUtf8(OGR_GetFieldTypeName(type)));
+}
+
+bool OutputFormat::tellsCases() const
+{
+    const QString driver = name();
+    return std::none_of(std::begin(caselessDrivers), std::end(caselessDrivers),
+                        [&driver](const char *caseless) { return driver == QLatin1String(caseless); });
+}
+
+bool OutputFormat::holdsNumbers() const
+{
+    return hasLayerOption("FID") || name().startsWith(QLatin1String("GeoJSON"));
+}
+
+/// The source's names of its numbers and geometries, and none that a column has.
+char **OutputFormat::namesOf(const OutputLayer &layer, char **options) const
+{
+    const QString driver = name();
+    for (const OwnColumns &own : ownColumns) {
+        if (driver != QLatin1String(own.driver))
+            continue;
+        const bool hasNumbers = layer.keepsNumbers && !layer.numbersColumn.isEmpty();
+        const QString numbers = hasNumbers ? layer.numbersColumn : QString::fromLatin1(own.numbers);
+        const QString geometry =
+            layer.geometryColumn.isEmpty() ? QString::fromLatin1(own.geometry) : layer.geometryColumn;
+        options = CSLSetNameValue(options, "FID", freeName(numbers, layer.columns).toUtf8().constData());
+        options =
+            CSLSetNameValue(options, "GEOMETRY_NAME", freeName(geometry, layer.columns).toUtf8().constData());
+    }
+    return options;
+}
+
 /// A MapInfo file is opened, and its characters fixed, with the data set.
 Dataset OutputFormat::create(const QString &path, const OutputLayer &layer) const
 {
@@ -82,7 +160,10 @@ Dataset OutputFormat::create(const QString &path, const OutputLayer &layer) cons
 OGRLayerH OutputFormat::createLayer(GDALDatasetH dataset, const OutputLayer &layer) const
 {
     const SpatialReference reference = referenceOf(layer);
-    const OptionList options = layerOptionsOf(name(), layer.bounds);
+    char **list = namesOf(layer, layerOptionsOf(name(), layer.bounds).release());
+    if (layer.isProbe && hasLayerOption("SPATIAL_INDEX"))
+        list = CSLSetNameValue(list, "SPATIAL_INDEX", "NO");
+    const OptionList options(list, CSLDestroy);
     return GDALDatasetCreateLayer(dataset, layer.name.toUtf8().constData(), reference.get(), layer.type,
                                   options.get());
 }

@@ -17,6 +17,13 @@ struct OutputLayer
     nivora::cs::CoordSystemPtr system; ///< null for none
     QRectF bounds;                     ///< to create the layer with; empty for none
     std::optional<MapInfoTarget> mapInfo;
+    OGRSpatialReferenceH reference = nullptr; ///< borrowed: of a source that passes untouched
+    QStringList columns;                      ///< of the source, for names that must not meet
+    QString numbersColumn; ///< of the source's features, empty when they are mere positions
+    QString geometryColumn;
+    bool keepsNumbers = false;
+    bool isElsewhere = false; ///< the driver may write coordinates of another system
+    bool isProbe = false;     ///< features must come back in the order in which they were written
 };
 
 /// The format of an output and what its driver has to be told.
@@ -31,6 +38,14 @@ public:
     bool isTable() const { return m_isMapInfo && !m_isMif; }
     /// Whether a file can be read once it is written.
     bool canBeRead() const { return has(GDAL_DCAP_OPEN); }
+    /// Whether columns can have the type; some drivers make them and fail with the first value.
+    bool holdsType(OGRFieldType type) const;
+    /// Whether columns may differ by letter case alone.
+    bool tellsCases() const;
+    /// Whether it writes no layer without columns.
+    bool needsColumns() const { return m_isMif; }
+    /// Whether features can be given numbers of their own.
+    bool holdsNumbers() const;
     bool holdsManyLayers() const { return has(GDAL_DCAP_MULTIPLE_VECTOR_LAYERS); }
     /// Null when it cannot be made. \p layer is its first.
     Dataset create(const QString &path, const OutputLayer &layer) const;
@@ -41,6 +56,8 @@ public:
 
 private:
     bool has(const char *capability) const;
+    bool hasLayerOption(const char *name) const;
+    char **namesOf(const OutputLayer &layer, char **options) const;
 
     GDALDriverH m_driver;
     bool m_isMapInfo;

@@ -4,6 +4,7 @@
 #include "Losses.h"
 #include "Output.h"
 
+#include <coordsys/CoordSystemConversions.h>
 #include <coordsys/CoordTransform.h>
 
 #include <QObject>
@@ -13,6 +14,7 @@
 #include <array>
 #include <cmath>
 
+using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
 using nivora::cs::CoordTransform;
 
@@ -26,29 +28,42 @@ struct Property
 {
     bool (*has)(OGRGeometryH);
     bool LostProperties::*lost;
+    Loss kind;
     const char *message;
 };
 constexpr Property properties[] = {
-    {hasHeights, &LostProperties::heights,
+    {hasHeights, &LostProperties::heights, Loss::Heights,
      QT_TRANSLATE_NOOP("QObject", "the format holds no heights: they are left out")},
-    {hasMeasures, &LostProperties::measures,
+    {hasMeasures, &LostProperties::measures, Loss::Heights,
      QT_TRANSLATE_NOOP("QObject", "the format holds no measures: they are left out")},
-    {hasCurves, &LostProperties::curves,
+    {hasCurves, &LostProperties::curves, Loss::Types,
      QT_TRANSLATE_NOOP("QObject", "the format holds no curves: they become polylines")},
-    {isSurface, &LostProperties::surfaces,
+    {isSurface, &LostProperties::surfaces, Loss::Types,
      QT_TRANSLATE_NOOP("QObject", "the format holds no surfaces: they become polygons")},
 };
 
-/// How far a place is off when the output is read again, in the system's unit; NaN for no place.
-double farthestOff(const CoordSystemPtr &system, const CoordSystemPtr &readAgain,
-                   const QVector<QPointF> &places)
+struct Offsets
+{
+    double places = 0.0; ///< in the unit of the system
+    double planes = 0.0; ///< without the datums' shift, likewise
+};
+
+/// How far places are off when the output is read again.
+Offsets farthestOff(const CoordSystemPtr &system, const CoordSystemPtr &readAgain,
+                    const QVector<QPointF> &places)
 {
     const CoordTransform transform(system, readAgain);
-    double farthest = 0.0;
+    Offsets farthest;
+    const auto off = [](const QPointF &a, const QPointF &b) {
+        return std::hypot(a.x() - b.x(), a.y() - b.y());
+    };
     for (const QPointF &place : places) {
         QPointF again(NAN, NAN);
-        if (std::isfinite(place.x()) && transform.forward(place, again))
-            farthest = std::max(farthest, std::hypot(again.x() - place.x(), again.y() - place.y()));
+        if (!std::isfinite(place.x()) || !transform.forward(place, again))
+            continue;
+        farthest.places = std::max(farthest.places, off(again, place));
+        const QPointF ownPlace = tryConvertForward(readAgain, tryConvertInverse(system, place));
+        farthest.planes = std::max(farthest.planes, off(ownPlace, place));
     }
     return farthest;
 }
@@ -58,11 +73,19 @@ QString lossOf(const CoordSystemPtr &system, const CoordSystemPtr &readAgain, co
     if (!readAgain)
         return QObject::tr("the format carries no coordinate system (%1)").arg(system->description());
     const double millimetre = system->isLatLong() ? 1e-8 : 1e-3;
-    const double off = farthestOff(system, readAgain, places);
-    if (off <= millimetre)
+    const Offsets off = farthestOff(system, readAgain, places);
+    if (off.places <= millimetre)
         return {};
-    return QObject::tr("the format carries another system, %1 instead of %2: places are off by %3")
-        .arg(readAgain->description(), system->description(), QString::number(off, 'g', 4));
+    const double metres =
+        off.places * (system->isLatLong() ? CoordSystem::DEGREES_TO_METERS : system->unit().conversion());
+    const QString size = QString::number(metres, 'g', 3);
+    if (off.planes <= millimetre && system->isLatLong() == readAgain->isLatLong())
+        return QObject::tr(
+                   "only the shift of the datum differs, by %1 m: the format carries that of %2, not of "
+                   "%3; with --to %2 the places move by so much and are true")
+            .arg(size, readAgain->description(), system->description());
+    return QObject::tr("the format carries another system, %1 instead of %2: places are off by %3 m")
+        .arg(readAgain->description(), system->description(), size);
 }
 
 /// Some drivers write nothing of a layer without columns.
@@ -154,21 +177,22 @@ LostProperties OutputProbe::check(const OutputLayer &layer, const std::vector<OG
     for (OGRGeometryH geometry : geometries)
         given.add(geometry);
     if (given.plain > 0 && read.all == 0)
-        losses.add(QObject::tr("the format holds no such geometries: they are left out"));
+        losses.add(Loss::Features, QObject::tr("the format holds no such geometries: they are left out"));
     for (std::size_t i = 0; i < std::size(properties); ++i) {
         lost.*properties[i].lost = read.with[i] < given.with[i];
         if (read.with[i] < given.with[i])
-            losses.add(QObject::tr(properties[i].message));
+            losses.add(properties[i].kind, QObject::tr(properties[i].message));
     }
     checkSystem(layer, places, losses);
     return lost;
 }
 
-void OutputProbe::checkSystem(const OutputLayer &layer, const QVector<QPointF> &places, Losses &losses) const
+void OutputProbe::checkSystem(const OutputLayer &layer, const QVector<QPointF> &places, Losses &losses)
 {
     if (!layer.system || !m_format.canBeRead())
         return;
     const QString loss = lossOf(layer.system, m_readAgain, places);
+    m_isElsewhere = !loss.isEmpty() && m_readAgain;
     if (!loss.isEmpty())
-        losses.add(loss);
+        losses.add(Loss::Datum, loss);
 }

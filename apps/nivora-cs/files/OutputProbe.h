@@ -37,7 +37,9 @@ public:
     LostProperties check(const OutputLayer &layer, const std::vector<OGRGeometryH> &geometries,
                          const QVector<QPointF> &places, Losses &losses);
     /// Compares the systems once more, for further places.
-    void checkSystem(const OutputLayer &layer, const QVector<QPointF> &places, Losses &losses) const;
+    void checkSystem(const OutputLayer &layer, const QVector<QPointF> &places, Losses &losses);
+    /// Whether the format carries another system, whose coordinates its driver may write.
+    bool isElsewhere() const { return m_isElsewhere; }
 
 private:
     struct Counts;
@@ -50,4 +52,5 @@ private:
     QDir m_place;
     QString m_fileName;
     nivora::cs::CoordSystemPtr m_readAgain; ///< null for none
+    bool m_isElsewhere = false;
 };

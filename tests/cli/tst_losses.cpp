@@ -1,0 +1,145 @@
+#include "CliRun.h"
+
+#include "support/Support.h"
+#include "support/TestRunner.h"
+
+#include <QTemporaryDir>
+
+namespace {
+
+/// A file of one feature, or of several with commas between them.
+QByteArray geoJson(const QString &properties, const QString &geometry)
+{
+    QString features;
+    for (const QString &one : geometry.split(QLatin1Char('|')))
+        features +=
+            (features.isEmpty() ? QString() : QStringLiteral(",")) +
+            QStringLiteral("{\"type\":\"Feature\",\"properties\":{%1},\"geometry\":%2}").arg(properties, one);
+    return (QStringLiteral("{\"type\":\"FeatureCollection\",\"features\":[") + features +
+            QStringLiteral("]}"))
+        .toUtf8();
+}
+
+const QString point = QStringLiteral(R"({"type":"Point","coordinates":[37.25,55.5]})");
+
+} // namespace
+
+/// What formats do to values and geometries: equal, or refused by the name of the loss and accepted by it
+/// alone.
+class TestCliLosses : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void values_data()
+    {
+        // Properties, geometry (a point when empty), for each extension the loss ("" for none).
+        const support::Columns<QString, QString, QString> row;
+        row("numbers", R"("a":123456.789,"b":-1e15,"c":5)", "", "gpkg shp tab mif geojson fgb kml");
+        row("fine numbers", R"("a":1.23456789e-9)", "", "gpkg shp:types geojson fgb");
+        row("large whole numbers", R"("a":123456789012)", "", "gpkg shp tab:types mif:types");
+        row("a long text", QStringLiteral(R"("t":"%1")").arg(QString(300, QLatin1Char('x'))), "",
+            "gpkg tab:texts shp:texts geojson fgb mif");
+        row("line feeds", R"("t":"one\ntwo")", "", "gpkg tab shp geojson mif:texts");
+        row("letters", R"("t":"日本","u":"Москва")", "", "gpkg shp mif:texts tab:texts");
+        row("nothing", R"("n":5,"s":"x"},"geometry":null},{"type":"Feature","properties":{"n":null,"s":null)",
+            "", "gpkg shp tab:types mif:types geojson");
+        row("zones of time", R"("t":"2020-01-02T03:04:05+03:00")", "",
+            "gpkg geojson fgb tab:types mif:types shp:types");
+        row("dates", R"("t":"2020-01-02")", "", "gpkg geojson tab mif shp");
+        row("lists", R"("l":["a","b"])", "", "geojson gpkg:types fgb:types tab:types kml:types");
+        row("names that differ by case", R"("Name":1,"name":2,"NAME":3)", "",
+            "geojson fgb gpkg:names csv:names,datum tab:names shp:names");
+        row("a column fid", R"("fid":"abc","geom":1)", "", "gpkg geojson tab");
+        row("no columns", "", "", "gpkg shp tab mif geojson fgb kml");
+        row("heights", R"("a":1)", R"({"type":"Point","coordinates":[37,55,7]})",
+            "gpkg shp geojson tab:heights");
+        row("several points", R"("a":1)", R"({"type":"MultiPoint","coordinates":[[1,2],[3,4]]})",
+            "gpkg shp geojson tab:features mif:features");
+        row("a collection", R"("a":1)",
+            R"({"type":"GeometryCollection","geometries":[{"type":"Point","coordinates":[1,2]},{"type":"LineString","coordinates":[[1,2],[3,4]]}]})",
+            "gpkg geojson mif:features tab:features");
+        row("a line of one vertex", R"("a":1)",
+            R"({"type":"LineString","coordinates":[[1,2]]}|{"type":"LineString","coordinates":[[1,2],[3,4]]})",
+            "gpkg geojson mif:features tab:features");
+        row("several polygons", R"("a":1)",
+            R"({"type":"MultiPolygon","coordinates":[[[[1,2],[3,2],[3,4],[1,2]]],[[[5,2],[6,2],[6,4],[5,2]]]]})",
+            "gpkg geojson mif tab shp kml");
+    }
+    void values()
+    {
+        const auto [properties, geometry, formats] = support::row<QString, QString, QString>();
+        const QTemporaryDir dir;
+        support::writeFile(dir.filePath(QStringLiteral("a.geojson")),
+                           geoJson(properties, geometry.isEmpty() ? point : geometry));
+        for (const QString &format : formats.split(QLatin1Char(' '))) {
+            const QString line = QStringLiteral("rm -f o.*; nivora-cs convert a.geojson o.%1")
+                                     .arg(format.section(QLatin1Char(':'), 0, 0));
+            const QString loss = format.section(QLatin1Char(':'), 1);
+            const CliRun plain = runShell(line, dir.path());
+            if (loss.isEmpty()) {
+                QVERIFY2(plain.status == 0 && plain.err.isEmpty(),
+                         qPrintable(format + QString::fromUtf8(plain.describe())));
+                continue;
+            }
+            QVERIFY2(plain.isRefusal(QStringLiteral("--allow %1 goes on without").arg(loss)),
+                     qPrintable(format + QString::fromUtf8(plain.describe())));
+            const CliRun allowed = runShell(line + QStringLiteral(" --allow ") + loss, dir.path());
+            QVERIFY2(allowed.status >= 0 && allowed.status < 2 && allowed.err.contains("nivora-cs: lost: "),
+                     qPrintable(format + QString::fromUtf8(allowed.describe())));
+        }
+    }
+
+    // The lines of a MIF with styles and a label; what is split stays as large as it was.
+    void stylesAndParts()
+    {
+        const QTemporaryDir dir;
+        support::writeFile(
+            dir.filePath(QStringLiteral("s.mif")),
+            "Version 300\nCharset \"WindowsCyrillic\"\nDelimiter \",\"\nCoordSys Earth Projection 1, 104\n"
+            "Columns 1\n  Id Integer\nData\n\nPoint 37 55\n    Symbol (36,255,18)\nText\n    \"label\"\n"
+            "    37 55 38 56\n    Font (\"Arial\",0,0,0)\n");
+        support::writeFile(dir.filePath(QStringLiteral("s.mid")), "1\n2\n");
+        const auto convert = [&dir](const char *arguments) {
+            return runShell(QStringLiteral("nivora-cs convert ") + QLatin1String(arguments), dir.path());
+        };
+        const CliRun gpkg = convert("s.mif s.gpkg");
+        QVERIFY2(gpkg.isRefusal(QStringLiteral("--allow styles")), gpkg.describe());
+        QCOMPARE(convert("s.mif s.gpkg --allow styles").status, 0);
+        QCOMPARE(convert("s.mif s.tab").status, 0);
+        QVERIFY(convert("s.gpkg t.gpkg --allow stiles").isRefusal(QStringLiteral("\"stiles\"")));
+        support::writeFile(
+            dir.filePath(QStringLiteral("c.geojson")),
+            geoJson(QStringLiteral("\"a\":1"),
+                    QStringLiteral(
+                        R"({"type":"GeometryCollection","geometries":[{"type":"Point","coordinates":[1,2]},)"
+                        R"({"type":"Point","coordinates":[3,4]}]})")));
+        QCOMPARE(convert("c.geojson c.mif --allow features").status, 0);
+        QCOMPARE(convert("c.mif d.csv --allow datum").status, 0);
+        QFile csv(dir.filePath(QStringLiteral("d.csv")));
+        QVERIFY(csv.open(QIODevice::ReadOnly));
+        QCOMPARE(csv.readAll().count("POINT"), 2);
+    }
+
+    // From one GeoPackage to another: numbers, names of columns, and what heights are above.
+    void untouched()
+    {
+        const QTemporaryDir dir;
+        support::writeFile(dir.filePath(QStringLiteral("a.csv")), "id,WKT\n7,POINT Z (37 55 3)\n");
+        support::writeFile(
+            dir.filePath(QStringLiteral("a.vrt")),
+            "<OGRVRTDataSource><OGRVRTLayer name='a'><SrcDataSource>a.csv</SrcDataSource><FID "
+            "name='number'>id</FID>"
+            "<GeometryField name='place' encoding='WKT' field='WKT'><SRS>EPSG:4326+5773</SRS></GeometryField>"
+            "</OGRVRTLayer></OGRVRTDataSource>");
+        const CliRun run = runShell(
+            QStringLiteral("nivora-cs convert a.vrt b.gpkg && nivora-cs convert b.gpkg c.gpkg && "
+                           "strings -n 3 c.gpkg; nivora-cs convert c.gpkg d.geojson && cat d.geojson"),
+            dir.path());
+        QVERIFY2(run.out.contains("\"place\"") && run.out.contains("EGM96"), run.describe());
+        QVERIFY2(run.out.contains("\"id\": 7"), run.describe());
+    }
+};
+
+NIVORA_TEST(TestCliLosses)
+#include "tst_losses.moc"
