@@ -111,9 +111,9 @@ public:
     ///   authorities of the PROJ database ("ESRI:102100", "IGNF:LAMB93"); of "A:n+B:m" and the compound URNs
     ///   the horizontal part;
     /// - PROJJSON;
-    /// - a name or alias of the PROJ database ("ETRS89 / UTM zone 32N", "NAD83"), else a name of the
-    ///   catalogue in any of its languages, letter case aside; blanks and punctuation count only where they
-    ///   tell systems apart;
+    /// - the name of one of the user's own systems, else a name or alias of the PROJ database
+    ///   ("ETRS89 / UTM zone 32N", "NAD83"), else a name of the catalogue in any of its languages, letter
+    ///   case aside; blanks and punctuation count only where they tell systems apart;
     /// - a line of a catalogue file: "name\p4326", 1, 104;
     /// - "@FILE": what a .prj, .qpj or .wkt file holds in any of these notations, the CoordSys clause of a
     ///   .mif, the system of a .tab (by the header of the .map beside it). UTF-8, UTF-16 or the locale's

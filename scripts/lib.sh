@@ -7,7 +7,7 @@ ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 export PATH="${PATH:-/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin}"
 
 # What a build needs, and what the tests need on top.
-BUILD_PACKAGES=(g++ cmake ninja-build pkg-config ccache qtbase5-dev qttools5-dev-tools libproj-dev proj-data libgdal-dev)
+BUILD_PACKAGES=(g++ cmake ninja-build pkg-config ccache qtbase5-dev qttools5-dev-tools libproj-dev proj-data libgdal-dev libeigen3-dev)
 TEST_PACKAGES=(binutils dpkg-dev doxygen fonts-dejavu-core libbenchmark-dev libsqlite3-dev parallel proj-bin valgrind xvfb)
 FUZZ_PACKAGES=(clang clang-tidy libclang-rt-14-dev)
 

@@ -797,5 +797,133 @@
         <source>Сдвиг датума в тексте нулевой: датум принят за WGS 84.</source>
         <translation>The text states a zero shift: its datum is taken for WGS 84.</translation>
     </message>
+    <message>
+        <source>Сдвиг</source>
+        <translation>Shift</translation>
+    </message>
+    <message>
+        <source>Подобие</source>
+        <translation>Similarity</translation>
+    </message>
+    <message>
+        <source>Поперечная проекция Меркатора</source>
+        <translation>Transverse Mercator</translation>
+    </message>
+    <message>
+        <source>Аффинное преобразование</source>
+        <translation>Affine transformation</translation>
+    </message>
+    <message>
+        <source>Сдвиг датума по семи параметрам</source>
+        <translation>Datum shift by seven parameters</translation>
+    </message>
+    <message>
+        <source>Многочлен второй степени</source>
+        <translation>Polynomial of degree two</translation>
+    </message>
+    <message>
+        <source>Точки не определяют параметры модели</source>
+        <translation>The points do not determine the model</translation>
+    </message>
+    <message>
+        <source>План без места на Земле не имеет ни датума, ни осевого меридиана</source>
+        <translation>A plan without a place on the earth has neither datum nor central meridian</translation>
+    </message>
+    <message>
+        <source>Точка %1: координаты не числа</source>
+        <translation>Point %1: the coordinates are no numbers</translation>
+    </message>
+    <message>
+        <source>Точка %1: вес не положительное число</source>
+        <translation>Point %1: the weight is no positive number</translation>
+    </message>
+    <message>
+        <source>Точка %1: в известной системе нет такого места</source>
+        <translation>Point %1: the known system has no such place</translation>
+    </message>
+    <message>
+        <source>футы</source>
+        <translation>feet</translation>
+    </message>
+    <message>
+        <source>ярды</source>
+        <translation>yards</translation>
+    </message>
+    <message>
+        <source>сажени</source>
+        <translation>sazhens</translation>
+    </message>
+    <message>
+        <source>километры</source>
+        <translation>kilometres</translation>
+    </message>
+    <message>
+        <source>миллиметры</source>
+        <translation>millimetres</translation>
+    </message>
+    <message>
+        <source>сантиметры</source>
+        <translation>centimetres</translation>
+    </message>
+    <message>
+        <source>морские мили</source>
+        <translation>nautical miles</translation>
+    </message>
+    <message>
+        <source>Масштаб %1: местные координаты даны в единицах «%2»?</source>
+        <translation>A fit of scale %1: are the local coordinates in %2?</translation>
+    </message>
+    <message>
+        <source>Масштаб %1: известные координаты даны в единицах «%2»?</source>
+        <translation>A fit of scale %1: are the known coordinates in %2?</translation>
+    </message>
+    <message>
+        <source>Местные координаты похожи на зону с осевым меридианом %1°: другая зона?</source>
+        <translation>The local coordinates look like the zone of the central meridian %1°: another zone?</translation>
+    </message>
+    <message>
+        <source>Сдвиг %1 км к востоку и %2 км к северу: ложное начало, номер зоны?</source>
+        <translation>A shift of %1 km east and %2 km north: a false origin, a number of a zone?</translation>
+    </message>
+    <message>
+        <source>С переставленными осями точки согласуются: x и y перепутаны?</source>
+        <translation>With axes swapped the points agree: are x and y mixed up?</translation>
+    </message>
+    <message>
+        <source>Система не создаётся: %1</source>
+        <translation>The system cannot be made: %1</translation>
+    </message>
+    <message>
+        <source>Для сдвига датума нужны эллипсоид и проекция местных координат</source>
+        <translation>A datum shift needs ellipsoid and projection of the local coordinates</translation>
+    </message>
+    <message>
+        <source>Точки лежат вне области проекции</source>
+        <translation>The points lie outside the domain of the projection</translation>
+    </message>
+    <message>
+        <source>Нужно не меньше точек: %1, а разных точек: %2</source>
+        <translation>Points needed: %1 at least; different points given: %2</translation>
+    </message>
+    <message>
+        <source>Точки лежат на одной прямой</source>
+        <translation>The points lie on a line</translation>
+    </message>
+    <message>
+        <source>Многочлен второй степени не записывается как система координат</source>
+        <translation>A polynomial of degree two makes no coordinate system</translation>
+    </message>
+    <message>
+        <source>У экватора осевой меридиан по точкам не находится</source>
+        <translation>Near the equator points do not tell the central meridian</translation>
+    </message>
+    <message>
+        <source>Система повёрнута на %1°: осевого меридиана с таким сближением рядом нет</source>
+        <translation>The system is turned by %1°: no central meridian near by has such a convergence</translation>
+    </message>
+    <message>
+        <source>Точки лежат в одном месте</source>
+        <translation>The points lie at one place</translation>
+    </message>
 </context>
 </TS>

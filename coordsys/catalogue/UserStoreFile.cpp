@@ -22,25 +22,6 @@ std::logic_error cannotWrite(const QFileInfo &file)
     return std::logic_error(QObject::tr("Не могу создать файл %1").arg(file.fileName()).toStdString());
 }
 
-/// XML 1.0 has no form for most control characters and for halves of surrogate pairs: one of them would make
-/// the whole file unreadable. They become U+FFFD.
-QString writable(const QString &text)
-{
-    QString result = text;
-    for (int i = 0; i < result.size(); ++i) {
-        const QChar c = result.at(i);
-        if (c.isHighSurrogate() && i + 1 < result.size() && result.at(i + 1).isLowSurrogate()) {
-            ++i;
-            continue;
-        }
-        const bool control = c < QLatin1Char(' ') && c != QLatin1Char('\t') && c != QLatin1Char('\n') &&
-                             c != QLatin1Char('\r');
-        if (control || c.isSurrogate() || c.unicode() >= 0xFFFE)
-            result[i] = QChar(QChar::ReplacementCharacter);
-    }
-    return result;
-}
-
 /// The writer turns line feeds and tabs in attributes into character references, so they survive reading.
 void writeDocument(QIODevice &target, const QList<UserCoordSystem::CsDataType> &branches)
 {
@@ -50,12 +31,12 @@ void writeDocument(QIODevice &target, const QList<UserCoordSystem::CsDataType> &
     writer.writeStartElement(storetext::root());
     for (const UserCoordSystem::CsDataType &branch : branches) {
         writer.writeStartElement(storetext::branch());
-        writer.writeAttribute(storetext::name(), writable(branch.name));
+        writer.writeAttribute(storetext::name(), xmlWritable(branch.name));
         for (const UserCoordSystem::CoordSystemParam &entry : branch.entries) {
             writer.writeEmptyElement(storetext::entry());
             writer.writeAttribute(storetext::type(), sourceTypeToString(entry.source().type));
-            writer.writeAttribute(storetext::source(), writable(entry.source().string));
-            writer.writeAttribute(storetext::description(), writable(entry.description()));
+            writer.writeAttribute(storetext::source(), xmlWritable(entry.source().string));
+            writer.writeAttribute(storetext::description(), xmlWritable(entry.description()));
         }
         writer.writeEndElement();
     }
@@ -118,6 +99,23 @@ QString foreignRootError(const QDomElement &root)
 }
 
 } // namespace
+
+QString xmlWritable(const QString &text)
+{
+    QString result = text;
+    for (int i = 0; i < result.size(); ++i) {
+        const QChar c = result.at(i);
+        if (c.isHighSurrogate() && i + 1 < result.size() && result.at(i + 1).isLowSurrogate()) {
+            ++i;
+            continue;
+        }
+        const bool control = c < QLatin1Char(' ') && c != QLatin1Char('\t') && c != QLatin1Char('\n') &&
+                             c != QLatin1Char('\r');
+        if (control || c.isSurrogate() || c.unicode() >= 0xFFFE)
+            result[i] = QChar(QChar::ReplacementCharacter);
+    }
+    return result;
+}
 
 StoreReading readStore(const QFileInfo &file)
 {

@@ -40,6 +40,10 @@ private:
 void writeStore(const QFileInfo &file, const QList<UserCoordSystem::CsDataType> &branches,
                 const StoreLock &lock);
 
+/// XML 1.0 has no form for most control characters and for halves of surrogate pairs: one of them would make
+/// the whole file unreadable. They become U+FFFD.
+QString xmlWritable(const QString &text);
+
 /// Names of elements and attributes.
 namespace storetext {
 inline QString root() { return QStringLiteral("coordsys"); }

@@ -12,6 +12,7 @@
 #include <coordsys/ProjEngine.h>
 #include <coordsys/ProjLibMetadata.h>
 #include <coordsys/ProjectionParamsManager.h>
+#include <coordsys/UserCoordSystem.h>
 
 #include <proj.h>
 
@@ -146,6 +147,7 @@ private:
     CoordSystemPtr readCoordSys(const QString &text);
     CoordSystemPtr readCode(const QString &text);
     CoordSystemPtr readName(const QString &text);
+    CoordSystemPtr ownSystem(const QString &name) const;
 
     QString fromFile(const QString &input, const QString &bare);
     QString fromDated(const DatedText &dated);
@@ -461,8 +463,22 @@ void Reader::throwUnknownCode(const CodeReference &code) const
 
 // ---- Names
 
+/// The user's own system of that name, letter case aside where no name is the same; null without one, and for
+/// one that cannot be made.
+CoordSystemPtr Reader::ownSystem(const QString &name) const
+{
+    for (const Qt::CaseSensitivity sensitivity : {Qt::CaseSensitive, Qt::CaseInsensitive})
+        for (const UserCoordSystem::CsDataType &branch : m_factory.userCoordSystem()->data())
+            for (const UserCoordSystem::CoordSystemParam &entry : branch.entries)
+                if (entry.description().simplified().compare(name.simplified(), sensitivity) == 0)
+                    return entry.storedSystem();
+    return nullptr;
+}
+
 CoordSystemPtr Reader::readName(const QString &text)
 {
+    if (const CoordSystemPtr own = ownSystem(text))
+        return own;
     const SystemNames names(*m_factory.mapinfoCoordSystem(), m_factory.resourceDir(), m_factory.language());
     QVector<NamedSystem> systems = names.named(text);
     const bool isExact = !systems.isEmpty() && systems.first().isHorizontal();

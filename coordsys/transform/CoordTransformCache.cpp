@@ -84,6 +84,33 @@ std::shared_ptr<PJ> normalizedTransformation(const std::pair<QString, QString> &
         QObject::tr("Не могу создать объект трансформации. %1").arg(projLastError()).toStdString());
 }
 
+/// The system without its affine transformation.
+CoordSystemPtr bare(const CoordSystemPtr &cs)
+{
+    if (!cs->affineTransform())
+        return cs;
+    const CoordSystemPtr copy = cs->clone();
+    copy->setAffineTransform(nullptr);
+    return copy;
+}
+
+/// The affine transformations are all that tells the systems apart, so nothing else may move a point: a
+/// system that was moved within the plane of a code stays on that code's datum.
+bool differInAffineAlone(const CoordSystemPtr &from, const CoordSystemPtr &to)
+{
+    const bool hasAny = from->affineTransform() || to->affineTransform();
+    return hasAny && bare(from)->isEqual(*bare(to), true);
+}
+
+/// Leaves points where they are.
+ProjOperation standStill()
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    ProjOperation step;
+    step.pj = ownPj(proj_create(globalProjContext(), "+proj=noop"));
+    return step;
+}
+
 /// The ends speak what their systems count in; PROJ alone tells where that is radians.
 ProjOperation stepOf(const std::shared_ptr<PJ> &pj)
 {
@@ -150,6 +177,11 @@ TransformQueuePtr CoordTransformCache::queueFor(const CoordSystemPtr &from, cons
     if (TransformQueuePtr known = find(from, to))
         return known;
     auto queue = std::make_shared<TransformQueue>();
+    if (differInAffineAlone(from, to)) {
+        queue->first = standStill();
+        insert(from, to, queue);
+        return queue;
+    }
     const auto steps = stepsBetween(from, to);
     queue->first = stepFor(steps.front().first, steps.front().second);
     if (steps.size() > 1)
