@@ -1499,5 +1499,259 @@ OUT и окончанием .rejected.csv; код завершения тогд�
   nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
 </translation>
     </message>
+    <message>
+        <source>%1 m of a residual</source>
+        <translation>%1 м невязки</translation>
+    </message>
+    <message>
+        <source>Calibration</source>
+        <translation>Калибровка</translation>
+    </message>
+    <message>
+        <source>%1 ± %2</source>
+        <translation>%1 ± %2</translation>
+    </message>
+    <message>
+        <source>unknown</source>
+        <translation>неизвестно</translation>
+    </message>
+    <message>
+        <source>Model: %1</source>
+        <translation>Модель: %1</translation>
+    </message>
+    <message>
+        <source>Points: %1 of %2, redundancy %3</source>
+        <translation>Точек: %1 из %2, избыточных измерений: %3</translation>
+    </message>
+    <message>
+        <source>Residuals: RMS %1 m, greatest %2 m; standard deviation of a coordinate %3 m</source>
+        <translation>Невязки: СКО %1 м, наибольшая %2 м; СКО одной координаты %3 м</translation>
+    </message>
+    <message>
+        <source>Suspected blunder: point %1, %2 m from where the others put it</source>
+        <translation>Вероятная грубая ошибка: точка %1 в %2 м от места, которое ей дают остальные</translation>
+    </message>
+    <message>
+        <source>point</source>
+        <translation>точка</translation>
+    </message>
+    <message>
+        <source>east, m</source>
+        <translation>восток, м</translation>
+    </message>
+    <message>
+        <source>north, m</source>
+        <translation>север, м</translation>
+    </message>
+    <message>
+        <source>length, m</source>
+        <translation>длина, м</translation>
+    </message>
+    <message>
+        <source>chance, %</source>
+        <translation>вероятность, %</translation>
+    </message>
+    <message>
+        <source>left out</source>
+        <translation>отключена</translation>
+    </message>
+    <message>
+        <source>blunder?</source>
+        <translation>ошибка?</translation>
+    </message>
+    <message>
+        <source>Made from control points: %1, %2
+</source>
+        <translation>По опорным точкам: %1, %2
+</translation>
+    </message>
+    <message>
+        <source>Holds between the points: %1 … %2
+</source>
+        <translation>Действует между точками: %1 … %2
+</translation>
+    </message>
+    <message>
+        <source>This place lies outside the control points, where the fit is not proven
+</source>
+        <translation>Это место лежит вне опорных точек, где согласие не проверено
+</translation>
+    </message>
+    <message>
+        <source>Expected error of the fit at this place: %1 m
+</source>
+        <translation>Ожидаемая погрешность в этом месте: %1 м
+</translation>
+    </message>
+    <message>
+        <source>--unit: there is no unit &quot;%1&quot;</source>
+        <translation>--unit: нет единицы «%1»</translation>
+    </message>
+    <message>
+        <source>no points are kept of a system with the name &quot;%1&quot;</source>
+        <translation>точки системы с названием «%1» не сохранены</translation>
+    </message>
+    <message>
+        <source>--without: there is no point &quot;%1&quot;</source>
+        <translation>--without: нет точки «%1»</translation>
+    </message>
+    <message>
+        <source>--saved goes without --%1</source>
+        <translation>--saved указывается без --%1</translation>
+    </message>
+    <message>
+        <source>--model takes %1, not &quot;%2&quot;</source>
+        <translation>--model принимает %1, а не «%2»</translation>
+    </message>
+    <message>
+        <source>--report takes a .html or .md file, not &quot;%1&quot;</source>
+        <translation>--report принимает файл .html или .md, а не «%1»</translation>
+    </message>
+    <message>
+        <source>you have another system with the name &quot;%1&quot;</source>
+        <translation>у вас есть другая система с названием «%1»</translation>
+    </message>
+    <message>
+        <source>calibrate takes one file</source>
+        <translation>calibrate принимает один файл</translation>
+    </message>
+    <message>
+        <source>A system made from points whose coordinates are known in another.</source>
+        <translation>Система по точкам, координаты которых известны в другой.</translation>
+    </message>
+    <message>
+        <source>Reads a table of points, local and known coordinates on a line, and finds by least
+squares the system in which the points have their local coordinates. Writes the
+figures with their standard deviations, what is left at each point in metres, and
+the system&apos;s CoordSys string and WKT 2. With --save the system becomes one of your
+own: convert --from NAME and info NAME know it, and its points are kept beside it.
+The exit status is 1 when a point is suspected to be a blunder.
+
+A line holds x, y, known x, known y, with a name before them when there are five
+columns or more; other orders by --name, --x, --y, --to-x and --to-y, by the names
+of a header or by number. Degrees may be written as transform reads them. With
+--saved the points are those that were kept; a FILE adds to them.
+
+  auto        shift, similarity or affine: the simplest that the next does not improve on
+  shift       another origin
+  similarity  also turned, of another scale
+  affine      also of two scales and skew
+  tmerc       a transverse Mercator of its own: meridian, scale, false origin
+  helmert     another datum, seven figures; --from tells projection and ellipsoid
+  polynomial  of degree two, to compare with: makes no system
+
+Examples:
+  nivora-cs calibrate pairs.csv --to 28407
+  nivora-cs calibrate site.csv --to 4326 --model similarity --save &apos;Site 7&apos;
+  nivora-cs calibrate pairs.csv --to 32637 --without P3,P8 --report fit.html
+  nivora-cs calibrate --saved &apos;Site 7&apos; --without P3 --save &apos;Site 7&apos;
+</source>
+        <translation>Читает таблицу точек, местные и известные координаты в строке, и находит по
+наименьшим квадратам систему, в которой у точек такие местные координаты. Выводит
+параметры с их СКО, невязку каждой точки в метрах, строку CoordSys и WKT 2 системы.
+С --save система становится одной из ваших: convert --from NAME и info NAME её
+знают, а её точки хранятся рядом. Код возврата 1, если у точки вероятна грубая
+ошибка.
+
+В строке x, y, известные x, y, а перед ними название, если столбцов пять и больше;
+иной порядок задают --name, --x, --y, --to-x и --to-y, названиями из заголовка или
+номерами. Градусы пишутся так, как их читает transform. С --saved точки те, что
+были сохранены; FILE добавляет к ним.
+
+  auto        сдвиг, подобие или аффинное: простейшее, которое не улучшается следующим
+  shift       другое начало
+  similarity  ещё поворот и масштаб
+  affine      ещё два масштаба и перекос
+  tmerc       своя поперечная проекция Меркатора: меридиан, масштаб, ложное начало
+  helmert     другой датум, семь параметров; --from задаёт проекцию и эллипсоид
+  polynomial  второй степени, для сравнения: системы не даёт
+
+Примеры:
+  nivora-cs calibrate pairs.csv --to 28407
+  nivora-cs calibrate site.csv --to 4326 --model similarity --save &apos;Site 7&apos;
+  nivora-cs calibrate pairs.csv --to 32637 --without P3,P8 --report fit.html
+  nivora-cs calibrate --saved &apos;Site 7&apos; --without P3 --save &apos;Site 7&apos;
+</translation>
+    </message>
+    <message>
+        <source>The system of the known coordinates.</source>
+        <translation>Система известных координат.</translation>
+    </message>
+    <message>
+        <source>Projection and ellipsoid of the local coordinates, for helmert.</source>
+        <translation>Проекция и эллипсоид местных координат, для helmert.</translation>
+    </message>
+    <message>
+        <source>How the systems differ; auto when not given.</source>
+        <translation>Чем системы различаются; если не указано, auto.</translation>
+    </message>
+    <message>
+        <source>Unit of the local coordinates, m when not given.</source>
+        <translation>Единица местных координат; если не указана, m.</translation>
+    </message>
+    <message>
+        <source>Points to leave out of the fit, with commas between.</source>
+        <translation>Точки, которые не участвуют, через запятую.</translation>
+    </message>
+    <message>
+        <source>The points of a system that was saved, with those of the FILE.</source>
+        <translation>Точки сохранённой системы, вместе с точками файла.</translation>
+    </message>
+    <message>
+        <source>Keep the system under this name.</source>
+        <translation>Сохранить систему под этим названием.</translation>
+    </message>
+    <message>
+        <source>Write a JSON object.</source>
+        <translation>Вывести объект JSON.</translation>
+    </message>
+    <message>
+        <source>Write a report with a drawing, .html or .md, too.</source>
+        <translation>Записать и отчёт с чертежом, .html или .md.</translation>
+    </message>
+    <message>
+        <source>The table&apos;s column of names.</source>
+        <translation>Столбец таблицы с названиями.</translation>
+    </message>
+    <message>
+        <source>The table&apos;s column of the local x.</source>
+        <translation>Столбец таблицы с местным x.</translation>
+    </message>
+    <message>
+        <source>The table&apos;s column of the local y.</source>
+        <translation>Столбец таблицы с местным y.</translation>
+    </message>
+    <message>
+        <source>The table&apos;s column of the known x.</source>
+        <translation>Столбец таблицы с известным x.</translation>
+    </message>
+    <message>
+        <source>The table&apos;s column of the known y.</source>
+        <translation>Столбец таблицы с известным y.</translation>
+    </message>
+    <message>
+        <source>Local heights above the ellipsoid, metres, for helmert.</source>
+        <translation>Местные высоты над эллипсоидом, метры, для helmert.</translation>
+    </message>
+    <message>
+        <source>Known heights, likewise.</source>
+        <translation>Известные высоты, так же.</translation>
+    </message>
+    <message>
+        <source>Weights: 4 is twice as exact as 1.</source>
+        <translation>Веса: 4 вдвое точнее, чем 1.</translation>
+    </message>
+    <message>
+        <source>Pass over the first N lines of the table.</source>
+        <translation>Пропустить первые N строк таблицы.</translation>
+    </message>
+    <message>
+        <source>--%1 and --%2 go together</source>
+        <translation>--%1 и --%2 указываются вместе</translation>
+    </message>
+    <message>
+        <source>--%1: &quot;%2&quot; is no number</source>
+        <translation>--%1: «%2» не число</translation>
+    </message>
 </context>
 </TS>

@@ -149,7 +149,7 @@ const std::vector<Fact> &facts()
 
 } // namespace
 
-QString infoJson(const CoordSystem &cs, const SystemInfo &info)
+QString infoJson(const CoordSystem &cs, const SystemInfo &info, const QJsonValue &calibration)
 {
     QJsonObject json;
     QJsonObject unknown; // why
@@ -162,6 +162,7 @@ QString infoJson(const CoordSystem &cs, const SystemInfo &info)
             unknown[key] = oneLine(QString::fromUtf8(e.what()));
         }
     }
+    json[QStringLiteral("calibration")] = calibration;
     json[QStringLiteral("unknown")] = unknown;
     return QString::fromUtf8(QJsonDocument(json).toJson());
 }

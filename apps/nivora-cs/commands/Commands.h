@@ -7,6 +7,7 @@ const Command &transformCommand();
 const Command &rectCommand();
 const Command &measureCommand();
 const Command &mgrsCommand();
+const Command &calibrateCommand();
 const Command &userCommand();
 const Command &listCommand();
 const Command &findCommand();

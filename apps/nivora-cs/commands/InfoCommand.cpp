@@ -1,3 +1,4 @@
+#include "CalibrationText.h"
 #include "CommandLine.h"
 #include "Commands.h"
 #include "CsText.h"
@@ -9,6 +10,7 @@
 
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
+#include <coordsys/UserCoordSystem.h>
 
 #include <QObject>
 
@@ -50,11 +52,11 @@ SystemInfo infoOf(const UserInput &input)
 }
 
 /// Throws Failure for a notation that is none.
-QString textIn(const QString &format, const UserInput &input)
+QString textIn(const QString &format, const UserInput &input, const Session &session)
 {
     const CoordSystem &cs = *input.system;
     if (format == QLatin1String("json"))
-        return infoJson(cs, infoOf(input));
+        return infoJson(cs, infoOf(input), proofJson(cs, session.userSystems().fileInfo()));
     QStringList known{QStringLiteral("json")};
     for (const Notation &notation : notations) {
         if (format == QLatin1String(notation.name))
@@ -70,8 +72,11 @@ QString relations(const CommandLine &line, const Session &session, const CoordSy
     QString text;
     if (line.isSet("to"))
         text += operationsText(nivora::cs::CoordTransform(cs, systemOfOption(session, line, "to")));
-    if (line.isSet("at"))
-        text += factorsText(cs, pointOf(line.value("at")));
+    if (line.isSet("at")) {
+        const QPointF at = pointOf(line.value("at"));
+        const QString proof = proofPage(*cs, session.userSystems().fileInfo(), &at);
+        text += proof.isEmpty() || !cs->isNonEarth() ? factorsText(cs, at) + proof : proof;
+    }
     if (line.isSet("candidates"))
         text += candidatesText(*cs);
     return text;
@@ -95,10 +100,11 @@ int run(const CommandLine &line)
     const Session session(line);
     const UserInput input = readSystem(session, line.arguments().first());
     if (format.isEmpty() && !related) {
-        print(infoPage(*input.system, infoOf(input)));
+        print(infoPage(*input.system, infoOf(input)) +
+              proofPage(*input.system, session.userSystems().fileInfo()));
         return Success;
     }
-    const QString text = related ? relations(line, session, input.system) : textIn(format, input);
+    const QString text = related ? relations(line, session, input.system) : textIn(format, input, session);
     if (format != QLatin1String("json")) // which has its own place for them
         for (const QString &note : input.notes)
             complain(note);

@@ -5,6 +5,7 @@
 #include "Output.h"
 #include "Session.h"
 #include "StoreCheck.h"
+#include "UserStore.h"
 
 #include <coordsys/UserCoordSystem.h>
 
@@ -65,22 +66,6 @@ QString branchOption(const CommandLine &line)
     return line.isSet("branch") ? typedText(line.value("branch")) : UserCoordSystem::defaultBranch();
 }
 
-/// One change of the file, under its lock. Throws Failure.
-void change(const Session &session, const std::function<void(UserCoordSystem &)> &work)
-{
-    UserCoordSystem &store = session.userSystems();
-    try {
-        store.update([&work](UserCoordSystem &fresh) {
-            work(fresh);
-            return true;
-        });
-    } catch (const std::logic_error &) {
-        if (store.readProblem().isEmpty())
-            throw;
-        throw Failure(store.readProblem());
-    }
-}
-
 int list(const CommandLine &line, const Session &session, const QString &)
 {
     QJsonArray json;
@@ -117,7 +102,7 @@ int store(const CommandLine &line, const Session &session, const QString &text, 
     const CoordSystemPtr cs = readSystem(session, text).system; // throws before anything is touched
     const CoordSystem::SourceData source = sourceOf(*cs, text);
     const QString branch = branchOption(line);
-    change(session, [&](UserCoordSystem &systems) {
+    changeOwnSystems(session, [&](UserCoordSystem &systems) {
         const Entry *known = entryIn(systems, branch, source);
         if (known && !mayReplace)
             throw Failure(QObject::tr("%1 is already in the branch %2; \"user set\" replaces it")
@@ -159,7 +144,7 @@ std::function<bool(const CoordSystem::SourceData &)> meaning(const Session &sess
 int remove(const CommandLine &line, const Session &session, const QString &text)
 {
     const auto isMeant = meaning(session, text);
-    change(session, [&](UserCoordSystem &systems) {
+    changeOwnSystems(session, [&](UserCoordSystem &systems) {
         bool found = false;
         const QList<UserCoordSystem::CsDataType> branches =
             systems.data(); // a copy: entries go while it is walked

@@ -366,6 +366,14 @@ bool CsvReader::isHeader(std::string_view line) const
 
 } // namespace
 
+QStringList csvValues(std::string_view line, char delimiter)
+{
+    QStringList values;
+    for (const std::string_view field : fieldsOf(line, delimiter))
+        values << nameOf(field);
+    return values;
+}
+
 CsvFormat::CsvFormat(CsvOptions options)
     : m_options(std::move(options))
 {}

@@ -3,6 +3,7 @@
 #include "FileFormat.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -23,6 +24,9 @@ struct CsvOptions
     bool newOutX = false;   ///< no column may have that name yet
     bool newOutY = false;
 };
+
+/// The values of a table's line, without quotes and the blanks around them. The line has no line end.
+QStringList csvValues(std::string_view line, char delimiter);
 
 /// Tables as RFC 4180 describes them, the delimiter aside: comma, semicolon, tab or bar, whichever gives the
 /// columns. The first line is a header when columns are asked for by name or its coordinates are words.

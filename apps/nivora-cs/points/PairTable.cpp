@@ -1,0 +1,208 @@
+#include "PairTable.h"
+
+#include "CommandLine.h"
+#include "CsvOptions.h"
+#include "FileNames.h"
+#include "Output.h"
+#include "PeopleText.h"
+
+#include <coordsys/CoordSystem.h>
+
+#include <QFile>
+#include <QObject>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+
+using nivora::cs::CalibrationPair;
+
+namespace {
+
+constexpr int columnsWithName = 5;
+
+/// A column of words or numbers beside the coordinates.
+struct Extra
+{
+    const char *option;
+    void (*set)(CalibrationPair &, double);
+};
+constexpr Extra extras[] = {
+    {"height", [](CalibrationPair &p, double v) { p.localHeightM = v; }},
+    {"to-height", [](CalibrationPair &p, double v) { p.knownHeightM = v; }},
+    {"weight", [](CalibrationPair &p, double v) { p.weight = v; }},
+};
+
+/// The bytes of the file, decoded. Throws Failure.
+std::string textOf(const CommandLine &line)
+{
+    const QString name = line.arguments().value(0, QStringLiteral("-"));
+    QFile file(localPath(name));
+    const bool isOpen =
+        name == QLatin1String("-") ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
+    if (!isOpen)
+        throw Failure(QObject::tr("cannot read %1: %2").arg(name, file.errorString()));
+    std::string bytes = file.readAll().toStdString();
+    if (looksLikeUtf16(bytes))
+        throw Failure(QObject::tr("%1 is UTF-16: convert it to UTF-8 first").arg(name));
+    const TextCoding coding(line.value("encoding"));
+    if (coding.isNeeded())
+        bytes = coding.decoded(bytes);
+    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    return bytes.compare(0, mark.size(), mark) == 0 ? bytes.substr(mark.size()) : bytes;
+}
+
+class PairReader
+{
+public:
+    PairReader(const CommandLine &line, const nivora::cs::CoordSystem &known,
+               const nivora::cs::CoordSystem *local)
+        : m_line(line)
+        , m_localNotation{local && local->isLatLong(), line.isSet("decimal-comma")}
+        , m_knownNotation{known.isLatLong(), line.isSet("decimal-comma")}
+    {}
+
+    QVector<CalibrationPair> read(std::string_view text);
+
+private:
+    bool readHead(std::string_view line);
+    FileHead headOf(std::string_view line, const char *x, const char *y, int first,
+                    const CoordinateNotation &notation);
+    CalibrationPair pairOf(std::string_view line) const;
+    QPointF pointOf(const PointReader &reader, std::string_view line) const;
+    int columnOf(const char *option, int otherwise) const;
+    std::optional<double> numberOf(const QString &text) const;
+    void setExtras(const QStringList &values, CalibrationPair &pair) const;
+
+    const CommandLine &m_line;
+    CoordinateNotation m_localNotation;
+    CoordinateNotation m_knownNotation;
+    QStringList m_header;
+    char m_delimiter = ',';
+    int m_name = -1;
+    std::shared_ptr<const PointReader> m_local, m_known;
+};
+
+/// The head of a table whose coordinates are asked for, or stand in two columns from the first on.
+FileHead PairReader::headOf(std::string_view line, const char *x, const char *y, int first,
+                            const CoordinateNotation &notation)
+{
+    CsvOptions options = csvOptions(m_line, notation);
+    options.x = m_line.isSet(x) ? m_line.value(x) : QString::number(first);
+    options.y = m_line.isSet(y) ? m_line.value(y) : QString::number(first + 1);
+    if (m_line.isSet(x) != m_line.isSet(y))
+        throw Failure(QObject::tr("--%1 and --%2 go together").arg(QLatin1String(x), QLatin1String(y)));
+    return CsvFormat(options).head(line);
+}
+
+/// Index of a column by its name or number.
+int PairReader::columnOf(const char *option, int otherwise) const
+{
+    if (!m_line.isSet(option))
+        return otherwise;
+    const QString wanted = m_line.value(option);
+    bool isNumber = false;
+    const int number = wanted.toInt(&isNumber);
+    const int place = isNumber ? number - 1 : m_header.indexOf(wanted.trimmed());
+    if (place < 0 || place >= m_header.size())
+        throw Failure(QObject::tr("the table has no column \"%1\"").arg(wanted));
+    return place;
+}
+
+/// True when the line is a header and no point.
+bool PairReader::readHead(std::string_view line)
+{
+    CsvOptions probe = csvOptions(m_line, m_localNotation);
+    probe.x = m_line.isSet("x") ? m_line.value("x") : QStringLiteral("1");
+    probe.y = m_line.isSet("y") ? m_line.value("y") : QStringLiteral("2");
+    m_delimiter = CsvFormat(probe).head(line).delimiters.front();
+    m_header = csvValues(line, m_delimiter);
+    const int first = m_header.size() >= columnsWithName ? 2 : 1;
+    m_name = columnOf("name", first == 2 && !m_line.isSet("x") ? 0 : -1);
+    const FileHead local = headOf(line, "x", "y", first, m_localNotation);
+    const FileHead known = headOf(line, "to-x", "to-y", first + 2, m_knownNotation);
+    m_local = local.reader;
+    m_known = known.reader;
+    return local.isHeader || known.isHeader;
+}
+
+QPointF PairReader::pointOf(const PointReader &reader, std::string_view line) const
+{
+    QPointF point;
+    Columns columns;
+    Reason why;
+    if (!reader.read(line, point, columns, why))
+        throw Failure(why.text());
+    return point;
+}
+
+std::optional<double> PairReader::numberOf(const QString &text) const
+{
+    const QString plain =
+        m_line.isSet("decimal-comma") ? QString(text).replace(QLatin1Char(','), QLatin1Char('.')) : text;
+    const std::string utf8 = plain.toStdString();
+    double value = 0.0;
+    return readNumber(utf8, value) ? std::make_optional(value) : std::nullopt;
+}
+
+/// Empty values are none.
+void PairReader::setExtras(const QStringList &values, CalibrationPair &pair) const
+{
+    for (const Extra &extra : extras) {
+        const int column = columnOf(extra.option, -1);
+        const QString text = values.value(column);
+        if (column < 0 || text.isEmpty())
+            continue;
+        const std::optional<double> value = numberOf(text);
+        if (!value)
+            throw Failure(QObject::tr("--%1: \"%2\" is no number").arg(QLatin1String(extra.option), text));
+        extra.set(pair, *value);
+    }
+}
+
+CalibrationPair PairReader::pairOf(std::string_view line) const
+{
+    CalibrationPair pair;
+    pair.local = pointOf(*m_local, line);
+    pair.known = pointOf(*m_known, line);
+    const QStringList values = csvValues(line, m_delimiter);
+    pair.name = m_name < 0 ? QString() : values.value(m_name);
+    setExtras(values, pair);
+    return pair;
+}
+
+QVector<CalibrationPair> PairReader::read(std::string_view text)
+{
+    QVector<CalibrationPair> pairs;
+    const int skip = m_line.number("skip", 0, 1000000, 0);
+    for (int number = 1; !text.empty(); ++number) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        std::string_view line = text.substr(0, end);
+        text.remove_prefix(std::min(end + 1, text.size()));
+        if (!line.empty() && line.back() == '\r')
+            line.remove_suffix(1);
+        const auto first = line.find_first_not_of(" \t");
+        if (number <= skip || first == std::string_view::npos || line[first] == '#')
+            continue;
+        try {
+            if (!m_local && readHead(line))
+                continue;
+            pairs << pairOf(line);
+        } catch (const Failure &e) {
+            throw Failure(
+                QObject::tr("%1, line %2: %3")
+                    .arg(m_line.arguments().value(0), QString::number(number), QString::fromUtf8(e.what())));
+        }
+        if (pairs.last().name.isEmpty())
+            pairs.last().name = QString::number(pairs.size());
+    }
+    return pairs;
+}
+
+} // namespace
+
+QVector<CalibrationPair> readPairs(const CommandLine &line, const nivora::cs::CoordSystem &known,
+                                   const nivora::cs::CoordSystem *local)
+{
+    return PairReader(line, known, local).read(textOf(line));
+}
