@@ -28,9 +28,10 @@ enum class DecimalCommas { BeforeMarks, BeforeLetters };
 /// Reads the angle at the beginning of [p, end): decimal degrees, or degrees and minutes, or these and
 /// seconds, only the last with decimals, each followed by its mark (° d, ' ′ ’, " ″ ” '' and the like; the
 /// last may be missing) or separated by colons; a sign or a hemisphere letter before it, or the letter behind
-/// it (N S E W, С Ю В З, с.ш. and so on). Blanks may stand behind a mark and before a letter. Minutes are
-/// less than 60, seconds 60 at most: 59'60" is what rounding leaves behind. \return behind the angle, null
-/// when there is none; then \p why tells the reason.
+/// it (N S E W, С Ю В З, с.ш., French O, German Ö and so on). With a letter also separated by dashes, or by
+/// nothing in the full count of digits (554521.5N, 5545.358N, 0373702E). Blanks may stand behind a mark and
+/// before a letter. Minutes are less than 60, seconds 60 at most: 59'60" is what rounding leaves behind.
+/// \return behind the angle, null when there is none; then \p why tells the reason.
 NIVORA_CS_EXPORT const char *parseAngle(const char *p, const char *end, DecimalCommas commas, Angle &angle,
                                         const char *&why);
 

@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr QChar separator = u'\n'; ///< of the values of one option, none of which has lines
+
 QString text(const char *utf8) { return QString::fromUtf8(utf8); }
 
 bool isNumber(const QString &argument)
@@ -75,7 +77,13 @@ void CommandLine::setValue(const Option &option, const QString &value)
 {
     if (value.isEmpty() && option.valueName && text(option.valueName) != QLatin1String("TEXT"))
         throw Failure(QObject::tr("--%1 needs a value").arg(text(option.name)) + seeHelp());
-    m_values[text(option.name)] = value;
+    QString &all = m_values[text(option.name)];
+    all = option.repeats && !all.isEmpty() ? all + separator + value : value;
+}
+
+QStringList CommandLine::values(const char *option) const
+{
+    return isSet(option) ? value(option).split(separator) : QStringList();
 }
 
 void CommandLine::parse(const QStringList &arguments)
@@ -100,7 +108,7 @@ int CommandLine::parseOption(const QStringList &arguments, int place)
     const QString name = argument.section(QLatin1Char('='), 0, 0);
     const Option &found = option(name);
     const bool hasValue = argument.size() > name.size();
-    if (isSet(found.name))
+    if (isSet(found.name) && !found.repeats)
         throw Failure(QObject::tr("%1 is given twice").arg(name) + seeHelp());
     if (hasValue && !found.valueName)
         throw Failure(QObject::tr("%1 takes no value").arg(name) + seeHelp());

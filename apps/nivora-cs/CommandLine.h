@@ -14,6 +14,7 @@ struct Option
     const char *valueName;
     const char *help;
     const char *bareValue = nullptr;
+    bool repeats = false; ///< it may stand several times
 };
 
 /// A subcommand: what its help says and what it does. Summary, text and help of options are texts for
@@ -50,6 +51,8 @@ public:
 
     bool isSet(const char *option) const { return m_values.contains(QLatin1String(option)); }
     QString value(const char *option) const { return m_values.value(QLatin1String(option)); }
+    /// All of an option that may stand several times.
+    QStringList values(const char *option) const;
     /// Throws Failure when the option was not given.
     QString required(const char *option) const;
     /// A whole number within limits, \p otherwise when the option was not given. Throws Failure.

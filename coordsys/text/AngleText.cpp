@@ -68,7 +68,8 @@ constexpr Hemisphere hemispheres[] = {
     {"e", Axis::Longitude, false},     {"w", Axis::Longitude, true},     {"С", Axis::Latitude, false},
     {"Ю", Axis::Latitude, true},       {"В", Axis::Longitude, false},    {"З", Axis::Longitude, true},
     {"с", Axis::Latitude, false},      {"ю", Axis::Latitude, true},      {"в", Axis::Longitude, false},
-    {"з", Axis::Longitude, true},
+    {"з", Axis::Longitude, true},      {"O", Axis::Longitude, true},     {"Ö", Axis::Longitude, false},
+    {"ö", Axis::Longitude, false}, // French ouest, German östlich
 };
 
 constexpr std::string_view minusSign = "\xE2\x88\x92"; // U+2212
@@ -112,7 +113,36 @@ struct Written
     std::array<bool, PartCount> whole{};
     std::array<bool, PartCount> longer{}; ///< than two digits before the decimals
     int count = 0;
+    std::ptrdiff_t digits = 0; ///< of the first part, before the decimals
 };
+
+/// Degrees, minutes and seconds without anything between, as aviation and navigation write them with a
+/// letter: 554521.5N, 5545.358N, 0373702E.
+void splitDigits(Written &written)
+{
+    if (written.count != 1 || !written.hemisphere)
+        return;
+    constexpr int ofMinutes = 2;
+    constexpr int ofSeconds = 4;
+    const std::ptrdiff_t behindDegrees =
+        written.digits - (written.hemisphere->axis == Axis::Latitude ? 2 : 3); // 55N, 037E
+    if (behindDegrees != ofMinutes && behindDegrees != ofSeconds)
+        return;
+    const double last = written.parts[Degrees];
+    const auto take = [&written](Part part, double value, double unit) {
+        written.parts[part] = std::floor(value / unit);
+        return value - written.parts[part] * unit;
+    };
+    written.count = behindDegrees == ofMinutes ? 2 : 3;
+    written.parts[Seconds] = 0.0;
+    if (written.count == 2)
+        written.parts[Minutes] = take(Degrees, last, 100.0);
+    else
+        written.parts[Seconds] = take(Minutes, take(Degrees, last, 10000.0), 100.0);
+    const bool isWhole = written.whole[Degrees];
+    written.whole = {true, written.count == 3 || isWhole, isWhole};
+    written.longer = {};
+}
 
 bool refuse(const char *&why, const char *reason)
 {
@@ -167,6 +197,8 @@ const char *parsePart(const char *p, const char *end, DecimalCommas commas, int 
     const char *const behind = skipDecimals(wholeEnd, end, commas);
     written.whole[at] = behind == wholeEnd;
     written.longer[at] = wholeEnd - p > 2;
+    if (part == Degrees)
+        written.digits = wholeEnd - p;
     std::string text(p, behind);
     std::replace(text.begin(), text.end(), ',', '.');
     return readNumber(text, written.parts[at]) ? behind : nullptr;
@@ -192,6 +224,9 @@ public:
             return nullptr;
         if (!m_written.hemisphere)
             takeHemisphere(skipBlanks(m_p, m_end));
+        if (m_dashes && !m_written.hemisphere) // two numbers, or a difference
+            return nullptr;
+        splitDigits(m_written);
         return valueOf(m_written, angle, why) ? m_p : nullptr;
     }
 
@@ -237,6 +272,11 @@ private:
             ++m_p;
             return true;
         }
+        if (m_end - m_p > 1 && *m_p == '-' && isDigit(m_p[1]) && part != Seconds) {
+            m_dashes = true;
+            ++m_p;
+            return true;
+        }
         if (const Mark *const mark = rowAt(marks, m_p, m_end)) {
             m_right = mark->part == part;
             m_p += mark->text.size();
@@ -273,6 +313,7 @@ private:
     DecimalCommas m_commas;
     bool m_blanksSeparate;
     bool m_colons = false;
+    bool m_dashes = false;
     bool m_right = true; ///< every mark so far is the one of its part
     Written m_written;
 };
@@ -388,6 +429,7 @@ AngleColumns parseAngleColumns(const char *p, const char *end, int most, Decimal
     }
     result.behind = behind;
     result.count = written.count;
+    splitDigits(written);
     result.valid = valueOf(written, angle, result.why);
     return result;
 }

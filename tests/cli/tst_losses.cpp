@@ -139,6 +139,60 @@ private Q_SLOTS:
         QVERIFY2(run.out.contains("\"place\"") && run.out.contains("EGM96"), run.describe());
         QVERIFY2(run.out.contains("\"id\": 7"), run.describe());
     }
+
+    void tables_data()
+    {
+        // A table, further arguments, what the GeoJSON holds then.
+        const support::Columns<QByteArray, QString, QString> row;
+        row("blanks in names, degrees", "n,long itude,lat\nA,37d30'E,55:45:21.5\n",
+            "--x 'long itude' --y LAT", "[ 37.5, 55.755972222");
+        row("letters decide", "a;b\n554521.5N;0373702E\n", "--x a --y b", "[ 37.617222222");
+        row("heights", "x,y,z\n1,2,3.5\n", "--x x --y y --z z", "[ 1.0, 2.0, 3.5 ]");
+        row("decimal commas", "sep=;\nx;y\n37,5;55,5\n", "--x x --y y --decimal-comma", "[ 37.5, 55.5 ]");
+        row("UTF-16", QByteArray("\xFF\xFEx\0,\0y\0\n\0001\0,\0002\0\n\0", 20), "--x x --y y",
+            "[ 1.0, 2.0 ]");
+        row("numbers of columns", "1,2\n", "--x 1 --y 2", "\"features\"");
+        row("one twice", "x,x,y\n1,2,3\n", "--x x --y y", "!stands twice");
+        row("none", "x,y\n1,2\n", "--x x --y q", "!no column \"q\"");
+        row("not asked for", "x,y\n1,2\n", "", "!--x and --y");
+    }
+    void tables()
+    {
+        const auto [table, arguments, expected] = support::row<QByteArray, QString, QString>();
+        const QTemporaryDir dir;
+        support::writeFile(dir.filePath(QStringLiteral("p.csv")), table);
+        const CliRun run =
+            runShell(QStringLiteral("nivora-cs convert --from 4326 p.csv p.geojson %1 && cat p.geojson")
+                         .arg(arguments),
+                     dir.path());
+        if (expected.startsWith(QLatin1Char('!')))
+            QVERIFY2(run.isRefusal(expected.mid(1)), run.describe());
+        else
+            QVERIFY2(run.status == 0 && QString::fromUtf8(run.out).contains(expected), run.describe());
+    }
+
+    void layersAndCharacters()
+    {
+        const QTemporaryDir dir;
+        support::writeFile(dir.filePath(QStringLiteral("a.geojson")),
+                           geoJson(QStringLiteral(R"("t":"Москва")"), point));
+        support::writeFile(
+            dir.filePath(QStringLiteral("two.vrt")),
+            "<OGRVRTDataSource><OGRVRTLayer name='a'><SrcDataSource>a.geojson</SrcDataSource></OGRVRTLayer>"
+            "<OGRVRTLayer name='b b'><SrcDataSource>a.geojson</SrcDataSource><SrcLayer>a</SrcLayer>"
+            "</OGRVRTLayer></OGRVRTDataSource>");
+        const auto convert = [&dir](const char *arguments) {
+            return runShell(QStringLiteral("nivora-cs convert ") + QLatin1String(arguments), dir.path());
+        };
+        QVERIFY(convert("two.vrt o.shp").isRefusal(QStringLiteral("--allow layers")));
+        QVERIFY(convert("two.vrt o.shp --layer c").isRefusal(QStringLiteral("a, b b")));
+        QCOMPARE(convert("two.vrt o.shp --layer 'b b' --out-encoding windows-1251").status, 0);
+        QVERIFY(
+            QFile::remove(dir.filePath(QStringLiteral("o.cpg")))); // then nothing says what the letters are
+        const CliRun back = convert("o.shp o.geojson --encoding cp1251 && cat o.geojson");
+        QVERIFY2(QString::fromUtf8(back.out).contains(QStringLiteral("Москва")), back.describe());
+        QVERIFY(convert("a.geojson o.gpkg --out-encoding cp1251").isRefusal(QStringLiteral("UTF-8 alone")));
+    }
 };
 
 NIVORA_TEST(TestCliLosses)

@@ -28,12 +28,15 @@ name or --lossy is given; then it is told on stderr:
   affine    an affine transformation
   features  kinds of geometry, features that are split or left out
   layers    further layers
+With --x and --y IN is a table, such as CSV or a spreadsheet, whose columns hold
+coordinates as transform reads them; rows without are listed, too.
 Features that cannot be transformed are left out and listed in OUT's name with
 .rejected.csv; the exit status is 1 then.
 
 Examples:
   nivora-cs convert parcels.tab parcels.gpkg --to 4326 --allow styles
   nivora-cs convert --from 28407 --to 'CoordSys Earth Projection 1, 104' roads.shp roads.mif
+  nivora-cs convert --from 4326 --x lon --y lat points.csv points.tab
   nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
 )"),
         2,
@@ -44,6 +47,16 @@ Examples:
             {"encoding", "NAME",
              QT_TRANSLATE_NOOP("QObject",
                                "Characters of IN's texts that are not UTF-8, such as windows-1251.")},
+            {"layer", "NAME", QT_TRANSLATE_NOOP("QObject", "Only this layer; it may stand several times."),
+             nullptr, true},
+            {"out-encoding", "NAME",
+             QT_TRANSLATE_NOOP("QObject", "Characters of OUT's texts, for formats that are not UTF-8.")},
+            {"x", "NAME|N", QT_TRANSLATE_NOOP("QObject", "IN is a table of points: its column of x.")},
+            {"y", "NAME|N", QT_TRANSLATE_NOOP("QObject", "Its column of y.")},
+            {"z", "NAME|N",
+             QT_TRANSLATE_NOOP("QObject", "Its column of heights, which are not transformed.")},
+            {"decimal-comma", nullptr,
+             QT_TRANSLATE_NOOP("QObject", "Commas inside numbers of these columns are decimal marks.")},
             {"allow", "NAMES",
              QT_TRANSLATE_NOOP("QObject",
                                "Go on without these: heights, types and so on, with commas between.")},

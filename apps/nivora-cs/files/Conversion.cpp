@@ -6,6 +6,7 @@
 #include "NetworkBorder.h"
 #include "Output.h"
 #include "Progress.h"
+#include "TableSource.h"
 
 #include <coordsys/CoordSystemConversions.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
@@ -53,6 +54,18 @@ QString rejectedName(const QString &out)
     return QFileInfo(out).completeBaseName() + QStringLiteral(".rejected.csv");
 }
 
+bool extentOf(OGRLayerH source, const GeometryChange &change, OGREnvelope &extent)
+{
+    if (!change.points)
+        return OGR_L_GetExtent(source, &extent, TRUE) == OGRERR_NONE;
+    const QRectF rect = extentOfPoints(source, *change.points);
+    extent.MinX = rect.left();
+    extent.MaxX = rect.right();
+    extent.MinY = rect.top();
+    extent.MaxY = rect.bottom();
+    return std::isfinite(rect.left());
+}
+
 /// The driver counts a table's coordinates in whole steps between bounds and would move a point behind them
 /// onto them. Those of a system that states none are wide enough for the data.
 QRectF tableBounds(OGRLayerH source, const GeometryChange &change, const OutputLayer &layer)
@@ -61,7 +74,7 @@ QRectF tableBounds(OGRLayerH source, const GeometryChange &change, const OutputL
     OGREnvelope extent;
     const QRectF bounds =
         layer.system->isLatLong() && !layer.system->isRectSet() ? world : layer.mapInfo->bounds;
-    if (layer.system->isRectSet() || OGR_L_GetExtent(source, &extent, TRUE) != OGRERR_NONE)
+    if (layer.system->isRectSet() || !extentOf(source, change, extent))
         return bounds;
     const bool isPlan = layer.system->isNonEarth();
     const double size = std::hypot(extent.MaxX - extent.MinX, extent.MaxY - extent.MinY);
@@ -87,7 +100,8 @@ bool tellsLoss(const QString &warning)
 
 /// In the member list's order, so that a mistake in the arguments is told before anything is opened.
 Conversion::Conversion(const CommandLine &line)
-    : m_session(line)
+    : m_line(line)
+    , m_session(line)
     , m_in(fileArgument(line, 0))
     , m_out(fileArgument(line, 1))
     , m_from(optionalSystem(m_session, line, "from"))
@@ -95,8 +109,9 @@ Conversion::Conversion(const CommandLine &line)
     , m_mostBendM(bendOption(line))
     , m_coding(line.value("encoding"))
     , m_losses(line)
-    , m_source((GDALAllRegister(), keepBorder(m_in), openForReading(m_in, m_messages)))
-    , m_format(m_out, line.value("format"), m_in)
+    , m_source((GDALAllRegister(), keepBorder(m_in),
+                openForReading(tableToOpen(m_in, line.isSet("x")), m_messages, line.value("encoding"))))
+    , m_format(m_out, line.value("format"), m_in, line.value("out-encoding"))
     , m_stage(m_out, line.isSet("overwrite"))
     , m_rejected(m_stage.path(rejectedName(m_out)))
     , m_probe(m_session, m_format, m_stage.dir(), QFileInfo(m_out).fileName())
@@ -173,16 +188,27 @@ void Conversion::describe(OGRLayerH source, OutputLayer &layer) const
     layer.keepsNumbers = !layer.numbersColumn.isEmpty() && m_format.holdsNumbers();
 }
 
+void Conversion::findPoints(OGRLayerH source, const CoordSystemPtr &from, GeometryChange &change) const
+{
+    change.points = pointColumns(m_line, source, from && from->isLatLong(), m_coding);
+    const bool isTable =
+        GDALDatasetGetLayerCount(m_source.get()) == 1 && OGR_L_GetGeomType(source) == wkbNone;
+    if (isTable && !change.points && (m_from || m_to))
+        throw Failure(
+            QObject::tr("%1 has no geometry; --x and --y name the columns of coordinates").arg(m_in));
+}
+
 void Conversion::settle(OGRLayerH source, OutputLayer &layer, GeometryChange &change)
 {
     describe(source, layer);
     const CoordSystemPtr from = sourceSystem(source);
+    findPoints(source, from, change);
     layer.system = carriable(m_to ? m_to : from);
     if (from && layer.system && from != layer.system)
         change.transform.emplace(CoordTransform(from, layer.system));
     if (change.transform && m_mostBendM > 0.0)
         change.splitter.emplace(*change.transform, *withoutAffine(layer.system), m_mostBendM);
-    if (!m_format.isMapInfo() || OGR_L_GetGeomType(source) == wkbNone)
+    if (!m_format.isMapInfo() || (OGR_L_GetGeomType(source) == wkbNone && !change.points))
         return;
     if (!layer.system)
         layer.system = plan();
@@ -291,25 +317,44 @@ void Conversion::tell() const
                           QString::number(m_rejected.count() + m_features), rejectedName(m_out)));
 }
 
-/// A driver may write further layers into files of other names, which nobody asked for.
-int Conversion::convertibleLayers()
+/// Those that --layer names, else all.
+std::vector<int> Conversion::chosenLayers() const
 {
-    const int layers = GDALDatasetGetLayerCount(m_source.get());
-    if (layers < 2 || m_format.holdsManyLayers())
+    QStringList names;
+    for (int i = 0; i < GDALDatasetGetLayerCount(m_source.get()); ++i)
+        names << QString::fromUtf8(OGR_L_GetName(GDALDatasetGetLayer(m_source.get(), i)));
+    std::vector<int> chosen;
+    for (const QString &wanted : m_line.values("layer")) {
+        if (!names.contains(wanted))
+            throw Failure(QObject::tr("%1 has no layer \"%2\", but %3")
+                              .arg(m_in, wanted, names.join(QStringLiteral(", "))));
+        chosen.push_back(names.indexOf(wanted));
+    }
+    for (int i = 0; i < names.size() && !m_line.isSet("layer"); ++i)
+        chosen.push_back(i);
+    return chosen;
+}
+
+/// A driver may write further layers into files of other names, which nobody asked for.
+std::vector<int> Conversion::convertibleLayers()
+{
+    const std::vector<int> layers = chosenLayers();
+    if (layers.size() < 2 || m_format.holdsManyLayers())
         return layers;
-    m_losses.add(Loss::Layers,
-                 QObject::tr("%1 holds one layer: of %2 only the first, \"%3\", is written")
-                     .arg(m_format.name(), QString::number(layers),
-                          QString::fromUtf8(OGR_L_GetName(GDALDatasetGetLayer(m_source.get(), 0)))));
+    OGRLayerH first = GDALDatasetGetLayer(m_source.get(), layers.front());
+    m_losses.add(
+        Loss::Layers,
+        QObject::tr("%1 holds one layer: of %2 only the first, \"%3\", is written; --layer "
+                    "names another")
+            .arg(m_format.name(), QString::number(layers.size()), QString::fromUtf8(OGR_L_GetName(first))));
     m_losses.check();
-    return 1;
+    return {layers.front()};
 }
 
 int Conversion::run()
 {
-    const int layers = convertibleLayers();
-    for (int i = 0; i < layers; ++i)
-        convertLayer(i);
+    for (const int layer : convertibleLayers())
+        convertLayer(layer);
     if (!m_target)
         openTarget({});
     closeTarget();

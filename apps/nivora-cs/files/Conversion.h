@@ -25,7 +25,9 @@ private:
     nivora::cs::CoordSystemPtr withoutAffine(const nivora::cs::CoordSystemPtr &system) const;
     nivora::cs::CoordSystemPtr carriable(const nivora::cs::CoordSystemPtr &target);
     nivora::cs::CoordSystemPtr plan();
-    int convertibleLayers();
+    std::vector<int> chosenLayers() const;
+    std::vector<int> convertibleLayers();
+    void findPoints(OGRLayerH source, const nivora::cs::CoordSystemPtr &from, GeometryChange &change) const;
     void describe(OGRLayerH source, OutputLayer &layer) const;
     void settle(OGRLayerH source, OutputLayer &layer, GeometryChange &change);
     void openTarget(const OutputLayer &first);
@@ -35,6 +37,7 @@ private:
     OGRSpatialReferenceH untouchedReference(OGRLayerH source) const;
     void tell() const;
 
+    const CommandLine &m_line;
     Session m_session;
     GdalMessages m_messages;
     QString m_in, m_out;

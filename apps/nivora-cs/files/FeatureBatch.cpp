@@ -37,10 +37,14 @@ bool isOutside(const QRectF &limits, const QPointF &p)
 void FeatureBatch::add(Feature source)
 {
     const GIntBig fid = OGR_F_GetFID(source.get());
-    Geometry geometry(OGR_F_StealGeometry(source.get()));
+    Geometry geometry = m_change.points ? pointOf(source.get(), *m_change.points)
+                                        : Geometry(OGR_F_StealGeometry(source.get()));
+    const bool lacksPoint = m_change.points && !geometry;
     if (geometry) // some drivers would rather write the source's than the layer's
         OGR_G_AssignSpatialReference(geometry.get(), nullptr);
     m_items.push_back({fid, std::move(source), std::move(geometry), QPointF(NAN, NAN), std::nullopt});
+    if (lacksPoint)
+        m_items.back().rejection = Rejection{fid, QPointF(NAN, NAN), Rejection::NoPoint};
     const int firstVertex = m_in.size();
     if (OGRGeometryH stolen = m_items.back().geometry.get())
         collect(stolen);

@@ -2,6 +2,8 @@
 
 #include "EdgeSplitter.h"
 #include "GdalFiles.h"
+#include "PeopleText.h"
+#include "PointText.h"
 
 #include <coordsys/BulkTransform.h>
 
@@ -10,18 +12,31 @@
 #include <optional>
 #include <vector>
 
+/// Columns of a table that hold the coordinates of points.
+struct PointColumns
+{
+    int x = -1;
+    int y = -1;
+    int z = -1; ///< -1: no heights
+    CoordinateNotation notation;
+    const TextCoding *coding = nullptr;
+};
+/// Null when the columns hold none.
+Geometry pointOf(OGRFeatureH feature, const PointColumns &columns);
+
 /// How geometries change on their way.
 struct GeometryChange
 {
     std::optional<nivora::cs::BulkTransform> transform; ///< none: they stay as they are
     std::optional<EdgeSplitter> splitter;               ///< none: no vertices are added
+    std::optional<PointColumns> points;                 ///< none: geometries are those of the source
     QRectF limits;                                      ///< of what the output can hold; empty for none
 };
 
 /// A feature that was left out, and its first vertex that is to blame, in the source's coordinates.
 struct Rejection
 {
-    enum Reason { NotTransformable, OutOfBounds, NotWritable };
+    enum Reason { NotTransformable, OutOfBounds, NotWritable, NoPoint };
     GIntBig fid;
     QPointF vertex;
     Reason reason;

@@ -5,6 +5,7 @@
 #include "Output.h"
 
 #include <cpl_error.h>
+#include <cpl_string.h>
 
 #include <QFile>
 #include <QFileInfo>
@@ -74,14 +75,26 @@ void GdalMessages::clear()
     m_warnings.clear();
 }
 
-Dataset openForReading(const QString &path, const GdalMessages &messages)
+QByteArray driverEncoding(const QString &name)
+{
+    const QString prefix = QStringLiteral("windows-");
+    return name.startsWith(prefix, Qt::CaseInsensitive) ? "CP" + name.mid(prefix.size()).toLatin1()
+                                                        : name.toLatin1();
+}
+
+Dataset openForReading(const QString &path, const GdalMessages &messages, const QString &encoding)
 {
     const QByteArray name = QFile::encodeName(path);
     GDALDriverH driver = GDALIdentifyDriverEx(name.constData(), GDAL_OF_VECTOR, nullptr, nullptr);
-    const bool isCsv = driver && driverName(driver) == QLatin1String("CSV");
-    const char *const csvOptions[] = {"KEEP_GEOM_COLUMNS=NO", nullptr}; // else they were written twice
+    char **list = nullptr;
+    if (driver && driverName(driver) == QLatin1String("CSV"))
+        list = CSLSetNameValue(list, "KEEP_GEOM_COLUMNS", "NO"); // else they were written twice
+    if (driver && !encoding.isEmpty() &&
+        item(driver, GDAL_DMD_OPENOPTIONLIST).contains(QLatin1String("'ENCODING'")))
+        list = CSLSetNameValue(list, "ENCODING", driverEncoding(encoding).constData());
+    const std::unique_ptr<char *, void (*)(char **)> options(list, CSLDestroy);
     Dataset dataset(GDALOpenEx(name.constData(), GDAL_OF_VECTOR | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR,
-                               nullptr, isCsv ? csvOptions : nullptr, nullptr));
+                               nullptr, options.get(), nullptr));
     if (!dataset)
         throw Failure(QObject::tr("cannot read %1: %2").arg(path, messages.reason()));
     return dataset;

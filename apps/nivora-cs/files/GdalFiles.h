@@ -51,8 +51,13 @@ struct GeometryDestroy
 };
 using Geometry = std::unique_ptr<void, GeometryDestroy>;
 
-/// Opens for reading. Throws Failure with GDAL's reason.
-Dataset openForReading(const QString &path, const GdalMessages &messages);
+/// Opens for reading. \p encoding: of the texts, for drivers that decode them; empty for what the file says.
+/// Throws Failure with GDAL's reason.
+Dataset openForReading(const QString &path, const GdalMessages &messages,
+                       const QString &encoding = QString());
+
+/// The name as drivers have it: CP1251 for windows-1251.
+QByteArray driverEncoding(const QString &name);
 
 /// The driver that is named, else the one that the file's extension belongs to. Throws Failure.
 GDALDriverH driverForWriting(const QString &path, const QString &format);

@@ -84,7 +84,9 @@ LayerWriter::Plan LayerCopy::plan() const
 /// Everything that is lost is known before the first feature is written.
 void LayerCopy::createLayer(std::vector<FeatureBatch::Item> &first)
 {
-    m_job.layer.type = layerType(m_job.source, m_job.format.name(), first);
+    const bool hasHeights = m_job.change.points && m_job.change.points->z >= 0;
+    m_job.layer.type = m_job.change.points ? (hasHeights ? wkbPoint25D : wkbPoint)
+                                           : layerType(m_job.source, m_job.format.name(), first);
     checkKinds(first);
     m_job.layer.isElsewhere = m_job.probe.isElsewhere();
     m_writer = std::make_unique<LayerWriter>(m_job.target, plan(), &m_losses);

@@ -1,11 +1,13 @@
 #include "OutputFormat.h"
 
 #include "MapInfoFiles.h"
+#include "Output.h"
 
 #include <cpl_string.h>
 #include <ogr_srs_api.h>
 
 #include <QFile>
+#include <QObject>
 
 #include <algorithm>
 
@@ -87,12 +89,18 @@ SpatialReference referenceOf(const OutputLayer &layer)
 
 } // namespace
 
-OutputFormat::OutputFormat(const QString &path, const QString &name, const QString &source)
+OutputFormat::OutputFormat(const QString &path, const QString &name, const QString &source,
+                           const QString &encoding)
     : m_driver(driverForWriting(path, name))
     , m_isMapInfo(driverName(m_driver) == QLatin1String("MapInfo File"))
     , m_isMif(m_isMapInfo && path.endsWith(QLatin1String(".mif"), Qt::CaseInsensitive))
-    , m_encoding(m_isMapInfo ? encodingLike(source) : QByteArray())
-{}
+    , m_encoding(!encoding.isEmpty() ? driverEncoding(encoding)
+                 : m_isMapInfo       ? encodingLike(source)
+                                     : QByteArray())
+{
+    if (!encoding.isEmpty() && !hasLayerOption("ENCODING"))
+        throw Failure(QObject::tr("--out-encoding: %1 writes UTF-8 alone").arg(this->name()));
+}
 
 bool OutputFormat::has(const char *capability) const
 {
@@ -161,6 +169,8 @@ OGRLayerH OutputFormat::createLayer(GDALDatasetH dataset, const OutputLayer &lay
 {
     const SpatialReference reference = referenceOf(layer);
     char **list = namesOf(layer, layerOptionsOf(name(), layer.bounds).release());
+    if (!m_isMapInfo && !m_encoding.isEmpty())
+        list = CSLSetNameValue(list, "ENCODING", m_encoding.constData());
     if (layer.isProbe && hasLayerOption("SPATIAL_INDEX"))
         list = CSLSetNameValue(list, "SPATIAL_INDEX", "NO");
     const OptionList options(list, CSLDestroy);

@@ -31,7 +31,8 @@ class OutputFormat
 {
 public:
     /// \p name empty: by the extension of \p path. \p source is read for its characters. Throws Failure.
-    OutputFormat(const QString &path, const QString &name, const QString &source);
+    /// \p encoding: of the texts that it writes, empty for the usual one.
+    OutputFormat(const QString &path, const QString &name, const QString &source, const QString &encoding);
 
     QString name() const { return driverName(m_driver); }
     bool isMapInfo() const { return m_isMapInfo; }
@@ -62,5 +63,5 @@ private:
     GDALDriverH m_driver;
     bool m_isMapInfo;
     bool m_isMif;
-    QByteArray m_encoding; ///< of MapInfo's files
+    QByteArray m_encoding; ///< empty for the driver's own
 };

@@ -72,8 +72,6 @@ bool BlockSource::read(Block &block)
 
 void BlockSource::decode(Block &block) const
 {
-    if (m_startsFile && looksLikeUtf16(block.chunk.text))
-        throw Failure(QObject::tr("%1 is UTF-16: convert it to UTF-8 first").arg(m_fileNames.at(m_file)));
     if (!m_coding.isNeeded())
         return;
     block.decoded = m_coding.decoded(block.chunk.text);

@@ -82,6 +82,12 @@ bool isAscii(std::string_view text)
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
+/// Nobody can tell which one is meant.
+struct StandsTwice : Failure
+{
+    using Failure::Failure;
+};
+
 /// A table's columns by what the command line calls them.
 class ColumnNames
 {
@@ -99,12 +105,19 @@ public:
         const int number = wanted.toInt(&isNumber);
         if (isNumber)
             return number >= 1 && number <= m_names.size() ? std::optional(number - 1) : std::nullopt;
-        for (const Qt::CaseSensitivity sensitivity : {Qt::CaseSensitive, Qt::CaseInsensitive})
-            for (int i = 0; i < m_names.size(); ++i)
-                if (m_names.at(i).compare(wanted.trimmed(), sensitivity) == 0) {
-                    m_foundByName = true;
-                    return i;
-                }
+        for (const Qt::CaseSensitivity sensitivity : {Qt::CaseSensitive, Qt::CaseInsensitive}) {
+            std::optional<int> found;
+            for (int i = 0; i < m_names.size(); ++i) {
+                if (m_names.at(i).compare(wanted.trimmed(), sensitivity) != 0)
+                    continue;
+                if (found)
+                    throw StandsTwice(QObject::tr("the column \"%1\" stands twice in the table").arg(wanted));
+                found = i;
+            }
+            m_foundByName = m_foundByName || found;
+            if (found)
+                return found;
+        }
         return std::nullopt;
     }
 
@@ -192,6 +205,8 @@ CsvLayout findLayout(const CsvOptions &options, std::string_view firstLine)
             continue;
         try {
             return layoutOf(options, firstLine, delimiter);
+        } catch (const StandsTwice &) {
+            throw;
         } catch (const Failure &) {
             continue; // the next may do; the last one says what is wrong
         }
@@ -372,6 +387,16 @@ QStringList csvValues(std::string_view line, char delimiter)
     for (const std::string_view field : fieldsOf(line, delimiter))
         values << nameOf(field);
     return values;
+}
+
+bool isSeparatorLine(std::string_view line)
+{
+    while (!line.empty() && (line.back() == '\n' || line.back() == '\r' || line.back() == '"'))
+        line.remove_suffix(1);
+    if (!line.empty() && line.front() == '"')
+        line.remove_prefix(1);
+    constexpr std::size_t size = 5; // "sep=;"
+    return line.size() == size && (line.substr(0, 4) == "sep=" || line.substr(0, 4) == "SEP=");
 }
 
 CsvFormat::CsvFormat(CsvOptions options)

@@ -28,6 +28,9 @@ struct CsvOptions
 /// The values of a table's line, without quotes and the blanks around them. The line has no line end.
 QStringList csvValues(std::string_view line, char delimiter);
 
+/// Whether a line is the first of spreadsheets' tables that tells the delimiter: sep=;
+bool isSeparatorLine(std::string_view line);
+
 /// Tables as RFC 4180 describes them, the delimiter aside: comma, semicolon, tab or bar, whichever gives the
 /// columns. The first line is a header when columns are asked for by name or its coordinates are words.
 class CsvFormat : public FileFormat
@@ -38,7 +41,7 @@ public:
     FileHead head(std::string_view firstLine) const override;
     bool passesOn(std::string_view line) const override
     {
-        return line.find_first_not_of(" \t\r") == std::string_view::npos;
+        return line.find_first_not_of(" \t\r") == std::string_view::npos || isSeparatorLine(line);
     }
     bool keepsBytes() const override { return true; }
 

@@ -1,10 +1,12 @@
 #include "LineReader.h"
 
 #include "Output.h"
+#include "PeopleText.h"
 
 #include <QByteArray>
 #include <QFile>
 #include <QObject>
+#include <QTextCodec>
 
 #include <algorithm>
 #include <cerrno>
@@ -190,9 +192,16 @@ bool LineReader::skipLine(Chunk &chunk)
 /// The count of bytes read; none at the end, which an interruption is too.
 std::size_t LineReader::fill(char *to)
 {
+    if (m_bytesRead == 0)
+        return readFirst(to);
+    return m_utf16 ? readUtf16(to) : readInto(to, readSize);
+}
+
+std::size_t LineReader::readInto(char *to, std::size_t size)
+{
     for (;;) {
         m_atEnd = !m_interrupt.wait(m_descriptor);
-        const ssize_t got = m_atEnd ? 0 : ::read(m_descriptor, to, readSize);
+        const ssize_t got = m_atEnd ? 0 : ::read(m_descriptor, to, size);
         if (got >= 0) {
             m_bytesRead += got;
             m_atEnd = got == 0;
@@ -201,6 +210,44 @@ std::size_t LineReader::fill(char *to)
         if (errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR)
             throwUnreadable(m_fileName, errno);
     }
+}
+
+/// Waits for the next bytes only where the first ones may be half of a character.
+std::size_t LineReader::readFirst(char *to)
+{
+    constexpr std::size_t telling = 4;
+    const auto mayBeUtf16 = [to](std::size_t size) {
+        return std::any_of(to, to + size, [](char c) { return c == '\0' || c == '\xFF' || c == '\xFE'; });
+    };
+    std::size_t size = readInto(to, readSize);
+    while (size < telling && !m_atEnd && mayBeUtf16(size))
+        size += readInto(to + size, readSize - size);
+    if (!looksLikeUtf16({to, size}))
+        return size;
+    const bool hasMark = *to == '\xFF' || *to == '\xFE';
+    const char *const name = hasMark ? "UTF-16" : *to == '\0' ? "UTF-16BE" : "UTF-16LE";
+    m_utf16.reset(QTextCodec::codecForName(name)->makeDecoder());
+    m_undecoded = QByteArray(to, static_cast<int>(size));
+    m_atEnd = false;
+    return readUtf16(to);
+}
+
+/// Two bytes become three at most.
+std::size_t LineReader::readUtf16(char *to)
+{
+    constexpr int most = static_cast<int>(readSize / 2);
+    QByteArray utf8;
+    while (utf8.isEmpty() && !m_atEnd) {
+        QByteArray raw = m_undecoded.left(most);
+        m_undecoded.remove(0, raw.size());
+        if (raw.isEmpty()) {
+            raw.resize(most);
+            raw.resize(static_cast<int>(readInto(raw.data(), most)));
+        }
+        utf8 = m_utf16->toUnicode(raw).toUtf8();
+    }
+    std::copy(utf8.begin(), utf8.end(), to);
+    return static_cast<std::size_t>(utf8.size());
 }
 
 void checkReadable(const QString &fileName)

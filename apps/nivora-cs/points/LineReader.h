@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
+#include <QTextDecoder>
 
 #include <array>
 #include <cstddef>
@@ -43,7 +45,7 @@ private:
 };
 
 /// Reads a file, or standard input, by whole lines, as many at a time as one read brings. Bytes are not
-/// decoded.
+/// decoded, except those of UTF-16, which becomes UTF-8.
 class LineReader
 {
 public:
@@ -78,6 +80,9 @@ private:
     bool take(Chunk &chunk, std::size_t size, std::size_t end);
     bool skipLine(Chunk &chunk);
     std::size_t fill(char *to);
+    std::size_t readInto(char *to, std::size_t size);
+    std::size_t readFirst(char *to);
+    std::size_t readUtf16(char *to);
 
     QString m_fileName;
     const Interrupt &m_interrupt;
@@ -89,6 +94,8 @@ private:
     qint64 m_bytesRead = 0;
     bool m_atStart = true;
     bool m_hasMark = false;
+    std::unique_ptr<QTextDecoder> m_utf16; ///< of a file in these characters
+    QByteArray m_undecoded;                ///< its beginning
     bool m_atEnd = false;
 };
 

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "FeatureBatch.h"
+
+class CommandLine;
+
+/// What GDAL opens for a text table: itself, or, where it is UTF-16 or begins with a spreadsheet's line
+/// "sep=;", a copy in memory that GDAL understands. \p asTable: a text of another suffix is a table too.
+/// Throws Failure.
+QString tableToOpen(const QString &path, bool asTable);
+
+/// The columns of a layer that --x, --y and --z name; none when they are not given. \p hasDegrees: values may
+/// be degrees, minutes and seconds. Throws Failure for a column that is not there, or twice.
+std::optional<PointColumns> pointColumns(const CommandLine &line, OGRLayerH layer, bool hasDegrees,
+                                         const TextCoding &coding);
+
+/// The extent of the points; NaN for none.
+QRectF extentOfPoints(OGRLayerH layer, const PointColumns &columns);
