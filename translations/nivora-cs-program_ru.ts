@@ -1217,10 +1217,6 @@ Examples:
         <translation>%1 не сообщает систему координат: записывается как план в метрах</translation>
     </message>
     <message>
-        <source>%1 holds one layer: of %2 only the first, &quot;%3&quot;, is written</source>
-        <translation>%1 хранит один слой: из %2 записывается только первый, «%3»</translation>
-    </message>
-    <message>
         <source>--%1 needs a value</source>
         <translation>параметру --%1 нужно значение</translation>
     </message>
@@ -1446,58 +1442,6 @@ Examples:
     <message>
         <source>the format holds no such geometries (%1): their features are left out</source>
         <translation>формат не хранит такой геометрии (%1): её объекты пропускаются</translation>
-    </message>
-    <message>
-        <source>Reads and writes every vector format that GDAL knows (nivora-cs list-formats), all
-layers and attributes included. The format of OUT follows from its extension.
-Without --to only the format changes. The CoordSys clause of a MIF and the
-projection of a TAB are read as they stand, affine transformation and bounds
-included, and a MIF or TAB gets exactly its system.
-OUT appears whole or not at all. What its format cannot hold is found by writing
-samples and reading them again, and refused by its name, unless --allow has the
-name or --lossy is given; then it is told on stderr:
-  heights   heights, measures, what heights are above
-  types     numbers, times and kinds of values; curves
-  names     of columns
-  texts     their length and letters
-  styles    colours, patterns, labels
-  datum     the system or its shift
-  affine    an affine transformation
-  features  kinds of geometry, features that are split or left out
-  layers    further layers
-Features that cannot be transformed are left out and listed in OUT&apos;s name with
-.rejected.csv; the exit status is 1 then.
-
-Examples:
-  nivora-cs convert parcels.tab parcels.gpkg --to 4326 --allow styles
-  nivora-cs convert --from 28407 --to &apos;CoordSys Earth Projection 1, 104&apos; roads.shp roads.mif
-  nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
-</source>
-        <translation>Читает и пишет все векторные форматы, которые знает GDAL (nivora-cs list-formats),
-со всеми слоями и атрибутами. Формат OUT следует из расширения. Без --to меняется
-только формат. Предложение CoordSys файла MIF и проекция таблицы TAB читаются как
-есть, с аффинным преобразованием и границами, и MIF или TAB получает в точности
-свою систему.
-OUT появляется целиком или не появляется. Что его формат не хранит, выясняется
-записью и чтением образцов; это вызывает отказ, если потеря не названа в --allow и
-не указан --lossy; тогда о ней сообщается в stderr:
-  heights   высоты, меры, отсчётная поверхность высот
-  types     числа, время и виды значений; кривые
-  names     имена столбцов
-  texts     длина и буквы текстов
-  styles    цвета, узоры, подписи
-  datum     система или её сдвиг
-  affine    аффинное преобразование
-  features  виды геометрии, объекты, которые делятся или пропускаются
-  layers    остальные слои
-Объекты, которые не преобразуются, пропускаются и перечисляются в файле с именем
-OUT и окончанием .rejected.csv; код завершения тогда 1.
-
-Примеры:
-  nivora-cs convert parcels.tab parcels.gpkg --to 4326 --allow styles
-  nivora-cs convert --from 28407 --to &apos;CoordSys Earth Projection 1, 104&apos; roads.shp roads.mif
-  nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
-</translation>
     </message>
     <message>
         <source>%1 m of a residual</source>
@@ -1752,6 +1696,108 @@ Examples:
     <message>
         <source>--%1: &quot;%2&quot; is no number</source>
         <translation>--%1: «%2» не число</translation>
+    </message>
+    <message>
+        <source>Reads and writes every vector format that GDAL knows (nivora-cs list-formats), all
+layers and attributes included. The format of OUT follows from its extension.
+Without --to only the format changes. The CoordSys clause of a MIF and the
+projection of a TAB are read as they stand, affine transformation and bounds
+included, and a MIF or TAB gets exactly its system.
+OUT appears whole or not at all. What its format cannot hold is found by writing
+samples and reading them again, and refused by its name, unless --allow has the
+name or --lossy is given; then it is told on stderr:
+  heights   heights, measures, what heights are above
+  types     numbers, times and kinds of values; curves
+  names     of columns
+  texts     their length and letters
+  styles    colours, patterns, labels
+  datum     the system or its shift
+  affine    an affine transformation
+  features  kinds of geometry, features that are split or left out
+  layers    further layers
+With --x and --y IN is a table, such as CSV or a spreadsheet, whose columns hold
+coordinates as transform reads them; rows without are listed, too.
+Features that cannot be transformed are left out and listed in OUT&apos;s name with
+.rejected.csv; the exit status is 1 then.
+
+Examples:
+  nivora-cs convert parcels.tab parcels.gpkg --to 4326 --allow styles
+  nivora-cs convert --from 28407 --to &apos;CoordSys Earth Projection 1, 104&apos; roads.shp roads.mif
+  nivora-cs convert --from 4326 --x lon --y lat points.csv points.tab
+  nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
+</source>
+        <translation>Читает и пишет все векторные форматы, которые знает GDAL (nivora-cs list-formats),
+со всеми слоями и атрибутами. Формат OUT следует из расширения. Без --to меняется
+только формат. Предложение CoordSys файла MIF и проекция таблицы TAB читаются как
+есть, с аффинным преобразованием и границами, и MIF или TAB получает в точности
+свою систему.
+OUT появляется целиком или не появляется. Что его формат не хранит, выясняется
+записью и чтением образцов; это вызывает отказ, если потеря не названа в --allow и
+не указан --lossy; тогда о ней сообщается в stderr:
+  heights   высоты, меры, отсчётная поверхность высот
+  types     числа, время и виды значений; кривые
+  names     имена столбцов
+  texts     длина и буквы текстов
+  styles    цвета, узоры, подписи
+  datum     система или её сдвиг
+  affine    аффинное преобразование
+  features  виды геометрии, объекты, которые делятся или пропускаются
+  layers    остальные слои
+С --x и --y файл IN — таблица, такая как CSV или электронная таблица, в столбцах
+которой стоят координаты, как их читает transform; строки без них тоже перечисляются.
+Объекты, которые не преобразуются, пропускаются и перечисляются в файле с именем
+OUT и окончанием .rejected.csv; код завершения тогда 1.
+
+Примеры:
+  nivora-cs convert parcels.tab parcels.gpkg --to 4326 --allow styles
+  nivora-cs convert --from 28407 --to &apos;CoordSys Earth Projection 1, 104&apos; roads.shp roads.mif
+  nivora-cs convert --from 4326 --x lon --y lat points.csv points.tab
+  nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
+</translation>
+    </message>
+    <message>
+        <source>Only this layer; it may stand several times.</source>
+        <translation>Только этот слой; можно указать несколько раз.</translation>
+    </message>
+    <message>
+        <source>Characters of OUT&apos;s texts, for formats that are not UTF-8.</source>
+        <translation>Кодировка текстов OUT для форматов не в UTF-8.</translation>
+    </message>
+    <message>
+        <source>IN is a table of points: its column of x.</source>
+        <translation>IN — таблица точек: её столбец x.</translation>
+    </message>
+    <message>
+        <source>Its column of y.</source>
+        <translation>Её столбец y.</translation>
+    </message>
+    <message>
+        <source>Its column of heights, which are not transformed.</source>
+        <translation>Её столбец высот; они не преобразуются.</translation>
+    </message>
+    <message>
+        <source>Commas inside numbers of these columns are decimal marks.</source>
+        <translation>Запятые внутри чисел этих столбцов — десятичные.</translation>
+    </message>
+    <message>
+        <source>%1 has no geometry; --x and --y name the columns of coordinates</source>
+        <translation>в %1 нет геометрии; столбцы координат называют --x и --y</translation>
+    </message>
+    <message>
+        <source>%1 has no layer &quot;%2&quot;, but %3</source>
+        <translation>в %1 нет слоя «%2», а есть %3</translation>
+    </message>
+    <message>
+        <source>%1 holds one layer: of %2 only the first, &quot;%3&quot;, is written; --layer names another</source>
+        <translation>%1 хранит один слой: из %2 записывается только первый, «%3»; другой назовёт --layer</translation>
+    </message>
+    <message>
+        <source>--out-encoding: %1 writes UTF-8 alone</source>
+        <translation>--out-encoding: %1 пишет только в UTF-8</translation>
+    </message>
+    <message>
+        <source>the column &quot;%1&quot; stands twice in the table</source>
+        <translation>столбец «%1» стоит в таблице дважды</translation>
     </message>
 </context>
 </TS>
