@@ -265,5 +265,129 @@
         <source>пересчёт в WGS 84: %1</source>
         <translation>conversion to WGS 84: %1</translation>
     </message>
+    <message>
+        <source>&amp;Открыть</source>
+        <translation>&amp;Open</translation>
+    </message>
+    <message>
+        <source>&amp;Сохранить…</source>
+        <translation>&amp;Save…</translation>
+    </message>
+    <message>
+        <source>Модель</source>
+        <translation>Model</translation>
+    </message>
+    <message>
+        <source>СКО, м</source>
+        <translation>RMS, m</translation>
+    </message>
+    <message>
+        <source>Наибольшая, м</source>
+        <translation>Greatest, m</translation>
+    </message>
+    <message>
+        <source>Избыток</source>
+        <translation>Redundancy</translation>
+    </message>
+    <message>
+        <source>Модели и их невязки</source>
+        <translation>Models and their residuals</translation>
+    </message>
+    <message>
+        <source>Система &amp;известных координат:</source>
+        <translation>System of the &amp;known coordinates:</translation>
+    </message>
+    <message>
+        <source>&amp;Вставить</source>
+        <translation>&amp;Paste</translation>
+    </message>
+    <message>
+        <source>Строки из электронной таблицы: название, x, y, известные x, y</source>
+        <translation>Rows of a spreadsheet: name, x, y, known x, known y</translation>
+    </message>
+    <message>
+        <source>&amp;Добавить</source>
+        <translation>&amp;Add</translation>
+    </message>
+    <message>
+        <source>&amp;Удалить</source>
+        <translation>&amp;Remove</translation>
+    </message>
+    <message>
+        <source>Закрыть</source>
+        <translation>Close</translation>
+    </message>
+    <message>
+        <source>Вставьте строки из таблицы: название, x, y, известные x, y.</source>
+        <translation>Paste rows of a table: name, x, y, known x, known y.</translation>
+    </message>
+    <message>
+        <source>обоснована</source>
+        <translation>justified</translation>
+    </message>
+    <message>
+        <source>Вероятны грубые ошибки: снимите отметку с точки, чтобы увидеть ответ без неё.</source>
+        <translation>Blunders are suspected: clear the check mark of a point to see the answer without it.</translation>
+    </message>
+    <message>
+        <source>Сохранённых нет</source>
+        <translation>None are saved</translation>
+    </message>
+    <message>
+        <source>Система по опорным точкам</source>
+        <translation>System from control points</translation>
+    </message>
+    <message>
+        <source>Точка</source>
+        <translation>Point</translation>
+    </message>
+    <message>
+        <source>x местный</source>
+        <translation>local x</translation>
+    </message>
+    <message>
+        <source>y местный</source>
+        <translation>local y</translation>
+    </message>
+    <message>
+        <source>x известный</source>
+        <translation>known x</translation>
+    </message>
+    <message>
+        <source>y известный</source>
+        <translation>known y</translation>
+    </message>
+    <message>
+        <source>Невязка, м</source>
+        <translation>Residual, m</translation>
+    </message>
+    <message>
+        <source>Опорные точки</source>
+        <translation>Control points</translation>
+    </message>
+    <message>
+        <source>не число</source>
+        <translation>no number</translation>
+    </message>
+    <message>
+        <source>ошибка?</source>
+        <translation>blunder?</translation>
+    </message>
+    <message>
+        <source>По &amp;точкам…</source>
+        <translation>From p&amp;oints…</translation>
+    </message>
+    <message>
+        <source>Система по опорным точкам, координаты которых известны в двух системах</source>
+        <translation>A system from control points whose coordinates are known in two systems</translation>
+    </message>
+    <message>
+        <source>Невязки точек на карте</source>
+        <translation>Residuals of the points on a map</translation>
+    </message>
+    <message>
+        <source>%1 м невязки</source>
+        <translation>%1 m of a residual</translation>
+    </message>
 </context>
 </TS>

@@ -1,5 +1,6 @@
 #include <widgets/CoordSystemPicker.h>
 
+#include <widgets/CalibrationDialog.h>
 #include <widgets/PickerLayout_p.h>
 #include <widgets/RecentSystems_p.h>
 #include <widgets/SaveSystem_p.h>
@@ -76,6 +77,7 @@ public:
     void applyPlace();
     void setPlace(PickerLayout::PlaceKind kind);
     void save();
+    void calibrate();
     QModelIndex currentRow() const;
     bool isReadingText() const;
 
@@ -132,6 +134,7 @@ void CoordSystemPicker::Private::connectRest()
     connect(ui.placeKind, QOverload<int>::of(&QComboBox::activated), q, [this] { applyPlace(); });
     connect(ui.point, &QLineEdit::textEdited, q, [this] { applyPlace(); });
     connect(ui.save, &QPushButton::clicked, q, [this] { save(); });
+    connect(ui.calibrate, &QPushButton::clicked, q, [this] { calibrate(); });
 }
 
 /// At every keystroke: nothing here may cost more than the search itself.
@@ -357,6 +360,18 @@ void CoordSystemPicker::Private::save()
 {
     if (system && saveAsOwnSystem(q, *model.factory()->userCoordSystem(), *system))
         model.reloadOwnSystems();
+}
+
+/// The system that is saved becomes the choice.
+void CoordSystemPicker::Private::calibrate()
+{
+    CalibrationDialog dialog(model.factory(), q);
+    dialog.setKnownSystem(system);
+    dialog.exec();
+    if (!dialog.savedSystem())
+        return;
+    model.reloadOwnSystems();
+    q->setCoordSystem(dialog.savedSystem());
 }
 
 CoordSystemPicker::CoordSystemPicker(QWidget *parent)

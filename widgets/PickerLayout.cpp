@@ -48,6 +48,7 @@ PickerLayout::PickerLayout(QWidget *owner, QAbstractItemModel &treeModel, QAbstr
     , map(new WorldMap)
     , details(new SystemDetails)
     , save(new QPushButton(QObject::tr("Сохранить как &мою систему…")))
+    , calibrate(new QPushButton(QObject::tr("По &точкам…")))
     , m_owner(owner)
     , m_pages(new QStackedWidget)
 {
@@ -65,7 +66,7 @@ PickerLayout::PickerLayout(QWidget *owner, QAbstractItemModel &treeModel, QAbstr
     layout->addLayout(searchRow());
     layout->addWidget(splitter, 1);
     owner->setFocusProxy(search);
-    QWidget *const order[] = {search, placeKind, point, tree, results, message, details, save};
+    QWidget *const order[] = {search, placeKind, point, tree, results, message, details, save, calibrate};
     for (std::size_t i = 1; i < std::size(order); ++i)
         QWidget::setTabOrder(order[i - 1], order[i]);
 }
@@ -155,7 +156,13 @@ QWidget *PickerLayout::rightSide()
     scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setWidget(details);
     layout->addWidget(scroll, 1);
-    layout->addWidget(save, 0, Qt::AlignLeft);
+    auto *own = new QHBoxLayout;
+    own->addWidget(save);
+    own->addWidget(calibrate);
+    own->addStretch(1);
+    layout->addLayout(own);
+    calibrate->setToolTip(
+        QObject::tr("Система по опорным точкам, координаты которых известны в двух системах"));
     return side;
 }
 

@@ -39,6 +39,7 @@ public:
     WorldMap *map;
     SystemDetails *details;
     QPushButton *save;
+    QPushButton *calibrate;
 
 private:
     void setUpSearch();

@@ -4,5 +4,6 @@
 
 #include <memory>
 
+std::unique_ptr<QObject> makeTestCalibrationDialog();
 std::unique_ptr<QObject> makeTestCatalogModel();
 std::unique_ptr<QObject> makeTestPicker();

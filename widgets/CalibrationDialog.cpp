@@ -1,0 +1,389 @@
+#include <widgets/CalibrationDialog.h>
+
+#include <widgets/CoordSystemDialog.h>
+#include <widgets/PairsTable_p.h>
+#include <widgets/ResidualMap_p.h>
+#include <widgets/SaveSystem_p.h>
+
+#include <coordsys/CalibrationStore.h>
+#include <coordsys/CoordSysFactory.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/UserCoordSystem.h>
+
+#include <QApplication>
+#include <QClipboard>
+#include <QDialogButtonBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSplitter>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+namespace nivora::cs {
+namespace {
+
+enum ModelColumn { Word, Rms, Greatest, Spare, Note, ModelColumnCount };
+
+/// Those that need nothing but the table.
+QVector<CalibrationModel> shownModels()
+{
+    QVector<CalibrationModel> models = calibrationModels();
+    models.removeAll(CalibrationModel::DatumShift);
+    return models;
+}
+
+QTableWidgetItem *cell(const QString &text)
+{
+    auto *item = new QTableWidgetItem(text);
+    item->setFlags(Qt::ItemIsSelectable | Qt::ItemIsEnabled);
+    return item;
+}
+
+QString metres(double value) { return std::isfinite(value) ? QString::number(value, 'f', 3) : QString(); }
+
+} // namespace
+
+class NIVORA_CS_WIDGETS_NO_EXPORT CalibrationDialog::Private
+{
+public:
+    Private(CalibrationDialog *dialog, std::shared_ptr<CoordSysFactory> catalogues);
+
+    void refit();
+    void showFits(const Calibration &calibration);
+    void showCurrent();
+    void clear(const QString &reason);
+    void chooseKnown();
+    void save();
+    void fillSaved();
+    void open(const CalibrationRecord &record);
+    void setKnown(const CoordSystemPtr &cs);
+    CalibrationStore store() const { return CalibrationStore(factory->userCoordSystem()->fileInfo()); }
+
+    CalibrationDialog *q;
+    std::shared_ptr<CoordSysFactory> factory;
+    CoordSystemPtr known;
+    CoordSystemPtr saved;
+    std::optional<Calibration> calibration;
+    QVector<CalibrationFit> fits;
+    std::optional<CalibrationModel> chosen; ///< by the user; else the justified one
+
+    QPushButton *knownButton, *openButton, *saveButton;
+    QMenu *savedMenu;
+    PairsTable *table;
+    QTableWidget *models;
+    ResidualMap *map;
+    QLabel *notes;
+
+private:
+    void makeModels();
+    QLayout *top();
+    QWidget *left();
+    QWidget *right();
+    QLayout *bottom();
+    int shownRow() const;
+};
+
+CalibrationDialog::Private::Private(CalibrationDialog *dialog, std::shared_ptr<CoordSysFactory> catalogues)
+    : q(dialog)
+    , factory(std::move(catalogues))
+    , knownButton(new QPushButton)
+    , openButton(new QPushButton(QObject::tr("&Открыть")))
+    , saveButton(new QPushButton(QObject::tr("&Сохранить…")))
+    , savedMenu(new QMenu(dialog))
+    , table(new PairsTable)
+    , models(new QTableWidget(0, ModelColumnCount))
+    , map(new ResidualMap)
+    , notes(new QLabel)
+{
+    makeModels();
+    auto *splitter = new QSplitter(Qt::Horizontal);
+    splitter->addWidget(left());
+    splitter->addWidget(right());
+    splitter->setChildrenCollapsible(false);
+    splitter->setSizes({575, 560});
+    auto *layout = new QVBoxLayout(q);
+    layout->addLayout(top());
+    layout->addWidget(splitter, 1);
+    layout->addWidget(notes);
+    layout->addLayout(bottom());
+    notes->setWordWrap(true);
+    notes->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    connect(table, &PairsTable::pairsChanged, q, [this] { refit(); });
+    connect(models, &QTableWidget::itemSelectionChanged, q, [this] {
+        if (models->currentRow() >= 0)
+            chosen = shownModels().at(models->currentRow());
+        showCurrent();
+    });
+}
+
+void CalibrationDialog::Private::makeModels()
+{
+    models->setHorizontalHeaderLabels({QObject::tr("Модель"), QObject::tr("СКО, м"),
+                                       QObject::tr("Наибольшая, м"), QObject::tr("Избыток"), QString()});
+    models->setSelectionBehavior(QAbstractItemView::SelectRows);
+    models->setSelectionMode(QAbstractItemView::SingleSelection);
+    models->verticalHeader()->hide();
+    models->verticalHeader()->setDefaultSectionSize(models->fontMetrics().height() + 8);
+    models->horizontalHeader()->setHighlightSections(false);
+    models->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    models->horizontalHeader()->setStretchLastSection(true);
+    models->setAccessibleName(QObject::tr("Модели и их невязки"));
+    models->setRowCount(shownModels().size());
+    for (int row = 0; row < models->rowCount(); ++row)
+        for (int column = 0; column < ModelColumnCount; ++column)
+            models->setItem(row, column,
+                            cell(column == Word ? calibrationText(shownModels().at(row)) : QString()));
+}
+
+QLayout *CalibrationDialog::Private::top()
+{
+    auto *label = new QLabel(QObject::tr("Система &известных координат:"));
+    label->setBuddy(knownButton);
+    auto *row = new QHBoxLayout;
+    row->addWidget(label);
+    row->addWidget(knownButton, 1);
+    row->addWidget(openButton);
+    openButton->setMenu(savedMenu);
+    connect(knownButton, &QPushButton::clicked, q, [this] { chooseKnown(); });
+    connect(savedMenu, &QMenu::aboutToShow, q, [this] { fillSaved(); });
+    return row;
+}
+
+QWidget *CalibrationDialog::Private::left()
+{
+    auto *paste = new QPushButton(QObject::tr("&Вставить"));
+    paste->setToolTip(QObject::tr("Строки из электронной таблицы: название, x, y, известные x, y"));
+    auto *add = new QPushButton(QObject::tr("&Добавить"));
+    auto *remove = new QPushButton(QObject::tr("&Удалить"));
+    auto *buttons = new QHBoxLayout;
+    for (QPushButton *button : {paste, add, remove})
+        buttons->addWidget(button);
+    buttons->addStretch(1);
+    auto *side = new QWidget;
+    auto *layout = new QVBoxLayout(side);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(table, 1);
+    layout->addLayout(buttons);
+    connect(paste, &QPushButton::clicked, q, [this] { table->paste(QApplication::clipboard()->text()); });
+    connect(remove, &QPushButton::clicked, q, [this] { table->removeSelected(); });
+    connect(add, &QPushButton::clicked, q, [this] {
+        CalibrationPair pair;
+        pair.name = QString::number(table->rowCount() + 1);
+        table->append(pair);
+        table->editItem(table->item(table->rowCount() - 1, 1));
+        refit();
+    });
+    return side;
+}
+
+QWidget *CalibrationDialog::Private::right()
+{
+    auto *side = new QWidget;
+    auto *layout = new QVBoxLayout(side);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(models, 1);
+    layout->addWidget(map, 2);
+    return side;
+}
+
+QLayout *CalibrationDialog::Private::bottom()
+{
+    auto *buttons = new QDialogButtonBox;
+    buttons->addButton(saveButton, QDialogButtonBox::ActionRole);
+    buttons->addButton(QObject::tr("Закрыть"), QDialogButtonBox::RejectRole);
+    connect(buttons, &QDialogButtonBox::rejected, q, &QDialog::reject);
+    connect(saveButton, &QPushButton::clicked, q, [this] { save(); });
+    auto *row = new QHBoxLayout;
+    row->addWidget(buttons);
+    return row;
+}
+
+void CalibrationDialog::Private::setKnown(const CoordSystemPtr &cs)
+{
+    known = cs;
+    table->setAngles(known->isLatLong());
+    knownButton->setText(known->description());
+    refit();
+}
+
+void CalibrationDialog::Private::chooseKnown()
+{
+    CoordSystemDialog dialog(factory, q);
+    dialog.picker()->setCoordSystem(known);
+    if (dialog.exec() == QDialog::Accepted && dialog.coordSystem())
+        setKnown(dialog.coordSystem());
+}
+
+void CalibrationDialog::Private::clear(const QString &reason)
+{
+    calibration.reset();
+    fits.clear();
+    for (int row = 0; row < models->rowCount(); ++row)
+        for (int column = Rms; column < ModelColumnCount; ++column)
+            models->item(row, column)->setText(QString());
+    table->showResiduals({});
+    map->show({}, {}, 1.0);
+    notes->setText(reason);
+    saveButton->setEnabled(false);
+}
+
+void CalibrationDialog::Private::refit()
+{
+    const QVector<CalibrationPair> pairs = table->pairs();
+    if (!known)
+        return;
+    if (pairs.isEmpty())
+        return clear(QObject::tr("Вставьте строки из таблицы: название, x, y, известные x, y."));
+    const CatalogueScope scope(*factory);
+    try {
+        calibration.emplace(known, pairs);
+        showFits(*calibration);
+    } catch (const std::exception &e) {
+        clear(QString::fromUtf8(e.what()));
+    }
+}
+
+void CalibrationDialog::Private::showFits(const Calibration &points)
+{
+    fits.clear();
+    const auto justified = points.justifiedModel();
+    for (const CalibrationModel model : shownModels()) {
+        const int row = fits.size();
+        fits << points.fit(model);
+        const CalibrationFit &fit = fits.last();
+        models->item(row, Rms)->setText(metres(fit.rmsM()));
+        models->item(row, Greatest)->setText(metres(fit.greatestM()));
+        models->item(row, Spare)->setText(fit.isUsable() ? QString::number(fit.redundancy()) : QString());
+        models->item(row, Note)->setText(model == justified ? QObject::tr("обоснована") : fit.refusal());
+        models->item(row, Note)->setToolTip(fit.refusal());
+    }
+    const QSignalBlocker quiet(models);
+    const int row = shownModels().indexOf(chosen.value_or(justified.value_or(CalibrationModel::Similarity)));
+    models->setCurrentCell(row, Word);
+    showCurrent();
+}
+
+int CalibrationDialog::Private::shownRow() const
+{
+    const int row = models->currentRow();
+    return row >= 0 && row < fits.size() ? row : -1;
+}
+
+void CalibrationDialog::Private::showCurrent()
+{
+    const int row = shownRow();
+    if (row < 0 || !calibration)
+        return;
+    const CalibrationFit &fit = fits.at(row);
+    const auto pairs = calibration->pairs();
+    const double middleDeg = pairs.first().known.y();
+    const double aspect = known->isLatLong() ? std::cos(middleDeg / CoordSystem::RADIANS_TO_DEGREES) : 1.0;
+    table->showResiduals(fit.residuals());
+    map->show(pairs, fit.residuals(), aspect);
+    QStringList lines{fit.refusal()};
+    if (!fit.suspects().isEmpty())
+        lines << QObject::tr("Вероятны грубые ошибки: снимите отметку с точки, чтобы увидеть ответ без неё.");
+    notes->setText((lines + calibration->hints()).join(QLatin1Char('\n')).trimmed());
+    saveButton->setEnabled(fit.isUsable() && fit.model() != CalibrationModel::Polynomial);
+}
+
+void CalibrationDialog::Private::save()
+{
+    const int row = shownRow();
+    if (row < 0)
+        return;
+    const CatalogueScope scope(*factory);
+    try {
+        const CoordSystemPtr system = fits.at(row).system();
+        UserCoordSystem &own = *factory->userCoordSystem();
+        if (!saveAsOwnSystem(q, own, *system))
+            return;
+        CalibrationRecord record = CalibrationRecord::of(*calibration, fits.at(row), QString());
+        record.system = {CoordSystemTypes::Prj, system->prjStr()};
+        record.name = own.description(record.system);
+        store().save(record);
+        system->setDescription(record.name);
+        saved = system;
+    } catch (const std::exception &e) {
+        QMessageBox::warning(q, q->windowTitle(), QString::fromUtf8(e.what()));
+    }
+}
+
+void CalibrationDialog::Private::fillSaved()
+{
+    savedMenu->clear();
+    try {
+        for (const CalibrationRecord &record : store().records())
+            connect(savedMenu->addAction(record.name), &QAction::triggered, q,
+                    [this, record] { open(record); });
+    } catch (const std::exception &e) {
+        savedMenu->addAction(QString::fromUtf8(e.what()))->setEnabled(false);
+    }
+    if (savedMenu->isEmpty())
+        savedMenu->addAction(QObject::tr("Сохранённых нет"))->setEnabled(false);
+}
+
+void CalibrationDialog::Private::open(const CalibrationRecord &record)
+{
+    const CatalogueScope scope(*factory);
+    try {
+        const CoordSystemPtr system = record.calibration().knownSystem();
+        chosen = record.model;
+        known.reset(); // the old table would be fitted to it
+        table->setPairs(record.pairs);
+        setKnown(system);
+    } catch (const std::exception &e) {
+        QMessageBox::warning(q, q->windowTitle(), QString::fromUtf8(e.what()));
+    }
+}
+
+CalibrationDialog::CalibrationDialog(std::shared_ptr<CoordSysFactory> factory, QWidget *parent)
+    : QDialog(parent)
+{
+    if (!factory)
+        throw std::invalid_argument("factory");
+    d = std::make_unique<Private>(this, std::move(factory));
+    setWindowTitle(QObject::tr("Система по опорным точкам"));
+    resize(1170, 640);
+    for (QPushButton *button : findChildren<QPushButton *>())
+        button->setAutoDefault(false); // Enter belongs to the table
+    d->setKnown(d->factory->latLongWgs84CoordSystem());
+}
+
+CalibrationDialog::~CalibrationDialog() = default;
+
+void CalibrationDialog::setKnownSystem(const CoordSystemPtr &cs)
+{
+    if (cs)
+        d->setKnown(cs);
+}
+
+void CalibrationDialog::setPairs(const QVector<CalibrationPair> &pairs) { d->table->setPairs(pairs); }
+
+QVector<CalibrationPair> CalibrationDialog::pairs() const { return d->table->pairs(); }
+
+int CalibrationDialog::paste(const QString &text) { return d->table->paste(text); }
+
+CalibrationModel CalibrationDialog::model() const
+{
+    const int row = d->models->currentRow();
+    return row >= 0 ? shownModels().at(row) : CalibrationModel::Similarity;
+}
+
+void CalibrationDialog::setModel(CalibrationModel model)
+{
+    const int row = shownModels().indexOf(model);
+    if (row >= 0)
+        d->models->setCurrentCell(row, Word);
+}
+
+CoordSystemPtr CalibrationDialog::savedSystem() const { return d->saved; }
+
+} // namespace nivora::cs
