@@ -39,8 +39,9 @@ QString rows(double turn)
 
 struct Shown
 {
-    explicit Shown(double turn = 0.2)
-        : dialog(support::shippedFactory())
+    explicit Shown(double turn = 0.2,
+                   const std::shared_ptr<CoordSysFactory> &factory = support::shippedFactory())
+        : dialog(factory)
     {
         dialog.setKnownSystem(support::made("EPSG:32637"));
         taken = dialog.paste(rows(turn));
@@ -117,23 +118,21 @@ private Q_SLOTS:
     void savesWithThePoints()
     {
         const QTemporaryDir dir;
-        UserCoordSystem &own = *support::shippedFactory()->userCoordSystem();
-        const QDir before = own.fileInfo().absoluteDir();
-        own.setDir(QDir(dir.path()));
-        Shown s;
+        const auto factory =
+            std::make_shared<CoordSysFactory>(support::resources(), QDir(dir.path()), "ru"_s);
+        QVERIFY(factory->initCoordSystemEnvironment());
+        Shown s(0.2, factory);
         s.points->item(3, 0)->setCheckState(Qt::Unchecked);
         QTimer::singleShot(0, this, [] {
-            for (QLineEdit *name : QApplication::activeModalWidget()->findChildren<QLineEdit *>())
-                name->setText("Площадка"_s);
+            QApplication::activeModalWidget()->findChild<QLineEdit *>()->setText("Площадка"_s);
             static_cast<QDialog *>(QApplication::activeModalWidget())->accept();
         });
         s.button("&Сохранить…"_s)->click();
-        const CalibrationStore store(own.fileInfo());
-        own.setDir(before);
         QVERIFY(s.dialog.savedSystem());
-        const auto record = store.find(*s.dialog.savedSystem());
-        QVERIFY(record && own.removeCoordSystem("Площадка"_s, record->system)); // the branch was renamed too
-        QVERIFY(record->name == "Площадка"_s && record->pairs.size() == 9 && !record->pairs.at(3).isUsed);
+        const auto record =
+            CalibrationStore(factory->userCoordSystem()->fileInfo()).find(*s.dialog.savedSystem());
+        QVERIFY(record && record->name == "Площадка"_s && record->pairs.size() == 9 &&
+                !record->pairs.at(3).isUsed);
         QVERIFY(record->calibration().fit(record->model).rmsM() < 0.02);
     }
 };

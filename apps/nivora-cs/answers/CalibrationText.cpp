@@ -98,14 +98,17 @@ QString metresText(double value)
     return std::isfinite(value) ? QString::number(value, 'f', 4) : QObject::tr("unknown");
 }
 
-CalibrationAnswer answerOf(const Calibration &calibration, const CalibrationFit &fit)
+CalibrationAnswer answerOf(const Calibration &calibration, const CalibrationFit &fit, const QString &name)
 {
     CalibrationAnswer answer{calibration, fit, {}, {}};
     if (!fit.isUsable() || fit.model() == CalibrationModel::Polynomial)
         return answer;
     answer.coordSys = QStringLiteral("CoordSys ") + fit.coordSysText();
     try {
-        answer.wkt2 = exportSystem(*fit.system(), SystemFormat::Wkt2).trimmed();
+        const CoordSystemPtr system = fit.system();
+        if (!name.isEmpty())
+            system->setDescription(name);
+        answer.wkt2 = exportSystem(*system, SystemFormat::Wkt2).trimmed();
     } catch (const std::exception &e) {
         answer.wkt2 = QStringLiteral("(%1)").arg(oneLine(QString::fromUtf8(e.what())));
     }

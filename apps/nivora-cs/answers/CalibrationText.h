@@ -14,8 +14,9 @@ struct CalibrationAnswer
     QString wkt2;     ///< likewise; a sentence in brackets when the notation has no form for it
 };
 
-/// The answer with the texts of the fit's system.
-CalibrationAnswer answerOf(const nivora::cs::Calibration &calibration, const nivora::cs::CalibrationFit &fit);
+/// The answer with the texts of the fit's system, which get the name unless it is empty.
+CalibrationAnswer answerOf(const nivora::cs::Calibration &calibration, const nivora::cs::CalibrationFit &fit,
+                           const QString &name);
 
 QString calibrationPage(const CalibrationAnswer &answer);
 QString calibrationJson(const CalibrationAnswer &answer);

@@ -158,7 +158,7 @@ int run(const CommandLine &line)
     const CalibrationFit fit = calibration.fit(modelOf(line, calibration));
     if (!fit.isUsable())
         throw Failure(QStringLiteral("%1: %2").arg(calibrationText(fit.model()), fit.refusal()));
-    const CalibrationAnswer answer = answerOf(calibration, fit);
+    const CalibrationAnswer answer = answerOf(calibration, fit, typedText(line.value("save")));
     if (line.isSet("report"))
         writeReport(line.value("report"), answer);
     if (line.isSet("save"))
