@@ -48,10 +48,15 @@ public:
     /// A plan has no ellipsoid and gives nothing. Throws std::invalid_argument for null.
     explicit Measures(const CoordSystemPtr &system);
 
+    /// The place of a point: longitude and latitude on the system's own datum, degrees, from Greenwich.
+    std::optional<QPointF> lonLat(const QPointF &point) const;
     /// Nothing for geographic systems, and for projections that PROJ knows no factors of.
     std::optional<PlaneFactors> factorsAt(const QPointF &point) const;
     /// The shortest line from one point to another.
     std::optional<GeodesicLine> line(const QPointF &from, const QPointF &to) const;
+    /// The line of constant azimuth from one point to another, the shorter way round; its azimuth is the same
+    /// at both ends. Nothing between the poles' surroundings, where such a line never arrives.
+    std::optional<GeodesicLine> rhumbLine(const QPointF &from, const QPointF &to) const;
     /// The length of a polyline in metres, 0 for less than two points.
     std::optional<double> lengthM(const QVector<QPointF> &points) const;
     /// The last point is joined to the first. Nothing for less than three points.

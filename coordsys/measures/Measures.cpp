@@ -47,6 +47,41 @@ PjHandle projectionOf(const PJ *crs)
     return step.isEmpty() ? nullptr : ownPj(proj_create(context, step.toUtf8().constData()));
 }
 
+/// Mercator's ordinate on the ellipsoid by its equatorial radius: J. P. Snyder, "Map Projections - A Working
+/// Manual", USGS 1395, formula 7-7.
+double isometricLatitude(double latitudeDeg, double eccentricity)
+{
+    const double s = std::sin(proj_torad(latitudeDeg));
+    return std::atanh(s) - eccentricity * std::atanh(eccentricity * s);
+}
+
+double meridianLengthM(const geod_geodesic &ellipsoid, double fromDeg, double toDeg)
+{
+    double lengthM = 0.0;
+    geod_inverse(&ellipsoid, fromDeg, 0.0, toDeg, 0.0, &lengthM, nullptr, nullptr);
+    return std::copysign(lengthM, toDeg - fromDeg);
+}
+
+/// A straight line of Mercator's plane. Along a parallel the quotient of the two differences becomes the
+/// radius of the parallel, which is the limit.
+GeodesicLine rhumbBetween(const QPointF &a, const QPointF &b, const geod_geodesic &ellipsoid)
+{
+    constexpr double nearlyParallelDeg = 1e-7;
+    const double eccentricity = std::sqrt(ellipsoid.f * (2.0 - ellipsoid.f));
+    const double eastRad = proj_torad(std::remainder(b.x() - a.x(), 360.0));
+    const double north = isometricLatitude(b.y(), eccentricity) - isometricLatitude(a.y(), eccentricity);
+    GeodesicLine line;
+    line.startAzimuthDeg = line.endAzimuthDeg = proj_todeg(std::atan2(eastRad, north));
+    const double s = std::sin(proj_torad((a.y() + b.y()) / 2.0));
+    const double parallelRadiusM =
+        ellipsoid.a * std::sqrt(1.0 - s * s) / std::sqrt(1.0 - eccentricity * eccentricity * s * s);
+    const double metresPerUnit = std::fabs(b.y() - a.y()) < nearlyParallelDeg
+                                     ? parallelRadiusM
+                                     : meridianLengthM(ellipsoid, a.y(), b.y()) / north;
+    line.lengthM = metresPerUnit * std::hypot(eastRad, north);
+    return line;
+}
+
 bool isOnEarth(const QPointF &lonLat) { return isFinite(lonLat) && std::fabs(lonLat.y()) <= 90.0; }
 
 } // namespace
@@ -96,6 +131,8 @@ Measures::Measures(const CoordSystemPtr &system)
     m_data = std::make_shared<Data>(system);
 }
 
+std::optional<QPointF> Measures::lonLat(const QPointF &point) const { return m_data->lonLatOf(point); }
+
 std::optional<PlaneFactors> Measures::factorsAt(const QPointF &point) const
 {
     const std::optional<QPointF> lonLat = m_data->lonLatOf(point);
@@ -122,6 +159,15 @@ std::optional<GeodesicLine> Measures::line(const QPointF &from, const QPointF &t
     geod_inverse(&m_data->ellipsoid, a->y(), a->x(), b->y(), b->x(), &line.lengthM, &line.startAzimuthDeg,
                  &line.endAzimuthDeg);
     return line;
+}
+
+std::optional<GeodesicLine> Measures::rhumbLine(const QPointF &from, const QPointF &to) const
+{
+    const std::optional<QPointF> a = m_data->lonLatOf(from);
+    const std::optional<QPointF> b = m_data->lonLatOf(to);
+    if (!a || !b || std::fabs(a->y()) == 90.0 || std::fabs(b->y()) == 90.0)
+        return std::nullopt;
+    return rhumbBetween(*a, *b, m_data->ellipsoid);
 }
 
 std::optional<double> Measures::lengthM(const QVector<QPointF> &points) const

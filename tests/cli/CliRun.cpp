@@ -2,6 +2,7 @@
 
 #include <QFileInfo>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 namespace {
@@ -29,10 +30,24 @@ CliRun runProcess(const QString &program, const QStringList &arguments, const QS
         result.status = process.exitCode();
     result.out = process.readAllStandardOutput();
     result.err = process.readAllStandardError();
+    result.takeClosingLine();
     return result;
 }
 
 } // namespace
+
+void CliRun::takeClosingLine()
+{
+    // 5 points by "OSGB36 to WGS 84 (6)", 2 m; 3 ballpark (without …)
+    static const QRegularExpression form(
+        QStringLiteral("(?:^|\\n)((?:\\d+ (?:points by|by other|ballpark) [^\\n]*|no points|the systems are "
+                       "equal[^\\n]*)\\n)$"));
+    const QRegularExpressionMatch match = form.match(QString::fromUtf8(err));
+    if (!match.hasMatch())
+        return;
+    closing = match.captured(1).toUtf8();
+    err.chop(closing.size());
+}
 
 QList<QByteArray> CliRun::lines(const QByteArray &text)
 {

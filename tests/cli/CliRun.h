@@ -9,13 +9,15 @@ struct CliRun
 {
     int status = -1; ///< -1 when it crashed or hung
     QByteArray out;
-    QByteArray err;
+    QByteArray err;     ///< without the next
+    QByteArray closing; ///< the last line of transform and convert: by which operations the points went
 
     QList<QByteArray> outLines() const { return lines(out); }
     QList<QByteArray> errLines() const { return lines(err); }
     /// One line on stderr that begins with the program's name, nothing on stdout, status 2.
     bool isRefusal(const QString &part) const;
     QByteArray describe() const;
+    void takeClosingLine();
 
 private:
     static QList<QByteArray> lines(const QByteArray &text);

@@ -305,7 +305,17 @@ private Q_SLOTS:
                 .out,
             QByteArray("Length in the plane: 5.0000 ft\n"));
         QVERIFY(run(words("measure --cs 4326"), "0 0\n").isRefusal(QStringLiteral("two points")));
-        QVERIFY(run(words("measure --cs 4326"), "0 0\nx\n").isRefusal(QStringLiteral("line 2")));
+        // Past a bad line, several lines; a mile of the plane in survey feet, the ellipsoid's beside it.
+        const CliRun two = run(words("measure --cs 2263"), "0 0\n5280 0\n\n0 0\nx\n5280 0\n5280 5280\n");
+        QVERIFY2(two.status == 1 && two.err.startsWith("line 5: ") && two.out.count("Line ") == 2 &&
+                     two.out.contains("Length in the plane: 5280.0000 survey ft (on the ellipsoid 52") &&
+                     two.out.contains("Area in the plane when closed: 13939200.0000 survey ft² (on the"),
+                 two.describe());
+        // Across the date line along the 60th parallel: half the degrees, cos 60 on the sphere's radius.
+        const CliRun rhumb =
+            run(words("measure --cs") + QStringList(QStringLiteral("+proj=longlat +R=6370997 +no_defs")),
+                "179 60\n-179 60\n");
+        QVERIFY2(rhumb.out.contains("Rhumb line: 111194.8743 m, azimuth 90.000000000"), rhumb.describe());
     }
 
     void rect_data()

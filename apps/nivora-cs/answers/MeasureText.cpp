@@ -24,15 +24,37 @@ QPointF pointOf(const QString &text)
     return point;
 }
 
-QString factorsText(const CoordSystemPtr &system, const QPointF &point)
+double PlaneAt::gridNorthDeg() const
 {
-    const auto factors = Measures(system).factorsAt(point);
-    if (!factors)
-        throw Failure(
-            QObject::tr("no scale factors there: not a projection, or a point without a place on the earth"));
+    const double turn = factors ? std::fmod(factors->convergenceDeg, 360.0) : 0.0;
+    return turn < 0.0 ? turn + 360.0 : turn;
+}
+
+PlaneAt planeAt(const CoordSystemPtr &system, const QPointF &point)
+{
+    const Measures measures(system);
+    const auto lonLat = measures.lonLat(point);
+    if (!lonLat)
+        throw Failure(QObject::tr("the point has no place on the earth"));
+    return {*lonLat, measures.factorsAt(point)};
+}
+
+QString placeAndFactorsText(const CoordSystemPtr &system, const QPointF &point)
+{
+    const PlaneAt plane = planeAt(system, point);
     const auto number = [](double value) { return QString::number(value, 'f', 9); };
-    return QObject::tr("Scale along the meridian: %1\nScale along the parallel: %2\nAreal scale: %3\n"
+    const auto perMillion = [](double scale) { return QString::number((scale - 1.0) * 1e6, 'f', 2); };
+    QString text = QObject::tr("Longitude: %1°\nLatitude: %2°\n")
+                       .arg(number(plane.lonLat.x()), number(plane.lonLat.y()));
+    if (!plane.factors)
+        return text + QObject::tr("No scale factors: not a projection, or none that is known there\n");
+    const PlaneFactors &f = *plane.factors;
+    return text +
+           QObject::tr("Scale along the meridian: %1\nScale along the parallel: %2\nAreal scale: %3\n"
                        "Meridian convergence: %4°\nAngular distortion: %5°\n")
-        .arg(number(factors->meridianScale), number(factors->parallelScale), number(factors->arealScale),
-             number(factors->convergenceDeg), number(factors->angularDistortionDeg));
+               .arg(number(f.meridianScale), number(f.parallelScale), number(f.arealScale),
+                    number(f.convergenceDeg), number(f.angularDistortionDeg)) +
+           QObject::tr("Off the true length: %1 ppm along the meridian, %2 ppm along the parallel\n"
+                       "Azimuth of grid north: %3°\n")
+               .arg(perMillion(f.meridianScale), perMillion(f.parallelScale), number(plane.gridNorthDeg()));
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <coordsys/CoordSystemTypes.h>
+#include <coordsys/Measures.h>
 
 #include <QPointF>
 #include <QString>
@@ -8,5 +8,18 @@
 /// "X,Y" of an option. Throws Failure.
 QPointF pointOf(const QString &text);
 
-/// Scale factors and convergence at a point in the system's coordinates. Throws Failure where there are none.
-QString factorsText(const nivora::cs::CoordSystemPtr &system, const QPointF &point);
+/// How a system shows the surroundings of a point.
+struct PlaneAt
+{
+    QPointF lonLat;                                  ///< degrees, on the system's own datum, from Greenwich
+    std::optional<nivora::cs::PlaneFactors> factors; ///< none for geographic systems
+
+    /// From true north to the plane's y axis, clockwise, 0 to 360.
+    double gridNorthDeg() const;
+};
+
+/// Throws Failure for a point without a place on the earth.
+PlaneAt planeAt(const nivora::cs::CoordSystemPtr &system, const QPointF &point);
+
+/// The same for people.
+QString placeAndFactorsText(const nivora::cs::CoordSystemPtr &system, const QPointF &point);

@@ -1,5 +1,7 @@
 #include "OperationText.h"
 
+#include "NumbersText.h"
+
 #include <coordsys/CoordSystem.h>
 #include <coordsys/EpsgCandidates.h>
 #include <coordsys/ShiftQuality.h>
@@ -11,35 +13,124 @@ using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
 using nivora::cs::CoordTransform;
 using nivora::cs::EpsgCandidate;
+using nivora::cs::GridOffer;
+using nivora::cs::OperationTally;
 using nivora::cs::ShiftQuality;
 using nivora::cs::TransformGrid;
 using nivora::cs::TransformOperation;
 
 namespace {
 
-QString accuracyText(const TransformOperation &operation)
+const QLatin1String indent("    ");
+
+/// "-8.82 49.79 to 1.92 60.94"
+QString boxText(const QRectF &area)
 {
-    if (operation.isBallpark)
-        return QObject::tr("ballpark: the difference of the datums is left out");
-    return operation.accuracyM < 0.0
-               ? QObject::tr("accuracy unknown")
-               : QObject::tr("good to %1 m").arg(QString::number(operation.accuracyM, 'g', 6));
+    const auto degrees = [](double value) { return QString::number(value, 'g', 5); };
+    return QObject::tr("%1 %2 to %3 %4", "west south to east north")
+        .arg(degrees(area.left()), degrees(area.top()), degrees(area.right()), degrees(area.bottom()));
 }
 
-QString operationText(const TransformOperation &operation)
+/// The database's area names list dozens of countries.
+QString firstWords(const QString &text)
 {
-    QStringList lines{QStringLiteral("%1\n    %2").arg(operation.name, accuracyText(operation))};
-    if (!operation.areaName.isEmpty())
-        lines << QStringLiteral("    ") + operation.areaName;
+    constexpr int longest = 60;
+    return text.size() <= longest
+               ? text
+               : text.left(text.lastIndexOf(QLatin1Char(' '), longest)) + QStringLiteral(" …");
+}
+
+QString areaText(const TransformOperation &operation, Detail detail)
+{
+    const QString words = detail == Detail::All ? operation.areaName : firstWords(operation.areaName);
+    const QString box = operation.area.isNull() ? QString() : boxText(operation.area);
+    return words.isEmpty() || box.isEmpty() ? words + box : box + QStringLiteral(": ") + words;
+}
+
+QString operationText(const TransformOperation &operation, bool hasEpoch, Detail detail)
+{
+    QStringList lines{indent + operation.shortName + QStringLiteral(": ") + worthText(operation, hasEpoch)};
+    if (const QString area = areaText(operation, detail); !area.isEmpty())
+        lines << indent + indent + area;
     for (const TransformGrid &grid : operation.grids)
-        lines << QStringLiteral("    ") +
-                     (grid.isAvailable ? QObject::tr("grid %1").arg(grid.name)
-                                       : QObject::tr("missing grid %1, from %2").arg(grid.name, grid.url));
+        lines << indent + indent + QObject::tr("grid %1").arg(grid.name);
+    if (detail == Detail::All) {
+        if (!operation.codes.isEmpty())
+            lines << indent + indent + operation.codes.join(QStringLiteral(", "));
+        lines << indent + indent + operation.definition;
+    }
     return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
 }
 
-/// No more digits than there is to tell: a millimetre, three figures.
-QString metres(double value)
+QString gainText(const GridOffer &offer)
+{
+    const QString gained = metresText(offer.withM().value_or(0.0));
+    return offer.withoutM() ? QObject::tr("%1 m instead of %2 m").arg(gained, metresText(*offer.withoutM()))
+                            : QObject::tr("%1 m instead of a ballpark").arg(gained);
+}
+
+QString namesOf(const QVector<TransformGrid> &grids)
+{
+    QStringList names;
+    for (const TransformGrid &grid : grids)
+        names << grid.name;
+    return names.join(QStringLiteral(", "));
+}
+
+QString gridLine(const Explanation &explanation)
+{
+    const QVector<GridOffer> &offers = explanation.offers;
+    if (offers.isEmpty())
+        return QObject::tr("Grids: none that is missing would help\n");
+    const QString first =
+        QStringLiteral("%1 (%2)").arg(namesOf(offers.first().missing()), gainText(offers.first()));
+    return offers.size() == 1 ? QObject::tr("Missing grid: %1; see nivora-cs grids\n").arg(first)
+                              : QObject::tr("Missing grids: %1 and %2 more; see nivora-cs grids\n")
+                                    .arg(first, QString::number(offers.size() - 1));
+}
+
+QString elsewhereText(const Explanation &explanation, Detail detail)
+{
+    constexpr int fewest = 3;
+    const int all = explanation.elsewhere.size();
+    const int shown = detail == Detail::All ? all : qMin(all, fewest);
+    const bool hasEpoch = explanation.transform.epoch().has_value();
+    QString text = all > 0 ? QObject::tr("Elsewhere:\n") : QString();
+    for (int i = 0; i < shown; ++i)
+        text += operationText(explanation.elsewhere.at(i), hasEpoch, detail);
+    if (shown < all)
+        text += indent +
+                QObject::tr("and %1 more: --explain=all, of info --all\n").arg(QString::number(all - shown));
+    return text;
+}
+
+QStringList qualityParts(const ShiftQuality &quality)
+{
+    QStringList parts;
+    if (quality.accuracyM)
+        parts << QObject::tr("by %1 good to %2 m").arg(quality.definition, metresText(*quality.accuracyM));
+    if (quality.accuracyWithGridsM && !quality.missingGrids.isEmpty())
+        parts << QObject::tr("to %1 m with the grid %2")
+                     .arg(metresText(*quality.accuracyWithGridsM),
+                          quality.missingGrids.join(QStringLiteral(", ")));
+    if (quality.textDistanceM)
+        parts << QObject::tr("as CoordSys text %1 m away at %2")
+                     .arg(metresText(*quality.textDistanceM), placeText(quality.place));
+    return parts;
+}
+
+QString shortWorth(const TransformOperation &operation, bool hasEpoch)
+{
+    const auto worth = operation.worthM();
+    const QString text = !worth        ? QObject::tr("accuracy unknown")
+                         : *worth == 0 ? QObject::tr("exact")
+                                       : QObject::tr("%1 m").arg(metresText(*worth));
+    return operation.isTimeDependent && !hasEpoch ? text + QObject::tr(" (no epoch given)") : text;
+}
+
+} // namespace
+
+QString metresText(double value)
 {
     constexpr double least = 5e-4;
     constexpr double manyFigures = 100.0;
@@ -48,41 +139,93 @@ QString metres(double value)
     return value < manyFigures ? QString::number(value, 'g', 3) : QString::number(value, 'f', 0);
 }
 
-/// "-3.5, 55.4"
 QString placeText(const QPointF &lonLat)
 {
-    return QStringLiteral("%1, %2").arg(QString::number(lonLat.x(), 'g', 5),
-                                        QString::number(lonLat.y(), 'g', 5));
+    constexpr double largestAngle = 360.0; // planes have longer numbers
+    const auto number = [](double value) {
+        return std::abs(value) <= largestAngle ? QString::number(value, 'g', 5)
+                                               : QString::number(value, 'f', 0);
+    };
+    return number(lonLat.x()) + QStringLiteral(", ") + number(lonLat.y());
 }
 
-QStringList qualityParts(const ShiftQuality &quality)
+QString worthText(const TransformOperation &operation, bool hasEpoch)
 {
-    QStringList parts;
-    if (quality.accuracyM)
-        parts << QObject::tr("by %1 good to %2 m").arg(quality.definition, metres(*quality.accuracyM));
-    if (quality.accuracyWithGridsM && !quality.missingGrids.isEmpty())
-        parts << QObject::tr("to %1 m with the grid %2")
-                     .arg(metres(*quality.accuracyWithGridsM),
-                          quality.missingGrids.join(QStringLiteral(", ")));
-    if (quality.textDistanceM)
-        parts << QObject::tr("as CoordSys text %1 m away at %2")
-                     .arg(metres(*quality.textDistanceM), placeText(quality.place));
-    return parts;
+    if (operation.isBallpark)
+        return QObject::tr(
+                   "ballpark, the difference of the datums is left out (%1): up to hundreds of metres")
+            .arg(operation.leavesOut);
+    QStringList parts{operation.accuracyM < 0.0 ? QObject::tr("accuracy unknown")
+                      : operation.accuracyM == 0.0
+                          ? QObject::tr("exact")
+                          : QObject::tr("good to %1 m").arg(metresText(operation.accuracyM))};
+    if (operation.accuracyM >= 0.0 && operation.ensembleAccuracyM > operation.accuracyM)
+        parts << QObject::tr("%1 itself to %2 m")
+                     .arg(operation.ensemble, metresText(operation.ensembleAccuracyM));
+    if (operation.isTimeDependent)
+        parts << (hasEpoch ? QObject::tr("at the given epoch")
+                           : QObject::tr("at the right epoch only: give --epoch"));
+    return parts.join(QStringLiteral(", "));
 }
 
-} // namespace
-
-QString operationsText(const CoordTransform &transform)
+QString explanationText(const Explanation &explanation, Detail detail)
 {
-    const QVector<TransformOperation> operations = transform.operations();
-    QString text;
-    for (const TransformOperation &operation : operations)
-        text += operationText(operation);
-    if (text.isEmpty())
+    if (explanation.transform.isEqualsCS())
         return QObject::tr("Nothing to do: the systems are equal.\n");
-    for (const CoordSystemPtr &system : {transform.sourceCoordSystem(), transform.destinationCoordSystem()})
+    const bool hasEpoch = explanation.transform.epoch().has_value();
+    QString text = explanation.here.isEmpty() ? QObject::tr("Used here: no place is known, give --at\n")
+                                              : QObject::tr("Used %1:\n").arg(explanation.here);
+    for (const OperationTally::Use &use : explanation.used)
+        text += operationText(use.operation, hasEpoch, detail);
+    text += elsewhereText(explanation, detail);
+    text += detail == Detail::All && !explanation.offers.isEmpty() ? offersText(explanation.offers)
+                                                                   : gridLine(explanation);
+    for (const CoordSystemPtr &system :
+         {explanation.transform.sourceCoordSystem(), explanation.transform.destinationCoordSystem()})
         if (const QString shift = shiftText(*system); !shift.isEmpty())
             text += QObject::tr("%1, shift to WGS 84: %2\n").arg(system->description().simplified(), shift);
+    return text;
+}
+
+QString usageText(const CoordTransform &transform, const OperationTally &tally)
+{
+    constexpr int mostNamed = 3;
+    if (transform.isEqualsCS())
+        return QObject::tr("the systems are equal: points are copied");
+    QStringList parts;
+    qint64 others = 0;
+    QString leftOut;
+    for (const OperationTally::Use &use : tally.uses()) {
+        if (use.operation.isBallpark)
+            leftOut = use.operation.leavesOut;
+        else if (parts.size() < mostNamed)
+            parts << QObject::tr("%1 points by \"%2\", %3")
+                         .arg(QString::number(use.points), use.operation.shortName,
+                              shortWorth(use.operation, transform.epoch().has_value()));
+        else
+            others += use.points;
+    }
+    if (others > 0)
+        parts << QObject::tr("%1 by other operations").arg(QString::number(others));
+    if (const qint64 ballpark = tally.ballparkPoints(); ballpark > 0)
+        parts << QObject::tr("%1 ballpark (without %2)").arg(QString::number(ballpark), leftOut);
+    return parts.isEmpty() ? QObject::tr("no points") : parts.join(QStringLiteral("; "));
+}
+
+QString offersText(const QVector<GridOffer> &offers)
+{
+    QString text;
+    for (const GridOffer &offer : offers) {
+        text += QStringLiteral("%1: %2\n").arg(namesOf(offer.missing()), gainText(offer));
+        text += indent + offer.operation().shortName + QLatin1Char('\n');
+        if (const QString area = areaText(offer.operation(), Detail::Short); !area.isEmpty())
+            text += indent + area + QLatin1Char('\n');
+        for (const TransformGrid &grid : offer.missing())
+            text += indent +
+                    (grid.url.isEmpty() ? QObject::tr("%1: nobody offers it for download").arg(grid.name)
+                                        : QObject::tr("projsync --file %1, or %2").arg(grid.name, grid.url)) +
+                    QLatin1Char('\n');
+    }
     return text;
 }
 

@@ -1,3 +1,4 @@
+#include "AnswerJson.h"
 #include "CatalogueCheck.h"
 #include "CommandLine.h"
 #include "Commands.h"
@@ -41,32 +42,56 @@ QString entryLine(int epsg, const QString &name, const QString &prj)
     return codeText(epsg) + QLatin1Char('\t') + name + QLatin1Char('\t') + prj + QLatin1Char('\n');
 }
 
+/// The categories, a row each.
+void addCategories(const QList<CoordSystemParamsList> &categories, QString &text, QJsonArray &rows)
+{
+    for (const CoordSystemParamsList &list : categories) {
+        text += QStringLiteral("%1\t%2\n").arg(QString::number(list.entries.size()), list.name);
+        rows << QJsonObject{{QStringLiteral("category"), list.name},
+                            {QStringLiteral("systems"), list.entries.size()}};
+    }
+}
+
+/// The entries of one category. False when there is none of that name.
+bool addEntries(const MapinfoCoordSystem &catalogue, const QString &wanted, QString &text, QJsonArray &rows)
+{
+    const QList<CoordSystemParamsList> categories = catalogue.projectionList();
+    bool known = false;
+    for (int category = 0; category < categories.size(); ++category) {
+        const CoordSystemParamsList &list = categories.at(category);
+        if (list.name.compare(wanted, Qt::CaseInsensitive) != 0)
+            continue;
+        known = true;
+        for (int index = 0; index < list.entries.size(); ++index) {
+            const int epsg = list.entries.at(index).epsg();
+            const QString name = list.entries.at(index).name();
+            const QString prj = catalogue.getStrMB(category, index);
+            text += entryLine(epsg, name, prj);
+            rows << QJsonObject{{QStringLiteral("epsg"), epsg > 0 ? QJsonValue(epsg) : QJsonValue()},
+                                {QStringLiteral("name"), name},
+                                {QStringLiteral("prj"), prj}};
+        }
+    }
+    return known;
+}
+
 int runList(const CommandLine &line)
 {
     const Session session(line);
     if (line.isSet("check"))
         return checkCatalogue(session.factory(), line.value("check"));
     const auto catalogue = session.factory().mapinfoCoordSystem();
-    const QList<CoordSystemParamsList> categories = catalogue->projectionList();
     const QString wanted = typedText(line.value("category"));
     QString text;
-    bool known = false;
-    for (int category = 0; category < categories.size(); ++category) {
-        const CoordSystemParamsList &list = categories.at(category);
-        if (wanted.isEmpty()) {
-            text += QStringLiteral("%1\t%2\n").arg(QString::number(list.entries.size()), list.name);
-            continue;
-        }
-        if (list.name.compare(wanted, Qt::CaseInsensitive) != 0)
-            continue;
-        known = true;
-        for (int index = 0; index < list.entries.size(); ++index)
-            text += entryLine(list.entries.at(index).epsg(), list.entries.at(index).name(),
-                              catalogue->getStrMB(category, index));
-    }
-    if (!wanted.isEmpty() && !known)
+    QJsonArray rows;
+    if (wanted.isEmpty())
+        addCategories(catalogue->projectionList(), text, rows);
+    else if (!addEntries(*catalogue, wanted, text, rows))
         throw Failure(QObject::tr("no category \"%1\"; nivora-cs list shows them").arg(wanted));
-    print(text);
+    if (line.isSet("json"))
+        printJson({{wanted.isEmpty() ? QStringLiteral("categories") : QStringLiteral("systems"), rows}});
+    else
+        print(text);
     return Success;
 }
 
@@ -179,7 +204,7 @@ const Command &listCommand()
 {
     static const Command command = {
         "list",
-        "[--category NAME | --check FILE]",
+        "[--category NAME | --check FILE] [--json]",
         QT_TRANSLATE_NOOP("QObject", "The catalogue of named systems."),
         QT_TRANSLATE_NOOP("QObject",
                           R"(Without options the categories with their counts. With --category its systems, a
@@ -197,6 +222,7 @@ Examples:
             {"category", "NAME",
              QT_TRANSLATE_NOOP("QObject", "The systems of one category, letter case does not count.")},
             {"check", "FILE", QT_TRANSLATE_NOOP("QObject", "Check a catalogue file.")},
+            {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "A JSON object.")},
         },
         runList,
         false,

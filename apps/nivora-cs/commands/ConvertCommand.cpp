@@ -1,6 +1,7 @@
 #include "CommandLine.h"
 #include "Commands.h"
 #include "Conversion.h"
+#include "OperationOptions.h"
 
 #include <QObject>
 
@@ -40,7 +41,7 @@ Examples:
   nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
 )"),
         2,
-        {
+        withOperationOptions({
             {"to", "CS", QT_TRANSLATE_NOOP("QObject", "The system of OUT; that of IN when not given.")},
             {"from", "CS", QT_TRANSLATE_NOOP("QObject", "The system of IN, whatever the file says.")},
             {"format", "NAME", QT_TRANSLATE_NOOP("QObject", "The format of OUT, whatever its extension.")},
@@ -65,7 +66,12 @@ Examples:
             {"segmentize", "M",
              QT_TRANSLATE_NOOP("QObject",
                                "Add vertices where a straight edge bends by more than M metres in OUT.")},
-        },
+            {"strict", nullptr,
+             QT_TRANSLATE_NOOP("QObject",
+                               "A point for which the difference of the datums would be left out fails.")},
+            {"epoch", "YEAR",
+             QT_TRANSLATE_NOOP("QObject", "When the points were measured, in decimal years.")},
+        }),
         [](const CommandLine &line) { return Conversion(line).run(); },
     };
     return command;

@@ -1,3 +1,4 @@
+#include "AnswerJson.h"
 #include "CalibrationText.h"
 #include "CommandLine.h"
 #include "Commands.h"
@@ -14,8 +15,11 @@
 
 #include <QObject>
 
+#include <optional>
+
 using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
+using nivora::cs::CoordTransform;
 using nivora::cs::SystemFormat;
 using nivora::cs::SystemInfo;
 using nivora::cs::UserInput;
@@ -66,20 +70,45 @@ QString textIn(const QString &format, const UserInput &input, const Session &ses
     throw Failure(QObject::tr("--format takes %1, not \"%2\"").arg(known.join(QStringLiteral(", ")), format));
 }
 
+std::optional<QPointF> placeOf(const CommandLine &line)
+{
+    return line.isSet("at") ? std::make_optional(pointOf(line.value("at"))) : std::nullopt;
+}
+
+/// The way to another system; nothing when none is given.
+std::optional<Explanation> wayOf(const CommandLine &line, const Session &session, const CoordSystemPtr &cs)
+{
+    if (!line.isSet("to"))
+        return std::nullopt;
+    const CoordTransform transform(cs, systemOfOption(session, line, "to"));
+    return explained(transform, placeOf(line), nullptr);
+}
+
 /// How the system stands to another, at a place, and to the codes that resemble it.
 QString relations(const CommandLine &line, const Session &session, const CoordSystemPtr &cs)
 {
     QString text;
-    if (line.isSet("to"))
-        text += operationsText(nivora::cs::CoordTransform(cs, systemOfOption(session, line, "to")));
-    if (line.isSet("at")) {
-        const QPointF at = pointOf(line.value("at"));
-        const QString proof = proofPage(*cs, session.userSystems().fileInfo(), &at);
-        text += proof.isEmpty() || !cs->isNonEarth() ? factorsText(cs, at) + proof : proof;
+    if (const auto way = wayOf(line, session, cs))
+        text += explanationText(*way, line.isSet("all") ? Detail::All : Detail::Short);
+    if (const auto place = placeOf(line)) {
+        const QString proof = proofPage(*cs, session.userSystems().fileInfo(), &*place);
+        text += proof.isEmpty() || !cs->isNonEarth() ? placeAndFactorsText(cs, *place) + proof : proof;
     }
     if (line.isSet("candidates"))
         text += candidatesText(*cs);
     return text;
+}
+
+void printRelations(const CommandLine &line, const Session &session, const CoordSystemPtr &cs)
+{
+    QJsonObject answer;
+    if (const auto way = wayOf(line, session, cs))
+        answer[QStringLiteral("operations")] = explanationJson(*way);
+    if (const auto place = placeOf(line))
+        answer[QStringLiteral("place")] = placeJson(cs, *place);
+    if (line.isSet("candidates"))
+        answer[QStringLiteral("candidates")] = candidatesJson(*cs);
+    printJson(answer);
 }
 
 /// The notation that is asked for, empty for none. Throws Failure when more than one thing is.
@@ -88,8 +117,8 @@ QString formatOf(const CommandLine &line, bool related)
     const QString format = line.isSet("json") ? QStringLiteral("json") : line.value("format");
     if (line.isSet("json") && line.isSet("format") && line.value("format") != format)
         throw Failure(QObject::tr("--json and --format exclude each other"));
-    if (!format.isEmpty() && related)
-        throw Failure(QObject::tr("--format and --json go without --to, --at and --candidates"));
+    if (line.isSet("format") && related)
+        throw Failure(QObject::tr("--format goes without --to, --at and --candidates"));
     return format;
 }
 
@@ -102,6 +131,10 @@ int run(const CommandLine &line)
     if (format.isEmpty() && !related) {
         print(infoPage(*input.system, infoOf(input)) +
               proofPage(*input.system, session.userSystems().fileInfo()));
+        return Success;
+    }
+    if (related && line.isSet("json")) {
+        printRelations(line, session, input.system);
         return Success;
     }
     const QString text = related ? relations(line, session, input.system) : textIn(format, input, session);
@@ -123,8 +156,10 @@ const Command &infoCommand()
         QT_TRANSLATE_NOOP("QObject",
                           R"(Writes a line "Title: value" for each thing that is known, and what was assumed.
 With --format the system in that notation alone, fit to be saved: with its name and
-its code where it has one. With --to and --at what stands between it and another
-system, and how it shows a place.
+its code where it has one. With --to the operation that takes it to another
+system, in the middle of their common area or at the point of --at, how good it is,
+what is used elsewhere and which grid files are missing; with --at longitude,
+latitude, scale and the direction of grid north. --json writes all of these, too.
 
 Examples:
   nivora-cs info 32637
@@ -138,15 +173,19 @@ Examples:
             {"format", "wkt1|wkt2|esri|projjson|proj|mapinfo|json",
              QT_TRANSLATE_NOOP("QObject",
                                "The text in one notation; json: all that is known, as one object.")},
-            {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "The same as --format json.")},
+            {"json", nullptr,
+             QT_TRANSLATE_NOOP("QObject",
+                               "The same as --format json; with --to, --at or --candidates those.")},
             {"to", "CS",
              QT_TRANSLATE_NOOP("QObject",
                                "The operations from CS to another system, and how good they are.")},
+            {"all", nullptr,
+             QT_TRANSLATE_NOOP("QObject", "With --to: all operations, with their codes and PROJ texts.")},
             {"candidates", nullptr,
              QT_TRANSLATE_NOOP("QObject",
                                "The codes that resemble the system, with the confidence in them.")},
             {"at", "X,Y",
-             QT_TRANSLATE_NOOP("QObject", "Scale factors and convergence at a point of the system.")},
+             QT_TRANSLATE_NOOP("QObject", "How the system shows the surroundings of one of its points.")},
         },
         run,
     };

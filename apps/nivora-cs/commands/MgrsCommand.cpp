@@ -84,14 +84,12 @@ public:
         const char *const begin = skip(line.data(), end, isBlank);
         const char *const behind = referenceEnd(begin, end);
         why = QT_TRANSLATE_NOOP("QObject", "no grid reference");
-        if (behind != end && !isSeparator(*behind))
-            return false;
-        if (!readReference(m_messages, std::string(begin, behind), point, why))
+        if (behind == begin || (behind != end && !isSeparator(*behind)))
             return false;
         columns.second.before = " ";
         columns.rest = {behind, static_cast<std::size_t>(end - behind)};
         columns.located = true;
-        return true;
+        return readReference(m_messages, std::string(begin, behind), point, why);
     }
 
 private:
@@ -105,6 +103,7 @@ public:
     explicit ReferenceWriter(const Mgrs &grid)
         : m_grid(grid)
     {}
+    bool isSingle() const override { return true; }
 
     bool write(const QPointF &point, const Columns &columns, TextBuffer &out, Reason &why) const override
     {
@@ -183,7 +182,7 @@ int run(const CommandLine &line)
     // Grid references are on WGS 84: Mgrs itself shifts no datum from a CoordSys string.
     const CoordSystemPtr wgs84 = session.factory().latLongWgs84CoordSystem();
     const CoordTransform transform(cs, wgs84);
-    const PointTransform step = pointTransform(transform, inverse);
+    const PointTransform step = pointTransform(transform, {inverse, std::nullopt, false, nullptr});
     const StreamOptions options = streamOptions(line);
     Mgrs grid(wgs84);
     const std::unique_ptr<FileFormat> format = formatOf(line, *cs, grid);

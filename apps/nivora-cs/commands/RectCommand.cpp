@@ -1,6 +1,8 @@
+#include "AnswerJson.h"
 #include "CommandLine.h"
 #include "Commands.h"
 #include "CsText.h"
+#include "OperationOptions.h"
 #include "Output.h"
 #include "PointText.h"
 #include "Session.h"
@@ -66,10 +68,14 @@ int run(const CommandLine &line)
     const int decimals = line.number("precision", 0, mostDecimals, fittingDecimals(target));
 
     QRectF out;
-    if (!transformed(line, CoordTransform(from, to), in, out)) {
+    if (!transformed(line, CoordTransform(from, to, operationChoice(line)), in, out)) {
         complain(line.isSet("mesh") ? QObject::tr("no part of the rectangle can be transformed")
                                     : QObject::tr("a corner of the rectangle cannot be transformed"));
         return SomeFailed;
+    }
+    if (line.isSet("json")) {
+        printJson({{QStringLiteral("rect"), QJsonArray{out.x(), out.y(), out.width(), out.height()}}});
+        return Success;
     }
     QStringList numbers;
     for (const double number : {out.x(), out.y(), out.width(), out.height()})
@@ -99,7 +105,7 @@ Examples:
   nivora-cs rect --from 4326 --to 3575 --mesh 50 -180 60 360 30
 )"),
         4,
-        {
+        withOperationOptions({
             {"from", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the rectangle.")},
             {"to", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the answer.")},
             {"inverse", nullptr,
@@ -109,7 +115,8 @@ Examples:
              "100"},
             {"precision", "N",
              QT_TRANSLATE_NOOP("QObject", "Decimals; when not given, enough for a tenth of a millimetre.")},
-        },
+            {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "A JSON object with the unrounded numbers.")},
+        }),
         run,
     };
     return command;

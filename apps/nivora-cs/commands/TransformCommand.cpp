@@ -1,7 +1,10 @@
+#include "AnswerJson.h"
 #include "CommandLine.h"
 #include "Commands.h"
 #include "CsText.h"
 #include "CsvOptions.h"
+#include "MeasureText.h"
+#include "OperationOptions.h"
 #include "OperationText.h"
 #include "Output.h"
 #include "Session.h"
@@ -12,26 +15,17 @@
 #include <QObject>
 
 #include <cmath>
+#include <fcntl.h>
 #include <memory>
 #include <optional>
+#include <unistd.h>
 
 using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
 using nivora::cs::CoordTransform;
+using nivora::cs::OperationTally;
 
 namespace {
-
-std::optional<double> epochOf(const CommandLine &line)
-{
-    if (!line.isSet("epoch"))
-        return std::nullopt;
-    bool ok = false;
-    const double years = line.value("epoch").toDouble(&ok);
-    if (!ok || !std::isfinite(years))
-        throw Failure(
-            QObject::tr("--epoch takes a decimal year such as 2024.5, not \"%1\"").arg(line.value("epoch")));
-    return years;
-}
 
 std::unique_ptr<FileFormat> formatOf(const CommandLine &line, const CoordSystem &source)
 {
@@ -66,8 +60,30 @@ XyWriter writerOf(const CommandLine &line, const CoordSystem &target)
     return {line.number("dms", 0, mostSecondDecimals, fittingSecondDecimals), letters};
 }
 
+void explain(const CommandLine &line, const CoordTransform &transform, const OperationTally &tally)
+{
+    const QString amount = line.value("explain");
+    if (amount != QLatin1String("short") && amount != QLatin1String("all"))
+        throw Failure(QObject::tr("--explain takes all or nothing, not \"%1\"").arg(amount));
+    const auto at = line.isSet("at") ? std::make_optional(pointOf(line.value("at"))) : std::nullopt;
+    const Explanation explanation = explained(transform, at, &tally);
+    if (line.isSet("json"))
+        printJson({{QStringLiteral("operations"), explanationJson(explanation)}});
+    else
+        print(explanationText(explanation, amount == QLatin1String("all") ? Detail::All : Detail::Short));
+}
+
+/// Throws Failure for options that mean nothing without another.
+void checkExplainOptions(const CommandLine &line)
+{
+    for (const char *option : {"json", "at"})
+        if (line.isSet(option) && !line.isSet("explain"))
+            throw Failure(QObject::tr("--%1 needs --explain").arg(QLatin1String(option)));
+}
+
 int run(const CommandLine &line)
 {
+    checkExplainOptions(line);
     const Session session(line);
     const CoordSystemPtr from = systemOfOption(session, line, "from");
     const CoordSystemPtr to = systemOfOption(session, line, "to");
@@ -75,13 +91,22 @@ int run(const CommandLine &line)
     const std::unique_ptr<FileFormat> format = formatOf(line, inverse ? *to : *from);
     const XyWriter writer = writerOf(line, inverse ? *from : *to);
 
-    const CoordTransform transform(from, to, epochOf(line));
+    OperationTally tally;
+    const PointOptions points{inverse, epochOf(line), line.isSet("strict"), &tally};
+    const CoordTransform transform(from, to, operationChoice(line), points.epoch);
+    const PointTransform step = pointTransform(transform, points);
     if (line.isSet("explain")) {
-        print(operationsText(inverse ? CoordTransform(to, from) : transform));
+        const int nowhere = ::open("/dev/null", O_WRONLY);
+        if (!line.arguments().isEmpty())
+            StreamFilter(*format, writer, step, nowhere).run(line.arguments(), streamOptions(line));
+        ::close(nowhere);
+        explain(line, inverse ? CoordTransform(to, from, operationChoice(line), points.epoch) : transform,
+                tally);
         return Success;
     }
-    return StreamFilter(*format, writer, pointTransform(transform, inverse, epochOf(line)))
-        .run(line.arguments(), streamOptions(line));
+    const ExitStatus status = StreamFilter(*format, writer, step).run(line.arguments(), streamOptions(line));
+    report(usageText(transform, tally));
+    return status;
 }
 
 } // namespace
@@ -109,6 +134,11 @@ are N S E W or С Ю В З. x is first unless the letters say otherwise; the out
 always has x first. Decimal commas are understood where commas cannot separate
 columns (37,6173;55,7558); where both are possible the line fails and says so.
 
+A line on stderr says at the end by which operations the points went and how good
+those are: 5 points by "NTF to WGS 84", 2 m; 3 ballpark. Ballpark points are those
+whose datums' difference was left out, since nothing is known for the place;
+--strict makes them fail.
+
 With --csv the input is a table with quoted fields (RFC 4180) and, when columns
 are named or the first line's coordinates are words, a header. All other columns
 stay as they are, byte for byte. Angles in several columns: --x 1,2,3,4 --out-x X.
@@ -120,7 +150,7 @@ Examples:
   nivora-cs transform --from @moscow.prj --to 'CoordSys Earth Projection 1, 104' --inverse
 )"),
         Command::AnyCount,
-        {
+        withOperationOptions({
             {"from", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the input.")},
             {"to", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the output.")},
             {"inverse", nullptr,
@@ -156,14 +186,22 @@ Examples:
             {"jobs", "N",
              QT_TRANSLATE_NOOP("QObject",
                                "Threads that work; all cores when not given. The output is the same.")},
-            {"explain", nullptr,
+            {"strict", nullptr,
              QT_TRANSLATE_NOOP("QObject",
-                               "Tell which operations are used and how good they are; no points are read.")},
+                               "A point for which the difference of the datums would be left out fails.")},
+            {"explain", "all",
+             QT_TRANSLATE_NOOP(
+                 "QObject",
+                 "Tell which operation is used for the FILEs' points, at --at or in the common area, "
+                 "and which elsewhere; no points are written. all: everything."),
+             "short"},
+            {"at", "X,Y", QT_TRANSLATE_NOOP("QObject", "With --explain: a point of the input's system.")},
+            {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "With --explain: a JSON object.")},
             {"epoch", "YEAR",
              QT_TRANSLATE_NOOP("QObject", "When the points were measured, in decimal years.")},
             {"progress", nullptr,
              QT_TRANSLATE_NOOP("QObject", "Show a bar on stderr, when it is a terminal.")},
-        },
+        }),
         run,
     };
     return command;

@@ -4,6 +4,8 @@
 #include "CsText.h"
 #include "LayerSystem.h"
 #include "NetworkBorder.h"
+#include "OperationOptions.h"
+#include "OperationText.h"
 #include "Output.h"
 #include "Progress.h"
 #include "TableSource.h"
@@ -106,6 +108,7 @@ Conversion::Conversion(const CommandLine &line)
     , m_out(fileArgument(line, 1))
     , m_from(optionalSystem(m_session, line, "from"))
     , m_to(optionalSystem(m_session, line, "to"))
+    , m_choice(operationChoice(line))
     , m_mostBendM(bendOption(line))
     , m_coding(line.value("encoding"))
     , m_losses(line)
@@ -121,6 +124,9 @@ Conversion::Conversion(const CommandLine &line)
     if (m_messages.failed() && (isVirtual || !placesNotAsked().isEmpty()))
         m_losses.add(isVirtual ? Loss::Layers : Loss::Datum,
                      QObject::tr("%1 cannot be read whole: %2").arg(m_in, m_messages.reason()));
+    m_bulk.epoch = epochOf(line);
+    m_bulk.refusesBallpark = line.isSet("strict");
+    m_bulk.tally = &m_tally;
 }
 
 CoordSystemPtr Conversion::sourceSystem(OGRLayerH layer) const
@@ -205,7 +211,8 @@ void Conversion::settle(OGRLayerH source, OutputLayer &layer, GeometryChange &ch
     findPoints(source, from, change);
     layer.system = carriable(m_to ? m_to : from);
     if (from && layer.system && from != layer.system)
-        change.transform.emplace(CoordTransform(from, layer.system));
+        change.transform.emplace(m_way.emplace(from, layer.system, m_choice, m_bulk.epoch));
+    change.bulk = m_bulk;
     if (change.transform && m_mostBendM > 0.0)
         change.splitter.emplace(*change.transform, *withoutAffine(layer.system), m_mostBendM);
     if (!m_format.isMapInfo() || (OGR_L_GetGeomType(source) == wkbNone && !change.points))
@@ -315,6 +322,8 @@ void Conversion::tell() const
         complain(QObject::tr("%1 of %2 features left out; see %3")
                      .arg(QString::number(m_rejected.count()),
                           QString::number(m_rejected.count() + m_features), rejectedName(m_out)));
+    if (m_way)
+        report(usageText(*m_way, m_tally));
 }
 
 /// Those that --layer names, else all.

@@ -42,7 +42,11 @@ private:
     GdalMessages m_messages;
     QString m_in, m_out;
     nivora::cs::CoordSystemPtr m_from, m_to; ///< null when not given
-    double m_mostBendM = 0.0;                ///< 0: no vertices are added
+    nivora::cs::OperationChoice m_choice;
+    nivora::cs::BulkOptions m_bulk;
+    nivora::cs::OperationTally m_tally;
+    std::optional<nivora::cs::CoordTransform> m_way; ///< of the last layer that was transformed
+    double m_mostBendM = 0.0;                        ///< 0: no vertices are added
     TextCoding m_coding;
     Losses m_losses;
     Dataset m_source;

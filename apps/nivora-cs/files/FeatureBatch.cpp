@@ -81,7 +81,7 @@ void FeatureBatch::addLeaf(OGRGeometryH geometry)
 void FeatureBatch::convert()
 {
     if (m_change.transform)
-        m_change.transform->forward(m_in, m_out);
+        m_change.transform->forward(m_in, m_out, m_change.bulk);
     else
         m_out = m_in;
     for (const Leaf &leaf : m_leaves) {

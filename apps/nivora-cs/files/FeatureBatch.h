@@ -28,6 +28,7 @@ Geometry pointOf(OGRFeatureH feature, const PointColumns &columns);
 struct GeometryChange
 {
     std::optional<nivora::cs::BulkTransform> transform; ///< none: they stay as they are
+    nivora::cs::BulkOptions bulk;                       ///< for it
     std::optional<EdgeSplitter> splitter;               ///< none: no vertices are added
     std::optional<PointColumns> points;                 ///< none: geometries are those of the source
     QRectF limits;                                      ///< of what the output can hold; empty for none

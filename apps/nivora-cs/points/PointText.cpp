@@ -423,9 +423,9 @@ void writeFailed(std::string_view line, const Columns &columns, TextBuffer &out)
         return;
     }
     const char separator = separatorOf(line);
-    for (int i = 0; i < 2; ++i) {
-        if (i > 0)
-            out.write({&separator, 1});
+    out.write("*");
+    if (!columns.single) {
+        out.write({&separator, 1});
         out.write("*");
     }
     if (!line.empty())

@@ -54,6 +54,8 @@ public:
     virtual ~PointWriter() = default;
     /// False, nothing written, when the point cannot be expressed; then \p why says what is wrong.
     virtual bool write(const QPointF &point, const Columns &columns, TextBuffer &out, Reason &why) const = 0;
+    /// x and y become one column.
+    virtual bool isSingle() const { return false; }
 };
 
 /// How coordinates may be written.

@@ -8,6 +8,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <cmath>
 #include <system_error>
 #include <thread>
 #include <unistd.h>
@@ -49,18 +50,26 @@ template <typename Run> std::vector<std::thread> startThreads(int count, const R
 
 } // namespace
 
-PointTransform pointTransform(const CoordTransform &transform, bool inverse, std::optional<double> epoch)
+PointTransform pointTransform(const CoordTransform &transform, const PointOptions &wanted)
 {
     BulkOptions options;
     options.threads = 1; // the blocks have threads of their own
-    options.epoch = epoch;
-    return [bulk = BulkTransform(transform), options, inverse](QVector<QPointF> &points,
-                                                               std::vector<char> &failed) {
+    options.epoch = wanted.epoch;
+    options.tally = wanted.tally;
+    options.refusesBallpark = wanted.isStrict;
+    return [bulk = BulkTransform(transform), options, inverse = wanted.inverse](QVector<QPointF> &points,
+                                                                                std::vector<char> &failed) {
+        const QVector<QPointF> original = options.refusesBallpark ? points : QVector<QPointF>();
         const BulkResult result =
             inverse ? bulk.inverse(points, points, options) : bulk.forward(points, points, options);
-        failed.assign(static_cast<std::size_t>(points.size()), 0);
-        for (const std::size_t position : result.failed)
-            failed[position] = 1;
+        failed.assign(static_cast<std::size_t>(points.size()), Transformed);
+        for (const std::size_t position : result.failed) {
+            QPointF loose;
+            const QPointF from = original.value(static_cast<int>(position), QPointF(NAN, NAN));
+            const bool goes = options.refusesBallpark && (inverse ? bulk.inverse(from, loose, options.epoch)
+                                                                  : bulk.forward(from, loose, options.epoch));
+            failed[position] = goes ? OnlyBallpark : Untransformable;
+        }
     };
 }
 
@@ -105,11 +114,12 @@ struct StreamFilter::Queue
     std::exception_ptr failure;
 };
 
-StreamFilter::StreamFilter(const FileFormat &format, const PointWriter &writer, PointTransform transform)
+StreamFilter::StreamFilter(const FileFormat &format, const PointWriter &writer, PointTransform transform,
+                           int descriptor)
     : m_format(format)
     , m_writer(writer)
     , m_transform(std::move(transform))
-    , m_out(STDOUT_FILENO)
+    , m_out(descriptor)
 {}
 
 ExitStatus StreamFilter::run(const QStringList &fileNames, const StreamOptions &options)
@@ -276,15 +286,25 @@ bool StreamFilter::writeLine(const Line &line, const Work &work, TextBuffer &out
     if (line.kind != Line::Point) {
         why = work.reasons[index];
         if (line.kind == Line::Bad)
-            writeFailed(line.text, line.columns, out);
+            writeFailed(line.text, columnsOf(line), out);
         return false;
     }
-    if (work.failed[index])
+    if (work.failed[index] == OnlyBallpark)
+        why = QT_TRANSLATE_NOOP("QObject", "the difference of the datums would be left out there");
+    else if (work.failed[index])
         why = QT_TRANSLATE_NOOP("QObject", "the point cannot be transformed");
     else if (m_writer.write(work.points.at(line.index), line.columns, out, why))
         return true;
-    writeFailed(line.text, line.columns, out);
+    writeFailed(line.text, columnsOf(line), out);
     return false;
+}
+
+/// What is written in one column leaves one behind when it fails.
+Columns StreamFilter::columnsOf(const Line &line) const
+{
+    Columns columns = line.columns;
+    columns.single = columns.single || m_writer.isSingle();
+    return columns;
 }
 
 /// Writes a block when it is its turn.

@@ -6,6 +6,7 @@
 #include "Progress.h"
 
 #include <coordsys/CoordTransform.h>
+#include <coordsys/OperationTally.h>
 
 #include <QPointF>
 #include <QStringList>
@@ -17,17 +18,27 @@
 #include <mutex>
 #include <optional>
 #include <string_view>
+#include <unistd.h>
 #include <vector>
 
 class CommandLine;
 
-/// Transforms points in place. \p failed has one flag a point; what is left of a failed one means nothing.
-/// Called by several threads at once.
+/// Transforms points in place. \p failed has one PointFate a point; what is left of a failed one means
+/// nothing. Called by several threads at once.
+enum PointFate : char { Transformed = 0, Untransformable = 1, OnlyBallpark = 2 };
 using PointTransform = std::function<void(QVector<QPointF> &points, std::vector<char> &failed)>;
 
-/// The steps of a transformation, or the way back. \p epoch: when the coordinates hold, in decimal years.
-PointTransform pointTransform(const nivora::cs::CoordTransform &transform, bool inverse,
-                              std::optional<double> epoch = std::nullopt);
+/// How points are transformed.
+struct PointOptions
+{
+    bool inverse = false;                        ///< the way back
+    std::optional<double> epoch;                 ///< when the coordinates hold, in decimal years
+    bool isStrict = false;                       ///< what leaves the datums' difference out fails
+    nivora::cs::OperationTally *tally = nullptr; ///< borrowed for as long as points are transformed
+};
+
+/// The steps of a transformation.
+PointTransform pointTransform(const nivora::cs::CoordTransform &transform, const PointOptions &options);
 
 struct StreamOptions
 {
@@ -46,7 +57,9 @@ StreamOptions streamOptions(const CommandLine &line);
 class StreamFilter
 {
 public:
-    StreamFilter(const FileFormat &format, const PointWriter &writer, PointTransform transform);
+    /// \p descriptor: where the output goes.
+    StreamFilter(const FileFormat &format, const PointWriter &writer, PointTransform transform,
+                 int descriptor = STDOUT_FILENO);
 
     /// No names: standard input. Throws Failure for a file that cannot be read and for output that cannot be
     /// written; what was read before has been written then.
@@ -76,6 +89,7 @@ private:
     void readLine(const Block &block, Line &line, Work &work) const;
     static void markBad(Line &line, Line::Kind kind, Reason why, Work &work);
     void writeBlock(Block &block, Work &work) const;
+    Columns columnsOf(const Line &line) const;
     bool writeLine(const Line &line, const Work &work, TextBuffer &out, Reason &why) const;
     void deliver(const Block &block, Queue &queue);
 
