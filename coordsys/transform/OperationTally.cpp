@@ -23,8 +23,9 @@ QVector<OperationTally::Use> OperationTally::uses() const
 {
     const QMutexLocker lock(&m_data->mutex);
     QVector<Use> sorted = m_data->uses;
-    std::stable_sort(sorted.begin(), sorted.end(),
-                     [](const Use &a, const Use &b) { return a.points > b.points; });
+    std::sort(sorted.begin(), sorted.end(), [](const Use &a, const Use &b) {
+        return a.points != b.points ? a.points > b.points : a.operation.name < b.operation.name;
+    });
     return sorted;
 }
 

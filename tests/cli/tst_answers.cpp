@@ -142,7 +142,7 @@ private Q_SLOTS:
         row.named("--from 4284 --to 32637 --strict", two, 1,
                   "1 points by \"Pulkovo 1942 to WGS 84 (20)\", 3 m\n");
         row.named("--from 4284 --to 32637 --no-ballpark", two, 0,
-                  "1 points by \"Pulkovo 1942 to WGS 84 (20)\", 3 m; 1 points by");
+                  "1 points by \"Pulkovo 1942 to WGS 84 (16)\", 4.5 m; 1 points by");
         row.named("--from 32637 --to 4284 --inverse", two, 0, "1 points by \"Inverse of Pulkovo 1942 to");
         row.named("--from 4277 --to 4326 --operation EPSG:1196", "-3 55\n", 0,
                   "1 points by \"OSGB36 to WGS 84 (2)\", 10 m\n");
