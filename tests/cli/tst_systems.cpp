@@ -153,7 +153,7 @@ private Q_SLOTS:
         row("unknown format", words("info --format xml 4326"), "--format takes json, wkt1");
         row("no value", words("transform --to 1 --from"), "--from needs a value");
         row("an empty directory", words("user list --user-dir="), "--user-dir needs a value");
-        row("a notation and relations", words("info --json --to 4326 4326"), "go without --to");
+        row("a notation and relations", words("info --format wkt2 --to 4326 4326"), "goes without --to");
         row("option missing", words("transform --from 4326"), "needs --to");
         row("argument missing", words("info"), "expected 1, given 0");
         row("three numbers", words("rect 1 -2 3"), "expected 4, given 3");

@@ -64,8 +64,8 @@ QString operationText(const TransformOperation &operation, bool hasEpoch, Detail
 
 QString gainText(const GridOffer &offer)
 {
-    const QString gained = metresText(offer.withM().value_or(0.0));
-    return offer.withoutM() ? QObject::tr("%1 m instead of %2 m").arg(gained, metresText(*offer.withoutM()))
+    const QString gained = shortMetres(offer.withM().value_or(0.0));
+    return offer.withoutM() ? QObject::tr("%1 m instead of %2 m").arg(gained, shortMetres(*offer.withoutM()))
                             : QObject::tr("%1 m instead of a ballpark").arg(gained);
 }
 
@@ -108,14 +108,14 @@ QStringList qualityParts(const ShiftQuality &quality)
 {
     QStringList parts;
     if (quality.accuracyM)
-        parts << QObject::tr("by %1 good to %2 m").arg(quality.definition, metresText(*quality.accuracyM));
+        parts << QObject::tr("by %1 good to %2 m").arg(quality.definition, shortMetres(*quality.accuracyM));
     if (quality.accuracyWithGridsM && !quality.missingGrids.isEmpty())
         parts << QObject::tr("to %1 m with the grid %2")
-                     .arg(metresText(*quality.accuracyWithGridsM),
+                     .arg(shortMetres(*quality.accuracyWithGridsM),
                           quality.missingGrids.join(QStringLiteral(", ")));
     if (quality.textDistanceM)
         parts << QObject::tr("as CoordSys text %1 m away at %2")
-                     .arg(metresText(*quality.textDistanceM), placeText(quality.place));
+                     .arg(shortMetres(*quality.textDistanceM), placeText(quality.place));
     return parts;
 }
 
@@ -124,13 +124,13 @@ QString shortWorth(const TransformOperation &operation, bool hasEpoch)
     const auto worth = operation.worthM();
     const QString text = !worth        ? QObject::tr("accuracy unknown")
                          : *worth == 0 ? QObject::tr("exact")
-                                       : QObject::tr("%1 m").arg(metresText(*worth));
+                                       : QObject::tr("%1 m").arg(shortMetres(*worth));
     return operation.isTimeDependent && !hasEpoch ? text + QObject::tr(" (no epoch given)") : text;
 }
 
 } // namespace
 
-QString metresText(double value)
+QString shortMetres(double value)
 {
     constexpr double least = 5e-4;
     constexpr double manyFigures = 100.0;
@@ -158,10 +158,10 @@ QString worthText(const TransformOperation &operation, bool hasEpoch)
     QStringList parts{operation.accuracyM < 0.0 ? QObject::tr("accuracy unknown")
                       : operation.accuracyM == 0.0
                           ? QObject::tr("exact")
-                          : QObject::tr("good to %1 m").arg(metresText(operation.accuracyM))};
+                          : QObject::tr("good to %1 m").arg(shortMetres(operation.accuracyM))};
     if (operation.accuracyM >= 0.0 && operation.ensembleAccuracyM > operation.accuracyM)
         parts << QObject::tr("%1 itself to %2 m")
-                     .arg(operation.ensemble, metresText(operation.ensembleAccuracyM));
+                     .arg(operation.ensemble, shortMetres(operation.ensembleAccuracyM));
     if (operation.isTimeDependent)
         parts << (hasEpoch ? QObject::tr("at the given epoch")
                            : QObject::tr("at the right epoch only: give --epoch"));
