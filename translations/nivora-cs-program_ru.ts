@@ -182,46 +182,12 @@ Options:
         <translation>Что известно о системе координат, и её запись в любом формате.</translation>
     </message>
     <message>
-        <source>Writes a line &quot;Title: value&quot; for each thing that is known, and what was assumed.
-With --format the system in that notation alone, fit to be saved: with its name and
-its code where it has one. With --to and --at what stands between it and another
-system, and how it shows a place.
-
-Examples:
-  nivora-cs info 32637
-  nivora-cs info --format esri 28407 &gt; zone7.prj
-  nivora-cs info 27700 --to 4326
-  nivora-cs info 32637 --at 413224,6179767
-  nivora-cs info --format json &apos;CoordSys Earth Projection 8, 1001, &quot;m&quot;, 39, 0, 1, 7500000, 0&apos;
-</source>
-        <translation>Пишет по строке «Заголовок: значение» на всё, что известно, и что было принято.
-С --format — только запись системы в этом формате, годная для файла: с названием
-и, если он есть, с кодом. С --to и --at — что лежит между нею и другой системой и
-как она показывает место.
-
-Примеры:
-  nivora-cs info 32637
-  nivora-cs info --format esri 28407 &gt; zone7.prj
-  nivora-cs info 27700 --to 4326
-  nivora-cs info 32637 --at 413224,6179767
-  nivora-cs info --format json &apos;CoordSys Earth Projection 8, 1001, &quot;m&quot;, 39, 0, 1, 7500000, 0&apos;
-</translation>
-    </message>
-    <message>
         <source>The text in one notation; json: all that is known, as one object.</source>
         <translation>Запись в одном формате; json: всё известное одним объектом.</translation>
     </message>
     <message>
-        <source>The same as --format json.</source>
-        <translation>То же, что --format json.</translation>
-    </message>
-    <message>
         <source>The operations from CS to another system, and how good they are.</source>
         <translation>Операции из CS в другую систему и их точность.</translation>
-    </message>
-    <message>
-        <source>Scale factors and convergence at a point of the system.</source>
-        <translation>Масштабы и сближение меридианов в точке системы.</translation>
     </message>
     <message>
         <source>%1, withdrawn</source>
@@ -416,10 +382,6 @@ Area when closed: %2 m²
         <translation>«%1» — не X,Y</translation>
     </message>
     <message>
-        <source>no scale factors there: not a projection, or a point without a place on the earth</source>
-        <translation>масштабов там нет: это не проекция или у точки нет места на Земле</translation>
-    </message>
-    <message>
         <source>Scale along the meridian: %1
 Scale along the parallel: %2
 Areal scale: %3
@@ -450,10 +412,6 @@ Angular distortion: %5°
         <translation>Показывать ход работы в stderr, если это терминал.</translation>
     </message>
     <message>
-        <source>ballpark: the difference of the datums is left out</source>
-        <translation>грубо: различие датумов не учтено</translation>
-    </message>
-    <message>
         <source>accuracy unknown</source>
         <translation>точность неизвестна</translation>
     </message>
@@ -464,10 +422,6 @@ Angular distortion: %5°
     <message>
         <source>grid %1</source>
         <translation>сетка %1</translation>
-    </message>
-    <message>
-        <source>missing grid %1, from %2</source>
-        <translation>нет сетки %1, взять: %2</translation>
     </message>
     <message>
         <source>Nothing to do: the systems are equal.
@@ -713,10 +667,6 @@ Examples:
         <translation>--epoch принимает год с дробной частью, например 2024.5, а не «%1»</translation>
     </message>
     <message>
-        <source>Tell which operations are used and how good they are; no points are read.</source>
-        <translation>Рассказать, какие операции применяются и какова их точность; точки не читаются.</translation>
-    </message>
-    <message>
         <source>When the points were measured, in decimal years.</source>
         <translation>Когда измерены точки, в годах с дробной частью.</translation>
     </message>
@@ -803,61 +753,6 @@ transform (36°30&apos;E); перед -36°30&apos; ставится &quot;--&qu
     <message>
         <source>Coordinates of points, a point a line, from one system to another.</source>
         <translation>Координаты точек, по точке в строке, из одной системы в другую.</translation>
-    </message>
-    <message>
-        <source>Reads the FILEs, or standard input (&quot;-&quot; or no FILE), and writes to standard output.
-A line holds x and y, separated by blanks, tabs, a comma or a semicolon. Heights
-and further columns are passed on as they are: they are not transformed. Blank
-lines and lines beginning with &apos;#&apos; are passed on. A line whose point cannot be
-transformed gets &quot;*&quot; for x and y and keeps the rest (37.6,91,Moscow becomes
-*,*,Moscow); a line without a point becomes &quot;*&quot;, &quot;*&quot; and its whole text. Both are
-reported on stderr (&quot;line 7: why&quot;, the first 20 of them) and make the exit status
-1. So is a first line of words, a header, but it is passed on as text; --skip
-passes lines on without a word. Input of any size is worked through in blocks.
-
-Degrees may be written as 55.7558, 55°45&apos;21.5&quot;N, 55d45&apos;21.5&quot;, N55:45:21.5 or, with
-both hemispheres, in separate or quoted columns (55 45 21.5 N 37 37 2 E); letters
-are N S E W or С Ю В З. x is first unless the letters say otherwise; the output
-always has x first. Decimal commas are understood where commas cannot separate
-columns (37,6173;55,7558); where both are possible the line fails and says so.
-
-With --csv the input is a table with quoted fields (RFC 4180) and, when columns
-are named or the first line&apos;s coordinates are words, a header. All other columns
-stay as they are, byte for byte. Angles in several columns: --x 1,2,3,4 --out-x X.
-
-Examples:
-  echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
-  nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv &gt; out.csv
-  printf &apos;lon;lat\n37.6;55.7\n&apos; | nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat
-  nivora-cs transform --from @moscow.prj --to &apos;CoordSys Earth Projection 1, 104&apos; --inverse
-</source>
-        <translation>Читает файлы FILE или стандартный ввод (&quot;-&quot; или без FILE) и пишет в стандартный
-вывод. В строке x и y через пробелы, табуляцию, запятую или точку с запятой. Высоты
-и остальные столбцы передаются как есть: они не преобразуются. Пустые строки и
-строки, начинающиеся с &apos;#&apos;, передаются. Строка, точка которой не преобразуется,
-получает &quot;*&quot; вместо x и y и сохраняет остальное (37.6,91,Moscow становится
-*,*,Moscow); строка без точки становится &quot;*&quot;, &quot;*&quot; и всем своим текстом. О тех и
-других сообщается в stderr (строка и причина, первые 20), и код возврата 1. То же
-с первой строкой из слов, заголовком, но она передаётся как текст; --skip передаёт
-строки молча. Вход любого размера обрабатывается блоками.
-
-Градусы можно писать 55.7558, 55°45&apos;21.5&quot;N, 55d45&apos;21.5&quot;, N55:45:21.5 или, с обоими
-полушариями, в отдельных столбцах или в кавычках (55 45 21.5 N 37 37 2 E); буквы
-N S E W или С Ю В З. Сначала x, если буквы не говорят иного; в выводе всегда
-сначала x. Десятичные запятые понимаются там, где запятая не может разделять
-столбцы (37,6173;55,7558); где возможно и то и другое, строка отвергается с
-объяснением.
-
-С --csv на входе таблица с полями в кавычках (RFC 4180) и, если столбцы названы или
-координаты первой строки - слова, с заголовком. Остальные столбцы не меняются ни на
-байт. Углы в нескольких столбцах: --x 1,2,3,4 --out-x X.
-
-Примеры:
-  echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
-  nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv &gt; out.csv
-  printf &apos;lon;lat\n37.6;55.7\n&apos; | nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat
-  nivora-cs transform --from @moscow.prj --to &apos;CoordSys Earth Projection 1, 104&apos; --inverse
-</translation>
     </message>
     <message>
         <source>The system of the input.</source>
@@ -1260,10 +1155,6 @@ x всегда первый: долгота или восток, затем ши
         <translation>--json и --format исключают друг друга</translation>
     </message>
     <message>
-        <source>--format and --json go without --to, --at and --candidates</source>
-        <translation>--format и --json указываются без --to, --at и --candidates</translation>
-    </message>
-    <message>
         <source>none, the notation lacks this projection</source>
         <translation>нет, в этой записи такой проекции нет</translation>
     </message>
@@ -1279,34 +1170,6 @@ x всегда первый: долгота или восток, затем ши
         <source>Length on a sphere of %1 m: %2 m
 </source>
         <translation>Длина на сфере радиуса %1 м: %2 м
-</translation>
-    </message>
-    <message>
-        <source>Length in the plane: %1 %2
-</source>
-        <translation>Длина на плоскости: %1 %2
-</translation>
-    </message>
-    <message>
-        <source>Reads a line of points, x and y on each line of the FILE or of standard input, and
-writes its length along geodesics of the system&apos;s own ellipsoid; of two points also
-the azimuths (from north, clockwise), of more the perimeter and area of the polygon
-that the points make when it is closed. Beside them stand the lengths on a sphere
-and in the plane of the coordinates (of degrees: a degree is as long everywhere).
-Points are written as transform reads them.
-
-Examples:
-  printf &apos;37.6 55.75\n30.3 59.94\n&apos; | nivora-cs measure --cs 4326
-</source>
-        <translation>Читает линию из точек, по x и y в каждой строке файла или стандартного ввода, и
-пишет её длину по геодезическим эллипсоида системы; для двух точек также азимуты
-(от севера по часовой стрелке), для большего числа — периметр и площадь
-многоугольника, который получится, если линию замкнуть. Рядом стоят длины на сфере и
-на плоскости координат (в градусах: градус всюду одной длины). Точки пишутся так, как
-их читает transform.
-
-Примеры:
-  printf &apos;37.6 55.75\n30.3 59.94\n&apos; | nivora-cs measure --cs 4326
 </translation>
     </message>
     <message>
@@ -1798,6 +1661,378 @@ OUT и окончанием .rejected.csv; код завершения тогд�
     <message>
         <source>the column &quot;%1&quot; stands twice in the table</source>
         <translation>столбец «%1» стоит в таблице дважды</translation>
+    </message>
+    <message>
+        <source>at %1</source>
+        <translation>в точке %1</translation>
+    </message>
+    <message>
+        <source>in the middle of the common area (%1)</source>
+        <translation>в середине общей области (%1)</translation>
+    </message>
+    <message>
+        <source>for the points of the input</source>
+        <translation>для точек входа</translation>
+    </message>
+    <message>
+        <source>the point has no place on the earth</source>
+        <translation>у точки нет места на земле</translation>
+    </message>
+    <message>
+        <source>Longitude: %1°
+Latitude: %2°
+</source>
+        <translation>Долгота: %1°
+Широта: %2°
+</translation>
+    </message>
+    <message>
+        <source>No scale factors: not a projection, or none that is known there
+</source>
+        <translation>Масштабов нет: это не проекция или они там неизвестны
+</translation>
+    </message>
+    <message>
+        <source>Off the true length: %1 ppm along the meridian, %2 ppm along the parallel
+Azimuth of grid north: %3°
+</source>
+        <translation>Отличие от истинной длины: %1 мм/км по меридиану, %2 мм/км по параллели
+Азимут севера сетки: %3°
+</translation>
+    </message>
+    <message>
+        <source>The operation for all points: a code (EPSG:1623), URN, name, WKT or PROJ text; PROJ text takes and gives x first, in the systems&apos; units.</source>
+        <translation>Операция для всех точек: код (EPSG:1623), URN, название, WKT или текст PROJ; текст PROJ берёт и даёт сначала x, в единицах систем.</translation>
+    </message>
+    <message>
+        <source>The best operation for this area of the earth, in degrees, for all points.</source>
+        <translation>Лучшая операция для этой области земли в градусах, для всех точек.</translation>
+    </message>
+    <message>
+        <source>No operation that leaves the difference of the datums out.</source>
+        <translation>Никакой операции без сдвига датума.</translation>
+    </message>
+    <message>
+        <source>No operation that is worse than M metres, or of unknown accuracy.</source>
+        <translation>Никакой операции хуже M метров или неизвестной точности.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is no W,S,E,N in degrees</source>
+        <translation>&quot;%1&quot; — не W,S,E,N в градусах</translation>
+    </message>
+    <message>
+        <source>--%1 takes metres greater than 0, not &quot;%2&quot;</source>
+        <translation>--%1 принимает метры больше 0, а не &quot;%2&quot;</translation>
+    </message>
+    <message>
+        <source>%1 %2 to %3 %4</source>
+        <comment>west south to east north</comment>
+        <translation>от %1 %2 до %3 %4</translation>
+    </message>
+    <message>
+        <source>%1 m instead of %2 m</source>
+        <translation>%1 м вместо %2 м</translation>
+    </message>
+    <message>
+        <source>%1 m instead of a ballpark</source>
+        <translation>%1 м вместо пересчёта без сдвига</translation>
+    </message>
+    <message>
+        <source>Grids: none that is missing would help
+</source>
+        <translation>Файлы сдвига: ни один из отсутствующих не помог бы
+</translation>
+    </message>
+    <message>
+        <source>Missing grid: %1; see nivora-cs grids
+</source>
+        <translation>Нет файла сдвига: %1; см. nivora-cs grids
+</translation>
+    </message>
+    <message>
+        <source>Missing grids: %1 and %2 more; see nivora-cs grids
+</source>
+        <translation>Нет файлов сдвига: %1 и ещё %2; см. nivora-cs grids
+</translation>
+    </message>
+    <message>
+        <source>Elsewhere:
+</source>
+        <translation>В других местах:
+</translation>
+    </message>
+    <message>
+        <source>and %1 more: --explain=all, of info --all
+</source>
+        <translation>и ещё %1: --explain=all, у info --all
+</translation>
+    </message>
+    <message>
+        <source>exact</source>
+        <translation>точно</translation>
+    </message>
+    <message>
+        <source>%1 m</source>
+        <translation>%1 м</translation>
+    </message>
+    <message>
+        <source> (no epoch given)</source>
+        <translation> (эпоха не задана)</translation>
+    </message>
+    <message>
+        <source>ballpark, the difference of the datums is left out (%1): up to hundreds of metres</source>
+        <translation>без сдвига датума (%1): ошибка до сотен метров</translation>
+    </message>
+    <message>
+        <source>%1 itself to %2 m</source>
+        <translation>сам %1 до %2 м</translation>
+    </message>
+    <message>
+        <source>at the given epoch</source>
+        <translation>на заданную эпоху</translation>
+    </message>
+    <message>
+        <source>at the right epoch only: give --epoch</source>
+        <translation>только на свою эпоху: задайте --epoch</translation>
+    </message>
+    <message>
+        <source>Used here: no place is known, give --at
+</source>
+        <translation>Здесь применяется: место неизвестно, задайте --at
+</translation>
+    </message>
+    <message>
+        <source>Used %1:
+</source>
+        <translation>Применяется %1:
+</translation>
+    </message>
+    <message>
+        <source>the systems are equal: points are copied</source>
+        <translation>системы равны: точки скопированы</translation>
+    </message>
+    <message>
+        <source>%1 points by &quot;%2&quot;, %3</source>
+        <translation>точек: %1, «%2», %3</translation>
+    </message>
+    <message>
+        <source>%1 by other operations</source>
+        <translation>другими операциями: %1</translation>
+    </message>
+    <message>
+        <source>%1 ballpark (without %2)</source>
+        <translation>без сдвига датума: %1 (%2)</translation>
+    </message>
+    <message>
+        <source>no points</source>
+        <translation>точек нет</translation>
+    </message>
+    <message>
+        <source>%1: nobody offers it for download</source>
+        <translation>%1: скачать неоткуда</translation>
+    </message>
+    <message>
+        <source>projsync --file %1, or %2</source>
+        <translation>projsync --file %1 или %2</translation>
+    </message>
+    <message>
+        <source>A JSON object.</source>
+        <translation>Объект JSON.</translation>
+    </message>
+    <message>
+        <source>A point for which the difference of the datums would be left out fails.</source>
+        <translation>Точка, для которой сдвиг датума остался бы неучтённым, не преобразуется.</translation>
+    </message>
+    <message>
+        <source>--format goes without --to, --at and --candidates</source>
+        <translation>--format не сочетается с --to, --at и --candidates</translation>
+    </message>
+    <message>
+        <source>Writes a line &quot;Title: value&quot; for each thing that is known, and what was assumed.
+With --format the system in that notation alone, fit to be saved: with its name and
+its code where it has one. With --to the operation that takes it to another
+system, in the middle of their common area or at the point of --at, how good it is,
+what is used elsewhere and which grid files are missing; with --at longitude,
+latitude, scale and the direction of grid north. --json writes all of these, too.
+
+Examples:
+  nivora-cs info 32637
+  nivora-cs info --format esri 28407 &gt; zone7.prj
+  nivora-cs info 27700 --to 4326
+  nivora-cs info 32637 --at 413224,6179767
+  nivora-cs info --format json &apos;CoordSys Earth Projection 8, 1001, &quot;m&quot;, 39, 0, 1, 7500000, 0&apos;
+</source>
+        <translation>Пишет по строке «Заголовок: значение» на всё, что известно, и что было принято.
+С --format — только запись системы в этом формате, годная для файла: с названием
+и, если он есть, с кодом. С --to — операция, которая переводит её в другую систему
+в середине общей области или в точке --at, её точность, что применяется в других
+местах и каких файлов сдвига нет; с --at — долгота, широта, масштаб и направление
+севера сетки. --json пишет и всё это.
+
+Примеры:
+  nivora-cs info 32637
+  nivora-cs info --format esri 28407 &gt; zone7.prj
+  nivora-cs info 27700 --to 4326
+  nivora-cs info 32637 --at 413224,6179767
+  nivora-cs info --format json &apos;CoordSys Earth Projection 8, 1001, &quot;m&quot;, 39, 0, 1, 7500000, 0&apos;
+</translation>
+    </message>
+    <message>
+        <source>The same as --format json; with --to, --at or --candidates those.</source>
+        <translation>То же, что --format json; с --to, --at или --candidates — они.</translation>
+    </message>
+    <message>
+        <source>With --to: all operations, with their codes and PROJ texts.</source>
+        <translation>С --to: все операции с их кодами и текстами PROJ.</translation>
+    </message>
+    <message>
+        <source>How the system shows the surroundings of one of its points.</source>
+        <translation>Как система показывает окрестность своей точки.</translation>
+    </message>
+    <message>
+        <source>line %1: %2</source>
+        <translation>строка %1: %2</translation>
+    </message>
+    <message>
+        <source>Rhumb line: %1 m, azimuth %2°
+</source>
+        <translation>Локсодрома: %1 м, азимут %2°
+</translation>
+    </message>
+    <message>
+        <source> (on the ellipsoid %1)</source>
+        <translation> (на эллипсоиде %1)</translation>
+    </message>
+    <message>
+        <source>Length in the plane: %1 %2</source>
+        <translation>Длина на плоскости: %1 %2</translation>
+    </message>
+    <message>
+        <source>Area in the plane when closed: %1 %2²</source>
+        <translation>Площадь на плоскости, если замкнуть: %1 %2²</translation>
+    </message>
+    <message>
+        <source>Line %1</source>
+        <translation>Линия %1</translation>
+    </message>
+    <message>
+        <source>Reads a line of points, x and y on each line of the FILE or of standard input, and
+writes its length along geodesics of the system&apos;s own ellipsoid; of two points also
+the azimuths (from north, clockwise) and the rhumb line, of more the perimeter and
+area of the polygon that the points make when it is closed. Beside them stand the
+length on a sphere, and length and area in the plane of the coordinates (of
+degrees: a degree is as long everywhere), with the ellipsoid&apos;s in the same unit.
+A blank line, or one that begins with &apos;&gt;&apos;, begins another line of points. Points
+are written as transform reads them, or stand in a table with --csv; a line without
+one is reported and passed over, and the exit status is 1 then.
+
+Examples:
+  printf &apos;37.6 55.75\n30.3 59.94\n&apos; | nivora-cs measure --cs 4326
+</source>
+        <translation>Читает линию из точек, по x и y в каждой строке файла или стандартного ввода, и
+пишет её длину по геодезическим эллипсоида системы; для двух точек также азимуты
+(от севера по часовой стрелке) и локсодрому, для большего числа — периметр и площадь
+многоугольника, который получится, если линию замкнуть. Рядом стоят длина на сфере,
+длина и площадь на плоскости координат (в градусах: градус всюду одной длины) и
+такие же на эллипсоиде в той же единице. Пустая строка или строка с &apos;&gt;&apos; в начале
+начинает новую линию. Точки пишутся так, как их читает transform, или стоят в
+таблице с --csv; о строке без точки сообщается, она пропускается, и код возврата 1.
+
+Примеры:
+  printf &apos;37.6 55.75\n30.3 59.94\n&apos; | nivora-cs measure --cs 4326
+</translation>
+    </message>
+    <message>
+        <source>A JSON object with the unrounded numbers.</source>
+        <translation>Объект JSON с неокруглёнными числами.</translation>
+    </message>
+    <message>
+        <source>--explain takes all or nothing, not &quot;%1&quot;</source>
+        <translation>--explain принимает all или ничего, а не &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <source>--%1 needs --explain</source>
+        <translation>--%1 требует --explain</translation>
+    </message>
+    <message>
+        <source>Reads the FILEs, or standard input (&quot;-&quot; or no FILE), and writes to standard output.
+A line holds x and y, separated by blanks, tabs, a comma or a semicolon. Heights
+and further columns are passed on as they are: they are not transformed. Blank
+lines and lines beginning with &apos;#&apos; are passed on. A line whose point cannot be
+transformed gets &quot;*&quot; for x and y and keeps the rest (37.6,91,Moscow becomes
+*,*,Moscow); a line without a point becomes &quot;*&quot;, &quot;*&quot; and its whole text. Both are
+reported on stderr (&quot;line 7: why&quot;, the first 20 of them) and make the exit status
+1. So is a first line of words, a header, but it is passed on as text; --skip
+passes lines on without a word. Input of any size is worked through in blocks.
+
+Degrees may be written as 55.7558, 55°45&apos;21.5&quot;N, 55d45&apos;21.5&quot;, N55:45:21.5 or, with
+both hemispheres, in separate or quoted columns (55 45 21.5 N 37 37 2 E); letters
+are N S E W or С Ю В З. x is first unless the letters say otherwise; the output
+always has x first. Decimal commas are understood where commas cannot separate
+columns (37,6173;55,7558); where both are possible the line fails and says so.
+
+A line on stderr says at the end by which operations the points went and how good
+those are: 5 points by &quot;NTF to WGS 84&quot;, 2 m; 3 ballpark. Ballpark points are those
+whose datums&apos; difference was left out, since nothing is known for the place;
+--strict makes them fail.
+
+With --csv the input is a table with quoted fields (RFC 4180) and, when columns
+are named or the first line&apos;s coordinates are words, a header. All other columns
+stay as they are, byte for byte. Angles in several columns: --x 1,2,3,4 --out-x X.
+
+Examples:
+  echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
+  nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv &gt; out.csv
+  printf &apos;lon;lat\n37.6;55.7\n&apos; | nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat
+  nivora-cs transform --from @moscow.prj --to &apos;CoordSys Earth Projection 1, 104&apos; --inverse
+</source>
+        <translation>Читает файлы FILE или стандартный ввод (&quot;-&quot; или без FILE) и пишет в стандартный
+вывод. В строке x и y через пробелы, табуляцию, запятую или точку с запятой. Высоты
+и остальные столбцы передаются как есть: они не преобразуются. Пустые строки и
+строки, начинающиеся с &apos;#&apos;, передаются. Строка, точка которой не преобразуется,
+получает &quot;*&quot; вместо x и y и сохраняет остальное (37.6,91,Moscow становится
+*,*,Moscow); строка без точки становится &quot;*&quot;, &quot;*&quot; и всем своим текстом. О тех и
+других сообщается в stderr (строка и причина, первые 20), и код возврата 1. То же
+с первой строкой из слов, заголовком, но она передаётся как текст; --skip передаёт
+строки молча. Вход любого размера обрабатывается блоками.
+
+Градусы можно писать 55.7558, 55°45&apos;21.5&quot;N, 55d45&apos;21.5&quot;, N55:45:21.5 или, с обоими
+полушариями, в отдельных столбцах или в кавычках (55 45 21.5 N 37 37 2 E); буквы
+N S E W или С Ю В З. Сначала x, если буквы не говорят иного; в выводе всегда
+сначала x. Десятичные запятые понимаются там, где запятая не может разделять
+столбцы (37,6173;55,7558); где возможно и то и другое, строка отвергается с
+объяснением.
+
+В конце строка в stderr говорит, какими операциями прошли точки и какова точность:
+точек: 5, «NTF to WGS 84», 2 м; без сдвига датума: 3. Без сдвига датума идут точки,
+для места которых ничего не известно; с --strict они считаются неудачными.
+
+С --csv на входе таблица с полями в кавычках (RFC 4180) и, если столбцы названы или
+координаты первой строки - слова, с заголовком. Остальные столбцы не меняются ни на
+байт. Углы в нескольких столбцах: --x 1,2,3,4 --out-x X.
+
+Примеры:
+  echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
+  nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv &gt; out.csv
+  printf &apos;lon;lat\n37.6;55.7\n&apos; | nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat
+  nivora-cs transform --from @moscow.prj --to &apos;CoordSys Earth Projection 1, 104&apos; --inverse
+</translation>
+    </message>
+    <message>
+        <source>Tell which operation is used for the FILEs&apos; points, at --at or in the common area, and which elsewhere; no points are written. all: everything.</source>
+        <translation>Рассказать, какая операция применяется для точек файлов, в точке --at или в общей области и какие в других местах; точки не пишутся. all: всё.</translation>
+    </message>
+    <message>
+        <source>With --explain: a point of the input&apos;s system.</source>
+        <translation>С --explain: точка системы входа.</translation>
+    </message>
+    <message>
+        <source>With --explain: a JSON object.</source>
+        <translation>С --explain: объект JSON.</translation>
+    </message>
+    <message>
+        <source>the difference of the datums would be left out there</source>
+        <translation>сдвиг датума там остался бы неучтённым</translation>
     </message>
 </context>
 </TS>
