@@ -8,6 +8,7 @@
 #include <QList>
 #include <QReadWriteLock>
 #include <QRectF>
+#include <QStringList>
 #include <QTransform>
 #include <QVector>
 
@@ -25,6 +26,7 @@ class CatalogueToken;
 class CrsDefinition;
 struct ProjOperation;
 struct MIUnitConvParam;
+struct TABProjInfo_t;
 
 /// A coordinate system: a GDAL spatial reference, a PROJ object, the text it was made from, and what is known
 /// of it (description, EPSG code, bounds, affine transformation, unit). Made by CoordSysFactory and shared
@@ -81,6 +83,10 @@ public:
     QString description() const;
     SourceData sourceParameters() const { return m_source; }
     SourceType sourceType() const { return m_source.type; }
+    /// What the CoordSys text that the system was made from leaves open and the library took on: sentences in
+    /// the language of the installed translation, "Единица не указана: приняты метры.". Empty for other
+    /// systems.
+    QStringList assumptions() const { return m_assumptions; }
     const QTransform *affineTransform() const { return m_affine.get(); }
     /// The affine transformation's unit, else the unit as far as it has been found (code -1 when not yet).
     LinearUnit affineUnit() const;
@@ -157,8 +163,8 @@ public:
     QString prjStr() const;
     /// "prj:", "proj4:", "EPSG:" or "WKT:" and the text; CoordSysFactory::createFromTaggedString reads it. A
     /// system with an affine transformation is tagged "prj:"; when it has no CoordSys string that is logged
-    /// as an error and the tag is written without the transformation. Explicit bounds that were set on a
-    /// system of another notation are not part of its tag. Throws like projStr(); for a plan like unit().
+    /// as an error and the tag is written without the transformation. Explicit bounds are part of the tag
+    /// "prj:" and of no other. Throws like projStr(); for a plan like unit().
     QString taggedString() const;
     /// @}
 
@@ -222,6 +228,7 @@ public:
 
 private:
     friend class CoordSysFactory;
+    friend class MapinfoIndex;
     friend class CoordTransformCache;
     friend class SystemFacts;
     friend class CoordSystemCache;
@@ -276,6 +283,7 @@ private:
     QString taggedStringImpl() const;
     QString taggedWithClauses() const;
     QString barePrj() const;
+    std::shared_ptr<const TABProjInfo_t> record() const;
     QString withClauses(const QString &prj) const;
     QString affineUnitName() const;
     int searchedEpsg(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress) const;
@@ -324,6 +332,9 @@ private:
     std::unique_ptr<QTransform> m_affine;
     mutable LazyFlag m_needCrop; ///< under m_lock
     SourceData m_source;
+    std::shared_ptr<const TABProjInfo_t>
+        m_record; ///< of a CoordSys source; null when the host has set the text
+    QStringList m_assumptions;
 
     // What costs a question to the engines, kept per object. Dropped when the definition changes.
     enum : int { NotAsked = -1 };

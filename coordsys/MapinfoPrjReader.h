@@ -3,7 +3,6 @@
 #include <coordsys/CoordSystemParams.h>
 
 #include <QObject>
-#include <QRegularExpressionMatch>
 #include <QStringRef>
 
 class QTextStream;
@@ -30,8 +29,8 @@ public:
     CoordSystemParams prj() const;
     /// Lines read so far, ignored ones included.
     int currentLineNumber() const { return m_line; }
-    /// What the last pattern matched: the whole trimmed line for an ignored or rejected one. As short-lived
-    /// as capturedCategoryName().
+    /// The heading or entry without what stands before it: the whole trimmed line for an ignored or rejected
+    /// one. As short-lived as capturedCategoryName().
     QStringRef currentLineTextRef() const;
     /// Percent of the device read (it runs ahead by the stream's buffer).
     double progress() const;
@@ -46,7 +45,7 @@ Q_SIGNALS:
 
 private:
     QTextStream *m_stream;
-    QRegularExpressionMatch m_match;
+    QString m_text; ///< the current line, trimmed
     int m_line = 0;
 };
 

@@ -152,10 +152,7 @@ int readCategories(QFile &file, const QByteArray &codec, QList<CoordSystemParams
     const QByteArray bytes = file.readAll();
     if (!hasByteOrderMark(bytes)) {
         QString text = QTextCodec::codecForName(codec)->toUnicode(bytes);
-        const int count =
-            scanCategories(text.replace(QLatin1String("\r\n"), QLatin1String("\n")), categories);
-        if (count >= 0)
-            return count;
+        return scanCategories(text.replace(QLatin1String("\r\n"), QLatin1String("\n")), categories);
     }
     QTextStream stream(bytes);
     stream.setCodec(codec.constData());

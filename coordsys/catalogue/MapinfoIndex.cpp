@@ -1,7 +1,7 @@
 #include "MapinfoIndex_p.h"
 
+#include "CoordSysReader_p.h"
 #include "EngineGate_p.h"
-#include "PrjNumber_p.h"
 #include "ProjectionTable_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
@@ -17,7 +17,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <stdexcept>
 
 namespace nivora::cs {
@@ -73,31 +72,7 @@ bool isOdd(int projection)
     return row && row->isOblique();
 }
 
-/// prjNumber() of "-7500000.25" and the like at a tenth of its cost: up to 15 digits and a power of ten below
-/// 10^22 are doubles themselves, so that their quotient is the nearest one.
-double plainNumber(const QString &text)
-{
-    constexpr int mostDigits = 15;
-    const bool negative = text.startsWith(QLatin1Char('-'));
-    double mantissa = 0.0;
-    double scale = 1.0;
-    bool behindPoint = false;
-    int digits = 0;
-    for (int i = negative ? 1 : 0; i < text.size(); ++i) {
-        const int digit = text.at(i).unicode() - '0';
-        if (digit >= 0 && digit <= 9 && ++digits <= mostDigits) {
-            mantissa = mantissa * 10.0 + digit;
-            scale *= behindPoint ? 10.0 : 1.0;
-        } else if (text.at(i) == QLatin1Char('.') && !behindPoint) {
-            behindPoint = true;
-        } else {
-            return prjNumber(text);
-        }
-    }
-    return digits == 0 ? 0.0 : (negative ? -mantissa : mantissa) / scale + 0.0;
-}
-
-/// Makes the facts of entries. The texts of a catalogue repeat few units and datums: each is looked up once.
+/// Makes the facts of entries. They repeat few units: each is looked up once.
 class EntryReader
 {
 public:
@@ -108,11 +83,8 @@ public:
     /// Throws std::exception for an entry that makes no system.
     CrsFingerprint facts(const QStringList &params)
     {
-        TABProjInfo_t info;
-        if (!readPlain(params, info))
-            info =
-                MapHeaderCoordsysConverter().prjStrToTABProjInfo(prjFromParams(params, QStringLiteral(",")));
-        return factsOf(info);
+        const CoordSysText text(prjFromParams(params, QStringLiteral(",")));
+        return factsOf(lenientRecord(text, m_manager));
     }
 
     CrsFingerprint factsOf(const TABProjInfo_t &info)
@@ -142,77 +114,6 @@ public:
     }
 
 private:
-    /// A token that the pattern of the CoordSys parser takes whole and no keyword can hide in.
-    static bool isPlainNumber(const QString &text)
-    {
-        return !text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar c) {
-            return (c >= QLatin1Char('0') && c <= QLatin1Char('9')) || c == QLatin1Char('.') ||
-                   c == QLatin1Char('-') || c == QLatin1Char('+') || c == QLatin1Char('e');
-        });
-    }
-
-    /// "8", "1001", "7", "39", "0", "1", "7500000", "0": the common entries, read as the parser reads them at
-    /// a hundredth of its cost. False for any other form.
-    bool readPlain(const QStringList &params, TABProjInfo_t &info)
-    {
-        if (params.size() < 2 || !std::all_of(params.begin(), params.end(), isPlainNumber))
-            return false;
-        bool isCode = false;
-        const int projection = params.at(0).toInt(&isCode);
-        if (!isCode || params.at(0).size() > 2 || projection <= NonEarthPlan ||
-            !projectionByNumber(projection) || (params.size() == 2 && projection != LongitudeLatitude))
-            return false;
-        info.nProjId = static_cast<std::uint8_t>(projection);
-        const int next = readDatum(params, info);
-        if (next > 0)
-            readPlane(params, next, info);
-        return next > 0;
-    }
-
-    /// The index of the token behind the datum, 0 for forms that are left to the parser.
-    int readDatum(const QStringList &params, TABProjInfo_t &info)
-    {
-        const int datum = params.at(1).toInt();
-        if (datum <= 0 || datum > std::numeric_limits<std::int16_t>::max())
-            return 0;
-        info.nDatumId = static_cast<std::int16_t>(datum);
-        if (!isUserDatum(datum))
-            return isKnownDatum(datum) ? 2 : 0;
-        const int ellipsoid = params.size() > 5 ? params.at(2).toInt() : -1;
-        if (ellipsoid < 0 || ellipsoid > std::numeric_limits<std::uint8_t>::max())
-            return 0;
-        info.nEllipsoidId = static_cast<std::uint8_t>(ellipsoid);
-        info.dDatumShiftX = plainNumber(params.at(3));
-        info.dDatumShiftY = plainNumber(params.at(4));
-        info.dDatumShiftZ = plainNumber(params.at(5));
-        return datum == fullUserDatum && params.size() > 10 ? 11 : 6;
-    }
-
-    void readPlane(const QStringList &params, int next, TABProjInfo_t &info)
-    {
-        if (next < params.size())
-            info.nUnitsId = static_cast<std::uint8_t>(unitCode(params.at(next++)));
-        const int count = std::min(paramForPrj(info.nProjId), 6);
-        for (int i = 0; i < count && next + i < params.size(); ++i)
-            if (i == 0 || i >= count - 2) // the others are no facts
-                info.adProjParams[i] = plainNumber(params.at(next + i));
-    }
-
-    bool isKnownDatum(int number)
-    {
-        const auto known = m_datums.constFind(number);
-        return known != m_datums.constEnd() ? *known : *m_datums.insert(number, m_manager.datumByID(number));
-    }
-
-    int unitCode(const QString &token)
-    {
-        const auto known = m_units.constFind(token);
-        if (known != m_units.constEnd())
-            return *known;
-        const MIUnitConvParam *unit = m_manager.unitByName(token, std::nothrow);
-        return *m_units.insert(token, unit ? unit->unitCode() : int(LinearUnit::Meter));
-    }
-
     /// Null when the name that the host gives to the code is not the one the driver knows it by.
     const DriverUnit *driverUnit(int code)
     {
@@ -243,8 +144,6 @@ private:
     }
 
     const ProjectionParamsManager &m_manager;
-    QHash<int, bool> m_datums;
-    QHash<QString, int> m_units;
     QHash<int, const DriverUnit *> m_driverUnits;
 };
 
@@ -449,6 +348,8 @@ MapinfoIndex::DatumFigures MapinfoIndex::figuresOf(const CrsFingerprint &facts)
     return figures;
 }
 
+std::shared_ptr<const TABProjInfo_t> MapinfoIndex::recordOf(const CoordSystem &cs) { return cs.record(); }
+
 bool MapinfoIndex::mayEqual(const CrsFingerprint &facts, const Row &row) const
 {
     const CrsFingerprint &entry = row.facts;
@@ -474,8 +375,7 @@ std::optional<CrsFingerprint> factsOf(const CoordSystem &cs)
     if (const auto unit = answerOf([&cs] { return cs.unit(); }))
         facts.unitCode = unit->unitCode(); // an unnamed unit is compared by its length
     if (cs.sourceType() == CoordSystem::Prj) {
-        const auto record = answerOf(
-            [&cs] { return MapHeaderCoordsysConverter().prjStrToTABProjInfo(cs.sourceParameters().string); });
+        const auto record = MapinfoIndex::recordOf(cs);
         if (!record)
             return std::nullopt;
         facts.datum = record->nDatumId;

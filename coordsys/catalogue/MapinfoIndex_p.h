@@ -8,6 +8,7 @@
 #include <QMutex>
 
 #include <array>
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -16,6 +17,7 @@ namespace nivora::cs {
 
 class CoordSystem;
 class ProjectionParamsManager;
+struct TABProjInfo_t;
 
 /// What the parameters of a catalogue entry, or the PROJ text of a system, tell before anything is built. A
 /// fact that is not known rules nothing out. Facts of an entry are only those that reach the engine from its
@@ -53,6 +55,8 @@ public:
     /// False only when a system with these facts cannot be equal to the row's. Asks the engine for the
     /// figures of the row's datum, once each.
     bool mayEqual(const CrsFingerprint &facts, const Row &row) const;
+    /// CoordSystem::record(), which is the library's own.
+    static std::shared_ptr<const TABProjInfo_t> recordOf(const CoordSystem &cs);
 
 private:
     struct DatumFigures

@@ -1,6 +1,7 @@
 #include <coordsys/CoordSysFactory.h>
 
 #include "CatalogueName_p.h"
+#include "CoordSysReader_p.h"
 #include "CoordSystemCache_p.h"
 #include "CrsDefinition_p.h"
 #include "DriverText_p.h"
@@ -260,17 +261,19 @@ CoordSystemPtr CoordSysFactory::unnamedFromPrj(const QString &prj) const
 {
     if (prj.isEmpty())
         throwEmpty();
-    const MapHeaderCoordsysConverter converter;
-    const TABProjInfo_t record = converter.prjStrToTABProjInfo(prj);
-    const QString text = converter.tabProjInfoToString(record);
-    return m_made->system(CoordSystemCache::By::Record, text,
-                          [&] { return unnamedFromRecord(record, text); });
+    const CoordSysReading read = understoodRecord(CoordSysText(prj), *m_params);
+    const QString text = MapHeaderCoordsysConverter().tabProjInfoToString(read.record);
+    const CoordSystemPtr cs = m_made->system(CoordSystemCache::By::Record, text,
+                                             [&] { return unnamedFromRecord(read.record, text); });
+    cs->m_assumptions = read.assumptions; // of this text: others have the same record
+    return cs;
 }
 
 CoordSystemPtr CoordSysFactory::unnamedFromRecord(const TABProjInfo_t &record, const QString &text) const
 {
     auto cs = std::make_shared<CoordSystem>();
     cs->setSourceParameters({CoordSystem::Prj, text});
+    cs->m_record = std::make_shared<const TABProjInfo_t>(record);
     cs->setOGRSpatialReference(importRecord(record));
     cs->m_isNonEarth = record.nProjId == NonEarthPlan; // asking GDAL costs a copy where there is a shift
     cs->setProj4(cs->isNonEarth() ? proj4FromString(cs->projStr()) : projObjectFor(*cs, record));

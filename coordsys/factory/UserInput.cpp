@@ -1,17 +1,17 @@
 #include <coordsys/CoordSysFactory.h>
 
+#include "CoordSysText_p.h"
 #include "CrsDefinition_p.h"
 #include "UserInputFile_p.h"
 #include "UserInputNames_p.h"
 #include "UserInputText_p.h"
 #include <coordsys/CoordSystem.h>
-#include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/MapinfoPrjReader.h>
 #include <coordsys/ProjEngine.h>
 #include <coordsys/ProjLibMetadata.h>
-#include <coordsys/ProjectionParamsManager.h>
+#include <coordsys/TABProjInfo.h>
 #include <coordsys/UserCoordSystem.h>
 
 #include <proj.h>
@@ -83,10 +83,12 @@ QString fileBehind(const QString &input, const QString &bare)
 /// How many parameters the projection of a CoordSys string has; nothing for one without a known projection.
 std::optional<int> parameterCountIn(const QString &prj)
 {
-    static const QRegularExpression number(QStringLiteral("(?:projection\\s+|^)(\\d+)"),
-                                           QRegularExpression::CaseInsensitiveOption);
-    const QRegularExpressionMatch match = number.match(prj);
-    const int count = match.hasMatch() ? paramForPrj(match.captured(1).toInt() % 1000) : 0;
+    const CoordSysText text(prj);
+    const auto number =
+        std::find_if(text.tokens().begin(), text.tokens().end(),
+                     [](const CoordSysToken &token) { return token.kind == CoordSysToken::Number; });
+    const int projection = number != text.tokens().end() ? number->text.toInt() % 1000 : 0;
+    const int count = paramForPrj(projection);
     return count > 0 ? std::make_optional(count) : std::nullopt;
 }
 
@@ -161,7 +163,6 @@ private:
     CoordSystemPtr fromNamed(const NamedSystem &named);
     CodeReference canonical(const CodeReference &given) const;
     void noteCompound(const CodeText &codes);
-    void noteCoordSys(const QString &prj);
     void noteIdentity(const CoordSystem &system);
     [[noreturn]] void throwUnknownCode(const CodeReference &code) const;
     [[noreturn]] static void throwUnknown(const QString &text, const SystemNames &names);
@@ -260,8 +261,8 @@ CoordSystemPtr Reader::readTagged(const QString &text)
 CoordSystemPtr Reader::readCoordSys(const QString &text)
 {
     try {
-        const CoordSystemPtr system = m_factory.createFromPrj(text);
-        noteCoordSys(text);
+        const CoordSystemPtr system = m_factory.createFromPrj(text.simplified()); // it may go over lines
+        m_notes << system->assumptions();
         return system;
     } catch (const NotEnoughtParamsException &e) {
         const std::optional<int> count = parameterCountIn(text);
@@ -270,15 +271,6 @@ CoordSystemPtr Reader::readCoordSys(const QString &text)
         refuse(QObject::tr("%1: за датумом и единицей у этой проекции %2 чисел")
                    .arg(QString::fromUtf8(e.what()), QString::number(*count)));
     }
-}
-
-void Reader::noteCoordSys(const QString &prj)
-{
-    if (const auto unit = unknownUnitOf(prj, *m_factory.projectionParamsManager()))
-        m_notes << QObject::tr("Единица «%1» неизвестна и прочитана как метр").arg(*unit);
-    const bool hasBounds = hasAffineOrBoundsInString(prj).bounds != 0;
-    if (hasBounds && MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj).nBoundsFlag == 0)
-        m_notes << QObject::tr("Границы без площади отброшены");
 }
 
 CoordSystemPtr Reader::readCatalogueLine(const QString &text)

@@ -1,8 +1,5 @@
 #include "UserInputText_p.h"
 
-#include <coordsys/ProjectionParamsManager.h>
-#include <coordsys/TABProjInfo.h>
-
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
@@ -274,25 +271,6 @@ bool isNestedTooDeep(const QString &text)
             --depth;
     }
     return false;
-}
-
-std::optional<QString> unknownUnitOf(const QString &prj, const ProjectionParamsManager &manager)
-{
-    // Earth Projection 8, 104, "furlong", 39, 0, 1, 0, 0; a datum of one's own has its figures before the
-    // unit
-    static const QRegularExpression earth(
-        QStringLiteral(
-            R"rx(projection\s+\d+\s*,\s*(9999(?:\s*,[^,]*){9}|999(?:\s*,[^,]*){4}|\d+)\s*,\s*"?([^",]+)"?)rx"),
-        anyCase);
-    // NonEarth Units "furlong"
-    static const QRegularExpression plan(QStringLiteral(R"rx(nonearth.*?(?<!affine\s)units\s*"([^"]*)")rx"),
-                                         anyCase);
-    const QRegularExpressionMatch match = earth.match(prj);
-    const QString unit = match.hasMatch() ? match.captured(2) : plan.match(prj).captured(1);
-    const QString name = unit.trimmed().toLower();
-    if (name.isEmpty() || manager.unitByName(name, std::nothrow))
-        return std::nullopt;
-    return unit.trimmed();
 }
 
 QString shownText(const QString &text)

@@ -11,8 +11,6 @@
 
 namespace nivora::cs {
 
-class ProjectionParamsManager;
-
 /// "EPSG", "", "4326" of "EPSG:4326"; "OGC", "1.3", "CRS84" of "urn:ogc:def:crs:OGC:1.3:CRS84".
 struct CodeReference
 {
@@ -60,9 +58,6 @@ bool isWktText(const QString &text);
 bool isCoordSysText(const QString &text);
 /// Brackets of PROJJSON or WKT are nested deeper than any system needs; the engines read them by recursion.
 bool isNestedTooDeep(const QString &text);
-
-/// The unit of a CoordSys string that no catalogue knows, so that it is read as metres; else nothing.
-std::optional<QString> unknownUnitOf(const QString &prj, const ProjectionParamsManager &manager);
 
 /// The text on one line, cut to what a message can hold.
 QString shownText(const QString &text);

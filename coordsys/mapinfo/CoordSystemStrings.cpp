@@ -1,6 +1,6 @@
 #include <coordsys/CoordSystemStrings.h>
 
-#include "PrjNumber_p.h"
+#include "CoordSysText_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/SourceTags.h>
 #include <platform/Logger.h>
@@ -8,136 +8,11 @@
 
 #include <QObject>
 #include <QRegularExpression>
-#include <QVector>
-
-#include <algorithm>
-#include <cmath>
 
 namespace nivora::cs {
 namespace {
 
 using nivora::utils::toString;
-
-constexpr int affineTokenCount = 7; // unit, A to F
-constexpr int boundsTokenCount = 4; // x1, y1, x2, y2
-
-struct Token
-{
-    QString text;
-    int position;
-    int end() const { return position + text.size(); }
-};
-
-/// Numbers and quoted names of a CoordSys string: 1008, 104, "survey ft", -1.5e-05 …
-QVector<Token> clauseTokens(const QString &prj)
-{
-    static const QRegularExpression pattern(QStringLiteral(R"(([\d.-]+(?:[eE][+-]?\d+)?)|("[^"]*"))"));
-    QVector<Token> tokens;
-    for (auto matches = pattern.globalMatch(prj); matches.hasNext();) {
-        const QRegularExpressionMatch match = matches.next();
-        tokens.append({match.captured(0), match.capturedStart(0)});
-    }
-    return tokens;
-}
-
-/// … Affine Units "m", 1, 0, 500, 0, 1, 600
-QRegularExpressionMatch affineWords(const QString &prj)
-{
-    static const QRegularExpression pattern(QStringLiteral(R"(Affine\s+Units)"),
-                                            QRegularExpression::CaseInsensitiveOption);
-    return pattern.match(prj);
-}
-
-/// The rectangle between two corners in any order; empty when its extent is beyond a double.
-QRectF rectBetween(const QString &x1, const QString &y1, const QString &x2, const QString &y2)
-{
-    const double left = prjNumber(x1);
-    const double top = prjNumber(y1);
-    const QRectF rect(left, top, prjNumber(x2) - left, prjNumber(y2) - top);
-    return std::isfinite(rect.width()) && std::isfinite(rect.height()) ? rect.normalized() : QRectF();
-}
-
-QRectF boundsFromWords(const QString &prj)
-{
-    // … Bounds (-7786100, -1e4) (7786100.5, 9686800)
-    static const QRegularExpression pattern = [] {
-        const QString number = QStringLiteral(R"(([\d.-]+(?:[eE][+-]?\d+)?))");
-        const QString corner = QStringLiteral(R"(\s*\(\s*%1\s*,\s*%1\s*\))").arg(number);
-        return QRegularExpression(QStringLiteral("Bounds") + corner + corner,
-                                  QRegularExpression::CaseInsensitiveOption);
-    }();
-    const QRegularExpressionMatch match = pattern.match(prj);
-    if (!match.hasMatch())
-        return {};
-    return rectBetween(match.captured(1), match.captured(2), match.captured(3), match.captured(4));
-}
-
-QRectF boundsFromTail(const QVector<Token> &tokens)
-{
-    const int first = tokens.size() - boundsTokenCount;
-    if (first < 0)
-        return {};
-    return rectBetween(tokens[first].text, tokens[first + 1].text, tokens[first + 2].text,
-                       tokens[first + 3].text);
-}
-
-QStringList texts(const QVector<Token> &tokens, int first)
-{
-    QStringList clause;
-    for (int i = first; i < first + affineTokenCount; ++i)
-        clause << tokens[i].text;
-    return clause;
-}
-
-/// Announced by the thousands the clause is counted from the end of the text.
-QStringList affineFromTail(const QVector<Token> &tokens, bool behindBounds)
-{
-    const int first = tokens.size() - affineTokenCount - (behindBounds ? boundsTokenCount : 0);
-    return first < 0 ? QStringList() : texts(tokens, first);
-}
-
-bool onlySeparators(const QString &prj, int from, int to)
-{
-    return std::all_of(prj.begin() + from, prj.begin() + to,
-                       [](QChar c) { return c.isSpace() || QStringLiteral(",()+").contains(c); });
-}
-
-/// Where a plan's unit ends that stands behind its affine clause; \p from when there is none.
-int endOfPlanUnit(const QString &prj, int from)
-{
-    // NonEarth Affine Units "m", 1, 0, 0, 0, 1, 0 Units "m" Bounds …
-    static const QRegularExpression unit(QStringLiteral(R"rx([\s,]*+Units\s*+("[^"]*"|[^\s,()"]+))rx"),
-                                         QRegularExpression::CaseInsensitiveOption);
-    if (!prj.contains(QLatin1String("NonEarth"), Qt::CaseInsensitive))
-        return from;
-    const QRegularExpressionMatch match =
-        unit.match(prj, from, QRegularExpression::NormalMatch, QRegularExpression::AnchoredMatchOption);
-    return match.hasMatch() ? match.capturedEnd() : from;
-}
-
-/// The seven tokens must follow the words at once, and behind them may stand a plan's unit and the bounds,
-/// nothing else: with a missing number or an unquoted unit other figures of the text would be taken.
-QStringList affineFromWords(const QString &prj, const QVector<Token> &tokens, int endOfWords, int boundsKind)
-{
-    const auto firstFrom = [&tokens](int position) {
-        return static_cast<int>(std::count_if(tokens.begin(), tokens.end(),
-                                              [position](const Token &t) { return t.position < position; }));
-    };
-    const int first = firstFrom(endOfWords);
-    if (first + affineTokenCount > tokens.size())
-        return {};
-    int end = endOfWords;
-    for (int i = first; i < first + affineTokenCount; ++i) {
-        if (!onlySeparators(prj, end, tokens[i].position))
-            return {};
-        end = tokens[i].end();
-    }
-    end = endOfPlanUnit(prj, end);
-    const bool boundsBehind =
-        boundsKind != 2 || prj.indexOf(QLatin1String("Bounds"), end, Qt::CaseInsensitive) >= 0;
-    const int rest = tokens.size() - firstFrom(end);
-    return boundsBehind && rest == (boundsKind ? boundsTokenCount : 0) ? texts(tokens, first) : QStringList();
-}
 
 struct UnitTerm
 {
@@ -212,47 +87,12 @@ CoordSystemPtr csStringToInternal(const CoordSystemTypes::SourceData &source)
     return csStringToInternal(sourceTypeToString(source.type), source.string);
 }
 
-PrjClauses hasAffineOrBoundsInString(const QString &prj)
-{
-    // Earth Projection 3008, 104 … The class takes any of its letters before the number; kept, files rely on
-    // it. A longer number announces nothing.
-    static const QRegularExpression projection(
-        QStringLiteral(
-            R"rx((?:[Projection|NonEarth]\s++|(?:CoordSys|Projection|Earth)[\s,]++|^[\s,]*+)(?<prj_id>\d{4})(?!\d))rx"),
-        QRegularExpression::CaseInsensitiveOption);
-
-    PrjClauses clauses{0, 0};
-    const QRegularExpressionMatch match = projection.match(prj);
-    if (match.hasMatch()) {
-        const int thousands = match.captured(QStringLiteral("prj_id")).toInt() / 1000;
-        clauses.affine = thousands == 1 || thousands == 3 ? 1 : 0;
-        clauses.bounds = thousands == 2 || thousands == 3 ? 1 : 0;
-    }
-    if (clauses.affine == 0 && affineWords(prj).hasMatch())
-        clauses.affine = 1;
-    if (clauses.bounds == 0 && prj.contains(QLatin1String("Bounds"), Qt::CaseInsensitive))
-        clauses.bounds = 2;
-    return clauses;
-}
+PrjClauses hasAffineOrBoundsInString(const QString &prj) { return CoordSysText(prj).announced(); }
 
 AffineAndBounds affineParamsAndBoundsFromPrj(const QString &prj)
 {
-    AffineAndBounds result;
-    const PrjClauses clauses = hasAffineOrBoundsInString(prj);
-    if (clauses.bounds == 2)
-        result.bounds = boundsFromWords(prj);
-    if (clauses.affine == 0 && clauses.bounds != 1)
-        return result;
-
-    const QVector<Token> tokens = clauseTokens(prj);
-    if (clauses.bounds == 1)
-        result.bounds = boundsFromTail(tokens);
-    if (clauses.affine == 0)
-        return result;
-    const QRegularExpressionMatch words = affineWords(prj);
-    result.affine = words.hasMatch() ? affineFromWords(prj, tokens, words.capturedEnd(), clauses.bounds)
-                                     : affineFromTail(tokens, clauses.bounds != 0);
-    return result;
+    const CoordSysText text(prj);
+    return text.clauses(text.announced());
 }
 
 QString boundConditionAsString(const QRectF &rect)

@@ -1,71 +1,81 @@
 #include "MapinfoScanner_p.h"
 
-#include <algorithm>
-
 namespace nivora::cs {
 namespace {
 
-bool isPlain(QChar c)
-{
-    const ushort code = c.unicode();
-    return code >= 0x20 ? code != 0x85 && code != 0x2028 && code != 0x2029 : code == '\n' || code == '\t';
-}
+bool isDigit(QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); }
 
-/// "--- Россия ---": what stands between the first and the last three dashes; null for another line.
-QStringRef categoryIn(const QStringRef &line)
+/// From the first three dashes behind a quote to the last three before one.
+bool takeHeading(const QStringRef &line, CatalogueLine &result)
 {
-    const QLatin1String dashes("---");
-    const int first = line.indexOf(dashes);
-    const int last = first < 0 ? -1 : line.lastIndexOf(dashes);
-    return last >= first + 3 ? line.mid(first + 3, last - first - 3).trimmed() : QStringRef();
+    const int first = line.indexOf(QLatin1String("\"---"));
+    const int last = first < 0 ? -1 : line.lastIndexOf(QLatin1String("---\""));
+    if (last < first + 4)
+        return false;
+    result.kind = CatalogueLine::Heading;
+    result.taken = line.mid(first, last + 4 - first);
+    result.name = line.mid(first + 4, last - first - 4).trimmed();
+    return true;
 }
 
 /// Where "\p4326" at the end of a name begins, -1 without it.
 int codeMarkIn(const QStringRef &name)
 {
     int digits = 0;
-    while (digits < name.size() && name.at(name.size() - 1 - digits) >= QLatin1Char('0') &&
-           name.at(name.size() - 1 - digits) <= QLatin1Char('9'))
+    while (digits < name.size() && isDigit(name.at(name.size() - 1 - digits)))
         ++digits;
     const int mark = name.size() - digits - 2;
     return digits > 0 && mark >= 0 && name.mid(mark, 2) == QLatin1String("\\p") ? mark : -1;
 }
 
-CoordSystemParams namedEntry(const QStringRef &quoted)
-{
-    const int mark = codeMarkIn(quoted);
-    if (mark < 0)
-        return CoordSystemParams(quoted.trimmed().toString());
-    const QString name = quoted.left(mark).trimmed().toString();
-    bool hasCode = false;
-    const int code = quoted.mid(mark + 2).toInt(&hasCode);
-    return hasCode ? CoordSystemParams(name, code) : CoordSystemParams(name);
-}
-
-/// "Longitude / Latitude (WGS 84)\p4326", 1, 104
-bool appendEntry(const QStringRef &line, QList<CoordSystemParams> &entries)
+/// From the first quote on; the name ends at the first quote with a comma behind it and something behind
+/// that.
+bool takeEntry(const QStringRef &line, CatalogueLine &result)
 {
     const int quote = line.indexOf(QLatin1Char('"'));
     const int end = quote < 0 ? -1 : line.indexOf(QLatin1String("\","), quote + 1);
     if (end < 0 || end + 2 >= line.size())
         return false;
-    CoordSystemParams entry = namedEntry(line.mid(quote + 1, end - quote - 1));
-    for (int from = end + 2; from <= line.size();) {
-        const int comma = line.indexOf(QLatin1Char(','), from);
-        const int to = comma < 0 ? line.size() : comma;
-        entry.params.append(line.mid(from, to - from).trimmed().toString());
-        from = to + 1;
-    }
-    entries.append(std::move(entry));
+    const QStringRef quoted = line.mid(quote + 1, end - quote - 1);
+    const int mark = codeMarkIn(quoted);
+    result.kind = CatalogueLine::Entry;
+    result.taken = line.mid(quote);
+    result.name = (mark < 0 ? quoted : quoted.left(mark)).trimmed();
+    result.code = mark < 0 ? QStringRef() : quoted.mid(mark + 2);
+    result.values = line.mid(end + 2);
     return true;
 }
 
 } // namespace
 
+CoordSystemParams CatalogueLine::entry() const
+{
+    bool hasCode = false;
+    const int number = code.toInt(&hasCode);
+    CoordSystemParams entry =
+        hasCode ? CoordSystemParams(name.toString(), number) : CoordSystemParams(name.toString());
+    for (int from = 0; from <= values.size();) {
+        const int comma = values.indexOf(QLatin1Char(','), from);
+        const int to = comma < 0 ? values.size() : comma;
+        entry.params.append(values.mid(from, to - from).trimmed().toString());
+        from = to + 1;
+    }
+    return entry;
+}
+
+CatalogueLine readCatalogueLine(const QStringRef &line)
+{
+    CatalogueLine result;
+    result.taken = line;
+    if (line.isEmpty() || line.startsWith(QLatin1Char('#')))
+        return result;
+    if (!takeHeading(line, result) && !takeEntry(line, result))
+        result.kind = CatalogueLine::Rejected;
+    return result;
+}
+
 int scanCategories(const QString &text, QList<CoordSystemParamsList> &categories)
 {
-    if (!std::all_of(text.begin(), text.end(), isPlain))
-        return -1;
     CoordSystemParamsList current;
     int count = 0;
     const auto flush = [&] {
@@ -75,15 +85,13 @@ int scanCategories(const QString &text, QList<CoordSystemParamsList> &categories
     for (int from = 0; from < text.size();) {
         const int newLine = text.indexOf(QLatin1Char('\n'), from);
         const int to = newLine < 0 ? text.size() : newLine;
-        const QStringRef line = text.midRef(from, to - from).trimmed();
+        const CatalogueLine line = readCatalogueLine(text.midRef(from, to - from).trimmed());
         from = to + 1;
-        if (line.isEmpty() || line.startsWith(QLatin1Char('#')))
-            continue;
-        const QStringRef category = categoryIn(line);
-        if (!category.isNull()) {
+        if (line.kind == CatalogueLine::Heading) {
             flush();
-            current = CoordSystemParamsList{{}, category.toString()};
-        } else if (appendEntry(line, current.entries)) {
+            current = CoordSystemParamsList{{}, line.name.toString()};
+        } else if (line.kind == CatalogueLine::Entry) {
+            current.entries.append(line.entry());
             ++count;
         }
     }

@@ -4,12 +4,33 @@
 
 #include <QList>
 #include <QString>
+#include <QStringRef>
 
 namespace nivora::cs {
 
-/// Appends the categories of a MapInfo catalogue's text, those without entries left out, as
-/// MapinfoPrjReader reads them, at a quarter of its cost. Returns the number of entries, or -1 with nothing
-/// appended for a text that is left to the reader: one with control characters or line ends of other kinds.
+/// A line of a MapInfo catalogue of coordinate systems. Refers to the text of the line.
+struct CatalogueLine
+{
+    enum Kind {
+        Ignored,  ///< empty, or a comment
+        Rejected, ///< neither a heading nor an entry
+        Heading,  ///< "---Russia---", the quotes included
+        Entry,    ///< "Longitude / Latitude (WGS 84)\p4326", 1, 104
+    };
+    Kind kind = Ignored;
+    QStringRef taken;  ///< what of the line is heading or entry, else all of it
+    QStringRef name;   ///< trimmed; not null for a heading, even if empty
+    QStringRef code;   ///< digits, empty without a code
+    QStringRef values; ///< behind the comma that follows the name
+
+    CoordSystemParams entry() const;
+};
+
+/// \p line must be trimmed.
+CatalogueLine readCatalogueLine(const QStringRef &line);
+
+/// Appends the categories of a MapInfo catalogue's text, those without entries left out. Returns the number
+/// of entries.
 int scanCategories(const QString &text, QList<CoordSystemParamsList> &categories);
 
 } // namespace nivora::cs

@@ -28,16 +28,6 @@ namespace {
 
 bool hasExtent(const QRectF &r) { return r.width() > 0.0 && r.height() > 0.0; } // NaN has none
 
-/// The datum's number in a CoordSys string; nothing when the text is none.
-std::optional<int> datumOfPrj(const QString &prj)
-{
-    try {
-        return MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj).nDatumId;
-    } catch (const std::exception &) {
-        return std::nullopt;
-    }
-}
-
 /// PROJ's named datums and their ellipsoids. WGS84 and NAD83 are left out: they carry no shift.
 struct NamedDatum
 {
@@ -134,6 +124,7 @@ void CoordSystem::setEntryEpsg(int epsg)
 void CoordSystem::setSourceParameters(const SourceData &source)
 {
     m_source = source;
+    m_record.reset();
     noteChange();
     m_isLatLong = NotAsked;
     m_isNonEarth = NotAsked;
@@ -485,9 +476,12 @@ bool CoordSystem::isEqualByText(const CoordSystem &other, bool ignoreRect) const
         return true;
     if (m_source.type != Prj || other.m_source.type != Prj)
         return true;
-    const std::optional<int> datum = datumOfPrj(m_source.string);
-    const std::optional<int> otherDatum = datumOfPrj(other.m_source.string);
-    return datum && otherDatum && (*datum <= 0 || *otherDatum <= 0 || *datum == *otherDatum);
+    const auto mine = record();
+    const auto others = other.record();
+    if (!mine || !others)
+        return false;
+    const int datum = mine->nDatumId;
+    return datum <= 0 || others->nDatumId <= 0 || datum == others->nDatumId;
 }
 
 bool CoordSystem::samePj(const CoordSystem &other) const

@@ -59,6 +59,8 @@ CoordSystemPtr CoordSystem::clone() const
     copy->m_catalogues = m_catalogues;
     copy->setOGRSpatialReference(copyOgrSpatialReference());
     copy->setSourceParameters(m_source);
+    copy->m_record = m_record;
+    copy->m_assumptions = m_assumptions;
     if (m_pj) {
         const QMutexLocker lock(globalProj4Mutex());
         copy->m_pj = ownPj(proj_clone(globalProjContext(), m_pj.get()));
@@ -108,6 +110,8 @@ CoordSystemPtr CoordSystem::duplicate() const
     if (m_affine)
         copy->m_affine = std::make_unique<QTransform>(*m_affine);
     copy->m_source = m_source;
+    copy->m_record = m_record;
+    copy->m_assumptions = m_assumptions;
     copy->m_isLatLong = m_isLatLong.load();
     copy->m_isNonEarth = m_isNonEarth.load();
     copy->m_statedEpsg = m_statedEpsg.load();

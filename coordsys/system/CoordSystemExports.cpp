@@ -17,24 +17,12 @@
 #include <QRegularExpression>
 
 #include <algorithm>
-#include <optional>
 
 namespace nivora::cs {
 
 using nivora::utils::toString;
 
 namespace {
-
-/// Nothing for a text that a host has set and that cannot be read.
-std::optional<TABProjInfo_t> recordOf(const QString &prj)
-{
-    try {
-        return MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj);
-    } catch (const std::exception &e) {
-        LOG_DEBUG(QString::fromUtf8(e.what()));
-        return std::nullopt;
-    }
-}
 
 bool holdsAffine(const TABProjInfo_t &record, const QTransform *affine, const LinearUnit &unit)
 {
@@ -235,6 +223,21 @@ QString CoordSystem::projText(const std::function<LinearUnit()> &unitOf) const
     return text;
 }
 
+/// Of a CoordSys source, as it was read when the system was made; null for other sources, and for a text that
+/// a host has set and that cannot be read.
+std::shared_ptr<const TABProjInfo_t> CoordSystem::record() const
+{
+    if (m_source.type != Prj || m_record)
+        return m_source.type == Prj ? m_record : nullptr;
+    try {
+        return std::make_shared<const TABProjInfo_t>(
+            MapHeaderCoordsysConverter().prjStrToTABProjInfo(m_source.string));
+    } catch (const std::exception &e) {
+        LOG_DEBUG(QString::fromUtf8(e.what()));
+        return nullptr;
+    }
+}
+
 QString CoordSystem::barePrj() const
 {
     return m_source.type == Prj ? m_source.string : prjFromSpatialReference(srs());
@@ -264,8 +267,9 @@ QString CoordSystem::affineUnitName() const
 QString CoordSystem::withClauses(const QString &prj) const
 {
     // Clauses of the text stay as they are written only when they are the object's, all of them.
-    const PrjClauses written = hasAffineOrBoundsInString(prj);
-    const auto record = written.affine || written.bounds ? recordOf(prj) : std::nullopt;
+    const PrjClauses written =
+        m_record ? PrjClauses{m_record->nAffineFlag, m_record->nBoundsFlag} : hasAffineOrBoundsInString(prj);
+    const auto record = written.affine || written.bounds ? this->record() : nullptr;
     const bool beforeBounds = written.bounds && !written.affine && m_affine;
     const bool kept = !record || (!beforeBounds &&
                                   (!written.affine || holdsAffine(*record, m_affine.get(), m_affineUnit)) &&
@@ -305,10 +309,11 @@ QString CoordSystem::taggedStringImpl() const
     return QStringLiteral("proj4:") + projStr();
 }
 
-/// Only a CoordSys string carries an affine transformation; the source's may be gone, in a clone for one.
+/// Only a CoordSys string carries affine transformation and bounds: those that the object holds now, whatever
+/// its source says.
 QString CoordSystem::taggedWithClauses() const
 {
-    if (!m_affine && !(m_source.type == Prj && hasAffineOrBoundsInString(m_source.string).affine))
+    if (!m_affine && m_source.type != Prj)
         return taggedStringImpl();
     try {
         return QStringLiteral("prj:") + prjStr();

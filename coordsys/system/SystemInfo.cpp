@@ -162,7 +162,7 @@ QStringList assumptionsOf(const CoordSystem &cs, const CrsDefinition *identity)
         result << QObject::tr("Сдвиг датума в тексте нулевой: датум принят за WGS 84.");
     if (!hasUnit(cs))
         result << QObject::tr("Единица измерения не опознана: приняты метры.");
-    return result;
+    return result << cs.assumptions();
 }
 
 [[noreturn]] void throwUnwritable(const CoordSystem &cs, const QString &reason)

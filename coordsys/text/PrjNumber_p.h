@@ -1,17 +1,16 @@
 #pragma once
 
-#include <QString>
+#include <QStringRef>
 
-#include <cmath>
+#include <optional>
 
 namespace nivora::cs {
 
-/// A number of a CoordSys string. Text that is no finite number counts as 0, "nan" and an overflow included;
-/// so does "-0", which GDAL writes and which would make records differ that mean the same.
-inline double prjNumber(const QString &text)
-{
-    const double value = text.toDouble();
-    return std::isfinite(value) ? value + 0.0 : 0.0;
-}
+/// The finite decimal number that a text wholly is, white space around it left aside; "-0" is 0, so that
+/// records do not differ that mean the same. Nothing for other text: "3O", "nan", "1e999", "500 000".
+std::optional<double> wholeNumber(const QStringRef &text);
+
+/// A number of a CoordSys record: text that is no finite number counts as 0.
+inline double prjNumber(const QString &text) { return wholeNumber(QStringRef(&text)).value_or(0.0); }
 
 } // namespace nivora::cs
