@@ -542,14 +542,6 @@
         <translation>%1: this projection has %2 numbers behind datum and unit</translation>
     </message>
     <message>
-        <source>Единица «%1» неизвестна и прочитана как метр</source>
-        <translation>The unit &quot;%1&quot; is not known and was read as the metre</translation>
-    </message>
-    <message>
-        <source>Границы без площади отброшены</source>
-        <translation>Bounds without an area are left out</translation>
-    </message>
-    <message>
         <source>Нужна одна строка каталога, а здесь их %1</source>
         <translation>One line of a catalogue is needed, and here are %1</translation>
     </message>
@@ -796,6 +788,84 @@
     <message>
         <source>Сдвиг датума в тексте нулевой: датум принят за WGS 84.</source>
         <translation>The text states a zero shift: its datum is taken for WGS 84.</translation>
+        <source>номер датума</source>
+        <translation>number of the datum</translation>
+    </message>
+    <message>
+        <source>эллипсоид датума</source>
+        <translation>ellipsoid of the datum</translation>
+    </message>
+    <message>
+        <source>сдвиг датума %1</source>
+        <translation>shift of the datum, figure %1</translation>
+    </message>
+    <message>
+        <source>параметр датума %1</source>
+        <translation>parameter %1 of the datum</translation>
+    </message>
+    <message>
+        <source>параметр проекции %1</source>
+        <translation>parameter %1 of the projection</translation>
+    </message>
+    <message>
+        <source>коэффициент аффинного преобразования %1</source>
+        <translation>coefficient %1 of the affine transformation</translation>
+    </message>
+    <message>
+        <source>число границ %1</source>
+        <translation>figure %1 of the bounds</translation>
+    </message>
+    <message>
+        <source>Пробел вместо запятой или внутри числа перед «%1» (знак %2)</source>
+        <translation>A blank in place of a comma, or within a number, before &quot;%1&quot; (character %2)</translation>
+    </message>
+    <message>
+        <source>Пустое место или лишняя скобка (знак %1)</source>
+        <translation>An empty place or a bracket too many (character %1)</translation>
+    </message>
+    <message>
+        <source>Границы без площади отброшены.</source>
+        <translation>Bounds without an area are left out.</translation>
+    </message>
+    <message>
+        <source>Лишние нули за параметрами проекции отброшены.</source>
+        <translation>Zeros behind the parameters of the projection are left out.</translation>
+    </message>
+    <message>
+        <source>Недостающие параметры датума приняты нулями.</source>
+        <translation>Missing parameters of the datum are taken as zeros.</translation>
+    </message>
+    <message>
+        <source>Единица не указана: приняты метры.</source>
+        <translation>No unit is stated: metres are assumed.</translation>
+    </message>
+    <message>
+        <source>Недостающие параметры проекции приняты нулями.</source>
+        <translation>Missing parameters of the projection are taken as zeros.</translation>
+    </message>
+    <message>
+        <source>Масштаб не указан: принят 1.</source>
+        <translation>No scale is stated: 1 is assumed.</translation>
+    </message>
+    <message>
+        <source>Не число: «%1» (знак %2), %3</source>
+        <translation>Not a number: &quot;%1&quot; (character %2), %3</translation>
+    </message>
+    <message>
+        <source>Неизвестная единица: «%1» (знак %2)</source>
+        <translation>Unknown unit: &quot;%1&quot; (character %2)</translation>
+    </message>
+    <message>
+        <source>Лишнее в строке КС: «%1» (знак %2)</source>
+        <translation>Not part of a CoordSys string: &quot;%1&quot; (character %2)</translation>
+    </message>
+    <message>
+        <source>Недостаёт параметров датума «%1» (знак %2)</source>
+        <translation>Parameters are missing of the datum &quot;%1&quot; (character %2)</translation>
+    </message>
+    <message>
+        <source>Углы границ стоят в скобках, (x1, y1) (x2, y2): «%1» (знак %2)</source>
+        <translation>Corners of bounds stand in brackets, (x1, y1) (x2, y2): &quot;%1&quot; (character %2)</translation>
     </message>
     <message>
         <source>Сдвиг</source>

@@ -43,21 +43,16 @@ const MIUnitConvParam *unitOf(const CoordSysToken &token, const ProjectionParams
     return manager.unitByName(token.text.toString().toLower(), std::nothrow);
 }
 
-/// Unit of an affine clause, in quotes or as a number. A unit of coordinates may be guessed, this one may
-/// not.
-std::uint8_t affineUnitCode(const ProjectionParamsManager &manager, const QString &token)
+/// Unit of an affine clause, in quotes or as a number; null when there is no such. A unit of coordinates may
+/// be guessed, this one may not.
+const MIUnitConvParam *affineUnit(const ProjectionParamsManager &manager, const QString &token)
 {
     bool isCode = false;
     token.toInt(&isCode);
-    const MIUnitConvParam *unit = nullptr;
-    if (isCode || token.startsWith(QLatin1Char('"'))) {
-        unit = manager.unitByName(token, std::nothrow);
-        if (!unit)
-            unit = manager.unitByName(token.toLower(), std::nothrow);
-    }
-    if (!unit)
-        throw std::invalid_argument("unitCode");
-    return static_cast<std::uint8_t>(unit->unitCode());
+    if (!isCode && !token.startsWith(QLatin1Char('"')))
+        return nullptr;
+    const MIUnitConvParam *unit = manager.unitByName(token, std::nothrow);
+    return unit ? unit : manager.unitByName(token.toLower(), std::nothrow);
 }
 
 void setDatum(TABProjInfo_t &info, const MIDatumParam &datum)
@@ -118,7 +113,8 @@ public:
     Reader(const CoordSysText &text, const ProjectionParamsManager &manager);
 
     const TABProjInfo_t &record() const { return m_info; }
-    void readRecord();
+    void readSystem();
+    void readClauses();
     /// Goes over the tokens again behind the parameters; what nothing claims is not understood.
     void understandRest();
     void throwFault() const;
@@ -145,14 +141,12 @@ private:
     int integer(int i, const char *place);
     std::uint8_t unit(int i);
 
-    void readSystem();
     void readPlan(int unitIndex);
     void readEarth(int code);
     int ownTokens(int code) const;
     int readDatum();
     void readParameters();
     void checkOwnCount() const;
-    void readClauses();
     int understandClause(int i);
     int understandAffine(int i);
     int understandBounds(int i);
@@ -261,12 +255,6 @@ std::uint8_t Reader::unit(int i)
     if (!found || (beginsAsCode && !isCode))
         note(Fault::UnknownUnit, at(i));
     return static_cast<std::uint8_t>(found ? found->unitCode() : LinearUnit::Meter);
-}
-
-void Reader::readRecord()
-{
-    readSystem();
-    readClauses();
 }
 
 void Reader::readSystem()
@@ -407,7 +395,10 @@ void Reader::readClauses()
         if (clauses.affine.isEmpty())
             throw NotEnoughtParamsException();
         m_info.nAffineFlag = 1;
-        m_info.nAffineUnits = affineUnitCode(m_manager, clauses.affine.first());
+        const MIUnitConvParam *unit = affineUnit(m_manager, clauses.affine.first());
+        if (!unit)
+            throw std::invalid_argument("unitCode");
+        m_info.nAffineUnits = static_cast<std::uint8_t>(unit->unitCode());
         for (int i = 0; i < affineFigures; ++i)
             m_info.dAffineParams[i] = prjNumber(clauses.affine.at(i + 1));
     }
@@ -447,7 +438,7 @@ void Reader::understandRest()
 int Reader::understandClause(int i)
 {
     const bool isPlanUnit = m_info.nProjId == NonEarthPlan && m_next == 0 && isWord(0, "affine");
-    if (m_announced.affine && isWord(i, "affine") && isWord(i + 1, "units") && !m_hasAffine)
+    if (m_announced.affine && isWord(i, "affine") && isWord(i + 1, "units") && !m_hasAffine && !m_hasBounds)
         return understandAffine(i + 2);
     if (isWord(i, "bounds") && !m_hasBounds)
         return understandBounds(i + 1);
@@ -468,10 +459,15 @@ int Reader::understandAffine(int i)
     m_hasAffine = true;
     if (i + affineFigures >= size())
         throw NotEnoughtParamsException();
-    if (at(i++)->kind == CoordSysToken::Word)
-        note(Fault::UnknownUnit, at(i - 1));
+    const Item name = at(i++);
+    const MIUnitConvParam *unit =
+        affineUnit(m_manager, m_text.text().mid(name->position, name->end - name->position));
+    if (!unit)
+        throw std::invalid_argument("unitCode");
+    m_info.nAffineFlag = 1;
+    m_info.nAffineUnits = static_cast<std::uint8_t>(unit->unitCode());
     for (int figure = 0; figure < affineFigures; ++figure, ++i)
-        number(i, affinePlace, figure + 1);
+        m_info.dAffineParams[figure] = number(i, affinePlace, figure + 1);
     return i;
 }
 
@@ -559,14 +555,15 @@ void Reader::throwFault() const
 TABProjInfo_t lenientRecord(const CoordSysText &text, const ProjectionParamsManager &manager)
 {
     Reader reader(text, manager);
-    reader.readRecord();
+    reader.readSystem();
+    reader.readClauses();
     return reader.record();
 }
 
 CoordSysReading understoodRecord(const CoordSysText &text, const ProjectionParamsManager &manager)
 {
     Reader reader(text, manager);
-    reader.readRecord();
+    reader.readSystem();
     checkSeparators(text);
     reader.understandRest();
     reader.throwFault();

@@ -262,8 +262,7 @@ private Q_SLOTS:
         row("a unit that nobody names", "", s("+proj=merc +ellps=WGS84 +to_meter=2.5"), "\nAssumed: The unit",
             "\nUnit: ");
         row("a height left out", "", s("7405"), "\nAssumed: ", "\nAffine");
-        row("a unit that is not known", "", s("Earth Projection 8, 104, \"zz\", 39, 0, 1, 7500000, 0"),
-            "\nAssumed: ", "\nCode:");
+        row("figures that are missing", "", s("Earth Projection 8, 104, \"m\", 39"), "\nAssumed: ", "\nCode:");
         row("no such projection in CoordSys text", "", s("29873"), "\nCoordSys: none, ", "NonEarth");
         row("grads from Paris against degrees: 168, 60, 320 m", "", s("4807"), "as CoordSys text 349 m away",
             "Bounds");

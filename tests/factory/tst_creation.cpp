@@ -218,8 +218,8 @@ private Q_SLOTS:
         row("Longitude / Latitude (GRS 80)", "prj:Earth Projection 1, 33");
         row("\"x\\p32638\", 8, 104, 7, 39, 0, 0.9996, 500000, 0",
             "prj:Earth Projection 8, 104, \"m\", 39, 0, 0.9996, 500000, 0", "EPSG:32638");
-        row("Earth Projection 8, 104, \"furlong\", 39, 0, 1, 0, 0",
-            "prj:Earth Projection 8, 104, \"m\", 39, 0, 1, 0, 0", "furlong");
+        row("Earth Projection 8, 104, \"m\", 39,\n\t0", "prj:Earth Projection 8, 104, \"m\", 39, 0, 1, 0, 0",
+            "Масштаб");
         row("oracle:8307", "oracle:8307");
     }
     void userInput()
