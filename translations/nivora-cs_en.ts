@@ -788,6 +788,8 @@
     <message>
         <source>Сдвиг датума в тексте нулевой: датум принят за WGS 84.</source>
         <translation>The text states a zero shift: its datum is taken for WGS 84.</translation>
+    </message>
+    <message>
         <source>номер датума</source>
         <translation>number of the datum</translation>
     </message>
