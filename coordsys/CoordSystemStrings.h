@@ -39,6 +39,19 @@ struct AffineAndBounds
 };
 NIVORA_CS_EXPORT AffineAndBounds affineParamsAndBoundsFromPrj(const QString &prj);
 
+/// The CoordSys clause in the header of a MIF or TAB file.
+struct CoordSysClause
+{
+    int position =
+        -1;         ///< of its first character, or where one would stand; -1 in a text that is no such header
+    int length = 0; ///< with the line end behind it; 0 without a clause
+    QString text;   ///< on one line, beginning with the word CoordSys
+};
+
+/// Looks at the lines up to the columns or the data, so that one named CoordSys is none; a clause may go on
+/// over several lines. Positions count characters: decode as Latin 1 to have bytes. Thread-safe.
+NIVORA_CS_EXPORT CoordSysClause coordSysClauseIn(const QString &header);
+
 /// " Bounds (x1, y1) (x2, y2)", with the leading blank.
 NIVORA_CS_EXPORT QString boundConditionAsString(const QRectF &rect);
 

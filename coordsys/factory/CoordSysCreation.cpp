@@ -490,9 +490,9 @@ CoordSystemPtr CoordSysFactory::createFromOracleSRID(int srid) const
     QXmlStreamReader xml(&file);
     readRoot(xml); // whatever its name
     while (prj.isEmpty() && xml.readNextStartElement()) {
-        if (cleanNumber(xml.attributes().value(QLatin1String("srid")).toString()) == srid)
-            prj = QStringLiteral("CoordSys Earth Projection, ") +
-                  xml.attributes().value(QLatin1String("mbproj"));
+        const QStringRef text = xml.attributes().value(QLatin1String("mbproj")).trimmed();
+        if (!text.isEmpty() && cleanNumber(xml.attributes().value(QLatin1String("srid")).toString()) == srid)
+            prj = QStringLiteral("CoordSys Earth Projection, ") + text;
         xml.skipCurrentElement();
     }
     if (xml.hasError())

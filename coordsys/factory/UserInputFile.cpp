@@ -2,6 +2,7 @@
 
 #include "InputFile_p.h"
 #include <coordsys/CatalogueSource.h>
+#include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapHeaderRecord.h>
 #include <coordsys/ProjectionParamsManager.h>
@@ -82,30 +83,19 @@ bool isReadable(const QString &text)
            });
 }
 
-/// "CoordSys Earth Projection 8, 104, …" with the lines that continue it; empty when the header has none.
+/// "CoordSys Earth Projection 8, 104, …"; empty when the header has none.
 QString coordSysClause(const QString &header)
 {
-    static const QRegularExpression clause(
-        QStringLiteral("^[ \\t]*(coordsys\\b.*?)(?=^[ \\t]*(version|charset|delimiter|unique|index|coordsys|"
-                       "transform|columns|data|readonly|rasterstyle|begin_metadata|open|type|"
-                       "definition|fields)\\b|\\z)"),
-        QRegularExpression::CaseInsensitiveOption | QRegularExpression::MultilineOption |
-            QRegularExpression::DotMatchesEverythingOption);
     // In a raster's .tab the unit of its pixels follows: Units "degree"
     static const QRegularExpression pixelUnits(QStringLiteral("(?<!affine)\\s+units\\b.*$"),
                                                QRegularExpression::CaseInsensitiveOption);
-    QString text = clause.match(header).captured(1).simplified();
+    QString text = coordSysClauseIn(header).text;
     return text.contains(QLatin1String("nonearth"), Qt::CaseInsensitive) ? text : text.remove(pixelUnits);
 }
 
 QString textInMif(const QString &path, QStringList &notes)
 {
-    static const QRegularExpression data(QStringLiteral("^[ \\t]*data\\b.*"),
-                                         QRegularExpression::CaseInsensitiveOption |
-                                             QRegularExpression::MultilineOption |
-                                             QRegularExpression::DotMatchesEverythingOption);
-    const QString header = decodedText(opened(path)->read(headerBytes)).remove(data);
-    const QString clause = coordSysClause(header);
+    const QString clause = coordSysClause(decodedText(opened(path)->read(headerBytes)));
     if (!clause.isEmpty())
         return clause;
     notes << QObject::tr("В файле %1 нет предложения CoordSys: это долгота и широта").arg(path);

@@ -1,9 +1,13 @@
+#include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/MapinfoPrjReader.h>
 
 #include <support/Support.h>
 
 #include <QBuffer>
+#include <QTemporaryDir>
 #include <QTextStream>
+
+#include <random>
 
 using namespace nivora::cs;
 
@@ -75,6 +79,53 @@ private Q_SLOTS:
         QVERIFY(!reader.readNext());
         QCOMPARE(reader.currentLineNumber(), 6);
         QCOMPARE(seen, QStringList({"3rubbish"_s, "6more"_s}));
+    }
+
+    // Loading a catalogue takes another way through the text than the reader, to the same entries.
+    void loadedAlike()
+    {
+        static const char *const pieces[] = {"\"",    "---",   "\\p",          "4326", ",", " ", "\t",
+                                             "#",     "\r",    "Имя",          "\",",  "8", "x", "\"---",
+                                             "---\"", ", 104", "\"A\\p7\", 1", "\f"};
+        std::mt19937 random(20221122);
+        QString text = "\"---A---\"\n\"Foo --- bar --- baz\", 1, 104\n"_s;
+        for (int line = 0; line < 4000; ++line) {
+            for (unsigned left = random() % 9; left > 0; --left)
+                text += QString::fromUtf8(pieces[random() % std::size(pieces)]);
+            text += QLatin1Char('\n');
+        }
+        QList<CoordSystemParamsList> expected;
+        CoordSystemParamsList current;
+        QTextStream stream(&text);
+        MapinfoPrjReader reader(&stream);
+        for (bool more = true; more;) {
+            more = reader.readNext();
+            const QStringRef heading = reader.capturedCategoryName();
+            if (more && heading.isNull())
+                current.entries << reader.prj();
+            if ((!more || !heading.isNull()) && !current.entries.isEmpty())
+                expected << current;
+            if (!heading.isNull())
+                current = {{}, heading.toString()};
+        }
+        const QTemporaryDir dir;
+        QFile file(dir.filePath("x.prj"_s));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text.toUtf8()) > 0);
+        file.close();
+        MapinfoCoordSystem loaded([](const QString &) { return CoordSystemPtr(); });
+        QVERIFY(loaded.loadFromPRJ(QFileInfo(file)));
+        const auto found = loaded.projectionList();
+        QVERIFY(found.size() > 20 && found.first().entries.first().params.size() == 2);
+        QCOMPARE(found.size(), expected.size());
+        for (int i = 0; i < found.size(); ++i) {
+            QCOMPARE(found.at(i).name, expected.at(i).name);
+            QCOMPARE(found.at(i).entries.size(), expected.at(i).entries.size());
+            for (int j = 0; j < found.at(i).entries.size(); ++j) {
+                const CoordSystemParams &a = found.at(i).entries.at(j), &b = expected.at(i).entries.at(j);
+                QVERIFY2(a.name() == b.name() && a.epsg() == b.epsg() && a.params == b.params,
+                         qPrintable(a.name()));
+            }
+        }
     }
 
     void progress()

@@ -197,7 +197,7 @@ private Q_SLOTS:
         const support::ResourceCopy copy;
         copy.write("OracleSRID.xml"_s,
                    R"(<s><cs srid="5,6" mbproj="1, 0"/><cs srid="5 6" mbproj="1, 0"/><cs mbproj="1, 0"/>
-<cs srid=" 5" mbproj="1, 0"/><cs srid="0x5" mbproj="1, 1"/><cs srid="5" mbproj="1, 0"/></s>)");
+<cs srid=" 5" mbproj="1, 0"/><cs srid="5"/><cs srid="5" mbproj=" "/><cs srid="0x5" mbproj="1, 1"/><cs srid="5" mbproj="1, 0"/></s>)");
         const auto oracles = std::make_shared<CoordSysFactory>(copy.dir(), copy.dir(), "ru"_s);
         QVERIFY(oracles->initCoordSystemEnvironment());
         const CoordSystemPtr five = oracles->createFromOracleSRID(5);

@@ -1,3 +1,4 @@
+#include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/SystemInfo.h>
@@ -215,6 +216,32 @@ private Q_SLOTS:
                      converter.tabProjInfoToString(converter.prjStrToTABProjInfo(text)));
             QVERIFY2(cs->assumptions().isEmpty(), qPrintable(text));
         }
+    }
+
+    void clause_data()
+    {
+        const support::Columns<QString, QString, int> row; // header, clause, position
+        // clang-format off
+        row("MIF", "Version 300\n coordsys Earth Projection 1, 104\nColumns 1\n Id Integer\nData\n", "coordsys Earth Projection 1, 104", 12);
+        row("over several lines", "CoordSys Earth\n Projection 8,\r\n\t104, 7, 39, 0, 1, 0, 0\nTransform 1, 1, 0, 0\nColumns 0\nData\n",
+            "CoordSys Earth Projection 8, 104, 7, 39, 0, 1, 0, 0", 0);
+        row("a column of that name", "Version 300\nColumns 2\n  CoordSys Char(10)\n  Id Integer\nData\n", "", 12);
+        row("a column of that name behind", "CoordSys Earth\nColumns 1\n  CoordSys Char(10)\nData\n", "CoordSys Earth", 0);
+        row("before the transform", "Version 300\nTransform 1, 1, 0, 0\nColumns 0\nData\n", "", 12);
+        row("a word that begins so", "CoordSystem 5\nColumns 0\nData\n", "", 14);
+        row("TAB with such a field", "Definition Table\n Type NATIVE\n Fields 1\n CoordSys Char (9) ;\nCoordSys Earth", "CoordSys Earth", 61);
+        row("data", "Data\nCoordSys Earth\n", "", 0);
+        row("no header", "x\n", "", -1);
+        // clang-format on
+    }
+    void clause()
+    {
+        const auto [header, text, position] = support::row<QString, QString, int>();
+        const CoordSysClause found = coordSysClauseIn(header);
+        QCOMPARE(found.text, text);
+        QCOMPARE(found.position, position);
+        QCOMPARE(found.length == 0, text.isEmpty());
+        QCOMPARE(header.mid(found.position, found.length).simplified(), text);
     }
 
 private:

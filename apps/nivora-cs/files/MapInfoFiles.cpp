@@ -2,6 +2,8 @@
 
 #include "Output.h"
 
+#include <coordsys/CoordSystemStrings.h>
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -35,7 +37,6 @@ struct ClausePlace
     qint64 begin = 0;
     qint64 end = 0;
     QByteArray text; ///< empty for none
-    bool found = false;
 };
 
 bool beginsWith(const QByteArray &line, const char *word)
@@ -43,37 +44,20 @@ bool beginsWith(const QByteArray &line, const char *word)
     return line.trimmed().toLower().startsWith(word);
 }
 
-/// The words that may begin a line behind the clause, which may go on over several lines.
-bool isNextClause(const QByteArray &line)
-{
-    static const char *const words[] = {"columns", "transform", "data",  "version",
-                                        "charset", "unique",    "index", "delimiter"};
-    return std::any_of(std::begin(words), std::end(words),
-                       [&line](const char *word) { return beginsWith(line, word); });
-}
-
 ClausePlace findClause(QFile &file)
 {
-    ClausePlace place;
-    for (QByteArray line; file.pos() < longestHeader;) {
-        const qint64 begin = file.pos();
+    QByteArray header;
+    for (QByteArray line;
+         file.pos() < longestHeader && !beginsWith(line, "columns") && !beginsWith(line, "data");) {
         line = file.readLine();
-        if (line.isEmpty() || (place.found && isNextClause(line)))
+        if (line.isEmpty())
             break;
-        if (place.found || beginsWith(line, "coordsys")) {
-            place.begin = place.found ? place.begin : begin;
-            place.end = begin + line.size();
-            place.text += line;
-            place.found = true;
-        } else if (beginsWith(line, "columns") || beginsWith(line, "data") || beginsWith(line, "transform")) {
-            place.begin = place.end = begin;
-            place.found = true;
-            break;
-        }
+        header += line;
     }
-    if (!place.found)
+    const auto clause = nivora::cs::coordSysClauseIn(QString::fromLatin1(header));
+    if (clause.position < 0)
         throw Failure(QObject::tr("%1 has no header of a MIF").arg(file.fileName()));
-    return place;
+    return {clause.position, clause.position + clause.length, header.mid(clause.position, clause.length)};
 }
 
 void openOrFail(QFile &file)

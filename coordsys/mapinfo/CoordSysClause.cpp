@@ -1,0 +1,92 @@
+#include <coordsys/CoordSystemStrings.h>
+
+#include <algorithm>
+
+namespace nivora::cs {
+namespace {
+
+/// The words that may begin a line behind the clause, which may go on over several lines.
+constexpr const char *otherClauses[] = {
+    "version", "charset",  "delimiter",   "unique",         "index", "coordsys", "transform",  "columns",
+    "data",    "readonly", "rasterstyle", "begin_metadata", "open",  "type",     "definition", "fields",
+};
+
+QStringRef firstWord(const QStringRef &line)
+{
+    int from = 0;
+    while (from < line.size() && line.at(from).isSpace())
+        ++from;
+    int end = from;
+    while (end < line.size() && (line.at(end).isLetterOrNumber() || line.at(end) == QLatin1Char('_')))
+        ++end;
+    return line.mid(from, end - from);
+}
+
+bool is(const QStringRef &word, const char *name)
+{
+    return word.compare(QLatin1String(name), Qt::CaseInsensitive) == 0;
+}
+
+bool beginsOther(const QStringRef &word)
+{
+    return std::any_of(std::begin(otherClauses), std::end(otherClauses),
+                       [&word](const char *name) { return is(word, name); });
+}
+
+/// The line that begins at \p from, its end included.
+QStringRef lineAt(const QString &text, int from)
+{
+    const int end = text.indexOf(QLatin1Char('\n'), from);
+    return text.midRef(from, (end < 0 ? text.size() : end + 1) - from);
+}
+
+/// Behind the clause that begins at \p from.
+int endOfClause(const QString &header, int from)
+{
+    int end = from + lineAt(header, from).size();
+    while (end < header.size()) {
+        const QStringRef line = lineAt(header, end);
+        if (beginsOther(firstWord(line)))
+            break;
+        end += line.size();
+    }
+    return end;
+}
+
+/// "Fields 2": so many lines of names follow.
+int namesBehind(const QStringRef &line)
+{
+    return line.mid(line.indexOf(QLatin1Char(' ')) + 1).trimmed().toInt();
+}
+
+} // namespace
+
+CoordSysClause coordSysClauseIn(const QString &header)
+{
+    CoordSysClause clause;
+    int names = 0;
+    for (int at = 0; at < header.size(); at += lineAt(header, at).size()) {
+        const QStringRef line = lineAt(header, at);
+        if (names > 0) {
+            --names;
+            continue;
+        }
+        const QStringRef word = firstWord(line);
+        if (is(word, "coordsys")) {
+            clause.position = at;
+            clause.length = endOfClause(header, at) - at;
+            clause.text = header.mid(at, clause.length).simplified();
+            return clause;
+        }
+        if (is(word, "fields"))
+            names = namesBehind(line.trimmed());
+        if (is(word, "transform") || is(word, "columns") || is(word, "data")) {
+            clause.position = clause.position < 0 ? at : clause.position;
+            if (!is(word, "transform"))
+                return clause; // names of columns and data follow
+        }
+    }
+    return clause;
+}
+
+} // namespace nivora::cs
