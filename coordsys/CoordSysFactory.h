@@ -86,9 +86,9 @@ public:
     /// begin with "+proj=", std::runtime_error when GDAL refuses it or it is no system (a shift, a pipeline
     /// without a plane), ProjException when PROJ refuses it.
     CoordSystemPtr createFromProj(const QString &proj) const override;
-    /// From a CoordSys string, without looking for its name. Throws std::invalid_argument for empty text,
-    /// what MapHeaderCoordsysConverter::prjStrToTABProjInfo throws, std::runtime_error when GDAL refuses it
-    /// or reads something else, UnknownUnitException.
+    /// From a CoordSys string understood to its last token, without looking for its name: see assumptions().
+    /// Throws std::invalid_argument for empty text, std::logic_error with token and place for what is not
+    /// understood, std::runtime_error when GDAL refuses it or reads something else.
     CoordSystemPtr createWithoutDescription(const QString &prj) const override;
     /// From a CoordSys string, named from the MapInfo catalogue or the user's.
     CoordSystemPtr createFromPrj(const QString &prj) const override;

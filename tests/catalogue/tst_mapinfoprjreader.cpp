@@ -90,7 +90,7 @@ private Q_SLOTS:
         std::mt19937 random(20221122);
         QString text = "\"---A---\"\n\"Foo --- bar --- baz\", 1, 104\n"_s;
         for (int line = 0; line < 4000; ++line) {
-            for (unsigned left = random() % 9; left > 0; --left)
+            for (auto left = random() % 9; left > 0; --left)
                 text += QString::fromUtf8(pieces[random() % std::size(pieces)]);
             text += QLatin1Char('\n');
         }
