@@ -1,6 +1,7 @@
 // What the library adds to the engines' own cost. Each figure runs beside the bare call on the very same kind
 // of PROJ object, made from the same texts, and both must give the same coordinates before anything is timed.
 
+#include "CalibrationBenchmarks.h"
 #include "CatalogueBenchmarks.h"
 #include "Comparison.h"
 #include "ParallelBenchmarks.h"
@@ -282,6 +283,7 @@ int main(int argc, char **argv)
     addFirstMesh(factory);
     addConstruction(toUtm);
     comparison::addSystems(factory);
+    comparison::addCalibrations(factory);
     comparison::addParallel(toUtm->transform, engineTransform(toUtm->source, toUtm->destination), million);
     comparison::addCatalogue(factory, userDir.path());
 

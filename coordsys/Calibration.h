@@ -52,7 +52,9 @@ struct CalibrationParameter
 /// What is left at a point: known place less the image of its local coordinates.
 struct CalibrationResidual
 {
-    QPointF offsetM; ///< metres on the ground, east and north (in the axes of the known plane)
+    /// Metres on the ground, east and north: in the axes of the known plane, of a transverse Mercator in its
+    /// own.
+    QPointF offsetM;
     double lengthM = 0.0;
     double heightM = std::numeric_limits<double>::quiet_NaN(); ///< NaN unless heights take part
     /// That chance moves the point so far from the fit of the points that agree; 1 when it cannot be told.

@@ -171,17 +171,17 @@ std::array<double, 8> TransverseMercatorModel::rowsAt(const QPointF &lonLatRad, 
     return {meridian.x(), scale.x(), 1, 0, meridian.y(), scale.y(), 0, 1};
 }
 
+/// The signs are turned round, since what is left is told on the known side: known place less image.
 LinearRows TransverseMercatorModel::rows() const
 {
     LinearRows result;
     result.unknowns = 4;
     const Origin origin = originOf();
     for (int i = 0; i < m_lonLat.size(); ++i) {
-        const auto rows = rowsAt(m_lonLat.at(i), origin);
-        result.design.insert(result.design.end(), rows.begin(), rows.end());
+        for (const double factor : rowsAt(m_lonLat.at(i), origin))
+            result.design.push_back(-factor);
         const QPointF computed = (at(m_lonLat.at(i)) - origin.place) * m_scale + m_place;
-        // The other models' residuals lie on the known side.
-        const QPointF left = m_ground->pairs.at(i).local * m_ground->localUnitM - computed;
+        const QPointF left = computed - m_ground->pairs.at(i).local * m_ground->localUnitM;
         result.observed.push_back(left.x());
         result.observed.push_back(left.y());
     }

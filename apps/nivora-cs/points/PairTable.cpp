@@ -189,9 +189,9 @@ QVector<CalibrationPair> PairReader::read(std::string_view text)
                 continue;
             pairs << pairOf(line);
         } catch (const Failure &e) {
-            throw Failure(
-                QObject::tr("%1, line %2: %3")
-                    .arg(m_line.arguments().value(0), QString::number(number), QString::fromUtf8(e.what())));
+            throw Failure(QObject::tr("%1, line %2: %3")
+                              .arg(m_line.arguments().value(0, QStringLiteral("-")), QString::number(number),
+                                   QString::fromUtf8(e.what())));
         }
         if (pairs.last().name.isEmpty())
             pairs.last().name = QString::number(pairs.size());
