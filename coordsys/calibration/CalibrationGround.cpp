@@ -133,6 +133,7 @@ GroundPtr makeGround(const CoordSystemPtr &known, const QVector<CalibrationPair>
     ground->pairs = pairs;
     ground->known = known;
     ground->localSystem = local.system;
+    ground->localUnit = local.unit;
     if (local.unit.isValid()) {
         ground->localUnitM = local.unit.conversion();
         ground->localUnitCode = local.unit.unitCode();

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 
 namespace nivora::cs {
 namespace {
@@ -65,11 +66,29 @@ QString unitHint(const FittedModel &fit)
     return {};
 }
 
-GroundPtr swapped(const CalibrationGround &ground)
+bool agrees(const CalibrationGround &ground, const FittedModel &similarity)
 {
-    auto result = std::make_shared<CalibrationGround>(ground);
-    for (CalibrationPair &pair : result->pairs)
+    constexpr double misfit = 1e-2; // of the extent: no similarity holds
+    return similarity.refusal.isEmpty() && rmsOf(similarity) <= misfit * extentM(ground);
+}
+
+/// The points with their local axes swapped, or with latitude and longitude of the known places.
+QVector<GroundPtr> swapped(const CalibrationGround &ground)
+{
+    auto turned = std::make_shared<CalibrationGround>(ground);
+    for (CalibrationPair &pair : turned->pairs)
         pair.local = pair.local.transposed();
+    QVector<GroundPtr> result{turned};
+    if (!ground.known->isLatLong())
+        return result;
+    QVector<CalibrationPair> pairs = ground.pairs;
+    for (CalibrationPair &pair : pairs)
+        pair.known = pair.known.transposed();
+    try {
+        result << makeGround(ground.known, pairs, {ground.localUnit, ground.localSystem});
+    } catch (const std::runtime_error &) {
+        return result; // there are no such places
+    }
     return result;
 }
 
@@ -154,18 +173,18 @@ QString anyZoneHint(const CalibrationGround &ground)
 
 QStringList hintsOf(const GroundPtr &ground)
 {
-    constexpr double misfit = 1e-2; // of the extent: no similarity holds
     const auto straight = fitted(CalibrationModel::Similarity, ground);
     if (!straight->refusal.isEmpty())
         return {};
-    QStringList hints;
-    const double limit = misfit * extentM(*ground);
-    if (rmsOf(*straight) > limit) {
-        const auto turned = fitted(CalibrationModel::Similarity, swapped(*ground));
-        if (rmsOf(*turned) < limit)
-            hints << QObject::tr("С переставленными осями точки согласуются: x и y перепутаны?");
-        return hints;
+    if (!agrees(*ground, *straight)) {
+        const QVector<GroundPtr> others = swapped(*ground);
+        const bool any = std::any_of(others.begin(), others.end(), [](const GroundPtr &other) {
+            return agrees(*other, *fitted(CalibrationModel::Similarity, other));
+        });
+        return any ? QStringList{QObject::tr("С переставленными осями точки согласуются: x и y перепутаны?")}
+                   : QStringList();
     }
+    QStringList hints;
     for (const QString &hint : {unitHint(*straight), anyZoneHint(*ground)})
         if (!hint.isEmpty())
             hints << hint;

@@ -23,6 +23,7 @@ struct CalibrationGround
     double baseUnitM = 1.0;   ///< metres of its unit
     double localUnitM = 1.0;  ///< metres of the unit of local coordinates
     int localUnitCode = LinearUnit::Meter;
+    LinearUnit localUnit; ///< as it was given
     CoordSystemPtr localSystem;
     double floorM = 0.0; ///< what rounding alone makes of coordinates of this size
 

@@ -382,6 +382,7 @@ private Q_SLOTS:
         const support::Columns<QString, QString> row;
         row("feet", "feet", "Масштаб 0.3048: местные координаты даны в единицах «футы»?");
         row("swapped", "swapped", "С переставленными осями точки согласуются: x и y перепутаны?");
+        row("latitude first", "latitude", "С переставленными осями точки согласуются: x и y перепутаны?");
         row("zone number", "number", "Сдвиг 7000 км к востоку и 0 км к северу: ложное начало, номер зоны?");
         row("next zone", "zone", "Местные координаты похожи на зону с осевым меридианом 45°: другая зона?");
         row("a local grid", "local", "");
@@ -403,7 +404,14 @@ private Q_SLOTS:
             if (kind == "zone"_s)
                 QVERIFY(zone.forward(pair.known, pair.local));
         }
-        QCOMPARE(Calibration(known, pairs).hints().join(QLatin1Char('|')), expected);
+        const CoordSystemPtr earth = support::made("EPSG:4326");
+        const bool isEarth = kind == "latitude"_s;
+        for (CalibrationPair &pair : pairs) {
+            QPointF lonLat;
+            QVERIFY(CoordTransform(known, earth).forward(pair.known, lonLat));
+            pair.known = isEarth ? lonLat.transposed() : pair.known;
+        }
+        QCOMPARE(Calibration(isEarth ? earth : known, pairs).hints().join(QLatin1Char('|')), expected);
     }
 
     // The figures' uncertainty at the centre is the noise by the root of the number of points, and grows
