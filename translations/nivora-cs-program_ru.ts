@@ -600,37 +600,6 @@ Examples:
         <translation>Именованные системы по словам, коду или месту.</translation>
     </message>
     <message>
-        <source>A system is found when its name or category holds all words, in any order and in
-either language; letter case and accents do not count. A number is a whole EPSG
-code or a whole number in a name. The system of just that name or code comes
-first, also a code that the catalogue does not have. What people say for systems
-(google, swiss, lambert 93), towns and countries are known too, and one slip of
-the hand is forgiven in each word when nothing else is found. --at finds the systems whose
-area of use holds a place, the smallest area first. A line each: EPSG code or
-&quot;-&quot;, name, CoordSys string, separated by tabs. The exit status is 1 when nothing
-was found.
-
-Examples:
-  nivora-cs find 32637
-  nivora-cs find utm Pskov
-  nivora-cs find --at 37.6,55.8 utm
-</source>
-        <translation>Система находится, если в её названии или категории есть все слова, в любом
-порядке и на любом из языков; регистр и диакритика не важны. Число — это целый
-код EPSG или целое число в названии. Система с точно таким названием или кодом
-идёт первой, в том числе код, которого в каталоге нет. Понятны и разговорные
-имена (google, swiss, lambert 93), города и страны, а если иначе ничего не нашлось,
-в каждом слове прощается одна опечатка. --at находит системы, область которых
-содержит место, меньшие области первыми. По строке: код EPSG или «-», название,
-строка CoordSys, через табуляцию. Код выхода 1, если ничего не найдено.
-
-Примеры:
-  nivora-cs find 32637
-  nivora-cs find utm Pskov
-  nivora-cs find --at 37.6,55.8 utm
-</translation>
-    </message>
-    <message>
         <source>Systems in use at a place, degrees.</source>
         <translation>Системы, применяемые в месте; градусы.</translation>
     </message>
@@ -2033,6 +2002,41 @@ N S E W или С Ю В З. Сначала x, если буквы не гово�
     <message>
         <source>the difference of the datums would be left out there</source>
         <translation>сдвиг датума там остался бы неучтённым</translation>
+    </message>
+    </message>
+    <message>
+        <source>found without &quot;%1&quot;</source>
+        <translation>найдено без «%1»</translation>
+    </message>
+    <message>
+        <source>The systems that the words mean, the likeliest first: names in either language,
+codes and authorities, zones (&quot;utm 22s&quot;, &quot;zone 7&quot;), units, countries and towns,
+what people say (google, swiss, lambert 93), in any order; letter case and
+accents do not count, slips of the hand are forgiven. Systems in force come
+before withdrawn ones, everyday ones before their twins. Words that no system
+has are told and left aside. --at finds the systems whose area of use holds a
+place. A line each: EPSG code, code of another authority or &quot;-&quot;, name, CoordSys
+string, separated by tabs. The exit status is 1 when nothing was found.
+
+Examples:
+  nivora-cs find 32637
+  nivora-cs find utm Pskov
+  nivora-cs find --at 37.6,55.8 utm
+</source>
+        <translation>Системы, которые имеются в виду, самые вероятные первыми: имена на обоих языках,
+коды и их издатели, зоны («utm 22s», «зона 7»), единицы, страны и города,
+обиходные названия (google, swiss, lambert 93), в любом порядке; регистр и
+диакритика не важны, описки прощаются. Действующие системы идут раньше
+отменённых, обычные раньше их двойников. Слова, которых ни у кого нет,
+называются и не учитываются. С --at — системы, область применения которых
+содержит место. В строке: код EPSG, код другого издателя или «-», имя, строка
+CoordSys, через табуляцию. Код возврата 1, если ничего не найдено.
+
+Примеры:
+  nivora-cs find 32637
+  nivora-cs find utm Pskov
+  nivora-cs find --at 37.6,55.8 utm
+</translation>
     </message>
 </context>
 </TS>

@@ -62,6 +62,7 @@ public:
     void search(const QString &now);
     void showFound();
     void showPage();
+    QString countText() const;
     void changed();
     void settle();
     Choice choice() const;
@@ -170,8 +171,17 @@ void CoordSystemPicker::Private::showPage()
         ui.showMessage(filter.isPending() ? QObject::tr("Готовлю поиск…") : QObject::tr("Читаю текст…"));
     else
         ui.showList(ui.tree);
-    ui.count->setText(hasFound ? QObject::tr("Найдено: %1").arg(QLocale().toString(filter.foundCount()))
-                               : QString());
+    ui.count->setText(hasFound ? countText() : QString());
+}
+
+/// With the words that the search left aside.
+QString CoordSystemPicker::Private::countText() const
+{
+    const QString count = QObject::tr("Найдено: %1").arg(QLocale().toString(filter.foundCount()));
+    const QVector<CoordSystemFilterModel::Relaxation> &without = filter.relaxations();
+    return without.isEmpty()
+               ? count
+               : QObject::tr("%1 (без слова «%2»)").arg(count, without.first().without.toHtmlEscaped());
 }
 
 QModelIndex CoordSystemPicker::Private::currentRow() const

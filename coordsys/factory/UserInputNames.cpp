@@ -14,7 +14,6 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
-#include <numeric>
 #include <stdexcept>
 
 namespace nivora::cs {
@@ -195,31 +194,6 @@ void appendEntries(const MapinfoCoordSystem &catalogue, bool isForeign, QVector<
 
 // ---- Similarity
 
-/// Letters to change, add, drop or swap with the next; more than \p limit when there are more.
-int editDistance(const QString &a, const QString &b, int limit)
-{
-    if (std::abs(a.size() - b.size()) > limit)
-        return limit + 1;
-    const auto width = static_cast<std::size_t>(b.size()) + 1;
-    std::vector<int> beforeLast(width), last(width), row(width);
-    std::iota(last.begin(), last.end(), 0);
-    for (int i = 1; i <= a.size(); ++i) {
-        row[0] = i;
-        for (int j = 1; j <= b.size(); ++j) {
-            const auto at = static_cast<std::size_t>(j);
-            const int change = a[i - 1] == b[j - 1] ? 0 : 1;
-            row[at] = std::min({last[at] + 1, row[at - 1] + 1, last[at - 1] + change});
-            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
-                row[at] = std::min(row[at], beforeLast[at - 2] + 1);
-        }
-        if (*std::min_element(row.begin(), row.end()) > limit)
-            return limit + 1;
-        beforeLast.swap(last);
-        last.swap(row);
-    }
-    return last.back();
-}
-
 /// What is looked for among names.
 struct Wanted
 {
@@ -395,9 +369,10 @@ QVector<NamedSystem> SystemNames::aliased(const QString &text) const
         if (std::find(alias.names.begin(), alias.names.end(), words) == alias.names.end())
             continue;
         QVector<NamedSystem> systems;
-        for (const int code : alias.codes)
-            systems << NamedSystem{databaseName(QStringLiteral("EPSG"), QString::number(code)),
-                                   QStringLiteral("EPSG:%1").arg(code), QString()};
+        for (const QString &code : alias.codes)
+            systems << NamedSystem{
+                databaseName(code.section(QLatin1Char(':'), 0, 0), code.section(QLatin1Char(':'), 1)), code,
+                QString()};
         QStringList instead;
         for (const std::string &word : alias.words)
             instead << QString::fromStdString(word);

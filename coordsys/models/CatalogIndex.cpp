@@ -67,10 +67,9 @@ CatalogIndex::CatalogIndex(const MapinfoCoordSystem &catalogue, const QDir &reso
     : m_search(catalogue)
 {
     addOtherLanguages(m_search, resources, language);
-    m_search.loadPlaces(QFileInfo(resources.filePath(QStringLiteral("places.tsv"))));
-    m_search.loadAliases(QFileInfo(resources.filePath(QStringLiteral("aliases.tsv"))));
-    m_search.at({}, 1);                      // what these read on first call is read now, not when
-    m_search.find(QStringLiteral("utm"), 1); // somebody types
+    m_search.loadTables(resources);
+    m_search.find(QStringLiteral("utm"),
+                  1); // what it reads on first call is read now, not when somebody types
     readDatabase();
     noteUncatalogued(catalogue);
 }
@@ -106,19 +105,9 @@ void CatalogIndex::noteUncatalogued(const MapinfoCoordSystem &catalogue)
         for (int row = 0; row < list.systems.size(); ++row) {
             const System &system = list.systems.at(row);
             if (!catalogue.entryByEpsg(system.code))
-                m_uncatalogued << Uncatalogued{
-                    country, row, system.code,
-                    searchText(QStringLiteral("%1 %2 epsg %3")
-                                   .arg(system.name, list.name, QString::number(system.code)))};
+                m_uncatalogued.insert(system.code, {country, row});
         }
     }
-}
-
-const CatalogIndex::Uncatalogued *CatalogIndex::uncatalogued(int code) const
-{
-    const auto found = std::find_if(m_uncatalogued.begin(), m_uncatalogued.end(),
-                                    [code](const Uncatalogued &system) { return system.code == code; });
-    return found == m_uncatalogued.end() ? nullptr : &*found;
 }
 
 } // namespace nivora::cs

@@ -8,6 +8,7 @@
 #include <QVector>
 
 #include <memory>
+#include <optional>
 
 namespace nivora::cs {
 
@@ -28,22 +29,23 @@ public:
         QString name;
         QVector<System> systems;
     };
-    /// A system of the database that the MapInfo catalogue does not have, and the words it is found by.
-    struct Uncatalogued
+    /// Where the section of the database has a system.
+    struct Row
     {
         int country;
         int row;
-        int code;
-        QString text; ///< as searchText() makes it
     };
 
     /// \p resources holds the names in other languages and the towns; what is not there is left out.
     CatalogIndex(const MapinfoCoordSystem &catalogue, const QDir &resources, const QString &language);
 
     const QVector<Country> &countries() const { return m_countries; }
-    const QVector<Uncatalogued> &uncatalogued() const { return m_uncatalogued; }
-    /// Null for a code that the catalogue has, or nobody.
-    const Uncatalogued *uncatalogued(int code) const;
+    /// Nothing for a code that the catalogue has, or nobody.
+    std::optional<Row> uncatalogued(int code) const
+    {
+        const auto found = m_uncatalogued.constFind(code);
+        return found == m_uncatalogued.constEnd() ? std::nullopt : std::optional<Row>(*found);
+    }
     const MapinfoSearch &search() const { return m_search; }
     /// Area of use of a code, null when unknown.
     QRectF area(int code) const { return m_areas.value(code); }
@@ -54,7 +56,7 @@ private:
 
     MapinfoSearch m_search;
     QVector<Country> m_countries;
-    QVector<Uncatalogued> m_uncatalogued;
+    QHash<int, Row> m_uncatalogued;
     QHash<int, QRectF> m_areas;
 };
 

@@ -452,7 +452,7 @@ QModelIndex CoordSystemCatalogModel::indexOfCode(int epsg) const
         if (found != entries.end())
             return catalogueIndex(category, static_cast<int>(found - entries.begin()));
     }
-    const CatalogIndex::Uncatalogued *rest = m_index ? m_index->uncatalogued(epsg) : nullptr;
+    const std::optional<CatalogIndex::Row> rest = m_index ? m_index->uncatalogued(epsg) : std::nullopt;
     return rest ? systemIndex(EpsgDatabase, rest->country, rest->row) : QModelIndex();
 }
 

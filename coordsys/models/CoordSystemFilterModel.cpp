@@ -5,14 +5,13 @@
 #include <coordsys/CoordSysFactory.h>
 
 #include <QFutureWatcher>
-#include <QSet>
 #include <QThreadPool>
 #include <QtConcurrent>
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
-#include <tuple>
 
 namespace nivora::cs {
 namespace {
@@ -51,11 +50,11 @@ struct NIVORA_CS_NO_EXPORT CoordSystemFilterModel::Query
     using Place = std::optional<QRectF>;
 
     Answer answer() const;
-    Entries find(const QString &words, const Place &where) const;
+    Entries find(const QString &words, const Place &where, QStringList *without = nullptr) const;
     void addOwn(const QStringList &words, Entries &out) const;
-    void addCatalogue(const QString &words, Entries &out) const;
-    void addDatabase(const QStringList &words, Entries &out) const;
-    Entries inUseAt(const QRectF &where, const Entries &entries, bool bySize) const;
+    QStringList addFound(const QString &words, const Place &where, Entries &out) const;
+    Relaxation leftAside(const QStringList &without, int count) const;
+    Entries inUseAt(const QRectF &where, const Entries &entries) const;
     QVector<Relaxation> relaxations() const;
 
     QString text;
@@ -177,23 +176,27 @@ void CoordSystemFilterModel::show(Answer answer)
 CoordSystemFilterModel::Answer CoordSystemFilterModel::Query::answer() const
 {
     Answer answer;
-    answer.entries = find(text, place);
+    QStringList without;
+    answer.entries = find(text, place, &without);
     if (answer.entries.isEmpty())
         answer.relaxations = relaxations();
+    else if (!without.isEmpty())
+        answer.relaxations = {leftAside(without, answer.entries.size())};
     return answer;
 }
 
-CoordSystemFilterModel::Query::Entries CoordSystemFilterModel::Query::find(const QString &words,
-                                                                           const Place &where) const
+CoordSystemFilterModel::Query::Entries
+CoordSystemFilterModel::Query::find(const QString &words, const Place &where, QStringList *without) const
 {
     const QStringList list = searchText(words).split(QLatin1Char(' '), Qt::SkipEmptyParts);
     Entries entries;
     if (list.isEmpty() && !where)
         return entries;
     addOwn(list, entries);
-    addCatalogue(words, entries);
-    addDatabase(list, entries);
-    return where ? inUseAt(*where, entries, list.isEmpty()) : entries;
+    const QStringList useless = addFound(words, where, entries);
+    if (without)
+        *without = useless;
+    return where ? inUseAt(*where, entries) : entries;
 }
 
 void CoordSystemFilterModel::Query::addOwn(const QStringList &words, Entries &out) const
@@ -212,70 +215,43 @@ void CoordSystemFilterModel::Query::addOwn(const QStringList &words, Entries &ou
     }
 }
 
-void CoordSystemFilterModel::Query::addCatalogue(const QString &words, Entries &out) const
+/// Systems of other authorities than EPSG have no row to be shown in. \return the words of no use.
+QStringList CoordSystemFilterModel::Query::addFound(const QString &words, const Place &where,
+                                                    Entries &out) const
 {
-    const auto section = CoordSystemCatalogModel::MapinfoCatalogue;
-    if (!searchText(words).isEmpty()) {
-        const auto hits = index->search().find(words, std::numeric_limits<int>::max());
-        for (const MapinfoSearch::Hit &hit : hits) {
-            const auto *rest = hit.isInCatalogue() ? nullptr : index->uncatalogued(hit.epsg);
-            if (hit.isInCatalogue())
-                out << Entry{section, hit.position.first, hit.position.second, hit.epsg};
-            else if (rest)
-                out << Entry{CoordSystemCatalogModel::EpsgDatabase, rest->country, rest->row, hit.epsg};
-        }
-        return;
+    const std::optional<QPointF> middle = where ? std::optional<QPointF>(where->center()) : std::nullopt;
+    const auto answer = index->search().answer(words, middle, std::numeric_limits<int>::max());
+    for (const MapinfoSearch::Hit &hit : answer.hits) {
+        if (hit.isInCatalogue())
+            out << Entry{CoordSystemCatalogModel::MapinfoCatalogue, hit.position.first, hit.position.second,
+                         hit.epsg};
+        else if (const auto row = index->uncatalogued(hit.epsg))
+            out << Entry{CoordSystemCatalogModel::EpsgDatabase, row->country, row->row, hit.epsg};
     }
-    for (int category = 0; category < categories.size(); ++category) {
-        const QList<CoordSystemParams> &entries = categories.at(category).entries;
-        for (int row = 0; row < entries.size(); ++row)
-            out << Entry{section, category, row, entries.at(row).epsg()};
-    }
+    return answer.without;
 }
 
-/// A code that is asked for by number stands above all that merely hold the number. The search itself may
-/// have given some of the database's systems.
-void CoordSystemFilterModel::Query::addDatabase(const QStringList &words, Entries &out) const
+/// The text without the words that the search had no use for.
+CoordSystemFilterModel::Relaxation CoordSystemFilterModel::Query::leftAside(const QStringList &without,
+                                                                            int count) const
 {
-    QSet<int> given;
-    for (const Entry &entry : qAsConst(out))
-        if (entry.section == CoordSystemCatalogModel::EpsgDatabase)
-            given << entry.epsg;
-    int asked = 0;
-    for (const CatalogIndex::Uncatalogued &system : index->uncatalogued()) {
-        if (given.contains(system.code) || !holdsWords(system.text, words))
-            continue;
-        const Entry entry{CoordSystemCatalogModel::EpsgDatabase, system.country, system.row, system.code};
-        if (words.contains(QString::number(system.code)))
-            out.insert(asked++, entry);
-        else
-            out << entry;
-    }
+    QStringList rest;
+    for (const QString &part : text.simplified().split(QLatin1Char(' ')))
+        if (!without.contains(searchText(part)))
+            rest << part;
+    return {rest.join(QLatin1Char(' ')), without.join(QLatin1Char(' ')), count};
 }
 
-CoordSystemFilterModel::Query::Entries
-CoordSystemFilterModel::Query::inUseAt(const QRectF &where, const Entries &entries, bool bySize) const
+/// Those that hold the middle of a place; before the others those that hold all of it.
+CoordSystemFilterModel::Query::Entries CoordSystemFilterModel::Query::inUseAt(const QRectF &where,
+                                                                              const Entries &entries) const
 {
-    struct Sized
-    {
-        bool isPart;
-        double share;
-        Entry entry;
-    };
-    QVector<Sized> there;
-    for (const Entry &entry : entries) {
-        const QRectF area = index->area(entry.epsg);
-        if (areaHolds(area, middleOf(where)))
-            there << Sized{!areaHolds(area, where), shareOfEarth(area), entry};
-    }
-    if (bySize)
-        std::stable_sort(there.begin(), there.end(), [](const Sized &a, const Sized &b) {
-            return std::tie(a.isPart, a.share) < std::tie(b.isPart, b.share);
-        });
-    Entries sorted;
-    for (const Sized &system : there)
-        sorted << system.entry;
-    return sorted;
+    Entries there;
+    std::copy_if(entries.begin(), entries.end(), std::back_inserter(there),
+                 [&](const Entry &entry) { return areaHolds(index->area(entry.epsg), middleOf(where)); });
+    std::stable_partition(there.begin(), there.end(),
+                          [&](const Entry &entry) { return areaHolds(index->area(entry.epsg), where); });
+    return there;
 }
 
 QVector<CoordSystemFilterModel::Relaxation> CoordSystemFilterModel::Query::relaxations() const

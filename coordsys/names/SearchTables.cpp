@@ -16,7 +16,7 @@ SearchAlias aliasOf(const QStringList &cells)
         if (std::vector<std::string> words = wordsOf(name); !words.empty())
             alias.names.push_back(std::move(words));
     for (const QString &code : cells.at(Codes).split(QLatin1Char(';'), Qt::SkipEmptyParts))
-        alias.codes << code.toInt();
+        alias.codes << withAuthority(code);
     return alias;
 }
 
@@ -25,6 +25,11 @@ SearchAlias aliasOf(const QStringList &cells)
 QString SearchAlias::remark(const QString &language) const
 {
     return remarks[language.startsWith(QLatin1String("ru")) ? 0 : 1];
+}
+
+QString withAuthority(const QString &code)
+{
+    return code.contains(QLatin1Char(':')) ? code : QStringLiteral("EPSG:") + code;
 }
 
 std::optional<std::vector<QStringList>> tableRows(const QFileInfo &info)

@@ -169,7 +169,8 @@ private Q_SLOTS:
             << "hopeless" << 0 << QStringLiteral("Систему нельзя создать");
         QTest::newRow("code of a geocentric system")
             << "EPSG:4978" << 0 << QStringLiteral("КС не имеет плановой части");
-        QTest::newRow("one word too many") << "32637 qwertyq" << 0 << QStringLiteral("Без слова «qwertyq»");
+        QTest::newRow("one word too many")
+            << "32637 qwertyq" << 32637 << QStringLiteral("без слова «qwertyq»");
     }
     void texts()
     {

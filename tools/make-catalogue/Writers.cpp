@@ -205,7 +205,7 @@ QByteArray oracleXml(const Table &legacy, const Catalogue &catalogue, const Vers
 
 QByteArray placesTsv(const Table &cities)
 {
-    QByteArray text = "# longitude, latitude (degrees), names\n";
+    QByteArray text = "# longitude, latitude (degrees), names, country\n";
     QSet<QString> known;
     for (const Table::Row &row : cities) {
         const double longitude = row.real("longitude");
@@ -219,18 +219,26 @@ QByteArray placesTsv(const Table &cities)
                 throw Failure(QStringLiteral("%1: a name is empty or stands twice").arg(names.first()));
             known.insert(name);
         }
-        text +=
-            QStringList{QString::number(longitude), QString::number(latitude), names.join(QLatin1Char(';'))}
-                .join(QLatin1Char('\t'))
-                .toUtf8() +
-            '\n';
+        text += QStringList{QString::number(longitude), QString::number(latitude),
+                            names.join(QLatin1Char(';')), row.text("country")}
+                    .join(QLatin1Char('\t'))
+                    .toUtf8() +
+                '\n';
     }
+    return text;
+}
+
+QByteArray countriesTsv(const Table &countries)
+{
+    QByteArray text = "# names, codes in force, the country's own first\n";
+    for (const Table::Row &row : countries)
+        text += (row.text("names") + QLatin1Char('\t') + row.text("codes")).toUtf8() + '\n';
     return text;
 }
 
 QByteArray aliasesTsv(const Table &aliases, const Table &places)
 {
-    QByteArray text = "# names, EPSG codes, words instead, remark in Russian, remark in English\n";
+    QByteArray text = "# names, codes, words instead, remark in Russian, remark in English\n";
     const auto put = [&text](const QStringList &cells) {
         text += cells.join(QLatin1Char('\t')).toUtf8() + '\n';
     };

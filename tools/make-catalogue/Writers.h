@@ -43,6 +43,8 @@ QByteArray oracleXml(const Table &legacy, const Catalogue &catalogue, const Vers
 /// The towns by which a search knows places. Throws Failure for a place that is none and for a name that
 /// stands twice.
 QByteArray placesTsv(const Table &cities);
+/// Countries and the systems in force there, for searches.
+QByteArray countriesTsv(const Table &countries);
 /// What people say for systems, and the Russian names of countries for those that stand in areas of use.
 QByteArray aliasesTsv(const Table &aliases, const Table &places);
 /// The systems that are not in the catalogue, one a line, with the reason.

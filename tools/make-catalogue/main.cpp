@@ -98,6 +98,8 @@ int generate(const Options &options)
     output.put(QStringLiteral("OracleSRID.xml"), oracleXml(legacy, catalogue, versions));
     output.put(QStringLiteral("places.tsv"),
                placesTsv(Table(options.tables + QStringLiteral("/cities.tsv"))));
+    output.put(QStringLiteral("countries.tsv"),
+               countriesTsv(Table(options.tables + QStringLiteral("/countries.tsv"))));
     output.put(QStringLiteral("aliases.tsv"),
                aliasesTsv(Table(options.tables + QStringLiteral("/aliases.tsv")),
                           Table(options.tables + QStringLiteral("/places.tsv"))));

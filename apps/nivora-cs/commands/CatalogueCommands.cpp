@@ -18,7 +18,6 @@
 #include <QJsonObject>
 #include <QMap>
 #include <QObject>
-#include <QSet>
 
 #include <cmath>
 
@@ -36,10 +35,16 @@ QString codeText(int epsg)
     return epsg == CoordSystem::EPSG_UNDEFINDED ? QStringLiteral("-") : QString::number(epsg);
 }
 
-/// Code, name and CoordSys string of an entry, separated by tabs.
-QString entryLine(int epsg, const QString &name, const QString &prj)
+/// The number of an EPSG code, a code of another authority with its name, "-" where there is none.
+QString codeText(const MapinfoSearch::Hit &hit)
 {
-    return codeText(epsg) + QLatin1Char('\t') + name + QLatin1Char('\t') + prj + QLatin1Char('\n');
+    return hit.code.isEmpty() || hit.epsg > 0 ? codeText(hit.epsg) : hit.code;
+}
+
+/// Code, name and CoordSys string of an entry, separated by tabs.
+QString entryLine(const QString &code, const QString &name, const QString &prj)
+{
+    return code + QLatin1Char('\t') + name + QLatin1Char('\t') + prj + QLatin1Char('\n');
 }
 
 /// The categories, a row each.
@@ -66,7 +71,7 @@ bool addEntries(const MapinfoCoordSystem &catalogue, const QString &wanted, QStr
             const int epsg = list.entries.at(index).epsg();
             const QString name = list.entries.at(index).name();
             const QString prj = catalogue.getStrMB(category, index);
-            text += entryLine(epsg, name, prj);
+            text += entryLine(codeText(epsg), name, prj);
             rows << QJsonObject{{QStringLiteral("epsg"), epsg > 0 ? QJsonValue(epsg) : QJsonValue()},
                                 {QStringLiteral("name"), name},
                                 {QStringLiteral("prj"), prj}};
@@ -112,26 +117,16 @@ QPointF placeOf(const QString &text)
     return {numbers[0], numbers[1]};
 }
 
-/// With words and a place: the systems of that place that the words find, in the order of the place.
+/// The systems that words mean, those of a place where one is given. Tells which words were of no use.
 QVector<MapinfoSearch::Hit> hitsOf(const CommandLine &line, const MapinfoSearch &search, int limit)
 {
-    constexpr int all = 1 << 30;
     const QString words = typedText(line.arguments().join(QLatin1Char(' ')));
-    if (!line.isSet("at"))
-        return search.find(words, limit);
-    const QVector<MapinfoSearch::Hit> there =
-        search.at(placeOf(line.value("at")), words.isEmpty() ? limit : all);
-    if (words.isEmpty())
-        return there;
-    QSet<std::pair<int, int>> named;
-    const QVector<MapinfoSearch::Hit> byName = search.find(words, all);
-    for (const MapinfoSearch::Hit &hit : byName)
-        named.insert(hit.position);
-    QVector<MapinfoSearch::Hit> both;
-    for (const MapinfoSearch::Hit &hit : there)
-        if (both.size() < limit && named.contains(hit.position))
-            both << hit;
-    return both;
+    const std::optional<QPointF> place =
+        line.isSet("at") ? std::optional<QPointF>(placeOf(line.value("at"))) : std::nullopt;
+    const MapinfoSearch::Answer answer = search.answer(words, place, limit);
+    if (!answer.hits.isEmpty() && !answer.without.isEmpty())
+        complain(QObject::tr("found without \"%1\"").arg(answer.without.join(QLatin1String("\", \""))));
+    return answer.hits;
 }
 
 /// The search as a user expects it: names of both languages, and towns.
@@ -147,8 +142,7 @@ void addWhatUsersType(MapinfoSearch &search, const CoordSysFactory &factory)
         names.loadFromPRJ(file);
         search.addNames(names);
     }
-    search.loadPlaces(QFileInfo(factory.resourceDir(), QStringLiteral("places.tsv")));
-    search.loadAliases(QFileInfo(factory.resourceDir(), QStringLiteral("aliases.tsv")));
+    search.loadTables(factory.resourceDir());
 }
 
 /// The entry's CoordSys string, or that of the database's system; empty when it has none.
@@ -157,7 +151,7 @@ QString prjOf(const CoordSysFactory &factory, const MapinfoSearch::Hit &hit)
     if (hit.isInCatalogue())
         return factory.mapinfoCoordSystem()->getStrMB(hit.position.first, hit.position.second);
     try {
-        return factory.createFromEpsg(hit.epsg)->prjStr();
+        return factory.createFromUserInput(hit.code)->prjStr();
     } catch (const std::exception &) {
         return {};
     }
@@ -170,6 +164,9 @@ QJsonObject hitJson(const MapinfoSearch::Hit &hit, const QString &prj)
                        {QStringLiteral("coordsys"), prj}};
     if (hit.epsg != CoordSystem::EPSG_UNDEFINDED)
         object.insert(QStringLiteral("epsg"), hit.epsg);
+    if (!hit.code.isEmpty())
+        object.insert(QStringLiteral("code"), hit.code);
+    object.insert(QStringLiteral("withdrawn"), hit.isWithdrawn);
     return object;
 }
 
@@ -188,7 +185,7 @@ int runFind(const CommandLine &line)
     const QVector<MapinfoSearch::Hit> hits = hitsOf(line, search, limit);
     for (const MapinfoSearch::Hit &hit : hits) {
         const QString prj = prjOf(session.factory(), hit);
-        text += entryLine(hit.epsg, hit.name, prj);
+        text += entryLine(codeText(hit), hit.name, prj);
         list.append(hitJson(hit, prj));
     }
     print(line.isSet("json") ? QString::fromUtf8(QJsonDocument(list).toJson()) : text);
@@ -237,15 +234,14 @@ const Command &findCommand()
         "[options] WORDS...",
         QT_TRANSLATE_NOOP("QObject", "Named systems by words, code or place."),
         QT_TRANSLATE_NOOP("QObject",
-                          R"(A system is found when its name or category holds all words, in any order and in
-either language; letter case and accents do not count. A number is a whole EPSG
-code or a whole number in a name. The system of just that name or code comes
-first, also a code that the catalogue does not have. What people say for systems
-(google, swiss, lambert 93), towns and countries are known too, and one slip of
-the hand is forgiven in each word when nothing else is found. --at finds the systems whose
-area of use holds a place, the smallest area first. A line each: EPSG code or
-"-", name, CoordSys string, separated by tabs. The exit status is 1 when nothing
-was found.
+                          R"(The systems that the words mean, the likeliest first: names in either language,
+codes and authorities, zones ("utm 22s", "zone 7"), units, countries and towns,
+what people say (google, swiss, lambert 93), in any order; letter case and
+accents do not count, slips of the hand are forgiven. Systems in force come
+before withdrawn ones, everyday ones before their twins. Words that no system
+has are told and left aside. --at finds the systems whose area of use holds a
+place. A line each: EPSG code, code of another authority or "-", name, CoordSys
+string, separated by tabs. The exit status is 1 when nothing was found.
 
 Examples:
   nivora-cs find 32637

@@ -1,0 +1,140 @@
+#include "SearchLexicon_p.h"
+
+#include "SearchWords_p.h"
+#include <coordsys/CoordSystemTypes.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace nivora::cs {
+namespace {
+
+std::vector<std::vector<std::string>> namesIn(const QString &cell)
+{
+    std::vector<std::vector<std::string>> names;
+    for (const QString &name : cell.split(QLatin1Char(';')))
+        if (std::vector<std::string> words = wordsOf(name); !words.empty())
+            names.push_back(std::move(words));
+    return names;
+}
+
+std::vector<std::string> stems(const std::vector<std::string> &words)
+{
+    std::vector<std::string> result;
+    std::transform(words.begin(), words.end(), std::back_inserter(result), russianStem);
+    return result;
+}
+
+} // namespace
+
+std::string russianStem(const std::string &word)
+{
+    constexpr int shortestStem = 3;
+    const QString endings = QStringLiteral("аеёиоуыэюяйь");
+    QString stem = QString::fromStdString(word);
+    while (stem.size() > shortestStem && endings.contains(stem.back()))
+        stem.chop(1);
+    return stem.toStdString();
+}
+
+void SearchLexicon::Phrases::add(const Words &phrase, int index)
+{
+    m_longest = std::max(m_longest, phrase.size());
+    m_phrases.emplace(stems(phrase), index);
+}
+
+int SearchLexicon::Phrases::find(const Words &phrase) const
+{
+    const auto found = m_phrases.find(stems(phrase));
+    return found == m_phrases.end() ? -1 : found->second;
+}
+
+std::vector<FoundPhrase> SearchLexicon::Phrases::in(const Words &words) const
+{
+    const Words stemmed = stems(words);
+    std::vector<FoundPhrase> found;
+    for (std::size_t count = std::min(m_longest, words.size()); count > 0; --count)
+        for (std::size_t first = 0; first + count <= words.size(); ++first) {
+            const auto begin = stemmed.begin() + static_cast<std::ptrdiff_t>(first);
+            const auto hit = m_phrases.find(Words(begin, begin + static_cast<std::ptrdiff_t>(count)));
+            if (hit != m_phrases.end())
+                found.push_back({first, count, hit->second});
+        }
+    return found;
+}
+
+int SearchLexicon::loadCountries(const QFileInfo &file)
+{
+    const auto rows = tableRows(file);
+    for (const QStringList &cells : rows.value_or(std::vector<QStringList>())) {
+        SearchCountry country{namesIn(cells.value(0)), {}};
+        for (const QString &code : cells.value(1).split(QLatin1Char(';'), Qt::SkipEmptyParts))
+            country.codes << withAuthority(code);
+        for (const Words &name : country.names)
+            m_countryNames.add(name, static_cast<int>(m_countries.size()));
+        m_countries.push_back(std::move(country));
+    }
+    return rows ? static_cast<int>(m_countries.size()) : -1;
+}
+
+int SearchLexicon::loadTowns(const QFileInfo &file)
+{
+    enum Column { Longitude, Latitude, Names, Country };
+    const auto rows = tableRows(file);
+    int count = 0;
+    for (const QStringList &cells : rows.value_or(std::vector<QStringList>())) {
+        bool isLon = false;
+        bool isLat = false;
+        const QPointF lonLat(cells.value(Longitude).toDouble(&isLon), cells.value(Latitude).toDouble(&isLat));
+        if (cells.size() <= Names || !isLon || !isLat)
+            continue;
+        ++count;
+        for (const Words &name : namesIn(cells.at(Names)))
+            m_townNames.add(name, static_cast<int>(m_towns.size()));
+        m_towns.push_back({lonLat, countryNamed(cells.value(Country))});
+    }
+    return rows ? count : -1;
+}
+
+int SearchLexicon::loadAliases(const QFileInfo &file)
+{
+    const auto rows = nivora::cs::aliasesIn(file);
+    if (!rows)
+        return -1;
+    for (const SearchAlias &alias : *rows) {
+        for (const Words &name : alias.names)
+            m_aliasNames.add(name, static_cast<int>(m_aliases.size()));
+        m_aliases.push_back(alias);
+    }
+    return static_cast<int>(rows->size());
+}
+
+int SearchLexicon::countryNamed(const QString &name) const { return m_countryNames.find(wordsOf(name)); }
+
+int SearchLexicon::countryAt(const QPointF &lonLat) const
+{
+    const auto squareTo = [&lonLat](const SearchTown &town) {
+        const double east = std::remainder(town.lonLat.x() - lonLat.x(), 360.0) *
+                            std::cos(lonLat.y() * CoordSystemTypes::DEGREES_TO_RADIANS);
+        const double north = town.lonLat.y() - lonLat.y();
+        return east * east + north * north;
+    };
+    const auto nearest = std::min_element(m_towns.begin(), m_towns.end(), [&](const auto &a, const auto &b) {
+        return squareTo(a) < squareTo(b);
+    });
+    return nearest == m_towns.end() ? -1 : nearest->country;
+}
+
+QString SearchLexicon::remark(const Words &words, const QString &language) const
+{
+    const auto isIn = [&words](const std::string &word) {
+        return std::find(words.begin(), words.end(), word) != words.end();
+    };
+    for (const SearchAlias &alias : m_aliases)
+        for (const Words &name : alias.names)
+            if (std::all_of(name.begin(), name.end(), isIn) && !alias.remark(language).isEmpty())
+                return alias.remark(language);
+    return {};
+}
+
+} // namespace nivora::cs

@@ -1,0 +1,514 @@
+#include "SystemRanking_p.h"
+
+#include "GeographicExtent_p.h"
+#include "SearchWords_p.h"
+
+#include <QHash>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+namespace nivora::cs {
+namespace {
+
+/// What a word is worth in a field: as a whole word, at the beginning of one, within one.
+struct FieldWeights
+{
+    float whole;
+    float beginning;
+    float inside;
+};
+constexpr FieldWeights inName = {3.0F, 2.3F, 1.4F};
+constexpr FieldWeights inOtherName = {2.7F, 2.1F, 1.2F};
+constexpr FieldWeights inArea = {2.0F, 1.6F, 0.0F};
+constexpr FieldWeights inGroup = {1.3F, 1.1F, 0.0F};
+constexpr float asStrong = 2.0F; ///< a hit in a name
+
+// Points for what is understood of a query; a rare word in a name is worth some eight.
+constexpr double rightZone = 6.0;
+constexpr double noZone = -3.0;
+constexpr double otherZone = -5.0;
+constexpr double inForce = 10.0;
+constexpr double inForceStep = 0.45;
+constexpr double ofFamilyInForce = 8.5;
+constexpr double ofCountry = 3.5;
+constexpr double missingWord = 2.2;
+
+enum class Likeness : unsigned char { None, Whole, Beginning, Inside };
+
+bool isNumeral(const std::string &word) { return word.find_first_not_of("0123456789") == std::string::npos; }
+
+/// A word of the query against all words of the index.
+class WordLikeness
+{
+public:
+    WordLikeness(const std::string &word, const std::vector<std::string> &words)
+        : m_likeness(words.size(), Likeness::None)
+        , m_cover(words.size(), 1.0F)
+    {
+        compare(word, words);
+        if (!m_isKnown && !isNumeral(word))
+            compare(russianStem(word), words);
+        if (!m_isKnown && !isNumeral(word))
+            forgive(word, words);
+    }
+
+    bool isKnown() const { return m_isKnown; }
+    float value(const std::vector<int> &field, const FieldWeights &weights) const
+    {
+        float best = 0.0F;
+        for (const int word : field)
+            best = std::max(best, value(static_cast<std::size_t>(word), weights));
+        return best;
+    }
+
+private:
+    float value(std::size_t word, const FieldWeights &weights) const
+    {
+        switch (m_likeness[word]) {
+        case Likeness::Whole:
+            return weights.whole * m_cover[word];
+        case Likeness::Beginning:
+            return weights.beginning * m_cover[word];
+        case Likeness::Inside:
+            return weights.inside;
+        case Likeness::None:
+            break;
+        }
+        return 0.0F;
+    }
+
+    void compare(const std::string &word, const std::vector<std::string> &words)
+    {
+        constexpr std::size_t leastInside = 4; // bytes
+        const bool isPart = !isNumeral(word) && word.size() > 1;
+        for (std::size_t i = 0; i < words.size(); ++i) {
+            const std::string &known = words[i];
+            if (known.size() < word.size())
+                continue;
+            if (known == word)
+                note(i, Likeness::Whole, 1.0F);
+            else if (isPart && known.compare(0, word.size(), word) == 0)
+                note(i, Likeness::Beginning,
+                     0.75F + 0.25F * static_cast<float>(word.size()) / static_cast<float>(known.size()));
+            else if (isPart && word.size() >= leastInside && known.find(word) != std::string::npos)
+                note(i, Likeness::Inside, 1.0F);
+        }
+    }
+
+    /// One slip of the hand, two in a long word.
+    void forgive(const std::string &word, const std::vector<std::string> &words)
+    {
+        constexpr float slipped = 0.8F;
+        const QString typed = QString::fromStdString(word);
+        for (std::size_t i = 0; i < words.size(); ++i)
+            if (isSlip(typed, QString::fromStdString(words[i])))
+                note(i, Likeness::Whole, slipped);
+    }
+
+    static bool isSlip(const QString &typed, const QString &known)
+    {
+        constexpr int longWord = 8;
+        constexpr int leastLetters = 4;
+        const int least = std::min(typed.size(), known.size());
+        return least >= leastLetters && editDistance(typed, known, 2) <= (least >= longWord ? 2 : 1);
+    }
+
+    void note(std::size_t word, Likeness likeness, float cover)
+    {
+        m_likeness[word] = likeness;
+        m_cover[word] = cover;
+        m_isKnown = true;
+    }
+
+    std::vector<Likeness> m_likeness;
+    std::vector<float> m_cover;
+    bool m_isKnown = false;
+};
+
+struct Scored
+{
+    int system;
+    int missing; ///< things asked for that it does not have
+    double score;
+};
+
+class Ranking
+{
+public:
+    Ranking(const SystemIndex &index, const SearchLexicon &lexicon, const SearchQuery &query)
+        : m_index(index)
+        , m_lexicon(lexicon)
+        , m_query(query)
+        , m_points(index.systems().size(), 0.0)
+        , m_found(index.systems().size(), 0)
+        , m_force(forceIn(query.country))
+        , m_placeForce(forceIn(query.placeCountry))
+    {}
+
+    RankedSystems ranked()
+    {
+        addWords();
+        if (!m_query.numbers.isEmpty())
+            addCodes();
+        addNicknames();
+        noteNames();
+        std::vector<Scored> scored;
+        for (std::size_t i = 0; i < m_points.size(); ++i)
+            if (const Scored one = score(static_cast<int>(i)); one.score > leastScore)
+                scored.push_back(one);
+        return {best(scored), m_without};
+    }
+
+private:
+    static constexpr double leastScore = -1e9;
+
+    /// Of a country: the place of each system in its list, and that of families.
+    struct Force
+    {
+        QHash<int, int> systems;
+        QHash<int, int> families;
+    };
+
+    const IndexedSystem &at(int system) const { return m_index.systems()[static_cast<std::size_t>(system)]; }
+
+    Force forceIn(int country) const
+    {
+        Force force;
+        if (country < 0)
+            return force;
+        const QStringList &codes = m_lexicon.countries()[static_cast<std::size_t>(country)].codes;
+        for (int rank = 0; rank < codes.size(); ++rank) {
+            const int system = m_index.withCode(codes.at(rank));
+            if (system < 0)
+                continue;
+            force.systems.insert(system, rank);
+            const int family = at(system).family;
+            if (family >= 0 && !force.families.contains(family))
+                force.families.insert(family, rank);
+        }
+        return force;
+    }
+
+    void addWords()
+    {
+        for (const std::string &word : m_query.words) {
+            const WordLikeness likeness(word, m_index.words());
+            if (!likeness.isKnown()) {
+                const QString text = QString::fromStdString(word);
+                if (!m_query.numbers.contains(text) && !isOfNickname())
+                    m_without << text;
+                continue;
+            }
+            addWord(likeness, zoneNumber(word));
+            ++m_words;
+        }
+    }
+
+    bool isOfNickname() const
+    {
+        return std::any_of(m_query.nicknames.begin(), m_query.nicknames.end(),
+                           [](const auto &n) { return n.isAll; });
+    }
+
+    /// \p zone: a number may be that of a zone, also where it stands alone ("plane rectangular 12").
+    void addWord(const WordLikeness &likeness, std::optional<int> zone)
+    {
+        std::vector<float> areas;
+        for (const std::vector<int> &area : m_index.areaWords())
+            areas.push_back(likeness.value(area, inArea));
+        std::vector<float> values;
+        int strong = 0;
+        for (const IndexedSystem &system : m_index.systems()) {
+            float value =
+                std::max(likeness.value(system.name, inName), likeness.value(system.group, inGroup));
+            for (const std::vector<int> &other : system.others)
+                value = std::max(value, likeness.value(other, inOtherName));
+            if (system.area >= 0)
+                value = std::max(value, areas[static_cast<std::size_t>(system.area)]);
+            if (zone && system.zone.number == zone)
+                value = inName.whole;
+            strong += value >= asStrong;
+            values.push_back(value);
+        }
+        const double weight = weightOf(strong);
+        for (std::size_t i = 0; i < values.size(); ++i)
+            if (values[i] > 0.0F) {
+                m_points[i] += (values[i] + missingWord) * weight;
+                ++m_found[i];
+            }
+    }
+
+    /// Rare words tell more.
+    double weightOf(int systems) const
+    {
+        const double share = static_cast<double>(m_index.systems().size()) / std::max(1, systems);
+        return std::clamp(std::log10(share) / 2.0, 0.35, 1.6);
+    }
+
+    /// Numbers that are codes; "1942" is none.
+    void addCodes()
+    {
+        for (const IndexedSystem &system : m_index.systems()) {
+            const QString number = system.hit.code.section(QLatin1Char(':'), -1);
+            if (m_query.numbers.contains(number) && !m_codes.contains(number))
+                m_codes << number;
+        }
+    }
+
+    void addNicknames()
+    {
+        constexpr double all = 12.0;
+        constexpr double part = 7.0;
+        constexpr double step = 0.8;
+        for (const SearchQuery::Nickname &name : m_query.nicknames)
+            for (int i = 0; i < name.codes.size(); ++i) {
+                const int system = m_index.withCode(name.codes.at(i));
+                if (system < 0)
+                    continue;
+                const double points =
+                    (name.isAll ? all : part) - step * i + 0.3 * static_cast<double>(name.words);
+                double &known = m_nicknamed[system];
+                known = std::max(known, points);
+            }
+    }
+
+    /// The words of a query for what a name has more of.
+    void noteNames()
+    {
+        m_asked.assign(m_index.words().size(), false);
+        for (std::size_t i = 0; i < m_asked.size(); ++i)
+            m_asked[i] = isAsked(m_index.words()[i]);
+    }
+
+    bool isAsked(const std::string &known) const
+    {
+        constexpr std::size_t leastBeginning = 3;
+        static const char *const ofZones[] = {"zone", "n", "s", "gauss", "kruger"};
+        const auto is = [&known](const std::string &word) {
+            return known == word ||
+                   (word.size() >= leastBeginning && known.compare(0, word.size(), word) == 0);
+        };
+        return std::any_of(m_query.allWords.begin(), m_query.allWords.end(), is) ||
+               std::any_of(m_query.words.begin(), m_query.words.end(), is) ||
+               (m_query.zone &&
+                std::find(std::begin(ofZones), std::end(ofZones), known) != std::end(ofZones));
+    }
+
+    Scored score(int number) const
+    {
+        const IndexedSystem &system = at(number);
+        const auto i = static_cast<std::size_t>(number);
+        Scored result{number, m_words - m_found[i], m_points[i] + system.standing};
+        bool isAny = m_found[i] > 0;
+        addField(result, isAny, zonePoints(system));
+        addField(result, isAny, meridianPoints(system));
+        addField(result, isAny, countryPoints(number, system));
+        addField(result, isAny, placePoints(number, system));
+        addField(result, isAny, codePoints(system));
+        if (const auto nickname = m_nicknamed.constFind(number); nickname != m_nicknamed.constEnd()) {
+            const bool fits = nickname.value() >= 12.0 ? !m_query.zone : result.missing == 0;
+            result.score += fits ? nickname.value() : 2.0;
+            result.missing = fits ? 0 : result.missing;
+            isAny = true;
+        }
+        if (!isAny)
+            return {number, 0, leastScore};
+        constexpr double lack = 1.5;
+        result.score += plainPoints(system) + namePoints(system) - lack * result.missing;
+        return result;
+    }
+
+    struct Points
+    {
+        double points = 0.0;
+        bool isHit = false;
+        bool isMissing = false;
+    };
+    static void addField(Scored &scored, bool &isAny, const Points &points)
+    {
+        scored.score += points.points;
+        scored.missing += points.isMissing;
+        isAny = isAny || points.isHit;
+    }
+
+    Points zonePoints(const IndexedSystem &system) const
+    {
+        const ZoneInName &zone = system.zone;
+        if (!m_query.zone)
+            return {zone.number || zone.meridian ? -0.5 : 0.0};
+        if (!zone.number)
+            return {noZone, false, true};
+        if (*zone.number != *m_query.zone)
+            return {otherZone, false, true};
+        if (m_query.hemisphere == 0)
+            return {zone.hemisphere == 's' ? rightZone - 0.7 : rightZone, true};
+        if (zone.hemisphere != m_query.hemisphere)
+            return {zone.hemisphere == 0 ? 2.0 : -3.0, false, zone.hemisphere != 0};
+        return {rightZone, true};
+    }
+
+    /// A zone of six degrees has its meridian from its number.
+    Points meridianPoints(const IndexedSystem &system) const
+    {
+        if (!m_query.meridian)
+            return {};
+        if (system.zone.meridian == m_query.meridian)
+            return {rightZone, true};
+        const bool isSixDegree = system.zone.number && *system.zone.number * 6 - 3 == *m_query.meridian &&
+                                 system.hit.name.contains(QLatin1String("Kruger"));
+        return isSixDegree ? Points{rightZone - 1.0, true} : Points{noZone, false, true};
+    }
+
+    Points countryPoints(int number, const IndexedSystem &system) const
+    {
+        if (m_query.country < 0)
+            return {};
+        if (const auto rank = m_force.systems.constFind(number); rank != m_force.systems.constEnd())
+            return {inForce - inForceStep * std::min(*rank, 8), true};
+        const auto family = m_force.families.constFind(system.family);
+        if (m_query.zone && system.family >= 0 && family != m_force.families.constEnd())
+            return {ofFamilyInForce - 0.2 * std::min(*family, 8), true};
+        const bool isNamed = holdsCountry(system.name) || (system.area >= 0 && holdsCountry(areaOf(system)));
+        return isNamed ? Points{ofCountry, true} : Points{0.0, false, true};
+    }
+
+    const std::vector<int> &areaOf(const IndexedSystem &system) const
+    {
+        return m_index.areaWords()[static_cast<std::size_t>(system.area)];
+    }
+
+    /// Any name of the country that was asked for, as the database spells it.
+    bool holdsCountry(const std::vector<int> &words) const
+    {
+        const auto &names = m_lexicon.countries()[static_cast<std::size_t>(m_query.country)].names;
+        return std::any_of(names.begin(), names.end(), [&](const std::vector<std::string> &name) {
+            return std::all_of(name.begin(), name.end(), [&](const std::string &part) {
+                return std::any_of(words.begin(), words.end(), [&](int word) {
+                    return m_index.words()[static_cast<std::size_t>(word)] == part;
+                });
+            });
+        });
+    }
+
+    Points placePoints(int number, const IndexedSystem &system) const
+    {
+        if (!m_query.place)
+            return {};
+        if (!areaHolds(system.extent, QRectF(*m_query.place, QSizeF(0.0, 0.0))))
+            return {-5.0, false, true};
+        double points = 3.0 - 0.8 * std::log10(system.share * 1e4 + 1.0) - (system.isGeographic ? 1.5 : 0.0);
+        auto rank = m_placeForce.systems.constFind(number);
+        bool isInForce = rank != m_placeForce.systems.constEnd();
+        if (!isInForce && system.family >= 0) {
+            rank = m_placeForce.families.constFind(system.family);
+            isInForce = rank != m_placeForce.families.constEnd();
+        }
+        constexpr double largeCountry = 0.008; // one system for all of it serves no town
+        if (isInForce)
+            points += (system.share > largeCountry ? 0.5 : 3.5) - 0.15 * std::min(*rank, 8);
+        if (system.hit.name.startsWith(QLatin1String("WGS 84 / UTM")))
+            points += 1.8;
+        return {points, true};
+    }
+
+    Points codePoints(const IndexedSystem &system) const
+    {
+        for (const QString &number : m_codes)
+            if (system.hit.code.section(QLatin1Char(':'), -1) == number)
+                return {m_query.words.size() == 1 && m_query.country < 0 ? 14.0 : 6.0, true};
+        return {0.0, false, !m_codes.isEmpty()};
+    }
+
+    /// What people mean when they do not say it.
+    double plainPoints(const IndexedSystem &system) const
+    {
+        double points = 0.0;
+        if (m_query.unit == AskedUnit::Feet)
+            points += system.isInFeet ? 2.0 : -2.0;
+        if (m_query.unit == AskedUnit::Metres)
+            points += system.isInFeet ? -1.5 : 0.5;
+        if (!m_query.authorities.isEmpty())
+            points +=
+                m_query.authorities.contains(system.hit.code.section(QLatin1Char(':'), 0, 0)) ? 2.5 : -4.0;
+        if (m_query.isUtm && m_query.country < 0 && system.hit.name.startsWith(QLatin1String("WGS 84 / UTM")))
+            points += 1.5;
+        if (m_query.zone && system.hit.code.startsWith(QLatin1String("EPSG:284")))
+            points += 1.2; // Pulkovo 1942, zones of six degrees
+        if (m_query.isThreeDegree)
+            points += isThreeDegree(system) ? 3.0 : -1.0;
+        return points;
+    }
+
+    static bool isThreeDegree(const IndexedSystem &system)
+    {
+        for (const char *mark : {"3-degree", "TM-3", "3GK", "3-градус"})
+            if (system.hit.name.contains(QString::fromUtf8(mark)))
+                return true;
+        return false;
+    }
+
+    /// Names that say no more than was asked.
+    double namePoints(const IndexedSystem &system) const
+    {
+        int unasked = unaskedIn(system.name);
+        for (const std::vector<int> &other : system.others)
+            unasked = std::min(unasked, unaskedIn(other));
+        const bool isElsewhere = m_query.country >= 0 || m_query.place;
+        double points = (isElsewhere ? -0.05 : -0.18) * unasked;
+        if (unasked == 0)
+            points += 1.5;
+        if (system.hit.name.toCaseFolded() == m_query.text)
+            points += 6.0;
+        return points;
+    }
+
+    int unaskedIn(const std::vector<int> &words) const
+    {
+        return static_cast<int>(std::count_if(words.begin(), words.end(), [this](int word) {
+            return !m_asked[static_cast<std::size_t>(word)];
+        }));
+    }
+
+    /// Systems that lack more of the query than others do are left out, unless they stand close.
+    static std::vector<int> best(std::vector<Scored> &scored)
+    {
+        constexpr double close = 3.0;
+        std::vector<int> systems;
+        if (scored.empty())
+            return systems;
+        std::stable_sort(scored.begin(), scored.end(),
+                         [](const Scored &a, const Scored &b) { return a.score > b.score; });
+        int least = scored.front().missing;
+        for (const Scored &one : scored)
+            least = std::min(least, one.missing);
+        const double near = scored.front().score - close;
+        for (const Scored &one : scored)
+            if (one.missing == least || one.score >= near)
+                systems.push_back(one.system);
+        return systems;
+    }
+
+    const SystemIndex &m_index;
+    const SearchLexicon &m_lexicon;
+    const SearchQuery &m_query;
+    std::vector<double> m_points;
+    std::vector<int> m_found; ///< words of the query, of each system
+    int m_words = 0;          ///< of the query that some system has
+    std::vector<bool> m_asked;
+    QHash<int, double> m_nicknamed;
+    Force m_force;
+    Force m_placeForce;
+    QStringList m_codes; ///< numbers of the query that are codes
+    QStringList m_without;
+};
+
+} // namespace
+
+RankedSystems rank(const SystemIndex &index, const SearchLexicon &lexicon, const SearchQuery &query)
+{
+    return Ranking(index, lexicon, query).ranked();
+}
+
+} // namespace nivora::cs
