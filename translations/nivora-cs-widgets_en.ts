@@ -389,5 +389,9 @@
         <source>%1 м невязки</source>
         <translation>%1 m of a residual</translation>
     </message>
+    <message>
+        <source>%1 (без слова «%2»)</source>
+        <translation>%1 (without “%2”)</translation>
+    </message>
 </context>
 </TS>
