@@ -2003,7 +2003,6 @@ N S E W или С Ю В З. Сначала x, если буквы не гово�
         <source>the difference of the datums would be left out there</source>
         <translation>сдвиг датума там остался бы неучтённым</translation>
     </message>
-    </message>
     <message>
         <source>found without &quot;%1&quot;</source>
         <translation>найдено без «%1»</translation>
