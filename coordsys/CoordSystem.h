@@ -138,7 +138,8 @@ public:
     bool isRectSet() const;
     /// The explicit bounds, else the computed ones.
     QRectF rectNumericCoordSys() const;
-    /// The computed bounds, whatever was set.
+    /// The computed bounds, whatever was set: for a projected system that no catalogue has bounds for the
+    /// area of use of its code, which may be searched.
     QRectF rectInternal() const;
     /// The explicit bounds, else the computed ones without the area of use: no database is searched, and the
     /// answer does not depend on whether one was. Empty when there is no catalogue to ask; never throws.
@@ -170,11 +171,12 @@ public:
 
     /// \name Equality
     /// @{
-    /// The same system: PROJ object, unit, bounds (unless ignored), affine transformation, MapInfo's datum.
-    /// Where both name a datum (by code, WKT or PROJ's "+datum"; a catalogue's entry by its code), PROJ must
-    /// find them equivalent too, but for the order of axes: one PROJ text is often that of several datums.
-    /// CoordSys text names none. Symmetric, but not transitive: a text without a datum may equal two systems
-    /// that differ. A CoordSys source that cannot be read equals nothing but itself.
+    /// The same system: PROJ object, unit, computed bounds without the area of use (unless ignored), affine
+    /// transformation, MapInfo's datum. Where both name a datum (by code, WKT or PROJ's "+datum"; a
+    /// catalogue's entry by its code), PROJ must find them equivalent too, but for the order of axes: one
+    /// PROJ text is often that of several datums. CoordSys text names none. Symmetric, but not transitive: a
+    /// text without a datum may equal two systems that differ. A CoordSys source that cannot be read equals
+    /// nothing but itself.
     bool isEqual(const CoordSystem &other, bool ignoreRect) const;
     /// False for null.
     bool isEqual(const CoordSystemPtr &other, bool ignoreRect) const;
@@ -277,6 +279,7 @@ private:
     bool isPlaneOf(int code, const CrsDefinition &registered) const;
     bool hasShift() const;
     QRectF computeRect() const;
+    QRectF rectWithoutArea() const;
     QRectF withAffine(const QRectF &rect) const;
     bool computeNeedCrop() const;
     QString projText(const std::function<LinearUnit()> &unitOf) const;

@@ -20,11 +20,12 @@ struct TransformQueue;
 /// Converts points, lists and rectangles from one coordinate system into another and back, datum shift and
 /// both systems' affine transformations included. Coordinates are x = longitude or easting first. Those of
 /// a geographic system are degrees, whatever unit its definition counts in (and not the metres of
-/// CoordSystem::forward()), from its own prime meridian. Equal systems copy; two different EPSG codes are
-/// never taken for equal. What is not finite fails. Points carry no time: between moving frames that is what
-/// cs2cs does without an epoch. The engine's objects come from a process-wide cache that never shrinks: it
-/// keeps every system that was ever used in a transformation. A copy shares them. Threads: thread-safe,
-/// construction included.
+/// CoordSystem::forward()), from its own prime meridian. Equal systems (CoordSystem::isEqual() with
+/// bounds) copy; two that were made from different EPSG codes are never taken for equal, nor are two that
+/// name datums which the engine finds different. What is not finite fails. Points carry no time: between
+/// moving frames that is what cs2cs does without an epoch. The engine's objects come from a process-wide
+/// cache of the last thousand, by the definitions of the two systems; a copy shares them, and one that is
+/// made stays as it is when a system is changed. Threads: thread-safe, construction included.
 class NIVORA_CS_EXPORT CoordTransform
 {
 public:

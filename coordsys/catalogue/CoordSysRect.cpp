@@ -3,11 +3,11 @@
 #include "CatalogueRevision_p.h"
 #include "InputFile_p.h"
 #include "ProjectionTable_p.h"
+#include "SystemFacts_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
-#include <coordsys/ProjLibMetadata.h>
 #include <coordsys/ProjectionParamsManager.h>
 #include <platform/Logger.h>
 
@@ -346,16 +346,13 @@ bool projectedRule(const Plane &plane, const Rule &rule, double meridian, QRectF
     return !rule.planar && (plane.forward(rule.rect, out) || boundsOfGrid(plane, rule, meridian, out));
 }
 
-/// Area of use of the code that the system's definition matches, in the system's plane.
+/// Area of use of the system's code, in the system's plane. A code that was only set and is that of another
+/// plane does not count.
 bool boundsOfAreaOfUse(const CoordSystem &cs, QRectF &out)
 {
-    const int code = cs.matchedEpsg();
-    if (code == CoordSystem::EPSG_UNDEFINDED)
-        return false;
-    QRectF area = ProjLibMetadata().rectWgs84ForCrs(code, ProjLibMetadata::EPSG);
-    if (area.width() < 0.0)
-        area.setWidth(area.width() + 360.0); // across the 180th meridian
-    return Plane(cs).forward(area, out);
+    const CrsDefinitionPtr registered = SystemFacts::registered(cs);
+    const std::optional<QRectF> area = registered ? registered->areaOfUse() : std::nullopt;
+    return area && Plane(cs).forward(*area, out);
 }
 
 } // namespace

@@ -124,28 +124,6 @@ QStringList spellingsOf(const PJ *datum)
     return plain == name ? QStringList{name} : QStringList{name, plain};
 }
 
-/// True when the database knows a datum by the name that \p crs has for its own, but not that of
-/// \p registered.
-bool namesAnotherDatum(PJ_CONTEXT *context, const PJ *crs, const PJ *registered)
-{
-    const PjHandle mine = ownPj(proj_crs_get_datum_forced(context, crs));
-    const PjHandle theirs = ownPj(proj_crs_get_datum_forced(context, registered));
-    if (!mine || !theirs)
-        return false;
-    const auto wanted = codeOf(theirs.get(), QLatin1String("EPSG"));
-    bool isKnown = false;
-    for (const QString &name : spellingsOf(mine.get())) {
-        const ObjectList found = datumsNamed(context, name);
-        for (int i = 0; found && i < proj_list_get_count(found.get()); ++i) {
-            isKnown = true;
-            const PjHandle datum = ownPj(proj_list_get(context, found.get(), i));
-            if (wanted && codeOf(datum.get(), QLatin1String("EPSG")) == wanted)
-                return false;
-        }
-    }
-    return isKnown;
-}
-
 /// PROJ reads each web Mercator that WKT 1 can say as the one on WGS 84: a Mercator of the sphere whose
 /// latitudes are WGS 84's.
 bool isSameWebMercator(PJ_CONTEXT *context, const PJ *a, const PJ *b)
@@ -171,6 +149,46 @@ bool hasNamedDatum(PJ_CONTEXT *context, const PJ *crs)
     const PjHandle datum = ownPj(proj_crs_get_datum_forced(context, crs));
     const QString name = datum ? QString::fromUtf8(proj_get_name(datum.get())).trimmed() : QString();
     return !name.isEmpty() && !open.match(name).hasMatch();
+}
+
+bool namesAnotherDatum(PJ_CONTEXT *context, const PJ *crs, const PJ *registered)
+{
+    const PjHandle mine = ownPj(proj_crs_get_datum_forced(context, crs));
+    const PjHandle theirs = ownPj(proj_crs_get_datum_forced(context, registered));
+    if (!mine || !theirs)
+        return false;
+    const auto wanted = codeOf(theirs.get(), QLatin1String("EPSG"));
+    bool isKnown = false;
+    for (const QString &name : spellingsOf(mine.get())) {
+        const ObjectList found = datumsNamed(context, name);
+        for (int i = 0; found && i < proj_list_get_count(found.get()); ++i) {
+            isKnown = true;
+            const PjHandle datum = ownPj(proj_list_get(context, found.get(), i));
+            if (wanted && codeOf(datum.get(), QLatin1String("EPSG")) == wanted)
+                return false;
+        }
+    }
+    return isKnown;
+}
+
+bool hasKnownDatum(PJ_CONTEXT *context, const PJ *crs)
+{
+    const PjHandle datum = ownPj(proj_crs_get_datum_forced(context, crs));
+    if (!datum || !hasNamedDatum(context, crs))
+        return false;
+    const QStringList names = spellingsOf(datum.get());
+    return proj_get_id_code(datum.get(), 0) ||
+           std::any_of(names.begin(), names.end(), [&](const QString &name) {
+               const ObjectList found = datumsNamed(context, name);
+               return found && proj_list_get_count(found.get()) > 0;
+           });
+}
+
+bool namesEllipsoidForDatum(PJ_CONTEXT *context, const PJ *crs)
+{
+    static const QRegularExpression name(QStringLiteral("^(D_)?GRS[ _]?(19)?(67|80)$")); // "GRS_80"
+    const PjHandle datum = ownPj(proj_crs_get_datum_forced(context, crs));
+    return datum && name.match(QString::fromUtf8(proj_get_name(datum.get()))).hasMatch();
 }
 
 bool isSameEllipsoid(PJ_CONTEXT *context, const PJ *a, const PJ *b, double toleranceM)

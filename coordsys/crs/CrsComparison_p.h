@@ -27,4 +27,14 @@ PjHandle mapOriented(PJ_CONTEXT *context, const PJ *crs);
 /// the lock of the context.
 bool hasNamedDatum(PJ_CONTEXT *context, const PJ *crs);
 
+/// The database knows the name that a CRS has for its datum. Needs the lock of the context.
+bool hasKnownDatum(PJ_CONTEXT *context, const PJ *crs);
+
+/// True when the database knows a datum by the name that \p crs has for its own, but not that of
+/// \p registered. Needs the lock of the context.
+bool namesAnotherDatum(PJ_CONTEXT *context, const PJ *crs, const PJ *registered);
+
+/// The name of the datum is a driver's for an ellipsoid alone: "GRS_80". Needs the lock of the context.
+bool namesEllipsoidForDatum(PJ_CONTEXT *context, const PJ *crs);
+
 } // namespace nivora::cs

@@ -4,6 +4,7 @@
 #include "ProjOperation_p.h"
 #include <coordsys/CoordSystemTypes.h>
 
+#include <QRectF>
 #include <QString>
 
 #include <memory>
@@ -69,6 +70,8 @@ public:
     /// or the origin without one, has a place in the plane.
     bool converts(const ProjOperation &plane) const;
     double semiMinorM() const;
+    /// Degrees from Greenwich; right() exceeds 180 when it crosses the 180th meridian. None when it has none.
+    std::optional<QRectF> areaOfUse() const;
 
     /// The horizontal part; null without one. Borrowed, for use under the PROJ lock.
     PJ *crs() const { return m_crs.get(); }

@@ -23,17 +23,14 @@ bool isEquivalent(const PJ *a, const PJ *b)
 /// Nine places of the area of use, the edges left out; degrees from Greenwich. Empty without an area.
 QVector<QPointF> placesOf(const CrsDefinition &registered)
 {
-    double west = 0.0, south = 0.0, east = 0.0, north = 0.0;
-    if (!proj_get_area_of_use(globalProjContext(), registered.crs(), &west, &south, &east, &north, nullptr) ||
-        west < -180.0)
-        return {};
-    if (east < west)
-        east += 360.0; // across the 180th meridian
+    const std::optional<QRectF> area = registered.areaOfUse();
     QVector<QPointF> places;
+    if (!area)
+        return places;
     for (const double across : {0.1, 0.5, 0.9})
         for (const double up : {0.1, 0.5, 0.9})
-            places << QPointF(std::remainder(west + across * (east - west), 360.0),
-                              south + up * (north - south));
+            places << QPointF(std::remainder(area->x() + across * area->width(), 360.0),
+                              area->y() + up * area->height());
     return places;
 }
 

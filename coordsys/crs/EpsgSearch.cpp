@@ -1,9 +1,9 @@
 #include "EpsgSearch_p.h"
 
-#include "CrsComparison_p.h"
+#include "CatalogueToken_p.h"
+#include "CodeAcceptance_p.h"
+#include "CrsParts_p.h"
 #include "EngineGate_p.h"
-#include "EpsgSearchCache_p.h"
-#include "RegisteredShift_p.h"
 #include "SearchContext_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/SpatialReferenceText.h>
@@ -26,7 +26,7 @@ constexpr int leastConfidence = 50; // GDAL gives 25 to systems that merely rese
 constexpr int sureEnough = 70;      // PROJ's own measure, for texts that name their datum
 constexpr int mostDatums = 16;      // a tie of more is a family of frames that figures cannot tell apart
 
-/// A registered system that the search offers.
+/// A registered system that a search offers.
 struct Candidate
 {
     int code;
@@ -38,88 +38,56 @@ bool isCanceled(const std::shared_ptr<ProgressHandler> &progress)
     return progress && progress->isCanceled();
 }
 
-// ---- What is searched for
-
-/// A spatial reference as the searches take it, apart from everybody else's objects.
-struct Wanted
-{
-    QString wkt;                ///< WKT 2, with its shift
-    std::shared_ptr<void> srs;  ///< without a shift to WGS 84: with one a search takes seconds
-    double metresPerUnit = 1.0; ///< of the plane
-    QString datum;
-    std::optional<Shift> shift; ///< as TOWGS84 has it
-    bool isBare = false;        ///< an ellipsoid other than WGS 84 and nothing else is known of the datum
-    bool isPlainWgs84 = false;  ///< the ellipsoid of WGS 84 without a datum's name stands for WGS 84
-};
-
-/// WKT 2 without a shift and without a code: one that a text states is not what a search may lean on.
-QString bareWkt(const QString &wkt)
+/// The everyday system before its twins: those in force, then those with the axes as maps have them.
+int rankOf(int code)
 {
     const SearchContext context;
-    const PjHandle crs = ownPj(proj_create(context.get(), wkt.toUtf8().constData()));
-    const PjHandle plain = crs ? sourceOfBoundCrs(context.get(), crs.get()) : nullptr;
-    const PjHandle bare = plain ? withoutCode(context.get(), plain.get()) : nullptr;
-    return bare ? wkt2Of(context.get(), bare.get()) : wkt;
+    const PjHandle crs = ownPj(proj_create_from_database(
+        context.get(), "EPSG", QByteArray::number(code).constData(), PJ_CATEGORY_CRS, false, nullptr));
+    if (!crs)
+        return 2;
+    const bool isTurned = kindOf(context.get(), crs.get()) == CrsKind::Projected &&
+                          axisDirections(context.get(), crs.get()).value(0) != QLatin1String("east");
+    return (proj_is_deprecated(crs.get()) ? 2 : 0) + (isTurned ? 1 : 0);
 }
 
-std::optional<Shift> shiftOf(void *srs)
+/// Of equally good ones the first of the best rank.
+template <typename Candidates> void everydayFirst(Candidates &candidates)
 {
-    Shift shift{};
-    if (OSRGetTOWGS84(srs, shift.data(), static_cast<int>(shift.size())) != OGRERR_NONE)
-        return std::nullopt;
-    return shift;
-}
-
-bool isZero(const Shift &shift)
-{
-    return std::all_of(shift.begin(), shift.end(), [](double figure) { return figure == 0.0; });
-}
-
-/// "Unknown based on GRS 1980 ellipsoid"
-bool isUnknownDatum(const QString &name)
-{
-    return name.startsWith(QLatin1String("Unknown"), Qt::CaseInsensitive);
-}
-
-Wanted wantedFrom(void *srs)
-{
-    Wanted wanted;
-    wanted.wkt = osrToWkt2(srs);
-    wanted.shift = shiftOf(srs);
-    const bool isBareText = !wanted.shift && !OSRGetAuthorityCode(srs, nullptr);
-    wanted.srs = isBareText ? ownSrs(OSRClone(srs)) : srsFromWkt(bareWkt(wanted.wkt));
-    if (!wanted.srs)
-        return wanted;
-    wanted.metresPerUnit = OSRGetLinearUnits(wanted.srs.get(), nullptr);
-    wanted.datum = QString::fromUtf8(OSRGetAttrValue(wanted.srs.get(), "DATUM", 0));
-    const bool isWgs84 = std::fabs(OSRGetSemiMajor(wanted.srs.get(), nullptr) - 6378137.0) < 1e-3 &&
-                         std::fabs(OSRGetInvFlattening(wanted.srs.get(), nullptr) - 298.257223563) < 1e-6;
-    const bool isUnknown = isUnknownDatum(wanted.datum);
-    wanted.isBare = !wanted.shift && isUnknown && !isWgs84;
-    wanted.isPlainWgs84 = isUnknown && isWgs84 && (!wanted.shift || isZero(*wanted.shift));
-    return wanted;
+    std::vector<std::pair<int, typename Candidates::value_type>> ranked;
+    for (const auto &candidate : candidates)
+        ranked.emplace_back(rankOf(candidate.code), candidate);
+    std::stable_sort(ranked.begin(), ranked.end(),
+                     [](const auto &a, const auto &b) { return a.first < b.first; });
+    std::transform(ranked.begin(), ranked.end(), candidates.begin(),
+                   [](const auto &each) { return each.second; });
 }
 
 // ---- Candidates
 
-/// The best ones of GDAL's search that have the same unit of length, in its order.
-std::vector<Candidate> candidatesFor(const Wanted &wanted, const std::shared_ptr<ProgressHandler> &progress)
+bool isSameUnit(double a, double b) { return std::fabs(a - b) <= 1e-9 * b; }
+
+/// The best ones of GDAL's search that have the same unit of length.
+std::vector<Candidate> candidatesOfGdal(const CodeAcceptance &wanted,
+                                        const std::shared_ptr<ProgressHandler> &progress)
 {
-    const MatchedSrs found = matchSrs(wanted.srs.get());
+    const std::shared_ptr<void> srs = wanted.srs();
+    const MatchedSrs found = matchSrs(srs.get());
     const int *const confidences = found.confidences.get();
     std::vector<Candidate> candidates;
     if (found.count == 0 || confidences[0] < leastConfidence)
         return candidates;
+    const double metresPerUnit = OSRGetLinearUnits(srs.get(), nullptr);
     const int best = *std::max_element(confidences, confidences + found.count);
     for (int i = 0; i < found.count && !isCanceled(progress); ++i) {
         OGRSpatialReferenceH match = found.list.get()[i];
         const QString authority = QString::fromLatin1(OSRGetAuthorityName(match, nullptr));
         const int code = QString::fromLatin1(OSRGetAuthorityCode(match, nullptr)).toInt();
-        const double metres = OSRGetLinearUnits(match, nullptr);
         if (confidences[i] == best && authority.compare(QLatin1String("EPSG"), Qt::CaseInsensitive) == 0 &&
-            code > 0 && std::fabs(metres - wanted.metresPerUnit) <= 1e-9 * metres)
+            code > 0 && isSameUnit(metresPerUnit, OSRGetLinearUnits(match, nullptr)))
             candidates.push_back({code, QString::fromUtf8(OSRGetAttrValue(match, "DATUM", 0))});
     }
+    everydayFirst(candidates);
     return candidates;
 }
 
@@ -132,104 +100,81 @@ std::vector<QString> datumsOf(const std::vector<Candidate> &candidates)
     return datums;
 }
 
-int codeOnWgs84(const std::vector<Candidate> &candidates)
-{
-    const auto found = std::find_if(candidates.begin(), candidates.end(), [](const Candidate &candidate) {
-        return candidate.datum == QLatin1String("WGS_1984");
-    });
-    return found == candidates.end() ? undefined : found->code;
-}
-
-const Candidate &firstWith(const QString &datum, const std::vector<Candidate> &candidates)
-{
-    return *std::find_if(candidates.begin(), candidates.end(),
-                         [&](const Candidate &candidate) { return candidate.datum == datum; });
-}
-
 // ---- Choice
 
 /// The catalogue's entry with the same record names its code.
-int cataloguedCode(const Wanted &wanted, const std::vector<Candidate> &candidates)
+int cataloguedCode(const CodeAcceptance &wanted, const std::vector<Candidate> &candidates)
 {
+    const auto catalogues = activeCatalogues(std::nothrow);
     QVector<int> codes;
     for (const Candidate &candidate : candidates)
         codes << candidate.code;
-    const std::shared_ptr<void> srs = srsFromWkt(wanted.wkt);
+    const std::shared_ptr<void> srs = catalogues ? srsFromWkt(wanted.wkt()) : nullptr;
     const std::optional<TABProjInfo_t> record = srs ? recordFromSpatialReference(srs.get()) : std::nullopt;
-    return record ? activeCatalogues()->codeOfRecord(*record, codes) : undefined;
+    const int code = record ? catalogues->codeOfRecord(*record, codes) : undefined;
+    return code != undefined && wanted.takes(code, true) ? code : undefined;
 }
 
-/// The one datum with the system's own shift among its registered ones; without a shift the one datum there
-/// is.
-int codeByDatum(const Wanted &wanted, const std::vector<Candidate> &candidates)
+/// The one datum that the system may be on.
+int codeByDatum(const CodeAcceptance &wanted, std::vector<Candidate> candidates)
 {
-    std::vector<QString> datums = datumsOf(candidates);
-    if (datums.size() > mostDatums)
+    if (wanted.datum() == CodeAcceptance::Datum::ByShift && datumsOf(candidates).size() > mostDatums)
         return undefined;
-    if (wanted.shift && !isZero(*wanted.shift)) {
-        const auto isOther = [&](const QString &datum) {
-            return !hasRegisteredShift(firstWith(datum, candidates).code, *wanted.shift);
-        };
-        datums.erase(std::remove_if(datums.begin(), datums.end(), isOther), datums.end());
-    }
-    return datums.size() == 1 ? firstWith(datums.front(), candidates).code : undefined;
+    if (wanted.datum() == CodeAcceptance::Datum::ByShift && !wanted.hasOwnShift() &&
+        datumsOf(candidates).size() != 1)
+        return undefined; // zeros belong to many datums
+    const auto refused = [&](const Candidate &candidate) { return !wanted.takes(candidate.code, false); };
+    candidates.erase(std::remove_if(candidates.begin(), candidates.end(), refused), candidates.end());
+    return datumsOf(candidates).size() == 1 ? candidates.front().code : undefined;
 }
 
-int chosenCode(const Wanted &wanted, const std::vector<Candidate> &candidates)
+int searchByGdal(const CodeAcceptance &wanted, const std::shared_ptr<ProgressHandler> &progress)
 {
-    if (candidates.empty() || wanted.isPlainWgs84)
-        return codeOnWgs84(candidates);
-    for (const auto choose : {cataloguedCode, codeByDatum}) {
-        const int code = choose(wanted, candidates);
-        if (code != undefined)
-            return !wanted.shift || isWithin100m(code, wanted.wkt) ? code : undefined;
-    }
-    return undefined;
+    const std::vector<Candidate> candidates = candidatesOfGdal(wanted, progress);
+    if (candidates.empty())
+        return undefined;
+    const bool mayBeCatalogued = wanted.datum() != CodeAcceptance::Datum::PlainWgs84;
+    const int catalogued = mayBeCatalogued ? cataloguedCode(wanted, candidates) : undefined;
+    return catalogued != undefined ? catalogued : codeByDatum(wanted, candidates);
 }
 
-int searchByGdal(const Wanted &wanted, const std::shared_ptr<ProgressHandler> &progress)
-{
-    return wanted.srs && !wanted.isBare ? chosenCode(wanted, candidatesFor(wanted, progress)) : undefined;
-}
-
-int searchByProj(const QString &wkt, const std::shared_ptr<ProgressHandler> &progress)
+/// PROJ's search goes by names too, so it is asked where a datum has one.
+int searchByProj(const CodeAcceptance &wanted, const std::shared_ptr<ProgressHandler> &progress)
 {
     const SearchContext context;
-    const PjHandle crs = ownPj(proj_create(context.get(), wkt.toUtf8().constData()));
-    PjHandle plain = crs ? sourceOfBoundCrs(context.get(), crs.get()) : nullptr;
-    if (plain &&
-        proj_get_id_code(plain.get(), 0)) // names as the text spells them are found better than PROJ's own
-        plain = ownPj(proj_create(context.get(), bareWkt(wkt).toUtf8().constData()));
-    if (!plain || isCanceled(progress))
-        return undefined;
-    const IdentifiedCrs found = identifyCrs(context.get(), plain.get(), "EPSG");
-    for (int i = 0; i < found.count(); ++i) {
-        if (found.confidences.get()[i] < sureEnough)
-            break; // the best come first
+    const IdentifiedCrs found = identifyCrs(context.get(), wanted.crs(), "EPSG");
+    std::vector<Candidate> accepted;
+    int confidence = sureEnough;
+    for (int i = 0; i < found.count() && found.confidences.get()[i] >= confidence;
+         ++i) { // the best come first
         const PjHandle match = ownPj(proj_list_get(context.get(), found.list.get(), i));
-        if (match && isSamePlane(context.get(), plain.get(), match.get()))
-            return codeOf(match.get(), QLatin1String("EPSG")).value_or(undefined);
+        const auto code = match ? codeOf(match.get(), QLatin1String("EPSG")) : std::nullopt;
+        if (isCanceled(progress))
+            return undefined;
+        if (!code || !wanted.takes(*code, false))
+            continue;
+        accepted.push_back({*code, {}});
+        confidence = found.confidences.get()[i];
     }
-    return undefined;
+    everydayFirst(accepted);
+    return accepted.empty() ? undefined : accepted.front().code;
 }
 
-/// Runs a search once per text.
-template <typename Search>
-int searchedOnce(EpsgSearchCache &memory, const std::shared_ptr<ProgressHandler> &progress,
-                 const QString &text, Search &&search)
+int searchedCode(const QString &definition, const std::shared_ptr<ProgressHandler> &progress)
 {
-    int code = undefined;
-    if (isCanceled(progress) || memory.find(text, code))
-        return code;
-    try {
-        code = search();
-    } catch (const std::exception &e) {
-        LOG_DEBUG(QString::fromUtf8(e.what()));
-    }
-    if (isCanceled(progress))
+    const CodeAcceptance wanted(definition);
+    if (!wanted.isSearchable() || isCanceled(progress))
         return undefined;
-    memory.insert(text, code);
-    return code;
+    const int identified =
+        wanted.datum() == CodeAcceptance::Datum::Named ? searchByProj(wanted, progress) : undefined;
+    return identified != undefined ? identified : searchByGdal(wanted, progress);
+}
+
+/// That which keeps what searches gave; null where there is none.
+CatalogueTokenPtr activeToken()
+{
+    const auto catalogues = activeCatalogues(std::nothrow);
+    return catalogues ? catalogues->token() : nullptr;
 }
 
 /// A copy for the search: others' objects are locked only while they are copied.
@@ -241,27 +186,38 @@ std::shared_ptr<void> copyOf(void *srs)
 
 } // namespace
 
+int epsgOfDefinition(const std::shared_ptr<ProgressHandler> &progress, const QString &definition)
+{
+    const CatalogueTokenPtr token = activeToken();
+    const unsigned since = catalogueRevision();
+    int code = undefined;
+    if (isCanceled(progress) || (token && token->codes().find(definition, code)))
+        return code;
+    const CplErrorScope quiet;
+    try {
+        code = searchedCode(definition, progress);
+    } catch (const std::exception &e) {
+        LOG_DEBUG(QString::fromUtf8(e.what()));
+    }
+    if (isCanceled(progress))
+        return undefined;
+    if (token)
+        token->codes().insert(definition, code, since);
+    return code;
+}
+
 int getEpsgFromCrs(const std::shared_ptr<ProgressHandler> &progress, void *srs)
 {
     if (!srs)
         return undefined;
-    static EpsgSearchCache &memory = *new EpsgSearchCache;
     const CplErrorScope quiet;
-    const std::shared_ptr<void> copy = copyOf(srs);
-    return searchedOnce(memory, progress, osrToWkt2(copy.get()),
-                        [&] { return searchByGdal(wantedFrom(copy.get()), progress); });
+    return epsgOfDefinition(progress, osrToWkt2(copyOf(srs).get()));
 }
 
 int getEpsgFromCrs(void *srs)
 {
     static const auto neverCancelled = std::make_shared<ProgressHandler>();
     return getEpsgFromCrs(neverCancelled, srs);
-}
-
-int identifiedEpsg(const std::shared_ptr<ProgressHandler> &progress, const QString &wkt)
-{
-    static EpsgSearchCache &memory = *new EpsgSearchCache;
-    return searchedOnce(memory, progress, wkt, [&] { return searchByProj(wkt, progress); });
 }
 
 } // namespace nivora::cs

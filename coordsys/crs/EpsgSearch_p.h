@@ -8,9 +8,11 @@
 
 namespace nivora::cs {
 
-/// The EPSG code that PROJ identifies a spatial reference by its names and figures, at least 70 % sure; else
-/// EPSG_UNDEFINDED. For texts that name their datum (WKT): PROJ text does not. Works in a context of its own,
-/// so nobody's points wait for it; thread-safe. Never throws.
-int identifiedEpsg(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress, const QString &wkt);
+/// The EPSG code that PROJ and GDAL find for a definition (WKT) by its names and figures, as CodeAcceptance
+/// takes it; the code that the definition states is left aside. Else EPSG_UNDEFINDED. Remembered with the
+/// active catalogues, whose entries it may ask. Works in a context of its own, so nobody's points wait for
+/// it; thread-safe. Never throws.
+int epsgOfDefinition(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress,
+                     const QString &definition);
 
 } // namespace nivora::cs

@@ -105,6 +105,7 @@ CoordSysFactory::~CoordSysFactory()
     retireMapinfo();
     const QWriteLocker lock(&m_lifeline->alive);
     m_lifeline->factory = nullptr;
+    m_lifeline->codes().clear();
 }
 
 /// A catalogue that a holder keeps builds on with this factory while that lives, and compares with the active

@@ -418,10 +418,13 @@ QRectF CoordSystem::withAffine(const QRectF &rect) const
     return m_affine && hasExtent(rect) ? m_affine->mapRect(rect) : rect;
 }
 
-QRectF CoordSystem::rectWithoutSearch() const
+QRectF CoordSystem::rectWithoutSearch() const { return isRectSet() ? m_rect : rectWithoutArea(); }
+
+/// Whatever was set, and whatever code the system has: equal systems have equal ones.
+QRectF CoordSystem::rectWithoutArea() const
 {
-    if (isRectSet() || hasExtent(m_projectionBounds))
-        return isRectSet() ? m_rect : m_projectionBounds;
+    if (hasExtent(m_projectionBounds))
+        return m_projectionBounds;
     {
         const QReadLocker lock(&m_lock);
         if (m_rectWithoutSearch)
@@ -509,8 +512,8 @@ bool CoordSystem::sameUnit(const CoordSystem &other) const
 
 bool CoordSystem::sameRect(const CoordSystem &other) const
 {
-    const QRectF a = rectInternal();
-    const QRectF b = other.rectInternal();
+    const QRectF a = rectWithoutArea();
+    const QRectF b = other.rectWithoutArea();
     if (hasExtent(a) != hasExtent(b))
         return false;
     if (!hasExtent(a))

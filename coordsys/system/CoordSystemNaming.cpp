@@ -159,12 +159,7 @@ int CoordSystem::searchedEpsg(const std::shared_ptr<ProgressHandler> &progress) 
         (void)projStr(); // throws: there is nothing to search for
     return remembered(m_searchedEpsg, NotAsked, progress.get(), [&] {
         const IdentityPtr known = m_source.type == Wkt ? identity() : nullptr;
-        const int identified = known ? identifiedEpsg(progress, known->definition()) : int(EPSG_UNDEFINDED);
-        if (identified != EPSG_UNDEFINDED)
-            return identified;
-        const int matched = getEpsgFromCrs(progress, srs());
-        const bool isStranger = known && matched > 0 && !known->isSystemOf(matched); // of another known datum
-        return isStranger ? int(EPSG_UNDEFINDED) : matched;
+        return known ? epsgOfDefinition(progress, known->definition()) : getEpsgFromCrs(progress, srs());
     });
 }
 

@@ -1,7 +1,7 @@
+#include "SystemFacts_p.h"
 #include <coordsys/SystemInfo.h>
 
 #include "CrsComparison_p.h"
-#include "CrsDefinition_p.h"
 #include "ProjText_p.h"
 #include <coordsys/CoordSystem.h>
 
@@ -14,15 +14,6 @@
 #include <stdexcept>
 
 namespace nivora::cs {
-
-/// The door to what a system knows of itself.
-class SystemFacts
-{
-public:
-    static CrsDefinitionPtr own(const CoordSystem &cs) { return cs.identity(); }
-    static CrsDefinitionPtr named(const CoordSystem &cs) { return cs.namedIdentity(); }
-    static CrsDefinitionPtr writable(const CoordSystem &cs) { return cs.writableIdentity(); }
-};
 
 namespace {
 

@@ -18,13 +18,6 @@ namespace nivora::cs {
 
 namespace {
 
-/// Two codes of the database may have one PROJ text and still lie metres apart: PROJ decides.
-bool haveDifferentCodes(const CoordSystem &from, const CoordSystem &to)
-{
-    return from.sourceType() == CoordSystem::Epsg && to.sourceType() == CoordSystem::Epsg &&
-           from.epsg() != to.epsg();
-}
-
 bool areFinite(const QVector<QPointF> &points) { return std::all_of(points.begin(), points.end(), isFinite); }
 
 /// Points between two looks at the results; few enough to stay in the processor's cache.
@@ -94,10 +87,13 @@ struct NIVORA_CS_NO_EXPORT CoordTransform::Impl
             throw std::invalid_argument("cs_from");
         if (!to)
             throw std::invalid_argument("cs_to");
-        isEqualsCS = !haveDifferentCodes(*from, *to) && coordTransformCache().areEqual(*from, *to);
-        if (!isEqualsCS)
-            queue =
-                choice.isDefault() ? coordTransformCache().queueFor(from, to) : chosenQueue(from, to, choice);
+        if (choice.isDefault()) {
+            CoordTransformCache::Route route = coordTransformCache().routeFor(from, to);
+            isEqualsCS = route.isEqual;
+            queue = std::move(route.queue);
+        } else if (isEqualsCS = coordTransformCache().areEqual(*from, *to); !isEqualsCS) {
+            queue = chosenQueue(from, to, choice);
+        }
     }
 
     bool transformList(bool forward, const QVector<QPointF> &in, QVector<QPointF> &out) const;

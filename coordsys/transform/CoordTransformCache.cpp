@@ -1,6 +1,7 @@
 #include "CoordTransformCache_p.h"
 
 #include "CatalogueRevision_p.h"
+#include "CatalogueToken_p.h"
 #include "CrsDefinition_p.h"
 #include "FusedUnits_p.h"
 #include "TransformOperations_p.h"
@@ -15,7 +16,6 @@
 #include <QObject>
 
 #include <algorithm>
-#include <functional>
 #include <stdexcept>
 
 namespace nivora::cs {
@@ -55,6 +55,13 @@ std::pair<CoordSystemPtr, CoordSystemPtr> withCommonDatum(const CoordSystemPtr &
                            : std::make_pair(from, withDatumOf(from, to));
     }
     return {from, to};
+}
+
+/// Two codes of the database may have one PROJ text and still lie metres apart: PROJ decides.
+bool haveDifferentCodes(const CoordSystem &from, const CoordSystem &to)
+{
+    return from.sourceType() == CoordSystem::Epsg && to.sourceType() == CoordSystem::Epsg &&
+           from.epsg() != to.epsg();
 }
 
 /// PROJ text as PROJ is given it for a transformation, where it takes no blanks before a text.
@@ -127,97 +134,129 @@ ProjOperation stepOf(const std::shared_ptr<PJ> &pj)
 
 } // namespace
 
-bool CoordTransformCache::ByAddress::operator()(const Key &a, const Key &b) const
-{
-    const std::less<const CoordSystem *> before;
-    return a.first != b.first ? before(a.first.get(), b.first.get()) : before(a.second.get(), b.second.get());
-}
-
-TransformQueuePtr CoordTransformCache::find(const CoordSystemPtr &from, const CoordSystemPtr &to) const
-{
-    const QMutexLocker lock(&m_mutex);
-    const auto found = m_queues.find({from, to});
-    return found == m_queues.end() ? nullptr : found->second;
-}
-
-void CoordTransformCache::insert(const CoordSystemPtr &from, const CoordSystemPtr &to,
-                                 TransformQueuePtr queue)
-{
-    const QMutexLocker lock(&m_mutex);
-    m_queues[{from, to}].swap(queue); // another thread's queue goes after the lock: it takes the PROJ lock
-}
-
 std::size_t CoordTransformCache::size() const
 {
     const QMutexLocker lock(&m_mutex);
     return m_queues.size();
 }
 
+/// Under the lock. What they hold goes after it: it takes the PROJ lock.
+std::map<QStringList, TransformQueuePtr> CoordTransformCache::takeOutdated()
+{
+    std::map<QStringList, TransformQueuePtr> outdated;
+    const unsigned now = catalogueRevision();
+    if (m_since == now)
+        return outdated;
+    m_queues.swap(outdated);
+    m_order.clear();
+    m_known.clear();
+    m_since = now;
+    return outdated;
+}
+
+bool CoordTransformCache::find(const States &states, Known &known)
+{
+    const QMutexLocker lock(&m_mutex);
+    const auto found = m_known.constFind(states);
+    if (found == m_known.constEnd() || m_since != catalogueRevision())
+        return false;
+    known = *found;
+    return true;
+}
+
+void CoordTransformCache::note(const States &states, const Known &known, unsigned since)
+{
+    std::map<QStringList, TransformQueuePtr> outdated;
+    const QMutexLocker lock(&m_mutex);
+    outdated = takeOutdated();
+    if (m_since != since)
+        return;
+    if (m_known.size() >= mostKnown)
+        m_known.clear();
+    m_known.insert(states, known);
+}
+
+/// The one that is kept: another thread's, when that was faster.
+TransformQueuePtr CoordTransformCache::keep(const QStringList &definitions, TransformQueuePtr queue,
+                                            unsigned since)
+{
+    std::map<QStringList, TransformQueuePtr> outdated;
+    const QMutexLocker lock(&m_mutex);
+    outdated = takeOutdated();
+    if (m_since != since)
+        return queue;
+    const auto kept = m_queues.emplace(definitions, queue);
+    if (!kept.second)
+        return kept.first->second;
+    m_order.push_back(definitions);
+    if (m_queues.size() > mostQueues) {
+        outdated.insert(m_queues.extract(m_order.front()));
+        m_order.pop_front();
+    }
+    return queue;
+}
+
 bool CoordTransformCache::areEqual(const CoordSystem &from, const CoordSystem &to)
 {
     const States states(from.state(), to.state());
+    Known known{};
+    if (find(states, known))
+        return known.isEqual;
     const unsigned since = catalogueRevision();
-    {
-        const QMutexLocker lock(&m_mutex);
-        const auto known = m_equal.constFind(states);
-        if (known != m_equal.constEnd() && m_equalSince == since)
-            return *known;
-    }
-    const bool equal = from.isEqual(to, false);
-    const QMutexLocker lock(&m_mutex);
-    if (m_equalSince != since || m_equal.size() >= mostAnswers)
-        m_equal.clear();
-    m_equalSince = since;
-    m_equal.insert(states, equal);
-    return equal;
+    known.isEqual = !haveDifferentCodes(from, to) && from.isEqual(to, false);
+    note(states, known, since);
+    return known.isEqual;
+}
+
+CoordTransformCache::Route CoordTransformCache::routeFor(const CoordSystemPtr &from, const CoordSystemPtr &to)
+{
+    const States states(from->state(), to->state());
+    Known known{};
+    Route route;
+    const bool isKnown = find(states, known);
+    route.isEqual = isKnown ? known.isEqual : areEqual(*from, *to);
+    if (!route.isEqual)
+        route.queue = known.queue.lock();
+    if (route.isEqual || route.queue)
+        return route;
+    const unsigned since = catalogueRevision();
+    route.queue = queueFor(from, to);
+    note(states, {false, route.queue}, since);
+    return route;
 }
 
 TransformQueuePtr CoordTransformCache::queueFor(const CoordSystemPtr &from, const CoordSystemPtr &to)
 {
-    if (TransformQueuePtr known = find(from, to))
-        return known;
-    auto queue = std::make_shared<TransformQueue>();
-    if (differInAffineAlone(from, to)) {
-        queue->first = standStill();
-        insert(from, to, queue);
-        return queue;
+    const AskedCatalogues asked(from->m_catalogues);
+    const unsigned since = catalogueRevision();
+    const bool standsStill = differInAffineAlone(from, to);
+    const Steps steps = standsStill ? Steps() : stepsBetween(from, to);
+    QStringList definitions;
+    for (const auto &[first, second] : steps) {
+        const Texts texts = textsOf(0, first, second);
+        definitions << texts.first << texts.second;
     }
-    const auto steps = stepsBetween(from, to);
-    queue->first = stepFor(steps.front().first, steps.front().second);
+    {
+        const QMutexLocker lock(&m_mutex);
+        const auto found = m_queues.find(definitions);
+        if (found != m_queues.end() && m_since == since)
+            return found->second;
+    }
+    auto queue = std::make_shared<TransformQueue>();
+    queue->first = standsStill ? standStill() : stepFor(steps.front().first, steps.front().second);
     if (steps.size() > 1)
         queue->second = stepFor(steps.back().first, steps.back().second);
-    insert(from, to, queue);
-    return queue;
+    return keep(definitions, queue, since);
 }
 
 ProjOperation CoordTransformCache::stepFor(const CoordSystemPtr &from, const CoordSystemPtr &to)
 {
     for (int attempt = 0; attempt < attempts; ++attempt) {
-        const Texts texts = textsOf(attempt, from, to);
-        const ProjOperation known = sharedByTexts(texts);
-        if (const ProjOperation step = known ? known : madeByTexts(texts))
+        const std::shared_ptr<PJ> pj = normalizedTransformation(textsOf(attempt, from, to));
+        if (const ProjOperation step = pj ? stepOf(pj) : ProjOperation())
             return step;
     }
     throwWithoutWay();
-}
-
-ProjOperation CoordTransformCache::sharedByTexts(const Texts &texts) const
-{
-    const QMutexLocker lock(&m_mutex);
-    const auto found = m_byTexts.find(texts);
-    return found == m_byTexts.end() ? ProjOperation()
-                                    : found->second.step.withObject(found->second.pj.lock());
-}
-
-ProjOperation CoordTransformCache::madeByTexts(const Texts &texts)
-{
-    const std::shared_ptr<PJ> pj = normalizedTransformation(texts);
-    const ProjOperation step = pj ? stepOf(pj) : ProjOperation();
-    if (step) {
-        const QMutexLocker lock(&m_mutex);
-        m_byTexts[texts] = {step.withObject(nullptr), step.pj};
-    }
-    return step;
 }
 
 QString CoordTransformCache::definitionOf(const CoordSystem &cs)
@@ -243,8 +282,8 @@ QString CoordTransformCache::fallbackOf(const CoordSystem &cs, const QString &fi
     return first;
 }
 
-std::vector<std::pair<CoordSystemPtr, CoordSystemPtr>>
-CoordTransformCache::stepsBetween(const CoordSystemPtr &from, const CoordSystemPtr &to)
+CoordTransformCache::Steps CoordTransformCache::stepsBetween(const CoordSystemPtr &from,
+                                                             const CoordSystemPtr &to)
 {
     if (from->isNonEarth() == to->isNonEarth())
         return {{from, to}};

@@ -6,8 +6,10 @@
 #include <QHash>
 #include <QMutex>
 #include <QString>
+#include <QStringList>
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
 #include <utility>
@@ -23,22 +25,30 @@ struct TransformQueue
 };
 using TransformQueuePtr = std::shared_ptr<const TransformQueue>;
 
-/// From ordered pairs of systems (by address) to their transformations. Entries are never evicted, so every
-/// system used here lives until exit. PROJ objects made from the same two texts are shared between entries.
+/// Transformations by the definitions of the two systems, which is what PROJ makes them from: at most so
+/// many, the oldest go, all of them when a catalogue changes. Whoever converts keeps its own. What was asked
+/// of two objects last is found by their states, so that a changed one gets its new transformation.
 /// Thread-safe; the lock is not held while PROJ works.
 class NIVORA_CS_EXPORT CoordTransformCache
 {
 public:
-    /// The pair's queue, null when there is none yet.
-    TransformQueuePtr find(const CoordSystemPtr &from, const CoordSystemPtr &to) const;
-    /// Keeps a queue for the pair; the last insertion wins.
-    void insert(const CoordSystemPtr &from, const CoordSystemPtr &to, TransformQueuePtr queue);
+    static constexpr std::size_t mostQueues = 1000;
+
+    /// The way from one system to another.
+    struct Route
+    {
+        bool isEqual = false;    ///< nothing is to be done
+        TransformQueuePtr queue; ///< null when nothing is
+    };
+    /// Systems are equal as CoordSystem::isEqual() says with bounds, except two of different EPSG codes: PROJ
+    /// decides there. Throws as createNormalizedTransformation.
+    Route routeFor(const CoordSystemPtr &from, const CoordSystemPtr &to);
+    /// The equality of routeFor() alone.
+    bool areEqual(const CoordSystem &from, const CoordSystem &to);
     /// The pair's queue, made (and kept) when there is none. Throws as createNormalizedTransformation.
     TransformQueuePtr queueFor(const CoordSystemPtr &from, const CoordSystemPtr &to);
+    /// How many transformations are kept.
     std::size_t size() const;
-
-    /// from.isEqual(to, false), asked once for as long as neither is changed and no catalogue is.
-    bool areEqual(const CoordSystem &from, const CoordSystem &to);
 
     /// A PROJ transformation of the caller's own that takes and gives longitude or easting first. Never null.
     /// Throws std::logic_error "Не могу создать объект трансформации. …".
@@ -48,39 +58,35 @@ public:
     static constexpr int attempts = 3;
     using Texts = std::pair<QString, QString>;
     static Texts textsOf(int attempt, const CoordSystemPtr &from, const CoordSystemPtr &to);
+    using Steps = std::vector<std::pair<CoordSystemPtr, CoordSystemPtr>>;
     /// The pairs of systems of the one or two steps from one to the other. Throws std::logic_error when the
     /// way runs through WGS 84 and there is no catalogue.
-    static std::vector<std::pair<CoordSystemPtr, CoordSystemPtr>> stepsBetween(const CoordSystemPtr &from,
-                                                                               const CoordSystemPtr &to);
+    static Steps stepsBetween(const CoordSystemPtr &from, const CoordSystemPtr &to);
 
 private:
-    using Key = std::pair<CoordSystemPtr, CoordSystemPtr>;
-    struct ByAddress
+    using States = std::pair<std::uint64_t, std::uint64_t>;
+    /// What is known of two objects as they are.
+    struct Known
     {
-        bool operator()(const Key &a, const Key &b) const;
+        bool isEqual;
+        std::weak_ptr<const TransformQueue> queue; ///< of unequal ones; gone when the cache let it go
     };
+    static constexpr int mostKnown = 4096;
 
     static QString definitionOf(const CoordSystem &cs);
     static QString fallbackOf(const CoordSystem &cs, const QString &first);
-    ProjOperation stepFor(const CoordSystemPtr &from, const CoordSystemPtr &to);
-    ProjOperation sharedByTexts(const Texts &texts) const;
-    ProjOperation madeByTexts(const Texts &texts);
-
-    /// A step whose object lives as long as a queue has it.
-    struct Shared
-    {
-        ProjOperation step; ///< without its object
-        std::weak_ptr<PJ> pj;
-    };
-
-    using States = std::pair<std::uint64_t, std::uint64_t>;
-    static constexpr int mostAnswers = 10000;
+    static ProjOperation stepFor(const CoordSystemPtr &from, const CoordSystemPtr &to);
+    bool find(const States &states, Known &known);
+    void note(const States &states, const Known &known, unsigned since);
+    TransformQueuePtr keep(const QStringList &definitions, TransformQueuePtr queue, unsigned since);
+    std::map<QStringList, TransformQueuePtr> takeOutdated();
 
     mutable QMutex m_mutex; ///< guards the following
-    std::map<Key, TransformQueuePtr, ByAddress> m_queues;
-    std::map<Texts, Shared> m_byTexts;
-    QHash<States, bool> m_equal; ///< by the states of two objects
-    unsigned m_equalSince = 0;   ///< catalogueRevision()
+    std::map<QStringList, TransformQueuePtr>
+        m_queues;                    ///< by the definitions of their steps, of which standing still has none
+    std::deque<QStringList> m_order; ///< of m_queues, the oldest first
+    QHash<States, Known> m_known;    ///< by the states of two objects
+    unsigned m_since = 0;            ///< catalogueRevision()
 };
 
 /// The process's cache, made on first call.

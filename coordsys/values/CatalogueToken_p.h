@@ -1,5 +1,6 @@
 #pragma once
 
+#include "EpsgSearchCache_p.h"
 #include <coordsys/CatalogueSource.h>
 
 #include <memory>
@@ -15,6 +16,11 @@ public:
     virtual ~CatalogueToken() = default;
     /// Null once the owner is gone. Its end waits until the pointer is let go, on the thread that asked.
     virtual std::shared_ptr<const CatalogueSource> lock() const = 0;
+    /// What was found for texts with these catalogues.
+    EpsgSearchCache &codes() const { return m_codes; }
+
+private:
+    mutable EpsgSearchCache m_codes;
 };
 using CatalogueTokenPtr = std::shared_ptr<const CatalogueToken>;
 

@@ -3,6 +3,7 @@
 #include "CoordTransformCache_p.h"
 #include <coordsys/CoordTransform.h>
 
+#include <algorithm>
 #include <atomic>
 #include <thread>
 #include <vector>
@@ -96,7 +97,7 @@ private Q_SLOTS:
                      return true;
                  }),
                  0);
-        QCOMPARE(coordTransformCache().size(), before + 2);
+        QCOMPARE(coordTransformCache().size(), std::min(before + 2, CoordTransformCache::mostQueues));
     }
 
     void creators()

@@ -254,23 +254,45 @@ private Q_SLOTS:
             }
     }
 
-    void cacheIsByAddress()
+    void cacheIsByDefinition()
     {
         CoordTransformCache &cache = coordTransformCache();
         const QString krass = "prj:Earth Projection 8, 1001, \"m\", 45, 0, 1, 8500000, 0"_s;
         const CoordSystemPtr a = made(krass), a2 = made(krass), b = made(utm37), b2 = made(utm37);
         const std::size_t before = cache.size();
-        const CoordTransform t(a, b), copy(t), again(a, b);
+        const CoordTransform t(a, b), copy(t), again(a, b), twin(a2, b2);
         QCOMPARE(cache.size(), before + 1);
-        const CoordTransform twin(a2, b2);
-        QCOMPARE(cache.size(), before + 2);
-        QCOMPARE(cache.find(a, b)->first.pj,
-                 cache.find(a2, b2)->first.pj); // equal texts share the engine's object
-        QVERIFY(!cache.find(b, a));
+        QCOMPARE(cache.queueFor(a, b), cache.queueFor(a2, b2));
+        QVERIFY(cache.queueFor(b, a) != cache.queueFor(a, b));
         // A plan goes through WGS 84 in two steps.
-        const CoordTransform mixed(a, support::shippedFactory()->createNonEarth(7, QRectF()));
-        QVERIFY(cache.find(a, mixed.destinationCoordSystem())->second);
-        QVERIFY(!cache.find(a, b)->second);
+        const CoordSystemPtr plan = support::shippedFactory()->createNonEarth(7, QRectF());
+        QVERIFY(cache.queueFor(a, plan)->second && !cache.queueFor(a, b)->second);
+        // A changed object gets its new transformation; a finished one keeps its own.
+        QPointF first, later, other;
+        const QPointF place(8400000, 6100000);
+        QVERIFY(t.forward(place, first));
+        a->setSourceParameters(
+            made("proj:+proj=tmerc +lon_0=45 +x_0=9500000 +ellps=krass"_s)->sourceParameters());
+        QVERIFY(t.forward(place, later) && CoordTransform(a, b).forward(place + QPointF(1e6, 0), other));
+        QCOMPARE(later, first);
+        QVERIFY(!support::near(other, first, 1.0) && support::near(other, first, 500.0)); // the shift is gone
+    }
+
+    // The oldest go, and what has gone is made again.
+    void cacheIsBounded()
+    {
+        const CoordSystemPtr wgs84 = made("epsg:4326"_s);
+        const auto zone = [](int i) {
+            return made("proj:+proj=tmerc +lon_0=%1 +datum=WGS84"_s.arg(0.25 * i - 150.0));
+        };
+        const CoordTransform first(zone(0), wgs84);
+        for (int i = 1; i <= int(CoordTransformCache::mostQueues); ++i)
+            const CoordTransform next(zone(i), wgs84);
+        QCOMPARE(coordTransformCache().size(), CoordTransformCache::mostQueues);
+        QPointF before, after;
+        QVERIFY(first.forward(QPointF(1e5, 5e6), before));
+        QVERIFY(CoordTransform(zone(0), wgs84).forward(QPointF(1e5, 5e6), after));
+        QCOMPARE(after, before);
     }
 
     // Figures of cs2cs 9.1.1; PROJ's own answer without an epoch is that of the operation's reference epoch.
