@@ -218,6 +218,55 @@ private Q_SLOTS:
         QCOMPARE(vertices("50"), 129);
     }
 
+    void seams_data()
+    {
+        QTest::addColumn<QByteArray>("geometry");
+        QTest::addColumn<QString>("systems");
+        QTest::addColumn<QByteArrayList>("parts"); // of the output; none: rejected
+        const auto row = [](const char *name, const char *geometry, const char *systems,
+                            const QByteArrayList &parts) {
+            QTest::newRow(name) << QByteArray(geometry) << QString::fromLatin1(systems) << parts;
+        };
+        // 20037508.342789 m is 180 degrees, 19926188.851996 m 179, 20148827.833583 m 181; 111325.142866 m is
+        // 1 north.
+        row("a polygon over 180",
+            "POLYGON ((19926188.851996 0,20148827.833583 0,20148827.833583 111325.142866,"
+            "19926188.851996 111325.142866,19926188.851996 0))",
+            "--from 3857 --to 4326", {"MULTIPOLYGON (((", "180 0", "-180 0", "179", "-179"});
+        row("a line over 180, with heights", "LINESTRING Z (19926188.851996 0 1,20148827.833583 0 3)",
+            "--from 3857 --to 4326", {"MULTILINESTRING Z ((179", "180 0 2", "(-180 0 2", "-179"});
+        row("one that does not", "POLYGON ((0 0,111319.490793 0,0 111325.142866,0 0))",
+            "--from 3857 --to 4326", {"\"POLYGON ((0 0,"});
+        row("around the pole",
+            "POLYGON ((-1000000 -1000000,1000000 -1000000,1000000 1000000,-1000000 1000000,"
+            "-1000000 -1000000))",
+            "--from 3995 --to 4326", {"\"POLYGON ((", "-180 90", "180 90"});
+        row("the pole has no place in Mercator",
+            "POLYGON ((-1000000 -1000000,1000000 -1000000,1000000 1000000,"
+            "-1000000 1000000,-1000000 -1000000))",
+            "--from 3995 --to 3857", {});
+        row("over a projection's own cut", "POLYGON ((-40 -10,-20 -10,-20 10,-40 10,-40 -10))",
+            "--from 4326 --to '+proj=eqearth +lon_0=150 +datum=WGS84'",
+            {"MULTIPOLYGON (((", "((16", "((-16"});
+        row("longer than half of the earth", "LINESTRING (-170 0,170 0)",
+            "--from 4326 --to '+proj=eqearth +lon_0=150 +datum=WGS84'", {"MULTILINESTRING (("});
+    }
+    void seams()
+    {
+        QFETCH(QByteArray, geometry);
+        QFETCH(QString, systems);
+        QFETCH(QByteArrayList, parts);
+        const Place place;
+        place.write("a.csv", "id,WKT\n1,\"" + geometry + "\"\n");
+        const CliRun run = place.convert(QStringLiteral("a.csv b.csv --allow datum ") + systems);
+        QCOMPARE(run.status, parts.isEmpty() ? 1 : 0);
+        const QByteArray out = place.read("b.csv");
+        for (const QByteArray &part : qAsConst(parts))
+            QVERIFY2(out.contains(part), out.left(2000));
+        if (parts.isEmpty())
+            QVERIFY(place.read("b.rejected.csv").contains("torn at the edge"));
+    }
+
     // Formats whose drivers say nothing of heights, or lose them in a layer of any type.
     void heights_data()
     {

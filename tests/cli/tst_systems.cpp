@@ -46,6 +46,19 @@ class TestCliSystems : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    // 178.764741540 E to 178.540312608 W by x / (6378137 m) in degrees; the pole's by (0, 0) inside.
+    void rectanglesOverTheMeridian()
+    {
+        const CliRun over =
+            ::run(words("rect --from 3857 --to 4326 --precision 6 -- 19900000 0 300000 300000"));
+        QCOMPARE(over.out, QByteArray("178.764742 0.000000 2.694946 2.693953\n"));
+        const CliRun pole =
+            ::run(words("rect --from 3995 --to 4326 --precision 0 -- -1000000 -1000000 2000000 2000000"));
+        QVERIFY2(pole.out.startsWith("-180 ") && pole.out.contains(" 360 "), pole.describe());
+        const CliRun torn = ::run(words("rect --from 4326 --to 3857 -- 170 0 20 10"));
+        QVERIFY2(torn.status == 1 && torn.err.contains("crosses the cut"), torn.describe());
+    }
+
     void notations_data()
     {
         writeFile(m_dir.filePath(QStringLiteral("карта.prj")), "\xEF\xBB\xBF\n" + utmWkt.toUtf8() + "\r\n");
@@ -262,7 +275,8 @@ private Q_SLOTS:
         row("a unit that nobody names", "", s("+proj=merc +ellps=WGS84 +to_meter=2.5"), "\nAssumed: The unit",
             "\nUnit: ");
         row("a height left out", "", s("7405"), "\nAssumed: ", "\nAffine");
-        row("figures that are missing", "", s("Earth Projection 8, 104, \"m\", 39"), "\nAssumed: ", "\nCode:");
+        row("figures that are missing", "", s("Earth Projection 8, 104, \"m\", 39"),
+            "\nAssumed: ", "\nCode:");
         row("no such projection in CoordSys text", "", s("29873"), "\nCoordSys: none, ", "NonEarth");
         row("grads from Paris against degrees: 168, 60, 320 m", "", s("4807"), "as CoordSys text 349 m away",
             "Bounds");

@@ -5,19 +5,26 @@
 #include "OperationOptions.h"
 #include "Output.h"
 #include "PointText.h"
+#include "SeamCutter.h"
 #include "Session.h"
 
 #include <coordsys/CoordTransform.h>
+#include <coordsys/GeographicBounds.h>
 
 #include <QByteArray>
+#include <QPolygonF>
 #include <QRectF>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <new>
 
+using nivora::cs::BulkTransform;
 using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
 using nivora::cs::CoordTransform;
+using nivora::cs::GeographicBounds;
 
 namespace {
 
@@ -56,6 +63,71 @@ bool transformed(const CommandLine &line, const CoordTransform &transform, const
     }
 }
 
+/// A plane may go on over the meridian where it ends on the earth, as Mercator's does: along the rectangle's
+/// edges the longitudes run on.
+bool boundsAlongEdges(const CoordTransform &transform, const QRectF &in, QRectF &out)
+{
+    constexpr int steps = 64; // of an edge
+    constexpr double halfTurn = 180.0;
+    constexpr double fullTurn = 360.0;
+    const QPointF corners[] = {in.topLeft(), in.topRight(), in.bottomRight(), in.bottomLeft(), in.topLeft()};
+    double last = NAN;
+    double turns = 0.0;
+    QPolygonF edges;
+    bool isCrossed = false;
+    for (int i = 0; i <= 4 * steps; ++i) {
+        const QPointF &from = corners[std::min(i / steps, 3)];
+        const QPointF &to = corners[std::min(i / steps, 3) + 1];
+        QPointF place;
+        if (!transform.forward(from + (to - from) * (i - std::min(i / steps, 3) * steps) / steps, place))
+            return false;
+        if (std::fabs(place.x() - last) > halfTurn) {
+            turns += place.x() > last ? -fullTurn : fullTurn;
+            isCrossed = true;
+        }
+        last = place.x();
+        edges << place + QPointF(turns, 0.0);
+    }
+    out = edges.boundingRect();
+    out.translate(-fullTurn * std::round((out.left() - 1e-12) / fullTurn), 0.0);
+    return isCrossed && turns == 0.0; // else a pole is inside
+}
+
+/// Over the 180th meridian and around a pole the smallest and largest longitudes would be those of the
+/// complement: the bounds run on over 180 there.
+bool boundsOnEarth(const CoordTransform &transform, const QRectF &in, QRectF &out)
+{
+    GeographicBounds bounds;
+    if (transform.sourceCoordSystem()->isLatLong() || !transform.destinationCoordSystem()->isLatLong() ||
+        !transform.geographicBounds(in, bounds))
+        return false;
+    if (!bounds.crossesAntimeridian() && !bounds.hasNorthPole && !bounds.hasSouthPole)
+        return boundsAlongEdges(transform, in,
+                                out); // else that of the corners, or of the mesh, as it always was
+    out = QRectF(bounds.west, bounds.south, bounds.width(), bounds.north - bounds.south);
+    return true;
+}
+
+/// Whether an edge runs over the cut of the target's map.
+bool isTorn(const CoordTransform &transform, const QRectF &in)
+{
+    constexpr double fullTurn = 360.0;
+    const BulkTransform bulk(transform);
+    if (transform.destinationCoordSystem()->isLatLong() ||
+        (transform.sourceCoordSystem()->isLatLong() && in.width() >= fullTurn)) // the whole map
+        return false;
+    const SeamCutter seams(bulk);
+    const QPointF corners[] = {in.topLeft(), in.topRight(), in.bottomRight(), in.bottomLeft(), in.topLeft()};
+    for (std::size_t i = 1; i < std::size(corners); ++i) {
+        QPointF a;
+        QPointF b;
+        if (bulk.forward(corners[i - 1], a) && bulk.forward(corners[i], b) &&
+            seams.isTorn(corners[i - 1], corners[i], a, b))
+            return true;
+    }
+    return false;
+}
+
 int run(const CommandLine &line)
 {
     rectOf(line.arguments(), {true, false}); // nonsense is told before the systems are made
@@ -67,8 +139,15 @@ int run(const CommandLine &line)
     const QRectF in = rectOf(line.arguments(), {source.isLatLong(), false});
     const int decimals = line.number("precision", 0, mostDecimals, fittingDecimals(target));
 
+    const CoordTransform way = line.isSet("inverse") ? CoordTransform(to, from) : CoordTransform(from, to);
+    if (isTorn(way, in)) {
+        complain(
+            QObject::tr("the rectangle crosses the cut of the output's map: its image has several parts"));
+        return SomeFailed;
+    }
     QRectF out;
-    if (!transformed(line, CoordTransform(from, to, operationChoice(line)), in, out)) {
+    if (!boundsOnEarth(way, in, out) &&
+        !transformed(line, CoordTransform(from, to, operationChoice(line)), in, out)) {
         complain(line.isSet("mesh") ? QObject::tr("no part of the rectangle can be transformed")
                                     : QObject::tr("a corner of the rectangle cannot be transformed"));
         return SomeFailed;
@@ -96,7 +175,9 @@ const Command &rectCommand()
                           R"(X and Y are the smallest coordinates, W and H width and height; the answer is
 written in the same order. Only the four corners are transformed, unless --mesh
 is given: then a mesh of points with N intervals along the width, so that edges
-that bulge and poles inside count too, and points that fail are left out. Degrees
+that bulge and poles inside count too, and points that fail are left out. Longitudes
+of a plane's rectangle over the 180th meridian run on: X 170 and W 20 end at -170.
+A rectangle over the cut of the output's map has no one image. Degrees
 may be written as transform reads them (36°30'E); "--" goes before -36°30'.
 The exit status is 1 when the rectangle cannot be transformed.
 

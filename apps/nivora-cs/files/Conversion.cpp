@@ -213,6 +213,8 @@ void Conversion::settle(OGRLayerH source, OutputLayer &layer, GeometryChange &ch
     if (from && layer.system && from != layer.system)
         change.transform.emplace(m_way.emplace(from, layer.system, m_choice, m_bulk.epoch));
     change.bulk = m_bulk;
+    if (change.transform)
+        change.seams.emplace(*change.transform);
     if (change.transform && m_mostBendM > 0.0)
         change.splitter.emplace(*change.transform, *withoutAffine(layer.system), m_mostBendM);
     if (!m_format.isMapInfo() || (OGR_L_GetGeomType(source) == wkbNone && !change.points))

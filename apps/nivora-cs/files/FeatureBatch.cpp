@@ -42,7 +42,7 @@ void FeatureBatch::add(Feature source)
     const bool lacksPoint = m_change.points && !geometry;
     if (geometry) // some drivers would rather write the source's than the layer's
         OGR_G_AssignSpatialReference(geometry.get(), nullptr);
-    m_items.push_back({fid, std::move(source), std::move(geometry), QPointF(NAN, NAN), std::nullopt});
+    m_items.push_back({fid, std::move(source), std::move(geometry), QPointF(NAN, NAN), std::nullopt, false});
     if (lacksPoint)
         m_items.back().rejection = Rejection{fid, QPointF(NAN, NAN), Rejection::NoPoint};
     const int firstVertex = m_in.size();
@@ -88,9 +88,35 @@ void FeatureBatch::convert()
         std::optional<Rejection> &rejection = m_items[leaf.item].rejection;
         if (!rejection)
             rejection = rejectionOf(leaf);
-        if (!rejection && m_change.transform)
-            store(leaf);
+        if (!rejection && isTorn(leaf))
+            m_items[leaf.item].isTorn = true;
     }
+    for (const Leaf &leaf : m_leaves)
+        if (m_change.transform && !m_items[leaf.item].rejection && !m_items[leaf.item].isTorn)
+            store(leaf);
+    for (Item &item : m_items)
+        if (item.isTorn && !item.rejection)
+            cut(item);
+}
+
+bool FeatureBatch::isTorn(const Leaf &leaf) const
+{
+    if (!m_change.seams)
+        return false;
+    for (int i = leaf.begin + 1; i < leaf.begin + leaf.count; ++i)
+        if (m_change.seams->isTorn(m_in.at(i - 1), m_in.at(i), m_out.at(i - 1), m_out.at(i)))
+            return true;
+    return false;
+}
+
+/// Points of a collection need no cut.
+void FeatureBatch::cut(Item &item)
+{
+    Geometry pieces = m_change.seams->cut(item.geometry.get());
+    if (pieces)
+        item.geometry = std::move(pieces);
+    else
+        item.rejection = Rejection{item.fid, item.firstVertex, Rejection::Torn};
 }
 
 void FeatureBatch::store(const Leaf &leaf)

@@ -4,6 +4,7 @@
 #include "GdalFiles.h"
 #include "PeopleText.h"
 #include "PointText.h"
+#include "SeamCutter.h"
 
 #include <coordsys/BulkTransform.h>
 
@@ -29,6 +30,7 @@ struct GeometryChange
 {
     std::optional<nivora::cs::BulkTransform> transform; ///< none: they stay as they are
     nivora::cs::BulkOptions bulk;                       ///< for it
+    std::optional<SeamCutter> seams;                    ///< as long as there is a transformation
     std::optional<EdgeSplitter> splitter;               ///< none: no vertices are added
     std::optional<PointColumns> points;                 ///< none: geometries are those of the source
     QRectF limits;                                      ///< of what the output can hold; empty for none
@@ -37,7 +39,7 @@ struct GeometryChange
 /// A feature that was left out, and its first vertex that is to blame, in the source's coordinates.
 struct Rejection
 {
-    enum Reason { NotTransformable, OutOfBounds, NotWritable, NoPoint };
+    enum Reason { NotTransformable, OutOfBounds, NotWritable, NoPoint, Torn };
     GIntBig fid;
     QPointF vertex;
     Reason reason;
@@ -55,6 +57,7 @@ public:
         Geometry geometry; ///< null for none
         QPointF firstVertex;
         std::optional<Rejection> rejection;
+        bool isTorn = false; ///< over the target's cut
     };
 
     explicit FeatureBatch(const GeometryChange &change)
@@ -81,6 +84,8 @@ private:
     void collect(OGRGeometryH geometry);
     void addLeaf(OGRGeometryH geometry);
     void store(const Leaf &leaf);
+    bool isTorn(const Leaf &leaf) const;
+    void cut(Item &item);
     std::optional<Rejection> rejectionOf(const Leaf &leaf) const;
 
     const GeometryChange &m_change;

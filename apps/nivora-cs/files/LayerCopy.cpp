@@ -87,6 +87,9 @@ void LayerCopy::createLayer(std::vector<FeatureBatch::Item> &first)
     const bool hasHeights = m_job.change.points && m_job.change.points->z >= 0;
     m_job.layer.type = m_job.change.points ? (hasHeights ? wkbPoint25D : wkbPoint)
                                            : layerType(m_job.source, m_job.format.name(), first);
+    const bool isCut = std::any_of(first.begin(), first.end(), [](const auto &item) { return item.isTorn; });
+    if (isCut && OGR_GT_Flatten(m_job.layer.type) != wkbUnknown)
+        m_job.layer.type = OGR_GT_GetCollection(m_job.layer.type);
     checkKinds(first);
     m_job.layer.isElsewhere = m_job.probe.isElsewhere();
     m_writer = std::make_unique<LayerWriter>(m_job.target, plan(), &m_losses);

@@ -4,7 +4,6 @@
 #include "Losses.h"
 #include "Output.h"
 
-#include <coordsys/CoordSystemConversions.h>
 #include <coordsys/CoordTransform.h>
 
 #include <QObject>
@@ -62,8 +61,11 @@ Offsets farthestOff(const CoordSystemPtr &system, const CoordSystemPtr &readAgai
         if (!std::isfinite(place.x()) || !transform.forward(place, again))
             continue;
         farthest.places = std::max(farthest.places, off(again, place));
-        const QPointF ownPlace = tryConvertForward(readAgain, tryConvertInverse(system, place));
-        farthest.planes = std::max(farthest.planes, off(ownPlace, place));
+        QPointF lonLat = place;
+        QPointF ownPlace = place;
+        const bool isPlaced = system->isLatLong() ||
+                              (system->inverse(place, lonLat) && readAgain->forward(lonLat, ownPlace));
+        farthest.planes = std::max(farthest.planes, isPlaced ? off(ownPlace, place) : HUGE_VAL);
     }
     return farthest;
 }

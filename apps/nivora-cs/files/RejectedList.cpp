@@ -11,7 +11,8 @@ namespace {
 
 // By Rejection::Reason. English whatever the language: the table is for programs too.
 constexpr const char *reasons[] = {"cannot be transformed", "outside the bounds of the output",
-                                   "cannot be held by the format", "the columns hold no coordinates"};
+                                   "cannot be held by the format", "the columns hold no coordinates",
+                                   "torn at the edge of the output's map"};
 
 constexpr char header[] = "layer,fid,x,y,reason\n";
 
