@@ -46,7 +46,7 @@ private Q_SLOTS:
             "", "gpkg shp tab:types mif:types geojson");
         row("zones of time", R"("t":"2020-01-02T03:04:05+03:00")", "",
             "gpkg geojson fgb tab:types mif:types shp:types");
-        row("dates", R"("t":"2020-01-02")", "", "gpkg geojson tab mif shp");
+        row("dates", R"("t":"2020-01-02")", "", "gpkg geojson tab mif shp fgb:types");
         row("lists", R"("l":["a","b"])", "", "geojson gpkg:types fgb:types tab:types kml:types");
         row("names that differ by case", R"("Name":1,"name":2,"NAME":3)", "",
             "geojson fgb gpkg:names csv:names,datum tab:names shp:names");

@@ -48,8 +48,6 @@ bool sameValue(OGRFeatureH given, int i, OGRFeatureH read, int j)
         return true;
     if (type == OFTReal)
         return sameNumber(a.toDouble(), b.toDouble());
-    if (type == OFTDate && readType == OFTDateTime) // a column that became wider
-        return b.startsWith(a);
     return false;
 }
 
