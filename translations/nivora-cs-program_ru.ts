@@ -668,30 +668,6 @@ Examples:
         <translation>Сколько потоков работает; без этого параметра все ядра. Вывод тот же.</translation>
     </message>
     <message>
-        <source>X and Y are the smallest coordinates, W and H width and height; the answer is
-written in the same order. Only the four corners are transformed, unless --mesh
-is given: then a mesh of points with N intervals along the width, so that edges
-that bulge and poles inside count too, and points that fail are left out. Degrees
-may be written as transform reads them (36°30&apos;E); &quot;--&quot; goes before -36°30&apos;.
-The exit status is 1 when the rectangle cannot be transformed.
-
-Examples:
-  nivora-cs rect --from 4326 --to 32637 36 55 3 1
-  nivora-cs rect --from 4326 --to 3575 --mesh 50 -180 60 360 30
-</source>
-        <translation>X и Y - наименьшие координаты, W и H - ширина и высота; ответ пишется в том же
-порядке. Преобразуются только четыре угла, если нет --mesh: тогда сетка точек с N
-промежутками по ширине, так что учитываются и выпуклые стороны, и полюсы внутри, а
-точки, которые не удались, пропускаются. Градусы можно писать так же, как для
-transform (36°30&apos;E); перед -36°30&apos; ставится &quot;--&quot;.
-Код возврата 1, если прямоугольник не преобразуется.
-
-Примеры:
-  nivora-cs rect --from 4326 --to 32637 36 55 3 1
-  nivora-cs rect --from 4326 --to 3575 --mesh 50 -180 60 360 30
-</translation>
-    </message>
-    <message>
         <source>%1 more lines failed, %2 in all</source>
         <translation>не удалось ещё строк: %1, всего: %2</translation>
     </message>
@@ -2035,6 +2011,38 @@ CoordSys, через табуляцию. Код возврата 1, если н�
   nivora-cs find 32637
   nivora-cs find utm Pskov
   nivora-cs find --at 37.6,55.8 utm
+</translation>
+    </message>
+    <message>
+        <source>the rectangle crosses the cut of the output&apos;s map: its image has several parts</source>
+        <translation>прямоугольник пересекает разрез карты результата: его образ состоит из нескольких частей</translation>
+    </message>
+    <message>
+        <source>X and Y are the smallest coordinates, W and H width and height; the answer is
+written in the same order. Only the four corners are transformed, unless --mesh
+is given: then a mesh of points with N intervals along the width, so that edges
+that bulge and poles inside count too, and points that fail are left out. Longitudes
+of a plane&apos;s rectangle over the 180th meridian run on: X 170 and W 20 end at -170.
+A rectangle over the cut of the output&apos;s map has no one image. Degrees
+may be written as transform reads them (36°30&apos;E); &quot;--&quot; goes before -36°30&apos;.
+The exit status is 1 when the rectangle cannot be transformed.
+
+Examples:
+  nivora-cs rect --from 4326 --to 32637 36 55 3 1
+  nivora-cs rect --from 4326 --to 3575 --mesh 50 -180 60 360 30
+</source>
+        <translation>X и Y - наименьшие координаты, W и H - ширина и высота; ответ пишется в том же
+порядке. Преобразуются только четыре угла, если нет --mesh: тогда сетка точек с N
+промежутками по ширине, так что учитываются и выпуклые стороны, и полюсы внутри, а
+точки, которые не удались, пропускаются. Долготы прямоугольника на плоскости идут
+дальше через 180-й меридиан: X 170 и W 20 кончаются на -170. У прямоугольника через
+разрез карты результата нет одного образа. Градусы можно писать так же, как для
+transform (36°30&apos;E); перед -36°30&apos; ставится &quot;--&quot;.
+Код возврата 1, если прямоугольник не преобразуется.
+
+Примеры:
+  nivora-cs rect --from 4326 --to 32637 36 55 3 1
+  nivora-cs rect --from 4326 --to 3575 --mesh 50 -180 60 360 30
 </translation>
     </message>
 </context>
