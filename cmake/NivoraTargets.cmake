@@ -13,11 +13,37 @@ function(nivora_target target)
             target_compile_options(${target} PRIVATE -fno-sanitize-recover=undefined)
         endif()
     endif()
-    if(NIVORA_BUILD_FUZZERS)
-        target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
-    endif()
     target_compile_definitions(${target} PRIVATE QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII
                                                  QT_NO_KEYWORDS)
+endfunction()
+
+# For what the fuzz targets look into: the counters of a fuzzer cost a fifth of the compilation.
+function(nivora_fuzzed)
+    if(NIVORA_BUILD_FUZZERS)
+        foreach(target IN LISTS ARGN)
+            target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+        endforeach()
+    endif()
+endfunction()
+
+# For what only tests: neither its speed nor the meta-objects of what it includes matter. Without the optimiser and with
+# moc reading one file it is built in half the time.
+function(nivora_test_target target)
+    nivora_target(${target})
+    target_compile_options(${target} PRIVATE -O0)
+    get_target_property(sources ${target} SOURCES)
+    set(moc_dir ${CMAKE_CURRENT_BINARY_DIR}/moc)
+    foreach(source IN LISTS sources)
+        if(source MATCHES "^(tst_.*)[.]cpp$")
+            set(moc ${moc_dir}/${CMAKE_MATCH_1}.moc)
+            add_custom_command(OUTPUT ${moc}
+                COMMAND ${CMAKE_COMMAND} -E make_directory ${moc_dir}
+                COMMAND Qt5::moc -o ${moc} ${CMAKE_CURRENT_SOURCE_DIR}/${source}
+                DEPENDS ${source} VERBATIM)
+            target_sources(${target} PRIVATE ${moc})
+        endif()
+    endforeach()
+    target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests ${moc_dir})
 endfunction()
 
 # For what gets installed: texts of the build machine's directories (__FILE__, debug records) would make two builds of

@@ -255,6 +255,8 @@ private Q_SLOTS:
         const auto row = [](const char *name, const char *options, const char *in, const char *out) {
             QTest::newRow(name) << QString::fromUtf8(options) << QByteArray(in) << QByteArray(out);
         };
+        row("half to even", "--precision 0", "0.5 1.5\n2.5 -3.5\n", "0 2\n2 -4\n");
+        row("half to even, decimals", "--precision 2", "0.125 0.375\n", "0.12 0.38\n");
         row("carries", "--dms=1", "36.999999999 -0.016666666\n", "37°00'00.0\"E 0°01'00.0\"S\n");
         row("no minus before zero", "--dms 0", "-0.0001,-180\n", "0°00'00\"E,180°00'00\"S\n");
         row("five decimals, Cyrillic", "--dms --letters ru", "-37.5 5.01 a\n",
@@ -366,6 +368,12 @@ private Q_SLOTS:
             run(toUtm + QStringList{file.fileName(), QStringLiteral("-"), file.fileName()}, "37 55");
         QCOMPARE(done.out, utm + "\n* * x\n" + utm + '\n' + utm + "\n* * x\n");
         QCOMPARE(done.err, QByteArray(file.fileName().toUtf8() + ": line 2: x is no number\n").repeated(2));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("1,2,\"a\"");
+        file.close();
+        const CliRun tables = run(words("transform --from 4326 --to 4326 --precision 0 --csv") +
+                                  QStringList{file.fileName(), file.fileName()});
+        QCOMPARE(tables.out, QByteArray("1,2,\"a\"\n1,2,\"a\""));
         const CliRun missing =
             run(toUtm + QStringList{file.fileName(), dir.filePath(QStringLiteral("none"))});
         QVERIFY2(missing.isRefusal(QStringLiteral("none: No such file")), missing.describe());

@@ -7,6 +7,7 @@
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjEngine.h>
 #include <coordsys/SourceTags.h>
+#include <coordsys/UserCoordSystem.h>
 
 #include <gdal.h>
 #include <ogr_api.h>
@@ -41,6 +42,24 @@ private Q_SLOTS:
             QCOMPARE(second->description(), name);
             QVERIFY(second->epsg() != 1 && second->isEqual(first, false));
             QVERIFY(second->OGRSpatialReference() != first->OGRSpatialReference());
+        }
+    }
+
+    /// The user's name of a plan that the catalogue does not have is asked for each time.
+    void renamedPlan()
+    {
+        const support::ResourceCopy copy;
+        copy.write(QStringLiteral("projections_en.prj"), "\"--- a ---\"\n\"b\", 1, 104\n");
+        const support::DefaultFactoryKeeper keeper;
+        const auto host = std::make_shared<CoordSysFactory>(copy.dir(), copy.dir(), QStringLiteral("en"));
+        CoordSysFactory::setDefaultCoordSysFactory(host);
+        QVERIFY(host->initCoordSystemEnvironment());
+        const QString wkt = QStringLiteral("LOCAL_CS[\"\",UNIT[\"metre\",1]]");
+        const CoordSystem::SourceData plan =
+            host->createFromPrj(host->createFromWkt(wkt)->prjStr())->sourceParameters();
+        for (const char *name : {"first", "second"}) {
+            host->userCoordSystem()->setCoordSystem(QStringLiteral("A"), plan, QString::fromLatin1(name));
+            QCOMPARE(host->createFromWkt(wkt)->description(), QString::fromLatin1(name));
         }
     }
 
@@ -343,6 +362,7 @@ private Q_SLOTS:
         GDALClose(set);
         const CoordSystemPtr read = factory()->createFromUserInput(QLatin1Char('@') + path);
         QVERIFY2(read->isEqual(cs, true), qPrintable(read->prjStr()));
+        QVERIFY(!read->isRectSet()); // the table's data have bounds, its system has none
     }
 
     void sources_data()

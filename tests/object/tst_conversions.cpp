@@ -210,6 +210,24 @@ private Q_SLOTS:
                 !cs->forward(list, list));
     }
 
+    /// The products of such coefficients are beyond every number; the way back is not.
+    void affineOverflow_data()
+    {
+        QTest::addColumn<double>("scale");
+        for (const double scale : {1e-200, 1e-150, 1e150, 1e200})
+            QTest::addRow("%g", scale) << scale;
+    }
+    void affineOverflow()
+    {
+        QFETCH(double, scale);
+        const CoordSystemPtr cs = proj("+proj=merc +R=6370997");
+        cs->setAffineTransform(std::make_unique<QTransform>(scale, scale / 2, -scale / 2, scale, 0, 0));
+        const QPointF place(10, 20);
+        QPointF plane, lonLat;
+        QVERIFY(cs->forward(place, plane) && cs->inverse(plane, lonLat));
+        VERIFY_NEAR(lonLat, place, 1e-9);
+    }
+
     void normalizedText_data()
     {
         const support::Columns<QString, QString, QString> row;

@@ -1,10 +1,15 @@
 #include <object/FirstCalls.h>
 
 #include "CoordTransformCache_p.h"
+#include "ParallelFor_p.h"
 #include <coordsys/CoordTransform.h>
+
+#include <QSemaphore>
+#include <QThreadPool>
 
 #include <algorithm>
 #include <atomic>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -43,6 +48,21 @@ class TestTransformThreads : public QObject
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(support::shippedFactory()); }
+
+    /// What goes wrong in a helper reaches the caller, whose own share went well.
+    void helpersFailure()
+    {
+        QThreadPool pool;
+        QSemaphore thrown;
+        const std::thread::id caller = std::this_thread::get_id();
+        const auto work = [&] {
+            if (std::this_thread::get_id() == caller)
+                return thrown.acquire();
+            thrown.release();
+            throw std::runtime_error("of a helper");
+        };
+        VERIFY_THROWS(std::runtime_error, parallelFor(pool, 1, work), "of a helper");
+    }
 
     void firstCallsRace_data()
     {

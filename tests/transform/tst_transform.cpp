@@ -146,6 +146,52 @@ private Q_SLOTS:
         QCOMPARE(rect, QRectF(1, 2, 3, 4));
     }
 
+    /// What the catalogue says is part of the answer: a unit that it learns makes two systems equal.
+    void equalityFollowsTheCatalogue()
+    {
+        const support::ResourceCopy copy;
+        const support::DefaultFactoryKeeper keeper;
+        const auto host = std::make_shared<CoordSysFactory>(copy.dir(), copy.dir(), "en"_s);
+        CoordSysFactory::setDefaultCoordSysFactory(host);
+        QVERIFY(host->initCoordSystemEnvironment());
+        const auto inKilometres = [&host](double scale) {
+            return host->createFromProj(
+                "+proj=tmerc +lon_0=39 +k=%1 +datum=WGS84 +units=km"_s.arg(scale, 0, 'f', 4));
+        };
+        const CoordSystemPtr asked = inKilometres(0.9997);
+        QVERIFY(asked->unit());
+        host->projectionParamsManager()->clear();
+        const CoordSystemPtr other = inKilometres(0.9997);
+        QVERIFY(!CoordTransform(asked, other).isEqualsCS());
+        QVERIFY(host->projectionParamsManager()->initFromXML(copy.dir(), "en"_s));
+        QVERIFY(CoordTransform(asked, other).isEqualsCS());
+    }
+
+    /// Degrees from Greenwich stay on the circle behind another meridian, whichever way it lies.
+    void foreignMeridians_data()
+    {
+        const support::Columns<QString, double> row;
+        row.named("proj:+proj=longlat +datum=WGS84 +pm=paris +no_defs", -179.0);
+        row.named("proj:+proj=longlat +datum=WGS84 +pm=ferro +no_defs", 179.0);
+        row.named("proj:+proj=tmerc +lon_0=178 +datum=WGS84 +pm=paris +no_defs", -179.5);
+        row.named("proj:+proj=merc +datum=WGS84 +pm=ferro +no_defs", 179.5);
+        row.named("epsg:27572", -179.0); // as registered, by way of its geographic base
+        row.named("epsg:27561", -178.5);
+    }
+    void foreignMeridians()
+    {
+        const auto [system, longitude] = support::row<QString, double>();
+        const CoordSystemPtr cs = made(system);
+        const CoordTransform t(cs, made("epsg:4326"));
+        const QPointF place(longitude, 10.0);
+        constexpr double nearby = 1e-6; // degrees: shifts undone by iteration; the fault is a whole turn
+        QPointF plane, back;
+        QVERIFY(t.inverse(place, plane) && t.forward(plane, back));
+        VERIFY_NEAR(back, place, nearby);
+        QVERIFY(cs->forward(place, plane) && cs->inverse(plane, back));
+        VERIFY_NEAR(back, place, nearby);
+    }
+
     void failedPoints_data()
     {
         const support::Columns<QString, QPointF> row;
