@@ -167,6 +167,8 @@ private:
     static CoordSystemPtr unnamedFromWkt(const std::shared_ptr<void> &srs,
                                          const std::shared_ptr<const CrsDefinition> &identity);
     static CoordSystemPtr fromIdentity(const std::shared_ptr<const CrsDefinition> &identity);
+    static CoordSystemPtr fromPlanetocentric(const CrsDefinition &identity);
+    CoordSystemPtr planFromWkt(const std::shared_ptr<void> &srs) const;
     CoordSystemPtr standard(CoordSystemPtr &kept, const QString &prj) const;
     void makeStandards() const;
     void makeCatalogues();

@@ -298,6 +298,7 @@ private:
     double osrLinearUnits(QString *name) const;
     QString datumName() const;
     bool isRotated() const;
+    bool hasNumberedUnit() const;
     void forgetDerived();
     void forgetBounds();
     void forgetIdentity();

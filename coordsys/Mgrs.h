@@ -15,9 +15,10 @@ class CoordTransform;
 ///
 /// A projected system is brought to the longitude and latitude of the factory's LatLongCoordSystem(), which
 /// has no particular datum: a system that came from an EPSG code or a PROJ string is shifted to WGS 84, one
-/// that came from a CoordSys string is **not**. Points of a geographic system are taken as they are, on their
-/// own datum. For references on WGS 84 from any system transform to WGS 84 first and bind a geographic
-/// system. The grids are those of the ellipsoid in `mgrs`, WGS 84 unless a host changes it.
+/// that came from a CoordSys string is **not**. Points of a geographic system are taken on their
+/// own datum; longitudes that count from another prime meridian than Greenwich are counted from there. For
+/// references on WGS 84 from any system transform to WGS 84 first and bind a geographic system. The grids are
+/// those of the ellipsoid in `mgrs`, WGS 84 unless a host changes it.
 ///
 /// x is longitude or easting, y latitude or northing; angles are degrees.
 /// Threads: const calls may run together, setters are for the thread that owns the object. A copy shares the
@@ -51,6 +52,7 @@ public:
 
 private:
     std::shared_ptr<const CoordTransform> m_transform; ///< empty for geographic systems
+    double m_meridianDeg = 0.0;                        ///< that the longitudes count from
     int m_precision = 4;
 };
 

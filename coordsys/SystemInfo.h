@@ -46,6 +46,8 @@ struct NIVORA_CS_EXPORT SystemInfo
     QString primeMeridian;          ///< its name
     double primeMeridianDeg = 0.0;  ///< from Greenwich
     QString method;                 ///< of the projection, "Transverse Mercator"
+    QString unitName;               ///< of the coordinates, as the definition has it
+    double metresPerUnit = 0.0;     ///< of the coordinates; 0 for angles
 
     /// Sentences (in the language of the installed translation) on what the library read into the
     /// definition or left out of it.
@@ -70,9 +72,10 @@ enum class SystemFormat {
 };
 
 /// The system in a notation, fit to be saved: with its name and, where it has one, its EPSG code. A shift to
-/// WGS 84 that the definition states is kept by all but Esri, which has no place for it; affine
-/// transformation and explicit bounds by Mapinfo alone. Throws std::runtime_error "… не записывается …" when
-/// the notation has no form for the system, also for an affine transformation that would be lost, and as
+/// WGS 84 that the definition states is kept by all but Esri, which has no place for it; an affine
+/// transformation by Mapinfo and, for planes, by Wkt2 and ProjJson (as a system derived by EPSG's method
+/// 9624); explicit bounds by Mapinfo alone. Throws std::runtime_error "… не записывается …" when the notation
+/// has no form for the system, also for an affine transformation that would be lost, and as
 /// CoordSystem::projStr() and prjStr(). Thread-safe.
 NIVORA_CS_EXPORT QString exportSystem(const CoordSystem &cs, SystemFormat format);
 

@@ -1,8 +1,10 @@
 #include "CrsDefinition_p.h"
 
 #include "CrsComparison_p.h"
+#include "DerivedPlane_p.h"
 #include "FusedUnits_p.h"
 #include "OsrHandle_p.h"
+#include "ProjText_p.h"
 
 #include <proj_experimental.h>
 
@@ -104,7 +106,8 @@ CrsDefinitionPtr CrsDefinition::of(const CoordSystemTypes::SourceData &source, v
     case CoordSystemTypes::Wkt:
         return from(source.string);
     case CoordSystemTypes::Proj4:
-        return from(fixedProjString(source.string.trimmed(), true) + QStringLiteral(" +type=crs"));
+        return from(fixedProjString(withoutTitle(source.string).trimmed(), true) +
+                    QStringLiteral(" +type=crs"));
     default: {
         const QMutexLocker lock(globalProj4Mutex());
         return from(osrToWkt2(srs));
@@ -123,10 +126,48 @@ CrsDefinition::CrsDefinition(const QString &definition, PjHandle root)
     m_flattened = hasVerticalPart(globalProjContext(), whole);
     m_crs = m_flattened ? horizontalPart(globalProjContext(), whole) : std::move(root);
     m_declaredCode = declaredCode(whole, m_crs.get());
-    if (m_flattened)
+    const PJ *asRead = m_crs.get();
+    m_crs = longitudeFirst(globalProjContext(), std::move(m_crs));
+    if (m_flattened || m_crs.get() != asRead)
         m_definition = wkt2Of(globalProjContext(), m_crs.get());
     if (statesGeocentricCode(m_crs.get()))
         m_kind = CrsKind::Other;
+    splitAffine();
+}
+
+/// PROJ computes one of the two methods and, in some units, neither: base and affine transformation are ours.
+void CrsDefinition::splitAffine()
+{
+    PJ_CONTEXT *context = globalProjContext();
+    const PjHandle plain = m_crs ? sourceOfBoundCrs(context, m_crs.get()) : nullptr;
+    std::optional<DerivedPlane> derived = plain ? derivedPlaneOf(context, plain.get()) : std::nullopt;
+    if (!derived)
+        return;
+    m_affine = derived->affine;
+    m_affineUnitM = derived->metresPerUnit;
+    m_stored = QString::fromUtf8(
+        proj_as_projjson(context, m_crs.get(), nullptr)); // WKT 2 leaves the base's unit out
+    const bool isBound = proj_get_type(m_crs.get()) == PJ_TYPE_BOUND_CRS;
+    m_crs = isBound ? reboundTo(context, m_crs.get(), derived->base.get()) : std::move(derived->base);
+    m_definition = wkt2Of(context, m_crs.get());
+    m_kind = kindOf(context, m_crs.get());
+    m_declaredCode = declaredCode(m_crs.get(), m_crs.get());
+}
+
+bool CrsDefinition::isPlanetocentric() const
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    return m_crs && hasPlanetocentricBase(globalProjContext(), m_crs.get());
+}
+
+QString CrsDefinition::stored() const
+{
+    if (m_affine)
+        return m_stored;
+    if (m_kind != CrsKind::Projected || !isPlanetocentric())
+        return wkt();
+    const QMutexLocker lock(globalProj4Mutex());
+    return QString::fromUtf8(proj_as_projjson(globalProjContext(), m_crs.get(), nullptr));
 }
 
 bool CrsDefinition::isSystemOf(int epsg) const
@@ -225,7 +266,7 @@ std::shared_ptr<const ProjOperation> CrsDefinition::plane() const
     const QMutexLocker lock(globalProj4Mutex());
     PJ_CONTEXT *context = globalProjContext();
     const PjHandle target = withoutName(sourceOfBoundCrs(context, m_crs.get()));
-    const PjHandle base = withoutName(baseOf(context, m_crs.get()));
+    const PjHandle base = withoutName(longitudeFirst(context, baseOf(context, m_crs.get())));
     PjHandle pj =
         base ? ownPj(proj_create_crs_to_crs_from_pj(context, base.get(), target.get(), nullptr, nullptr))
              : nullptr;

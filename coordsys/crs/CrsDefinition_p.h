@@ -6,6 +6,7 @@
 
 #include <QRectF>
 #include <QString>
+#include <QTransform>
 
 #include <memory>
 #include <optional>
@@ -32,10 +33,19 @@ public:
     CrsKind kind() const { return m_kind; }
     /// False for what x and y alone do not describe: geocentric systems, heights, times.
     bool isHorizontal() const { return m_kind != CrsKind::Other; }
+    /// Longitude/latitude to the centre of the body, or a plane over such.
+    bool isPlanetocentric() const;
     /// The definition had a vertical part.
     bool isDemotedTo2D() const { return m_flattened; }
     /// What PROJ makes the system from: the text as given, or WKT 2 of its horizontal part.
     const QString &definition() const { return m_definition; }
+    /// What the definition does to the plane that all other answers are about; none where the plane is its
+    /// own.
+    const std::optional<QTransform> &affine() const { return m_affine; }
+    /// Unit of the affine image; 0 without one.
+    double affineUnitM() const { return m_affineUnitM; }
+    /// The whole definition as a text that reads back to it, which WKT 2 does not for planetocentric bases.
+    QString stored() const;
     /// The name at the root of the text, empty when the text leaves it open.
     const QString &name() const { return m_name; }
     /// The EPSG code at the root of the text, or of its horizontal part, when the database's system of that
@@ -80,6 +90,7 @@ public:
 
 private:
     CrsDefinition(const QString &definition, PjHandle root);
+    void splitAffine();
 
     QString m_definition;
     QString m_name;
@@ -90,6 +101,9 @@ private:
     mutable std::optional<bool> m_namesDatum;               ///< under the PROJ lock
     mutable PjHandle m_mapOriented;                         ///< under the PROJ lock
     PjHandle m_crs;
+    std::optional<QTransform> m_affine;
+    double m_affineUnitM = 0.0;
+    QString m_stored; ///< with the affine transformation; empty without one
 };
 
 } // namespace nivora::cs

@@ -2,6 +2,9 @@
 
 #include <proj_experimental.h>
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QRegularExpression>
 
 namespace nivora::cs {
@@ -17,6 +20,25 @@ bool isRotated(PJ_CONTEXT *context, const PJ *geographic)
 
 bool isBound(const PJ *crs) { return crs && proj_get_type(crs) == PJ_TYPE_BOUND_CRS; }
 
+/// Longitude and latitude to the centre of the body; with a radius, or as x, y, z, they are no plane.
+bool isPlanetocentric(PJ_CONTEXT *context, const PJ *crs)
+{
+    if (proj_get_type(crs) != PJ_TYPE_GEODETIC_CRS)
+        return false;
+    const PjHandle axes = ownPj(proj_crs_get_coordinate_system(context, crs));
+    return axes && proj_cs_get_type(context, axes.get()) == PJ_CS_TYPE_SPHERICAL &&
+           proj_cs_get_axis_count(context, axes.get()) == 2;
+}
+
+/// PROJ has no type for a system that is derived from a projected one.
+bool isDerivedProjected(PJ_CONTEXT *context, const PJ *crs)
+{
+    if (proj_get_type(crs) != PJ_TYPE_OTHER_CRS)
+        return false;
+    const PjHandle base = ownPj(proj_get_source_crs(context, crs));
+    return base && kindOf(context, base.get()) == CrsKind::Projected;
+}
+
 PjHandle flat(PJ_CONTEXT *context, const PJ *crs)
 {
     const PJ_TYPE type = proj_get_type(crs);
@@ -26,7 +48,8 @@ PjHandle flat(PJ_CONTEXT *context, const PJ *crs)
     }
     if (type == PJ_TYPE_GEOGRAPHIC_3D_CRS || type == PJ_TYPE_PROJECTED_CRS)
         return ownPj(proj_crs_demote_to_2D(context, nullptr, crs));
-    const bool planar = type == PJ_TYPE_GEOGRAPHIC_2D_CRS || type == PJ_TYPE_ENGINEERING_CRS;
+    const bool planar = type == PJ_TYPE_GEOGRAPHIC_2D_CRS || type == PJ_TYPE_ENGINEERING_CRS ||
+                        isPlanetocentric(context, crs) || isDerivedProjected(context, crs);
     return planar ? copyOf(context, crs) : nullptr;
 }
 
@@ -72,9 +95,22 @@ CrsKind kindOf(PJ_CONTEXT *context, const PJ *crs)
         const PjHandle first = ownPj(proj_crs_get_sub_crs(context, plain.get(), 0));
         return first ? kindOf(context, first.get()) : CrsKind::Other;
     }
+    case PJ_TYPE_GEODETIC_CRS:
+        return isPlanetocentric(context, plain.get()) ? CrsKind::Geographic : CrsKind::Other;
     default:
-        return CrsKind::Other;
+        return plain && isDerivedProjected(context, plain.get()) ? CrsKind::Projected : CrsKind::Other;
     }
+}
+
+bool hasPlanetocentricBase(PJ_CONTEXT *context, const PJ *crs)
+{
+    const PjHandle base = baseOf(context, crs);
+    return base && isPlanetocentric(context, base.get());
+}
+
+PjHandle reboundTo(PJ_CONTEXT *context, const PJ *bound, const PJ *source)
+{
+    return changedBound(context, bound, [=](const PJ *) { return copyOf(context, source); });
 }
 
 bool hasVerticalPart(PJ_CONTEXT *context, const PJ *crs)
@@ -110,9 +146,30 @@ PjHandle baseOf(PJ_CONTEXT *context, const PJ *crs)
     const CrsKind kind = plain ? kindOf(context, plain.get()) : CrsKind::Other;
     if (kind == CrsKind::Geographic)
         return plain;
-    if (kind == CrsKind::RotatedGeographic || kind == CrsKind::Projected)
-        return ownPj(proj_get_source_crs(context, plain.get()));
-    return nullptr;
+    if (kind != CrsKind::RotatedGeographic && kind != CrsKind::Projected)
+        return nullptr;
+    PjHandle base = ownPj(proj_get_source_crs(context, plain.get()));
+    const bool isPlane = base && kindOf(context, base.get()) == CrsKind::Projected;
+    return isPlane ? baseOf(context, base.get()) : std::move(base);
+}
+
+PjHandle longitudeFirst(PJ_CONTEXT *context, PjHandle crs)
+{
+    const QStringList ways = crs ? axisDirections(context, crs.get()) : QStringList();
+    const bool isLatitudeFirst =
+        ways.size() == 2 && (ways[0] == QLatin1String("north") || ways[0] == QLatin1String("south"));
+    const bool isTurnedByProj =
+        ways.value(1) == QLatin1String("east") && proj_get_type(crs.get()) != PJ_TYPE_GEODETIC_CRS;
+    if (!isLatitudeFirst || isTurnedByProj || kindOf(context, crs.get()) != CrsKind::Geographic ||
+        isBound(crs.get()))
+        return crs;
+    QJsonObject json = QJsonDocument::fromJson(proj_as_projjson(context, crs.get(), nullptr)).object();
+    QJsonObject system = json.value(QLatin1String("coordinate_system")).toObject();
+    const QJsonArray axes = system.value(QLatin1String("axis")).toArray();
+    system.insert(QStringLiteral("axis"), QJsonArray{axes.at(1), axes.at(0)});
+    json.insert(QStringLiteral("coordinate_system"), system);
+    PjHandle turned = ownPj(proj_create(context, QJsonDocument(json).toJson().constData()));
+    return turned ? std::move(turned) : std::move(crs);
 }
 
 double axisFactor(PJ_CONTEXT *context, const PJ *crs)

@@ -36,7 +36,19 @@ PjHandle horizontalPart(PJ_CONTEXT *context, const PJ *crs);
 /// The CRS without its code, a shift to WGS 84 kept; null when PROJ cannot read its own text again.
 PjHandle withoutCode(PJ_CONTEXT *context, const PJ *crs);
 
-/// The CRS that a projected or rotated one is derived from, unbound; the CRS itself when it is geographic.
+/// Another CRS under the shift of a bound one.
+PjHandle reboundTo(PJ_CONTEXT *context, const PJ *bound, const PJ *source);
+
+/// True when the latitudes beneath the coordinates are angles at the centre of the body, as only WKT 2 of a
+/// geographic system, PROJJSON and codes can say.
+bool hasPlanetocentricBase(PJ_CONTEXT *context, const PJ *crs);
+
+/// A geographic CRS with its longitude first where PROJ's normalization does not turn it: planetocentric
+/// ones, and longitudes to the west. Others as they are.
+PjHandle longitudeFirst(PJ_CONTEXT *context, PjHandle crs);
+
+/// The geographic CRS that a projected, derived or rotated one rests on, unbound; the CRS itself when it is
+/// geographic.
 PjHandle baseOf(PJ_CONTEXT *context, const PJ *crs);
 
 /// Factor of the first axis to SI: radians for angles, metres for lengths. 0 when unknown.

@@ -123,6 +123,13 @@ QString withZeroShift(const QString &proj, bool onlyGeographicDatumFix)
     return result;
 }
 
+/// "+title=My zone"
+const QRegularExpression &titleTerm()
+{
+    static const QRegularExpression term(QStringLiteral("\\s*\\+title=((?:(?!\\s\\+).)*)"));
+    return term;
+}
+
 std::atomic<bool> processEnds{false};
 
 /// Made after PROJ's default context, so destroyed before it: GDAL's destructors may ask PROJ for a new
@@ -221,12 +228,16 @@ bool statesZeroShift(const QString &proj)
     return proj.contains(datum) && proj.contains(zero);
 }
 
-QString withoutVerticalTerms(const QString &proj)
+QString titleIn(const QString &proj) { return titleTerm().match(proj).captured(1).trimmed(); }
+
+QString withoutTitle(const QString &proj) { return QString(proj).remove(titleTerm()); }
+
+QString systemTerms(const QString &proj)
 {
     // "+vunits=m", "+geoidgrids=egm96.gtx"
     static const QRegularExpression term(
         QStringLiteral("\\s*\\+(vunits|vto_meter|geoidgrids|geoid_crs)=\\S+"));
-    return QString(proj).remove(term);
+    return withoutTitle(proj).remove(term);
 }
 
 bool isIncorrect(const PJ_COORD &c) { return !std::isfinite(c.v[0]) || !std::isfinite(c.v[1]); }

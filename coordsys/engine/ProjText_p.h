@@ -12,7 +12,11 @@ bool lacksDatum(const QString &proj);
 /// True for text that states a shift of zero for a datum that it names.
 bool statesZeroShift(const QString &proj);
 
-/// PROJ text without the terms of a vertical part, blanks before them included.
-QString withoutVerticalTerms(const QString &proj);
+/// PROJ text without the terms of a vertical part and without a title, blanks before them included.
+QString systemTerms(const QString &proj);
+
+/// The words of "+title=My zone", up to the next term, which PROJ would take for a part of them.
+QString titleIn(const QString &proj);
+QString withoutTitle(const QString &proj);
 
 } // namespace nivora::cs

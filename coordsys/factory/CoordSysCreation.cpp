@@ -150,6 +150,44 @@ std::shared_ptr<void> importWkt(const QString &wkt)
     return srs;
 }
 
+double linearUnitsOf(void *srs)
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    return OSRGetLinearUnits(srs, nullptr);
+}
+
+/// The catalogue's unit of a length; null when it has none.
+const MIUnitConvParam *unitOfLength(const ProjectionParamsManager &manager, double metres)
+{
+    for (const auto &unit : manager.linearUnits())
+        if (unit->id != LinearUnit::Degree && std::fabs(unit->conversion() - metres) <= 1e-9 * metres)
+            return unit.get();
+    return nullptr;
+}
+
+void setAffine(CoordSystem &cs, const QTransform &t, const MIUnitConvParam *unit)
+{
+    setAffineParamsArray(cs, unit, {t.m11(), t.m12(), t.m21(), t.m22(), t.dx(), t.dy()});
+}
+
+/// A text whose grid is not there makes no operation, but a system that can be described; its own plane needs
+/// no grid.
+PjHandle mainObjectOf(const QString &text)
+{
+    try {
+        return proj4FromString(text);
+    } catch (const ProjException &) {
+        const QMutexLocker lock(globalProj4Mutex());
+        const QByteArray described = (text + QStringLiteral(" +type=crs")).toUtf8();
+        PjHandle crs = text.contains(QLatin1String("+nadgrids="))
+                           ? ownPj(proj_create(globalProjContext(), described.constData()))
+                           : nullptr;
+        if (!crs || !proj_is_crs(crs.get()))
+            throw;
+        return crs;
+    }
+}
+
 bool isLocal(void *srs)
 {
     const QMutexLocker lock(globalProj4Mutex());
@@ -242,10 +280,10 @@ CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj) const
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromProj=%1").arg(proj));
 
     auto cs = std::make_shared<CoordSystem>();
-    const QString text = withoutVerticalTerms(proj);
+    const QString text = systemTerms(proj);
     const std::shared_ptr<void> srs = importProj(text);
     cs->setOGRSpatialReference(srs);
-    cs->setProj4(proj4FromString(text));
+    cs->setProj4(mainObjectOf(text));
     useCrsProjection(*cs, text);
     return cs;
 }
@@ -387,9 +425,22 @@ CoordSystemPtr CoordSysFactory::unnamedFromEpsg(int epsg) const
     }
 }
 
+/// Longitude/latitude that PROJ writes no text for.
+CoordSystemPtr CoordSysFactory::fromPlanetocentric(const CrsDefinition &identity)
+{
+    auto cs = std::make_shared<CoordSystem>();
+    cs->setOGRSpatialReference(importWkt(identity.wkt()));
+    cs->setProj4(proj4FromString(QStringLiteral("+proj=longlat +geoc +a=%1 +b=%2 +no_defs")
+                                     .arg(cs->getSemiMajor(), 0, 'g', 17)
+                                     .arg(identity.semiMinorM(), 0, 'g', 17)));
+    return cs;
+}
+
 /// A system that has no PROJ text. Throws std::runtime_error when PROJ cannot compute in it.
 CoordSystemPtr CoordSysFactory::fromIdentity(const CrsDefinitionPtr &identity)
 {
+    if (identity && identity->kind() == CrsKind::Geographic)
+        return fromPlanetocentric(*identity);
     const std::shared_ptr<const ProjOperation> plane = identity ? identity->plane() : nullptr;
     if (!plane || !identity->converts(*plane))
         throw std::runtime_error(QObject::tr("Ошибка экспорта КС в формат proj").toStdString());
@@ -412,8 +463,9 @@ CoordSystemPtr CoordSysFactory::namedFromWkt(const QString &wkt) const
         throw std::runtime_error(QObject::tr("Строка КС пустая").toStdString());
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromWkt=%1").arg(wkt));
 
-    std::shared_ptr<void> srs = importWkt(wkt);
+    const bool isJson = wkt.startsWith(QLatin1Char('{')); // what WKT has no words for
     CrsDefinitionPtr identity = CrsDefinition::from(wkt);
+    std::shared_ptr<void> srs = importWkt(isJson && identity ? identity->wkt() : wkt);
     if (!identity)
         identity = CrsDefinition::of({CoordSystem::Unknown, QString()}, srs.get());
     if (identity && !identity->isHorizontal())
@@ -421,14 +473,18 @@ CoordSystemPtr CoordSysFactory::namedFromWkt(const QString &wkt) const
     const CrsDefinitionPtr bare = identity ? identity->withoutForeignCode() : nullptr;
     if (bare)
         identity = bare;
-    if (bare || (identity && identity->isDemotedTo2D()))
+    if (bare || (identity && (identity->isDemotedTo2D() || identity->affine())))
         srs = importWkt(identity->wkt());
-    const CoordSystemPtr cs = isLocal(srs.get()) ? createFromPrj(prjFromSpatialReference(srs.get()))
-                                                 : unnamedFromWkt(srs, identity);
+    const CoordSystemPtr cs = isLocal(srs.get()) ? planFromWkt(srs) : unnamedFromWkt(srs, identity);
     cs->setSourceParameters({CoordSystem::Wkt, wkt});
     cs->setIdentity(identity);
-    const int code = cs->statedEpsg();
-    if (code != CoordSystem::EPSG_UNDEFINDED)
+    if (identity && identity->affine())
+        setAffine(*cs, *identity->affine(), unitOfLength(*m_params, identity->affineUnitM()));
+    const bool isMoved = identity && identity->affine() && !identity->name().isEmpty();
+    const int code = isMoved ? int(CoordSystem::EPSG_UNDEFINDED) : cs->statedEpsg();
+    if (isMoved)
+        cs->setDescription(identity->name());
+    else if (code != CoordSystem::EPSG_UNDEFINDED)
         cs->setDescription(nameOfCode(code));
     else if (identity && identity->kind() == CrsKind::Local && !identity->name().isEmpty())
         cs->setDescription(identity->name());
@@ -437,11 +493,29 @@ CoordSystemPtr CoordSysFactory::namedFromWkt(const QString &wkt) const
     return cs;
 }
 
+/// The unit is that of the reference, which the catalogue may lack; its name is the reference's.
+CoordSystemPtr CoordSysFactory::planFromWkt(const std::shared_ptr<void> &srs) const
+{
+    const double factor = linearUnitsOf(srs.get());
+    const MIUnitConvParam *unit = unitOfLength(*m_params, factor);
+    CoordSystemPtr cs;
+    if (unit) {
+        cs = createFromPrj(QStringLiteral("NonEarth Units \"%1\"").arg(unit->name()));
+    } else {
+        cs = std::make_shared<CoordSystem>();
+        cs->setProj4(proj4FromString(QStringLiteral("+proj=eqc +R=%1 +to_meter=%2 +no_defs")
+                                         .arg(CoordSystem::EARTH_SPHERE_RADIUS, 0, 'f', 0)
+                                         .arg(factor, 0, 'g', 17)));
+    }
+    cs->setOGRSpatialReference(srs);
+    return cs;
+}
+
 CoordSystemPtr CoordSysFactory::unnamedFromWkt(const std::shared_ptr<void> &srs,
                                                const CrsDefinitionPtr &identity)
 {
     const QString proj = exportedProj(srs.get());
-    if (proj.isEmpty())
+    if (proj.isEmpty() && identity)
         return fromIdentity(identity);
     auto cs = std::make_shared<CoordSystem>();
     cs->setOGRSpatialReference(srs);

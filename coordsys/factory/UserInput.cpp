@@ -349,11 +349,11 @@ CoordSystemPtr Reader::fromDefinition(const QString &definition, const QString &
     if (!identity->isHorizontal())
         refuse(QObject::tr("КС не имеет плановой части: %1").arg(shown));
     const int epsg = identity->verifiedCode();
-    if (epsg > 0 && !identity->hasOwnShift()) // which the code's system has not
+    if (epsg > 0 && !identity->hasOwnShift() && !identity->affine()) // which the code's system has not
         return m_factory.createFromEpsg(epsg);
     if (identity->isDemotedTo2D())
         m_notes << QObject::tr("Взята только плановая часть: %1").arg(shown);
-    return m_factory.createFromWkt(identity->wkt());
+    return m_factory.createFromWkt(identity->stored());
 }
 
 /// Of systems that their source names: what it has besides a plane, and whether it is out of force.

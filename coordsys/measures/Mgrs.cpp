@@ -1,5 +1,6 @@
 #include <coordsys/Mgrs.h>
 
+#include "CrsDefinition_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
@@ -8,6 +9,7 @@
 
 #include <proj.h>
 
+#include <QMutexLocker>
 #include <QObject>
 
 #include <algorithm>
@@ -21,6 +23,16 @@ namespace {
 bool isLonLat(const QPointF &p)
 {
     return p.x() >= -180.0 && p.x() <= 360.0 && p.y() >= -90.0 && p.y() <= 90.0;
+}
+
+/// Degrees from Greenwich to where the system's longitudes begin.
+double meridianOf(const CoordSystem &cs)
+{
+    const auto definition = CrsDefinition::of(cs.sourceParameters(), cs.copyOgrSpatialReference().get());
+    const QMutexLocker lock(globalProj4Mutex());
+    PJ_CONTEXT *context = globalProjContext();
+    const PjHandle base = definition && definition->crs() ? baseOf(context, definition->crs()) : nullptr;
+    return base ? meridianDeg(context, base.get()) : 0.0;
 }
 
 struct Message
@@ -57,6 +69,8 @@ void Mgrs::setCoordSystem(const CoordSystemPtr &cs)
         m_transform.reset();
     else
         m_transform = std::make_shared<const CoordTransform>(cs, activeCatalogues()->LatLongCoordSystem());
+    // a CoordSys string's own longitudes come out where its datum is not left
+    m_meridianDeg = cs->isLatLong() || cs->sourceType() == CoordSystem::Prj ? meridianOf(*cs) : 0.0;
 }
 
 CoordSystemPtr Mgrs::coordSystem() const
@@ -74,6 +88,9 @@ QString Mgrs::getMGRSString(double x, double y) const
             !m_transform->forward(QPointF(x, y), lonLat))
             return QString();
     }
+    lonLat.rx() += m_meridianDeg;
+    if (m_meridianDeg != 0.0 && (lonLat.x() > 360.0 || lonLat.x() < -180.0))
+        lonLat.setX(std::remainder(lonLat.x(), 360.0));
     if (!isLonLat(lonLat))
         return QString();
 

@@ -280,10 +280,12 @@ bool CoordSystem::isLatLong() const
     {
         const QMutexLocker lock(globalProj4Mutex());
         const char *id = proj_pj_info(m_pj.get()).id;
-        if (id || !proj_is_crs(m_pj.get())) {
+        if (!id && proj_is_crs(m_pj.get())) {
+            answer = kindOf(globalProjContext(), m_pj.get()) == CrsKind::Geographic;
+        } else {
             const QString text = id ? QString::fromUtf8(id) : projText([] { return LinearUnit(); });
             answer = geographic.match(text).hasMatch();
-        } // else a system that has no PROJ text: all of those are projected
+        }
     }
     m_isLatLong.store(answer, std::memory_order_release);
     return answer;

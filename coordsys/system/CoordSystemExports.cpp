@@ -15,6 +15,7 @@
 #include <QObject>
 #include <QReadLocker>
 #include <QRegularExpression>
+#include <QWriteLocker>
 
 #include <algorithm>
 
@@ -157,6 +158,9 @@ QString CoordSystem::exportToWkt() const
     const QString registered = registeredWkt();
     if (!registered.isEmpty())
         return isMoved() ? withoutRootCode(registered) : registered;
+    const IdentityPtr known = m_source.type == Wkt ? identity() : nullptr;
+    if (known && known->isPlanetocentric())
+        return known->wkt(); // WKT 1 would be read as a system of other latitudes
     QString reason;
     const QString whole = wkt1Of(srs(), reason);
     const QString text = isMoved() ? withoutRootCode(whole) : whole;
@@ -200,7 +204,7 @@ QString CoordSystem::projStr() const
 QString CoordSystem::projText(const std::function<LinearUnit()> &unitOf) const
 {
     if (m_source.type == Proj4)
-        return withoutVerticalTerms(m_source.string);
+        return systemTerms(m_source.string);
     if (m_source.type == Prj && isNonEarth())
         return projNonEarthString(static_cast<LinearUnit::MIUnitCode>(unitOf().unitCode()));
 
@@ -323,10 +327,20 @@ QString CoordSystem::taggedWithClauses() const
     return taggedStringImpl();
 }
 
+/// A plan may count in a unit that no CoordSys string can name.
+bool CoordSystem::hasNumberedUnit() const
+{
+    const auto manager = activeCatalogues()->projectionParamsManager();
+    const QWriteLocker lock(&m_lock);
+    return bool(detectUnitLocked(*manager, nullptr));
+}
+
 QString CoordSystem::taggedString() const
 {
     const AskedCatalogues asked(m_catalogues);
     if (!isNonEarth())
+        return taggedWithClauses();
+    if (!hasNumberedUnit())
         return taggedWithClauses();
     const CoordSystemPtr plan = activeCatalogues()->createNonEarth(unit().unitCode(), rectNumericCoordSys());
     if (m_affine)

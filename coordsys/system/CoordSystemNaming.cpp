@@ -7,6 +7,7 @@
 #include "EpsgSearch_p.h"
 #include "OsrHandle_p.h"
 #include "PlaneText_p.h"
+#include "ProjText_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/ProjLibMetadata.h>
 #include <coordsys/SpatialReferenceText.h>
@@ -213,8 +214,9 @@ QString CoordSystem::foundDescription() const
     const QString registered = code != EPSG_UNDEFINDED ? nameOfCode(code) : QString();
     if (!registered.isEmpty())
         return registered;
+    const QString title = m_source.type == Proj4 ? titleIn(m_source.string) : QString();
     if (m_source.type != Wkt)
-        return m_source.string;
+        return title.isEmpty() ? m_source.string : title;
     const IdentityPtr known = identity();
     return known && !known->name().isEmpty() ? known->name() : projStr();
 }

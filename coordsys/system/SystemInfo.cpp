@@ -2,6 +2,8 @@
 #include <coordsys/SystemInfo.h>
 
 #include "CrsComparison_p.h"
+#include "CrsDefinition_p.h"
+#include "DerivedPlane_p.h"
 #include "ProjText_p.h"
 #include <coordsys/CoordSystem.h>
 
@@ -84,6 +86,20 @@ void readDatum(PJ_CONTEXT *context, const PJ *crs, SystemInfo &info)
     info.primeMeridianDeg = meridianDeg(context, crs);
 }
 
+void readUnit(PJ_CONTEXT *context, const PJ *crs, SystemInfo &info)
+{
+    const bool isAngle =
+        info.kind == SystemInfo::Kind::Geographic || info.kind == SystemInfo::Kind::RotatedGeographic;
+    const PjHandle axes = ownPj(proj_crs_get_coordinate_system(context, crs));
+    const char *name = nullptr;
+    double factor = 0.0;
+    if (axes && proj_cs_get_axis_info(context, axes.get(), 0, nullptr, nullptr, nullptr, &factor, &name,
+                                      nullptr, nullptr))
+        info.unitName =
+            isAngle ? QStringLiteral("degree") : textOf(name); // the library's own, whatever the axis'
+    info.metresPerUnit = isAngle ? 0.0 : factor;
+}
+
 void readMethod(PJ_CONTEXT *context, const PJ *crs, SystemInfo &info)
 {
     if (info.kind != SystemInfo::Kind::Projected)
@@ -125,6 +141,7 @@ void readCrs(const CrsDefinition &identity, SystemInfo &info)
         return;
     readIdentifier(crs.get(), info);
     readArea(context, crs.get(), info);
+    readUnit(context, crs.get(), info);
     if (info.kind == SystemInfo::Kind::Local)
         return;
     readEllipsoid(context, crs.get(), info);
@@ -141,7 +158,7 @@ bool hasUnit(const CoordSystem &cs)
     }
 }
 
-QStringList assumptionsOf(const CoordSystem &cs, const CrsDefinition *identity)
+QStringList assumptionsOf(const CoordSystem &cs, const CrsDefinition *identity, bool hasKnownUnit)
 {
     QStringList result;
     if (identity && identity->isDemotedTo2D())
@@ -151,7 +168,7 @@ QStringList assumptionsOf(const CoordSystem &cs, const CrsDefinition *identity)
         result << QObject::tr("Датум не указан: сдвиг к WGS 84 принят нулевым.");
     if (isProj && statesZeroShift(cs.sourceParameters().string))
         result << QObject::tr("Сдвиг датума в тексте нулевой: датум принят за WGS 84.");
-    if (!hasUnit(cs))
+    if (!hasKnownUnit)
         result << QObject::tr("Единица измерения не опознана: приняты метры.");
     return result << cs.assumptions();
 }
@@ -203,6 +220,24 @@ QString written(PJ_CONTEXT *context, const PJ *crs, SystemFormat format)
     }
 }
 
+/// The plane behind the system's affine transformation; null where no notation has words for it.
+PjHandle movedCrs(PJ_CONTEXT *context, const PJ *crs, const CoordSystem &cs, const QString &name)
+{
+    const LinearUnit unit = cs.affineUnit();
+    const bool isLength = unit.isValid() && !unit.isDegree() && unit.conversion() > 0.0;
+    const double own = axisFactor(context, crs);
+    return derivedCrs(context, crs, *cs.affineTransform(), isLength ? unit.conversion() : own, name);
+}
+
+/// WKT 1 and its Esri form would be read as a system of other latitudes.
+void refuseLostLatitudes(const CoordSystem &cs, SystemFormat format)
+{
+    const auto identity = SystemFacts::writable(cs);
+    if ((format == SystemFormat::Wkt1 || format == SystemFormat::Esri) && identity &&
+        identity->isPlanetocentric())
+        throwUnwritable(cs, QObject::tr("в нём нет планетоцентрических широт"));
+}
+
 /// Empty, with the reason, when PROJ cannot write it.
 QString writtenByEngine(const CoordSystem &cs, SystemFormat format, QString &reason)
 {
@@ -210,7 +245,9 @@ QString writtenByEngine(const CoordSystem &cs, SystemFormat format, QString &rea
     const QString name = cs.description();
     const QMutexLocker lock(globalProj4Mutex());
     PJ_CONTEXT *context = globalProjContext();
-    const PjHandle crs = identity && identity->crs() ? namedCrs(context, identity->crs(), name) : nullptr;
+    PjHandle crs = identity && identity->crs() ? namedCrs(context, identity->crs(), name) : nullptr;
+    if (crs && cs.affineTransform())
+        crs = movedCrs(context, crs.get(), cs, name);
     const QString text = crs ? written(context, crs.get(), format) : QString();
     reason = projLastError();
     return text;
@@ -245,7 +282,7 @@ SystemInfo systemInfo(const CoordSystem &cs)
         readCrs(*identity, info);
     if (cs.isNonEarth())
         info.kind = SystemInfo::Kind::Local;
-    info.assumptions = assumptionsOf(cs, SystemFacts::own(cs).get());
+    info.assumptions = assumptionsOf(cs, SystemFacts::own(cs).get(), info.metresPerUnit > 0.0 || hasUnit(cs));
     return info;
 }
 
@@ -270,7 +307,8 @@ QString exportSystem(const CoordSystem &cs, SystemFormat format)
 {
     if (format == SystemFormat::Mapinfo)
         return coordSysText(cs);
-    if (cs.affineTransform())
+    refuseLostLatitudes(cs, format);
+    if (cs.affineTransform() && format != SystemFormat::Wkt2 && format != SystemFormat::ProjJson)
         throwUnwritable(cs, QObject::tr("аффинное преобразование было бы потеряно"));
     if (format == SystemFormat::Proj)
         return cs.projStr();

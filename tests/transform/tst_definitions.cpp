@@ -4,6 +4,7 @@
 
 #include <coordsys/CoordTransform.h>
 #include <coordsys/ProjEngine.h>
+#include <coordsys/ProjectionParamsManager.h>
 #include <coordsys/SystemInfo.h>
 
 #include <proj.h>
@@ -108,6 +109,182 @@ private Q_SLOTS:
         QVERIFY(CoordTransform(lonLat, plane).forward({10, 20}, planar));
         QVERIFY(CoordTransform(plane, lonLat).forward(planar, back));
         VERIFY_NEAR(back, QPointF(10, 20), 1e-9);
+    }
+
+    /// A plan's unit is what its text says, in every notation; one without a number has no unit().
+    void plans_data()
+    {
+        const support::Columns<QString, double, bool> row;
+        row("LOCAL_CS, a factor of its own", R"(LOCAL_CS["s",UNIT["two and a half",2.5]])", 2.5, false);
+        row("Indian yard", R"(LOCAL_CS["s",UNIT["Indian yard",0.91439853]])", 0.91439853, false);
+        row("survey foot", R"(LOCAL_CS["s",UNIT["Foot_US",0.304800609601219]])", 0.304800609601219, true);
+        row("ENGCRS",
+            R"(ENGCRS["s",EDATUM["d"],CS[Cartesian,2],AXIS["x",east],AXIS["y",north],LENGTHUNIT["u",7]])", 7,
+            false);
+        row("ENGINEERINGCRS",
+            R"(ENGINEERINGCRS["s",ENGINEERINGDATUM["d"],CS[Cartesian,2],AXIS["x",east],AXIS["y",north],LENGTHUNIT["km",1000]])",
+            1000, true);
+    }
+    void plans()
+    {
+        const auto [text, metres, isNumbered] = support::row<QString, double, bool>();
+        const auto factory = support::shippedFactory();
+        const CoordSystemPtr plan = factory->createFromUserInput(text);
+        const CoordSystemPtr metric = factory->createFromWkt(R"(LOCAL_CS["m",UNIT["metre",1]])"_s);
+        QStringList notations{text, plan->exportToWkt(), plan->taggedString()};
+        for (const SystemFormat format : {SystemFormat::Wkt1, SystemFormat::Wkt2, SystemFormat::ProjJson})
+            notations << exportSystem(*plan, format);
+        for (const QString &notation : notations) {
+            const CoordSystemPtr read = factory->createFromUserInput(notation);
+            QPointF point;
+            QVERIFY(CoordTransform(read, metric).forward({100, -30}, point));
+            VERIFY_NEAR(point, QPointF(100 * metres, -30 * metres), 1e-6 * metres);
+            VERIFY_NEAR(systemInfo(*read).metresPerUnit, metres, 1e-9 * metres);
+        }
+        QVERIFY(plan->exportToWkt().contains("\"s\""_s));
+        if (isNumbered)
+            VERIFY_NEAR(plan->unit().conversion(), metres, 1e-9 * metres);
+        else
+            VERIFY_THROWS_LIKE(std::logic_error, plan->unit(), "Не могу определить единицы измерения");
+    }
+
+    /// An affine transformation is written as a derived system, and read from one, PROJ's own included.
+    void moved_data()
+    {
+        const support::Columns<QString, QPointF> row;
+        row.named("prj:Earth Projection 8, 104, \"m\", 15, 0, 0.9996, 500000, 0", {4e5, 5e6});
+        row.named("prj:Earth Projection 8, 104, \"survey ft\", 15, 0, 0.9996, 1640416.667, 0",
+                  {1.5e6, 1.6e7});
+        row.named("EPSG:28404", {4.4e6, 6e6}); // north first
+        row.named("EPSG:2263", {9e5, 2e5});
+        row.named("proj:+proj=tmerc +lon_0=39 +ellps=krass +towgs84=24,-123,-94,0.02,-0.25,-0.13,1.1",
+                  {2e5, 6e6});
+        row.named("prj:NonEarth Units \"m\"", {10, 20});
+        row.named("prj:NonEarth Units \"ft\"", {10, 20});
+    }
+    void moved()
+    {
+        const auto [tagged, point] = support::row<QString, QPointF>();
+        const auto factory = support::shippedFactory();
+        const CoordSystemPtr plane = made(tagged);
+        const CoordSystemPtr cs = made(tagged);
+        const LinearUnit units[] = {plane->unit(),
+                                    *factory->projectionParamsManager()->unitByID(LinearUnit::Kilometer)};
+        for (const LinearUnit &unit : units) {
+            cs->setAffineTransform(std::make_unique<QTransform>(0.5, 0.1, -0.2, 0.7, 100, 2000), unit);
+            QPointF moved;
+            QVERIFY(CoordTransform(plane, cs).forward(point, moved));
+            for (const SystemFormat format : {SystemFormat::Wkt2, SystemFormat::ProjJson}) {
+                const CoordSystemPtr read = factory->createFromUserInput(exportSystem(*cs, format));
+                QPointF again;
+                QVERIFY(CoordTransform(plane, read).forward(point, again));
+                VERIFY_NEAR(again, moved, 1e-6);
+                QVERIFY(read->affineTransform());
+                QCOMPARE(read->affineUnit(), unit);
+            }
+        }
+    }
+
+    /// EPSG's guidance note 7-2, similarity transformation: x' = x0 + x M cos t + y M sin t.
+    void similarity()
+    {
+        const CoordSystemPtr base = made("EPSG:32633");
+        const QString wkt =
+            "DERIVEDPROJCRS[\"turned\",BASEPROJCRS[\"u\",BASEGEOGCRS[\"WGS 84\",DATUM[\"World Geodetic "
+            "System 1984\","
+            "ELLIPSOID[\"WGS 84\",6378137,298.257223563]]],CONVERSION[\"z\",METHOD[\"Transverse "
+            "Mercator\",ID[\"EPSG\","
+            "9807]],PARAMETER[\"Longitude of natural "
+            "origin\",15,ANGLEUNIT[\"degree\",0.0174532925199433],ID[\"EPSG\","
+            "8802]],PARAMETER[\"Scale factor at natural "
+            "origin\",0.9996,SCALEUNIT[\"unity\",1],ID[\"EPSG\",8805]],"
+            "PARAMETER[\"False "
+            "easting\",500000,LENGTHUNIT[\"metre\",1],ID[\"EPSG\",8806]]]],DERIVINGCONVERSION[\"s\","
+            "METHOD[\"Similarity transformation\",ID[\"EPSG\",9621]],PARAMETER[\"Ordinate 1 of evaluation "
+            "point in "
+            "target CRS\",1000,LENGTHUNIT[\"metre\",1],ID[\"EPSG\",8621]],PARAMETER[\"Ordinate 2 of "
+            "evaluation point in "
+            "target CRS\",2000,LENGTHUNIT[\"metre\",1],ID[\"EPSG\",8622]],PARAMETER[\"Scale factor for "
+            "source CRS axes\","
+            "2,SCALEUNIT[\"unity\",1],ID[\"EPSG\",1061]],PARAMETER[\"Rotation angle of source CRS axes\",30,"
+            "ANGLEUNIT[\"degree\",0.0174532925199433],ID[\"EPSG\",8614]]],CS[Cartesian,2],AXIS[\"(E)\",east],"
+            "AXIS[\"(N)\",north],LENGTHUNIT[\"metre\",1]]"_s;
+        const CoordSystemPtr turned = support::shippedFactory()->createFromUserInput(wkt);
+        QPointF point;
+        QVERIFY(CoordTransform(base, turned).forward({400000, 5000000}, point));
+        const double root3 = 1.7320508075688772;
+        VERIFY_NEAR(point, QPointF(1000 + 400000 * root3 + 5000000, 2000 - 400000 + 5000000 * root3), 1e-3);
+        QCOMPARE(turned->description(), "turned"_s);
+    }
+
+    /// Latitudes at the centre of the body, and a grid that is not there: described, and converted as PROJ
+    /// does.
+    void unusual_data()
+    {
+        const support::Columns<QString, bool> row;
+        row.named("IAU_2015:49902", true);
+        row.named("+proj=longlat +geoc +datum=WGS84", true);
+        row.named("+proj=longlat +ellps=intl +nadgrids=absent.gsb", true);
+        row.named("+proj=utm +zone=33 +ellps=intl +nadgrids=absent.gsb", false);
+    }
+    void unusual()
+    {
+        const auto [text, isLatLong] = support::row<QString, bool>();
+        const CoordSystemPtr cs = support::shippedFactory()->createFromUserInput(text);
+        QCOMPARE(cs->isLatLong(), isLatLong);
+        QCOMPARE(systemInfo(*cs).kind,
+                 isLatLong ? SystemInfo::Kind::Geographic : SystemInfo::Kind::Projected);
+        QVERIFY(systemInfo(*cs).semiMajorM > 0);
+        QPointF planar;
+        QVERIFY(cs->forward({15, 50}, planar));
+    }
+
+    /// As PROJ: 11.5' of latitude on the earth, 20' on Mars.
+    void planetocentric()
+    {
+        const CoordSystemPtr geocentric = made("proj:+proj=longlat +geoc +datum=WGS84");
+        VERIFY_NEAR(placeOf(geocentric, {10, 45}), byProj("+proj=longlat +geoc +datum=WGS84"_s, {10, 45}),
+                    1e-9);
+        const auto factory = support::shippedFactory();
+        QPointF planar;
+        const CoordTransform toPlane(factory->createFromUserInput("IAU_2015:49902"_s),
+                                     factory->createFromUserInput("IAU_2015:49912"_s));
+        QVERIFY(toPlane.forward({0.5, 48}, planar));
+        VERIFY_NEAR(planar, QPointF(29637.3488, 2865111.9564), 1e-4); // cs2cs
+        // Longitudes to the west stand first, too.
+        QVERIFY(
+            CoordTransform(factory->createFromUserInput("IAU_2015:49901"_s), toPlane.destinationCoordSystem())
+                .forward({0.5, 48}, planar));
+        VERIFY_NEAR(planar, QPointF(-29637.3488, 2845185.4811), 1e-4); // cs2cs
+        const CoordSystemPtr cs = factory->createFromUserInput("IAU_2015:49912"_s);
+        VERIFY_THROWS_LIKE(std::runtime_error, exportSystem(*cs, SystemFormat::Wkt1), "");
+    }
+
+    void titles()
+    {
+        const CoordSystemPtr cs =
+            made("proj:+proj=tmerc +lon_0=33.3 +datum=WGS84 +title=My zone, old +units=km");
+        QCOMPARE(cs->description(), "My zone, old"_s);
+        QCOMPARE(cs->unit().unitCode(), 1);
+        VERIFY_NEAR(placeOf(cs, {0, 5000}),
+                    byProj("+proj=tmerc +lon_0=33.3 +datum=WGS84 +units=km"_s, {0, 5000}), 1e-9);
+        QVERIFY(exportSystem(*cs, SystemFormat::Wkt2).startsWith("PROJCRS[\"My zone, old\""_s));
+    }
+
+    void unitsOfPlanes()
+    {
+        const std::pair<const char *, double> units[] = {{"ch", 20.1168},
+                                                         {"link", 0.201168},
+                                                         {"fath", 1.8288},
+                                                         {"ind-ft", 0.30479841},
+                                                         {"us-mi", 1609.347218694438}};
+        for (const auto &[unit, metres] : units) {
+            const SystemInfo info =
+                systemInfo(*made("proj:+proj=utm +zone=33 +datum=WGS84 +units="_s + QString::fromUtf8(unit)));
+            VERIFY_NEAR(info.metresPerUnit, metres, 1e-7);
+            QVERIFY(!info.unitName.isEmpty());
+            QVERIFY(info.assumptions.isEmpty());
+        }
     }
 };
 

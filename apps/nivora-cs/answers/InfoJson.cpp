@@ -33,9 +33,17 @@ struct Fact
     std::function<QJsonValue(const CoordSystem &, const SystemInfo &)> find;
 };
 
-QJsonValue unitOf(const CoordSystem &cs, const SystemInfo &)
+/// A unit without a number of MapInfo's has the code -1.
+QJsonValue unitOf(const CoordSystem &cs, const SystemInfo &info)
 {
-    const LinearUnit unit = cs.unit();
+    LinearUnit unit;
+    try {
+        unit = cs.unit();
+    } catch (const std::exception &) {
+        if (!(info.metresPerUnit > 0.0))
+            return {};
+        unit = LinearUnit(info.unitName, QString(), info.metresPerUnit);
+    }
     return QJsonObject{{QStringLiteral("name"), unit.name()},
                        {QStringLiteral("description"), unit.description()},
                        {QStringLiteral("code"), unit.unitCode()},

@@ -48,9 +48,24 @@ QString codeLine(const CoordSystem &, const SystemInfo &info)
     return info.isDeprecated ? QObject::tr("%1, withdrawn").arg(info.identifier) : info.identifier;
 }
 
-QString unitLine(const CoordSystem &cs, const SystemInfo &)
+/// Units without a number of MapInfo's have a name and a length all the same.
+std::optional<LinearUnit> numberedUnit(const CoordSystem &cs)
 {
-    const LinearUnit unit = cs.unit();
+    try {
+        return cs.unit();
+    } catch (const std::exception &) {
+        return std::nullopt;
+    }
+}
+
+QString unitLine(const CoordSystem &cs, const SystemInfo &info)
+{
+    const std::optional<LinearUnit> known = numberedUnit(cs);
+    if (!known)
+        return info.metresPerUnit > 0.0
+                   ? QObject::tr("%1 (%2 m)").arg(info.unitName, number(info.metresPerUnit))
+                   : QString();
+    const LinearUnit &unit = *known;
     const QString name = unit.localizedName().isEmpty() ? unit.name() : unit.localizedName();
     return unit.description().isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, unit.description());
 }
