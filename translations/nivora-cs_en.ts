@@ -997,5 +997,9 @@
         <source>Точки лежат в одном месте</source>
         <translation>The points lie at one place</translation>
     </message>
+    <message>
+        <source>в нём нет планетоцентрических широт</source>
+        <translation>it has no planetocentric latitudes</translation>
+    </message>
 </context>
 </TS>

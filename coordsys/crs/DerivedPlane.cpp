@@ -2,6 +2,7 @@
 
 #include <proj_experimental.h>
 
+#include <QRegularExpression>
 #include <QStringList>
 
 #include <cmath>
@@ -118,11 +119,21 @@ PjHandle plainBase(PJ_CONTEXT *context, const PJ *crs, QTransform &affine)
     affine = QTransform(affine.m11() / factor, affine.m12() / factor, affine.m21() / factor,
                         affine.m22() / factor, affine.dx(), affine.dy());
     if (proj_get_type(crs) == PJ_TYPE_ENGINEERING_CRS)
-        return base; // PROJ reads any as one in metres
+        return base;
     const PjHandle inMetres =
         ownPj(proj_crs_alter_cs_linear_unit(context, base.get(), "metre", 1.0, "EPSG", "9001"));
     return ownPj(
         proj_crs_alter_parameters_linear_unit(context, inMetres.get(), "metre", 1.0, "EPSG", "9001", 1));
+}
+
+/// The inside of a base, its closing bracket included. A plan's axes are left out: PROJ then takes metres.
+QString bodyOf(PJ_CONTEXT *context, const PJ *base)
+{
+    static const QRegularExpression axes(QStringLiteral(",\\s*CS\\["));
+    const QString text = wkt2Of(context, base);
+    const QString body = text.mid(text.indexOf(QLatin1Char('[')) + 1);
+    const bool isPlan = proj_get_type(base) == PJ_TYPE_ENGINEERING_CRS;
+    return isPlan ? body.left(body.lastIndexOf(axes)) + QLatin1Char(']') : body;
 }
 
 /// The text of an unbound CRS with the coordinates of another.
@@ -136,11 +147,10 @@ QString derivedText(PJ_CONTEXT *context, const PJ *base, const QTransform &affin
         QStringLiteral(",CS[Cartesian,2],AXIS[\"%1\",east,ORDER[1]],AXIS[\"%2\",north,ORDER[2]],")
             .arg(isPlan ? QStringLiteral("x") : QStringLiteral("(E)"),
                  isPlan ? QStringLiteral("y") : QStringLiteral("(N)"));
-    const QString text = wkt2Of(context, base);
     const QString head = isPlan ? QStringLiteral("ENGCRS[\"%1\",BASEENGCRS[")
                                 : QStringLiteral("DERIVEDPROJCRS[\"%1\",BASEPROJCRS[");
-    return head.arg(quoted(name)) + text.mid(text.indexOf(QLatin1Char('[')) + 1) +
-           derivingConversion(affine, unit) + axes + unit + QLatin1Char(']');
+    return head.arg(quoted(name)) + bodyOf(context, base) + derivingConversion(affine, unit) + axes + unit +
+           QLatin1Char(']');
 }
 
 } // namespace
