@@ -2045,5 +2045,9 @@ transform (36°30&apos;E); перед -36°30&apos; ставится &quot;--&qu
   nivora-cs rect --from 4326 --to 3575 --mesh 50 -180 60 360 30
 </translation>
     </message>
+    <message>
+        <source>%1 (%2 m)</source>
+        <translation>%1 (%2 м)</translation>
+    </message>
 </context>
 </TS>
