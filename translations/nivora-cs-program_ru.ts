@@ -1900,9 +1900,118 @@ Examples:
         <translation>--%1 требует --explain</translation>
     </message>
     <message>
+        <source>Tell which operation is used for the FILEs&apos; points, at --at or in the common area, and which elsewhere; no points are written. all: everything.</source>
+        <translation>Рассказать, какая операция применяется для точек файлов, в точке --at или в общей области и какие в других местах; точки не пишутся. all: всё.</translation>
+    </message>
+    <message>
+        <source>With --explain: a point of the input&apos;s system.</source>
+        <translation>С --explain: точка системы входа.</translation>
+    </message>
+    <message>
+        <source>With --explain: a JSON object.</source>
+        <translation>С --explain: объект JSON.</translation>
+    </message>
+    <message>
+        <source>the difference of the datums would be left out there</source>
+        <translation>сдвиг датума там остался бы неучтённым</translation>
+    </message>
+    <message>
+        <source>Another directory with files of datum shifts.</source>
+        <translation>Ещё один каталог с файлами сдвига датума.</translation>
+    </message>
+    <message>
+        <source>PROJ may fetch missing files of datum shifts, piece by piece.</source>
+        <translation>PROJ может скачивать отсутствующие файлы сдвига датума по частям.</translation>
+    </message>
+    <message>
+        <source>%1: here, %2</source>
+        <translation>%1: есть, %2</translation>
+    </message>
+    <message>
+        <source>Folders that are searched:
+%1projsync writes to %2
+</source>
+        <translation>Каталоги поиска:
+%1projsync пишет в %2
+</translation>
+    </message>
+    <message>
+        <source>grids takes --from and --to together</source>
+        <translation>grids принимает --from и --to вместе</translation>
+    </message>
+    <message>
+        <source>No file is missing that would help.
+</source>
+        <translation>Нет отсутствующих файлов, которые помогли бы.
+</translation>
+    </message>
+    <message>
+        <source>Files with datum shifts: which are here, what the missing ones would give.</source>
+        <translation>Файлы сдвига датума: какие есть, что дали бы отсутствующие.</translation>
+    </message>
+    <message>
+        <source>For a pair of systems: the files that are in use, then the missing ones that would
+make positions better, each with what it gives, the operation, its area and how to
+get it. Behind them the folders that are searched. Nothing is fetched: projsync,
+which comes with PROJ, does that, or --network on any command.
+
+Examples:
+  nivora-cs grids --from 27700 --to 4258
+  nivora-cs grids --from 4267 --to 4326 --area -80,43,-74,46
+</source>
+        <translation>Для пары систем: файлы, которые применяются, затем отсутствующие, с которыми
+положение было бы точнее: что каждый даёт, операция, её область и где его взять. За
+ними каталоги поиска. Ничего не скачивается: это делает projsync, который идёт вместе
+с PROJ, или --network у любой команды.
+
+Примеры:
+  nivora-cs grids --from 27700 --to 4258
+  nivora-cs grids --from 4267 --to 4326 --area -80,43,-74,46
+</translation>
+    </message>
+    <message>
+        <source>One system.</source>
+        <translation>Одна система.</translation>
+    </message>
+    <message>
+        <source>The other system.</source>
+        <translation>Другая система.</translation>
+    </message>
+    <message>
+        <source>Only files for this area, in degrees.</source>
+        <translation>Только файлы для этой области, в градусах.</translation>
+    </message>
+    <message>
+        <source>Heights: %1 (%2), %3
+</source>
+        <translation>Высоты: %1 (%2), %3
+</translation>
+    </message>
+    <message>
+        <source>Heights: above the ellipsoid, %1
+</source>
+        <translation>Высоты: над эллипсоидом, %1
+</translation>
+    </message>
+    <message>
+        <source>--z goes without --%1</source>
+        <translation>--z не сочетается с --%1</translation>
+    </message>
+    <message>
+        <source>heights are passed on: a system says nothing of them</source>
+        <translation>высоты передаются как есть: одна из систем о них ничего не говорит</translation>
+    </message>
+    <message>
+        <source>--%1 needs --z</source>
+        <translation>--%1 требует --z</translation>
+    </message>
+    <message>
         <source>Reads the FILEs, or standard input (&quot;-&quot; or no FILE), and writes to standard output.
-A line holds x and y, separated by blanks, tabs, a comma or a semicolon. Heights
-and further columns are passed on as they are: they are not transformed. Blank
+A line holds x and y, separated by blanks, tabs, a comma or a semicolon. Further
+columns are passed on as they are, heights too unless --z is given: then compound,
+three-dimensional and geocentric systems (EPSG:25832+7837, 4979, 4978) keep their
+heights, and a point fails whose height could not be converted, such as for lack of
+a geoid&apos;s file. Blank
 lines and lines beginning with &apos;#&apos; are passed on. A line whose point cannot be
 transformed gets &quot;*&quot; for x and y and keeps the rest (37.6,91,Moscow becomes
 *,*,Moscow); a line without a point becomes &quot;*&quot;, &quot;*&quot; and its whole text. Both are
@@ -1932,8 +2041,11 @@ Examples:
   nivora-cs transform --from @moscow.prj --to &apos;CoordSys Earth Projection 1, 104&apos; --inverse
 </source>
         <translation>Читает файлы FILE или стандартный ввод (&quot;-&quot; или без FILE) и пишет в стандартный
-вывод. В строке x и y через пробелы, табуляцию, запятую или точку с запятой. Высоты
-и остальные столбцы передаются как есть: они не преобразуются. Пустые строки и
+вывод. В строке x и y через пробелы, табуляцию, запятую или точку с запятой. Остальные
+столбцы передаются как есть, и высоты тоже, если нет --z: с ним составные, трёхмерные
+и геоцентрические системы (EPSG:25832+7837, 4979, 4978) сохраняют свои высоты, и не
+преобразуется точка, высоту которой не пересчитать, например без файла геоида. Пустые
+строки и
 строки, начинающиеся с &apos;#&apos;, передаются. Строка, точка которой не преобразуется,
 получает &quot;*&quot; вместо x и y и сохраняет остальное (37.6,91,Moscow становится
 *,*,Moscow); строка без точки становится &quot;*&quot;, &quot;*&quot; и всем своим текстом. О тех и
@@ -1964,20 +2076,20 @@ N S E W или С Ю В З. Сначала x, если буквы не гово�
 </translation>
     </message>
     <message>
-        <source>Tell which operation is used for the FILEs&apos; points, at --at or in the common area, and which elsewhere; no points are written. all: everything.</source>
-        <translation>Рассказать, какая операция применяется для точек файлов, в точке --at или в общей области и какие в других местах; точки не пишутся. all: всё.</translation>
+        <source>The third column is a height, transformed where both systems know theirs.</source>
+        <translation>Третий столбец — высота; она пересчитывается, когда обе системы знают свои высоты.</translation>
     </message>
     <message>
-        <source>With --explain: a point of the input&apos;s system.</source>
-        <translation>С --explain: точка системы входа.</translation>
+        <source>With --z: the fourth column is when the point was measured.</source>
+        <translation>С --z: четвёртый столбец — когда точка измерена.</translation>
     </message>
     <message>
-        <source>With --explain: a JSON object.</source>
-        <translation>С --explain: объект JSON.</translation>
+        <source>x, y, z and a year are needed</source>
+        <translation>нужны x, y, z и год</translation>
     </message>
     <message>
-        <source>the difference of the datums would be left out there</source>
-        <translation>сдвиг датума там остался бы неучтённым</translation>
+        <source>x, y and z are needed</source>
+        <translation>нужны x, y и z</translation>
     </message>
     <message>
         <source>found without &quot;%1&quot;</source>

@@ -54,6 +54,9 @@ const std::vector<Option> &commonOptions()
         {"user-dir", "DIR",
          QT_TRANSLATE_NOOP(
              "QObject", "Directory of your own systems (UserCoordSystem.xml), instead of your data folder.")},
+        {"grids", "DIR", QT_TRANSLATE_NOOP("QObject", "Another directory with files of datum shifts.")},
+        {"network", nullptr,
+         QT_TRANSLATE_NOOP("QObject", "PROJ may fetch missing files of datum shifts, piece by piece.")},
         {"verbose", nullptr, QT_TRANSLATE_NOOP("QObject", "Write the library's log to stderr.")},
     };
     return options;

@@ -5,6 +5,8 @@
 #include "Messages.h"
 #include "Output.h"
 
+#include <coordsys/GridFolders.h>
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QLoggingCategory>
@@ -98,5 +100,8 @@ Session::Session(const CommandLine &line)
     }
     if (!started)
         throw startUpFailure(resources, QObject::tr("no reason is known"));
+    if (line.isSet("grids"))
+        nivora::cs::addGridFolder(localPath(line.value("grids")));
+    nivora::cs::setGridsFromNetwork(line.isSet("network"));
     CoordSysFactory::setDefaultCoordSysFactory(m_factory);
 }

@@ -1,5 +1,6 @@
 #include <coordsys/CoordSysEnvironment.h>
 
+#include <coordsys/GridFolders.h>
 #include <coordsys/ProjEngine.h>
 #include <platform/Logger.h>
 
@@ -122,6 +123,9 @@ void initProjLibEnvironment()
     const QMutexLocker lock(globalProj4Mutex());
     if (!paths.isEmpty())
         tellEngines(paths);
+    const QString grids = QSettings().value(QStringLiteral("proj/GridDir")).toString();
+    if (QFileInfo(grids).isDir())
+        addGridFolder(grids);
     const PJ_INFO info = proj_info();
     LOG_INFO(QStringLiteral("proj version=%1").arg(QString::fromUtf8(info.version)));
     LOG_DEBUG(QStringLiteral("proj path (PROJ_LIB)=%1").arg(QFile::decodeName(info.searchpath)));

@@ -115,6 +115,7 @@ private Q_SLOTS:
         row.named("measure --cs 2263 --json", "0 0\n1 0\n1 1\n\n0 0\n5 5", "measures");
         row.named("measure --cs 4326 --json", "0 90\n1 0\n", "measures");
         row.named("rect --from 4326 --to 32637 36 55 3 1 --json", "", "rect");
+        row.named("grids --from 27700 --to 4258 --json --area -3,50,-2,51", "", "grids");
         row.named("list --json", "", "categories");
         row.named("list --json --category Benelux", "", "systems");
     }

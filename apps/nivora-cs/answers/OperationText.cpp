@@ -189,9 +189,13 @@ QString explanationText(const Explanation &explanation, Detail detail)
 
 QString usageText(const CoordTransform &transform, const OperationTally &tally)
 {
+    return transform.isEqualsCS() ? QObject::tr("the systems are equal: points are copied")
+                                  : usageText(tally, transform.epoch().has_value());
+}
+
+QString usageText(const OperationTally &tally, bool hasEpoch)
+{
     constexpr int mostNamed = 3;
-    if (transform.isEqualsCS())
-        return QObject::tr("the systems are equal: points are copied");
     QStringList parts;
     qint64 others = 0;
     QString leftOut;
@@ -201,7 +205,7 @@ QString usageText(const CoordTransform &transform, const OperationTally &tally)
         else if (parts.size() < mostNamed)
             parts << QObject::tr("%1 points by \"%2\", %3")
                          .arg(QString::number(use.points), use.operation.shortName,
-                              shortWorth(use.operation, transform.epoch().has_value()));
+                              shortWorth(use.operation, hasEpoch));
         else
             others += use.points;
     }

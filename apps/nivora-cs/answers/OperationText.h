@@ -17,6 +17,9 @@ QString worthText(const nivora::cs::TransformOperation &operation, bool hasEpoch
 /// `5 points by "Pulkovo 1942 to WGS 84 (20)", 2 m; 3 ballpark`: what a list went by, on one line.
 QString usageText(const nivora::cs::CoordTransform &transform, const nivora::cs::OperationTally &tally);
 
+/// The same of a list whose systems differ.
+QString usageText(const nivora::cs::OperationTally &tally, bool hasEpoch);
+
 /// Missing files, what each would give, and how to get it; a paragraph an offer.
 QString offersText(const QVector<nivora::cs::GridOffer> &offers);
 

@@ -8,6 +8,7 @@ const Command &rectCommand();
 const Command &measureCommand();
 const Command &mgrsCommand();
 const Command &calibrateCommand();
+const Command &gridsCommand();
 const Command &userCommand();
 const Command &listCommand();
 const Command &findCommand();

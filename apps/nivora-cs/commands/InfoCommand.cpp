@@ -11,6 +11,7 @@
 
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
+#include <coordsys/SpatialSystem.h>
 #include <coordsys/UserCoordSystem.h>
 
 #include <QObject>
@@ -20,6 +21,7 @@
 using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
 using nivora::cs::CoordTransform;
+using nivora::cs::SpatialSystem;
 using nivora::cs::SystemFormat;
 using nivora::cs::SystemInfo;
 using nivora::cs::UserInput;
@@ -68,6 +70,22 @@ QString textIn(const QString &format, const UserInput &input, const Session &ses
         known << QLatin1String(notation.name);
     }
     throw Failure(QObject::tr("--format takes %1, not \"%2\"").arg(known.join(QStringLiteral(", ")), format));
+}
+
+/// What a text of three dimensions says of heights; empty for others.
+QString heightsText(const QString &text)
+{
+    try {
+        const SpatialSystem system(text);
+        if (system.height() == SpatialSystem::Height::Own)
+            return QObject::tr("Heights: %1 (%2), %3\n")
+                .arg(system.verticalName(), system.verticalDatum(), system.verticalUnit());
+        return system.height() == SpatialSystem::Height::Ellipsoidal
+                   ? QObject::tr("Heights: above the ellipsoid, %1\n").arg(system.verticalUnit())
+                   : QString();
+    } catch (const std::logic_error &) { // another notation
+        return {};
+    }
 }
 
 std::optional<QPointF> placeOf(const CommandLine &line)
@@ -129,7 +147,7 @@ int run(const CommandLine &line)
     const Session session(line);
     const UserInput input = readSystem(session, line.arguments().first());
     if (format.isEmpty() && !related) {
-        print(infoPage(*input.system, infoOf(input)) +
+        print(infoPage(*input.system, infoOf(input)) + heightsText(line.arguments().first()) +
               proofPage(*input.system, session.userSystems().fileInfo()));
         return Success;
     }

@@ -3,6 +3,7 @@
 #include "Commands.h"
 #include "CsText.h"
 #include "CsvOptions.h"
+#include "HeightFilter.h"
 #include "MeasureText.h"
 #include "OperationOptions.h"
 #include "OperationText.h"
@@ -11,6 +12,8 @@
 #include "StreamFilter.h"
 
 #include <coordsys/CoordTransform.h>
+#include <coordsys/NumberText.h>
+#include <coordsys/SystemInfo.h>
 
 #include <QObject>
 
@@ -24,6 +27,8 @@ using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
 using nivora::cs::CoordTransform;
 using nivora::cs::OperationTally;
+using nivora::cs::SpatialSystem;
+using nivora::cs::SpatialTransform;
 
 namespace {
 
@@ -81,10 +86,50 @@ void checkExplainOptions(const CommandLine &line)
             throw Failure(QObject::tr("--%1 needs --explain").arg(QLatin1String(option)));
 }
 
+/// Of what knows no plane, such as geocentric systems, too.
+SpatialSystem spatialSystemOf(const Session &session, const CommandLine &line, const char *option)
+{
+    try {
+        return SpatialSystem(line.required(option));
+    } catch (const std::logic_error &) { // another notation, which has no heights
+        return SpatialSystem(
+            exportSystem(*systemOfOption(session, line, option), nivora::cs::SystemFormat::Wkt2));
+    }
+}
+
+int runWithHeights(const CommandLine &line, const Session &session)
+{
+    for (const char *option :
+         {"csv", "dms", "explain", "strict", "operation", "area", "no-ballpark", "max-error"})
+        if (line.isSet(option))
+            throw Failure(QObject::tr("--z goes without --%1").arg(QLatin1String(option)));
+    const SpatialTransform transform(spatialSystemOf(session, line, "from"),
+                                     spatialSystemOf(session, line, "to"));
+    HeightOptions options;
+    options.inverse = line.isSet("inverse");
+    options.hasTimes = line.isSet("t");
+    options.epoch = epochOf(line);
+    constexpr int ofDegrees = 9;
+    constexpr int ofLengths = 4;
+    const SpatialSystem target = options.inverse ? transform.source() : transform.destination();
+    options.decimals =
+        line.number("precision", 0, nivora::cs::mostDecimals, target.isGeographic() ? ofDegrees : ofLengths);
+    if (!transform.transformsHeights())
+        complain(QObject::tr("heights are passed on: a system says nothing of them"));
+    OperationTally tally;
+    const ExitStatus status = filterHeights(transform, options, line.arguments(), tally);
+    report(usageText(tally, options.hasTimes || options.epoch.has_value()));
+    return status;
+}
+
 int run(const CommandLine &line)
 {
     checkExplainOptions(line);
     const Session session(line);
+    if (line.isSet("t") && !line.isSet("z"))
+        throw Failure(QObject::tr("--%1 needs --z").arg(QStringLiteral("t")));
+    if (line.isSet("z"))
+        return runWithHeights(line, session);
     const CoordSystemPtr from = systemOfOption(session, line, "from");
     const CoordSystemPtr to = systemOfOption(session, line, "to");
     const bool inverse = line.isSet("inverse");
@@ -119,8 +164,11 @@ const Command &transformCommand()
         QT_TRANSLATE_NOOP("QObject", "Coordinates of points, a point a line, from one system to another."),
         QT_TRANSLATE_NOOP(
             "QObject", R"(Reads the FILEs, or standard input ("-" or no FILE), and writes to standard output.
-A line holds x and y, separated by blanks, tabs, a comma or a semicolon. Heights
-and further columns are passed on as they are: they are not transformed. Blank
+A line holds x and y, separated by blanks, tabs, a comma or a semicolon. Further
+columns are passed on as they are, heights too unless --z is given: then compound,
+three-dimensional and geocentric systems (EPSG:25832+7837, 4979, 4978) keep their
+heights, and a point fails whose height could not be converted, such as for lack of
+a geoid's file. Blank
 lines and lines beginning with '#' are passed on. A line whose point cannot be
 transformed gets "*" for x and y and keeps the rest (37.6,91,Moscow becomes
 *,*,Moscow); a line without a point becomes "*", "*" and its whole text. Both are
@@ -186,6 +234,11 @@ Examples:
             {"jobs", "N",
              QT_TRANSLATE_NOOP("QObject",
                                "Threads that work; all cores when not given. The output is the same.")},
+            {"z", nullptr,
+             QT_TRANSLATE_NOOP("QObject",
+                               "The third column is a height, transformed where both systems know theirs.")},
+            {"t", nullptr,
+             QT_TRANSLATE_NOOP("QObject", "With --z: the fourth column is when the point was measured.")},
             {"strict", nullptr,
              QT_TRANSLATE_NOOP("QObject",
                                "A point for which the difference of the datums would be left out fails.")},

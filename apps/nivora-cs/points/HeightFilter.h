@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Output.h"
+
+#include <coordsys/SpatialTransform.h>
+
+#include <QStringList>
+
+class CommandLine;
+
+/// Lines of x, y, z and, behind them, further columns, from one system into another.
+struct HeightOptions
+{
+    bool inverse = false;
+    bool hasTimes = false;       ///< the fourth column is a decimal year
+    std::optional<double> epoch; ///< of all points
+    int decimals = 4;            ///< of x and y
+};
+
+/// Reads the files ("-" or none: standard input) and writes to standard output. A line that cannot be
+/// transformed gets "*" for x, y and z and is reported. Throws Failure for files that cannot be read.
+ExitStatus filterHeights(const nivora::cs::SpatialTransform &transform, const HeightOptions &options,
+                         const QStringList &fileNames, nivora::cs::OperationTally &tally);

@@ -1,0 +1,225 @@
+#include <coordsys/SpatialTransform.h>
+
+#include "CrsParts_p.h"
+#include "OperationPool_p.h"
+#include "TransformOperations_p.h"
+
+#include <proj_experimental.h>
+
+#include <QMutexLocker>
+#include <QObject>
+#include <QStringList>
+
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+
+namespace nivora::cs {
+namespace {
+
+using Height = SpatialSystem::Height;
+
+/// The system as it takes part: without heights when they pass through, with ellipsoidal ones beside a
+/// geocentric system.
+PjHandle endOf(const SpatialSystem &system, const SpatialSystem &other, bool withHeights)
+{
+    PJ_CONTEXT *context = globalProjContext();
+    PjHandle crs = ownPj(proj_create(context, system.definition().toUtf8().constData()));
+    if (crs && !withHeights)
+        return horizontalPart(context, crs.get());
+    if (crs && system.height() == Height::None && other.height() == Height::Geocentric)
+        return ownPj(proj_crs_promote_to_3D(context, nullptr, crs.get()));
+    return crs;
+}
+
+bool haveHeights(const SpatialSystem &a, const SpatialSystem &b)
+{
+    const bool isGeocentric = a.height() == Height::Geocentric || b.height() == Height::Geocentric;
+    return isGeocentric || (a.height() != Height::None && b.height() != Height::None);
+}
+
+bool leavesGeoidOut(const TransformOperation &operation)
+{
+    return operation.isBallpark &&
+           operation.name.contains(QLatin1String("ballpark vertical"), Qt::CaseInsensitive);
+}
+
+/// The height of the geoid of 1996 above the ellipsoid in the middle of an area; none without its file.
+std::optional<double> geoidM(PJ_CONTEXT *context, const PJ *crs)
+{
+    double west = 0.0, south = 0.0, east = 0.0, north = 0.0;
+    const PjHandle geoid =
+        ownPj(proj_create(context, "+proj=vgridshift +grids=us_nga_egm96_15.tif +multiplier=1"));
+    if (!geoid || !proj_get_area_of_use(context, crs, &west, &south, &east, &north, nullptr) || west < -360.0)
+        return std::nullopt;
+    constexpr double widest = 60.0; // degrees; the geoid of the whole earth has no middle
+    const double width = std::fmod(east - west + 360.0, 360.0);
+    if (!(width > 0.0 && width < widest))
+        return std::nullopt;
+    const double middle = west + width / 2.0;
+    const PJ_COORD height =
+        proj_trans(geoid.get(), PJ_FWD,
+                   proj_coord(proj_torad(middle), proj_torad((south + north) / 2.0), 0.0, HUGE_VAL));
+    return std::isfinite(height.v[2]) ? std::make_optional(std::fabs(height.v[2])) : std::nullopt;
+}
+
+/// The files of the first operation that would keep the geoid; empty when there is none.
+QString missingFiles(PJ_CONTEXT *context, const PJ *source, const PJ *target)
+{
+    for (const TransformOperation &operation :
+         operationsBetween(context, source, target, OperationSet::Known)) {
+        QStringList names;
+        for (const TransformGrid &grid : operation.grids)
+            if (!grid.isAvailable)
+                names << grid.name;
+        if (!names.isEmpty() && !leavesGeoidOut(operation))
+            return names.join(QLatin1String(", "));
+    }
+    return {};
+}
+
+} // namespace
+
+struct NIVORA_CS_NO_EXPORT SpatialTransform::Impl
+{
+    Impl(const SpatialSystem &from, const SpatialSystem &to);
+    using Failed = std::vector<std::size_t>;
+    Failed convert(int direction, double *x, double *y, double *z, const double *t, std::size_t count,
+                   OperationTally *tally) const;
+    bool convert(int direction, SpatialPoint &point) const;
+
+    SpatialSystem source;
+    SpatialSystem destination;
+    bool withHeights;
+    QString missing;
+    std::unique_ptr<OperationPool> pool;
+
+private:
+    void describeMissing(PJ_CONTEXT *context, const PJ *from, const PJ *to);
+    bool convertOne(const TransformQueue &queue, OperationWatch &watch, int direction, PJ_COORD &c) const;
+};
+
+SpatialTransform::Impl::Impl(const SpatialSystem &from, const SpatialSystem &to)
+    : source(from)
+    , destination(to)
+    , withHeights(haveHeights(from, to))
+{
+    const QMutexLocker lock(globalProj4Mutex());
+    PJ_CONTEXT *context = globalProjContext();
+    const PjHandle begin = endOf(from, to, withHeights);
+    const PjHandle end = endOf(to, from, withHeights);
+    const PjHandle way =
+        begin && end
+            ? ownPj(proj_create_crs_to_crs_from_pj(context, begin.get(), end.get(), nullptr, nullptr))
+            : nullptr;
+    if (!way)
+        throw std::logic_error(
+            QObject::tr("Не могу создать объект трансформации. %1").arg(projLastError()).toStdString());
+    PJ *normalized = proj_normalize_for_visualization(context, way.get());
+    auto queue = std::make_shared<TransformQueue>();
+    queue->first =
+        ProjOperation(std::shared_ptr<PJ>(ownPj(normalized ? normalized : proj_clone(context, way.get()))));
+    queue->first.single = singleOperation(context, way.get());
+    pool = std::make_unique<OperationPool>(std::move(queue));
+    if (withHeights)
+        describeMissing(context, begin.get(), end.get());
+}
+
+void SpatialTransform::Impl::describeMissing(PJ_CONTEXT *context, const PJ *from, const PJ *to)
+{
+    for (const TransformOperation &operation : operationsBetween(context, from, to, OperationSet::Working))
+        if (!leavesGeoidOut(operation))
+            return;
+    const QString files = missingFiles(context, from, to);
+    const auto apart = geoidM(context, source.height() == Height::Own ? from : to);
+    const QString metres = apart ? QString::number(*apart, 'f', 0) : QStringLiteral("110");
+    missing = files.isEmpty()
+                  ? QObject::tr(
+                        "Высоты не пересчитываются: связь их систем неизвестна (ошибка была бы порядка %1 м)")
+                        .arg(metres)
+                  : QObject::tr("Высоты не пересчитываются: нет файла %1 (ошибка была бы порядка %2 м)")
+                        .arg(files, metres);
+}
+
+bool SpatialTransform::Impl::convertOne(const TransformQueue &queue, OperationWatch &watch, int direction,
+                                        PJ_COORD &c) const
+{
+    const double height = c.v[2];
+    const ProjOperation &step = queue.first;
+    step.in[sideOf(direction)].enter(c.v[0], c.v[1]);
+    c = proj_trans(step.pj.get(), step.objectDirection(direction), c);
+    step.out[sideOf(direction)].leave(c.v[0], c.v[1]);
+    if (!withHeights)
+        c.v[2] = height;
+    const bool works = std::isfinite(c.v[0]) && std::isfinite(c.v[1]) && std::isfinite(c.v[2]);
+    return works && (!withHeights || !leavesGeoidOut(*watch.lastUsed(queue)[0]));
+}
+
+SpatialTransform::Impl::Failed SpatialTransform::Impl::convert(int direction, double *x, double *y, double *z,
+                                                               const double *t, std::size_t count,
+                                                               OperationTally *tally) const
+{
+    const PoolLease engine(*pool);
+    std::unique_ptr<OperationWatch> spare;
+    OperationWatch &watch = engine.watch(spare);
+    Failed failed;
+    for (std::size_t i = 0; i < count; ++i) {
+        const double time = t && std::isfinite(t[i]) ? t[i] : HUGE_VAL;
+        PJ_COORD c = proj_coord(x[i], y[i], z[i], time);
+        if (convertOne(engine.queue(), watch, direction, c)) {
+            if (tally)
+                tally->add(*watch.lastUsed(engine.queue())[0], 1);
+        } else {
+            c = proj_coord(NAN, NAN, NAN, time);
+            failed.push_back(i);
+        }
+        x[i] = c.v[0];
+        y[i] = c.v[1];
+        z[i] = c.v[2];
+    }
+    return failed;
+}
+
+bool SpatialTransform::Impl::convert(int direction, SpatialPoint &point) const
+{
+    SpatialPoint moved = point;
+    const double time = point.t.value_or(std::numeric_limits<double>::quiet_NaN());
+    if (!convert(direction, &moved.x, &moved.y, &moved.z, &time, 1, nullptr).empty())
+        return false;
+    point = moved;
+    return true;
+}
+
+SpatialTransform::SpatialTransform(const SpatialSystem &from, const SpatialSystem &to)
+    : m_impl(std::make_shared<Impl>(from, to))
+{}
+
+SpatialTransform::SpatialTransform(const SpatialTransform &other) = default;
+SpatialTransform &SpatialTransform::operator=(const SpatialTransform &other) = default;
+SpatialTransform::~SpatialTransform() = default;
+
+SpatialSystem SpatialTransform::source() const { return m_impl->source; }
+
+SpatialSystem SpatialTransform::destination() const { return m_impl->destination; }
+
+bool SpatialTransform::transformsHeights() const { return m_impl->withHeights; }
+
+QString SpatialTransform::missingHeights() const { return m_impl->missing; }
+
+std::vector<std::size_t> SpatialTransform::forward(double *x, double *y, double *z, const double *t,
+                                                   std::size_t count, OperationTally *tally) const
+{
+    return m_impl->convert(PJ_FWD, x, y, z, t, count, tally);
+}
+
+std::vector<std::size_t> SpatialTransform::inverse(double *x, double *y, double *z, const double *t,
+                                                   std::size_t count, OperationTally *tally) const
+{
+    return m_impl->convert(PJ_INV, x, y, z, t, count, tally);
+}
+
+bool SpatialTransform::forward(SpatialPoint &point) const { return m_impl->convert(PJ_FWD, point); }
+
+bool SpatialTransform::inverse(SpatialPoint &point) const { return m_impl->convert(PJ_INV, point); }
+
+} // namespace nivora::cs
