@@ -1001,5 +1001,21 @@
         <source>в нём нет планетоцентрических широт</source>
         <translation>it has no planetocentric latitudes</translation>
     </message>
+    <message>
+        <source>Не удалось прочитать КС: %1</source>
+        <translation>The coordinate system cannot be read: %1</translation>
+    </message>
+    <message>
+        <source>Нет каталога %1</source>
+        <translation>There is no directory %1</translation>
+    </message>
+    <message>
+        <source>Высоты не пересчитываются: связь их систем неизвестна (ошибка была бы порядка %1 м)</source>
+        <translation>Heights are not converted: nothing is known between their systems (the error would be some %1 m)</translation>
+    </message>
+    <message>
+        <source>Высоты не пересчитываются: нет файла %1 (ошибка была бы порядка %2 м)</source>
+        <translation>Heights are not converted: the file %1 is missing (the error would be some %2 m)</translation>
+    </message>
 </context>
 </TS>
