@@ -996,6 +996,20 @@
     <message>
         <source>Точки лежат в одном месте</source>
         <translation>The points lie at one place</translation>
+        <source>у CoordSys нет такого эллипсоида, ближайший отличается на %1 м</source>
+        <translation>CoordSys has no such ellipsoid, the nearest is %1 m off</translation>
+    </message>
+    <message>
+        <source>у датума в CoordSys другой начальный меридиан</source>
+        <translation>the datum in CoordSys has another prime meridian</translation>
+    </message>
+    <message>
+        <source>плоскость ближайшей строки CoordSys отличается на %1 м</source>
+        <translation>the plane of the nearest CoordSys text is %1 m off</translation>
+    </message>
+    <message>
+        <source>ни одно место области применения не вычисляется</source>
+        <translation>not one place of the area of use can be computed</translation>
     </message>
 </context>
 </TS>
