@@ -240,6 +240,7 @@ private:
     friend class MapinfoCoordSystem;
     friend class PrjWriter;
     friend NIVORA_CS_EXPORT PrjText prjTextOf(const CoordSystem &cs);
+    friend NIVORA_CS_EXPORT PrjText prjTextWithDatum(const CoordSystem &cs, const QString &datum);
     using IdentityPtr = std::shared_ptr<const CrsDefinition>;
 
     using LazyRect = nivora::utils::CachedValue<QRectF, std::function<QRectF()>>;

@@ -33,6 +33,9 @@ struct NIVORA_CS_EXPORT PrjText
     bool isRefused() const { return text.isEmpty(); }
     /// Why there is none, for people, in the language of the installed translation; empty when there is one.
     QString reason() const;
+    /// What a reader of the text should know, for people: how far its plane is off when that is more than a
+    /// millimetre, and what programs lose that pass over the affine clause; empty when there is nothing.
+    QString remark() const;
 };
 
 /// CoordSystem::prjStr() with its figures, or with the reason why there is none. Texts of the database's

@@ -11,8 +11,10 @@
 #include <QMutex>
 #include <QMutexLocker>
 #include <QObject>
+#include <QStringList>
 
 #include <algorithm>
+#include <cmath>
 
 namespace nivora::cs {
 namespace {
@@ -116,6 +118,19 @@ QString PrjText::reason() const
     return {};
 }
 
+QString PrjText::remark() const
+{
+    constexpr double toldM = 1e-3;
+    QStringList parts;
+    if (planeErrorM > toldM)
+        parts << QObject::tr("плоскость отличается на %1 м").arg(QString::number(planeErrorM, 'f', 3));
+    if (withoutAffineM > toldM)
+        parts << QObject::tr("программы на GDAL пропускают Affine без сообщения: ошибка до %1 м")
+                     .arg(withoutAffineM < 10.0 ? QString::number(withoutAffineM, 'f', 3)
+                                                : QString::number(std::round(withoutAffineM), 'f', 0));
+    return parts.join(QStringLiteral("; "));
+}
+
 PrjText prjTextOf(const CoordSystem &cs)
 {
     const AskedCatalogues asked(cs.m_catalogues);
@@ -133,6 +148,7 @@ PrjText prjTextOf(const CoordSystem &cs)
 
 PrjText prjTextWithDatum(const CoordSystem &cs, const QString &datum)
 {
+    const AskedCatalogues asked(cs.m_catalogues);
     const TABProjInfo_t record =
         MapHeaderCoordsysConverter().prjStrToTABProjInfo(QStringLiteral("Earth Projection 1, ") + datum);
     return PrjWriter(cs).withDatum(record);

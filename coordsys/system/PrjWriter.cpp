@@ -99,6 +99,17 @@ TABProjInfo_t driverDatum(void *srs)
     return MapHeaderCoordsysConverter().prjStrToTABProjInfo(prjFromSpatialReference(geographic.get()));
 }
 
+/// What the driver makes of a spatial reference; none where it may not be asked or loses something.
+std::optional<TABProjInfo_t> driverRecord(void *srs)
+{
+    try {
+        return recordFromSpatialReference(srs);
+    } catch (const ExportToPrjException &e) {
+        LOG_DEBUG(QString::fromUtf8(e.what()));
+        return std::nullopt;
+    }
+}
+
 } // namespace
 
 /// A record as it was read back.
@@ -283,9 +294,9 @@ QVector<TABProjInfo_t> PrjWriter::candidates(const TABProjInfo_t &datum) const
         std::copy_n(form.parameters.begin(), std::size(record.adProjParams), record.adProjParams);
         records << record;
     }
-    if (const auto driver = recordFromSpatialReference(m_plain->srs()))
-        if (driver->nProjId > LongitudeLatitude)
-            records << *driver;
+    const auto driver = driverRecord(m_plain->srs());
+    if (driver && driver->nProjId > LongitudeLatitude)
+        records << *driver;
     return records;
 }
 
@@ -341,7 +352,12 @@ PrjText PrjWriter::written() const
         if (!text.isRefused())
             return text;
     }
-    return withDatum(ownDatum());
+    try {
+        return withDatum(ownDatum());
+    } catch (const ExportToPrjException &e) { // the driver may not be asked about the datum
+        LOG_DEBUG(QString::fromUtf8(e.what()));
+        return refused(Lack::Projection);
+    }
 }
 
 } // namespace nivora::cs
