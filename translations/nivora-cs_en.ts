@@ -994,8 +994,6 @@
         <translation>The system is turned by %1°: no central meridian near by has such a convergence</translation>
     </message>
     <message>
-        <source>Точки лежат в одном месте</source>
-        <translation>The points lie at one place</translation>
         <source>у CoordSys нет такого эллипсоида, ближайший отличается на %1 м</source>
         <translation>CoordSys has no such ellipsoid, the nearest is %1 m off</translation>
     </message>
@@ -1010,6 +1008,18 @@
     <message>
         <source>ни одно место области применения не вычисляется</source>
         <translation>not one place of the area of use can be computed</translation>
+    </message>
+    <message>
+        <source>Точки лежат в одном месте</source>
+        <translation>The points lie at one place</translation>
+    </message>
+    <message>
+        <source>плоскость отличается на %1 м</source>
+        <translation>its plane is %1 m off</translation>
+    </message>
+    <message>
+        <source>программы на GDAL пропускают Affine без сообщения: ошибка до %1 м</source>
+        <translation>programs on GDAL pass over Affine without a word: up to %1 m off</translation>
     </message>
 </context>
 </TS>
