@@ -169,7 +169,6 @@ private Q_SLOTS:
         QTest::newRow("a rectified grid angle") << 3375;
         QTest::newRow("around the pole") << 3413;
         QTest::newRow("a cone with a scale above 1") << 7122;
-        QTest::newRow("no such projection") << 8857;
         QTest::newRow("an everyday zone") << 32637;
     }
     void oneTextByEveryDoor()
