@@ -303,12 +303,11 @@ private Q_SLOTS:
         for (const auto &[entry, category, index] : catalogue::items(catalogue::sampleStep())) {
             const CoordSystemPtr cs =
                 support::shippedFactory()->mapinfoCoordSystem()->getProj(category, index);
-            // Behind an affine clause the catalogue's rectangle is that of the plane before it.
-            const QRectF rect = cs->affineTransform() ? cs->rectInternal()
-                                                      : support::shippedFactory()->coordSysRect()->rect(cs);
+            const QRectF rect = support::shippedFactory()->coordSysRect()->rect(cs);
             if (!(rect.width() > 0.0 && rect.height() > 0.0))
                 faults << entry.name() + ": empty"_s;
-            if (entry.epsg() <= 0 || cs->isLatLong())
+            // Behind an affine clause the projection's rule counts, which is one-sided for cones.
+            if (entry.epsg() <= 0 || cs->isLatLong() || cs->affineTransform())
                 continue;
             const Definition definition(entry.epsg());
             const QPointF centre = definition.centre();
