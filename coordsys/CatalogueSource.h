@@ -7,11 +7,13 @@
 
 #include <memory>
 #include <new>
+#include <optional>
 
 namespace nivora::cs {
 
 class CatalogueToken;
 class ProjectionParamsManager;
+struct PrjText;
 struct TABProjInfo_t;
 
 /// What coordinate systems and the text functions ask of whoever owns the catalogues. CoordSysFactory is the
@@ -43,6 +45,11 @@ public:
     /// The name that goes with an EPSG code: that of the first entry of the MapInfo catalogue with the code,
     /// else the database's. Throws ProjException for a code that neither knows.
     virtual QString nameOfCode(int epsg) const = 0;
+    /// The CoordSys string of the first entry of the MapInfo catalogue with an EPSG code; empty without one.
+    virtual QString prjOfCode(int epsg) const;
+    /// The text of an EPSG system that the catalogue lacks, proved when the table of them was made; none when
+    /// the table lacks it too.
+    virtual std::optional<PrjText> writtenText(int epsg) const;
     /// Of some codes the one whose entry in the MapInfo catalogue has this record (clauses left aside), the
     /// first in the catalogue when several have; else EPSG_UNDEFINDED.
     virtual int codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const = 0;

@@ -18,6 +18,7 @@ class CoordSystemCache;
 class MapinfoCoordSystem;
 class CrsDefinition;
 class UserCoordSystem;
+class WrittenTable;
 struct MIUnitConvParam;
 
 /// Owns the catalogues and the standard coordinate systems, and makes systems from text and codes.
@@ -149,6 +150,8 @@ public:
     QVector<CoordSystemPtr> systemsToCrop() const override;
     std::shared_ptr<const CatalogueToken> token() const override;
     QString nameOfCode(int epsg) const override;
+    QString prjOfCode(int epsg) const override;
+    std::optional<PrjText> writtenText(int epsg) const override;
     int codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const override;
     QString userDescription(const CoordSystem &cs) const override;
 
@@ -188,6 +191,7 @@ private:
     mutable QReadWriteLock m_lock;                    ///< one writer of m_current at a time
     bool m_wasStarted = false;
     std::unique_ptr<CoordSystemCache> m_made;
+    std::unique_ptr<WrittenTable> m_written;
     std::shared_ptr<FactoryGuard>
         m_lifeline; ///< what the MapInfo catalogue's creator holds instead of `this`
 };

@@ -26,6 +26,7 @@ class CatalogueToken;
 class CrsDefinition;
 struct ProjOperation;
 struct MIUnitConvParam;
+struct PrjText;
 struct TABProjInfo_t;
 
 /// A coordinate system: a GDAL spatial reference, a PROJ object, the text it was made from, and what is known
@@ -160,7 +161,9 @@ public:
     QString projStr() const;
     /// CoordSys string with the affine clause and the explicit bounds that the object holds now, in this
     /// order; clauses of the source text that say something else are replaced. A singular transformation is
-    /// written too, though no creator takes it. Throws ExportToPrjException.
+    /// written too, though no creator takes it. A system of another notation is written as prjTextOf() tells:
+    /// by the catalogue's record of its code, else from its definition, and what the text makes is compared
+    /// with the system. Throws ExportToPrjException when the notation has no form for it.
     QString prjStr() const;
     /// "prj:", "proj4:", "EPSG:" or "WKT:" and the text; CoordSysFactory::createFromTaggedString reads it. A
     /// system with an affine transformation is tagged "prj:"; when it has no CoordSys string that is logged
@@ -235,6 +238,9 @@ private:
     friend class SystemFacts;
     friend class CoordSystemCache;
     friend class MapinfoCoordSystem;
+    friend class PrjWriter;
+    friend NIVORA_CS_EXPORT PrjText prjTextOf(const CoordSystem &cs);
+    friend NIVORA_CS_EXPORT PrjText prjTextWithDatum(const CoordSystem &cs, const QString &datum);
     using IdentityPtr = std::shared_ptr<const CrsDefinition>;
 
     using LazyRect = nivora::utils::CachedValue<QRectF, std::function<QRectF()>>;
@@ -287,7 +293,11 @@ private:
     QString taggedWithClauses() const;
     QString barePrj() const;
     std::shared_ptr<const TABProjInfo_t> record() const;
-    QString withClauses(const QString &prj) const;
+    QString sourcePrj() const;
+    PrjText writtenText() const;
+    void nameAffineUnit() const;
+    QString withClauses(const QString &prj, const QTransform *affine) const;
+    QString withOwnClauses(const QString &written) const;
     QString affineUnitName() const;
     int searchedEpsg(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress) const;
     bool samePj(const CoordSystem &other) const;

@@ -53,12 +53,13 @@ public:
     QString makeString(const QString &message) const;
 };
 
-/// GDAL could not write a spatial reference as a MapInfo CoordSys string; the text ends in GDAL's last
-/// message.
+/// A system cannot be written as a MapInfo CoordSys string; the text ends in the reason, by default GDAL's
+/// last message.
 class NIVORA_CS_EXPORT ExportToPrjException : public std::logic_error
 {
 public:
     ExportToPrjException();
+    explicit ExportToPrjException(const QString &reason);
 };
 
 /// PROJ text as this library hands it to PROJ. Geographic text with "+ellps=WGS84" and a zero shift gets

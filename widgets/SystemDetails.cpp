@@ -6,6 +6,7 @@
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
 #include <coordsys/LinearUnit.h>
+#include <coordsys/PrjText.h>
 #include <coordsys/SystemInfo.h>
 
 #include <QFontDatabase>
@@ -111,6 +112,16 @@ QString areaOf(const ShownFacts &facts)
 
 QString orDash(const QString &text) { return text.isEmpty() ? QStringLiteral("—") : text; }
 
+/// The text, and on a line of its own what a reader should know.
+QString prjOf(const CoordSystem &cs)
+{
+    const PrjText text = prjTextOf(cs);
+    if (text.isRefused())
+        return QObject::tr("нет (%1)").arg(text.reason());
+    const QString remark = text.remark();
+    return remark.isEmpty() ? text.text : QStringLiteral("%1\n(%2)").arg(text.text, remark);
+}
+
 } // namespace
 
 void addFacts(const CoordSystemPtr &cs, ShownFacts &facts)
@@ -123,7 +134,7 @@ void addFacts(const CoordSystemPtr &cs, ShownFacts &facts)
     facts.areaName = info.areaName;
     if (facts.area.isNull())
         facts.area = info.area;
-    facts.prj = textOr([&] { return cs->prjStr(); });
+    facts.prj = textOr([&] { return prjOf(*cs); });
     facts.accuracy = textOr([&] { return accuracyOf(cs); });
 }
 

@@ -3,12 +3,14 @@
 #include "CatalogueRevision_p.h"
 #include "InputFile_p.h"
 #include "ProjectionTable_p.h"
+#include "SpatialReferenceText_p.h"
 #include "SystemFacts_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/ProjectionParamsManager.h>
+#include <coordsys/SpatialReferenceText.h>
 #include <platform/Logger.h>
 
 #include <QFile>
@@ -201,6 +203,15 @@ bool readEntries(QXmlStreamReader &xml, std::vector<TABProjInfo_t> &entries)
     while (!xml.atEnd())
         xml.readNext(); // what stands behind the root must be well-formed too
     return !xml.hasError();
+}
+
+/// Fast and unproved: a text with a record of the tables' has their bounds.
+QString plainText(const CoordSystem &cs)
+{
+    if (cs.sourceType() == CoordSystem::Prj)
+        return cs.prjStr();
+    const QuietExportScope quiet;
+    return prjFromSpatialReference(cs.OGRSpatialReference());
 }
 
 /// Bounds by projection number: in degrees, to be projected, or in the plane already.
@@ -462,7 +473,7 @@ QRectF CoordSysRect::rectBy(CoordSystem *cs, const AreaOfUse &areaOfUse) const
     if (!cs)
         return {};
     try {
-        const QString prj = cs->prjStr();
+        const QString prj = plainText(*cs);
         const TABProjInfo_t info = MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj);
         QRectF result;
         if (catalogued(info, result))

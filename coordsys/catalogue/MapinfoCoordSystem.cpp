@@ -57,7 +57,7 @@ bool isSameSystem(TABProjInfo_t entry, TABProjInfo_t record)
     sortParallels(record);
     if (isUserDatum(record.nDatumId))
         entry.nDatumId = record.nDatumId;
-    return MapHeaderCoordsysConverter::compareTabProjInfo(entry, record, false, false);
+    return MapHeaderCoordsysConverter::compareTabProjInfo(entry, record, true, false);
 }
 
 /// Appends the categories of a catalogue to \p categories, those without entries left out. Returns the number

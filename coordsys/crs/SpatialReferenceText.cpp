@@ -27,6 +27,8 @@ thread_local int QuietExportScope::depth = 0;
 namespace {
 
 constexpr double axisToleranceM = 1e-3;
+constexpr double roundedAxisM =
+    0.05; // two figures of one ellipsoid: Xian 1980 has 1/298.257 and 1/298.257222
 constexpr double meridianToleranceDeg = 1e-8; // the driver keeps Paris 3e-9 degree off the EPSG figure
 constexpr double shiftTolerance = 1e-6;       // metres, arc-seconds (0.03 mm on the ground) and ppm alike
 constexpr double factorTolerance = 1e-9;      // relative
@@ -208,16 +210,16 @@ double axisDifferenceM(const MIEllipsoidParam &ellipsoid, const Exported &export
                     std::fabs(semiMinorM(ellipsoid) - exported.semiMinorM));
 }
 
-/// The catalogue's ellipsoid within the tolerance: the one of that name (two with the figures of WGS 84 plus
-/// a centimetre mark special datums), else the nearest.
+/// The catalogue's ellipsoid within a few centimetres: the one of that name (two with the figures of WGS 84
+/// plus a centimetre mark special datums), else the nearest.
 const MIEllipsoidParam *findEllipsoid(const Exported &exported, const ProjectionParamsManager &manager)
 {
     const MIEllipsoidParam *nearest = nullptr;
     for (const auto &ellipsoid : manager.ellipsoids()) {
         const double difference = axisDifferenceM(*ellipsoid, exported);
-        if (!(difference <= axisToleranceM))
+        if (!(difference <= roundedAxisM))
             continue;
-        if (ellipsoid->name_mitab == exported.ellipsoid)
+        if (difference <= axisToleranceM && ellipsoid->name_mitab == exported.ellipsoid)
             return ellipsoid.get();
         if (!nearest || difference < axisDifferenceM(*nearest, exported))
             nearest = ellipsoid.get();

@@ -191,9 +191,11 @@ QString ProjException::makeString(const QString &message) const
 }
 
 ExportToPrjException::ExportToPrjException()
-    : std::logic_error(QObject::tr("Ошибка экспорта КС в формат MI Prj: %1")
-                           .arg(QString::fromUtf8(CPLGetLastErrorMsg()))
-                           .toStdString())
+    : ExportToPrjException(QString::fromUtf8(CPLGetLastErrorMsg()))
+{}
+
+ExportToPrjException::ExportToPrjException(const QString &reason)
+    : std::logic_error(QObject::tr("Ошибка экспорта КС в формат MI Prj: %1").arg(reason).toStdString())
 {}
 
 QString fixedProjString(const QString &proj, bool onlyGeographicDatumFix)

@@ -3,6 +3,7 @@
 #include "CatalogueRevision_p.h"
 #include "CoordSysFactory_p.h"
 #include "CoordSystemCache_p.h"
+#include "WrittenTable_p.h"
 #include <coordsys/CoordSysEnvironment.h>
 #include <coordsys/CoordSysRect.h>
 #include <coordsys/CoordSystem.h>
@@ -76,6 +77,7 @@ CoordSysFactory::CoordSysFactory(const QDir &systemDir, const QDir &userDir, con
     : m_resourceDir(systemDir)
     , m_language(language)
     , m_made(std::make_unique<CoordSystemCache>())
+    , m_written(std::make_unique<WrittenTable>(systemDir))
     , m_lifeline(std::make_shared<FactoryGuard>(this))
 {
     setDefaultCatalogues(installedDefault);
@@ -264,6 +266,13 @@ QString CoordSysFactory::nameOfCode(int epsg) const
     const CatalogueScope scope(*this);
     const CoordSystemPtr entry = epsg > 0 ? m_mapinfo->systemOfCode(epsg) : nullptr;
     return entry ? entry->description() : ProjLibMetadata().nameCrs(epsg, ProjLibMetadata::EPSG);
+}
+
+QString CoordSysFactory::prjOfCode(int epsg) const { return m_mapinfo->seekByEPSG(epsg); }
+
+std::optional<PrjText> CoordSysFactory::writtenText(int epsg) const
+{
+    return m_mapinfo->seekByEPSG(epsg).isEmpty() ? m_written->text(epsg) : std::nullopt;
 }
 
 int CoordSysFactory::codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const

@@ -32,13 +32,18 @@ CoordSystemPtr systemOf(const QString &definition)
                   : catalogues->createFromWkt(definition);
 }
 
-/// What the system is when its CoordSys string is all there is, clauses left aside; null for a string that
-/// says nothing of the earth.
-CoordSystemPtr systemOfText(const CoordSystem &cs)
+/// What the system is when its CoordSys string is all there is; null for a string that says nothing of the
+/// earth. Of its clauses that affine one stays which the string of the definition has, too.
+CoordSystemPtr systemOfText(const CoordSystem &cs, const CoordSystem &defined)
 {
     const auto catalogues = activeCatalogues();
-    const CoordSystemPtr text = catalogues->createWithoutDescription(cs.prjStr());
-    return text->isNonEarth() ? nullptr : catalogues->createFromProj(text->projStr());
+    const bool isGiven = cs.sourceType() == CoordSystem::Prj;
+    const CoordSystemPtr text = catalogues->createWithoutDescription((isGiven ? cs : defined).prjStr());
+    const CoordSystemPtr plain = text->isNonEarth() ? nullptr : catalogues->createFromProj(text->projStr());
+    const bool isPart = !isGiven || catalogues->createWithoutDescription(defined.prjStr())->affineTransform();
+    if (plain && isPart && text->affineTransform())
+        plain->setAffineTransform(std::make_unique<QTransform>(*text->affineTransform()), text->affineUnit());
+    return plain;
 }
 
 /// The coordinates that the definition has for a place, read by the text: how far off they lie.
@@ -46,10 +51,11 @@ std::optional<double> textDistanceM(const CoordSystem &cs, const QString &defini
 {
     try {
         const CoordSystemPtr wgs84 = activeCatalogues()->createFromEpsg(4326);
-        const CoordSystemPtr text = systemOfText(cs);
+        const CoordSystemPtr defined = systemOf(definition);
+        const CoordSystemPtr text = systemOfText(cs, *defined);
         QPointF numbers;
         QPointF moved;
-        if (!text || !CoordTransform(systemOf(definition), wgs84).inverse(place, numbers) ||
+        if (!text || !CoordTransform(defined, wgs84).inverse(place, numbers) ||
             !CoordTransform(text, wgs84).forward(numbers, moved))
             return std::nullopt;
         bool ok = false;

@@ -6,6 +6,7 @@
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/PrjText.h>
 #include <coordsys/SpatialReferenceText.h>
 #include <platform/Logger.h>
 
@@ -247,17 +248,28 @@ QString CoordSystem::barePrj() const
     return m_source.type == Prj ? m_source.string : prjFromSpatialReference(srs());
 }
 
+/// The affine clause names its unit.
+void CoordSystem::nameAffineUnit() const
+{
+    if (!m_affine || !affineUnitName().isEmpty())
+        return;
+    try {
+        unit();
+    } catch (const std::exception &e) {
+        LOG_DEBUG(QString::fromUtf8(e.what()));
+    }
+}
+
+/// By the source or, unproved, by GDAL: for plans, and to name a system.
+QString CoordSystem::sourcePrj() const { return withClauses(barePrj(), m_affine.get()); }
+
 QString CoordSystem::prjStr() const
 {
-    const AskedCatalogues asked(m_catalogues);
-    if (m_affine && affineUnitName().isEmpty()) {
-        try {
-            unit(); // names the affine clause's unit
-        } catch (const std::exception &e) {
-            LOG_DEBUG(QString::fromUtf8(e.what()));
-        }
-    }
-    return withClauses(barePrj());
+    nameAffineUnit();
+    const PrjText text = prjTextOf(*this);
+    if (text.isRefused())
+        throw ExportToPrjException(text.reason());
+    return text.text;
 }
 
 QString CoordSystem::affineUnitName() const
@@ -268,19 +280,19 @@ QString CoordSystem::affineUnitName() const
     return m_detectedUnit.name();
 }
 
-QString CoordSystem::withClauses(const QString &prj) const
+QString CoordSystem::withClauses(const QString &prj, const QTransform *affine) const
 {
     // Clauses of the text stay as they are written only when they are the object's, all of them.
     const PrjClauses written =
         m_record ? PrjClauses{m_record->nAffineFlag, m_record->nBoundsFlag} : hasAffineOrBoundsInString(prj);
     const auto record = written.affine || written.bounds ? this->record() : nullptr;
-    const bool beforeBounds = written.bounds && !written.affine && m_affine;
+    const bool beforeBounds = written.bounds && !written.affine && affine;
     const bool kept = !record || (!beforeBounds &&
-                                  (!written.affine || holdsAffine(*record, m_affine.get(), m_affineUnit)) &&
+                                  (!written.affine || holdsAffine(*record, affine, m_affineUnit)) &&
                                   (!written.bounds || holdsBounds(*record, m_rect)));
     QString text = kept ? prj : withoutClauses(*record);
-    if (m_affine && !(kept && written.affine))
-        text += affineClause(*m_affine, affineUnitName());
+    if (affine && !(kept && written.affine))
+        text += affineClause(*affine, affineUnitName());
     if (isRectSet() && !(kept && written.bounds))
         text += boundConditionAsString(m_rect);
     return text;

@@ -152,7 +152,7 @@ LinearUnit CoordSystem::unit(const ProjectionParamsManager &manager) const
     QString text = m_source.string;
     const QuietExportScope quiet; // an exception is no reason to log as well
     try {
-        text = withClauses(barePrj());
+        text = sourcePrj();
     } catch (const std::exception &) {
         // a system that cannot be written as a CoordSys string is named by its source
     }

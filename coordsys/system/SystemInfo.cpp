@@ -6,6 +6,7 @@
 #include "DerivedPlane_p.h"
 #include "ProjText_p.h"
 #include <coordsys/CoordSystem.h>
+#include <coordsys/PrjText.h>
 
 #include <proj.h>
 #include <proj_experimental.h>
@@ -253,13 +254,12 @@ QString writtenByEngine(const CoordSystem &cs, SystemFormat format, QString &rea
     return text;
 }
 
-/// A projection without a number becomes a plan there, which is another system.
 QString coordSysText(const CoordSystem &cs)
 {
-    const QString text = cs.prjStr();
-    if (!cs.isNonEarth() && text.contains(QLatin1String("NonEarth"), Qt::CaseInsensitive))
-        throwUnwritable(cs, QObject::tr("у CoordSys нет такой проекции"));
-    return text;
+    const PrjText text = prjTextOf(cs);
+    if (text.isRefused())
+        throwUnwritable(cs, text.reason());
+    return text.text;
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <coordsys/CatalogueSource.h>
 
 #include "CatalogueToken_p.h"
+#include <coordsys/PrjText.h>
 
 #include <QObject>
 
@@ -18,6 +19,10 @@ std::atomic<DefaultCatalogues> lookUpDefault{nullptr};
 CatalogueSource::~CatalogueSource() = default;
 
 std::shared_ptr<const CatalogueToken> CatalogueSource::token() const { return nullptr; }
+
+QString CatalogueSource::prjOfCode(int) const { return {}; }
+
+std::optional<PrjText> CatalogueSource::writtenText(int) const { return std::nullopt; }
 
 CatalogueScope::CatalogueScope(const CatalogueSource &source)
     : m_outer(innermost)

@@ -39,6 +39,7 @@ public:
     {
         return runShell(QStringLiteral("nivora-cs convert ") + arguments, m_dir.path());
     }
+    QString path() const { return m_dir.path(); }
     QStringList files() const
     {
         return QDir(m_dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
@@ -265,6 +266,34 @@ private Q_SLOTS:
             QVERIFY2(out.contains(part), out.left(2000));
         if (parts.isEmpty())
             QVERIFY(place.read("b.rejected.csv").contains("torn at the edge"));
+    }
+
+    // The European equal-area grid has its false origin in an affine clause, polar maps in their parameters.
+    void thereAndBack_data()
+    {
+        QTest::addColumn<QString>("code");
+        QTest::addColumn<bool>("hasClause");
+        QTest::newRow("a false origin in the clause") << "EPSG:3035" << true;
+        QTest::newRow("around the pole") << "EPSG:3413" << false;
+    }
+    void thereAndBack()
+    {
+        QFETCH(QString, code);
+        QFETCH(bool, hasClause);
+        const Place place;
+        place.write("a.csv", "id,WKT\n1,\"POINT (4321000.25 3210000.5)\"\n");
+        CliRun done = place.convert("a.csv a.gpkg --lossy --from "_s + code);
+        QVERIFY2(done.status == 0, done.describe());
+        const CliRun refused = place.convert("a.gpkg b.mif"_s);
+        QCOMPARE(refused.err.contains("--allow affine") || refused.err.contains("affine"), hasClause);
+        for (const QString &line : {"a.gpkg b.mif --overwrite --allow affine,names,types,texts"_s,
+                                    "b.mif c.gpkg --lossy"_s, "c.gpkg d.csv --lossy"_s}) {
+            done = place.convert(line);
+            QVERIFY2(done.status == 0, done.describe());
+        }
+        QVERIFY2(place.read("d.csv").contains("4321000.25 3210000.5"), place.read("d.csv"));
+        const CliRun info = runShell("nivora-cs info --format mapinfo @b.mif"_s, place.path());
+        QCOMPARE(info.out.contains("Affine"), hasClause);
     }
 
     // Formats whose drivers say nothing of heights, or lose them in a layer of any type.

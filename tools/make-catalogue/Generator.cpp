@@ -111,8 +111,6 @@ void Generator::addSystem(const EpsgSystem &system, const Extra *extra)
 
     std::vector<Form> forms{Form{1, 0, {}}};
     if (system.projected) {
-        if (unitCode(system.unit) < 0)
-            return refuse(system, QStringLiteral("unit"), m_epsg.unit(system.unit).name);
         forms =
             formsOf(system, m_epsg.conversion(system.conversion), datum->ellipsoid, definition->toCoordSys());
     } else if (system.unitFactor > 0.0 &&
@@ -125,26 +123,52 @@ void Generator::addSystem(const EpsgSystem &system, const Extra *extra)
     const PlaneCheck check(system, *datum, *definition);
     QString fault = QStringLiteral("no projection of MapInfo's");
     const auto found = search(choice, forms, check, fault);
-    if (!found)
-        return refuse(system, QStringLiteral("method or plane"), fault);
-
     Entry entry = extra ? extra->entry : Entry();
-    if (!extra)
+    if (!found) {
+        DatumText::Source source = DatumText::Source::User;
+        const QString written = searchWritten(system, choice, source);
+        if (written.isEmpty())
+            return refuse(system, QStringLiteral("method or plane"), fault);
+        ++m_writtenEntries;
+        return add(system, entry, written, source);
+    }
+    add(system, entry, found->form.withDatum(found->datum.text), found->datum.source);
+    const Entry added = m_catalogue.entries.back();
+    if (extra && extra->wholeWorld)
+        m_bounds.addWorld(added);
+    else
+        m_bounds.addArea(added, system);
+    addTwin(system, added, *found, choice, check);
+}
+
+/// The library's own text with the first datum that it can be proved with; empty without.
+QString Generator::searchWritten(const EpsgSystem &system, const DatumChoice &choice,
+                                 DatumText::Source &source) const
+{
+    for (const DatumText &datum : choice.candidates) {
+        const QString written = system.projected ? m_library.written(system.code, datum.text) : QString();
+        source = datum.source;
+        if (!written.isEmpty())
+            return written;
+    }
+    return {};
+}
+
+/// \p entry holds what a table says of the system, or nothing.
+void Generator::add(const EpsgSystem &system, Entry entry, const QString &params, DatumText::Source source)
+{
+    const bool isExtra = m_extraByCode.count(system.code) > 0;
+    if (!isExtra)
         entry.category = m_categories.of(system.name, system.area.name, system.projected);
     entry.epsg = system.code;
-    entry.rank = extra ? 0 : m_precedence.of(system.name);
-    entry.params = found->form.withDatum(found->datum.text);
+    entry.rank = isExtra ? 0 : m_precedence.of(system.name);
+    entry.params = params;
     if (entry.nameEn.isEmpty())
         entry.nameEn = m_names.english(system);
     if (entry.nameRu.isEmpty())
         entry.nameRu = m_names.russian(system);
     m_catalogue.entries.push_back(entry);
-    ++m_sources[found->datum.source];
-    if (extra && extra->wholeWorld)
-        m_bounds.addWorld(entry);
-    else
-        m_bounds.addArea(entry, system);
-    addTwin(system, entry, *found, choice, check);
+    ++m_sources[source];
 }
 
 std::optional<Generator::Found> Generator::search(const DatumChoice &choice, const std::vector<Form> &forms,

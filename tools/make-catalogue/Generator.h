@@ -39,6 +39,8 @@ public:
     /// How many systems took each kind of datum text.
     const std::map<DatumText::Source, int> &sources() const { return m_sources; }
     int accurateTwins() const { return m_accurateTwins; }
+    /// How many entries the library wrote, most of them with an affine clause.
+    int writtenEntries() const { return m_writtenEntries; }
     const std::set<QString> &unknownAreas() const { return m_categories.unknownAreas(); }
 
 private:
@@ -60,6 +62,9 @@ private:
     void addSystem(const EpsgSystem &system, const Extra *extra);
     std::optional<Found> search(const DatumChoice &choice, const std::vector<Form> &forms,
                                 const PlaneCheck &check, QString &fault) const;
+    QString searchWritten(const EpsgSystem &system, const DatumChoice &choice,
+                          DatumText::Source &source) const;
+    void add(const EpsgSystem &system, Entry entry, const QString &params, DatumText::Source source);
     void addTwin(const EpsgSystem &system, const Entry &entry, const Found &found, const DatumChoice &choice,
                  const PlaneCheck &check);
     void refuse(const EpsgSystem &system, const QString &reason, const QString &detail);
@@ -81,6 +86,7 @@ private:
     std::vector<Refusal> m_refusals;
     std::map<DatumText::Source, int> m_sources;
     int m_accurateTwins = 0;
+    int m_writtenEntries = 0;
 };
 
 } // namespace catalogue

@@ -61,6 +61,7 @@ void summarise(const Generator &generator)
     std::printf("refused: %zu\n", generator.refusals().size());
     for (const auto &[reason, count] : reasons)
         std::printf("  %s: %d\n", qPrintable(reason), count);
+    std::printf("written by the library, most with an affine clause: %d\n", generator.writtenEntries());
     std::printf("entries: %zu, of them second entries with an accurate shift: %d\n",
                 generator.catalogue().entries.size(), generator.accurateTwins());
     for (const QString &area : generator.unknownAreas())
@@ -94,6 +95,9 @@ int generate(const Options &options)
     output.put(QStringLiteral("projection_en.xml"), projectionXml(reference, Language::English, versions));
     output.put(QStringLiteral("projections_ru.prj"), projectionsPrj(catalogue, Language::Russian));
     output.put(QStringLiteral("projections_en.prj"), projectionsPrj(catalogue, Language::English));
+    const Library whole(projectionXml(reference, Language::English, versions),
+                        projectionsPrj(catalogue, Language::English));
+    output.put(QStringLiteral("coordsys-texts.tsv"), whole.texts());
     output.put(QStringLiteral("cs_mbr.xml"), boundsXml(generator.bounds(), versions));
     output.put(QStringLiteral("OracleSRID.xml"), oracleXml(legacy, catalogue, versions));
     output.put(QStringLiteral("places.tsv"),

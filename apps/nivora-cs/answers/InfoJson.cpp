@@ -4,6 +4,7 @@
 
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/PrjText.h>
 #include <coordsys/SourceTags.h>
 
 #include <QJsonArray>
@@ -118,6 +119,13 @@ QString kindWord(SystemInfo::Kind kind)
     return {};
 }
 
+/// Why there is no CoordSys text, or what a reader of it should know.
+QString prjRemark(const CoordSystem &cs)
+{
+    const nivora::cs::PrjText text = nivora::cs::prjTextOf(cs);
+    return text.isRefused() ? text.reason() : text.remark();
+}
+
 const std::vector<Fact> &facts()
 {
     using Cs = const CoordSystem &;
@@ -145,6 +153,7 @@ const std::vector<Fact> &facts()
         {"affine", affineOf},
         {"assumptions", [](Cs, Info info) { return QJsonArray::fromStringList(info.assumptions); }},
         written("prj", SystemFormat::Mapinfo),
+        {"prjRemark", [](Cs cs, Info) { return textOrNull(prjRemark(cs)); }},
         {"proj", [](Cs cs, Info) { return cs.projStr(); }},
         written("wkt", SystemFormat::Wkt1),
         written("wkt2", SystemFormat::Wkt2),

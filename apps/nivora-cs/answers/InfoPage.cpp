@@ -6,6 +6,7 @@
 #include <coordsys/CoordSysFactory.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/DefaultRects.h>
+#include <coordsys/PrjText.h>
 
 #include <QObject>
 
@@ -128,21 +129,14 @@ QString affineLine(const CoordSystem &cs, const SystemInfo &)
     return figures.join(QLatin1Char(' '));
 }
 
-/// The notation has a list of ellipsoids; what is not in it is written with the common one.
-bool hasOtherEllipsoid(const CoordSystem &cs, const QString &coordSys)
-{
-    constexpr double tellsApartM = 1.0;
-    const auto text = CoordSysFactory::defaultCoordSysFactory()->createWithoutDescription(coordSys);
-    return !cs.isNonEarth() && (std::fabs(text->getSemiMajor() - cs.getSemiMajor()) > tellsApartM ||
-                                std::fabs(text->getSemiMinor() - cs.getSemiMinor()) > tellsApartM);
-}
-
+/// "none, …" or the text, and behind it what a reader should know.
 QString coordSysLine(const CoordSystem &cs, const SystemInfo &)
 {
-    if (!cs.isNonEarth() && cs.prjStr().contains(QLatin1String("NonEarth"), Qt::CaseInsensitive))
-        return QObject::tr("none, the notation lacks this projection");
-    const QString text = exportSystem(cs, SystemFormat::Mapinfo);
-    return hasOtherEllipsoid(cs, text) ? QObject::tr("%1, with another ellipsoid").arg(text) : text;
+    const PrjText text = prjTextOf(cs);
+    if (text.isRefused())
+        return QObject::tr("none: %1").arg(text.reason());
+    const QString remark = text.remark();
+    return remark.isEmpty() ? text.text : QStringLiteral("%1 (%2)").arg(text.text, remark);
 }
 
 struct Line

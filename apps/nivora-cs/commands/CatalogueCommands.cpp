@@ -8,8 +8,10 @@
 #include "Session.h"
 
 #include <coordsys/CoordSystem.h>
+#include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/MapinfoSearch.h>
+#include <coordsys/PrjText.h>
 
 #include <QDir>
 #include <QFileInfo>
@@ -145,23 +147,41 @@ void addWhatUsersType(MapinfoSearch &search, const CoordSysFactory &factory)
     search.loadTables(factory.resourceDir());
 }
 
-/// The entry's CoordSys string, or that of the database's system; empty when it has none.
-QString prjOf(const CoordSysFactory &factory, const MapinfoSearch::Hit &hit)
+struct ShownText
 {
-    if (hit.isInCatalogue())
-        return factory.mapinfoCoordSystem()->getStrMB(hit.position.first, hit.position.second);
+    QString prj;    ///< empty when there is none
+    QString remark; ///< why there is none, or what a reader of it should know
+    QString line() const
+    {
+        const QString text = prj.isEmpty() ? QObject::tr("none") : prj;
+        return remark.isEmpty() ? text : QStringLiteral("%1 (%2)").arg(text, remark);
+    }
+};
+
+/// The entry's CoordSys string, or that of the database's system.
+ShownText shownText(const CoordSysFactory &factory, const MapinfoSearch::Hit &hit)
+{
+    if (hit.isInCatalogue()) {
+        const QString prj = factory.mapinfoCoordSystem()->getStrMB(hit.position.first, hit.position.second);
+        if (hit.epsg <= 0 || !nivora::cs::hasAffineOrBoundsInString(prj).affine)
+            return {prj, {}};
+    }
     try {
-        return factory.createFromUserInput(hit.code)->prjStr();
-    } catch (const std::exception &) {
-        return {};
+        const nivora::cs::PrjText text = nivora::cs::prjTextOf(
+            hit.isInCatalogue() ? *factory.createFromEpsg(hit.epsg) : *factory.createFromUserInput(hit.code));
+        return {text.text, text.isRefused() ? text.reason() : text.remark()};
+    } catch (const std::exception &e) {
+        return {{}, oneLine(QString::fromUtf8(e.what()))};
     }
 }
 
-QJsonObject hitJson(const MapinfoSearch::Hit &hit, const QString &prj)
+QJsonObject hitJson(const MapinfoSearch::Hit &hit, const ShownText &shown)
 {
     QJsonObject object{{QStringLiteral("name"), hit.name},
                        {QStringLiteral("category"), hit.category},
-                       {QStringLiteral("coordsys"), prj}};
+                       {QStringLiteral("coordsys"), shown.prj}};
+    if (!shown.remark.isEmpty())
+        object.insert(QStringLiteral("remark"), shown.remark);
     if (hit.epsg != CoordSystem::EPSG_UNDEFINDED)
         object.insert(QStringLiteral("epsg"), hit.epsg);
     if (!hit.code.isEmpty())
@@ -184,9 +204,9 @@ int runFind(const CommandLine &line)
     QJsonArray list;
     const QVector<MapinfoSearch::Hit> hits = hitsOf(line, search, limit);
     for (const MapinfoSearch::Hit &hit : hits) {
-        const QString prj = prjOf(session.factory(), hit);
-        text += entryLine(codeText(hit), hit.name, prj);
-        list.append(hitJson(hit, prj));
+        const ShownText shown = shownText(session.factory(), hit);
+        text += entryLine(codeText(hit), hit.name, shown.line());
+        list.append(hitJson(hit, shown));
     }
     print(line.isSet("json") ? QString::fromUtf8(QJsonDocument(list).toJson()) : text);
     const QString remark = search.remark(words, session.factory().language());

@@ -140,7 +140,9 @@ CoordSystemPtr Conversion::sourceSystem(OGRLayerH layer) const
     }
     if (!source && m_to)
         throw Failure(QObject::tr("%1 does not say its coordinate system; give --from").arg(m_in));
-    return source;
+    // The catalogue has a code for this very clause: the code's plane needs no affine transformation.
+    const bool isOfCode = source && hasAffine(source) && source->epsg() > 0;
+    return isOfCode ? m_session.factory().createFromEpsg(source->epsg()) : source;
 }
 
 CoordSystemPtr Conversion::withoutAffine(const CoordSystemPtr &system) const
@@ -222,6 +224,12 @@ void Conversion::settle(OGRLayerH source, OutputLayer &layer, GeometryChange &ch
     if (!layer.system)
         layer.system = plan();
     layer.mapInfo = mapInfoTarget(*layer.system);
+    if (layer.mapInfo->withoutAffineM > 0.0)
+        m_losses.add(
+            Loss::Affine,
+            QObject::tr("only an affine clause says where the system lies: programs on GDAL pass over it "
+                        "without a word and are up to %1 m off (%2)")
+                .arg(QString::number(layer.mapInfo->withoutAffineM, 'f', 0), layer.mapInfo->clause));
     if (m_format.isTable())
         layer.bounds = change.limits = tableBounds(source, change, layer);
     m_mapInfo = layer.mapInfo;

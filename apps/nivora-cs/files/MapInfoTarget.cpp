@@ -5,6 +5,7 @@
 
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapHeaderRecord.h>
+#include <coordsys/PrjText.h>
 
 #include <QFileInfo>
 #include <QObject>
@@ -48,7 +49,9 @@ MapInfoTarget mapInfoTarget(const CoordSystem &cs)
 {
     try {
         MapInfoTarget target;
-        target.clause = cs.prjStr();
+        const nivora::cs::PrjText text = nivora::cs::prjTextOf(cs);
+        target.clause = text.isRefused() ? cs.prjStr() : text.text; // throws the reason
+        target.withoutAffineM = text.withoutAffineM;
         target.bounds = cs.rectNumericCoordSys();
         const MapHeaderRecord record = recordOf(target.clause);
         target.needsLongHeader = record.projection.nAffineFlag || hasSeventhParameter(record);

@@ -1,0 +1,157 @@
+#include <coordsys/PrjText.h>
+
+#include "CatalogueRevision_p.h"
+#include "CatalogueToken_p.h"
+#include "PrjWriter_p.h"
+#include <coordsys/CatalogueSource.h>
+#include <coordsys/CoordSystemStrings.h>
+#include <coordsys/MapHeaderCoordsysConverter.h>
+
+#include <QCache>
+#include <QMutex>
+#include <QMutexLocker>
+#include <QObject>
+#include <QStringList>
+
+#include <algorithm>
+#include <cmath>
+
+namespace nivora::cs {
+namespace {
+
+/// The texts of the systems asked for last. Thread-safe.
+class WrittenTexts
+{
+public:
+    static WrittenTexts &instance()
+    {
+        static auto &texts =
+            *new WrittenTexts; // never destroyed: statics may still ask while the process ends
+        return texts;
+    }
+    template <typename Write> PrjText text(const QString &key, Write &&write)
+    {
+        const unsigned revision = catalogueRevision();
+        {
+            const QMutexLocker lock(&m_lock);
+            if (m_filledAt != revision)
+                m_texts.clear();
+            m_filledAt = revision;
+            if (const PrjText *known = m_texts.object(key))
+                return *known;
+        }
+        const PrjText made = write();
+        const QMutexLocker lock(&m_lock);
+        if (m_filledAt == revision && revision == catalogueRevision())
+            m_texts.insert(key, new PrjText(made));
+        return made;
+    }
+
+private:
+    QMutex m_lock; ///< guards the following
+    QCache<QString, PrjText> m_texts{1000};
+    unsigned m_filledAt = 0; ///< catalogueRevision()
+};
+
+/// The second affine transformation behind the first one; both as A to F.
+void multiplyIn(const QTransform &second, double *first)
+{
+    const double a = second.m11(), b = second.m21(), c = second.dx();
+    const double d = second.m12(), e = second.m22(), f = second.dy();
+    const double p[] = {first[0], first[1], first[2], first[3], first[4], first[5]};
+    const double product[] = {a * p[0] + b * p[3], a * p[1] + b * p[4], a * p[2] + b * p[5] + c,
+                              d * p[0] + e * p[3], d * p[1] + e * p[4], d * p[2] + e * p[5] + f};
+    std::copy(std::begin(product), std::end(product), first);
+}
+
+} // namespace
+
+/// An affine clause of the text's own comes before the object's transformation.
+QString CoordSystem::withOwnClauses(const QString &written) const
+{
+    if (!hasAffineOrBoundsInString(written).affine)
+        return withClauses(written, m_affine.get());
+    QString text = written;
+    if (m_affine) {
+        const MapHeaderCoordsysConverter converter;
+        TABProjInfo_t record = converter.prjStrToTABProjInfo(written);
+        multiplyIn(*m_affine, record.dAffineParams);
+        text = converter.tabProjInfoToString(record);
+    }
+    return isRectSet() ? text + boundConditionAsString(m_rect) : text;
+}
+
+/// Without affine transformation and bounds.
+PrjText CoordSystem::writtenText() const
+{
+    const auto catalogues = activeCatalogues();
+    if (m_source.type == Epsg)
+        if (const auto known = catalogues->writtenText(m_source.string.toInt()))
+            return *known;
+    const auto write = [this] { return PrjWriter(*this).written(); };
+    if (m_source.string.isEmpty() || m_given)
+        return write();
+    const QString key = QStringLiteral("%1 %2 %3 ")
+                            .arg(reinterpret_cast<quintptr>(catalogues.get()))
+                            .arg(m_source.type)
+                            .arg(m_epsg.load());
+    return WrittenTexts::instance().text(key + m_source.string, write);
+}
+
+QString PrjText::reason() const
+{
+    const QString metres = QString::number(lackM, 'g', 3);
+    switch (lack) {
+    case Lack::Projection:
+        return QObject::tr("у CoordSys нет такой проекции");
+    case Lack::Ellipsoid:
+        return QObject::tr("у CoordSys нет такого эллипсоида, ближайший отличается на %1 м").arg(metres);
+    case Lack::PrimeMeridian:
+        return QObject::tr("у датума в CoordSys другой начальный меридиан");
+    case Lack::Plane:
+        return QObject::tr("плоскость ближайшей строки CoordSys отличается на %1 м").arg(metres);
+    case Lack::Places:
+        return QObject::tr("ни одно место области применения не вычисляется");
+    case Lack::Nothing:
+        break;
+    }
+    return {};
+}
+
+QString PrjText::remark() const
+{
+    constexpr double toldM = 1e-3;
+    QStringList parts;
+    if (planeErrorM > toldM)
+        parts << QObject::tr("плоскость отличается на %1 м").arg(QString::number(planeErrorM, 'f', 3));
+    if (withoutAffineM > toldM)
+        parts << QObject::tr("программы на GDAL пропускают Affine без сообщения: ошибка до %1 м")
+                     .arg(withoutAffineM < 10.0 ? QString::number(withoutAffineM, 'f', 3)
+                                                : QString::number(std::round(withoutAffineM), 'f', 0));
+    return parts.join(QStringLiteral("; "));
+}
+
+PrjText prjTextOf(const CoordSystem &cs)
+{
+    const AskedCatalogues asked(cs.m_catalogues);
+    if (cs.m_source.type == CoordSystem::Prj || cs.isNonEarth() || !cs.m_srs) {
+        PrjText text;
+        text.text = cs.sourcePrj();
+        return text;
+    }
+    cs.nameAffineUnit();
+    PrjText text = cs.writtenText();
+    if (!text.isRefused())
+        text.text = cs.withOwnClauses(text.text);
+    return text;
+}
+
+PrjText prjTextWithDatum(const CoordSystem &cs, const QString &datum)
+{
+    const AskedCatalogues asked(cs.m_catalogues);
+    const TABProjInfo_t record =
+        MapHeaderCoordsysConverter().prjStrToTABProjInfo(QStringLiteral("Earth Projection 1, ") + datum);
+    return PrjWriter(cs).withDatum(record);
+}
+
+} // namespace nivora::cs
