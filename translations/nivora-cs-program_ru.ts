@@ -1100,14 +1100,6 @@ x всегда первый: долгота или восток, затем ши
         <translation>--json и --format исключают друг друга</translation>
     </message>
     <message>
-        <source>none, the notation lacks this projection</source>
-        <translation>нет, в этой записи такой проекции нет</translation>
-    </message>
-    <message>
-        <source>%1, with another ellipsoid</source>
-        <translation>%1, с другим эллипсоидом</translation>
-    </message>
-    <message>
         <source>%1, line %2: %3</source>
         <translation>%1, строка %2: %3</translation>
     </message>
@@ -2160,6 +2152,18 @@ transform (36°30&apos;E); перед -36°30&apos; ставится &quot;--&qu
     <message>
         <source>%1 (%2 m)</source>
         <translation>%1 (%2 м)</translation>
+    </message>
+    <message>
+        <source>none: %1</source>
+        <translation>нет: %1</translation>
+    </message>
+    <message>
+        <source>none</source>
+        <translation>нет</translation>
+    </message>
+    <message>
+        <source>only an affine clause says where the system lies: programs on GDAL pass over it without a word and are up to %1 m off (%2)</source>
+        <translation>где лежит система, говорит только предложение Affine: программы на GDAL пропускают его без сообщения и ошибаются на величину до %1 м (%2)</translation>
     </message>
 </context>
 </TS>

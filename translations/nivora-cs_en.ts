@@ -1017,5 +1017,29 @@
         <source>Высоты не пересчитываются: нет файла %1 (ошибка была бы порядка %2 м)</source>
         <translation>Heights are not converted: the file %1 is missing (the error would be some %2 m)</translation>
     </message>
+    <message>
+        <source>у CoordSys нет такого эллипсоида, ближайший отличается на %1 м</source>
+        <translation>CoordSys has no such ellipsoid, the nearest is %1 m off</translation>
+    </message>
+    <message>
+        <source>у датума в CoordSys другой начальный меридиан</source>
+        <translation>the datum in CoordSys has another prime meridian</translation>
+    </message>
+    <message>
+        <source>плоскость ближайшей строки CoordSys отличается на %1 м</source>
+        <translation>the plane of the nearest CoordSys text is %1 m off</translation>
+    </message>
+    <message>
+        <source>ни одно место области применения не вычисляется</source>
+        <translation>not one place of the area of use can be computed</translation>
+    </message>
+    <message>
+        <source>плоскость отличается на %1 м</source>
+        <translation>its plane is %1 m off</translation>
+    </message>
+    <message>
+        <source>программы на GDAL пропускают Affine без сообщения: ошибка до %1 м</source>
+        <translation>programs on GDAL pass over Affine without a word: up to %1 m off</translation>
+    </message>
 </context>
 </TS>
