@@ -277,8 +277,8 @@ private Q_SLOTS:
         row("a height left out", "", s("7405"), "\nAssumed: ", "\nAffine");
         row("figures that are missing", "", s("Earth Projection 8, 104, \"m\", 39"),
             "\nAssumed: ", "\nCode:");
-        row("no such projection in CoordSys text", "", s("29873"), "\nCoordSys: none, ", "NonEarth");
-        row("grads from Paris against degrees: 168, 60, 320 m", "", s("4807"), "as CoordSys text 349 m away",
+        row("no such projection in CoordSys text", "", s("8857"), "\nCoordSys: none: ", "NonEarth");
+        row("grads from Paris have the text of their code", "", s("4807"), "as CoordSys text 0 m away",
             "Bounds");
         row("no datum", "", s("+proj=longlat +ellps=krass"), "\nAssumed: No datum", "\nDatum:");
         row("Esri's names", "--format esri", s("28407"), "PROJCS[\"Pulkovo_1942_GK_Zone_7\"", "\n ");
