@@ -28,7 +28,8 @@ struct MIUnitConvParam;
 /// clearEnvironment() are start-up and shut-down only: no creator may run on another thread meanwhile.
 /// Ownership: catalogues, store and systems are shared and may outlive the factory. The MapInfo catalogue is
 /// then empty; systems and transformations go on converting. What systems ask of catalogues later (bounds,
-/// units, names) comes from the factory that made them while it lives, then from the installed default. At the end of the process the default is not destroyed.
+/// units, names) comes from the factory that made them while it lives, then from the installed default. At
+/// the end of the process the default is not destroyed.
 class NIVORA_CS_EXPORT CoordSysFactory : public CatalogueSource
 {
 public:

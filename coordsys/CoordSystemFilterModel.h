@@ -59,8 +59,8 @@ public:
     void waitUntilFound();
     /// All that was found, fetched or not.
     int foundCount() const;
-    /// When nothing was found: ways to find something, those with the fewest results first. Otherwise the words
-    /// that the search left aside, in one entry, or nothing.
+    /// When nothing was found: ways to find something, those with the fewest results first. Otherwise the
+    /// words that the search left aside, in one entry, or nothing.
     const QVector<Relaxation> &relaxations() const { return m_relaxations; }
     /// What there is to say on the words apart from systems, as MapinfoSearch::remark() has it, in the
     /// language of the factory; empty mostly, and until the source is prepared.

@@ -11,8 +11,8 @@ namespace nivora::cs {
 struct UserInput
 {
     CoordSystemPtr system; ///< never null
-    /// Whole sentences for people: what was assumed or left aside ("only the horizontal part", "no unit stated,
-    /// taken as metres", "understood as …"). Empty when the text was taken as it stands.
+    /// Whole sentences for people: what was assumed or left aside ("only the horizontal part", "no unit
+    /// stated, taken as metres", "understood as …"). Empty when the text was taken as it stands.
     QStringList notes;
     QString notation; ///< for people, what the text was read as: "код", "строка PROJ", "WKT" …
 };

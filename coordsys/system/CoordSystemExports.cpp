@@ -287,9 +287,9 @@ QString CoordSystem::withClauses(const QString &prj, const QTransform *affine) c
         m_record ? PrjClauses{m_record->nAffineFlag, m_record->nBoundsFlag} : hasAffineOrBoundsInString(prj);
     const auto record = written.affine || written.bounds ? this->record() : nullptr;
     const bool beforeBounds = written.bounds && !written.affine && affine;
-    const bool kept = !record || (!beforeBounds &&
-                                  (!written.affine || holdsAffine(*record, affine, m_affineUnit)) &&
-                                  (!written.bounds || holdsBounds(*record, m_rect)));
+    const bool kept =
+        !record || (!beforeBounds && (!written.affine || holdsAffine(*record, affine, m_affineUnit)) &&
+                    (!written.bounds || holdsBounds(*record, m_rect)));
     QString text = kept ? prj : withoutClauses(*record);
     if (affine && !(kept && written.affine))
         text += affineClause(*affine, affineUnitName());

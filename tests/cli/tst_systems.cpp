@@ -272,8 +272,8 @@ private Q_SLOTS:
             "Affine");
         row("a plan has no ellipsoid", "", s("CoordSys NonEarth Units \"m\" Bounds (0, 0) (100, 50)"),
             "Kind: Plan without a place on the earth\n", "Ellipsoid");
-        row("a unit that nobody names", "", s("+proj=merc +ellps=WGS84 +to_meter=2.5"), "\nAssumed: The unit",
-            "\nUnit: ");
+        row("a unit that nobody names", "", s("+proj=merc +ellps=WGS84 +to_meter=2.5"),
+            "\nUnit: unknown (2.5 m)\n", "\nAssumed: The unit");
         row("a height left out", "", s("7405"), "\nAssumed: ", "\nAffine");
         row("figures that are missing", "", s("Earth Projection 8, 104, \"m\", 39"),
             "\nAssumed: ", "\nCode:");

@@ -63,8 +63,8 @@ Offsets farthestOff(const CoordSystemPtr &system, const CoordSystemPtr &readAgai
         farthest.places = std::max(farthest.places, off(again, place));
         QPointF lonLat = place;
         QPointF ownPlace = place;
-        const bool isPlaced = system->isLatLong() ||
-                              (system->inverse(place, lonLat) && readAgain->forward(lonLat, ownPlace));
+        const bool isPlaced =
+            system->isLatLong() || (system->inverse(place, lonLat) && readAgain->forward(lonLat, ownPlace));
         farthest.planes = std::max(farthest.planes, isPlaced ? off(ownPlace, place) : HUGE_VAL);
     }
     return farthest;
