@@ -82,22 +82,22 @@ PointMask robustlyAgreeing(const LinearRows &rows, const PointMask &used, double
 
 /// Solves block x = v by elimination; false when the block is singular, that is when the point alone holds an
 /// unknown.
-bool solveBlock(Block block, std::array<double, 3> v, int size, std::array<double, 3> &x)
+bool solveBlock(Block block, std::array<double, 3> v, std::size_t size, std::array<double, 3> &x)
 {
     constexpr double singular = 1e-6;
-    for (int i = 0; i < size; ++i) {
+    for (std::size_t i = 0; i < size; ++i) {
         if (!(block[i][i] > singular))
             return false;
-        for (int j = i + 1; j < size; ++j) {
+        for (std::size_t j = i + 1; j < size; ++j) {
             const double factor = block[j][i] / block[i][i];
-            for (int k = i; k < size; ++k)
+            for (std::size_t k = i; k < size; ++k)
                 block[j][k] -= factor * block[i][k];
             v[j] -= factor * v[i];
         }
     }
-    for (int i = size - 1; i >= 0; --i) {
+    for (std::size_t i = size; i-- > 0;) {
         x[i] = v[i];
-        for (int k = i + 1; k < size; ++k)
+        for (std::size_t k = i + 1; k < size; ++k)
             x[i] -= block[i][k] * x[k];
         x[i] /= block[i][i];
     }
@@ -111,15 +111,15 @@ double squaredMisfit(const LinearRows &rows, const LinearSolution &solution, std
     Block block{};
     std::array<double, 3> v{}, x{};
     const std::size_t first = point * static_cast<std::size_t>(rows.perPoint);
-    for (int i = 0; i < rows.tested; ++i) {
-        v[i] = solution.residuals[first + static_cast<std::size_t>(i)];
-        for (int j = 0; j < rows.tested; ++j) {
-            const double lever = jointCofactor(solution, rows.row(first + static_cast<std::size_t>(i)),
-                                               rows.row(first + static_cast<std::size_t>(j)));
+    const auto tested = static_cast<std::size_t>(rows.tested);
+    for (std::size_t i = 0; i < tested; ++i) {
+        v[i] = solution.residuals[first + i];
+        for (std::size_t j = 0; j < tested; ++j) {
+            const double lever = jointCofactor(solution, rows.row(first + i), rows.row(first + j));
             block[i][j] = (i == j ? 1.0 : 0.0) + (isInside ? -lever : lever);
         }
     }
-    if (!solveBlock(block, v, rows.tested, x))
+    if (!solveBlock(block, v, tested, x))
         return -1.0;
     return v[0] * x[0] + v[1] * x[1] + v[2] * x[2];
 }

@@ -30,7 +30,7 @@ Vector3 operator+(const Vector3 &a, const Vector3 &b) { return {a[0] + b[0], a[1
 Vector3 operator*(const Matrix3 &m, const Vector3 &v)
 {
     Vector3 r{};
-    for (int i = 0; i < 3; ++i)
+    for (std::size_t i = 0; i < 3; ++i)
         r[i] = m[i][0] * v[0] + m[i][1] * v[1] + m[i][2] * v[2];
     return r;
 }

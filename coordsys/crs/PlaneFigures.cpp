@@ -19,10 +19,10 @@ constexpr double negligible = 1e-9;
 constexpr int webMercatorDatum = 157;
 
 // Codes of EPSG's methods whose figures are no parameters of CoordSys text: they are worked out.
-constexpr QLatin1String lambertOneParallel("9801");
-constexpr QLatin1String lambertWestOrientated("9826");
-constexpr QLatin1String mercatorWithScale("9804");
-constexpr QLatin1String webMercator("1024");
+const QLatin1String lambertOneParallel("9801");
+const QLatin1String lambertWestOrientated("9826");
+const QLatin1String mercatorWithScale("9804");
+const QLatin1String webMercator("1024");
 
 // Codes of EPSG's parameters.
 enum Figure : int {

@@ -136,8 +136,8 @@ private Q_SLOTS:
         for (const auto &[text, codes] : byText) {
             if (random.bounded(100) >= 8)
                 continue;
-            const int a = codes[random.bounded(int(codes.size()))];
-            const int b = codes[random.bounded(int(codes.size()))];
+            const int a = codes.at(std::size_t(random.bounded(int(codes.size()))));
+            const int b = codes.at(std::size_t(random.bounded(int(codes.size()))));
             if (datumOf(a) == datumOf(b))
                 continue;
             const QByteArrayList first = wktForms(a), second = wktForms(b);

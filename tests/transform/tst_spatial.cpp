@@ -85,7 +85,7 @@ private Q_SLOTS:
         const SpatialTransform transform{SpatialSystem("4979"_s), SpatialSystem("EPSG:9518"_s)};
         SpatialPoint point{10, 50, 100, {}};
         if (transform.missingHeights().isEmpty())
-            QSKIP("the geoid of 2008 is installed");
+            QSKIP("the geoid of 2008 is installed", );
         QVERIFY(!transform.forward(point) && point.z == 100.0);
         QVERIFY(transform.missingHeights().contains("us_nga_egm08_25.tif"_s));
         QVERIFY(!gridFolders().isEmpty());

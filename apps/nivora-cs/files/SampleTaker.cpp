@@ -105,8 +105,8 @@ bool isUsualStyle(const char *style)
         "",
         "SYMBOL(a:0,c:#000000,s:12pt,id:\"mapinfo-sym-35,ogr-sym-9\")",
         "PEN(w:1px,c:#000000,id:\"mapinfo-pen-2,ogr-pen-0\",cap:r,j:r)",
-        "BRUSH(fc:#000000,bc:#ffffff,id:\"mapinfo-brush-1,ogr-brush-1\");"
-        "PEN(w:1px,c:#000000,id:\"mapinfo-pen-2,ogr-pen-0\",cap:r,j:r)",
+        ("BRUSH(fc:#000000,bc:#ffffff,id:\"mapinfo-brush-1,ogr-brush-1\");"
+         "PEN(w:1px,c:#000000,id:\"mapinfo-pen-2,ogr-pen-0\",cap:r,j:r)"),
     };
     return !style || std::any_of(std::begin(usual), std::end(usual),
                                  [style](const char *one) { return std::strcmp(style, one) == 0; });
