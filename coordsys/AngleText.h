@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-/// Degrees, minutes and seconds as people write them. Texts are bytes of UTF-8, [p, end) or a view of them.
-/// Reasons are texts of the context "QObject". All functions are thread-safe and throw nothing.
+// Degrees, minutes and seconds as people write them. Texts are bytes of UTF-8, [p, end) or a view of them.
+// Reasons are texts of the context "QObject". All functions are thread-safe and throw nothing.
 namespace nivora::cs {
 
 /// What a hemisphere letter says about a coordinate.
@@ -15,7 +15,9 @@ enum class Axis { Unknown, Longitude, Latitude };
 /// Degrees as people write them.
 struct Angle
 {
+    /// Signed.
     double degrees = 0.0;
+    /// As a hemisphere letter says.
     Axis axis = Axis::Unknown;
 };
 
@@ -44,8 +46,10 @@ struct AngleColumns
 {
     const char *behind = nullptr; ///< null: there is none
     int count = 0;                ///< of numbers
+    /// The letter stands before the numbers.
     bool letterFirst = false;
     bool valid = false; ///< false: it looks like one, but why tells what is wrong
+    /// What is wrong, where valid is false.
     const char *why = "";
 };
 /// The one at \p p, with at most \p most numbers.

@@ -45,6 +45,7 @@ struct CalibrationParameter
 {
     QString name; ///< "dx", "scale", "rotation" …, not translated
     QString unit; ///< "m", "°", "″", "ppm" or empty
+    /// In the unit.
     double value = 0.0;
     double deviation = 0.0; ///< standard deviation in the same unit; NaN when there is no redundancy
 };
@@ -55,10 +56,12 @@ struct CalibrationResidual
     /// Metres on the ground, east and north: in the axes of the known plane, of a transverse Mercator in its
     /// own.
     QPointF offsetM;
+    /// Of both parts, metres.
     double lengthM = 0.0;
     double heightM = std::numeric_limits<double>::quiet_NaN(); ///< NaN unless heights take part
     /// That chance moves the point so far from the fit of the points that agree; 1 when it cannot be told.
     double probability = 1.0;
+    /// False for a point that was switched off.
     bool isUsed = true;
     bool isSuspect = false; ///< a blunder, at a level of 1 % for the whole set
 };
@@ -68,10 +71,12 @@ struct CalibrationResidual
 class NIVORA_CS_EXPORT CalibrationFit
 {
 public:
+    /// What was fitted.
     CalibrationModel model() const;
     /// Empty when the points determine the model; else why they do not (for people), and everything else here
     /// is empty, NaN or 0.
     QString refusal() const;
+    /// Whether there is a result.
     bool isUsable() const { return refusal().isEmpty(); }
 
     /// The figures with their standard deviations. Those of the plane models lead from local coordinates to
@@ -132,7 +137,9 @@ public:
     /// std::runtime_error for known coordinates that have no place in the known system (naming the pair).
     Calibration(const CoordSystemPtr &known, const QVector<CalibrationPair> &pairs, const Local &local = {});
 
+    /// What was given.
     QVector<CalibrationPair> pairs() const;
+    /// Likewise.
     CoordSystemPtr knownSystem() const;
     /// Null without one.
     CoordSystemPtr localSystem() const;

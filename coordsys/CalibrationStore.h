@@ -15,8 +15,10 @@ struct NIVORA_CS_EXPORT CalibrationRecord
     CoordSystemTypes::SourceData known;  ///< the system of the known coordinates
     CoordSystemTypes::SourceData local;  ///< projection and ellipsoid of the local ones; Unknown without
     int unitCode = LinearUnit::Meter;    ///< MapInfo's number of the unit of local coordinates
+    /// What was fitted.
     CalibrationModel model = CalibrationModel::Similarity;
     QDate date; ///< when it was fitted
+    /// The control points.
     QVector<CalibrationPair> pairs;
 
     /// The points with their systems, to look at or to fit anew. Throws as Calibration and as the creators of
@@ -37,6 +39,7 @@ public:
     /// \p userStore is the file of the user's systems (UserCoordSystem::fileInfo()).
     explicit CalibrationStore(const QFileInfo &userStore);
 
+    /// Of the file beside the store.
     QString filePath() const;
     /// All records; none when there is no file. Throws std::logic_error "path:line:column: reason" for a file
     /// that cannot be read.

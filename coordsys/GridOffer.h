@@ -13,8 +13,10 @@ namespace nivora::cs {
 class NIVORA_CS_EXPORT GridOffer
 {
 public:
+    /// What the operation would give, and metres without it.
     GridOffer(const TransformOperation &operation, std::optional<double> withoutM);
     GridOffer(const GridOffer &other);
+    /// Copies.
     GridOffer &operator=(const GridOffer &other);
     ~GridOffer();
 

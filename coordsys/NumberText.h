@@ -7,9 +7,9 @@
 
 #include <string_view>
 
-/// Numbers as people and files write them, and as they are written for both. No locale matters. Texts are
-/// bytes, [p, end) or a view of them. Reasons are texts of the context "QObject". All functions are
-/// thread-safe and throw nothing.
+// Numbers as people and files write them, and as they are written for both. No locale matters. Texts are
+// bytes, [p, end) or a view of them. Reasons are texts of the context "QObject". All functions are
+// thread-safe and throw nothing.
 namespace nivora::cs {
 
 /// Most decimals that are written.

@@ -18,6 +18,7 @@ class NIVORA_CS_EXPORT OperationChoice
 public:
     OperationChoice();
     OperationChoice(const OperationChoice &other);
+    /// Copies.
     OperationChoice &operator=(const OperationChoice &other);
     ~OperationChoice();
 
@@ -42,7 +43,9 @@ public:
     bool allowsBallpark() const;              ///< true by default
     std::optional<double> mostErrorM() const; ///< metres
     bool isDefault() const;                   ///< nothing is chosen
+    /// The same choice.
     bool operator==(const OperationChoice &other) const;
+    /// Another choice.
     bool operator!=(const OperationChoice &other) const { return !(*this == other); }
 
     /// A JSON object on one line, "{}" by default.

@@ -17,7 +17,9 @@ public:
     /// An operation and its points.
     struct Use
     {
+        /// Which it was.
         TransformOperation operation;
+        /// How many went by it.
         qint64 points = 0;
     };
 
@@ -30,6 +32,7 @@ public:
     QVector<Use> uses() const;
     /// Points whose datums' difference was left out.
     qint64 ballparkPoints() const;
+    /// Counts points.
     void add(const TransformOperation &operation, qint64 points);
 
 private:

@@ -20,6 +20,7 @@ struct NIVORA_CS_EXPORT PrjText
     };
 
     QString text; ///< empty when something is lacking
+    /// Why there is none.
     Lack lack = Lack::Nothing;
     double lackM = 0.0; ///< metres by which the nearest ellipsoid or plane is off
     /// Greatest distance in metres, at nine places of the area of use, between the system's plane and that of
@@ -30,6 +31,7 @@ struct NIVORA_CS_EXPORT PrjText
     /// without a word. 0 when the text needs no such clause.
     double withoutAffineM = 0.0;
 
+    /// There is no text.
     bool isRefused() const { return text.isEmpty(); }
     /// Why there is none, for people, in the language of the installed translation; empty when there is one.
     QString reason() const;

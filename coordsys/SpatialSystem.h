@@ -27,11 +27,15 @@ public:
     /// прочитать КС: …" for what PROJ does not read as a system with a horizontal part or a geocentric one.
     explicit SpatialSystem(const QString &definition);
     SpatialSystem(const SpatialSystem &other);
+    /// Copies.
     SpatialSystem &operator=(const SpatialSystem &other);
     ~SpatialSystem();
 
+    /// As it was given.
     QString definition() const;
+    /// Of the whole system.
     QString name() const;
+    /// What its heights are.
     Height height() const;
     /// x and y are degrees, x the longitude.
     bool isGeographic() const;

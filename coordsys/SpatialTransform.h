@@ -14,6 +14,7 @@ namespace nivora::cs {
 struct SpatialPoint
 {
     double x = 0.0; ///< longitude or easting; geocentric x
+    /// Latitude or northing.
     double y = 0.0;
     double z = 0.0;          ///< in the height's own unit
     std::optional<double> t; ///< when it was measured, decimal years
@@ -31,10 +32,13 @@ public:
     /// Throws std::logic_error "Не могу создать объект трансформации. …" when PROJ knows no way.
     SpatialTransform(const SpatialSystem &from, const SpatialSystem &to);
     SpatialTransform(const SpatialTransform &other);
+    /// Copies.
     SpatialTransform &operator=(const SpatialTransform &other);
     ~SpatialTransform();
 
+    /// Where points come from.
     SpatialSystem source() const;
+    /// Where they go.
     SpatialSystem destination() const;
     /// False when z passes through because an end says nothing of heights.
     bool transformsHeights() const;
@@ -45,10 +49,12 @@ public:
     /// ascending; they are NaN in x, y and z. \p tally may be null.
     std::vector<std::size_t> forward(double *x, double *y, double *z, const double *t, std::size_t count,
                                      OperationTally *tally = nullptr) const;
+    /// The other way.
     std::vector<std::size_t> inverse(double *x, double *y, double *z, const double *t, std::size_t count,
                                      OperationTally *tally = nullptr) const;
     /// \p point is written only on success.
     bool forward(SpatialPoint &point) const;
+    /// The other way.
     bool inverse(SpatialPoint &point) const;
 
 private:

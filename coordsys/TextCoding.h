@@ -27,7 +27,9 @@ public:
     /// for others.
     explicit TextCoding(const QString &name);
 
+    /// False for UTF-8.
     bool isNeeded() const { return !m_bytes.empty(); }
+    /// As UTF-8.
     std::string decoded(std::string_view bytes) const;
     /// Throws std::runtime_error for a character that the coding does not have.
     std::string encoded(std::string_view utf8) const;

@@ -33,6 +33,7 @@ struct NIVORA_CS_EXPORT TransformOperation
     /// A datum at an end that is several realizations under one name: the name, and how far they lie apart
     /// (WGS 84: 2 m). 0 when there is none or the datum stays the same.
     QString ensemble;
+    /// Metres; of the datum ensembles at its ends.
     double ensembleAccuracyM = 0.0;
     bool isTimeDependent = false; ///< without an epoch it takes its own reference epoch
     QString leavesOut; ///< by ballpark operations: "Pulkovo 1942 → WGS 84", the names of the datums

@@ -36,6 +36,7 @@ public:
     int paste(const QString &text);
     /// The model that is shown and would be saved.
     CalibrationModel model() const;
+    /// Chooses it as a person would.
     void setModel(CalibrationModel model);
     /// The system that was saved last, null before.
     CoordSystemPtr savedSystem() const;

@@ -72,6 +72,12 @@ void close(const char *system)
     VSIInstallPluginHandler(system, empty.get());
 }
 
+void drop(GDALDriverH driver)
+{
+    GDALDeregisterDriver(driver);
+    GDALDestroyDriver(driver);
+}
+
 } // namespace
 
 void keepBorder(const QString &argument)
@@ -84,7 +90,7 @@ void keepBorder(const QString &argument)
         close(system);
     for (const char *name : connectingDrivers)
         if (GDALDriverH driver = GDALGetDriverByName(name))
-            GDALDeregisterDriver(driver);
+            drop(driver);
 }
 
 QStringList placesNotAsked()
