@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 #include <sys/resource.h>
 
 using nivora::files::Publication;
@@ -16,15 +17,28 @@ using nivora::files::PublishError;
 namespace {
 
 volatile std::sig_atomic_t interrupted = 0;
+volatile std::time_t interruptedAt = 0; // seconds
 
-void noteInterruption(int) { interrupted = 1; }
+/// One request often arrives twice, as from a terminal's process group and from timeout(1): only one that comes later is
+/// a second request, and ends the program at once. Calls nothing that a signal handler must not.
+void noteInterruption(int signal)
+{
+    constexpr int patience = 2; // seconds, as whole ones are counted
+    const std::time_t now = std::time(nullptr);
+    if (interrupted && now - interruptedAt >= patience) {
+        std::signal(signal, SIG_DFL);
+        std::raise(signal); // blocked until the handler returns
+    }
+    if (!interrupted)
+        interruptedAt = now;
+    interrupted = 1;
+}
 
-/// A second signal ends the program at once.
 void listenForSignals()
 {
     struct sigaction action = {};
     action.sa_handler = noteInterruption;
-    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
+    action.sa_flags = SA_RESTART;
     struct sigaction before = {};
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU})
         if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) // as under nohup
