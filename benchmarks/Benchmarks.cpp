@@ -246,25 +246,8 @@ void addConstruction(const std::shared_ptr<const Pair> &pair)
                     nullptr);
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+void addAll(const std::shared_ptr<CoordSysFactory> &factory, const QString &userDir)
 {
-    QCoreApplication app(argc, argv);
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
-    CPLPushErrorHandler(CPLQuietErrorHandler);
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-
-    const QTemporaryDir userDir;
-    comparison::addProcesses(userDir.path()); // while nothing has touched the engines
-    const auto factory = std::make_shared<CoordSysFactory>(QStringLiteral(NIVORA_RESOURCES), userDir.path(),
-                                                           QStringLiteral("ru"));
-    if (!factory->initCoordSystemEnvironment())
-        giveUp(QStringLiteral("cannot load the catalogues"));
-    CoordSysFactory::setDefaultCoordSysFactory(factory);
-
     const CoordSystemPtr utm = factory->createFromEpsg(32637);
     const auto toUtm = std::make_shared<const Pair>(factory->createFromEpsg(4326), utm);
     const auto shifted = std::make_shared<const Pair>(
@@ -285,8 +268,29 @@ int main(int argc, char **argv)
     comparison::addSystems(factory);
     comparison::addCalibrations(factory);
     comparison::addParallel(toUtm->transform, engineTransform(toUtm->source, toUtm->destination), million);
-    comparison::addCatalogue(factory, userDir.path());
+    comparison::addCatalogue(factory, userDir);
+}
 
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+    CPLPushErrorHandler(CPLQuietErrorHandler);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+
+    const QTemporaryDir userDir;
+    comparison::addProcesses(userDir.path()); // while nothing has touched the engines
+    const auto factory = std::make_shared<CoordSysFactory>(QStringLiteral(NIVORA_RESOURCES), userDir.path(),
+                                                           QStringLiteral("ru"));
+    if (!factory->initCoordSystemEnvironment())
+        giveUp(QStringLiteral("cannot load the catalogues"));
+    CoordSysFactory::setDefaultCoordSysFactory(factory);
+
+    addAll(factory, userDir.path());
     comparison::Reporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     reporter.printTable();

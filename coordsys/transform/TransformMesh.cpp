@@ -85,6 +85,62 @@ void transformAll(const Mesh &mesh, PJ_COORD *points, int count)
         transformSpan(*steps.second, mesh.direction, span, mesh.time);
 }
 
+/// Of a rectangle without width, or without height.
+std::unique_ptr<PJ_COORD[]> linePoints(const QRectF &rect, int intervals, int &count)
+{
+    const bool column = std::fabs(rect.width()) <= noExtent;
+    auto line = zeroedPoints(intervals + 1.0);
+    for (int i = 0; i <= intervals; ++i)
+        line[static_cast<std::size_t>(i)] =
+            column ? projPoint(rect.x(), rect.y() + i * rect.height() / intervals)
+                   : projPoint(rect.x() + i * rect.width() / intervals, rect.y());
+    count = intervals + 1;
+    return line;
+}
+
+/// Where the bounds of a system cross a rectangle.
+struct ExtraLines
+{
+    QList<double> x;
+    QList<double> y;
+};
+
+ExtraLines linesWithin(const QRectF &rect, const QRectF &csRect)
+{
+    if (!(csRect.width() > 0.0 && csRect.height() > 0.0))
+        return {};
+    return {extraPoints(rect.left(), rect.right(), csRect.left(), csRect.right()),
+            extraPointsY(rect, csRect.top(), csRect.bottom())};
+}
+
+/// Column by column; the points of the extra columns lie among those of the first.
+std::unique_ptr<PJ_COORD[]> gridPoints(const QRectF &rect, const ExtraLines &extra, int intervals, int &count)
+{
+    const double stepX = rect.width() / intervals;
+    const double fitting = std::floor(rect.height() / stepX);
+    const double wantedRows = fitting >= 1.0 ? fitting : 2.0;
+    // In doubles: a narrow strip asks for more rows than an int holds.
+    auto points = zeroedPoints((wantedRows + 1.0 + extra.y.size()) * (intervals + 1.0 + extra.x.size()));
+    const double stepY = rect.height() / wantedRows;
+    const int rows = static_cast<int>(std::lround(rect.height() / stepY));
+
+    PJ_COORD *next = points.get();
+    for (int i = 0; i <= intervals; ++i) {
+        const double x = rect.x() + i * stepX;
+        for (int j = 0; j <= rows; ++j) {
+            const double y = rect.y() + j * stepY;
+            *next++ = projPoint(x, y);
+            if (i == 0)
+                for (const double extraX : extra.x)
+                    *next++ = projPoint(extraX, y);
+        }
+        for (const double extraY : extra.y)
+            *next++ = projPoint(x, extraY);
+    }
+    count = (rows + 1 + extra.y.size()) * (intervals + 1 + extra.x.size());
+    return points;
+}
+
 } // namespace
 
 QList<double> extraPoints(double a, double b, double c, double d)
@@ -105,54 +161,15 @@ std::unique_ptr<PJ_COORD[]> fillPointsMesh(int addPoints, int &count, const QRec
                                            const QRectF &csRect)
 {
     const int intervals = std::max(addPoints, 1);
-
     if (!(rect.width() > 0.0 && rect.height() > 0.0)) {
         auto single = zeroedPoints(1);
         single[0] = projPoint(rect.x(), rect.y());
         count = 1;
         return single;
     }
-    const bool column = std::fabs(rect.width()) <= noExtent;
-    if (column || std::fabs(rect.height()) <= noExtent) {
-        auto line = zeroedPoints(intervals + 1.0);
-        for (int i = 0; i <= intervals; ++i)
-            line[static_cast<std::size_t>(i)] =
-                column ? projPoint(rect.x(), rect.y() + i * rect.height() / intervals)
-                       : projPoint(rect.x() + i * rect.width() / intervals, rect.y());
-        count = intervals + 1;
-        return line;
-    }
-
-    const double stepX = rect.width() / intervals;
-    double wantedRows = std::floor(rect.height() / stepX);
-    if (!(wantedRows >= 1.0))
-        wantedRows = 2.0;
-    QList<double> extraX;
-    QList<double> extraY;
-    if (csRect.width() > 0.0 && csRect.height() > 0.0) {
-        extraY = extraPointsY(rect, csRect.top(), csRect.bottom());
-        extraX = extraPoints(rect.left(), rect.right(), csRect.left(), csRect.right());
-    }
-    // In doubles: a narrow strip asks for more rows than an int holds.
-    auto points = zeroedPoints((wantedRows + 1.0 + extraY.size()) * (intervals + 1.0 + extraX.size()));
-    const double stepY = rect.height() / wantedRows;
-    const int rows = static_cast<int>(std::lround(rect.height() / stepY));
-
-    PJ_COORD *next = points.get();
-    for (int i = 0; i <= intervals; ++i) {
-        const double x = rect.x() + i * stepX;
-        for (int j = 0; j <= rows; ++j) {
-            const double y = rect.y() + j * stepY;
-            *next++ = projPoint(x, y);
-            if (i == 0)
-                for (const double extra : extraX)
-                    *next++ = projPoint(extra, y);
-        }
-        for (const double extra : extraY)
-            *next++ = projPoint(x, extra);
-    }
-    count = (rows + 1 + extraY.size()) * (intervals + 1 + extraX.size());
-    return points;
+    if (std::fabs(rect.width()) <= noExtent || std::fabs(rect.height()) <= noExtent)
+        return linePoints(rect, intervals, count);
+    return gridPoints(rect, linesWithin(rect, csRect), intervals, count);
 }
 
 bool meshBounds(const Mesh &mesh, QVector<QPointF> &corners)

@@ -178,69 +178,115 @@ std::vector<Form> hotine(const Conversion &c, int unit, double factor, const Ell
     return made(7, unit, {lon, lat, azimuth, c.value(CentreScale), fe, fn});
 }
 
-/// From the figures of the database.
-std::vector<Form> ownForms(const Conversion &c, int unit, double factor, const Ellipsoid &ellipsoid)
+/// A conversion of the database with lengths in the system's own unit.
+struct Plane
 {
-    const double e2 = ellipsoid.e2();
-    const double fe = c.value(FalseEasting) / factor;
-    const double fn = c.value(FalseNorthing) / factor;
-    const bool centred = fe == 0.0 && fn == 0.0;
-    const double lat = c.value(LatOrigin);
-    const double lon = c.value(LonOrigin);
-    const std::vector<double> cone{c.value(LonFalseOrigin),
-                                   c.value(LatFalseOrigin),
-                                   c.value(Parallel1),
-                                   c.value(Parallel2),
-                                   c.value(FalseOriginEasting) / factor,
-                                   c.value(FalseOriginNorthing) / factor};
-    switch (c.method) {
-    case 9807: // transverse Mercator
-        return made(8, unit, {lon, lat, c.value(Scale), fe, fn});
-    case 9802: // Lambert conic, two parallels
-        return made(3, unit, cone);
-    case 9803: // the same with Belgium's rotation
-        return made(19, unit, cone);
-    case 9822: // Albers
-        return made(9, unit, cone);
-    case 9801: // Lambert conic, one parallel
-        return lambert1(c, unit, fe, fn, e2);
-    case 9804: // Mercator with a scale
-        return mercator(c, unit, fe, fn, e2);
-    case 9805: // Mercator with a true parallel
-        return centred ? made(26, unit, {lon, std::fabs(c.value(Parallel1))}) : std::vector<Form>();
-    case 9806: // Cassini-Soldner
-        return made(30, unit, {lon, lat, fe, fn});
-    case 9809: { // oblique stereographic
-        std::vector<Form> both = made(31, unit, {lon, lat, c.value(Scale), fe, fn});
-        both.push_back(made(20, unit, {lon, lat, c.value(Scale), fe, fn}).front());
-        return both;
-    }
-    case 9810: // polar stereographic with a scale
-        return made(20, unit, {lon, lat, c.value(Scale), fe, fn});
-    case 9829: // polar stereographic with a true parallel
-        return made(20, unit,
-                    {c.value(LonOfOrigin), std::copysign(90.0, c.value(ParallelOfScale)),
-                     polarScale(c.value(ParallelOfScale), e2), fe, fn});
-    case 9811: // New Zealand Map Grid
-        return made(18, unit, {lon, lat, fe, fn});
-    case 9812: // Hotine, variants A and B
-    case 9815:
-        return hotine(c, unit, factor, ellipsoid);
-    case 9818: // polyconic
-        return made(27, unit, {lon, lat, fe, fn});
-    case 9820: // azimuthal equal-area
-    case 1027: {
-        const bool polar = std::fabs(std::fabs(lat) - 90.0) < negligible;
-        return centred ? made(polar ? 4 : 29, unit, {lon, lat, 90.0}) : std::vector<Form>();
-    }
-    case 1028: // equidistant cylindrical
-    case 1029:
-        return made(33, unit, {lon, c.value(Parallel1), fe, fn});
-    case 9835: // cylindrical equal-area
-        return centred ? made(2, unit, {lon, c.value(Parallel1)}) : std::vector<Form>();
-    default:
-        return {};
-    }
+    Plane(const Conversion &conversion, int unitCode, double unitFactor, const Ellipsoid &of)
+        : c(conversion)
+        , unit(unitCode)
+        , factor(unitFactor)
+        , ellipsoid(of)
+        , fe(c.value(FalseEasting) / factor)
+        , fn(c.value(FalseNorthing) / factor)
+        , lat(c.value(LatOrigin))
+        , lon(c.value(LonOrigin))
+    {}
+    bool isCentred() const { return fe == 0.0 && fn == 0.0; }
+
+    const Conversion &c;
+    int unit;
+    double factor;
+    const Ellipsoid &ellipsoid;
+    double fe, fn, lat, lon;
+};
+
+using Forms = std::vector<Form>;
+
+template <int Projection> Forms scaled(const Plane &p)
+{
+    return made(Projection, p.unit, {p.lon, p.lat, p.c.value(Scale), p.fe, p.fn});
+}
+
+template <int Projection> Forms unscaled(const Plane &p)
+{
+    return made(Projection, p.unit, {p.lon, p.lat, p.fe, p.fn});
+}
+
+template <int Projection> Forms cone(const Plane &p)
+{
+    return made(Projection, p.unit,
+                {p.c.value(LonFalseOrigin), p.c.value(LatFalseOrigin), p.c.value(Parallel1),
+                 p.c.value(Parallel2), p.c.value(FalseOriginEasting) / p.factor,
+                 p.c.value(FalseOriginNorthing) / p.factor});
+}
+
+Forms lambert1(const Plane &p) { return lambert1(p.c, p.unit, p.fe, p.fn, p.ellipsoid.e2()); }
+Forms mercator(const Plane &p) { return mercator(p.c, p.unit, p.fe, p.fn, p.ellipsoid.e2()); }
+Forms hotine(const Plane &p) { return hotine(p.c, p.unit, p.factor, p.ellipsoid); }
+
+Forms mercatorOfParallel(const Plane &p)
+{
+    return p.isCentred() ? made(26, p.unit, {p.lon, std::fabs(p.c.value(Parallel1))}) : Forms();
+}
+
+Forms obliqueStereographic(const Plane &p)
+{
+    Forms both = scaled<31>(p);
+    both.push_back(scaled<20>(p).front());
+    return both;
+}
+
+Forms polarOfParallel(const Plane &p)
+{
+    const double parallel = p.c.value(ParallelOfScale);
+    return made(20, p.unit,
+                {p.c.value(LonOfOrigin), std::copysign(90.0, parallel),
+                 polarScale(parallel, p.ellipsoid.e2()), p.fe, p.fn});
+}
+
+Forms azimuthalEqualArea(const Plane &p)
+{
+    const bool polar = std::fabs(std::fabs(p.lat) - 90.0) < negligible;
+    return p.isCentred() ? made(polar ? 4 : 29, p.unit, {p.lon, p.lat, 90.0}) : Forms();
+}
+
+Forms equidistantCylindrical(const Plane &p)
+{
+    return made(33, p.unit, {p.lon, p.c.value(Parallel1), p.fe, p.fn});
+}
+
+Forms cylindricalEqualArea(const Plane &p)
+{
+    return p.isCentred() ? made(2, p.unit, {p.lon, p.c.value(Parallel1)}) : Forms();
+}
+
+/// From the figures of the database.
+Forms ownForms(const Plane &plane)
+{
+    static const std::map<int, Forms (*)(const Plane &)> byMethod = {
+        {9807, scaled<8>}, // transverse Mercator
+        {9802, cone<3>},   // Lambert conic, two parallels
+        {9803, cone<19>},  // the same with Belgium's rotation
+        {9822, cone<9>},   // Albers
+        {9801, lambert1},  // Lambert conic, one parallel
+        {9804, mercator},  // with a scale
+        {9805, mercatorOfParallel},
+        {9806, unscaled<30>}, // Cassini-Soldner
+        {9809, obliqueStereographic},
+        {9810, scaled<20>}, // polar stereographic with a scale
+        {9829, polarOfParallel},
+        {9811, unscaled<18>}, // New Zealand Map Grid
+        {9812, hotine},       // variant A
+        {9815, hotine},       // variant B
+        {9818, unscaled<27>}, // polyconic
+        {9820, azimuthalEqualArea},
+        {1027, azimuthalEqualArea}, // of a sphere
+        {1028, equidistantCylindrical},
+        {1029, equidistantCylindrical}, // of a sphere
+        {9835, cylindricalEqualArea},
+    };
+    const auto found = byMethod.find(plane.c.method);
+    return found == byMethod.end() ? Forms() : found->second(plane);
 }
 
 /// From what the driver writes: its projection, unit and parameters are sound, its datum is not.
@@ -289,7 +335,7 @@ std::vector<Form> formsOf(const EpsgSystem &system, const Conversion &conversion
     if (unit < 0)
         return {};
     std::vector<Form> forms = driverForms(driverText, unit);
-    for (const Form &form : ownForms(conversion, unit, system.unitFactor, ellipsoid))
+    for (const Form &form : ownForms({conversion, unit, system.unitFactor, ellipsoid}))
         forms.push_back(form);
     return forms;
 }

@@ -7,6 +7,7 @@
 #include "Output.h"
 #include "PairTable.h"
 #include "Session.h"
+#include "SharedOptions.h"
 #include "UserStore.h"
 
 #include <coordsys/CalibrationStore.h>
@@ -167,16 +168,8 @@ int run(const CommandLine &line)
     return fit.suspects().isEmpty() ? Success : SomeFailed;
 }
 
-} // namespace
-
-const Command &calibrateCommand()
-{
-    static const Command command = {
-        "calibrate",
-        "--to CS|--saved NAME [options] [FILE]",
-        QT_TRANSLATE_NOOP("QObject", "A system made from points whose coordinates are known in another."),
-        QT_TRANSLATE_NOOP(
-            "QObject", R"(Reads a table of points, local and known coordinates on a line, and finds by least
+constexpr const char *help = QT_TRANSLATE_NOOP(
+    "QObject", R"(Reads a table of points, local and known coordinates on a line, and finds by least
 squares the system in which the points have their local coordinates. Writes the
 figures with their standard deviations, what is left at each point in metres, and
 the system's CoordSys string and WKT 2. With --save the system becomes one of your
@@ -201,44 +194,52 @@ Examples:
   nivora-cs calibrate site.csv --to 4326 --model similarity --save 'Site 7'
   nivora-cs calibrate pairs.csv --to 32637 --without P3,P8 --report fit.html
   nivora-cs calibrate --saved 'Site 7' --without P3 --save 'Site 7'
-)"),
+)");
+
+std::vector<Option> options()
+{
+    return {
+        {"to", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the known coordinates.")},
+        {"from", "CS",
+         QT_TRANSLATE_NOOP("QObject", "Projection and ellipsoid of the local coordinates, for helmert.")},
+        {"model", "auto|shift|similarity|affine|tmerc|helmert|polynomial",
+         QT_TRANSLATE_NOOP("QObject", "How the systems differ; auto when not given.")},
+        {"unit", "NAME", QT_TRANSLATE_NOOP("QObject", "Unit of the local coordinates, m when not given.")},
+        {"without", "NAMES",
+         QT_TRANSLATE_NOOP("QObject", "Points to leave out of the fit, with commas between.")},
+        {"saved", "NAME",
+         QT_TRANSLATE_NOOP("QObject", "The points of a system that was saved, with those of the FILE.")},
+        {"save", "NAME", QT_TRANSLATE_NOOP("QObject", "Keep the system under this name.")},
+        shared::branch,
+        {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "Write a JSON object.")},
+        {"report", "FILE", QT_TRANSLATE_NOOP("QObject", "Write a report with a drawing, .html or .md, too.")},
+        {"name", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of names.")},
+        {"x", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of the local x.")},
+        {"y", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of the local y.")},
+        {"to-x", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of the known x.")},
+        {"to-y", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of the known y.")},
+        {"height", "NAME|N",
+         QT_TRANSLATE_NOOP("QObject", "Local heights above the ellipsoid, metres, for helmert.")},
+        {"to-height", "NAME|N", QT_TRANSLATE_NOOP("QObject", "Known heights, likewise.")},
+        {"weight", "NAME|N", QT_TRANSLATE_NOOP("QObject", "Weights: 4 is twice as exact as 1.")},
+        shared::decimalComma,
+        shared::delimiter,
+        shared::encoding,
+        {"skip", "N", QT_TRANSLATE_NOOP("QObject", "Pass over the first N lines of the table.")},
+    };
+}
+
+} // namespace
+
+const Command &calibrateCommand()
+{
+    static const Command command = {
+        "calibrate",
+        "--to CS|--saved NAME [options] [FILE]",
+        QT_TRANSLATE_NOOP("QObject", "A system made from points whose coordinates are known in another."),
+        help,
         Command::AnyCount,
-        {
-            {"to", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the known coordinates.")},
-            {"from", "CS",
-             QT_TRANSLATE_NOOP("QObject", "Projection and ellipsoid of the local coordinates, for helmert.")},
-            {"model", "auto|shift|similarity|affine|tmerc|helmert|polynomial",
-             QT_TRANSLATE_NOOP("QObject", "How the systems differ; auto when not given.")},
-            {"unit", "NAME",
-             QT_TRANSLATE_NOOP("QObject", "Unit of the local coordinates, m when not given.")},
-            {"without", "NAMES",
-             QT_TRANSLATE_NOOP("QObject", "Points to leave out of the fit, with commas between.")},
-            {"saved", "NAME",
-             QT_TRANSLATE_NOOP("QObject", "The points of a system that was saved, with those of the FILE.")},
-            {"save", "NAME", QT_TRANSLATE_NOOP("QObject", "Keep the system under this name.")},
-            {"branch", "NAME",
-             QT_TRANSLATE_NOOP("QObject", "The branch of the entry, \"Каталог\" when not given.")},
-            {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "Write a JSON object.")},
-            {"report", "FILE",
-             QT_TRANSLATE_NOOP("QObject", "Write a report with a drawing, .html or .md, too.")},
-            {"name", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of names.")},
-            {"x", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of the local x.")},
-            {"y", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of the local y.")},
-            {"to-x", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of the known x.")},
-            {"to-y", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of the known y.")},
-            {"height", "NAME|N",
-             QT_TRANSLATE_NOOP("QObject", "Local heights above the ellipsoid, metres, for helmert.")},
-            {"to-height", "NAME|N", QT_TRANSLATE_NOOP("QObject", "Known heights, likewise.")},
-            {"weight", "NAME|N", QT_TRANSLATE_NOOP("QObject", "Weights: 4 is twice as exact as 1.")},
-            {"decimal-comma", nullptr,
-             QT_TRANSLATE_NOOP("QObject", "Commas inside numbers are decimal marks. The output has points.")},
-            {"delimiter", "C",
-             QT_TRANSLATE_NOOP("QObject", "Between the table's columns, \"tab\" too; found when not given.")},
-            {"encoding", "NAME",
-             QT_TRANSLATE_NOOP(
-                 "QObject", "Characters of the files, such as windows-1251 or CP866; UTF-8 when not given.")},
-            {"skip", "N", QT_TRANSLATE_NOOP("QObject", "Pass over the first N lines of the table.")},
-        },
+        options(),
         run,
     };
     return command;

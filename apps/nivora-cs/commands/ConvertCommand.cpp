@@ -2,17 +2,14 @@
 #include "Commands.h"
 #include "Conversion.h"
 #include "OperationOptions.h"
+#include "SharedOptions.h"
 
 #include <QObject>
 
-const Command &convertCommand()
-{
-    static const Command command = {
-        "convert",
-        "[--to CS] [options] IN OUT",
-        QT_TRANSLATE_NOOP("QObject", "A file of features into another system, another format, or both."),
-        QT_TRANSLATE_NOOP(
-            "QObject", R"(Reads and writes every vector format that GDAL knows (nivora-cs list-formats), all
+namespace {
+
+constexpr const char *help = QT_TRANSLATE_NOOP(
+    "QObject", R"(Reads and writes every vector format that GDAL knows (nivora-cs list-formats), all
 layers and attributes included. The format of OUT follows from its extension.
 Without --to only the format changes. The CoordSys clause of a MIF and the
 projection of a TAB are read as they stand, affine transformation and bounds
@@ -39,39 +36,48 @@ Examples:
   nivora-cs convert --from 28407 --to 'CoordSys Earth Projection 1, 104' roads.shp roads.mif
   nivora-cs convert --from 4326 --x lon --y lat points.csv points.tab
   nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
-)"),
+)");
+
+std::vector<Option> options()
+{
+    return withOperationOptions({
+        {"to", "CS", QT_TRANSLATE_NOOP("QObject", "The system of OUT; that of IN when not given.")},
+        {"from", "CS", QT_TRANSLATE_NOOP("QObject", "The system of IN, whatever the file says.")},
+        {"format", "NAME", QT_TRANSLATE_NOOP("QObject", "The format of OUT, whatever its extension.")},
+        {"encoding", "NAME",
+         QT_TRANSLATE_NOOP("QObject", "Characters of IN's texts that are not UTF-8, such as windows-1251.")},
+        {"layer", "NAME", QT_TRANSLATE_NOOP("QObject", "Only this layer; it may stand several times."),
+         nullptr, true},
+        {"out-encoding", "NAME",
+         QT_TRANSLATE_NOOP("QObject", "Characters of OUT's texts, for formats that are not UTF-8.")},
+        {"x", "NAME|N", QT_TRANSLATE_NOOP("QObject", "IN is a table of points: its column of x.")},
+        {"y", "NAME|N", QT_TRANSLATE_NOOP("QObject", "Its column of y.")},
+        {"z", "NAME|N", QT_TRANSLATE_NOOP("QObject", "Its column of heights, which are not transformed.")},
+        {"decimal-comma", nullptr,
+         QT_TRANSLATE_NOOP("QObject", "Commas inside numbers of these columns are decimal marks.")},
+        {"allow", "NAMES",
+         QT_TRANSLATE_NOOP("QObject", "Go on without these: heights, types and so on, with commas between.")},
+        {"lossy", nullptr, QT_TRANSLATE_NOOP("QObject", "Go on without what the format cannot hold.")},
+        {"overwrite", nullptr, QT_TRANSLATE_NOOP("QObject", "Replace OUT.")},
+        {"segmentize", "M",
+         QT_TRANSLATE_NOOP("QObject",
+                           "Add vertices where a straight edge bends by more than M metres in OUT.")},
+        shared::strict,
+        shared::epoch,
+    });
+}
+
+} // namespace
+
+const Command &convertCommand()
+{
+    static const Command command = {
+        "convert",
+        "[--to CS] [options] IN OUT",
+        QT_TRANSLATE_NOOP("QObject", "A file of features into another system, another format, or both."),
+        help,
         2,
-        withOperationOptions({
-            {"to", "CS", QT_TRANSLATE_NOOP("QObject", "The system of OUT; that of IN when not given.")},
-            {"from", "CS", QT_TRANSLATE_NOOP("QObject", "The system of IN, whatever the file says.")},
-            {"format", "NAME", QT_TRANSLATE_NOOP("QObject", "The format of OUT, whatever its extension.")},
-            {"encoding", "NAME",
-             QT_TRANSLATE_NOOP("QObject",
-                               "Characters of IN's texts that are not UTF-8, such as windows-1251.")},
-            {"layer", "NAME", QT_TRANSLATE_NOOP("QObject", "Only this layer; it may stand several times."),
-             nullptr, true},
-            {"out-encoding", "NAME",
-             QT_TRANSLATE_NOOP("QObject", "Characters of OUT's texts, for formats that are not UTF-8.")},
-            {"x", "NAME|N", QT_TRANSLATE_NOOP("QObject", "IN is a table of points: its column of x.")},
-            {"y", "NAME|N", QT_TRANSLATE_NOOP("QObject", "Its column of y.")},
-            {"z", "NAME|N",
-             QT_TRANSLATE_NOOP("QObject", "Its column of heights, which are not transformed.")},
-            {"decimal-comma", nullptr,
-             QT_TRANSLATE_NOOP("QObject", "Commas inside numbers of these columns are decimal marks.")},
-            {"allow", "NAMES",
-             QT_TRANSLATE_NOOP("QObject",
-                               "Go on without these: heights, types and so on, with commas between.")},
-            {"lossy", nullptr, QT_TRANSLATE_NOOP("QObject", "Go on without what the format cannot hold.")},
-            {"overwrite", nullptr, QT_TRANSLATE_NOOP("QObject", "Replace OUT.")},
-            {"segmentize", "M",
-             QT_TRANSLATE_NOOP("QObject",
-                               "Add vertices where a straight edge bends by more than M metres in OUT.")},
-            {"strict", nullptr,
-             QT_TRANSLATE_NOOP("QObject",
-                               "A point for which the difference of the datums would be left out fails.")},
-            {"epoch", "YEAR",
-             QT_TRANSLATE_NOOP("QObject", "When the points were measured, in decimal years.")},
-        }),
+        options(),
         [](const CommandLine &line) { return Conversion(line).run(); },
     };
     return command;

@@ -163,16 +163,9 @@ int run(const CommandLine &line)
     return Success;
 }
 
-} // namespace
-
-const Command &infoCommand()
-{
-    static const Command command = {
-        "info",
-        "[options] CS",
-        QT_TRANSLATE_NOOP("QObject", "What is known of a coordinate system, and its text in any notation."),
-        QT_TRANSLATE_NOOP("QObject",
-                          R"(Writes a line "Title: value" for each thing that is known, and what was assumed.
+constexpr const char *help =
+    QT_TRANSLATE_NOOP("QObject",
+                      R"(Writes a line "Title: value" for each thing that is known, and what was assumed.
 With --format the system in that notation alone, fit to be saved: with its name and
 its code where it has one. With --to the operation that takes it to another
 system, in the middle of their common area or at the point of --at, how good it is,
@@ -185,26 +178,37 @@ Examples:
   nivora-cs info 27700 --to 4326
   nivora-cs info 32637 --at 413224,6179767
   nivora-cs info --format json 'CoordSys Earth Projection 8, 1001, "m", 39, 0, 1, 7500000, 0'
-)"),
+)");
+
+std::vector<Option> options()
+{
+    return {
+        {"format", "wkt1|wkt2|esri|projjson|proj|mapinfo|json",
+         QT_TRANSLATE_NOOP("QObject", "The text in one notation; json: all that is known, as one object.")},
+        {"json", nullptr,
+         QT_TRANSLATE_NOOP("QObject", "The same as --format json; with --to, --at or --candidates those.")},
+        {"to", "CS",
+         QT_TRANSLATE_NOOP("QObject", "The operations from CS to another system, and how good they are.")},
+        {"all", nullptr,
+         QT_TRANSLATE_NOOP("QObject", "With --to: all operations, with their codes and PROJ texts.")},
+        {"candidates", nullptr,
+         QT_TRANSLATE_NOOP("QObject", "The codes that resemble the system, with the confidence in them.")},
+        {"at", "X,Y",
+         QT_TRANSLATE_NOOP("QObject", "How the system shows the surroundings of one of its points.")},
+    };
+}
+
+} // namespace
+
+const Command &infoCommand()
+{
+    static const Command command = {
+        "info",
+        "[options] CS",
+        QT_TRANSLATE_NOOP("QObject", "What is known of a coordinate system, and its text in any notation."),
+        help,
         1,
-        {
-            {"format", "wkt1|wkt2|esri|projjson|proj|mapinfo|json",
-             QT_TRANSLATE_NOOP("QObject",
-                               "The text in one notation; json: all that is known, as one object.")},
-            {"json", nullptr,
-             QT_TRANSLATE_NOOP("QObject",
-                               "The same as --format json; with --to, --at or --candidates those.")},
-            {"to", "CS",
-             QT_TRANSLATE_NOOP("QObject",
-                               "The operations from CS to another system, and how good they are.")},
-            {"all", nullptr,
-             QT_TRANSLATE_NOOP("QObject", "With --to: all operations, with their codes and PROJ texts.")},
-            {"candidates", nullptr,
-             QT_TRANSLATE_NOOP("QObject",
-                               "The codes that resemble the system, with the confidence in them.")},
-            {"at", "X,Y",
-             QT_TRANSLATE_NOOP("QObject", "How the system shows the surroundings of one of its points.")},
-        },
+        options(),
         run,
     };
     return command;

@@ -8,6 +8,7 @@
 #include "PointText.h"
 #include "Reason.h"
 #include "Session.h"
+#include "SharedOptions.h"
 
 #include <coordsys/Measures.h>
 
@@ -300,16 +301,8 @@ int run(const CommandLine &line)
     return allDone && reading.badLines() == 0 ? Success : SomeFailed;
 }
 
-} // namespace
-
-const Command &measureCommand()
-{
-    static const Command command = {
-        "measure",
-        "--cs CS [options] [FILE]",
-        QT_TRANSLATE_NOOP("QObject", "Length, azimuths and area on the ellipsoid of a system."),
-        QT_TRANSLATE_NOOP(
-            "QObject", R"(Reads a line of points, x and y on each line of the FILE or of standard input, and
+constexpr const char *help = QT_TRANSLATE_NOOP(
+    "QObject", R"(Reads a line of points, x and y on each line of the FILE or of standard input, and
 writes its length along geodesics of the system's own ellipsoid; of two points also
 the azimuths (from north, clockwise) and the rhumb line, of more the perimeter and
 area of the polygon that the points make when it is closed. Beside them stand the
@@ -321,21 +314,32 @@ one is reported and passed over, and the exit status is 1 then.
 
 Examples:
   printf '37.6 55.75\n30.3 59.94\n' | nivora-cs measure --cs 4326
-)"),
+)");
+
+std::vector<Option> options()
+{
+    return {
+        shared::pointSystem,
+        shared::csv,
+        shared::delimiter,
+        shared::x,
+        shared::y,
+        shared::decimalComma,
+        {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "A JSON object.")},
+    };
+}
+
+} // namespace
+
+const Command &measureCommand()
+{
+    static const Command command = {
+        "measure",
+        "--cs CS [options] [FILE]",
+        QT_TRANSLATE_NOOP("QObject", "Length, azimuths and area on the ellipsoid of a system."),
+        help,
         Command::AnyCount,
-        {
-            {"cs", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the points.")},
-            {"csv", nullptr, QT_TRANSLATE_NOOP("QObject", "The input is a table with quoted fields.")},
-            {"delimiter", "C",
-             QT_TRANSLATE_NOOP("QObject", "Between the table's columns, \"tab\" too; found when not given.")},
-            {"x", "NAME|N",
-             QT_TRANSLATE_NOOP("QObject",
-                               "The table's column of x, 1 when not given; several with commas between.")},
-            {"y", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of y, 2 when not given.")},
-            {"decimal-comma", nullptr,
-             QT_TRANSLATE_NOOP("QObject", "Commas inside numbers are decimal marks.")},
-            {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "A JSON object.")},
-        },
+        options(),
         run,
     };
     return command;

@@ -4,6 +4,7 @@
 #include "CsvOptions.h"
 #include "Output.h"
 #include "Session.h"
+#include "SharedOptions.h"
 #include "StreamFilter.h"
 
 #include <coordsys/CoordTransform.h>
@@ -194,16 +195,9 @@ int run(const CommandLine &line)
     return StreamFilter(*format, ReferenceWriter(grid), step).run(line.arguments(), options);
 }
 
-} // namespace
-
-const Command &mgrsCommand()
-{
-    static const Command command = {
-        "mgrs",
-        "--cs CS [options] [FILE...]",
-        QT_TRANSLATE_NOOP("QObject", "Military grid references of points, and points of references."),
-        QT_TRANSLATE_NOOP("QObject",
-                          R"(Reads and writes as transform does: x and y become one reference,
+constexpr const char *help =
+    QT_TRANSLATE_NOOP("QObject",
+                      R"(Reads and writes as transform does: x and y become one reference,
 further columns are passed on. The points are brought to WGS 84 first. Digits are cut off, not
 rounded: a reference names the cell that the point lies in. With --inverse a line
 begins with a reference ("37UDB1234567890" or "37U DB 12345 67890") and the answer
@@ -214,43 +208,46 @@ own, and back; all other columns stay.
 Examples:
   echo 37.6173 55.7558 | nivora-cs mgrs --cs 4326
   echo 37UDB1324979476 | nivora-cs mgrs --cs 28407 --inverse
-)"),
+)");
+
+std::vector<Option> options()
+{
+    return {
+        shared::pointSystem,
+        {"inverse", nullptr, QT_TRANSLATE_NOOP("QObject", "Read references and write points.")},
+        {"precision", "N",
+         QT_TRANSLATE_NOOP("QObject",
+                           "Digits of each coordinate, 0 to 5 (5: a metre); with --inverse decimals.")},
+        shared::csv,
+        shared::delimiter,
+        shared::x,
+        shared::y,
+        {"ref", "NAME|N",
+         QT_TRANSLATE_NOOP("QObject", "The table's column of references: a new one, \"mgrs\", when not "
+                                      "given; 1 with --inverse.")},
+        {"out-x", "NAME|N",
+         QT_TRANSLATE_NOOP("QObject", "With --inverse: the column for x, a new one, \"x\", when not given.")},
+        {"out-y", "NAME|N",
+         QT_TRANSLATE_NOOP("QObject", "With --inverse: the column for y, a new one, \"y\", when not given.")},
+        shared::encoding,
+        shared::decimalComma,
+        shared::skip,
+        shared::jobs,
+        shared::progress,
+    };
+}
+
+} // namespace
+
+const Command &mgrsCommand()
+{
+    static const Command command = {
+        "mgrs",
+        "--cs CS [options] [FILE...]",
+        QT_TRANSLATE_NOOP("QObject", "Military grid references of points, and points of references."),
+        help,
         Command::AnyCount,
-        {
-            {"cs", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the points.")},
-            {"inverse", nullptr, QT_TRANSLATE_NOOP("QObject", "Read references and write points.")},
-            {"precision", "N",
-             QT_TRANSLATE_NOOP("QObject",
-                               "Digits of each coordinate, 0 to 5 (5: a metre); with --inverse decimals.")},
-            {"csv", nullptr, QT_TRANSLATE_NOOP("QObject", "The input is a table with quoted fields.")},
-            {"delimiter", "C",
-             QT_TRANSLATE_NOOP("QObject", "Between the table's columns, \"tab\" too; found when not given.")},
-            {"x", "NAME|N",
-             QT_TRANSLATE_NOOP("QObject",
-                               "The table's column of x, 1 when not given; several with commas between.")},
-            {"y", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of y, 2 when not given.")},
-            {"ref", "NAME|N",
-             QT_TRANSLATE_NOOP("QObject", "The table's column of references: a new one, \"mgrs\", when not "
-                                          "given; 1 with --inverse.")},
-            {"out-x", "NAME|N",
-             QT_TRANSLATE_NOOP("QObject",
-                               "With --inverse: the column for x, a new one, \"x\", when not given.")},
-            {"out-y", "NAME|N",
-             QT_TRANSLATE_NOOP("QObject",
-                               "With --inverse: the column for y, a new one, \"y\", when not given.")},
-            {"encoding", "NAME",
-             QT_TRANSLATE_NOOP(
-                 "QObject", "Characters of the files, such as windows-1251 or CP866; UTF-8 when not given.")},
-            {"decimal-comma", nullptr,
-             QT_TRANSLATE_NOOP("QObject", "Commas inside numbers are decimal marks.")},
-            {"skip", "N",
-             QT_TRANSLATE_NOOP("QObject", "Pass the first N lines of each file on as they are.")},
-            {"jobs", "N",
-             QT_TRANSLATE_NOOP("QObject",
-                               "Threads that work; all cores when not given. The output is the same.")},
-            {"progress", nullptr,
-             QT_TRANSLATE_NOOP("QObject", "Show a bar on stderr, when it is a terminal.")},
-        },
+        options(),
         run,
     };
     return command;

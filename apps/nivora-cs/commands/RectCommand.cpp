@@ -7,6 +7,7 @@
 #include "PointText.h"
 #include "SeamCutter.h"
 #include "Session.h"
+#include "SharedOptions.h"
 
 #include <coordsys/CoordTransform.h>
 #include <coordsys/GeographicBounds.h>
@@ -163,16 +164,9 @@ int run(const CommandLine &line)
     return Success;
 }
 
-} // namespace
-
-const Command &rectCommand()
-{
-    static const Command command = {
-        "rect",
-        "--from CS --to CS [options] X Y W H",
-        QT_TRANSLATE_NOOP("QObject", "The rectangle that encloses a rectangle's image in another system."),
-        QT_TRANSLATE_NOOP("QObject",
-                          R"(X and Y are the smallest coordinates, W and H width and height; the answer is
+constexpr const char *help =
+    QT_TRANSLATE_NOOP("QObject",
+                      R"(X and Y are the smallest coordinates, W and H width and height; the answer is
 written in the same order. Only the four corners are transformed, unless --mesh
 is given: then a mesh of points with N intervals along the width, so that edges
 that bulge and poles inside count too, and points that fail are left out. Longitudes
@@ -184,20 +178,34 @@ The exit status is 1 when the rectangle cannot be transformed.
 Examples:
   nivora-cs rect --from 4326 --to 32637 36 55 3 1
   nivora-cs rect --from 4326 --to 3575 --mesh 50 -180 60 360 30
-)"),
+)");
+
+std::vector<Option> options()
+{
+    return withOperationOptions({
+        {"from", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the rectangle.")},
+        {"to", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the answer.")},
+        {"inverse", nullptr,
+         QT_TRANSLATE_NOOP("QObject", "The other way: the rectangle is in the --to system.")},
+        {"mesh", "N",
+         QT_TRANSLATE_NOOP("QObject", "Transform a mesh of points; 100 intervals when N is left out."),
+         "100"},
+        shared::precision,
+        {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "A JSON object with the unrounded numbers.")},
+    });
+}
+
+} // namespace
+
+const Command &rectCommand()
+{
+    static const Command command = {
+        "rect",
+        "--from CS --to CS [options] X Y W H",
+        QT_TRANSLATE_NOOP("QObject", "The rectangle that encloses a rectangle's image in another system."),
+        help,
         4,
-        withOperationOptions({
-            {"from", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the rectangle.")},
-            {"to", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the answer.")},
-            {"inverse", nullptr,
-             QT_TRANSLATE_NOOP("QObject", "The other way: the rectangle is in the --to system.")},
-            {"mesh", "N",
-             QT_TRANSLATE_NOOP("QObject", "Transform a mesh of points; 100 intervals when N is left out."),
-             "100"},
-            {"precision", "N",
-             QT_TRANSLATE_NOOP("QObject", "Decimals; when not given, enough for a tenth of a millimetre.")},
-            {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "A JSON object with the unrounded numbers.")},
-        }),
+        options(),
         run,
     };
     return command;

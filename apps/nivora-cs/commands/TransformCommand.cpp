@@ -9,6 +9,7 @@
 #include "OperationText.h"
 #include "Output.h"
 #include "Session.h"
+#include "SharedOptions.h"
 #include "StreamFilter.h"
 
 #include <coordsys/CoordTransform.h>
@@ -154,16 +155,8 @@ int run(const CommandLine &line)
     return status;
 }
 
-} // namespace
-
-const Command &transformCommand()
-{
-    static const Command command = {
-        "transform",
-        "--from CS --to CS [options] [FILE...]",
-        QT_TRANSLATE_NOOP("QObject", "Coordinates of points, a point a line, from one system to another."),
-        QT_TRANSLATE_NOOP(
-            "QObject", R"(Reads the FILEs, or standard input ("-" or no FILE), and writes to standard output.
+constexpr const char *help = QT_TRANSLATE_NOOP(
+    "QObject", R"(Reads the FILEs, or standard input ("-" or no FILE), and writes to standard output.
 A line holds x and y, separated by blanks, tabs, a comma or a semicolon. Further
 columns are passed on as they are, heights too unless --z is given: then compound,
 three-dimensional and geocentric systems (EPSG:25832+7837, 4979, 4978) keep their
@@ -196,65 +189,63 @@ Examples:
   nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv > out.csv
   printf 'lon;lat\n37.6;55.7\n' | nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat
   nivora-cs transform --from @moscow.prj --to 'CoordSys Earth Projection 1, 104' --inverse
-)"),
+)");
+
+std::vector<Option> options()
+{
+    return withOperationOptions({
+        {"from", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the input.")},
+        {"to", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the output.")},
+        {"inverse", nullptr, QT_TRANSLATE_NOOP("QObject", "The other way: the input is in the --to system.")},
+        shared::precision,
+        {"dms", "DIGITS",
+         QT_TRANSLATE_NOOP("QObject",
+                           "Write degrees, minutes and seconds with so many decimals, 5 when left out."),
+         "5"},
+        {"letters", "en|ru",
+         QT_TRANSLATE_NOOP("QObject", "Hemispheres of --dms: N S E W (en, when not given) or С Ю В З.")},
+        shared::decimalComma,
+        shared::csv,
+        shared::delimiter,
+        shared::x,
+        shared::y,
+        {"out-x", "NAME|N",
+         QT_TRANSLATE_NOOP("QObject", "Column for the new x; a new one when there is none of that name.")},
+        {"out-y", "NAME|N",
+         QT_TRANSLATE_NOOP("QObject",
+                           "Column for the new y. Without these the new x and y replace the old.")},
+        shared::encoding,
+        shared::skip,
+        shared::jobs,
+        {"z", nullptr,
+         QT_TRANSLATE_NOOP("QObject",
+                           "The third column is a height, transformed where both systems know theirs.")},
+        {"t", nullptr,
+         QT_TRANSLATE_NOOP("QObject", "With --z: the fourth column is when the point was measured.")},
+        shared::strict,
+        {"explain", "all",
+         QT_TRANSLATE_NOOP(
+             "QObject", "Tell which operation is used for the FILEs' points, at --at or in the common area, "
+                        "and which elsewhere; no points are written. all: everything."),
+         "short"},
+        {"at", "X,Y", QT_TRANSLATE_NOOP("QObject", "With --explain: a point of the input's system.")},
+        {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "With --explain: a JSON object.")},
+        shared::epoch,
+        shared::progress,
+    });
+}
+
+} // namespace
+
+const Command &transformCommand()
+{
+    static const Command command = {
+        "transform",
+        "--from CS --to CS [options] [FILE...]",
+        QT_TRANSLATE_NOOP("QObject", "Coordinates of points, a point a line, from one system to another."),
+        help,
         Command::AnyCount,
-        withOperationOptions({
-            {"from", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the input.")},
-            {"to", "CS", QT_TRANSLATE_NOOP("QObject", "The system of the output.")},
-            {"inverse", nullptr,
-             QT_TRANSLATE_NOOP("QObject", "The other way: the input is in the --to system.")},
-            {"precision", "N",
-             QT_TRANSLATE_NOOP("QObject", "Decimals; when not given, enough for a tenth of a millimetre.")},
-            {"dms", "DIGITS",
-             QT_TRANSLATE_NOOP("QObject",
-                               "Write degrees, minutes and seconds with so many decimals, 5 when left out."),
-             "5"},
-            {"letters", "en|ru",
-             QT_TRANSLATE_NOOP("QObject", "Hemispheres of --dms: N S E W (en, when not given) or С Ю В З.")},
-            {"decimal-comma", nullptr,
-             QT_TRANSLATE_NOOP("QObject", "Commas inside numbers are decimal marks. The output has points.")},
-            {"csv", nullptr, QT_TRANSLATE_NOOP("QObject", "The input is a table with quoted fields.")},
-            {"delimiter", "C",
-             QT_TRANSLATE_NOOP("QObject", "Between the table's columns, \"tab\" too; found when not given.")},
-            {"x", "NAME|N",
-             QT_TRANSLATE_NOOP("QObject",
-                               "The table's column of x, 1 when not given; several with commas between.")},
-            {"y", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of y, 2 when not given.")},
-            {"out-x", "NAME|N",
-             QT_TRANSLATE_NOOP("QObject",
-                               "Column for the new x; a new one when there is none of that name.")},
-            {"out-y", "NAME|N",
-             QT_TRANSLATE_NOOP("QObject",
-                               "Column for the new y. Without these the new x and y replace the old.")},
-            {"encoding", "NAME",
-             QT_TRANSLATE_NOOP(
-                 "QObject", "Characters of the files, such as windows-1251 or CP866; UTF-8 when not given.")},
-            {"skip", "N",
-             QT_TRANSLATE_NOOP("QObject", "Pass the first N lines of each file on as they are.")},
-            {"jobs", "N",
-             QT_TRANSLATE_NOOP("QObject",
-                               "Threads that work; all cores when not given. The output is the same.")},
-            {"z", nullptr,
-             QT_TRANSLATE_NOOP("QObject",
-                               "The third column is a height, transformed where both systems know theirs.")},
-            {"t", nullptr,
-             QT_TRANSLATE_NOOP("QObject", "With --z: the fourth column is when the point was measured.")},
-            {"strict", nullptr,
-             QT_TRANSLATE_NOOP("QObject",
-                               "A point for which the difference of the datums would be left out fails.")},
-            {"explain", "all",
-             QT_TRANSLATE_NOOP(
-                 "QObject",
-                 "Tell which operation is used for the FILEs' points, at --at or in the common area, "
-                 "and which elsewhere; no points are written. all: everything."),
-             "short"},
-            {"at", "X,Y", QT_TRANSLATE_NOOP("QObject", "With --explain: a point of the input's system.")},
-            {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "With --explain: a JSON object.")},
-            {"epoch", "YEAR",
-             QT_TRANSLATE_NOOP("QObject", "When the points were measured, in decimal years.")},
-            {"progress", nullptr,
-             QT_TRANSLATE_NOOP("QObject", "Show a bar on stderr, when it is a terminal.")},
-        }),
+        options(),
         run,
     };
     return command;

@@ -4,6 +4,7 @@
 #include "FileNames.h"
 #include "Output.h"
 #include "Session.h"
+#include "SharedOptions.h"
 #include "StoreCheck.h"
 #include "UserStore.h"
 
@@ -301,8 +302,7 @@ Examples:
 )"),
         Command::AnyCount,
         {
-            {"branch", "NAME",
-             QT_TRANSLATE_NOOP("QObject", "The branch of the entry, \"Каталог\" when not given.")},
+            shared::branch,
             {"description", "TEXT",
              QT_TRANSLATE_NOOP("QObject", "The name of the entry; that of the system when not given.")},
             {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "list: write a JSON array.")},
