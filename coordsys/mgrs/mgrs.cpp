@@ -1,6 +1,7 @@
 #include "mgrs.h"
 
 #include "arithmetic/grids_p.h"
+#include "arithmetic/reference_p.h"
 
 #include <algorithm>
 #include <cstring>
@@ -25,10 +26,8 @@ constexpr double METRE_TOLERANCE = 5e-8;
 constexpr double INSET_M = 5e-7;
 constexpr double INSET_RAD = INSET_M / 6.4e6;
 
-constexpr int MAX_PRECISION = 5;
 constexpr int SQUARE_M = 100000;
 constexpr double SQUARE_D = SQUARE_M;
-constexpr int powersOfTen[MAX_PRECISION + 1] = {1, 10, 100, 1000, 10000, 100000};
 
 /// I and O are left out everywhere, they look like digits.
 constexpr std::string_view letters = "ABCDEFGHJKLMNPQRSTUVWXYZ";
@@ -341,98 +340,6 @@ int writeUps(const Ellipsoid &ellipsoid, const CheckedPoint &point, int precisio
 
 // ---- Reading ---------------------------------------------------------------------------------------------
 
-/// The parts of a reference. Letters are upper case.
-struct Reference
-{
-    int zone = 0; ///< 0 for UPS
-    char band = 0;
-    char column = 0;
-    char row = 0;
-    int eastM = 0; ///< within the square
-    int northM = 0;
-    int size = 0;
-};
-
-bool isBlank(char c) { return c == ' ' || c == '\t'; }
-bool isDigit(char c) { return c >= '0' && c <= '9'; } // not std::isdigit, which asks the locale
-bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
-
-class Reader
-{
-public:
-    explicit Reader(const char *text)
-        : m_at(text)
-    {}
-
-    bool read(Reference &out)
-    {
-        char zone[2];
-        const int zoneDigits = digits(zone, 2);
-        if (zoneDigits < 0 || !letter(out.band) || !letter(out.column) || !letter(out.row))
-            return false;
-        out.zone = number(zone, zoneDigits);
-        if (zoneDigits > 0 && (out.zone < 1 || out.zone > 60))
-            return false;
-        return coordinates(out);
-    }
-
-private:
-    /// One run of digits; -1 when it is longer than there is room.
-    int digits(char *to, int room)
-    {
-        skipBlanks();
-        int count = 0;
-        for (; isDigit(*m_at); ++m_at) {
-            if (count == room)
-                return -1;
-            to[count++] = *m_at;
-        }
-        return count;
-    }
-
-    static int number(const char *digits, int count)
-    {
-        int value = 0;
-        for (int i = 0; i < count; ++i)
-            value = value * 10 + (digits[i] - '0');
-        return value;
-    }
-
-    bool letter(char &out)
-    {
-        skipBlanks();
-        if (!isLetter(*m_at))
-            return false;
-        out = static_cast<char>(*m_at >= 'a' ? *m_at - 'a' + 'A' : *m_at);
-        ++m_at;
-        return true;
-    }
-
-    bool coordinates(Reference &out)
-    {
-        char text[2 * MAX_PRECISION];
-        const int first = digits(text, 2 * MAX_PRECISION);
-        const int second = first < 0 ? -1 : digits(text + first, 2 * MAX_PRECISION - first);
-        skipBlanks();
-        const bool halved = second == 0 ? first % 2 == 0 : first == second;
-        if (second < 0 || !halved || *m_at != '\0')
-            return false;
-        const int precision = (first + second) / 2;
-        out.size = powersOfTen[MAX_PRECISION - precision];
-        out.eastM = number(text, precision) * out.size;
-        out.northM = number(text + precision, precision) * out.size;
-        return true;
-    }
-
-    void skipBlanks()
-    {
-        while (isBlank(*m_at))
-            ++m_at;
-    }
-
-    const char *m_at;
-};
-
 int indexOf(std::string_view where, char letter)
 {
     const std::size_t index = where.find(letter);
@@ -524,7 +431,7 @@ int Convert_Geodetic_To_MGRS(double latitude, double longitude, int precision, c
 int Convert_MGRS_To_Geodetic(const char *reference, double *latitude, double *longitude)
 {
     Reference parts;
-    if (!reference || !Reader(reference).read(parts))
+    if (!reference || !readReference(reference, parts))
         return StringError;
     Geodetic at;
     if (!(parts.zone > 0 ? locateUtm : locateUps)(currentEllipsoid(), parts, at))
