@@ -62,14 +62,14 @@ struct BulkResult
 /// coordinates and fails alone. Where a conversion ended early, the points that it did not come to are NaN
 /// too, so that nobody takes them for converted ones. Threads: thread-safe; one object serves any number at
 /// once, each with a clone of PROJ's objects that is made on first need (up to 3 ms, with grid files half a
-/// megabyte) and kept until the last copy goes. Copies share the clones. May be called from a thread of the
-/// pool it uses. Keeps the systems; their affine transformations are read at each call.
+/// megabyte) and kept until the last object of the pair goes: all of one pair share the clones. May be called
+/// from a thread of the pool it uses. Keeps the systems; their affine transformations are read at each call.
 class NIVORA_CS_EXPORT BulkTransform
 {
 public:
     /// Takes the pair over; clones are made on first need.
     explicit BulkTransform(const CoordTransform &transform);
-    /// A copy shares the clones.
+    /// Shares the clones.
     BulkTransform(const BulkTransform &other);
     /// Likewise.
     BulkTransform &operator=(const BulkTransform &other);

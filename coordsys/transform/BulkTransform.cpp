@@ -1,10 +1,9 @@
 #include <coordsys/BulkTransform.h>
 
-#include "AffineMap_p.h"
+#include "DirectedOperation_p.h"
 #include "OperationPool_p.h"
 #include "ParallelFor_p.h"
 #include "TransformOperations_p.h"
-#include "TransformStrategies_p.h"
 #include <coordsys/CoordSystem.h>
 #include <platform/utils/ProgressHandler.h>
 
@@ -22,58 +21,15 @@ using nivora::concurrent::ProgressHandler;
 
 /// Points that a thread takes at a time: a millisecond or so, after which it looks whether to stop.
 constexpr std::size_t blockSize = 2048;
-/// Points between two passes of the arithmetic around the engine; they stay in the processor's cache.
-constexpr std::size_t pieceSize = 512;
-
 const QPointF failedPoint(std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::quiet_NaN());
 
-/// The engine gives such a point back as it is.
-void markFailures(QPointF *points, std::size_t count)
-{
-    std::replace_if(
-        points, points + count, [](const QPointF &p) { return !isFinite(p); }, QPointF(HUGE_VAL, HUGE_VAL));
-}
-
-void transformQueue(const TransformQueue &queue, int direction, QPointF *points, std::size_t count,
-                    double time)
-{
-    const OrderedSteps steps(queue, direction);
-    transformSpan(*steps.first, direction, spanOf(points, count), time);
-    if (!steps.second)
-        return;
-    markFailures(points, count);
-    transformSpan(*steps.second, direction, spanOf(points, count), time);
-}
-
-void transformQueue(const TransformQueue &queue, int direction, QPointF &point, double time)
-{
-    const OrderedSteps steps(queue, direction);
-    if (transformPoint(*steps.first, direction, point, time) && steps.second)
-        transformPoint(*steps.second, direction, point, time);
-}
-
-/// One direction of a transformation, as it stands at the time of a call.
+/// One direction, as it stands at the time of a call.
 struct Way
 {
-    OperationPool *stock; ///< null for equal systems
-    int direction;
-    AffineMap source;
-    AffineMap target;
-    double time;
+    OperationPool *pool; ///< null for equal systems
+    DirectedOperation operation;
 
-    bool fails() const { return stock && (source.isSingular() || target.isSingular()); }
-    void convert(const TransformQueue &queue, QPointF *points, std::size_t count) const
-    {
-        source.undo(points, count);
-        transformQueue(queue, direction, points, count, time);
-        target.map(points, count);
-    }
-    void convert(const TransformQueue &queue, QPointF &point) const
-    {
-        source.undo(&point, 1);
-        transformQueue(queue, direction, point, time);
-        target.map(&point, 1);
-    }
+    bool fails() const { return pool && operation.isSingular(); }
 };
 
 bool isSingle(const TransformQueue &queue)
@@ -198,9 +154,9 @@ void ListJob::convertBlock(std::size_t begin, std::size_t end, std::vector<std::
 {
     if (m_way.fails())
         std::fill(m_out + begin, m_out + end, failedPoint);
-    else if (m_way.stock && isWatched() && !isSingle(m_way.stock->original()))
+    else if (m_way.pool && isWatched() && !isSingle(m_way.pool->original()))
         convertWatched(begin, end);
-    else if (m_way.stock)
+    else if (m_way.pool)
         convertPieces(begin, end);
     else if (m_in != m_out)
         std::copy(m_in + begin, m_in + end, m_out + begin);
@@ -209,13 +165,8 @@ void ListJob::convertBlock(std::size_t begin, std::size_t end, std::vector<std::
 
 void ListJob::convertPieces(std::size_t begin, std::size_t end) const
 {
-    const PoolLease engine(*m_way.stock);
-    for (std::size_t i = begin; i < end; i += pieceSize) {
-        const std::size_t size = std::min(pieceSize, end - i);
-        if (m_in != m_out)
-            std::copy(m_in + i, m_in + i + size, m_out + i);
-        m_way.convert(engine.queue(), m_out + i, size);
-    }
+    const PoolLease engine(*m_way.pool);
+    m_way.operation.convert(engine.queue(), m_in + begin, m_out + begin, end - begin, AtFailure::GoOn);
     if (isWatched())
         watchSingle(begin, end);
 }
@@ -223,7 +174,7 @@ void ListJob::convertPieces(std::size_t begin, std::size_t end) const
 /// Where there is one operation for all points.
 void ListJob::watchSingle(std::size_t begin, std::size_t end) const
 {
-    const TransformQueue &queue = m_way.stock->original();
+    const TransformQueue &queue = m_way.pool->original();
     const TransformOperation used =
         queue.second ? joined(*queue.first.single, *queue.second.single) : *queue.first.single;
     if (m_options.refusesBallpark && used.isBallpark)
@@ -235,14 +186,13 @@ void ListJob::watchSingle(std::size_t begin, std::size_t end) const
 /// Point by point where PROJ chooses by place.
 void ListJob::convertWatched(std::size_t begin, std::size_t end) const
 {
-    const PoolLease engine(*m_way.stock);
+    const PoolLease engine(*m_way.pool);
     std::unique_ptr<OperationWatch> spare;
     OperationWatch &watch = engine.watch(spare);
     UseCounts counts;
     for (std::size_t i = begin; i < end; ++i) {
         QPointF point = m_in[i];
-        m_way.convert(engine.queue(), point);
-        if (isFinite(point)) {
+        if (m_way.operation.convert(engine.queue(), point)) {
             const OperationWatch::Pair &used = watch.lastUsed(engine.queue());
             if (m_options.refusesBallpark && leavesDatumOut(used))
                 point = failedPoint;
@@ -270,14 +220,15 @@ struct NIVORA_CS_NO_EXPORT BulkTransform::Impl
         : transform(original)
         , source(original.sourceCoordSystem())
         , destination(original.destinationCoordSystem())
-        , stock(queue ? std::make_unique<OperationPool>(std::move(queue)) : nullptr)
+        , pool(queue ? OperationPool::of(std::move(queue)) : nullptr)
     {}
 
     Way way(int direction, std::optional<double> epoch) const
     {
         const bool forward = direction == PJ_FWD;
-        return {stock.get(), direction, AffineMap(forward ? *source : *destination),
-                AffineMap(forward ? *destination : *source), epoch.value_or(HUGE_VAL)};
+        return {pool.get(),
+                {AffineMap(forward ? *source : *destination), AffineMap(forward ? *destination : *source),
+                 direction, epoch.value_or(HUGE_VAL)}};
     }
     BulkResult convert(const Way &way, const QPointF *in, QPointF *out, std::size_t count,
                        const BulkOptions &options) const;
@@ -288,17 +239,17 @@ struct NIVORA_CS_NO_EXPORT BulkTransform::Impl
     CoordTransform transform;
     CoordSystemPtr source;
     CoordSystemPtr destination;
-    std::unique_ptr<OperationPool> stock; ///< null for equal systems
+    std::shared_ptr<OperationPool> pool; ///< null for equal systems
 };
 
 BulkResult BulkTransform::Impl::convert(const Way &way, const QPointF *in, QPointF *out, std::size_t count,
                                         const BulkOptions &options) const
 {
     ListJob job(way, in, out, count, options);
-    QThreadPool &pool = options.pool ? *options.pool : *QThreadPool::globalInstance();
-    const int wanted = options.threads > 0 ? options.threads : pool.maxThreadCount();
+    QThreadPool &threadPool = options.pool ? *options.pool : *QThreadPool::globalInstance();
+    const int wanted = options.threads > 0 ? options.threads : threadPool.maxThreadCount();
     const auto threads = std::min(static_cast<std::size_t>(std::max(wanted, 1)), job.blocks());
-    parallelFor(pool, static_cast<int>(threads) - 1, [&job] { job.run(); });
+    parallelFor(threadPool, static_cast<int>(threads) - 1, [&job] { job.run(); });
     return job.result();
 }
 
@@ -317,9 +268,7 @@ bool BulkTransform::Impl::convert(const Way &way, const QPointF &in, QPointF &ou
     if (way.fails())
         return false;
     QPointF point = in;
-    if (way.stock)
-        way.convert(PoolLease(*way.stock).queue(), point);
-    if (!isFinite(point))
+    if (way.pool ? !way.operation.convert(PoolLease(*way.pool).queue(), point) : !isFinite(point))
         return false;
     out = point;
     return true;

@@ -1,13 +1,14 @@
 #include <coordsys/CoordTransform.h>
 
-#include "AffineMap_p.h"
-#include "ChosenOperation_p.h"
+#include "DirectedOperation_p.h"
 #include "GeographicBounds_p.h"
 #include "TransformMesh_p.h"
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
+#include <coordsys/ProjEngine.h>
 #include <platform/Logger.h>
 
+#include <QMutexLocker>
 #include <QObject>
 
 #include <algorithm>
@@ -20,43 +21,22 @@ namespace {
 
 bool areFinite(const QVector<QPointF> &points) { return std::all_of(points.begin(), points.end(), isFinite); }
 
-/// Points between two looks at the results; few enough to stay in the processor's cache.
-constexpr std::size_t blockSize = 1024;
-
-/// One direction of a transformation between unequal systems, as it stands at the time of a call.
-struct Way
+/// Under the PROJ lock, which guards PROJ's text. \p points are what a failed conversion left.
+void reportFailure(int direction, const QPointF *points, std::size_t count)
 {
-    AffineMap source;
-    AffineMap target;
-    const TransformQueue *queue;
-    int direction;
-    double time;
+    const QString way = direction == PJ_FWD ? QObject::tr("прямого") : QObject::tr("обратного");
+    logTransformError(QObject::tr("Ошибка %1 преобразования: %2").arg(way, projLastError()));
+    const QPointF *bad = std::find_if_not(points, points + count, isFinite);
+    if (bad != points + count)
+        logTransformError(QObject::tr("Преобразование координат не произведено. %2 (%3 %4)")
+                              .arg(QString::number(bad - points), QString::number(bad->x(), 'g', -1),
+                                   QString::number(bad->y(), 'g', -1)));
+}
 
-    bool isSingular() const { return source.isSingular() || target.isSingular(); }
-    /// In place; false, the points spoilt, when one of them fails.
-    bool convert(QPointF *points, std::size_t count) const
-    {
-        source.undo(points, count);
-        if (!transformPoints(*queue, direction, points, count, time))
-            return false;
-        target.map(points, count);
-        return !target.isActive() || std::all_of(points, points + count, isFinite);
-    }
-    /// The same for one point, which feels what a list's loops cost.
-    bool convert(QPointF &point) const
-    {
-        source.undo(&point, 1);
-        if (!transformPoint(*queue, direction, point, time))
-            return false;
-        target.map(&point, 1);
-        return !target.isActive() || isFinite(point);
-    }
-    bool convertList(const QVector<QPointF> &in, QVector<QPointF> &out) const;
-};
-
-/// Copied, converted and looked at block by block. A list of the right length is written over as it is:
-/// resize() would fill a new one twice. \p out is spoilt when a point fails, and not \p in.
-bool Way::convertList(const QVector<QPointF> &in, QVector<QPointF> &out) const
+/// A list of the right length is written over as it is: resize() would fill a new one twice. \p out is spoilt
+/// when a point fails, and not \p in.
+bool convertList(const DirectedOperation &way, const TransformQueue &queue, const QVector<QPointF> &in,
+                 QVector<QPointF> &out)
 {
     const bool mustCopy = out.size() == in.size();
     if (!mustCopy)
@@ -64,14 +44,10 @@ bool Way::convertList(const QVector<QPointF> &in, QVector<QPointF> &out) const
     QPointF *const points = out.data(); // detaches
     const auto count = static_cast<std::size_t>(in.size());
     const QMutexLocker lock(globalProj4Mutex());
-    for (std::size_t done = 0; done < count; done += blockSize) {
-        const std::size_t size = std::min(blockSize, count - done);
-        if (mustCopy)
-            std::copy_n(in.constData() + done, size, points + done);
-        if (!convert(points + done, size))
-            return false;
-    }
-    return true;
+    if (way.convert(queue, mustCopy ? in.constData() : points, points, count, AtFailure::Stop))
+        return true;
+    reportFailure(way.direction, points, count);
+    return false;
 }
 
 } // namespace
@@ -87,13 +63,9 @@ struct NIVORA_CS_NO_EXPORT CoordTransform::Impl
             throw std::invalid_argument("cs_from");
         if (!to)
             throw std::invalid_argument("cs_to");
-        if (choice.isDefault()) {
-            CoordTransformCache::Route route = coordTransformCache().routeFor(from, to);
-            isEqualsCS = route.isEqual;
-            queue = std::move(route.queue);
-        } else if (isEqualsCS = coordTransformCache().areEqual(*from, *to); !isEqualsCS) {
-            queue = chosenQueue(from, to, choice);
-        }
+        CoordTransformCache::Route route = coordTransformCache().routeFor(from, to, choice);
+        isEqualsCS = route.isEqual;
+        queue = std::move(route.queue);
     }
 
     bool transformList(bool forward, const QVector<QPointF> &in, QVector<QPointF> &out) const;
@@ -110,10 +82,9 @@ struct NIVORA_CS_NO_EXPORT CoordTransform::Impl
 
 private:
     const CoordSystem &from(bool forward) const { return forward ? *source : *destination; }
-    Way way(bool forward) const
+    DirectedOperation way(bool forward) const
     {
-        return {AffineMap(from(forward)), AffineMap(from(!forward)), queue.get(), forward ? PJ_FWD : PJ_INV,
-                time};
+        return {AffineMap(from(forward)), AffineMap(from(!forward)), forward ? PJ_FWD : PJ_INV, time};
     }
 };
 
@@ -127,10 +98,10 @@ bool CoordTransform::Impl::transformList(bool forward, const QVector<QPointF> &i
         out = original;
         return true;
     }
-    const Way way = this->way(forward);
+    const DirectedOperation way = this->way(forward);
     if (way.isSingular())
         return false;
-    if (way.convertList(original, out))
+    if (convertList(way, *queue, original, out))
         return true;
     out = original;
     if (way.source.isActive())
@@ -145,9 +116,14 @@ bool CoordTransform::Impl::transformPoint(bool forward, const QPointF &in, QPoin
         if (!isFinite(point))
             return false;
     } else {
-        const Way way = this->way(forward);
-        if (way.isSingular() || !way.convert(point))
+        const DirectedOperation way = this->way(forward);
+        if (way.isSingular())
             return false;
+        const QMutexLocker lock(globalProj4Mutex());
+        if (!way.convert(*queue, point)) {
+            reportFailure(way.direction, &point, 1);
+            return false;
+        }
     }
     out = point;
     return true;
@@ -184,7 +160,7 @@ bool CoordTransform::Impl::transformMesh(bool forward, const QRectF &in, QRectF 
         out = in;
         return true;
     }
-    const Way way = this->way(forward);
+    const DirectedOperation way = this->way(forward);
     QVector<QPointF> corners = rectToVector(in);
     if (way.isSingular())
         return false;

@@ -2,6 +2,7 @@
 
 #include "CatalogueRevision_p.h"
 #include "CatalogueToken_p.h"
+#include "ChosenOperation_p.h"
 #include "CrsDefinition_p.h"
 #include "FusedUnits_p.h"
 #include "TransformOperations_p.h"
@@ -196,28 +197,27 @@ TransformQueuePtr CoordTransformCache::keep(const QStringList &definitions, Tran
     return queue;
 }
 
-bool CoordTransformCache::areEqual(const CoordSystem &from, const CoordSystem &to)
+bool CoordTransformCache::areEqual(const CoordSystem &from, const CoordSystem &to, const States &states)
 {
-    const States states(from.state(), to.state());
-    Known known{};
-    if (find(states, known))
-        return known.isEqual;
     const unsigned since = catalogueRevision();
-    known.isEqual = !haveDifferentCodes(from, to) && from.isEqual(to, false);
-    note(states, known, since);
-    return known.isEqual;
+    const bool isEqual = !haveDifferentCodes(from, to) && from.isEqual(to, false);
+    note(states, {isEqual, {}}, since);
+    return isEqual;
 }
 
-CoordTransformCache::Route CoordTransformCache::routeFor(const CoordSystemPtr &from, const CoordSystemPtr &to)
+CoordTransformCache::Route CoordTransformCache::routeFor(const CoordSystemPtr &from, const CoordSystemPtr &to,
+                                                         const OperationChoice &choice)
 {
     const States states(from->state(), to->state());
     Known known{};
     Route route;
-    const bool isKnown = find(states, known);
-    route.isEqual = isKnown ? known.isEqual : areEqual(*from, *to);
-    if (!route.isEqual)
-        route.queue = known.queue.lock();
-    if (route.isEqual || route.queue)
+    route.isEqual = find(states, known) ? known.isEqual : areEqual(*from, *to, states);
+    if (route.isEqual)
+        return route;
+    if (!choice.isDefault())
+        return {false, chosenQueue(from, to, choice)};
+    route.queue = known.queue.lock();
+    if (route.queue)
         return route;
     const unsigned since = catalogueRevision();
     route.queue = queueFor(from, to);

@@ -2,6 +2,7 @@
 
 #include "ProjOperation_p.h"
 #include <coordsys/CoordSystemTypes.h>
+#include <coordsys/OperationChoice.h>
 
 #include <QHash>
 #include <QMutex>
@@ -17,11 +18,14 @@
 
 namespace nivora::cs {
 
+class OperationPool;
+
 /// One step, or two when the way runs through WGS 84. Immutable; its PJ objects need the PROJ lock.
 struct TransformQueue
 {
     ProjOperation first;
     ProjOperation second;
+    mutable std::weak_ptr<OperationPool> pool; ///< that of OperationPool::of()
 };
 using TransformQueuePtr = std::shared_ptr<const TransformQueue>;
 
@@ -41,10 +45,9 @@ public:
         TransformQueuePtr queue; ///< null when nothing is
     };
     /// Systems are equal as CoordSystem::isEqual() says with bounds, except two of different EPSG codes: PROJ
-    /// decides there. Throws as createNormalizedTransformation.
-    Route routeFor(const CoordSystemPtr &from, const CoordSystemPtr &to);
-    /// The equality of routeFor() alone.
-    bool areEqual(const CoordSystem &from, const CoordSystem &to);
+    /// decides there. A route by a choice is made anew each time. Throws as createNormalizedTransformation,
+    /// and as chosenQueue() for a choice.
+    Route routeFor(const CoordSystemPtr &from, const CoordSystemPtr &to, const OperationChoice &choice = {});
     /// The pair's queue, made (and kept) when there is none. Throws as createNormalizedTransformation.
     TransformQueuePtr queueFor(const CoordSystemPtr &from, const CoordSystemPtr &to);
     /// How many transformations are kept.
@@ -76,6 +79,7 @@ private:
     static QString definitionOf(const CoordSystem &cs);
     static QString fallbackOf(const CoordSystem &cs, const QString &first);
     static ProjOperation stepFor(const CoordSystemPtr &from, const CoordSystemPtr &to);
+    bool areEqual(const CoordSystem &from, const CoordSystem &to, const States &states);
     bool find(const States &states, Known &known);
     void note(const States &states, const Known &known, unsigned since);
     TransformQueuePtr keep(const QStringList &definitions, TransformQueuePtr queue, unsigned since);

@@ -5,6 +5,7 @@
 
 #include <proj.h>
 
+#include <QMutex>
 #include <QMutexLocker>
 
 #include <utility>
@@ -45,6 +46,19 @@ void PooledOperationDelete::operator()(PooledOperation *engine) const
 {
     if (!isKeptAtProcessEnd(engine))
         delete engine;
+}
+
+std::shared_ptr<OperationPool> OperationPool::of(TransformQueuePtr original)
+{
+    static QMutex mutex; // guards every queue's pool
+    const QMutexLocker lock(&mutex);
+    std::weak_ptr<OperationPool> &known = original->pool;
+    std::shared_ptr<OperationPool> pool = known.lock();
+    if (!pool) {
+        pool = std::make_shared<OperationPool>(std::move(original));
+        known = pool;
+    }
+    return pool;
 }
 
 unsigned OperationPool::newThreadNumber()

@@ -47,6 +47,8 @@ public:
         PooledOperationPtr engine;
     };
 
+    /// The one pool of these steps: as long as anybody converts with them, all who do share its clones.
+    static std::shared_ptr<OperationPool> of(TransformQueuePtr original);
     explicit OperationPool(TransformQueuePtr original)
         : m_original(std::move(original))
     {}

@@ -76,13 +76,9 @@ private:
 
 void transformAll(const Mesh &mesh, PJ_COORD *points, int count)
 {
-    const OrderedSteps steps(mesh.queue, mesh.direction);
-    const PointSpan span = spanOf(points, static_cast<std::size_t>(count));
     const QMutexLocker lock(globalProj4Mutex());
     const ErrnoKeeper keeper(mesh.queue.first.pj.get());
-    transformSpan(*steps.first, mesh.direction, span, mesh.time);
-    if (steps.second)
-        transformSpan(*steps.second, mesh.direction, span, mesh.time);
+    convertSpan(mesh.queue, mesh.direction, spanOf(points, static_cast<std::size_t>(count)), mesh.time);
 }
 
 /// Of a rectangle without width, or without height.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TransformStrategies_p.h"
+#include "DirectedOperation_p.h"
 
 #include <QList>
 #include <QRectF>
