@@ -10,8 +10,6 @@
 #include <new>
 #include <vector>
 
-class QDomElement;
-
 namespace nivora::cs {
 
 /// The catalogue of projections, ellipsoids, datums and units by their MapInfo numbers, read from
@@ -97,12 +95,6 @@ public:
     const std::vector<std::unique_ptr<MIAreaConvParam>> &areaUnitRecords() const { return m_areaUnits; }
 
 private:
-    void addProjections(const QDomElement &section);
-    void addEllipsoids(const QDomElement &section);
-    void addDatums(const QDomElement &section);
-    void addLinearUnits(const QDomElement &section);
-    void addAreaUnits(const QDomElement &section);
-
     std::vector<std::unique_ptr<MIProjectionParam>> m_projections;
     std::vector<std::unique_ptr<MIEllipsoidParam>> m_ellipsoids;
     std::vector<std::unique_ptr<MIDatumParam>> m_datums;

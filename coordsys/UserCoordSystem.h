@@ -10,11 +10,10 @@
 #include <memory>
 #include <utility>
 
-class QDomElement;
-
 namespace nivora::cs {
 
 struct CrsFingerprint;
+struct XmlElement;
 
 /// The coordinate systems that a user keeps, in named branches, stored in "UserCoordSystem.xml".
 /// An entry keeps its source text verbatim, whether or not a system can be made from it. The systems of
@@ -153,7 +152,7 @@ private:
     const CoordSystemParam *find(const CoordSystemTypes::SourceData &source) const;
 
     CoordSystemParam *findInBranch(const QString &branch, const CoordSystemTypes::SourceData &source);
-    CoordSystemParam entryFrom(const QDomElement &element) const;
+    CoordSystemParam entryFrom(const XmlElement &element) const;
 
     QFileInfo m_file;
     QList<CsDataType> m_branches;

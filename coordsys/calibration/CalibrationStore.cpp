@@ -12,7 +12,6 @@
 #include <platform/Utils.h>
 
 #include <QDir>
-#include <QDomDocument>
 #include <QFile>
 #include <QObject>
 #include <QSaveFile>
@@ -78,11 +77,11 @@ CoordSystemTypes::SourceData sourceOf(const CoordSystem &cs)
     return isWhole ? source : CoordSystemTypes::SourceData{CoordSystemTypes::Prj, cs.prjStr()};
 }
 
-CalibrationPair pairFrom(const QDomElement &element)
+CalibrationPair pairFrom(const XmlElement &element)
 {
     CalibrationPair pair;
-    pair.name = element.attribute(QStringLiteral("name"));
-    pair.isUsed = element.attribute(QStringLiteral("used")) != QLatin1String("no");
+    pair.name = element.attribute(QLatin1String("name"));
+    pair.isUsed = element.attribute(QLatin1String("used")) != QLatin1String("no");
     for (const NumberAttribute &number : numbers) {
         bool ok = false;
         const double value = element.attribute(QLatin1String(number.name)).toDouble(&ok);
@@ -92,20 +91,20 @@ CalibrationPair pairFrom(const QDomElement &element)
     return pair;
 }
 
-CalibrationRecord recordFrom(const QDomElement &element)
+CalibrationRecord recordFrom(const XmlElement &element)
 {
     CalibrationRecord record;
-    record.system = fromTagged(element.attribute(QStringLiteral("system")));
-    record.name = element.attribute(QStringLiteral("name"));
-    record.known = fromTagged(element.attribute(QStringLiteral("known")));
-    record.local = fromTagged(element.attribute(QStringLiteral("local")));
-    record.unitCode = element.attribute(QStringLiteral("unit"), QString::number(LinearUnit::Meter)).toInt();
+    record.system = fromTagged(element.attribute(QLatin1String("system")));
+    record.name = element.attribute(QLatin1String("name"));
+    record.known = fromTagged(element.attribute(QLatin1String("known")));
+    record.local = fromTagged(element.attribute(QLatin1String("local")));
+    record.unitCode = element.attribute(QLatin1String("unit"), QString::number(LinearUnit::Meter)).toInt();
     record.model =
-        calibrationModel(element.attribute(QStringLiteral("model"))).value_or(CalibrationModel::Similarity);
-    record.date = QDate::fromString(element.attribute(QStringLiteral("date")), Qt::ISODate);
-    for (QDomElement e = element.firstChildElement(pairName()); !e.isNull();
-         e = e.nextSiblingElement(pairName()))
-        record.pairs << pairFrom(e);
+        calibrationModel(element.attribute(QLatin1String("model"))).value_or(CalibrationModel::Similarity);
+    record.date = QDate::fromString(element.attribute(QLatin1String("date")), Qt::ISODate);
+    for (const XmlElement &e : element.children)
+        if (e.name == pairName())
+            record.pairs << pairFrom(e);
     return record;
 }
 
@@ -191,18 +190,17 @@ QVector<CalibrationRecord> CalibrationStore::records() const
     if (!QFileInfo::exists(m_path))
         return {};
     QFile file(m_path);
-    QDomDocument document;
+    XmlElement root;
     const QString closed = openInput(file);
-    QString damage = closed.isEmpty() ? readXml(file, document) : closed;
-    const QDomElement root = document.documentElement();
-    if (damage.isEmpty() && root.tagName() != rootName())
-        damage = QObject::tr("Корневой элемент <%1> не из файла систем координат").arg(root.tagName());
+    QString damage = closed.isEmpty() ? readXml(file, root) : closed;
+    if (damage.isEmpty() && root.name != rootName())
+        damage = QObject::tr("Корневой элемент <%1> не из файла систем координат").arg(root.name);
     if (!damage.isEmpty())
         throw std::logic_error(QStringLiteral("%1: %2").arg(m_path, damage).toStdString());
     QVector<CalibrationRecord> records;
-    for (QDomElement e = root.firstChildElement(recordName()); !e.isNull();
-         e = e.nextSiblingElement(recordName()))
-        records << recordFrom(e);
+    for (const XmlElement &e : root.children)
+        if (e.name == recordName())
+            records << recordFrom(e);
     return records;
 }
 

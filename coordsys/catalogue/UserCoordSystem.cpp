@@ -11,7 +11,6 @@
 #include <coordsys/SourceTags.h>
 #include <platform/Logger.h>
 
-#include <QDomElement>
 #include <QMutexLocker>
 #include <QObject>
 
@@ -284,7 +283,7 @@ CoordSystemPtr UserCoordSystem::csStringToInternalNoDescription(const CoordSyste
 }
 
 /// An entry as the file has it; its system is made when it is asked for.
-UserCoordSystem::CoordSystemParam UserCoordSystem::entryFrom(const QDomElement &element) const
+UserCoordSystem::CoordSystemParam UserCoordSystem::entryFrom(const XmlElement &element) const
 {
     CoordSystemParam entry;
     entry.m_source = {stringToSourceType(element.attribute(storetext::type())),
@@ -311,13 +310,14 @@ void UserCoordSystem::loadFromFile(bool quiet)
 
     QList<CsDataType> branches;
     int count = 0;
-    const QDomElement root = reading.document.documentElement();
-    for (QDomElement b = root.firstChildElement(storetext::branch()); !b.isNull();
-         b = b.nextSiblingElement(storetext::branch())) {
+    for (const XmlElement &b : reading.root.children) {
+        if (b.name != storetext::branch())
+            continue;
         CsDataType branch;
         branch.name = b.attribute(storetext::name(), defaultBranch());
-        for (QDomElement e = b.firstChildElement(); !e.isNull(); e = e.nextSiblingElement())
-            branch.entries.append(entryFrom(e));
+        for (const XmlElement &e : b.children)
+            if (!e.name.isEmpty())
+                branch.entries.append(entryFrom(e));
         count += branch.entries.size();
         branches.append(branch);
     }

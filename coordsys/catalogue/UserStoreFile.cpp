@@ -89,13 +89,13 @@ void sweepLeftovers(const QFileInfo &file)
 }
 
 /// Another program's document is not an empty store.
-QString foreignRootError(const QDomElement &root)
+QString foreignRootError(const XmlElement &root)
 {
-    if (root.tagName() == storetext::root() || !root.firstChildElement(storetext::branch()).isNull())
+    if (root.name == storetext::root() || root.hasChild(storetext::branch()))
         return {};
     return QStringLiteral("%1:%2: %3")
-        .arg(QString::number(root.lineNumber()), QString::number(root.columnNumber()),
-             QObject::tr("Корневой элемент <%1> не из файла систем координат").arg(root.tagName()));
+        .arg(QString::number(root.line), QString::number(root.column),
+             QObject::tr("Корневой элемент <%1> не из файла систем координат").arg(root.name));
 }
 
 } // namespace
@@ -128,9 +128,9 @@ StoreReading readStore(const QFileInfo &file)
         result.problem = QStringLiteral("%1: %2").arg(source.fileName(), whyClosed);
         return result;
     }
-    QString damage = readXml(source, result.document);
+    QString damage = readXml(source, result.root);
     if (damage.isEmpty())
-        damage = foreignRootError(result.document.documentElement());
+        damage = foreignRootError(result.root);
     if (!damage.isEmpty())
         result.problem = QStringLiteral("%1:%2").arg(source.fileName(), damage);
     return result;

@@ -2,10 +2,9 @@
 
 // The file of the user's own systems: reading, and saving so that it is whole at any time.
 
+#include "XmlElement_p.h"
 #include <coordsys/UserCoordSystem.h>
 #include <platform/files/FileSystem.h>
-
-#include <QDomDocument>
 
 namespace nivora::cs {
 
@@ -13,7 +12,7 @@ struct StoreReading
 {
     bool exists = false;
     QString problem; ///< "path:line:column: reason" or "path: reason"; empty when the document was read
-    QDomDocument document;
+    XmlElement root;
 };
 
 /// Reads the file of a store. A well-formed document of another root that holds no branches is somebody
@@ -49,10 +48,10 @@ namespace storetext {
 inline QString root() { return QStringLiteral("coordsys"); }
 inline QString branch() { return QStringLiteral("branch"); }
 inline QString entry() { return QStringLiteral("cs"); }
-inline QString name() { return QStringLiteral("name"); }
-inline QString type() { return QStringLiteral("type"); }
-inline QString source() { return QStringLiteral("str"); }
-inline QString description() { return QStringLiteral("desc"); }
+inline QLatin1String name() { return QLatin1String("name"); }
+inline QLatin1String type() { return QLatin1String("type"); }
+inline QLatin1String source() { return QLatin1String("str"); }
+inline QLatin1String description() { return QLatin1String("desc"); }
 } // namespace storetext
 
 } // namespace nivora::cs

@@ -2,12 +2,12 @@
 
 #include "CatalogueRevision_p.h"
 #include "InputFile_p.h"
+#include "XmlElement_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/ExportCoordSystemParamsToMitabInternal.h>
 #include <platform/Logger.h>
 #include <platform/Utils.h>
 
-#include <QDomDocument>
 #include <QFile>
 #include <QFileInfo>
 #include <QObject>
@@ -19,16 +19,18 @@
 namespace nivora::cs {
 namespace {
 
-QString textOf(const QDomElement &e, const char *name) { return e.attribute(QLatin1String(name)); }
-int intOf(const QDomElement &e, const char *name) { return textOf(e, name).toInt(); }
-double doubleOf(const QDomElement &e, const char *name) { return textOf(e, name).toDouble(); }
+QString textOf(const XmlElement &e, const char *name) { return e.attribute(QLatin1String(name)); }
+int intOf(const XmlElement &e, const char *name) { return textOf(e, name).toInt(); }
+double doubleOf(const XmlElement &e, const char *name) { return textOf(e, name).toDouble(); }
 
 /// Calls \p add for each entry of a section. A comment between entries ends the section: files in the field
 /// switch their tails off that way. \p lineMessage has %1 for the entry's line.
-template <typename Add> void readEntries(const QDomElement &section, const QString &lineMessage, Add add)
+template <typename Add> void readEntries(const XmlElement &section, const QString &lineMessage, Add add)
 {
-    for (QDomElement e = section.firstChild().toElement(); !e.isNull(); e = e.nextSibling().toElement()) {
-        const auto message = [&] { return lineMessage.arg(e.lineNumber()); };
+    for (const XmlElement &e : section.children) {
+        if (e.name.isEmpty())
+            return;
+        const auto message = [&] { return lineMessage.arg(e.line); };
         try {
             add(e);
         } catch (const std::logic_error &error) {
@@ -40,7 +42,7 @@ template <typename Add> void readEntries(const QDomElement &section, const QStri
 }
 
 /// Throws std::invalid_argument for an empty name or a negative factor.
-void readUnit(const QDomElement &e, LinearUnit &unit)
+void readUnit(const XmlElement &e, LinearUnit &unit)
 {
     unit.setName(textOf(e, "name_mi"));
     unit.setLocalizedName(textOf(e, "name_l10n"));
@@ -91,6 +93,85 @@ template <typename Record> QList<LinearUnit> copiesOf(const std::vector<std::uni
     return units;
 }
 
+void addProjections(const XmlElement &section, ProjectionParamsManager &manager)
+{
+    readEntries(section, QObject::tr("Строка %1: Не удалось добавить проекцию"), [&](const XmlElement &e) {
+        MIProjectionParam record;
+        record.name = textOf(e, "name");
+        record.id = intOf(e, "id");
+        manager.appendMIProjectionParam(std::move(record));
+    });
+}
+
+void addEllipsoids(const XmlElement &section, ProjectionParamsManager &manager)
+{
+    readEntries(section, QObject::tr("Строка %1: Не удалось добавить эллипсоид"), [&](const XmlElement &e) {
+        MIEllipsoidParam record;
+        record.id = intOf(e, "id");
+        record.name = textOf(e, "name");
+        record.name_mitab = textOf(e, "name_mitab");
+        record.semi_major = doubleOf(e, "semi_major");
+        record.inv_flatenning = doubleOf(e, "inv_flatenning");
+        manager.appendMIEllipsoidParam(std::move(record));
+    });
+}
+
+void addDatums(const XmlElement &section, ProjectionParamsManager &manager)
+{
+    static constexpr std::pair<const char *, double MIDatumParam::*> figures[] = {
+        {"dx", &MIDatumParam::dx}, {"dy", &MIDatumParam::dy}, {"dz", &MIDatumParam::dz},
+        {"rx", &MIDatumParam::rx}, {"ry", &MIDatumParam::ry}, {"rz", &MIDatumParam::rz},
+        {"sa", &MIDatumParam::sa}, {"pm", &MIDatumParam::pm},
+    };
+    readEntries(section, QObject::tr("Строка %1: Не удалось добавить датум"), [&](const XmlElement &e) {
+        MIDatumParam record;
+        record.id = intOf(e, "id");
+        record.name = textOf(e, "name");
+        record.name_mitab = textOf(e, "name_mitab");
+        record.epsg_mitab = intOf(e, "epsg_mitab");
+        record.ellipsoid = intOf(e, "ellipsoid");
+        for (const auto &[name, member] : figures)
+            record.*member = doubleOf(e, name);
+        manager.appendMIDatumParam(std::move(record));
+    });
+}
+
+void addLinearUnits(const XmlElement &section, ProjectionParamsManager &manager)
+{
+    readEntries(section, QObject::tr("Строка %1: Не удалось добавить линейную единицу измерения"),
+                [&](const XmlElement &e) {
+                    MIUnitConvParam record;
+                    readUnit(e, record);
+                    record.id = intOf(e, "id");
+                    record.name_proj4 = textOf(e, "name_proj4");
+                    manager.appendMIUnitConvParam(std::move(record));
+                });
+}
+
+void addAreaUnits(const XmlElement &section, ProjectionParamsManager &manager)
+{
+    readEntries(section, QObject::tr("Строка %1: Не удалось добавить площадную единицу измерения"),
+                [&](const XmlElement &e) {
+                    MIAreaConvParam record;
+                    readUnit(e, record);
+                    record.id = intOf(e, "id");
+                    manager.appendMIAreaConvParam(std::move(record));
+                });
+}
+
+void readSections(const XmlElement &root, ProjectionParamsManager &manager)
+{
+    static constexpr std::pair<const char *, void (*)(const XmlElement &, ProjectionParamsManager &)>
+        readers[] = {
+            {"projections", addProjections}, {"ellipsoids", addEllipsoids}, {"datums", addDatums},
+            {"units", addLinearUnits},       {"areas", addAreaUnits},
+        };
+    for (const XmlElement &section : root.children)
+        for (const auto &[name, read] : readers)
+            if (section.name == QLatin1String(name))
+                read(section, manager);
+}
+
 } // namespace
 
 ProjectionParamsManager::ProjectionParamsManager() = default;
@@ -104,15 +185,6 @@ bool ProjectionParamsManager::initFromXML()
 
 bool ProjectionParamsManager::initFromXML(const QDir &dir, const QString &language)
 {
-    using Reader = void (ProjectionParamsManager::*)(const QDomElement &);
-    static constexpr std::pair<const char *, Reader> readers[] = {
-        {"projections", &ProjectionParamsManager::addProjections},
-        {"ellipsoids", &ProjectionParamsManager::addEllipsoids},
-        {"datums", &ProjectionParamsManager::addDatums},
-        {"units", &ProjectionParamsManager::addLinearUnits},
-        {"areas", &ProjectionParamsManager::addAreaUnits},
-    };
-
     clear();
     m_damaged = false;
     QFile file(QFileInfo(dir, QStringLiteral("projection_%1.xml").arg(language)).filePath());
@@ -123,17 +195,11 @@ bool ProjectionParamsManager::initFromXML(const QDir &dir, const QString &langua
     LOG_INFO(QObject::tr("Файл с параметрами проекций: %1").arg(file.fileName()));
     QString damage;
     try {
-        QDomDocument document;
-        damage = readXml(file, document);
-        file.close();
+        XmlElement root;
+        damage = readXml(file, root);
         m_damaged = !damage.isEmpty();
-        // Qt keeps what it read up to an error, and half a catalogue would be worse than none.
-        const QDomElement root = m_damaged ? QDomElement() : document.documentElement();
-        for (QDomElement section = root.firstChildElement(); !section.isNull();
-             section = section.nextSiblingElement())
-            for (const auto &[name, read] : readers)
-                if (section.tagName() == QLatin1String(name))
-                    (this->*read)(section);
+        if (!m_damaged) // half a catalogue would be worse than none
+            readSections(root, *this);
     } catch (...) {
         std::throw_with_nested(std::runtime_error(
             QObject::tr("Ошибка загрузки файла проекций %1").arg(file.fileName()).toStdString()));
@@ -157,74 +223,6 @@ void ProjectionParamsManager::clear()
     m_datums.clear();
     m_linearUnits.clear();
     m_areaUnits.clear();
-}
-
-void ProjectionParamsManager::addProjections(const QDomElement &section)
-{
-    readEntries(section, QObject::tr("Строка %1: Не удалось добавить проекцию"),
-                [this](const QDomElement &e) {
-                    MIProjectionParam record;
-                    record.name = textOf(e, "name");
-                    record.id = intOf(e, "id");
-                    appendMIProjectionParam(std::move(record));
-                });
-}
-
-void ProjectionParamsManager::addEllipsoids(const QDomElement &section)
-{
-    readEntries(section, QObject::tr("Строка %1: Не удалось добавить эллипсоид"),
-                [this](const QDomElement &e) {
-                    MIEllipsoidParam record;
-                    record.id = intOf(e, "id");
-                    record.name = textOf(e, "name");
-                    record.name_mitab = textOf(e, "name_mitab");
-                    record.semi_major = doubleOf(e, "semi_major");
-                    record.inv_flatenning = doubleOf(e, "inv_flatenning");
-                    appendMIEllipsoidParam(std::move(record));
-                });
-}
-
-void ProjectionParamsManager::addDatums(const QDomElement &section)
-{
-    static constexpr std::pair<const char *, double MIDatumParam::*> figures[] = {
-        {"dx", &MIDatumParam::dx}, {"dy", &MIDatumParam::dy}, {"dz", &MIDatumParam::dz},
-        {"rx", &MIDatumParam::rx}, {"ry", &MIDatumParam::ry}, {"rz", &MIDatumParam::rz},
-        {"sa", &MIDatumParam::sa}, {"pm", &MIDatumParam::pm},
-    };
-    readEntries(section, QObject::tr("Строка %1: Не удалось добавить датум"), [this](const QDomElement &e) {
-        MIDatumParam record;
-        record.id = intOf(e, "id");
-        record.name = textOf(e, "name");
-        record.name_mitab = textOf(e, "name_mitab");
-        record.epsg_mitab = intOf(e, "epsg_mitab");
-        record.ellipsoid = intOf(e, "ellipsoid");
-        for (const auto &[name, member] : figures)
-            record.*member = doubleOf(e, name);
-        appendMIDatumParam(std::move(record));
-    });
-}
-
-void ProjectionParamsManager::addLinearUnits(const QDomElement &section)
-{
-    readEntries(section, QObject::tr("Строка %1: Не удалось добавить линейную единицу измерения"),
-                [this](const QDomElement &e) {
-                    MIUnitConvParam record;
-                    readUnit(e, record);
-                    record.id = intOf(e, "id");
-                    record.name_proj4 = textOf(e, "name_proj4");
-                    appendMIUnitConvParam(std::move(record));
-                });
-}
-
-void ProjectionParamsManager::addAreaUnits(const QDomElement &section)
-{
-    readEntries(section, QObject::tr("Строка %1: Не удалось добавить площадную единицу измерения"),
-                [this](const QDomElement &e) {
-                    MIAreaConvParam record;
-                    readUnit(e, record);
-                    record.id = intOf(e, "id");
-                    appendMIAreaConvParam(std::move(record));
-                });
 }
 
 void ProjectionParamsManager::appendMIProjectionParam(MIProjectionParam record)

@@ -4,7 +4,6 @@
 
 #include <QString>
 
-class QDomDocument;
 class QFile;
 class QXmlStreamReader;
 
@@ -18,10 +17,5 @@ QString openInput(QFile &file);
 /// Moves to the root element. False, with the reader's error set, for what is no XML, and for a document type
 /// (DOCTYPE): none of our files has one, and entities that it declares may stand for gigabytes.
 bool readRoot(QXmlStreamReader &xml);
-
-/// Reads an open file as XML. \return empty when it is well-formed, without a document type and not nested
-/// deeper than 64 elements (Qt walks the tree by recursion), else "line:column: reason"; the document is of
-/// no use then.
-QString readXml(QFile &file, QDomDocument &document);
 
 } // namespace nivora::cs
