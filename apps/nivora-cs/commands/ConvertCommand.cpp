@@ -26,6 +26,11 @@ name or --lossy is given; then it is told on stderr:
   affine    an affine transformation
   features  kinds of geometry, features that are split or left out
   layers    further layers
+A format of one kind of geometry, such as ESRI Shapefile, takes a mixed IN with
+--split: points, lines and polygons go into files of their own, roads_lines.shp
+and so on. --append adds to a layer of the same name, columns and system.
+Heights are transformed where both systems know theirs (EPSG:25832+7837, 4979);
+otherwise they stay as they are.
 With --x and --y IN is a table, such as CSV or a spreadsheet, whose columns hold
 coordinates as transform reads them; rows without are listed, too.
 Features that cannot be transformed are left out and listed in OUT's name with
@@ -52,13 +57,16 @@ std::vector<Option> options()
          QT_TRANSLATE_NOOP("QObject", "Characters of OUT's texts, for formats that are not UTF-8.")},
         {"x", "NAME|N", QT_TRANSLATE_NOOP("QObject", "IN is a table of points: its column of x.")},
         {"y", "NAME|N", QT_TRANSLATE_NOOP("QObject", "Its column of y.")},
-        {"z", "NAME|N", QT_TRANSLATE_NOOP("QObject", "Its column of heights, which are not transformed.")},
+        {"z", "NAME|N", QT_TRANSLATE_NOOP("QObject", "Its column of heights.")},
         {"decimal-comma", nullptr,
          QT_TRANSLATE_NOOP("QObject", "Commas inside numbers of these columns are decimal marks.")},
         {"allow", "NAMES",
          QT_TRANSLATE_NOOP("QObject", "Go on without these: heights, types and so on, with commas between.")},
         {"lossy", nullptr, QT_TRANSLATE_NOOP("QObject", "Go on without what the format cannot hold.")},
         {"overwrite", nullptr, QT_TRANSLATE_NOOP("QObject", "Replace OUT.")},
+        {"append", nullptr, QT_TRANSLATE_NOOP("QObject", "Add the features to what OUT holds.")},
+        {"split", nullptr,
+         QT_TRANSLATE_NOOP("QObject", "One OUT for each kind of geometry: OUT_points, OUT_lines and so on.")},
         {"segmentize", "M",
          QT_TRANSLATE_NOOP("QObject",
                            "Add vertices where a straight edge bends by more than M metres in OUT.")},

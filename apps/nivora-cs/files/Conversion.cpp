@@ -8,6 +8,7 @@
 #include "OperationText.h"
 #include "Output.h"
 #include "Progress.h"
+#include "TableBounds.h"
 #include "TableSource.h"
 
 #include <coordsys/CoordSystemConversions.h>
@@ -56,38 +57,35 @@ QString rejectedName(const QString &out)
     return QFileInfo(out).completeBaseName() + QStringLiteral(".rejected.csv");
 }
 
-bool extentOf(OGRLayerH source, const GeometryChange &change, OGREnvelope &extent)
+/// "roads_lines.shp"
+QString nameForKind(const QString &out, FeatureKind kind)
 {
-    if (!change.points)
-        return OGR_L_GetExtent(source, &extent, TRUE) == OGRERR_NONE;
-    const QRectF rect = extentOfPoints(source, *change.points);
-    extent.MinX = rect.left();
-    extent.MaxX = rect.right();
-    extent.MinY = rect.top();
-    extent.MaxY = rect.bottom();
-    return std::isfinite(rect.left());
+    const QFileInfo info(out);
+    const QString base =
+        kind == FeatureKind::Nothing
+            ? info.completeBaseName()
+            : QStringLiteral("%1_%2").arg(info.completeBaseName(), QLatin1String(kindName(kind)));
+    return info.suffix().isEmpty() ? base : base + QLatin1Char('.') + info.suffix();
 }
 
-/// The driver counts a table's coordinates in whole steps between bounds and would move a point behind them
-/// onto them. Those of a system that states none are wide enough for the data.
-QRectF tableBounds(OGRLayerH source, const GeometryChange &change, const OutputLayer &layer)
+/// Throws Failure for options that exclude each other.
+StagedOutput::Mode modeOf(const CommandLine &line)
 {
-    const QRectF world(-180.0, -90.0, 360.0, 180.0); // wider degrees would only make the steps longer
-    OGREnvelope extent;
-    const QRectF bounds =
-        layer.system->isLatLong() && !layer.system->isRectSet() ? world : layer.mapInfo->bounds;
-    if (layer.system->isRectSet() || !extentOf(source, change, extent))
-        return bounds;
-    const bool isPlan = layer.system->isNonEarth();
-    const double size = std::hypot(extent.MaxX - extent.MinX, extent.MaxY - extent.MinY);
-    const double margin = isPlan ? size + 1.0 : 1e-3 * size + 1e-6;
-    const QRectF data = QRectF(QPointF(extent.MinX, extent.MinY), QPointF(extent.MaxX, extent.MaxY))
-                            .adjusted(-margin, -margin, margin, margin);
-    QRectF image = data;
-    if (change.transform &&
-        !change.transform->transform().forwardMesh(data, image, CoordTransform::DefaultAddPointsMesh))
-        return bounds;
-    return isPlan ? image : bounds.united(image); // of a plan they are a guess, far too wide for its steps
+    const char *const ways[] = {"overwrite", "append", "split"};
+    if (line.isSet("append"))
+        for (const char *other : ways)
+            if (line.isSet(other) && other != ways[1])
+                throw Failure(QObject::tr("--append and --%1 exclude each other").arg(QLatin1String(other)));
+    return line.isSet("split")                               ? StagedOutput::Family
+           : line.isSet("overwrite") || line.isSet("append") ? StagedOutput::Replaced
+                                                             : StagedOutput::New;
+}
+
+/// The driver counts a table by reading it; its features are numbered without gaps.
+qint64 lastNumber(OGRLayerH layer, qint64 expected)
+{
+    const Feature last(OGR_L_GetFeature(layer, expected));
+    return last ? expected : OGR_L_GetFeatureCount(layer, TRUE);
 }
 
 /// The driver's words for what it changed: "… couldn't be converted correctly from UTF-8 to CP1251", "Value …
@@ -115,7 +113,8 @@ Conversion::Conversion(const CommandLine &line)
     , m_source((GDALAllRegister(), keepBorder(m_in),
                 openForReading(tableToOpen(m_in, line.isSet("x")), m_messages, line.value("encoding"))))
     , m_format(m_out, line.value("format"), m_in, line.value("out-encoding"))
-    , m_stage(m_out, line.isSet("overwrite"))
+    , m_stage(m_out, modeOf(line))
+    , m_file(QFileInfo(m_out).fileName())
     , m_rejected(m_stage.path(rejectedName(m_out)))
     , m_probe(m_session, m_format, m_stage.dir(), QFileInfo(m_out).fileName())
     , m_values(m_stage.dir(), QFileInfo(m_out).fileName())
@@ -124,6 +123,8 @@ Conversion::Conversion(const CommandLine &line)
     if (m_messages.failed() && (isVirtual || !placesNotAsked().isEmpty()))
         m_losses.add(isVirtual ? Loss::Layers : Loss::Datum,
                      QObject::tr("%1 cannot be read whole: %2").arg(m_in, m_messages.reason()));
+    if (line.isSet("append"))
+        m_append.emplace(m_out, m_format, m_stage);
     m_bulk.epoch = epochOf(line);
     m_bulk.refusesBallpark = line.isSet("strict");
     m_bulk.tally = &m_tally;
@@ -193,7 +194,7 @@ void Conversion::describe(OGRLayerH source, OutputLayer &layer) const
         layer.columns << QString::fromUtf8(OGR_Fld_GetNameRef(OGR_FD_GetFieldDefn(definition, i)));
     layer.numbersColumn = QString::fromUtf8(OGR_L_GetFIDColumn(source));
     layer.geometryColumn = QString::fromUtf8(OGR_L_GetGeometryColumn(source));
-    layer.keepsNumbers = !layer.numbersColumn.isEmpty() && m_format.holdsNumbers();
+    layer.keepsNumbers = !layer.numbersColumn.isEmpty() && m_format.holdsNumbers() && !m_append;
 }
 
 void Conversion::findPoints(OGRLayerH source, const CoordSystemPtr &from, GeometryChange &change) const
@@ -206,15 +207,49 @@ void Conversion::findPoints(OGRLayerH source, const CoordSystemPtr &from, Geomet
             QObject::tr("%1 has no geometry; --x and --y name the columns of coordinates").arg(m_in));
 }
 
+/// Heights go along where both ends say what theirs are above; a reference that passes untouched keeps them.
+void Conversion::findHeights(OGRLayerH source, OutputLayer &layer, GeometryChange &change)
+{
+    const QString given = m_from ? m_line.value("from") : textOfReference(OGR_L_GetSpatialRef(source));
+    const LayerHeights heights = layerHeights(given, m_line.value("to"));
+    layer.heightsAbove = heights.above;
+    layer.heightsAreUnclear = heights.isUnclear;
+    if (!heights.missing.isEmpty())
+        layer.heightsMissing = QObject::tr("heights stay as they are: %1").arg(heights.missing);
+    change.heights = heights.transform;
+    change.heightTally = &m_heightTally;
+    if (layer.reference || !heights.system || m_format.isMapInfo())
+        return;
+    m_reference = referenceOf(*heights.system);
+    layer.reference = m_reference.get();
+}
+
+/// A table counts in steps of its own bounds.
+void Conversion::findExisting(OutputLayer &layer, GeometryChange &change)
+{
+    if (!m_append)
+        return;
+    layer.existing = m_append->layer(m_target.get(), layer.name);
+    layer.name = QString::fromUtf8(OGR_L_GetName(layer.existing));
+    layer.existingSystem = systemOfLayer(m_session, m_target.get(), layer.existing);
+    if (!layer.mapInfo || !layer.existingSystem)
+        return;
+    m_mapInfo = mapInfoTarget(*layer.existingSystem);
+    if (m_format.isTable())
+        layer.bounds = change.limits = m_mapInfo->bounds;
+}
+
 void Conversion::settle(OGRLayerH source, OutputLayer &layer, GeometryChange &change)
 {
     describe(source, layer);
+    change.choice = m_choiceOfFeatures;
     const CoordSystemPtr from = sourceSystem(source);
     findPoints(source, from, change);
     layer.system = carriable(m_to ? m_to : from);
     if (from && layer.system && from != layer.system)
         change.transform.emplace(m_way.emplace(from, layer.system, m_choice, m_bulk.epoch));
     change.bulk = m_bulk;
+    findHeights(source, layer, change);
     if (change.transform)
         change.seams.emplace(*change.transform);
     if (change.transform && m_mostBendM > 0.0)
@@ -237,9 +272,10 @@ void Conversion::settle(OGRLayerH source, OutputLayer &layer, GeometryChange &ch
 
 void Conversion::openTarget(const OutputLayer &first)
 {
-    m_target = m_format.create(m_stage.path(), first);
+    m_target = m_append ? m_append->open() : m_format.create(m_stage.path(m_file), first);
     if (!m_target)
         throw Failure(QObject::tr("cannot write %1: %2").arg(m_out, m_messages.reason()));
+    m_before = m_append ? featureCount(m_target.get()) : 0;
     m_transaction = GDALDatasetTestCapability(m_target.get(), ODsCTransactions) &&
                     GDALDatasetStartTransaction(m_target.get(), FALSE) == OGRERR_NONE;
 }
@@ -253,6 +289,7 @@ void Conversion::convertLayer(int index)
     m_losses.check();
     if (!m_target)
         openTarget(layer);
+    findExisting(layer, change);
     LayerCopy copy({source, m_target.get(), layer, m_format, change, m_probe, m_values, m_coding}, m_losses,
                    m_messages);
 
@@ -264,9 +301,19 @@ void Conversion::convertLayer(int index)
                  progress.update(done, done);
              });
     m_features += copy.written();
-    if (copy.numbersLost())
-        m_notes << QObject::tr("features of \"%1\" get new numbers: the format holds none").arg(layer.name);
+    noteLayer(copy, layer);
     noteWarnings();
+}
+
+void Conversion::noteLayer(const LayerCopy &copy, const OutputLayer &layer)
+{
+    if (copy.numbersLost())
+        m_notes << (m_append ? QObject::tr("features of \"%1\" get new numbers, behind those that are there")
+                             : QObject::tr("features of \"%1\" get new numbers: the format holds none"))
+                       .arg(layer.name);
+    if (copy.hasHeights() && layer.heightsAreUnclear)
+        m_notes
+            << QObject::tr("heights of \"%1\" are passed on: a system says nothing of them").arg(layer.name);
 }
 
 void Conversion::noteWarnings()
@@ -288,10 +335,11 @@ void Conversion::closeTarget()
     if (!committed || m_messages.failed())
         throw Failure(QObject::tr("cannot write %1: %2").arg(m_out, m_messages.reason()));
     if (m_mapInfo)
-        giveSystem(m_stage.path(), *m_mapInfo);
-    m_rejected.close();
+        giveSystem(m_stage.path(m_file), *m_mapInfo);
     m_stage.checkRoom();
     checkCount();
+    m_allFeatures += m_features;
+    m_features = 0;
 }
 
 /// What was written is counted as others will read it: a damaged feature may hide all behind it. Where that
@@ -299,17 +347,18 @@ void Conversion::closeTarget()
 void Conversion::checkCount()
 {
     constexpr qint64 soonRead = 4 * 1024 * 1024;
-    if (!m_format.canBeRead() || m_features == 0)
+    const bool isLarge = QFileInfo(m_stage.path(m_file)).size() > soonRead;
+    if (!m_format.canBeRead() || m_features == 0 || (isLarge && !m_format.opensQuickly()))
         return;
     m_messages.clear();
-    const Dataset dataset = openForReading(m_stage.path(), m_messages);
+    const Dataset dataset = openForReading(m_stage.path(m_file), m_messages);
     qint64 found = 0;
     for (int i = 0; i < GDALDatasetGetLayerCount(dataset.get()); ++i) {
         OGRLayerH layer = GDALDatasetGetLayer(dataset.get(), i);
-        if (!OGR_L_TestCapability(layer, OLCFastFeatureCount) && QFileInfo(m_stage.path()).size() > soonRead)
-            return;
-        found += OGR_L_GetFeatureCount(layer, TRUE);
+        found += m_format.isTable() ? lastNumber(layer, m_before + m_features)
+                                    : OGR_L_GetFeatureCount(layer, TRUE);
     }
+    found -= m_before;
     if (found < m_features)
         m_losses.add(Loss::Features, QObject::tr("of %1 features that were written only %2 can be read again")
                                          .arg(QString::number(m_features), QString::number(found)));
@@ -331,9 +380,11 @@ void Conversion::tell() const
     if (m_rejected.count() > 0)
         complain(QObject::tr("%1 of %2 features left out; see %3")
                      .arg(QString::number(m_rejected.count()),
-                          QString::number(m_rejected.count() + m_features), rejectedName(m_out)));
+                          QString::number(m_rejected.count() + m_allFeatures), rejectedName(m_out)));
     if (m_way)
         report(usageText(*m_way, m_tally));
+    if (!m_heightTally.uses().isEmpty())
+        report(QObject::tr("with heights: %1").arg(usageText(m_heightTally, m_bulk.epoch.has_value())));
 }
 
 /// Those that --layer names, else all.
@@ -370,17 +421,48 @@ std::vector<int> Conversion::convertibleLayers()
     return {layers.front()};
 }
 
-int Conversion::run()
+/// The files that the output is made of today.
+QStringList Conversion::writeWhole(const std::vector<int> &layers)
 {
-    for (const int layer : convertibleLayers())
+    for (const int layer : layers)
         convertLayer(layer);
     if (!m_target)
         openTarget({});
     closeTarget();
-    QStringList parts = m_format.filesOf(m_out);
+    return m_append ? m_append->parts() : m_format.filesOf(m_stage.place(m_file));
+}
+
+/// An output for each kind of geometry; features without any go into the first.
+QStringList Conversion::writeKinds(const std::vector<int> &layers)
+{
+    std::set<FeatureKind> kinds;
+    for (const int layer : layers)
+        for (const FeatureKind kind : kindsIn(GDALDatasetGetLayer(m_source.get(), layer)))
+            kinds.insert(m_line.isSet("x") ? FeatureKind::Points : kind);
+    const bool hasNothing = kinds.size() > 1 && kinds.erase(FeatureKind::Nothing) > 0;
+    QStringList parts;
+    for (const FeatureKind kind : kinds) {
+        m_file = nameForKind(m_out, kind);
+        m_stage.claim(m_file, m_line.isSet("overwrite"));
+        m_choiceOfFeatures = FeatureChoice{kind, hasNothing && kind == *kinds.begin()};
+        if (m_line.isSet("x"))
+            m_choiceOfFeatures.reset();
+        parts << writeWhole(layers);
+        m_mapInfo.reset();
+    }
+    return parts;
+}
+
+int Conversion::run()
+{
+    const std::vector<int> layers = convertibleLayers();
+    QStringList parts = m_line.isSet("split") ? writeKinds(layers) : writeWhole(layers);
+    m_rejected.close();
     const QString oldList = m_stage.place(rejectedName(m_out));
     if (RejectedList::isOne(oldList))
         parts << oldList;
+    if (m_append)
+        m_append->checkUnchanged();
     m_stage.publish(parts);
     tell();
     return m_rejected.count() > 0 ? SomeFailed : Success;

@@ -22,6 +22,14 @@ struct TypedDriver
 };
 constexpr TypedDriver typedDrivers[] = {{"ESRI Shapefile", false}, {"FlatGeobuf", true}};
 
+const TypedDriver *typedDriver(const QString &name)
+{
+    const auto *const found =
+        std::find_if(std::begin(typedDrivers), std::end(typedDrivers),
+                     [&name](const TypedDriver &row) { return name == QLatin1String(row.name); });
+    return found == std::end(typedDrivers) ? nullptr : found;
+}
+
 QString notUtf8(const QString &layer)
 {
     return QObject::tr("texts of \"%1\" are not UTF-8, see --encoding: they are passed on as they are")
@@ -41,10 +49,8 @@ OGRwkbGeometryType layerType(OGRLayerH source, const QString &driver,
                              const std::vector<FeatureBatch::Item> &items)
 {
     const OGRwkbGeometryType type = OGR_L_GetGeomType(source);
-    const auto *const typed =
-        std::find_if(std::begin(typedDrivers), std::end(typedDrivers),
-                     [&driver](const TypedDriver &row) { return driver == QLatin1String(row.name); });
-    if (typed == std::end(typedDrivers) || OGR_GT_Flatten(type) != wkbUnknown)
+    const TypedDriver *const typed = typedDriver(driver);
+    if (!typed || OGR_GT_Flatten(type) != wkbUnknown)
         return type;
     bool heights = false;
     bool measures = false;
@@ -78,19 +84,60 @@ LayerCopy::LayerCopy(const Job &job, Losses &losses, GdalMessages &messages)
 
 LayerWriter::Plan LayerCopy::plan() const
 {
-    return {m_job.source, &m_job.format, m_job.layer, m_lost, nullptr};
+    return {m_job.source, &m_job.format, m_job.layer, m_lost, m_job.layer.existing};
+}
+
+void LayerCopy::settleType(const std::vector<FeatureBatch::Item> &first)
+{
+    OGRwkbGeometryType &type = m_job.layer.type;
+    const bool hasHeights = m_job.change.points && m_job.change.points->z >= 0;
+    type = m_job.layer.existing  ? OGR_L_GetGeomType(m_job.layer.existing)
+           : m_job.change.points ? (hasHeights ? wkbPoint25D : wkbPoint)
+                                 : layerType(m_job.source, m_job.format.name(), first);
+    if (m_job.layer.existing)
+        return;
+    if (m_job.change.splitter) // arcs become lines
+        type = OGR_GT_GetLinear(type);
+    const bool isCut = std::any_of(first.begin(), first.end(), [](const auto &item) { return item.isTorn; });
+    if (isCut && OGR_GT_Flatten(type) != wkbUnknown)
+        type = OGR_GT_GetCollection(type);
+}
+
+/// A layer has one system, and the new features must be in it.
+void LayerCopy::checkExisting() const
+{
+    const OutputLayer &layer = m_job.layer;
+    const auto nameOf = [](const nivora::cs::CoordSystemPtr &system) {
+        return system ? system->description() : QObject::tr("no system");
+    };
+    if (!m_job.probe.isSystemOf(layer.existingSystem))
+        throw Failure(
+            QObject::tr(
+                "the layer \"%1\" is in another system: %2, not %3; --to names the system of the output")
+                .arg(layer.name, nameOf(layer.existingSystem), nameOf(layer.system)));
+}
+
+/// Some drivers write others all the same, for the next program to stumble over.
+void LayerCopy::checkType(OGRGeometryH geometry) const
+{
+    const OGRwkbGeometryType wanted = OGR_GT_Flatten(m_job.layer.type);
+    const OGRwkbGeometryType type = OGR_GT_Flatten(OGR_G_GetGeometryType(geometry));
+    const auto isOf = [wanted](OGRwkbGeometryType one) {
+        return OGR_GT_IsSubClassOf(one, wanted) || one == OGR_GT_GetCollection(wanted);
+    };
+    if (wanted != wkbUnknown && !isOf(type) && !isOf(OGR_GT_GetCollection(type)))
+        throw Failure(QObject::tr("the layer \"%1\" holds other geometries: %2, not %3")
+                          .arg(m_job.layer.name, QString::fromUtf8(OGRGeometryTypeToName(wanted)),
+                               QString::fromUtf8(OGRGeometryTypeToName(type))));
 }
 
 /// Everything that is lost is known before the first feature is written.
 void LayerCopy::createLayer(std::vector<FeatureBatch::Item> &first)
 {
-    const bool hasHeights = m_job.change.points && m_job.change.points->z >= 0;
-    m_job.layer.type = m_job.change.points ? (hasHeights ? wkbPoint25D : wkbPoint)
-                                           : layerType(m_job.source, m_job.format.name(), first);
-    const bool isCut = std::any_of(first.begin(), first.end(), [](const auto &item) { return item.isTorn; });
-    if (isCut && OGR_GT_Flatten(m_job.layer.type) != wkbUnknown)
-        m_job.layer.type = OGR_GT_GetCollection(m_job.layer.type);
+    settleType(first);
     checkKinds(first);
+    if (m_job.layer.existing)
+        checkExisting();
     m_job.layer.isElsewhere = m_job.probe.isElsewhere();
     m_writer = std::make_unique<LayerWriter>(m_job.target, plan(), &m_losses);
     OGRFeatureDefnH definition = OGR_L_GetLayerDefn(m_job.source);
@@ -136,6 +183,16 @@ void LayerCopy::recodeTexts(OGRFeatureH feature)
     }
 }
 
+/// Where one file cannot hold them all.
+void LayerCopy::suggestSplit(const std::vector<OGRGeometryH> &samples)
+{
+    for (OGRGeometryH geometry : samples)
+        m_featureKinds.insert(kindOfFeature(geometry));
+    const TypedDriver *const typed = typedDriver(m_job.format.name());
+    if (typed && !typed->mixed && m_featureKinds.size() > 1)
+        m_losses.suggest(QObject::tr("--split writes a file for each kind of geometry"));
+}
+
 /// Tries what has not come before on the format.
 void LayerCopy::checkKinds(const std::vector<FeatureBatch::Item> &items)
 {
@@ -148,8 +205,13 @@ void LayerCopy::checkKinds(const std::vector<FeatureBatch::Item> &items)
         const Kind kind(OGR_G_GetGeometryType(geometry), OGR_G_HasCurveGeometry(geometry, TRUE) != 0);
         if (kind != last && m_kinds.insert(kind).second)
             samples.push_back(geometry);
+        if (kind != last && m_job.layer.existing)
+            checkType(geometry);
         last = kind;
     }
+    suggestSplit(samples);
+    m_hasHeights = m_hasHeights || std::any_of(samples.begin(), samples.end(),
+                                               [](OGRGeometryH one) { return OGR_G_Is3D(one) != 0; });
     if (m_writer && samples.empty())
         return;
     const LostProperties lost = m_job.probe.check(m_job.layer, samples, m_samples, m_losses);

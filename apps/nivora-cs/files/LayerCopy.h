@@ -35,11 +35,17 @@ public:
     GIntBig written() const { return m_written; }
     /// Whether numbers that the source stores are not in the output.
     bool numbersLost() const { return m_numbersLost; }
+    /// Whether any geometry has heights.
+    bool hasHeights() const { return m_hasHeights; }
 
 private:
     void createLayer(std::vector<FeatureBatch::Item> &first);
+    void settleType(const std::vector<FeatureBatch::Item> &first);
+    void checkExisting() const;
+    void checkType(OGRGeometryH geometry) const;
     void recodeNames();
     void recodeTexts(OGRFeatureH feature);
+    void suggestSplit(const std::vector<OGRGeometryH> &samples);
     void checkKinds(const std::vector<FeatureBatch::Item> &items);
     void checkValues(std::vector<FeatureBatch::Item> &items);
     void noteNumbers(const FeatureBatch::Item &item);
@@ -59,7 +65,9 @@ private:
     GIntBig m_read = 0;
     GIntBig m_firstNumber = 0;
     bool m_numbersLost = false;
+    bool m_hasHeights = false;
     using Kind = std::pair<OGRwkbGeometryType, bool>; ///< and whether there are curves inside
     std::set<Kind> m_kinds;
+    std::set<FeatureKind> m_featureKinds;
     LostProperties m_lost;
 };

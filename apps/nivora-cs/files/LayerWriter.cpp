@@ -59,7 +59,7 @@ LayerWriter::LayerWriter(GDALDatasetH dataset, const Plan &plan, Losses *losses)
     : m_plan(plan)
     , m_losses(losses)
 {
-    if (plan.existing) {
+    if (plan.existing && !plan.layer.isProbe) {
         m_layer = plan.existing;
         findFields();
         return;
@@ -69,19 +69,22 @@ LayerWriter::LayerWriter(GDALDatasetH dataset, const Plan &plan, Losses *losses)
     if (!m_layer)
         throw Failure(
             QObject::tr("the layer \"%1\" cannot be written: %2").arg(plan.layer.name, messages.reason()));
-    createFields();
+    createFields(OGR_L_GetLayerDefn(plan.existing ? plan.existing : plan.source));
     addColumnIfNeeded();
+    if (plan.existing)
+        findFields();
 }
 
 void LayerWriter::findFields()
 {
+    m_columns.clear();
     OGRFeatureDefnH definition = OGR_L_GetLayerDefn(m_plan.source);
     for (int i = 0; i < OGR_FD_GetFieldCount(definition); ++i) {
         const char *const name = OGR_Fld_GetNameRef(OGR_FD_GetFieldDefn(definition, i));
         m_columns.push_back(OGR_FD_GetFieldIndex(OGR_L_GetLayerDefn(m_layer), name));
         if (m_columns.back() < 0)
             throw Failure(QObject::tr("the layer \"%1\" has no column \"%2\"")
-                              .arg(text(OGR_L_GetName(m_layer)), text(name)));
+                              .arg(text(OGR_L_GetName(m_plan.existing)), text(name)));
     }
 }
 
@@ -119,9 +122,8 @@ int LayerWriter::createField(OGRFieldDefnH field)
     return -1;
 }
 
-void LayerWriter::createFields()
+void LayerWriter::createFields(OGRFeatureDefnH definition)
 {
-    OGRFeatureDefnH definition = OGR_L_GetLayerDefn(m_plan.source);
     for (int i = 0; i < OGR_FD_GetFieldCount(definition); ++i) {
         OGRFieldDefnH field = OGR_FD_GetFieldDefn(definition, i);
         const GdalMessages messages;

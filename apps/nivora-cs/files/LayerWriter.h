@@ -19,7 +19,7 @@ public:
         const OutputFormat *format = nullptr;
         OutputLayer layer;
         LostProperties lost;
-        OGRLayerH existing = nullptr; ///< of the data set, to add to; null: a new one
+        OGRLayerH existing = nullptr; ///< to add to; a probe makes one like it. Null: a new one
     };
 
     /// Makes the layer and its columns, or finds them. \p losses null: they have been told. Throws Failure,
@@ -33,7 +33,7 @@ public:
     bool write(OGRFeatureH source, Geometry geometry) const;
 
 private:
-    void createFields();
+    void createFields(OGRFeatureDefnH definition);
     void findFields();
     int createField(OGRFieldDefnH field);
     int createUnder(OGRFieldDefnH field, const QByteArray &name);

@@ -30,6 +30,13 @@ constexpr DriverOption layerOptions[] = {
 constexpr const char *caselessDrivers[] = {"MapInfo File", "ESRI Shapefile", "GPKG",   "SQLite", "CSV",
                                            "OpenFileGDB",  "PGDUMP",         "LIBKML", "KML"};
 
+constexpr const char *quickDrivers[] = {"ESRI Shapefile", "GPKG", "SQLite", "FlatGeobuf", "OpenFileGDB"};
+
+bool isAmong(const char *const *begin, const char *const *end, const QString &driver)
+{
+    return std::any_of(begin, end, [&driver](const char *one) { return driver == QLatin1String(one); });
+}
+
 /// What a driver calls the columns that it adds itself.
 struct OwnColumns
 {
@@ -124,9 +131,12 @@ bool OutputFormat::holdsType(OGRFieldType type) const
 
 bool OutputFormat::tellsCases() const
 {
-    const QString driver = name();
-    return std::none_of(std::begin(caselessDrivers), std::end(caselessDrivers),
-                        [&driver](const char *caseless) { return driver == QLatin1String(caseless); });
+    return !isAmong(std::begin(caselessDrivers), std::end(caselessDrivers), name());
+}
+
+bool OutputFormat::opensQuickly() const
+{
+    return isTable() || isAmong(std::begin(quickDrivers), std::end(quickDrivers), name());
 }
 
 bool OutputFormat::holdsNumbers() const

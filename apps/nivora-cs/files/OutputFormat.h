@@ -22,8 +22,14 @@ struct OutputLayer
     QString numbersColumn; ///< of the source's features, empty when they are mere positions
     QString geometryColumn;
     bool keepsNumbers = false;
-    bool isElsewhere = false; ///< the driver may write coordinates of another system
-    bool isProbe = false;     ///< features must come back in the order in which they were written
+    bool isElsewhere = false;       ///< the driver may write coordinates of another system
+    bool isProbe = false;           ///< features must come back in the order in which they were written
+    QString heightsAbove;           ///< what the reference should say of heights; empty for nothing
+    bool heightsAreUnclear = false; ///< what is given has no known meaning in a system that has one
+    QString heightsMissing; ///< why heights are not converted, where they should be; empty where they are
+    /// Of the output, to add to; null for a new one. Then type and columns are its own.
+    OGRLayerH existing = nullptr;
+    nivora::cs::CoordSystemPtr existingSystem; ///< null for none
 };
 
 /// The format of an output and what its driver has to be told.
@@ -47,6 +53,8 @@ public:
     bool needsColumns() const { return m_isMif; }
     /// Whether features can be given numbers of their own.
     bool holdsNumbers() const;
+    /// Whether a large file of it is opened without reading it.
+    bool opensQuickly() const;
     bool holdsManyLayers() const { return has(GDAL_DCAP_MULTIPLE_VECTOR_LAYERS); }
     /// Null when it cannot be made. \p layer is its first.
     Dataset create(const QString &path, const OutputLayer &layer) const;

@@ -63,23 +63,48 @@ Failure notWritten(const QString &path, int error)
     return Failure(QObject::tr("cannot write %1: %2").arg(path, systemMessage(error)));
 }
 
-} // namespace
+/// What a database has beside it as long as something is not in it yet; it would go into the next one.
+void checkFinished(const QString &path)
+{
+    for (const char *suffix : {"-wal", "-journal"})
+        if (QFileInfo(path + QLatin1String(suffix)).size() > 0)
+            throw Failure(
+                QObject::tr("%1 is open in another program, or was not written to its end: there is %2")
+                    .arg(path, path + QLatin1String(suffix)));
+}
 
-StagedOutput::StagedOutput(const QString &path, bool overwrite)
-    : m_target(path)
-    , m_overwrite(overwrite)
+void checkFree(const QString &path, bool overwrite)
 {
     const QFileInfo info(path);
     if (info.exists() && !info.isFile())
         throw Failure(QObject::tr("%1 exists already and is no file").arg(path));
     if ((info.exists() || info.isSymLink()) && !overwrite)
         throw existing(path);
+    checkFinished(path);
+}
+
+} // namespace
+
+StagedOutput::StagedOutput(const QString &path, Mode mode)
+    : m_target(path)
+{
+    if (mode != Family)
+        checkFree(path, mode == Replaced);
+    if (mode == Replaced)
+        m_replaced << path;
     listenForSignals();
     try {
         m_publication = std::make_unique<Publication>(path);
     } catch (const PublishError &e) {
         throw Failure(QObject::tr("cannot write to %1: %2").arg(e.path(), systemMessage(e.error())));
     }
+}
+
+void StagedOutput::claim(const QString &name, bool overwrite)
+{
+    checkFree(place(name), overwrite);
+    if (overwrite)
+        m_replaced << place(name);
 }
 
 QString StagedOutput::path() const { return path(QFileInfo(m_target).fileName()); }
@@ -107,9 +132,9 @@ void StagedOutput::checkRoom() const
 }
 
 /// Of a data set that names no parts, such as a damaged one, what has its name is one.
-QStringList StagedOutput::namesBeside(const QStringList &parts) const
+QStringList StagedOutput::namesBeside(const QString &path, const QStringList &parts) const
 {
-    const QFileInfo target(m_target);
+    const QFileInfo target(path);
     const QString prefix = target.completeBaseName() + QLatin1Char('.');
     QStringList names;
     for (const QString &part : parts)
@@ -128,7 +153,12 @@ QStringList StagedOutput::namesBeside(const QStringList &parts) const
 void StagedOutput::publish(const QStringList &parts)
 {
     checkInterrupted();
-    const QStringList replaceable = m_overwrite ? namesBeside(parts) : QStringList();
+    QStringList replaceable;
+    for (const QString &target : m_replaced) {
+        checkFinished(target);
+        replaceable << namesBeside(target, parts);
+    }
+    replaceable.removeDuplicates();
     QStringList obsolete = replaceable;
     for (const QString &name : m_publication->names())
         obsolete.removeAll(name);
@@ -139,7 +169,7 @@ void StagedOutput::publish(const QStringList &parts)
             throw Failure(QObject::tr("%1 exists already and is no file").arg(e.path()));
         if (e.kind() == PublishError::NotUndone)
             throw Failure(QObject::tr("cannot write %1; what was there lies in %2").arg(m_target, e.path()));
-        if (e.kind() == PublishError::Exists && m_overwrite)
+        if (e.kind() == PublishError::Exists && !m_replaced.isEmpty())
             throw Failure(QObject::tr("%1 exists already and is no part of %2").arg(e.path(), m_target));
         throw e.kind() == PublishError::Exists ? existing(e.path()) : notWritten(e.path(), e.error());
     }

@@ -13,9 +13,18 @@
 class StagedOutput
 {
 public:
-    /// Throws Failure when something lies at \p path and \p overwrite is false, and when the directory cannot
+    /// What the output is, and what may become of what lies there.
+    enum Mode {
+        New,      ///< nothing is replaced
+        Replaced, ///< what is there goes
+        Family    ///< nothing has the name itself: further names are claimed
+    };
+    /// Throws Failure when something lies at \p path that may not be replaced, and when the directory cannot
     /// be written to.
-    StagedOutput(const QString &path, bool overwrite);
+    StagedOutput(const QString &path, Mode mode);
+    /// A further output beside that of \p path. Throws Failure when something has the name and \p overwrite
+    /// is false.
+    void claim(const QString &name, bool overwrite);
 
     /// Where to write; the name is the output's own.
     QString path() const;
@@ -36,9 +45,9 @@ public:
     void publish(const QStringList &parts);
 
 private:
-    QStringList namesBeside(const QStringList &parts) const;
+    QStringList namesBeside(const QString &target, const QStringList &parts) const;
 
     QString m_target;
-    bool m_overwrite;
+    QStringList m_replaced; ///< outputs that may be
     std::unique_ptr<nivora::files::Publication> m_publication;
 };

@@ -40,6 +40,8 @@ void FeatureBatch::add(Feature source)
     Geometry geometry = m_change.points ? pointOf(source.get(), *m_change.points)
                                         : Geometry(OGR_F_StealGeometry(source.get()));
     const bool lacksPoint = m_change.points && !geometry;
+    if (geometry && m_change.splitter && OGR_G_HasCurveGeometry(geometry.get(), TRUE))
+        geometry = m_change.splitter->straightened(std::move(geometry));
     if (geometry) // some drivers would rather write the source's than the layer's
         OGR_G_AssignSpatialReference(geometry.get(), nullptr);
     m_items.push_back({fid, std::move(source), std::move(geometry), QPointF(NAN, NAN), std::nullopt, false});
@@ -84,6 +86,9 @@ void FeatureBatch::convert()
         m_change.transform->forward(m_in, m_out, m_change.bulk);
     else
         m_out = m_in;
+    if (m_change.heights)
+        for (const Leaf &leaf : m_leaves)
+            convertHeights(leaf);
     for (const Leaf &leaf : m_leaves) {
         std::optional<Rejection> &rejection = m_items[leaf.item].rejection;
         if (!rejection)
@@ -117,6 +122,32 @@ void FeatureBatch::cut(Item &item)
         item.geometry = std::move(pieces);
     else
         item.rejection = Rejection{item.fid, item.firstVertex, Rejection::Torn};
+}
+
+/// Places with heights go by the operation that has heights, too. The geometry keeps its places until it is
+/// stored or cut.
+void FeatureBatch::convertHeights(const Leaf &leaf)
+{
+    FurtherOrdinates further(leaf.geometry, leaf.count);
+    double *z = further.zOrNull();
+    double *m = further.mOrNull();
+    if (!z)
+        return;
+    OGR_G_GetPointsZM(leaf.geometry, nullptr, 0, nullptr, 0, z, step, m, step);
+    const auto count = static_cast<std::size_t>(leaf.count);
+    std::vector<double> x(count);
+    std::vector<double> y(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        x[i] = m_in.at(leaf.begin + static_cast<int>(i)).x();
+        y[i] = m_in.at(leaf.begin + static_cast<int>(i)).y();
+    }
+    const std::vector<double> times(m_change.bulk.epoch ? count : 0, m_change.bulk.epoch.value_or(NAN));
+    m_change.heights->forward(x.data(), y.data(), z, times.empty() ? nullptr : times.data(), count,
+                              m_change.heightTally);
+    for (std::size_t i = 0; i < count; ++i)
+        m_out[leaf.begin + static_cast<int>(i)] = QPointF(x[i], y[i]);
+    const auto *given = reinterpret_cast<const double *>(m_in.constData() + leaf.begin);
+    OGR_G_SetPointsZM(leaf.geometry, leaf.count, given, stride, given + 1, stride, z, step, m, step);
 }
 
 void FeatureBatch::store(const Leaf &leaf)

@@ -75,31 +75,43 @@ SeamCutter::SeamCutter(const BulkTransform &transform)
     : m_transform(transform)
     , m_source(transform.transform().sourceCoordSystem())
     , m_target(transform.transform().destinationCoordSystem())
+    , m_sourceRuler(*m_source)
+    , m_targetRuler(*m_target)
     , m_middle(ownMeridian(*m_target))
 {}
 
-double SeamCutter::lengthM(const QPointF &a, const QPointF &b, const CoordSystem &system) const
+SeamCutter::Ruler::Ruler(const CoordSystem &system)
+    : isDegrees(system.isLatLong())
+    , metres(isDegrees ? CoordSystem::DEGREES_TO_METERS : system.unit().conversion())
+{}
+
+double SeamCutter::Ruler::lengthM(const QPointF &a, const QPointF &b) const
 {
     const QPointF d = b - a;
-    if (!system.isLatLong())
-        return std::hypot(d.x(), d.y()) * system.unit().conversion();
-    const double cosine = std::cos(middleOf(a, b).y() * M_PI / halfTurn);
-    return std::hypot(d.x() * cosine, d.y()) * CoordSystem::DEGREES_TO_METERS;
+    const double cosine = isDegrees ? std::cos(middleOf(a, b).y() * M_PI / halfTurn) : 1.0;
+    return std::hypot(d.x() * cosine, d.y()) * metres;
+}
+
+double SeamCutter::Ruler::atMostM(const QPointF &a, const QPointF &b) const
+{
+    return (std::fabs(b.x() - a.x()) + std::fabs(b.y() - a.y())) * metres;
 }
 
 bool SeamCutter::isTorn(const QPointF &a, const QPointF &b, const QPointF &imageA,
                         const QPointF &imageB) const
 {
-    if (m_target->isLatLong()) {
+    if (m_targetRuler.isDegrees) {
         const double turned = imageB.x() - imageA.x();
-        const double expected = m_source->isLatLong() ? b.x() - a.x() : 0.0;
+        const double expected = m_sourceRuler.isDegrees ? b.x() - a.x() : 0.0;
         return std::fabs(turned - expected) > halfTurn;
     }
     constexpr double longM = 5e6;
     constexpr double stretch = 5.0;
     constexpr double shortM = 1e5;
-    const double imageM = lengthM(imageA, imageB, *m_target);
-    const double sourceM = lengthM(a, b, *m_source);
+    if (m_targetRuler.atMostM(imageA, imageB) <= shortM && m_sourceRuler.atMostM(a, b) <= longM)
+        return false; // nearly all
+    const double imageM = m_targetRuler.lengthM(imageA, imageB);
+    const double sourceM = m_sourceRuler.lengthM(a, b);
     const bool isOdd = imageM > longM || sourceM > longM || (imageM > shortM && imageM > stretch * sourceM);
     return isOdd && jumps(a, b, imageA, imageB);
 }
@@ -109,16 +121,16 @@ bool SeamCutter::jumps(QPointF a, QPointF b, QPointF imageA, QPointF imageB) con
 {
     constexpr int halvings = 40;
     constexpr double gap = 0.05; // of the whole
-    const double whole = lengthM(imageA, imageB, *m_target);
+    const double whole = m_targetRuler.lengthM(imageA, imageB);
     for (int i = 0; i < halvings; ++i) {
         const QPointF middle = middleOf(a, b);
         QPointF image;
         if (!m_transform.forward(middle, image))
             return true; // the edge runs where there is no map
-        const bool isFirst = lengthM(imageA, image, *m_target) > lengthM(image, imageB, *m_target);
+        const bool isFirst = m_targetRuler.lengthM(imageA, image) > m_targetRuler.lengthM(image, imageB);
         (isFirst ? b : a) = middle;
         (isFirst ? imageB : imageA) = image;
-        if (lengthM(imageA, imageB, *m_target) < gap * whole)
+        if (m_targetRuler.lengthM(imageA, imageB) < gap * whole)
             return false;
     }
     return true;

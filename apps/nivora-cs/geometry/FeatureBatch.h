@@ -1,12 +1,14 @@
 #pragma once
 
 #include "EdgeSplitter.h"
+#include "FeatureKind.h"
 #include "GdalFiles.h"
 #include "PeopleText.h"
 #include "PointText.h"
 #include "SeamCutter.h"
 
 #include <coordsys/BulkTransform.h>
+#include <coordsys/SpatialTransform.h>
 
 #include <QRectF>
 
@@ -28,12 +30,15 @@ Geometry pointOf(OGRFeatureH feature, const PointColumns &columns);
 /// How geometries change on their way.
 struct GeometryChange
 {
-    std::optional<nivora::cs::BulkTransform> transform; ///< none: they stay as they are
-    nivora::cs::BulkOptions bulk;                       ///< for it
-    std::optional<SeamCutter> seams;                    ///< as long as there is a transformation
-    std::optional<EdgeSplitter> splitter;               ///< none: no vertices are added
-    std::optional<PointColumns> points;                 ///< none: geometries are those of the source
-    QRectF limits;                                      ///< of what the output can hold; empty for none
+    std::optional<nivora::cs::BulkTransform> transform;  ///< none: they stay as they are
+    nivora::cs::BulkOptions bulk;                        ///< for it
+    std::optional<SeamCutter> seams;                     ///< as long as there is a transformation
+    std::optional<EdgeSplitter> splitter;                ///< none: no vertices are added
+    std::optional<PointColumns> points;                  ///< none: geometries are those of the source
+    QRectF limits;                                       ///< of what the output can hold; empty for none
+    std::optional<FeatureChoice> choice;                 ///< none: all features
+    std::optional<nivora::cs::SpatialTransform> heights; ///< none: those stay as they are
+    nivora::cs::OperationTally *heightTally = nullptr;   ///< borrowed
 };
 
 /// A feature that was left out, and its first vertex that is to blame, in the source's coordinates.
@@ -46,7 +51,8 @@ struct Rejection
 };
 
 /// Features that are converted together, so that many threads find work. Curves are converted by the points
-/// that define them; heights and measures stay as they are. Threads: one at a time.
+/// that define them, unless vertices are added to straight edges; measures stay as they are. Threads: one at
+/// a time.
 class FeatureBatch
 {
 public:
@@ -84,6 +90,7 @@ private:
     void collect(OGRGeometryH geometry);
     void addLeaf(OGRGeometryH geometry);
     void store(const Leaf &leaf);
+    void convertHeights(const Leaf &leaf);
     bool isTorn(const Leaf &leaf) const;
     void cut(Item &item);
     std::optional<Rejection> rejectionOf(const Leaf &leaf) const;

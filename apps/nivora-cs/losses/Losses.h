@@ -19,6 +19,8 @@ public:
 
     /// Each text is kept once.
     void add(Loss kind, const QString &what);
+    /// A way without the loss, for the refusal.
+    void suggest(const QString &way) { m_way = way; }
     /// Throws Failure that tells what was added and is not allowed, with the names that would allow it.
     void check() const;
     bool isAllowed(Loss kind) const { return m_allowed.count(kind) > 0; }
@@ -29,5 +31,6 @@ private:
     std::set<Loss> m_allowed;
     std::set<Loss> m_refusedKinds;
     QStringList m_refused;
+    QString m_way;
     QStringList m_all;
 };

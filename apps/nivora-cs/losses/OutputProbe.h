@@ -38,6 +38,8 @@ public:
                          const QVector<QPointF> &places, Losses &losses);
     /// Compares the systems once more, for further places.
     void checkSystem(const OutputLayer &layer, const QVector<QPointF> &places, Losses &losses);
+    /// Whether a layer that is there has the system that a new one of the format would have.
+    bool isSystemOf(const nivora::cs::CoordSystemPtr &existing) const;
     /// Whether the format carries another system, whose coordinates its driver may write.
     bool isElsewhere() const { return m_isElsewhere; }
 
@@ -52,5 +54,6 @@ private:
     QDir m_place;
     QString m_fileName;
     nivora::cs::CoordSystemPtr m_readAgain; ///< null for none
+    QString m_heightsAgain;                 ///< what is said of heights then
     bool m_isElsewhere = false;
 };

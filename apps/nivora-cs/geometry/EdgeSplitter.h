@@ -1,8 +1,8 @@
 #pragma once
 
-#include <coordsys/BulkTransform.h>
+#include "GdalFiles.h"
 
-#include <ogr_api.h>
+#include <coordsys/BulkTransform.h>
 
 #include <vector>
 
@@ -19,6 +19,9 @@ public:
     /// than the allowed metres from the straight edge between the images of its ends. Heights and measures of
     /// new vertices are in between. Other geometries stay as they are.
     void split(OGRGeometryH geometry) const;
+    /// A geometry whose arcs are lines that leave them by no more than edges may bend. Vertices of its own
+    /// are kept.
+    Geometry straightened(Geometry geometry) const;
 
 private:
     /// A vertex of the source with its image in the plane; NaN where it has none.
@@ -37,5 +40,6 @@ private:
     nivora::cs::BulkTransform m_transform;
     double m_mostBendM;
     double m_metresPerUnit;
+    double m_sourceMetres; ///< a unit of the source
     bool m_isLatLong;
 };

@@ -65,6 +65,8 @@ void Losses::check() const
     QStringList reasons = m_refused.mid(0, mostReasons);
     if (m_refused.size() > mostReasons)
         reasons << QObject::tr("%1 more").arg(QString::number(m_refused.size() - mostReasons));
+    if (m_refusedKinds.count(Loss::Features) > 0 && !m_way.isEmpty())
+        reasons << m_way;
     throw Failure(QObject::tr("%1; --allow %2 goes on without")
                       .arg(reasons.join(QStringLiteral("; ")), kinds.join(QLatin1Char(','))));
 }

@@ -3,6 +3,7 @@
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
 
+#include <algorithm>
 #include <cmath>
 
 using nivora::cs::BulkTransform;
@@ -14,12 +15,47 @@ constexpr int deepest = 12; ///< 4096 pieces of an edge: one that jumps across t
 
 double between(double a, double b, double t) { return a + (b - a) * t; }
 
+double metresPerUnit(const CoordSystem &system)
+{
+    return system.isLatLong() ? CoordSystem::DEGREES_TO_METERS : system.unit().conversion();
+}
+
+QPointF pointAt(OGRGeometryH line, int i) { return {OGR_G_GetX(line, i), OGR_G_GetY(line, i)}; }
+
+/// Of the circle through three points; infinite on a straight line.
+double radius(const QPointF &a, const QPointF &b, const QPointF &c)
+{
+    const auto length = [](const QPointF &d) { return std::hypot(d.x(), d.y()); };
+    const QPointF ab = b - a;
+    const QPointF ac = c - a;
+    const double doubleArea = std::fabs(ab.x() * ac.y() - ab.y() * ac.x());
+    if (length(ac) == 0.0) // a whole circle: the two are ends of a diameter
+        return length(ab) / 2.0;
+    return length(ab) * length(ac) * length(c - b) / (2.0 * doubleArea);
+}
+
+/// Of the arcs in a geometry that are worth bending.
+double largestRadius(OGRGeometryH geometry)
+{
+    double largest = 0.0;
+    for (int i = 0; i < OGR_G_GetGeometryCount(geometry); ++i)
+        largest = std::max(largest, largestRadius(OGR_G_GetGeometryRef(geometry, i)));
+    if (OGR_GT_Flatten(OGR_G_GetGeometryType(geometry)) == wkbCircularString)
+        for (int i = 2; i < OGR_G_GetPointCount(geometry); i += 2) {
+            const double one =
+                radius(pointAt(geometry, i - 2), pointAt(geometry, i - 1), pointAt(geometry, i));
+            largest = std::isfinite(one) ? std::max(largest, one) : largest;
+        }
+    return largest;
+}
+
 } // namespace
 
 EdgeSplitter::EdgeSplitter(const BulkTransform &transform, const CoordSystem &plane, double mostBendM)
     : m_transform(transform)
     , m_mostBendM(mostBendM)
-    , m_metresPerUnit(plane.isLatLong() ? CoordSystem::DEGREES_TO_METERS : plane.unit().conversion())
+    , m_metresPerUnit(metresPerUnit(plane))
+    , m_sourceMetres(metresPerUnit(*transform.transform().sourceCoordSystem()))
     , m_isLatLong(plane.isLatLong())
 {}
 
@@ -65,6 +101,15 @@ void EdgeSplitter::setPoints(OGRGeometryH geometry, const std::vector<Vertex> &l
     OGR_G_SetPointsZM(geometry, static_cast<int>(line.size()), &first.x, stride, &first.y, stride,
                       OGR_G_Is3D(geometry) ? &first.z : nullptr, stride,
                       OGR_G_IsMeasured(geometry) ? &first.m : nullptr, stride);
+}
+
+Geometry EdgeSplitter::straightened(Geometry geometry) const
+{
+    constexpr double coarsest = 4.0; // degrees of an arc for a line
+    constexpr double finest = 0.01;
+    const double bend = m_mostBendM / m_sourceMetres / std::max(largestRadius(geometry.get()), 1e-300);
+    const double angle = 2.0 * std::acos(1.0 - std::min(bend, 1.0)) * 180.0 / M_PI;
+    return Geometry(OGR_G_GetLinearGeometry(geometry.get(), std::clamp(angle, finest, coarsest), nullptr));
 }
 
 void EdgeSplitter::split(OGRGeometryH geometry) const

@@ -1,5 +1,6 @@
 #include "OutputProbe.h"
 
+#include "LayerHeights.h"
 #include "LayerSystem.h"
 #include "Losses.h"
 #include "Output.h"
@@ -160,6 +161,7 @@ OutputProbe::Counts OutputProbe::writtenAndRead(const QString &path, const Outpu
     const Dataset dataset = openForReading(path, messages);
     OGRLayerH again = GDALDatasetGetLayer(dataset.get(), 0);
     m_readAgain = again && layer.system ? systemOfLayer(m_session, dataset.get(), again) : nullptr;
+    m_heightsAgain = again ? heightSystemOf(OGR_L_GetSpatialRef(again)) : QString();
     Counts counts;
     while (const Feature feature{again ? OGR_L_GetNextFeature(again) : nullptr})
         if (OGRGeometryH geometry = OGR_F_GetGeometryRef(feature.get()))
@@ -185,8 +187,20 @@ LostProperties OutputProbe::check(const OutputLayer &layer, const std::vector<OG
         if (read.with[i] < given.with[i])
             losses.add(properties[i].kind, QObject::tr(properties[i].message));
     }
+    const bool hasHeightsLeft = given.with[0] > 0 && !lost.heights;
+    if (hasHeightsLeft && !layer.heightsMissing.isEmpty())
+        losses.add(Loss::Heights, layer.heightsMissing);
+    if (hasHeightsLeft && m_heightsAgain.isEmpty() && !layer.heightsAbove.isEmpty())
+        losses.add(
+            Loss::Heights,
+            QObject::tr("the output does not say what its heights are above (%1)").arg(layer.heightsAbove));
     checkSystem(layer, places, losses);
     return lost;
+}
+
+bool OutputProbe::isSystemOf(const CoordSystemPtr &existing) const
+{
+    return existing && m_readAgain ? m_readAgain->isEqual(*existing, true) : existing == m_readAgain;
 }
 
 void OutputProbe::checkSystem(const OutputLayer &layer, const QVector<QPointF> &places, Losses &losses)

@@ -37,7 +37,18 @@ private:
     };
 
     bool jumps(QPointF a, QPointF b, QPointF imageA, QPointF imageB) const;
-    double lengthM(const QPointF &a, const QPointF &b, const nivora::cs::CoordSystem &system) const;
+    /// What lengths are measured with, once: systems answer behind a lock.
+    struct Ruler
+    {
+        explicit Ruler(const nivora::cs::CoordSystem &system);
+        double lengthM(const QPointF &a, const QPointF &b) const;
+        /// Not less than lengthM().
+        double atMostM(const QPointF &a, const QPointF &b) const;
+
+        bool isDegrees;
+        double metres; ///< of a unit
+    };
+
     bool unwrap(OGRGeometryH line, Ring &ring) const;
     bool closeOverPole(OGRGeometryH polygon, Ring &ring) const;
     Geometry unwrapped(OGRGeometryH geometry) const;
@@ -52,5 +63,7 @@ private:
     nivora::cs::BulkTransform m_transform;
     nivora::cs::CoordSystemPtr m_source;
     nivora::cs::CoordSystemPtr m_target;
+    Ruler m_sourceRuler;
+    Ruler m_targetRuler;
     double m_middle; ///< longitude opposite to the cut
 };

@@ -67,6 +67,8 @@ void FeatureReader::readBatches()
     auto batch = std::make_unique<FeatureBatch>(m_change);
     OGR_L_ResetReading(m_layer);
     while (Feature source{OGR_L_GetNextFeature(m_layer)}) {
+        if (m_change.choice && !m_change.choice->includes(OGR_F_GetGeometryRef(source.get())))
+            continue;
         batch->add(std::move(source));
         if (!batch->isFull())
             continue;
