@@ -1,5 +1,6 @@
 #pragma once
 
+#include <coordsys/OperationChoice.h>
 #include <coordsys/OperationTally.h>
 #include <coordsys/SpatialSystem.h>
 
@@ -31,6 +32,9 @@ class NIVORA_CS_EXPORT SpatialTransform
 public:
     /// Throws std::logic_error "Не могу создать объект трансформации. …" when PROJ knows no way.
     SpatialTransform(const SpatialSystem &from, const SpatialSystem &to);
+    /// By a choice of operations, all of which reach over heights where those are converted. Throws
+    /// std::logic_error with the reason when nothing of the pair fits, for PROJ text always.
+    SpatialTransform(const SpatialSystem &from, const SpatialSystem &to, const OperationChoice &choice);
     SpatialTransform(const SpatialTransform &other);
     /// Copies.
     SpatialTransform &operator=(const SpatialTransform &other);

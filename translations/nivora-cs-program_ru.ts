@@ -656,10 +656,6 @@ Examples:
         <translation>не удалось создать канал: %1</translation>
     </message>
     <message>
-        <source>Commas inside numbers are decimal marks.</source>
-        <translation>Запятые внутри чисел десятичные.</translation>
-    </message>
-    <message>
         <source>Pass the first N lines of each file on as they are.</source>
         <translation>Передать первые N строк каждого файла как есть.</translation>
     </message>
@@ -1498,64 +1494,6 @@ Examples:
         <translation>--%1: «%2» не число</translation>
     </message>
     <message>
-        <source>Reads and writes every vector format that GDAL knows (nivora-cs list-formats), all
-layers and attributes included. The format of OUT follows from its extension.
-Without --to only the format changes. The CoordSys clause of a MIF and the
-projection of a TAB are read as they stand, affine transformation and bounds
-included, and a MIF or TAB gets exactly its system.
-OUT appears whole or not at all. What its format cannot hold is found by writing
-samples and reading them again, and refused by its name, unless --allow has the
-name or --lossy is given; then it is told on stderr:
-  heights   heights, measures, what heights are above
-  types     numbers, times and kinds of values; curves
-  names     of columns
-  texts     their length and letters
-  styles    colours, patterns, labels
-  datum     the system or its shift
-  affine    an affine transformation
-  features  kinds of geometry, features that are split or left out
-  layers    further layers
-With --x and --y IN is a table, such as CSV or a spreadsheet, whose columns hold
-coordinates as transform reads them; rows without are listed, too.
-Features that cannot be transformed are left out and listed in OUT&apos;s name with
-.rejected.csv; the exit status is 1 then.
-
-Examples:
-  nivora-cs convert parcels.tab parcels.gpkg --to 4326 --allow styles
-  nivora-cs convert --from 28407 --to &apos;CoordSys Earth Projection 1, 104&apos; roads.shp roads.mif
-  nivora-cs convert --from 4326 --x lon --y lat points.csv points.tab
-  nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
-</source>
-        <translation>Читает и пишет все векторные форматы, которые знает GDAL (nivora-cs list-formats),
-со всеми слоями и атрибутами. Формат OUT следует из расширения. Без --to меняется
-только формат. Предложение CoordSys файла MIF и проекция таблицы TAB читаются как
-есть, с аффинным преобразованием и границами, и MIF или TAB получает в точности
-свою систему.
-OUT появляется целиком или не появляется. Что его формат не хранит, выясняется
-записью и чтением образцов; это вызывает отказ, если потеря не названа в --allow и
-не указан --lossy; тогда о ней сообщается в stderr:
-  heights   высоты, меры, отсчётная поверхность высот
-  types     числа, время и виды значений; кривые
-  names     имена столбцов
-  texts     длина и буквы текстов
-  styles    цвета, узоры, подписи
-  datum     система или её сдвиг
-  affine    аффинное преобразование
-  features  виды геометрии, объекты, которые делятся или пропускаются
-  layers    остальные слои
-С --x и --y файл IN — таблица, такая как CSV или электронная таблица, в столбцах
-которой стоят координаты, как их читает transform; строки без них тоже перечисляются.
-Объекты, которые не преобразуются, пропускаются и перечисляются в файле с именем
-OUT и окончанием .rejected.csv; код завершения тогда 1.
-
-Примеры:
-  nivora-cs convert parcels.tab parcels.gpkg --to 4326 --allow styles
-  nivora-cs convert --from 28407 --to &apos;CoordSys Earth Projection 1, 104&apos; roads.shp roads.mif
-  nivora-cs convert --from 4326 --x lon --y lat points.csv points.tab
-  nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
-</translation>
-    </message>
-    <message>
         <source>Only this layer; it may stand several times.</source>
         <translation>Только этот слой; можно указать несколько раз.</translation>
     </message>
@@ -1570,10 +1508,6 @@ OUT и окончанием .rejected.csv; код завершения тогд�
     <message>
         <source>Its column of y.</source>
         <translation>Её столбец y.</translation>
-    </message>
-    <message>
-        <source>Its column of heights, which are not transformed.</source>
-        <translation>Её столбец высот; они не преобразуются.</translation>
     </message>
     <message>
         <source>Commas inside numbers of these columns are decimal marks.</source>
@@ -1998,84 +1932,6 @@ Examples:
         <translation>--%1 требует --z</translation>
     </message>
     <message>
-        <source>Reads the FILEs, or standard input (&quot;-&quot; or no FILE), and writes to standard output.
-A line holds x and y, separated by blanks, tabs, a comma or a semicolon. Further
-columns are passed on as they are, heights too unless --z is given: then compound,
-three-dimensional and geocentric systems (EPSG:25832+7837, 4979, 4978) keep their
-heights, and a point fails whose height could not be converted, such as for lack of
-a geoid&apos;s file. Blank
-lines and lines beginning with &apos;#&apos; are passed on. A line whose point cannot be
-transformed gets &quot;*&quot; for x and y and keeps the rest (37.6,91,Moscow becomes
-*,*,Moscow); a line without a point becomes &quot;*&quot;, &quot;*&quot; and its whole text. Both are
-reported on stderr (&quot;line 7: why&quot;, the first 20 of them) and make the exit status
-1. So is a first line of words, a header, but it is passed on as text; --skip
-passes lines on without a word. Input of any size is worked through in blocks.
-
-Degrees may be written as 55.7558, 55°45&apos;21.5&quot;N, 55d45&apos;21.5&quot;, N55:45:21.5 or, with
-both hemispheres, in separate or quoted columns (55 45 21.5 N 37 37 2 E); letters
-are N S E W or С Ю В З. x is first unless the letters say otherwise; the output
-always has x first. Decimal commas are understood where commas cannot separate
-columns (37,6173;55,7558); where both are possible the line fails and says so.
-
-A line on stderr says at the end by which operations the points went and how good
-those are: 5 points by &quot;NTF to WGS 84&quot;, 2 m; 3 ballpark. Ballpark points are those
-whose datums&apos; difference was left out, since nothing is known for the place;
---strict makes them fail.
-
-With --csv the input is a table with quoted fields (RFC 4180) and, when columns
-are named or the first line&apos;s coordinates are words, a header. All other columns
-stay as they are, byte for byte. Angles in several columns: --x 1,2,3,4 --out-x X.
-
-Examples:
-  echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
-  nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv &gt; out.csv
-  printf &apos;lon;lat\n37.6;55.7\n&apos; | nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat
-  nivora-cs transform --from @moscow.prj --to &apos;CoordSys Earth Projection 1, 104&apos; --inverse
-</source>
-        <translation>Читает файлы FILE или стандартный ввод (&quot;-&quot; или без FILE) и пишет в стандартный
-вывод. В строке x и y через пробелы, табуляцию, запятую или точку с запятой. Остальные
-столбцы передаются как есть, и высоты тоже, если нет --z: с ним составные, трёхмерные
-и геоцентрические системы (EPSG:25832+7837, 4979, 4978) сохраняют свои высоты, и не
-преобразуется точка, высоту которой не пересчитать, например без файла геоида. Пустые
-строки и
-строки, начинающиеся с &apos;#&apos;, передаются. Строка, точка которой не преобразуется,
-получает &quot;*&quot; вместо x и y и сохраняет остальное (37.6,91,Moscow становится
-*,*,Moscow); строка без точки становится &quot;*&quot;, &quot;*&quot; и всем своим текстом. О тех и
-других сообщается в stderr (строка и причина, первые 20), и код возврата 1. То же
-с первой строкой из слов, заголовком, но она передаётся как текст; --skip передаёт
-строки молча. Вход любого размера обрабатывается блоками.
-
-Градусы можно писать 55.7558, 55°45&apos;21.5&quot;N, 55d45&apos;21.5&quot;, N55:45:21.5 или, с обоими
-полушариями, в отдельных столбцах или в кавычках (55 45 21.5 N 37 37 2 E); буквы
-N S E W или С Ю В З. Сначала x, если буквы не говорят иного; в выводе всегда
-сначала x. Десятичные запятые понимаются там, где запятая не может разделять
-столбцы (37,6173;55,7558); где возможно и то и другое, строка отвергается с
-объяснением.
-
-В конце строка в stderr говорит, какими операциями прошли точки и какова точность:
-точек: 5, «NTF to WGS 84», 2 м; без сдвига датума: 3. Без сдвига датума идут точки,
-для места которых ничего не известно; с --strict они считаются неудачными.
-
-С --csv на входе таблица с полями в кавычках (RFC 4180) и, если столбцы названы или
-координаты первой строки - слова, с заголовком. Остальные столбцы не меняются ни на
-байт. Углы в нескольких столбцах: --x 1,2,3,4 --out-x X.
-
-Примеры:
-  echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
-  nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv &gt; out.csv
-  printf &apos;lon;lat\n37.6;55.7\n&apos; | nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat
-  nivora-cs transform --from @moscow.prj --to &apos;CoordSys Earth Projection 1, 104&apos; --inverse
-</translation>
-    </message>
-    <message>
-        <source>The third column is a height, transformed where both systems know theirs.</source>
-        <translation>Третий столбец — высота; она пересчитывается, когда обе системы знают свои высоты.</translation>
-    </message>
-    <message>
-        <source>With --z: the fourth column is when the point was measured.</source>
-        <translation>С --z: четвёртый столбец — когда точка измерена.</translation>
-    </message>
-    <message>
         <source>x, y, z and a year are needed</source>
         <translation>нужны x, y, z и год</translation>
     </message>
@@ -2164,6 +2020,239 @@ transform (36°30&apos;E); перед -36°30&apos; ставится &quot;--&qu
     <message>
         <source>only an affine clause says where the system lies: programs on GDAL pass over it without a word and are up to %1 m off (%2)</source>
         <translation>где лежит система, говорит только предложение Affine: программы на GDAL пропускают его без сообщения и ошибаются на величину до %1 м (%2)</translation>
+    </message>
+    <message>
+        <source>Name: %1
+Kind: geocentric: x, y and z from the middle of the earth, %2; only transform --z takes it
+</source>
+        <translation>Название: %1
+Вид: геоцентрическая: x, y и z от центра Земли, %2; её понимает только transform --z
+</translation>
+    </message>
+    <message>
+        <source>Reads and writes every vector format that GDAL knows (nivora-cs list-formats), all
+layers and attributes included. The format of OUT follows from its extension.
+Without --to only the format changes. The CoordSys clause of a MIF and the
+projection of a TAB are read as they stand, affine transformation and bounds
+included, and a MIF or TAB gets exactly its system.
+OUT appears whole or not at all. What its format cannot hold is found by writing
+samples and reading them again, and refused by its name, unless --allow has the
+name or --lossy is given; then it is told on stderr:
+  heights   heights, measures, what heights are above
+  types     numbers, times and kinds of values; curves
+  names     of columns
+  texts     their length and letters
+  styles    colours, patterns, labels
+  datum     the system or its shift
+  affine    an affine transformation
+  features  kinds of geometry, features that are split or left out
+  layers    further layers
+A format of one kind of geometry, such as ESRI Shapefile, takes a mixed IN with
+--split: points, lines and polygons go into files of their own, roads_lines.shp
+and so on. --append adds to a layer of the same name, columns and system.
+Heights are transformed where both systems know theirs (EPSG:25832+7837, 4979);
+otherwise they stay as they are.
+With --x and --y IN is a table, such as CSV or a spreadsheet, whose columns hold
+coordinates as transform reads them; rows without are listed, too.
+Features that cannot be transformed are left out and listed in OUT&apos;s name with
+.rejected.csv; the exit status is 1 then.
+
+Examples:
+  nivora-cs convert parcels.tab parcels.gpkg --to 4326 --allow styles
+  nivora-cs convert --from 28407 --to &apos;CoordSys Earth Projection 1, 104&apos; roads.shp roads.mif
+  nivora-cs convert --from 4326 --x lon --y lat points.csv points.tab
+  nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
+</source>
+        <translation>Читает и пишет все векторные форматы, которые знает GDAL (nivora-cs list-formats),
+со всеми слоями и атрибутами. Формат OUT следует из расширения. Без --to меняется
+только формат. Предложение CoordSys файла MIF и проекция таблицы TAB читаются как
+есть, с аффинным преобразованием и границами, и MIF или TAB получает в точности
+свою систему.
+OUT появляется целиком или не появляется. Что его формат не хранит, выясняется
+записью и чтением образцов; это вызывает отказ, если потеря не названа в --allow и
+не указан --lossy; тогда о ней сообщается в stderr:
+  heights   высоты, меры, отсчётная поверхность высот
+  types     числа, время и виды значений; кривые
+  names     имена столбцов
+  texts     длина и буквы текстов
+  styles    цвета, узоры, подписи
+  datum     система или её сдвиг
+  affine    аффинное преобразование
+  features  виды геометрии, объекты, которые делятся или пропускаются
+  layers    остальные слои
+Формат с одним видом геометрии, например ESRI Shapefile, принимает смешанный IN с
+--split: точки, линии и полигоны попадают в отдельные файлы, roads_lines.shp и так
+далее. --append добавляет к слою с тем же именем, столбцами и системой.
+Высоты пересчитываются, если обе системы знают свои (EPSG:25832+7837, 4979), иначе
+остаются как есть.
+С --x и --y файл IN — таблица, такая как CSV или электронная таблица, в столбцах
+которой стоят координаты, как их читает transform; строки без них тоже перечисляются.
+Объекты, которые не преобразуются, пропускаются и перечисляются в файле с именем
+OUT и окончанием .rejected.csv; код завершения тогда 1.
+
+Примеры:
+  nivora-cs convert parcels.tab parcels.gpkg --to 4326 --allow styles
+  nivora-cs convert --from 28407 --to &apos;CoordSys Earth Projection 1, 104&apos; roads.shp roads.mif
+  nivora-cs convert --from 4326 --x lon --y lat points.csv points.tab
+  nivora-cs convert --segmentize 1 --to 3857 borders.mif borders.geojson
+</translation>
+    </message>
+    <message>
+        <source>Its column of heights.</source>
+        <translation>Её столбец высот.</translation>
+    </message>
+    <message>
+        <source>Add the features to what OUT holds.</source>
+        <translation>Добавить объекты к тому, что есть в OUT.</translation>
+    </message>
+    <message>
+        <source>One OUT for each kind of geometry: OUT_points, OUT_lines and so on.</source>
+        <translation>Отдельный OUT для каждого вида геометрии: OUT_points, OUT_lines и так далее.</translation>
+    </message>
+    <message>
+        <source>Reads the FILEs, or standard input (&quot;-&quot; or no FILE), and writes to standard output.
+A line holds x and y, separated by blanks, tabs, a comma or a semicolon. Further
+columns are passed on as they are, heights too unless --z is given: then compound,
+three-dimensional and geocentric systems (EPSG:25832+7837, 4979, 4978) keep their
+heights, and a point fails whose height could not be converted, such as for lack of
+a geoid&apos;s file. Blank lines and lines beginning with &apos;#&apos; are passed on. A line whose point cannot be
+transformed gets &quot;*&quot; for x and y and keeps the rest (37.6,91,Moscow becomes
+*,*,Moscow); a line without a point becomes &quot;*&quot;, &quot;*&quot; and its whole text. Both are
+reported on stderr (&quot;line 7: why&quot;, the first 20 of them) and make the exit status
+1. So is a first line of words, a header, but it is passed on as text; --skip
+passes lines on without a word. Input of any size is worked through in blocks.
+
+Degrees may be written as 55.7558, 55°45&apos;21.5&quot;N, 55d45&apos;21.5&quot;, N55:45:21.5 or, with
+both hemispheres, in separate or quoted columns (55 45 21.5 N 37 37 2 E); letters
+are N S E W or С Ю В З. x is first unless the letters say otherwise; the output
+always has x first. Decimal commas are understood where commas cannot separate
+columns (37,6173;55,7558); where both are possible the line fails and says so.
+
+A line on stderr says at the end by which operations the points went and how good
+those are: 5 points by &quot;NTF to WGS 84&quot;, 2 m; 3 ballpark. Ballpark points are those
+whose datums&apos; difference was left out, since nothing is known for the place;
+--strict makes them fail.
+
+With --csv the input is a table with quoted fields (RFC 4180) and, when columns
+are named or the first line&apos;s coordinates are words, a header. All other columns
+stay as they are, byte for byte. Angles in several columns: --x 1,2,3,4 --out-x X.
+
+Examples:
+  echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
+  nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv &gt; out.csv
+  printf &apos;lon;lat\n37.6;55.7\n&apos; | nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat
+  nivora-cs transform --from @moscow.prj --to &apos;CoordSys Earth Projection 1, 104&apos; --inverse
+</source>
+        <translation>Читает файлы FILE или стандартный ввод (&quot;-&quot; или без FILE) и пишет в стандартный
+вывод. В строке x и y через пробелы, табуляцию, запятую или точку с запятой. Остальные
+столбцы передаются как есть, и высоты тоже, если нет --z: с ним составные, трёхмерные
+и геоцентрические системы (EPSG:25832+7837, 4979, 4978) сохраняют свои высоты, и не
+преобразуется точка, высоту которой не пересчитать, например без файла геоида. Пустые
+строки и
+строки, начинающиеся с &apos;#&apos;, передаются. Строка, точка которой не преобразуется,
+получает &quot;*&quot; вместо x и y и сохраняет остальное (37.6,91,Moscow становится
+*,*,Moscow); строка без точки становится &quot;*&quot;, &quot;*&quot; и всем своим текстом. О тех и
+других сообщается в stderr (строка и причина, первые 20), и код возврата 1. То же
+с первой строкой из слов, заголовком, но она передаётся как текст; --skip передаёт
+строки молча. Вход любого размера обрабатывается блоками.
+
+Градусы можно писать 55.7558, 55°45&apos;21.5&quot;N, 55d45&apos;21.5&quot;, N55:45:21.5 или, с обоими
+полушариями, в отдельных столбцах или в кавычках (55 45 21.5 N 37 37 2 E); буквы
+N S E W или С Ю В З. Сначала x, если буквы не говорят иного; в выводе всегда
+сначала x. Десятичные запятые понимаются там, где запятая не может разделять
+столбцы (37,6173;55,7558); где возможно и то и другое, строка отвергается с
+объяснением.
+
+В конце строка в stderr говорит, какими операциями прошли точки и какова точность:
+точек: 5, «NTF to WGS 84», 2 м; без сдвига датума: 3. Без сдвига датума идут точки,
+для места которых ничего не известно; с --strict они считаются неудачными.
+
+С --csv на входе таблица с полями в кавычках (RFC 4180) и, если столбцы названы или
+координаты первой строки - слова, с заголовком. Остальные столбцы не меняются ни на
+байт. Углы в нескольких столбцах: --x 1,2,3,4 --out-x X.
+
+Примеры:
+  echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
+  nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv &gt; out.csv
+  printf &apos;lon;lat\n37.6;55.7\n&apos; | nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat
+  nivora-cs transform --from @moscow.prj --to &apos;CoordSys Earth Projection 1, 104&apos; --inverse
+</translation>
+    </message>
+    <message>
+        <source>The third column is a height, transformed where both systems know theirs; of a table --z=NAME or number N.</source>
+        <translation>Третий столбец — высота; она пересчитывается, если обе системы знают свои высоты. Для таблицы --z=ИМЯ или номер N.</translation>
+    </message>
+    <message>
+        <source>With --z: the fourth column is when the point was measured; of a table --t=NAME or number N.</source>
+        <translation>С --z: четвёртый столбец — время измерения точки. Для таблицы --t=ИМЯ или номер N.</translation>
+    </message>
+    <message>
+        <source>%1 does not exist: there is nothing to append to</source>
+        <translation>%1 не существует: добавлять не к чему</translation>
+    </message>
+    <message>
+        <source>%1 cannot be read as %2</source>
+        <translation>%1 не читается как %2</translation>
+    </message>
+    <message>
+        <source>%1: nothing can be appended to files of %2</source>
+        <translation>%1: к файлам %2 добавлять нельзя</translation>
+    </message>
+    <message>
+        <source>%1 has no layer &quot;%2&quot; to append to</source>
+        <translation>В %1 нет слоя «%2», к которому можно добавить</translation>
+    </message>
+    <message>
+        <source>%1 was changed meanwhile; nothing was appended</source>
+        <translation>%1 тем временем изменён; ничего не добавлено</translation>
+    </message>
+    <message>
+        <source>--append and --%1 exclude each other</source>
+        <translation>--append и --%1 исключают друг друга</translation>
+    </message>
+    <message>
+        <source>heights stay as they are: %1</source>
+        <translation>высоты остаются как есть: %1</translation>
+    </message>
+    <message>
+        <source>features of &quot;%1&quot; get new numbers, behind those that are there</source>
+        <translation>объекты «%1» получают новые номера после имеющихся</translation>
+    </message>
+    <message>
+        <source>heights of &quot;%1&quot; are passed on: a system says nothing of them</source>
+        <translation>высоты «%1» переданы как есть: одна из систем ничего о них не говорит</translation>
+    </message>
+    <message>
+        <source>with heights: %1</source>
+        <translation>с высотами: %1</translation>
+    </message>
+    <message>
+        <source>no system</source>
+        <translation>нет системы</translation>
+    </message>
+    <message>
+        <source>the layer &quot;%1&quot; is in another system: %2, not %3; --to names the system of the output</source>
+        <translation>слой «%1» в другой системе: %2, а не %3; --to задаёт систему результата</translation>
+    </message>
+    <message>
+        <source>the layer &quot;%1&quot; holds other geometries: %2, not %3</source>
+        <translation>в слое «%1» геометрия другого вида: %2, а не %3</translation>
+    </message>
+    <message>
+        <source>--split writes a file for each kind of geometry</source>
+        <translation>--split пишет отдельный файл для каждого вида геометрии</translation>
+    </message>
+    <message>
+        <source>%1 is open in another program, or was not written to its end: there is %2</source>
+        <translation>%1 открыт в другой программе или не дописан: есть %2</translation>
+    </message>
+    <message>
+        <source>the output does not say what its heights are above (%1)</source>
+        <translation>результат не говорит, от чего отсчитаны высоты (%1)</translation>
+    </message>
+    <message>
+        <source>x, y and z cannot be one column</source>
+        <translation>x, y и z не могут быть одним столбцом</translation>
     </message>
 </context>
 </TS>

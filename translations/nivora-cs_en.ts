@@ -1041,5 +1041,9 @@
         <source>программы на GDAL пропускают Affine без сообщения: ошибка до %1 м</source>
         <translation>programs on GDAL pass over Affine without a word: up to %1 m off</translation>
     </message>
+    <message>
+        <source>Текст PROJ ничего не говорит о системах высот: задайте операцию кодом или именем</source>
+        <translation>A PROJ text says nothing of height systems: give the operation by code or name</translation>
+    </message>
 </context>
 </TS>

@@ -31,13 +31,17 @@ private:
 
 namespace {
 
-/// As PROJ reads it: bare numbers are EPSG's, PROJ text is a system.
+/// As PROJ reads it: bare numbers are EPSG's, also two of them ("25832+7837"), PROJ text is a system.
 QString readable(const QString &text)
 {
     const QString trimmed = text.trimmed();
-    const bool isNumber = !trimmed.isEmpty() &&
-                          std::all_of(trimmed.begin(), trimmed.end(), [](QChar c) { return c.isDigit(); });
-    if (isNumber)
+    const auto isNumber = [](const QString &part) {
+        return !part.isEmpty() &&
+               std::all_of(part.begin(), part.end(), [](QChar c) { return c >= u'0' && c <= u'9'; });
+    };
+    const QString vertical = trimmed.section(QLatin1Char('+'), 1);
+    if (isNumber(trimmed.section(QLatin1Char('+'), 0, 0)) && (vertical.isEmpty() || isNumber(vertical)) &&
+        !trimmed.endsWith(QLatin1Char('+')))
         return QStringLiteral("EPSG:") + trimmed;
     const bool isBare = trimmed.startsWith(QLatin1Char('+')) && !trimmed.contains(QLatin1String("+type=crs"));
     return isBare ? trimmed + QStringLiteral(" +type=crs") : trimmed;

@@ -136,7 +136,9 @@ CoordinateUnits endOf(const PJ *crs)
     const CrsKind kind = kindOf(globalProjContext(), crs);
     if (kind != CrsKind::Geographic && kind != CrsKind::RotatedGeographic)
         return {};
-    return CoordinateUnits::ofUnit(axisFactor(globalProjContext(), crs));
+    const bool isCompound = proj_get_type(crs) == PJ_TYPE_COMPOUND_CRS; // whose own axes PROJ does not tell
+    const PjHandle plane = isCompound ? horizontalPart(globalProjContext(), crs) : nullptr;
+    return CoordinateUnits::ofUnit(axisFactor(globalProjContext(), plane ? plane.get() : crs));
 }
 
 } // namespace nivora::cs

@@ -154,7 +154,11 @@ struct Found
     std::shared_ptr<const TransformOperation> single;
 };
 
-Found namedOperation(const PJ *source, const PJ *target, const QString &text)
+/// What becomes of an operation that the pair does not have: its ends may be joined by projections, which
+/// know nothing of heights.
+enum class Strangers { Joined, Refused };
+
+Found namedOperation(const PJ *source, const PJ *target, const QString &text, Strangers strangers)
 {
     PJ_CONTEXT *context = globalProjContext();
     if (PjHandle working = isWkt(text) ? nullptr : amongWorking(source, target, {codeIn(text), text})) {
@@ -162,16 +166,22 @@ Found namedOperation(const PJ *source, const PJ *target, const QString &text)
         return {std::move(working), single};
     }
     const PjHandle operation = operationOf(text);
+    if (strangers == Strangers::Refused) { // variants with heights have names, but no codes of their own
+        const QString name = QString::fromUtf8(proj_get_name(operation.get()));
+        PjHandle working = amongWorking(source, target, {QString(), name});
+        auto single = working ? singleOperation(context, working.get()) : nullptr;
+        return {std::move(working), single};
+    }
     const QString missing = missingGridsOf(operation.get());
     if (!missing.isEmpty() && !proj_context_is_network_enabled(context))
         refuse(QObject::tr("Для операции «%1» нет файла %2").arg(text.left(200), missing));
     return {joinedWithEnds(source, operation.get(), target), singleOperation(context, operation.get())};
 }
 
-Found chosenOperation(const PJ *source, const PJ *target, const OperationChoice &choice)
+Found chosenOperation(const PJ *source, const PJ *target, const OperationChoice &choice, Strangers strangers)
 {
     if (!choice.operation().isEmpty())
-        return namedOperation(source, target, choice.operation());
+        return namedOperation(source, target, choice.operation(), strangers);
     PjHandle operation = amongAllowed(source, target, choice);
     auto single = operation ? singleOperation(globalProjContext(), operation.get()) : nullptr;
     return {std::move(operation), single};
@@ -193,9 +203,10 @@ QString alternatives(const PJ *source, const PJ *target)
 }
 
 /// A step whose ends are those of systems, x first.
-ProjOperation stepBetween(const PJ *source, const PJ *target, const OperationChoice &choice)
+ProjOperation stepBetween(const PJ *source, const PJ *target, const OperationChoice &choice,
+                          Strangers strangers)
 {
-    const Found found = chosenOperation(source, target, choice);
+    const Found found = chosenOperation(source, target, choice, strangers);
     if (!found.object)
         refuse(QObject::tr("Нет операции, которая подходит выбору: %1").arg(alternatives(source, target)));
     if (found.single && !isAllowed(choice, *found.single))
@@ -219,7 +230,7 @@ ProjOperation chosenStep(const CoordSystemPtr &from, const CoordSystemPtr &to, c
         if (proj_list_get_count(
                 operationList(globalProjContext(), source, target, OperationSet::Working).get()) == 0)
             return false;
-        step = stepBetween(source, target, choice);
+        step = stepBetween(source, target, choice, Strangers::Joined);
         return true;
     });
     if (!found)
@@ -228,6 +239,14 @@ ProjOperation chosenStep(const CoordSystemPtr &from, const CoordSystemPtr &to, c
 }
 
 } // namespace
+
+ProjOperation chosenStepBetween(const PJ *source, const PJ *target, const OperationChoice &choice)
+{
+    if (isProjText(choice.operation()))
+        refuse(
+            QObject::tr("Текст PROJ ничего не говорит о системах высот: задайте операцию кодом или именем"));
+    return stepBetween(source, target, choice, Strangers::Refused);
+}
 
 TransformQueuePtr chosenQueue(const CoordSystemPtr &from, const CoordSystemPtr &to,
                               const OperationChoice &choice)

@@ -10,4 +10,8 @@ namespace nivora::cs {
 TransformQueuePtr chosenQueue(const CoordSystemPtr &from, const CoordSystemPtr &to,
                               const OperationChoice &choice);
 
+/// The same between the engine's own systems, of which heights are a part: an operation that is named must be
+/// among those that work for the pair. Needs the PROJ lock.
+ProjOperation chosenStepBetween(const PJ *source, const PJ *target, const OperationChoice &choice);
+
 } // namespace nivora::cs

@@ -1,5 +1,6 @@
 #include <coordsys/SpatialTransform.h>
 
+#include "ChosenOperation_p.h"
 #include "CrsParts_p.h"
 #include "OperationPool_p.h"
 #include "TransformOperations_p.h"
@@ -78,11 +79,23 @@ QString missingFiles(PJ_CONTEXT *context, const PJ *source, const PJ *target)
     return {};
 }
 
+/// PROJ's own choice at each place; empty when it knows no way.
+ProjOperation usualStep(PJ_CONTEXT *context, const PJ *begin, const PJ *end)
+{
+    const PjHandle way = ownPj(proj_create_crs_to_crs_from_pj(context, begin, end, nullptr, nullptr));
+    if (!way)
+        return {};
+    PJ *normalized = proj_normalize_for_visualization(context, way.get());
+    ProjOperation step(std::shared_ptr<PJ>(ownPj(normalized ? normalized : proj_clone(context, way.get()))));
+    step.single = singleOperation(context, way.get());
+    return step;
+}
+
 } // namespace
 
 struct NIVORA_CS_NO_EXPORT SpatialTransform::Impl
 {
-    Impl(const SpatialSystem &from, const SpatialSystem &to);
+    Impl(const SpatialSystem &from, const SpatialSystem &to, const OperationChoice &choice);
     using Failed = std::vector<std::size_t>;
     Failed convert(int direction, double *x, double *y, double *z, const double *t, std::size_t count,
                    OperationTally *tally) const;
@@ -99,7 +112,8 @@ private:
     bool convertOne(const TransformQueue &queue, OperationWatch &watch, int direction, PJ_COORD &c) const;
 };
 
-SpatialTransform::Impl::Impl(const SpatialSystem &from, const SpatialSystem &to)
+SpatialTransform::Impl::Impl(const SpatialSystem &from, const SpatialSystem &to,
+                             const OperationChoice &choice)
     : source(from)
     , destination(to)
     , withHeights(haveHeights(from, to))
@@ -108,18 +122,13 @@ SpatialTransform::Impl::Impl(const SpatialSystem &from, const SpatialSystem &to)
     PJ_CONTEXT *context = globalProjContext();
     const PjHandle begin = endOf(from, to, withHeights);
     const PjHandle end = endOf(to, from, withHeights);
-    const PjHandle way =
-        begin && end
-            ? ownPj(proj_create_crs_to_crs_from_pj(context, begin.get(), end.get(), nullptr, nullptr))
-            : nullptr;
-    if (!way)
+    auto queue = std::make_shared<TransformQueue>();
+    if (begin && end)
+        queue->first = choice.isDefault() ? usualStep(context, begin.get(), end.get())
+                                          : chosenStepBetween(begin.get(), end.get(), choice);
+    if (!queue->first)
         throw std::logic_error(
             QObject::tr("Не могу создать объект трансформации. %1").arg(projLastError()).toStdString());
-    PJ *normalized = proj_normalize_for_visualization(context, way.get());
-    auto queue = std::make_shared<TransformQueue>();
-    queue->first =
-        ProjOperation(std::shared_ptr<PJ>(ownPj(normalized ? normalized : proj_clone(context, way.get()))));
-    queue->first.single = singleOperation(context, way.get());
     pool = std::make_unique<OperationPool>(std::move(queue));
     if (withHeights)
         describeMissing(context, begin.get(), end.get());
@@ -191,7 +200,12 @@ bool SpatialTransform::Impl::convert(int direction, SpatialPoint &point) const
 }
 
 SpatialTransform::SpatialTransform(const SpatialSystem &from, const SpatialSystem &to)
-    : m_impl(std::make_shared<Impl>(from, to))
+    : m_impl(std::make_shared<Impl>(from, to, OperationChoice()))
+{}
+
+SpatialTransform::SpatialTransform(const SpatialSystem &from, const SpatialSystem &to,
+                                   const OperationChoice &choice)
+    : m_impl(std::make_shared<Impl>(from, to, choice))
 {}
 
 SpatialTransform::SpatialTransform(const SpatialTransform &other) = default;

@@ -105,6 +105,8 @@ private Q_SLOTS:
     {
         const support::Columns<QString, QString, QString> row; // arguments, input, a key of the answer
         row.named("info 32637 --json", "", "wkt2");
+        row.named("info 4978 --json", "", "heights");
+        row.named("info EPSG:25832+7837 --json", "", "heights");
         row.named("info 27700 --to 4258 --json", "", "operations");
         row.named("info 32637 --to 32637 --json --at 500000,6000000 --candidates", "", "place");
         row.named("info 9000 --to 7844 --json --at 134,-25", "", "operations");

@@ -20,6 +20,7 @@ private Q_SLOTS:
         row.named("EPSG:4979", int(SpatialSystem::Height::Ellipsoidal), "", "metre");
         row.named("EPSG:4978", int(SpatialSystem::Height::Geocentric), "", "metre");
         row.named("EPSG:25832+7837", int(SpatialSystem::Height::Own), "DHHN2016 height", "metre");
+        row.named("25832+7837", int(SpatialSystem::Height::Own), "DHHN2016 height", "metre");
         row.named("EPSG:6360+5703", -1, "", "");
         row.named("EPSG:2263+6360", int(SpatialSystem::Height::Own), "NAVD88 height (ftUS)",
                   "US survey foot");
@@ -65,6 +66,39 @@ private Q_SLOTS:
         QVERIFY(transform.inverse(point));
         VERIFY_NEAR(QPointF(point.x, point.y), place, 1e-6);
         VERIFY_NEAR(point.z, height, 1e-4);
+    }
+
+    // The same point by what is chosen, and what has no heights.
+    void choice_data()
+    {
+        const support::Columns<QString, QString, QString, QString> row; // from, to, operation; an error or ""
+        row("by name", "EPSG:4326+5773", "4979", "WGS 84 to EGM96 height (1)", "");
+        row("by code", "EPSG:4284", "EPSG:4978", "EPSG:5044", "");
+        row("of another pair", "EPSG:4326+5773", "4979", "EPSG:1311",
+            "Нет операции, которая подходит выбору");
+        row("without ends", "EPSG:4326+5773", "4979", "+proj=noop",
+            "Текст PROJ ничего не говорит о системах высот");
+    }
+    void choice()
+    {
+        const auto [from, to, operation, error] = support::row<QString, QString, QString, QString>();
+        const SpatialSystem source(from);
+        const SpatialSystem target(to);
+        const OperationChoice choice = OperationChoice().withOperation(operation);
+        if (!error.isEmpty()) {
+            VERIFY_THROWS_LIKE(std::logic_error, SpatialTransform(source, target, choice), error);
+            return;
+        }
+        SpatialPoint chosen{37, 55, 100, {}};
+        SpatialPoint usual = chosen;
+        OperationTally tally;
+        QVERIFY(SpatialTransform(source, target, choice)
+                    .forward(&chosen.x, &chosen.y, &chosen.z, nullptr, 1, &tally)
+                    .empty());
+        QVERIFY(SpatialTransform(source, target).forward(usual));
+        QCOMPARE(tally.uses().size(), 1);
+        QVERIFY(std::hypot(chosen.x - usual.x, chosen.y - usual.y, chosen.z - usual.z) < 20.0 &&
+                chosen.z != 100.0);
     }
 
     // Twenty and no years of Australia's plate, 7 cm a year; per point.

@@ -38,12 +38,13 @@ UserInput readSystem(const Session &session, const QString &text)
     return session.factory().readUserInput(namesFile ? text : typedText(text));
 }
 
-CoordSystemPtr systemOfOption(const Session &session, const CommandLine &line, const char *option)
+CoordSystemPtr systemOfOption(const Session &session, const CommandLine &line, const char *option,
+                              Notes notes)
 {
     const QString text = line.required(option);
     try {
         const UserInput input = readSystem(session, text);
-        for (const QString &note : input.notes)
+        for (const QString &note : notes == Notes::Told ? input.notes : QStringList())
             complain(QStringLiteral("--%1: %2").arg(QLatin1String(option), note));
         return input.system;
     } catch (const std::exception &e) {

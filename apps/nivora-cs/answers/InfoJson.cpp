@@ -166,7 +166,8 @@ const std::vector<Fact> &facts()
 
 } // namespace
 
-QString infoJson(const CoordSystem &cs, const SystemInfo &info, const QJsonValue &calibration)
+QString infoJson(const CoordSystem &cs, const SystemInfo &info, const QJsonValue &heights,
+                 const QJsonValue &calibration)
 {
     QJsonObject json;
     QJsonObject unknown; // why
@@ -179,6 +180,7 @@ QString infoJson(const CoordSystem &cs, const SystemInfo &info, const QJsonValue
             unknown[key] = oneLine(QString::fromUtf8(e.what()));
         }
     }
+    json[QStringLiteral("heights")] = heights;
     json[QStringLiteral("calibration")] = calibration;
     json[QStringLiteral("unknown")] = unknown;
     return QString::fromUtf8(QJsonDocument(json).toJson());

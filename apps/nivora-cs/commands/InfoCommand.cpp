@@ -3,6 +3,7 @@
 #include "CommandLine.h"
 #include "Commands.h"
 #include "CsText.h"
+#include "HeightsText.h"
 #include "InfoText.h"
 #include "MeasureText.h"
 #include "OperationText.h"
@@ -11,7 +12,6 @@
 
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
-#include <coordsys/SpatialSystem.h>
 #include <coordsys/UserCoordSystem.h>
 
 #include <QObject>
@@ -21,7 +21,6 @@
 using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
 using nivora::cs::CoordTransform;
-using nivora::cs::SpatialSystem;
 using nivora::cs::SystemFormat;
 using nivora::cs::SystemInfo;
 using nivora::cs::UserInput;
@@ -58,11 +57,12 @@ SystemInfo infoOf(const UserInput &input)
 }
 
 /// Throws Failure for a notation that is none.
-QString textIn(const QString &format, const UserInput &input, const Session &session)
+QString textIn(const QString &format, const UserInput &input, const QString &given, const Session &session)
 {
     const CoordSystem &cs = *input.system;
     if (format == QLatin1String("json"))
-        return infoJson(cs, infoOf(input), proofJson(cs, session.userSystems().fileInfo()));
+        return infoJson(cs, infoOf(input), heightsJson(given),
+                        proofJson(cs, session.userSystems().fileInfo()));
     QStringList known{QStringLiteral("json")};
     for (const Notation &notation : notations) {
         if (format == QLatin1String(notation.name))
@@ -70,22 +70,6 @@ QString textIn(const QString &format, const UserInput &input, const Session &ses
         known << QLatin1String(notation.name);
     }
     throw Failure(QObject::tr("--format takes %1, not \"%2\"").arg(known.join(QStringLiteral(", ")), format));
-}
-
-/// What a text of three dimensions says of heights; empty for others.
-QString heightsText(const QString &text)
-{
-    try {
-        const SpatialSystem system(text);
-        if (system.height() == SpatialSystem::Height::Own)
-            return QObject::tr("Heights: %1 (%2), %3\n")
-                .arg(system.verticalName(), system.verticalDatum(), system.verticalUnit());
-        return system.height() == SpatialSystem::Height::Ellipsoidal
-                   ? QObject::tr("Heights: above the ellipsoid, %1\n").arg(system.verticalUnit())
-                   : QString();
-    } catch (const std::logic_error &) { // another notation
-        return {};
-    }
 }
 
 std::optional<QPointF> placeOf(const CommandLine &line)
@@ -145,9 +129,18 @@ int run(const CommandLine &line)
     const bool related = line.isSet("to") || line.isSet("at") || line.isSet("candidates");
     const QString format = formatOf(line, related);
     const Session session(line);
-    const UserInput input = readSystem(session, line.arguments().first());
+    const QString given = line.arguments().first();
+    if (!related && (format.isEmpty() || format == QLatin1String("json")) &&
+        !geocentricPage(given).isEmpty()) {
+        if (format.isEmpty())
+            print(geocentricPage(given));
+        else
+            printJson(geocentricJson(given).toObject());
+        return Success;
+    }
+    const UserInput input = readSystem(session, given);
     if (format.isEmpty() && !related) {
-        print(infoPage(*input.system, infoOf(input)) + heightsText(line.arguments().first()) +
+        print(infoPage(*input.system, infoOf(input)) + heightsText(given) +
               proofPage(*input.system, session.userSystems().fileInfo()));
         return Success;
     }
@@ -155,7 +148,8 @@ int run(const CommandLine &line)
         printRelations(line, session, input.system);
         return Success;
     }
-    const QString text = related ? relations(line, session, input.system) : textIn(format, input, session);
+    const QString text =
+        related ? relations(line, session, input.system) : textIn(format, input, given, session);
     if (format != QLatin1String("json")) // which has its own place for them
         for (const QString &note : input.notes)
             complain(note);

@@ -98,23 +98,53 @@ SpatialSystem spatialSystemOf(const Session &session, const CommandLine &line, c
     }
 }
 
-int runWithHeights(const CommandLine &line, const Session &session)
+/// What leaves a difference of datums out is none of the operations then.
+nivora::cs::OperationChoice choiceWithHeights(const CommandLine &line)
 {
-    for (const char *option :
-         {"csv", "dms", "explain", "strict", "operation", "area", "no-ballpark", "max-error"})
-        if (line.isSet(option))
-            throw Failure(QObject::tr("--z goes without --%1").arg(QLatin1String(option)));
-    const SpatialTransform transform(spatialSystemOf(session, line, "from"),
-                                     spatialSystemOf(session, line, "to"));
+    const nivora::cs::OperationChoice choice = operationChoice(line);
+    return line.isSet("strict") ? choice.withoutBallpark() : choice;
+}
+
+HeightColumns heightColumns(const CommandLine &line, bool hasDegrees)
+{
+    const CsvOptions table = csvOptions(line, {hasDegrees, line.isSet("decimal-comma")});
+    HeightColumns columns;
+    columns.delimiter = table.delimiter.empty() ? '\0' : table.delimiter.front();
+    columns.x = table.x;
+    columns.y = table.y;
+    columns.z = line.value("z");
+    columns.t = line.value("t");
+    columns.notation = table.notation;
+    return columns;
+}
+
+HeightOptions heightOptions(const CommandLine &line, const SpatialTransform &transform)
+{
+    constexpr int ofDegrees = 9;
+    constexpr int ofLengths = 4;
     HeightOptions options;
     options.inverse = line.isSet("inverse");
     options.hasTimes = line.isSet("t");
     options.epoch = epochOf(line);
-    constexpr int ofDegrees = 9;
-    constexpr int ofLengths = 4;
+    options.coding = TextCoding(line.value("encoding"));
+    const SpatialSystem source = options.inverse ? transform.destination() : transform.source();
     const SpatialSystem target = options.inverse ? transform.source() : transform.destination();
     options.decimals =
         line.number("precision", 0, nivora::cs::mostDecimals, target.isGeographic() ? ofDegrees : ofLengths);
+    if (line.isSet("csv"))
+        options.columns = heightColumns(line, source.isGeographic());
+    return options;
+}
+
+int runWithHeights(const CommandLine &line, const Session &session)
+{
+    for (const char *option : {"dms", "explain", "out-x", "out-y", "skip"})
+        if (line.isSet(option))
+            throw Failure(QObject::tr("--z goes without --%1").arg(QLatin1String(option)));
+    checkCsvOptions(line, {"delimiter", "x", "y", "decimal-comma"});
+    const SpatialTransform transform(spatialSystemOf(session, line, "from"),
+                                     spatialSystemOf(session, line, "to"), choiceWithHeights(line));
+    const HeightOptions options = heightOptions(line, transform);
     if (!transform.transformsHeights())
         complain(QObject::tr("heights are passed on: a system says nothing of them"));
     OperationTally tally;
@@ -161,8 +191,7 @@ A line holds x and y, separated by blanks, tabs, a comma or a semicolon. Further
 columns are passed on as they are, heights too unless --z is given: then compound,
 three-dimensional and geocentric systems (EPSG:25832+7837, 4979, 4978) keep their
 heights, and a point fails whose height could not be converted, such as for lack of
-a geoid's file. Blank
-lines and lines beginning with '#' are passed on. A line whose point cannot be
+a geoid's file. Blank lines and lines beginning with '#' are passed on. A line whose point cannot be
 transformed gets "*" for x and y and keeps the rest (37.6,91,Moscow becomes
 *,*,Moscow); a line without a point becomes "*", "*" and its whole text. Both are
 reported on stderr ("line 7: why", the first 20 of them) and make the exit status
@@ -217,11 +246,15 @@ std::vector<Option> options()
         shared::encoding,
         shared::skip,
         shared::jobs,
-        {"z", nullptr,
+        {"z", "N",
          QT_TRANSLATE_NOOP("QObject",
-                           "The third column is a height, transformed where both systems know theirs.")},
-        {"t", nullptr,
-         QT_TRANSLATE_NOOP("QObject", "With --z: the fourth column is when the point was measured.")},
+                           "The third column is a height, transformed where both systems know theirs; "
+                           "of a table --z=NAME or number N."),
+         "3"},
+        {"t", "N",
+         QT_TRANSLATE_NOOP("QObject", "With --z: the fourth column is when the point was measured; of a "
+                                      "table --t=NAME or number N."),
+         "4"},
         shared::strict,
         {"explain", "all",
          QT_TRANSLATE_NOOP(

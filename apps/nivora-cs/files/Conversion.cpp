@@ -2,6 +2,7 @@
 
 #include "CommandLine.h"
 #include "CsText.h"
+#include "HeightsText.h"
 #include "LayerSystem.h"
 #include "NetworkBorder.h"
 #include "OperationOptions.h"
@@ -38,9 +39,13 @@ double bendOption(const CommandLine &line)
     return metres;
 }
 
+/// That only the plane acts is no news where heights go their own way.
 CoordSystemPtr optionalSystem(const Session &session, const CommandLine &line, const char *option)
 {
-    return line.isSet(option) ? systemOfOption(session, line, option) : nullptr;
+    if (!line.isSet(option))
+        return nullptr;
+    const Notes notes = systemWithHeights(line.value(option)) ? Notes::Dropped : Notes::Told;
+    return systemOfOption(session, line, option, notes);
 }
 
 /// Drivers seek in files and write several of them.

@@ -19,8 +19,9 @@ namespace {
 volatile std::sig_atomic_t interrupted = 0;
 volatile std::time_t interruptedAt = 0; // seconds
 
-/// One request often arrives twice, as from a terminal's process group and from timeout(1): only one that comes later is
-/// a second request, and ends the program at once. Calls nothing that a signal handler must not.
+/// One request often arrives twice, as from a terminal's process group and from timeout(1): only one that
+/// comes later is a second request, and ends the program at once. Calls nothing that a signal handler must
+/// not.
 void noteInterruption(int signal)
 {
     constexpr int patience = 2; // seconds, as whole ones are counted

@@ -1,27 +1,12 @@
 #include "LayerHeights.h"
 
-#include <cpl_conv.h>
+#include "HeightsText.h"
 
-#include <stdexcept>
+#include <cpl_conv.h>
 
 using nivora::cs::SpatialSystem;
 
 namespace {
-
-/// None for a text without heights, or in a notation that has none.
-std::optional<SpatialSystem> systemWithHeights(const QString &text)
-{
-    if (text.isEmpty())
-        return std::nullopt;
-    try {
-        SpatialSystem system(text);
-        if (system.height() != SpatialSystem::Height::None)
-            return system;
-    } catch (const std::logic_error &) {
-        return std::nullopt;
-    }
-    return std::nullopt;
-}
 
 QString nameOfHeights(const std::optional<SpatialSystem> &system)
 {

@@ -10,6 +10,7 @@ namespace {
 // By Loss.
 constexpr const char *names[] = {"heights", "types",  "names",    "texts", "styles",
                                  "datum",   "affine", "features", "layers"};
+constexpr int mostOfSubject = 2;
 constexpr int mostReasons = 3; ///< a line on stderr
 
 QString name(Loss kind) { return QLatin1String(names[static_cast<std::size_t>(kind)]); }
@@ -46,13 +47,14 @@ Losses::Losses(const CommandLine &line)
                                       : std::set<Loss>())
 {}
 
-void Losses::add(Loss kind, const QString &what)
+void Losses::add(Loss kind, const QString &what, const QString &subject)
 {
     QStringList &list = isAllowed(kind) ? m_all : m_refused;
     if (!isAllowed(kind))
         m_refusedKinds.insert(kind);
-    if (!list.contains(what))
-        list << what;
+    if (list.contains(what) || (!subject.isEmpty() && m_ofSubject[{kind, subject}]++ >= mostOfSubject))
+        return;
+    list << what;
 }
 
 void Losses::check() const

@@ -2,7 +2,9 @@
 
 #include <QStringList>
 
+#include <map>
 #include <set>
+#include <utility>
 #include <vector>
 
 class CommandLine;
@@ -17,8 +19,8 @@ public:
     /// By --allow and --lossy. Throws Failure for a name that is none.
     explicit Losses(const CommandLine &line);
 
-    /// Each text is kept once.
-    void add(Loss kind, const QString &what);
+    /// Each text is kept once. Of those with one \p subject, such as a column, the first few.
+    void add(Loss kind, const QString &what, const QString &subject = QString());
     /// A way without the loss, for the refusal.
     void suggest(const QString &way) { m_way = way; }
     /// Throws Failure that tells what was added and is not allowed, with the names that would allow it.
@@ -30,6 +32,7 @@ public:
 private:
     std::set<Loss> m_allowed;
     std::set<Loss> m_refusedKinds;
+    std::map<std::pair<Loss, QString>, int> m_ofSubject;
     QStringList m_refused;
     QString m_way;
     QStringList m_all;

@@ -119,6 +119,14 @@ struct OutputProbe::Counts
             with[i] += properties[i].has(geometry);
     }
 
+    void add(const Counts &others)
+    {
+        all += others.all;
+        plain += others.plain;
+        for (std::size_t i = 0; i < std::size(properties); ++i)
+            with[i] += others.with[i];
+    }
+
     int all = 0;
     int plain = 0; ///< nothing stands in for them
     std::array<int, std::size(properties)> with{};
@@ -153,9 +161,11 @@ void OutputProbe::write(const QString &path, const OutputLayer &layer,
         giveSystem(path, *layer.mapInfo);
 }
 
-OutputProbe::Counts OutputProbe::writtenAndRead(const QString &path, const OutputLayer &layer,
+OutputProbe::Counts OutputProbe::writtenAndRead(const OutputLayer &layer,
                                                 const std::vector<OGRGeometryH> &geometries)
 {
+    const QTemporaryDir directory(m_place.filePath(QStringLiteral("probe-XXXXXX")));
+    const QString path = directory.filePath(m_fileName);
     write(path, layer, geometries);
     const GdalMessages messages;
     const Dataset dataset = openForReading(path, messages);
@@ -175,11 +185,15 @@ LostProperties OutputProbe::check(const OutputLayer &layer, const std::vector<OG
     LostProperties lost;
     if (!m_format.canBeRead() || (geometries.empty() && !layer.system))
         return lost;
-    const QTemporaryDir directory(m_place.filePath(QStringLiteral("probe-XXXXXX")));
-    const Counts read = writtenAndRead(directory.filePath(m_fileName), layer, geometries);
     Counts given;
     for (OGRGeometryH geometry : geometries)
         given.add(geometry);
+    Counts read = writtenAndRead(layer, geometries);
+    if (read.all != given.all && geometries.size() > 1) { // one kind keeps another out
+        read = {};
+        for (OGRGeometryH geometry : geometries)
+            read.add(writtenAndRead(layer, {geometry}));
+    }
     if (given.plain > 0 && read.all == 0)
         losses.add(Loss::Features, QObject::tr("the format holds no such geometries: they are left out"));
     for (std::size_t i = 0; i < std::size(properties); ++i) {

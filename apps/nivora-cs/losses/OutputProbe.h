@@ -45,8 +45,7 @@ public:
 
 private:
     struct Counts;
-    Counts writtenAndRead(const QString &path, const OutputLayer &layer,
-                          const std::vector<OGRGeometryH> &geometries);
+    Counts writtenAndRead(const OutputLayer &layer, const std::vector<OGRGeometryH> &geometries);
     void write(const QString &path, const OutputLayer &layer, const std::vector<OGRGeometryH> &geometries);
 
     const Session &m_session;

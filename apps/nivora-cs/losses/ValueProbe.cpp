@@ -57,7 +57,8 @@ void noteMissing(OGRFeatureH given, int i, Losses &losses)
     if (*value != '\0')
         losses.add(Loss::Types,
                    QObject::tr("\"%2\" in the column \"%1\" is left out")
-                       .arg(text(OGR_Fld_GetNameRef(OGR_F_GetFieldDefnRef(given, i))), shown(value)));
+                       .arg(text(OGR_Fld_GetNameRef(OGR_F_GetFieldDefnRef(given, i))), shown(value)),
+                   text(OGR_Fld_GetNameRef(OGR_F_GetFieldDefnRef(given, i))));
 }
 
 /// A format of texts cannot tell an empty one from none.
@@ -86,7 +87,8 @@ void noteValue(OGRFeatureH given, int i, OGRFeatureH read, int j, Losses &losses
                               .arg(name, QString::number(is.size()), QString::number(was.size())));
     losses.add(isNumber(type) || isTime(type) ? Loss::Types : Loss::Texts,
                QObject::tr("\"%2\" in the column \"%1\" becomes \"%3\"")
-                   .arg(name, shown(was.toUtf8().constData()), shown(is.toUtf8().constData())));
+                   .arg(name, shown(was.toUtf8().constData()), shown(is.toUtf8().constData())),
+               name);
 }
 
 /// Places are counted in steps by some formats.

@@ -32,7 +32,11 @@ const char *fieldEnd(const char *p, const char *end, char delimiter)
     return std::find(p, end, delimiter);
 }
 
-std::vector<std::string_view> fieldsOf(std::string_view line, char delimiter)
+bool isQuoted(std::string_view field) { return !field.empty() && field.front() == '"'; }
+
+} // namespace
+
+std::vector<std::string_view> csvFields(std::string_view line, char delimiter)
 {
     std::vector<std::string_view> fields;
     const char *const end = line.data() + line.size();
@@ -45,9 +49,7 @@ std::vector<std::string_view> fieldsOf(std::string_view line, char delimiter)
     }
 }
 
-bool isQuoted(std::string_view field) { return !field.empty() && field.front() == '"'; }
-
-std::string unquoted(std::string_view field)
+std::string csvText(std::string_view field)
 {
     if (!isQuoted(field))
         return std::string(field);
@@ -60,7 +62,9 @@ std::string unquoted(std::string_view field)
     return text;
 }
 
-QString nameOf(std::string_view field) { return QString::fromStdString(unquoted(field)).trimmed(); }
+namespace {
+
+QString nameOf(std::string_view field) { return QString::fromStdString(csvText(field)).trimmed(); }
 
 std::string quotedWhereNeeded(const QString &name, char delimiter)
 {
@@ -175,7 +179,7 @@ struct CsvLayout
 
 CsvLayout layoutOf(const CsvOptions &options, std::string_view firstLine, char delimiter)
 {
-    ColumnNames names(fieldsOf(firstLine, delimiter));
+    ColumnNames names(csvFields(firstLine, delimiter));
     CsvLayout layout;
     layout.delimiter = delimiter;
     layout.x = names.findAll(options.x);
@@ -192,7 +196,7 @@ CsvLayout layoutOf(const CsvOptions &options, std::string_view firstLine, char d
 
 bool standsOutsideQuotes(std::string_view line, char delimiter)
 {
-    return fieldsOf(line, delimiter).size() > 1;
+    return csvFields(line, delimiter).size() > 1;
 }
 
 /// The first delimiter with which the columns are there.
@@ -333,7 +337,7 @@ bool CsvReader::readAxis(std::string_view line, const std::vector<int> &axis, An
             return false;
         if (axis.size() == 1 && !isQuoted(*field))
             return readCoordinate(*field, m_notation, value, why);
-        text += (text.empty() ? "" : " ") + unquoted(*field);
+        text += (text.empty() ? "" : " ") + csvText(*field);
     }
     return readCoordinate(text, m_notation, value, why);
 }
@@ -350,7 +354,7 @@ bool CsvReader::read(std::string_view line, QPointF &point, Columns &columns, Re
 bool CsvReader::readPoint(std::string_view line, QPointF &point, Reason &why) const
 {
     if (m_readBoth)
-        return m_readBoth(unquoted(fieldAt(line, m_layout.x.front()).value_or(std::string_view())), point,
+        return m_readBoth(csvText(fieldAt(line, m_layout.x.front()).value_or(std::string_view())), point,
                           why);
     Angle x;
     Angle y;
@@ -373,7 +377,7 @@ bool CsvReader::isHeader(std::string_view line) const
     if (m_layout.hasHeader || read(line, point, columns, why))
         return m_layout.hasHeader;
     const auto isWord = [&](int column) {
-        const std::string text = unquoted(fieldAt(line, column).value_or(std::string_view()));
+        const std::string text = csvText(fieldAt(line, column).value_or(std::string_view()));
         return !text.empty() && !beginsLikeNumber(text);
     };
     return isWord(m_layout.x.front()) && (m_readBoth || isWord(m_layout.y.front()));
@@ -384,7 +388,7 @@ bool CsvReader::isHeader(std::string_view line) const
 QStringList csvValues(std::string_view line, char delimiter)
 {
     QStringList values;
-    for (const std::string_view field : fieldsOf(line, delimiter))
+    for (const std::string_view field : csvFields(line, delimiter))
         values << nameOf(field);
     return values;
 }

@@ -6,6 +6,9 @@
 #include <QStringList>
 
 #include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 /// What the command line says about a table.
 struct CsvOptions
@@ -24,6 +27,11 @@ struct CsvOptions
     bool newOutX = false;   ///< no column may have that name yet
     bool newOutY = false;
 };
+
+/// The fields of a table's line as they stand. The line has no line end.
+std::vector<std::string_view> csvFields(std::string_view line, char delimiter);
+/// A field's text, without quotes.
+std::string csvText(std::string_view field);
 
 /// The values of a table's line, without quotes and the blanks around them. The line has no line end.
 QStringList csvValues(std::string_view line, char delimiter);

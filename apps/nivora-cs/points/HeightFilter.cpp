@@ -1,70 +1,37 @@
 #include "HeightFilter.h"
 
-#include "FileNames.h"
+#include "CsvFormat.h"
 #include "LineReader.h"
 
 #include <coordsys/NumberText.h>
 
-#include <QByteArray>
-#include <QFile>
 #include <QObject>
 
-#include <array>
 #include <cmath>
 #include <unistd.h>
 
-using nivora::cs::isSeparator;
 using nivora::cs::SpatialPoint;
 
 namespace {
 
 constexpr int heightDecimals = 4; // a tenth of a millimetre
 
-/// A line's numbers and what stands between them.
-struct HeightLine
-{
-    SpatialPoint point;
-    std::array<std::string_view, 3> between; ///< before x, y and z
-    std::string_view rest;
-};
-
-std::string_view takeWhile(std::string_view &text, bool separators)
-{
-    std::size_t end = 0;
-    while (end < text.size() && isSeparator(text[end]) == separators)
-        ++end;
-    const std::string_view taken = text.substr(0, end);
-    text.remove_prefix(end);
-    return taken;
-}
-
-/// False when there are not as many numbers as are needed.
-bool parse(std::string_view text, bool hasTime, HeightLine &line)
-{
-    double *const targets[] = {&line.point.x, &line.point.y, &line.point.z};
-    for (std::size_t i = 0; i < line.between.size(); ++i) {
-        line.between[i] = takeWhile(text, true);
-        if (!nivora::cs::readNumber(takeWhile(text, false), *targets[i]))
-            return false;
-    }
-    line.rest = text;
-    double year = 0.0;
-    takeWhile(text, true);
-    const bool hasYear = hasTime && nivora::cs::readNumber(takeWhile(text, false), year);
-    if (hasYear)
-        line.point.t = year;
-    return hasYear || !hasTime;
-}
-
 void write(Output &out, const HeightLine &line, bool done, int decimals)
 {
     const double numbers[] = {line.point.x, line.point.y, line.point.z};
-    for (std::size_t i = 0; i < line.between.size(); ++i) {
-        out.write(line.between[i]);
-        out.write(done ? nivora::cs::numberText(numbers[i], i < 2 ? decimals : heightDecimals)
-                       : QStringLiteral("*"));
+    for (const HeightSlot &slot : line.slots) {
+        const QString number =
+            done ? nivora::cs::numberText(numbers[slot.axis], slot.axis < 2 ? decimals : heightDecimals)
+                 : QStringLiteral("*");
+        out.write(slot.before);
+        out.write(slot.quoted ? QLatin1Char('"') + number + QLatin1Char('"') : number);
     }
     out.write(line.rest);
+}
+
+std::string_view withoutEnd(std::string_view line)
+{
+    return line.substr(0, line.find_last_not_of("\r\n") + 1);
 }
 
 /// The way of a file through the transformation.
@@ -82,7 +49,10 @@ public:
     bool allDone() const { return m_failures == 0; }
 
 private:
-    void take(const QByteArray &bytes, int number);
+    void take(std::string_view bytes, int number);
+    bool passesOn(std::string_view text, LineReader &reader);
+    bool read(std::string_view text, HeightLine &line) const;
+    void writeUnread(std::string_view text, const HeightLine &line);
     bool convert(SpatialPoint &point) const;
     void complainAt(int number, const QString &why);
 
@@ -90,19 +60,51 @@ private:
     const HeightOptions &m_options;
     nivora::cs::OperationTally &m_tally;
     Output m_out;
+    std::optional<HeightTable> m_table; ///< of the file that is read, from its first line on
     int m_failures = 0;
 };
 
 void HeightFilter::run(const QString &fileName)
 {
-    QFile file(localPath(fileName));
-    const bool isInput = fileName == QLatin1String("-");
-    if (!(isInput ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly)))
-        throw Failure(QObject::tr("cannot read %1: %2").arg(fileName, file.errorString()));
-    int number = 0;
-    for (QByteArray line = file.readLine(); !line.isEmpty(); line = file.readLine())
-        take(line, ++number);
+    const Interrupt interrupt;
+    LineReader reader(fileName, interrupt);
+    if (m_options.columns)
+        reader.setQuotes(HeightTable::delimiters(*m_options.columns));
+    m_table.reset();
+    Chunk chunk;
+    for (int number = 1; reader.next(chunk, LineReader::OneLine); ++number) {
+        if (number == 1 && m_options.columns && reader.hasByteOrderMark())
+            m_out.write(std::string_view("\xEF\xBB\xBF"));
+        const std::string text =
+            m_options.coding.isNeeded() ? m_options.coding.decoded(chunk.text) : std::string(chunk.text);
+        if (passesOn(withoutEnd(text), reader))
+            m_out.write(text);
+        else
+            take(text, number);
+    }
     m_out.flush();
+}
+
+/// Blank lines, remarks, and the first line of a table when it has names.
+bool HeightFilter::passesOn(std::string_view text, LineReader &reader)
+{
+    const std::size_t first = text.find_first_not_of(" \t");
+    if (first == std::string_view::npos)
+        return true;
+    if (!m_options.columns)
+        return text[first] == '#';
+    if (isSeparatorLine(text))
+        return true;
+    if (m_table)
+        return false;
+    m_table.emplace(*m_options.columns, text);
+    reader.setQuotes(std::string(1, m_table->delimiter()));
+    return m_table->hasHeader();
+}
+
+bool HeightFilter::read(std::string_view text, HeightLine &line) const
+{
+    return m_table ? m_table->read(text, line) : readPlainHeights(text, m_options.hasTimes, line);
 }
 
 bool HeightFilter::convert(SpatialPoint &point) const
@@ -121,19 +123,23 @@ void HeightFilter::complainAt(int number, const QString &why)
         report(QObject::tr("line %1: %2").arg(QString::number(number), why));
 }
 
-void HeightFilter::take(const QByteArray &bytes, int number)
+/// A table keeps its columns.
+void HeightFilter::writeUnread(std::string_view text, const HeightLine &line)
 {
-    std::string_view text(bytes.constData(), static_cast<std::size_t>(bytes.size()));
-    const std::size_t end = text.find_last_not_of("\r\n") + 1;
-    const std::string_view lineEnd = text.substr(end);
-    text = text.substr(0, end);
-    HeightLine line;
-    const std::size_t first = text.find_first_not_of(" \t");
-    if (first == std::string_view::npos || text[first] == '#') {
-        m_out.write(text);
-    } else if (!parse(text, m_options.hasTimes, line)) {
+    if (m_table && line.located)
+        return write(m_out, line, false, m_options.decimals);
+    if (!m_table)
         m_out.write(std::string_view("* * * "));
-        m_out.write(text);
+    m_out.write(text);
+}
+
+void HeightFilter::take(std::string_view bytes, int number)
+{
+    const std::string_view text = withoutEnd(bytes);
+    const std::string_view lineEnd = bytes.substr(text.size());
+    HeightLine line;
+    if (!read(text, line)) {
+        writeUnread(text, line);
         complainAt(number, m_options.hasTimes ? QObject::tr("x, y, z and a year are needed")
                                               : QObject::tr("x, y and z are needed"));
     } else {

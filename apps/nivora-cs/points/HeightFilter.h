@@ -1,5 +1,6 @@
 #pragma once
 
+#include "HeightLine.h"
 #include "Output.h"
 
 #include <coordsys/SpatialTransform.h>
@@ -12,9 +13,11 @@ class CommandLine;
 struct HeightOptions
 {
     bool inverse = false;
-    bool hasTimes = false;       ///< the fourth column is a decimal year
-    std::optional<double> epoch; ///< of all points
-    int decimals = 4;            ///< of x and y
+    bool hasTimes = false;                ///< the fourth column is a decimal year
+    std::optional<double> epoch;          ///< of all points
+    int decimals = 4;                     ///< of x and y
+    std::optional<HeightColumns> columns; ///< of a table; none: numbers with separators between
+    TextCoding coding;
 };
 
 /// Reads the files ("-" or none: standard input) and writes to standard output. A line that cannot be
