@@ -159,13 +159,15 @@ public:
 private:
     struct FactoryGuard;
 
-    CoordSystemPtr unnamedFromProj(const QString &proj) const;
+    static CoordSystemPtr unnamedFromProj(const QString &proj);
     CoordSystemPtr unnamedFromPrj(const QString &prj) const;
     CoordSystemPtr unnamedFromRecord(const TABProjInfo_t &record, const QString &text) const;
     CoordSystemPtr cataloguedFromPrj(const QString &prj) const;
     CoordSystemPtr namedFromEpsg(int epsg) const;
     CoordSystemPtr namedFromWkt(const QString &wkt) const;
+    CoordSystemPtr definedByCode(int epsg) const;
     CoordSystemPtr unnamedFromEpsg(int epsg) const;
+    static CoordSystemPtr unnamedFromCode(int epsg, const std::shared_ptr<const CrsDefinition> &identity);
     CoordSystemPtr cataloguedEpsg(int entryCode, int epsg) const;
     static void useCrsProjection(CoordSystem &cs, const QString &proj);
     static CoordSystemPtr unnamedFromWkt(const std::shared_ptr<void> &srs,

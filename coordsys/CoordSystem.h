@@ -24,6 +24,7 @@ class ProjectionParamsManager;
 class CatalogueName;
 class CatalogueToken;
 class CrsDefinition;
+class LazyParts;
 struct ProjOperation;
 struct MIUnitConvParam;
 struct PrjText;
@@ -69,7 +70,7 @@ public:
     /// deadlocks.
     /// @{
     void *OGRSpatialReference() const;
-    PJ *PJ_Proj4() const { return m_pj.get(); }
+    PJ *PJ_Proj4() const;
     /// The system without datum shift: the object that forward() and inverse() use. It may take degrees,
     /// grads or radians on its geographic side.
     PJ *PJ_Proj4_Internal() const;
@@ -251,6 +252,13 @@ private:
     CoordSystemPtr duplicate() const;
     /// The spatial reference for this library's own, reading use.
     void *srs() const;
+    /// False on a fresh object.
+    bool hasSrs() const { return m_isPending || m_srs; }
+    /// The three members that come later are made when one of these is called first.
+    void makeLater(std::shared_ptr<const LazyParts> parts);
+    void ensureMade() const;
+    PJ *pj() const;
+    const std::shared_ptr<const ProjOperation> &plane() const;
     /// Tells this state of this object from every other that there was in the process.
     std::uint64_t state() const { return m_state; }
     void noteChange();
@@ -316,13 +324,15 @@ private:
     /// With m_lock held; calls nothing that takes it. An invalid unit when none fits.
     LinearUnit detectUnitLocked(const ProjectionParamsManager &manager, QString *osrName) const;
 
-    std::shared_ptr<void> m_srs;
+    mutable std::shared_ptr<void> m_srs;      ///< comes later
     bool m_isSrsShared = false;               ///< with other systems, so that hosts get one of their own:
     mutable std::shared_ptr<void> m_givenSrs; ///< under m_lock
     mutable std::atomic<void *> m_given{nullptr};
-    std::shared_ptr<PJ> m_pj;
-    std::shared_ptr<const ProjOperation>
-        m_plane;                        ///< what converts; the main object unless that shifts the datum
+    mutable std::shared_ptr<PJ> m_pj; ///< comes later
+    mutable std::shared_ptr<const ProjOperation>
+        m_plane; ///< what converts; the main object unless that shifts the datum; comes later
+    std::shared_ptr<const LazyParts> m_lazy;
+    mutable std::atomic<bool> m_isPending{false};
     mutable IdentityPtr m_identity;     ///< under m_lock
     mutable bool m_hasIdentity = false; ///< under m_lock; a failure is remembered too
     mutable QString m_description;      ///< under m_lock

@@ -87,15 +87,20 @@ CrsDefinitionPtr CrsDefinition::from(const QString &definition)
 {
     const QMutexLocker lock(globalProj4Mutex());
     PjHandle root = readCrs(definition);
-    return root ? CrsDefinitionPtr(new CrsDefinition(definition, std::move(root))) : nullptr;
+    return root ? CrsDefinitionPtr(new CrsDefinition(definition, std::move(root), Origin::Text)) : nullptr;
 }
 
 CrsDefinitionPtr CrsDefinition::ofCode(int epsg)
 {
     const QMutexLocker lock(globalProj4Mutex());
     PjHandle root = registeredCrs(epsg);
-    const QString definition = QStringLiteral("EPSG:%1").arg(epsg);
-    return root ? CrsDefinitionPtr(new CrsDefinition(definition, std::move(root))) : nullptr;
+    if (!root)
+        return nullptr;
+    const auto made = std::shared_ptr<CrsDefinition>(
+        new CrsDefinition(QStringLiteral("EPSG:%1").arg(epsg), std::move(root), Origin::Database));
+    if (made->isHorizontal() && !made->isDemotedTo2D())
+        made->m_verifiedCode = epsg;
+    return made;
 }
 
 CrsDefinitionPtr CrsDefinition::of(const CoordSystemTypes::SourceData &source, void *srs)
@@ -115,7 +120,7 @@ CrsDefinitionPtr CrsDefinition::of(const CoordSystemTypes::SourceData &source, v
     }
 }
 
-CrsDefinition::CrsDefinition(const QString &definition, PjHandle root)
+CrsDefinition::CrsDefinition(const QString &definition, PjHandle root, Origin origin)
     : m_definition(definition)
     , m_name(givenName(root.get()))
     , m_kind(kindOf(globalProjContext(), root.get()))
@@ -130,7 +135,7 @@ CrsDefinition::CrsDefinition(const QString &definition, PjHandle root)
     m_crs = longitudeFirst(globalProjContext(), std::move(m_crs));
     if (m_flattened || m_crs.get() != asRead)
         m_definition = wkt2Of(globalProjContext(), m_crs.get());
-    if (statesGeocentricCode(m_crs.get()))
+    if (origin == Origin::Text && statesGeocentricCode(m_crs.get()))
         m_kind = CrsKind::Other;
     splitAffine();
 }

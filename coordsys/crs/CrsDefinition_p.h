@@ -89,7 +89,8 @@ public:
     PjHandle copyOfCrs() const;
 
 private:
-    CrsDefinition(const QString &definition, PjHandle root);
+    enum class Origin { Text, Database };
+    CrsDefinition(const QString &definition, PjHandle root, Origin origin);
     void splitAffine();
 
     QString m_definition;

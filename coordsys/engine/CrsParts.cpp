@@ -12,13 +12,17 @@ namespace {
 
 PjHandle copyOf(PJ_CONTEXT *context, const PJ *crs) { return ownPj(proj_clone(context, crs)); }
 
-/// Geographic systems know no conversion, and asking for one would log an error.
-bool isRotated(PJ_CONTEXT *context, const PJ *geographic)
-{
-    return wkt2Of(context, geographic).contains(QLatin1String("BASEGEOGCRS["));
-}
-
 bool isBound(const PJ *crs) { return crs && proj_get_type(crs) == PJ_TYPE_BOUND_CRS; }
+
+/// \p crs itself unless it is bound: then its source, which \p owner keeps. A copy costs more than most
+/// questions.
+const PJ *unbound(PJ_CONTEXT *context, const PJ *crs, PjHandle &owner)
+{
+    if (!isBound(crs))
+        return crs;
+    owner = ownPj(proj_get_source_crs(context, crs));
+    return owner.get();
+}
 
 /// Longitude and latitude to the centre of the body; with a radius, or as x, y, z, they are no plane.
 bool isPlanetocentric(PJ_CONTEXT *context, const PJ *crs)
@@ -69,8 +73,9 @@ template <typename Change> PjHandle changedBound(PJ_CONTEXT *context, const PJ *
 
 PjHandle axesOf(PJ_CONTEXT *context, const PJ *crs)
 {
-    const PjHandle plain = sourceOfBoundCrs(context, crs);
-    return plain ? ownPj(proj_crs_get_coordinate_system(context, plain.get())) : nullptr;
+    PjHandle owner;
+    const PJ *plain = unbound(context, crs, owner);
+    return plain ? ownPj(proj_crs_get_coordinate_system(context, plain)) : nullptr;
 }
 
 } // namespace
@@ -82,23 +87,24 @@ PjHandle sourceOfBoundCrs(PJ_CONTEXT *context, const PJ *crs)
 
 CrsKind kindOf(PJ_CONTEXT *context, const PJ *crs)
 {
-    const PjHandle plain = sourceOfBoundCrs(context, crs);
-    switch (plain ? proj_get_type(plain.get()) : PJ_TYPE_UNKNOWN) {
+    PjHandle owner;
+    const PJ *plain = unbound(context, crs, owner);
+    switch (plain ? proj_get_type(plain) : PJ_TYPE_UNKNOWN) {
     case PJ_TYPE_GEOGRAPHIC_2D_CRS:
     case PJ_TYPE_GEOGRAPHIC_3D_CRS:
-        return isRotated(context, plain.get()) ? CrsKind::RotatedGeographic : CrsKind::Geographic;
+        return proj_is_derived_crs(context, plain) ? CrsKind::RotatedGeographic : CrsKind::Geographic;
     case PJ_TYPE_PROJECTED_CRS:
         return CrsKind::Projected;
     case PJ_TYPE_ENGINEERING_CRS:
         return CrsKind::Local;
     case PJ_TYPE_COMPOUND_CRS: {
-        const PjHandle first = ownPj(proj_crs_get_sub_crs(context, plain.get(), 0));
+        const PjHandle first = ownPj(proj_crs_get_sub_crs(context, plain, 0));
         return first ? kindOf(context, first.get()) : CrsKind::Other;
     }
     case PJ_TYPE_GEODETIC_CRS:
-        return isPlanetocentric(context, plain.get()) ? CrsKind::Geographic : CrsKind::Other;
+        return isPlanetocentric(context, plain) ? CrsKind::Geographic : CrsKind::Other;
     default:
-        return plain && isDerivedProjected(context, plain.get()) ? CrsKind::Projected : CrsKind::Other;
+        return plain && isDerivedProjected(context, plain) ? CrsKind::Projected : CrsKind::Other;
     }
 }
 
@@ -115,12 +121,13 @@ PjHandle reboundTo(PJ_CONTEXT *context, const PJ *bound, const PJ *source)
 
 bool hasVerticalPart(PJ_CONTEXT *context, const PJ *crs)
 {
-    const PjHandle plain = sourceOfBoundCrs(context, crs);
+    PjHandle owner;
+    const PJ *plain = unbound(context, crs, owner);
     if (!plain)
         return false;
-    const PJ_TYPE type = proj_get_type(plain.get());
+    const PJ_TYPE type = proj_get_type(plain);
     return type == PJ_TYPE_COMPOUND_CRS || type == PJ_TYPE_GEOGRAPHIC_3D_CRS ||
-           axisDirections(context, plain.get()).size() > 2;
+           axisDirections(context, plain).size() > 2;
 }
 
 PjHandle horizontalPart(PJ_CONTEXT *context, const PJ *crs)

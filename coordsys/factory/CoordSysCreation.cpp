@@ -1,6 +1,7 @@
 #include <coordsys/CoordSysFactory.h>
 
 #include "CatalogueName_p.h"
+#include "CoordSysFactory_p.h"
 #include "CoordSysReader_p.h"
 #include "CoordSystemCache_p.h"
 #include "CrsDefinition_p.h"
@@ -37,18 +38,12 @@ namespace {
 
 /// MapInfo's number for the datum of web Mercator.
 constexpr int webMercatorDatum = 157;
-constexpr double ellipsoidToleranceM = 1e-3;
 
 [[noreturn]] void throwEmpty() { throw std::invalid_argument(QObject::tr("Строка КС пустая").toStdString()); }
 
 [[noreturn]] void throwInvalid(const QString &text)
 {
     throw std::runtime_error(QObject::tr("Неверная строка КС\n%1").arg(text).toStdString());
-}
-
-[[noreturn]] void throwWithoutPlane(const QString &text)
-{
-    throw std::runtime_error(QObject::tr("КС не имеет плановой части: %1").arg(text).toStdString());
 }
 
 /// PROJ text of web Mercator as GDAL writes it, a Mercator on a sphere with grid tricks, turned into PROJ's
@@ -270,7 +265,7 @@ void CoordSysFactory::useCrsProjection(CoordSystem &cs, const QString &proj)
 }
 
 /// A system without name, code and source.
-CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj) const
+CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj)
 {
     if (proj.isEmpty())
         throwEmpty();
@@ -354,75 +349,6 @@ CoordSystemPtr CoordSysFactory::cataloguedFromPrj(const QString &prj) const
             cs->setCataloguedEpsg(named.second);
     }
     return cs;
-}
-
-CoordSystemPtr CoordSysFactory::createFromEpsg(int epsg) const
-{
-    const CatalogueScope scope(*this);
-    LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromEpsg=%1").arg(epsg));
-    return m_made->system(CoordSystemCache::By::Epsg, QString::number(epsg),
-                          [&] { return namedFromEpsg(epsg); });
-}
-
-CoordSystemPtr CoordSysFactory::namedFromEpsg(int epsg) const
-{
-    const CoordSystemPtr catalogued = cataloguedEpsg(epsg, epsg);
-    const CoordSystemPtr cs = catalogued ? catalogued : unnamedFromEpsg(epsg);
-    cs->setDescription(nameOfCode(epsg));
-    cs->setEpsg(epsg);
-    return cs;
-}
-
-/// From the catalogue's entry of a code (\p epsg or that of its horizontal part); null when there is none.
-/// One with an affine transformation is not the code's projection: the database makes that. Where MapInfo's
-/// ellipsoid is not quite the code's (Xian 1980: 19 mm), the code's own plane counts, as it does in
-/// transformations.
-CoordSystemPtr CoordSysFactory::cataloguedEpsg(int entryCode, int epsg) const
-{
-    // Entries without a code carry a negative one, which no caller may find them by.
-    const CoordSystemPtr entry = entryCode > 0 ? m_mapinfo->systemOfCode(entryCode) : nullptr;
-    if (!entry || hasAffine(entry))
-        return nullptr;
-    const CoordSystemPtr cs = entry->duplicate();
-    const CrsDefinitionPtr coded = entryCode == epsg ? entry->codedIdentity() : nullptr;
-    cs->setSourceParameters({CoordSystem::Epsg, QString::number(epsg)});
-    if (coded)
-        cs->setIdentity(coded);
-    const CrsDefinitionPtr identity = cs->identity();
-    if (identity && identity->kind() == CrsKind::Projected &&
-        std::fabs(identity->semiMinorM() - cs->getSemiMinor()) > ellipsoidToleranceM)
-        if (const std::shared_ptr<const ProjOperation> plane = identity->plane())
-            cs->setPlane(plane);
-    return cs;
-}
-
-/// From the database. PROJ text does not carry every method and every direction of axes; where it fails, the
-/// system converts by itself.
-CoordSystemPtr CoordSysFactory::unnamedFromEpsg(int epsg) const
-{
-    const QString code = QStringLiteral("EPSG:%1").arg(epsg);
-    QString proj = ProjLibMetadata().projStringForCrs(epsg, ProjLibMetadata::EPSG);
-    LOG_DEBUG(proj);
-    const CrsDefinitionPtr identity = CrsDefinition::ofCode(epsg);
-    if (!identity || !identity->isHorizontal())
-        throwWithoutPlane(code);
-    if (identity->isDemotedTo2D()) {
-        if (const CoordSystemPtr catalogued = cataloguedEpsg(identity->horizontalCode(), epsg))
-            return catalogued;
-        proj = identity->projText();
-    }
-    const bool sameAxes = identity->hasEastNorthAxes() || proj.contains(QLatin1String("+axis="));
-    try {
-        const CoordSystemPtr cs = proj.isEmpty() ? fromIdentity(identity) : unnamedFromProj(proj);
-        if (!sameAxes && !cs->isLatLong())
-            cs->setPlane(identity->plane());
-        cs->setSourceParameters({CoordSystem::Epsg, QString::number(epsg)});
-        cs->setIdentity(identity);
-        return cs;
-    } catch (const std::exception &e) {
-        LOG_DEBUG(QString::fromUtf8(e.what()));
-        throw ProjException(QObject::tr("Ошибка инициализации проекции: %1").arg(code));
-    }
 }
 
 /// Longitude/latitude that PROJ writes no text for.

@@ -27,8 +27,13 @@ struct NIVORA_CS_NO_EXPORT CoordSysFactory::FactoryGuard : CatalogueToken,
         return nullptr;
     }
 
+    CoordSystemPtr madeFromEpsg(int epsg) const;
+
     const CoordSysFactory *factory;
     mutable QReadWriteLock alive;
 };
+
+/// "КС не имеет плановой части: …"
+[[noreturn]] void throwWithoutPlane(const QString &text);
 
 } // namespace nivora::cs

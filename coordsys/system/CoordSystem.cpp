@@ -82,13 +82,16 @@ CoordSystem::~CoordSystem()
     const QMutexLocker lock(globalProj4Mutex()); // the handles' deleters work on the shared context
     m_identity.reset();
     m_coded.reset();
+    m_lazy.reset();
     m_plane.reset();
     m_pj.reset();
     m_givenSrs.reset();
     m_srs.reset();
 }
 
-PJ *CoordSystem::PJ_Proj4_Internal() const { return m_plane ? m_plane->pj.get() : nullptr; }
+PJ *CoordSystem::PJ_Proj4() const { return pj(); }
+
+PJ *CoordSystem::PJ_Proj4_Internal() const { return plane() ? plane()->pj.get() : nullptr; }
 
 // Setters
 
@@ -133,6 +136,7 @@ void CoordSystem::setSourceParameters(const SourceData &source)
 
 void CoordSystem::setOGRSpatialReference(std::shared_ptr<void> srs)
 {
+    ensureMade();
     {
         const QWriteLocker lock(&m_lock);
         m_srs.swap(srs);
@@ -176,6 +180,7 @@ void CoordSystem::setProj4(PjHandle pj)
     const bool plan = m_source.type == Prj && isNonEarth();
     const auto manager = plan ? activeCatalogues()->projectionParamsManager() : nullptr;
 
+    ensureMade();
     noteChange();
     const QWriteLocker lock(&m_lock);
     m_pj = std::move(pj);
@@ -227,6 +232,7 @@ void CoordSystem::setProjectionDefaultBounds(const QRectF &rect)
 
 void CoordSystem::setPlane(std::shared_ptr<const ProjOperation> plane)
 {
+    ensureMade();
     m_plane = std::move(plane);
     noteChange();
 }
@@ -258,11 +264,12 @@ bool CoordSystem::isNonEarth() const
     bool answer =
         m_source.type == Proj4 && m_source.string.contains(QLatin1String("+proj=eqc")) &&
         m_source.string.contains(QStringLiteral("+R=") + nivora::utils::toString(EARTH_SPHERE_RADIUS));
-    if (!answer && m_srs) {
+    void *const reference = srs();
+    if (!answer && reference) {
         const QMutexLocker lock(globalProj4Mutex());
-        answer = OSRIsLocal(srs()) != 0;
+        answer = OSRIsLocal(reference) != 0;
     }
-    if (m_srs)
+    if (reference)
         m_isNonEarth.store(answer, std::memory_order_release);
     return answer;
 }
@@ -274,14 +281,15 @@ bool CoordSystem::isLatLong() const
         return known != 0;
     // "longlat" and its three other names; an object of several steps has no name, and its text tells
     static const QRegularExpression geographic(QStringLiteral("latlon|lonlat|longlat"));
-    if (isNonEarth() || !m_pj)
+    PJ *const main = isNonEarth() ? nullptr : pj();
+    if (!main)
         return false;
     bool answer = false;
     {
         const QMutexLocker lock(globalProj4Mutex());
-        const char *id = proj_pj_info(m_pj.get()).id;
-        if (!id && proj_is_crs(m_pj.get())) {
-            answer = kindOf(globalProjContext(), m_pj.get()) == CrsKind::Geographic;
+        const char *id = proj_pj_info(main).id;
+        if (!id && proj_is_crs(main)) {
+            answer = kindOf(globalProjContext(), main) == CrsKind::Geographic;
         } else {
             const QString text = id ? QString::fromUtf8(id) : projText([] { return LinearUnit(); });
             answer = geographic.match(text).hasMatch();
@@ -294,18 +302,20 @@ bool CoordSystem::isLatLong() const
 /// Longitude and latitude around another pole: a plane of degrees.
 bool CoordSystem::isRotated() const
 {
-    if (!m_srs)
+    void *const reference = srs();
+    if (!reference)
         return false;
     const QMutexLocker lock(globalProj4Mutex());
-    return OSRIsDerivedGeographic(srs()) != 0;
+    return OSRIsDerivedGeographic(reference) != 0;
 }
 
 QString CoordSystem::datumName() const
 {
-    if (!m_srs)
+    void *const reference = srs();
+    if (!reference)
         return {};
     const QMutexLocker lock(globalProj4Mutex());
-    return QString::fromUtf8(OSRGetAttrValue(srs(), "DATUM", 0));
+    return QString::fromUtf8(OSRGetAttrValue(reference, "DATUM", 0));
 }
 
 bool CoordSystem::isSpecialDatum() const
@@ -359,19 +369,20 @@ double CoordSystem::getInvFlattening() const { return getParamOSR(OSRGetInvFlatt
 bool CoordSystem::hasShift() const
 {
     double values[7] = {};
+    void *const reference = srs();
     const QMutexLocker lock(globalProj4Mutex());
     const CplErrorScope quiet;
-    return m_srs && OSRGetTOWGS84(srs(), values, 7) == OGRERR_NONE;
+    return reference && OSRGetTOWGS84(reference, values, 7) == OGRERR_NONE;
 }
 
 QList<double> CoordSystem::getTOWGS84Params() const
 {
     double values[7] = {};
     OGRErr code = OGRERR_FAILURE;
-    if (m_srs) {
+    if (void *const reference = srs()) {
         const QMutexLocker lock(globalProj4Mutex());
         const CplErrorScope quiet;
-        code = OSRGetTOWGS84(srs(), values, 7);
+        code = OSRGetTOWGS84(reference, values, 7);
     }
     if (code != OGRERR_NONE)
         throw std::logic_error(QObject::tr("Не могу получить параметры").toStdString());
@@ -380,11 +391,12 @@ QList<double> CoordSystem::getTOWGS84Params() const
 
 double CoordSystem::longitudeOfCenter() const
 {
-    if (!m_srs)
+    void *const reference = srs();
+    if (!reference)
         return 0.0;
     const QMutexLocker lock(globalProj4Mutex());
     const CplErrorScope quiet;
-    return OSRGetProjParm(srs(), "longitude_of_center", 0.0, nullptr);
+    return OSRGetProjParm(reference, "longitude_of_center", 0.0, nullptr);
 }
 
 // Bounds
@@ -491,16 +503,19 @@ bool CoordSystem::isEqualByText(const CoordSystem &other, bool ignoreRect) const
 
 bool CoordSystem::samePj(const CoordSystem &other) const
 {
-    if (!m_pj || !other.m_pj)
-        return !m_pj && !other.m_pj;
+    const PJ *const mine = pj();
+    const PJ *const others = other.pj();
+    if (!mine || !others || mine == others)
+        return mine == others;
     const QMutexLocker lock(globalProj4Mutex());
-    return proj_is_equivalent_to(m_pj.get(), other.m_pj.get(), PJ_COMP_STRICT) != 0;
+    return proj_is_equivalent_to(mine, others, PJ_COMP_STRICT) != 0;
 }
 
 bool CoordSystem::sameUnit(const CoordSystem &other) const
 {
     const auto manager = activeCatalogues()->projectionParamsManager();
     const auto detected = [&manager](const CoordSystem &cs) {
+        cs.ensureMade();
         const QWriteLocker lock(&cs.m_lock);
         return cs.detectUnitLocked(*manager, nullptr);
     };

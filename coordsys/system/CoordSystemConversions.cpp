@@ -172,12 +172,13 @@ bool CoordSystem::convertPoints(int direction, QPointF *points, std::size_t coun
         std::for_each(points, points + count, [factor](QPointF &p) { p *= factor; });
         return std::all_of(points, points + count, isFinite);
     }
-    if (!m_plane)
+    const ProjOperation *const converting = plane().get();
+    if (!converting)
         return false;
     const QPointF asked = count > 0 ? points[0] : QPointF();
     const QMutexLocker lock(globalProj4Mutex());
-    if (count == 1 ? transformPoint(*m_plane, direction, *points)
-                   : transformPoints(*m_plane, direction, points, count))
+    if (count == 1 ? transformPoint(*converting, direction, *points)
+                   : transformPoints(*converting, direction, points, count))
         return true;
     reportFailure(direction, asked);
     return false;

@@ -1,13 +1,17 @@
 #include <coordsys/CoordSystem.h>
 
+#include "LazyParts_p.h"
 #include "OsrHandle_p.h"
 #include "ProjOperation_p.h"
 
 #include <proj.h>
 
+#include <QMutex>
 #include <QMutexLocker>
 #include <QReadLocker>
 #include <QWriteLocker>
+
+#include <mutex>
 
 // What systems share, and what each has of its own.
 
@@ -24,8 +28,43 @@ void CoordSystem::noteChange()
     m_state = ++last;
 }
 
+void CoordSystem::makeLater(std::shared_ptr<const LazyParts> parts)
+{
+    m_lazy = std::move(parts);
+    m_isSrsShared = true;
+    m_isPending = true;
+}
+
+void CoordSystem::ensureMade() const
+{
+    if (!m_isPending.load(std::memory_order_acquire))
+        return;
+    const LazyParts::Parts &parts = m_lazy->get();
+    static QBasicMutex adopting; // a leaf: nothing else is locked under it
+    const std::lock_guard<QBasicMutex> lock(adopting);
+    if (!m_isPending.load(std::memory_order_relaxed))
+        return;
+    m_srs = parts.srs;
+    m_pj = parts.pj;
+    m_plane = parts.plane;
+    m_isPending.store(false, std::memory_order_release);
+}
+
+PJ *CoordSystem::pj() const
+{
+    ensureMade();
+    return m_pj.get();
+}
+
+const std::shared_ptr<const ProjOperation> &CoordSystem::plane() const
+{
+    ensureMade();
+    return m_plane;
+}
+
 void *CoordSystem::srs() const
 {
+    ensureMade();
     void *given = m_given.load(std::memory_order_acquire);
     return given ? given : m_srs.get();
 }
@@ -47,10 +86,11 @@ void *CoordSystem::OGRSpatialReference() const
 
 std::shared_ptr<void> CoordSystem::copyOgrSpatialReference() const
 {
-    if (!m_srs)
+    void *const reference = srs();
+    if (!reference)
         return nullptr;
     const QMutexLocker lock(globalProj4Mutex());
-    return ownSrs(OSRClone(srs()));
+    return ownSrs(OSRClone(reference));
 }
 
 CoordSystemPtr CoordSystem::clone() const
@@ -61,9 +101,9 @@ CoordSystemPtr CoordSystem::clone() const
     copy->setSourceParameters(m_source);
     copy->m_record = m_record;
     copy->m_assumptions = m_assumptions;
-    if (m_pj) {
+    if (const PJ *const main = pj()) {
         const QMutexLocker lock(globalProj4Mutex());
-        copy->m_pj = ownPj(proj_clone(globalProjContext(), m_pj.get()));
+        copy->m_pj = ownPj(proj_clone(globalProjContext(), main));
         copy->m_plane =
             m_plane && m_plane->pj == m_pj ? std::make_shared<const ProjOperation>(copy->m_pj) : m_plane;
     }
@@ -86,10 +126,14 @@ CoordSystemPtr CoordSystem::duplicate() const
 {
     auto copy = std::make_shared<CoordSystem>();
     const QReadLocker lock(&m_lock);
-    copy->m_srs = m_srs;
     copy->m_isSrsShared = true;
-    copy->m_pj = m_pj;
-    copy->m_plane = m_plane;
+    if (m_isPending) {
+        copy->makeLater(m_lazy);
+    } else {
+        copy->m_srs = m_srs;
+        copy->m_pj = m_pj;
+        copy->m_plane = m_plane;
+    }
     copy->m_identity = m_identity;
     copy->m_hasIdentity = m_hasIdentity;
     copy->m_description = m_description;

@@ -107,7 +107,7 @@ std::shared_ptr<void> registeredSrs(const CrsDefinition &registered, const QList
 CoordSystem::IdentityPtr CoordSystem::registeredIdentity() const
 {
     const AskedCatalogues asked(m_catalogues);
-    const bool hasCode = m_srs && !isNonEarth();
+    const bool hasCode = hasSrs() && !isNonEarth();
     const int code = hasCode ? (isMoved() ? baseCode() : epsg()) : int(EPSG_UNDEFINDED);
     CrsDefinitionPtr registered = code > 0 ? CrsDefinition::ofCode(code) : nullptr;
     const bool same = registered && registered->isHorizontal() && isPlaneOf(code, *registered);
@@ -211,12 +211,12 @@ QString CoordSystem::projText(const std::function<LinearUnit()> &unitOf) const
 
     QString text;
     QString reason;
+    const PJ *const main = pj();
     {
         const QMutexLocker lock(globalProj4Mutex());
         const CplErrorScope errors;
-        if (m_pj)
-            text =
-                QString::fromUtf8(proj_as_proj_string(globalProjContext(), m_pj.get(), PJ_PROJ_4, nullptr));
+        if (main)
+            text = QString::fromUtf8(proj_as_proj_string(globalProjContext(), main, PJ_PROJ_4, nullptr));
         if (text.isEmpty())
             text = osrToProj4(srs());
         reason = errors.message();
@@ -343,6 +343,7 @@ QString CoordSystem::taggedWithClauses() const
 bool CoordSystem::hasNumberedUnit() const
 {
     const auto manager = activeCatalogues()->projectionParamsManager();
+    ensureMade();
     const QWriteLocker lock(&m_lock);
     return bool(detectUnitLocked(*manager, nullptr));
 }

@@ -106,7 +106,7 @@ int CoordSystem::unmovedEpsg(const std::shared_ptr<ProgressHandler> &progress) c
 /// The catalogue has the system under the code of another.
 bool CoordSystem::hasForeignCataloguedCode() const
 {
-    if (!m_isEpsgCatalogued || !m_srs || codedIdentity())
+    if (!m_isEpsgCatalogued || !hasSrs() || codedIdentity())
         return false;
     const CrsDefinitionPtr registered = CrsDefinition::ofCode(m_epsg);
     return registered != nullptr;
@@ -131,7 +131,7 @@ CoordSystem::IdentityPtr CoordSystem::codedIdentity() const
         if (code <= 0 || m_codedFor == code)
             return code <= 0 ? nullptr : m_coded;
     }
-    CrsDefinitionPtr registered = m_srs ? CrsDefinition::ofCode(code) : nullptr;
+    CrsDefinitionPtr registered = hasSrs() ? CrsDefinition::ofCode(code) : nullptr;
     if (registered && !isPlaneOf(*registered))
         registered.reset();
     const QWriteLocker lock(&m_lock);
@@ -156,7 +156,7 @@ int CoordSystem::searchedEpsg(const std::shared_ptr<ProgressHandler> &progress) 
     const int stated = statedEpsg();
     if (stated != EPSG_UNDEFINDED)
         return stated;
-    if (!m_srs)
+    if (!hasSrs())
         (void)projStr(); // throws: there is nothing to search for
     return remembered(m_searchedEpsg, NotAsked, progress.get(), [&] {
         const IdentityPtr known = m_source.type == Wkt ? identity() : nullptr;

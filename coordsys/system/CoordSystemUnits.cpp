@@ -90,12 +90,13 @@ bool isMetricPlane(const QString &proj)
 
 double CoordSystem::osrLinearUnits(QString *name) const
 {
-    if (!m_srs)
+    void *const reference = srs();
+    if (!reference)
         return 0.0;
     const QMutexLocker lock(globalProj4Mutex());
     const CplErrorScope quiet;
     char *borrowed = nullptr;
-    const double factor = OSRGetLinearUnits(srs(), &borrowed);
+    const double factor = OSRGetLinearUnits(reference, &borrowed);
     if (name)
         *name = QString::fromUtf8(borrowed);
     return factor;
@@ -106,10 +107,11 @@ const MIUnitConvParam *CoordSystem::plainUnit(const ProjectionParamsManager &man
 {
     if (isLatLong())
         return manager.unitByID(LinearUnit::Degree, std::nothrow);
-    if (!m_pj || isNonEarth())
+    const PJ *const main = pj();
+    if (!main || isNonEarth())
         return nullptr;
     const QMutexLocker lock(globalProj4Mutex());
-    const char *text = proj_as_proj_string(globalProjContext(), m_pj.get(), PJ_PROJ_4, nullptr);
+    const char *text = proj_as_proj_string(globalProjContext(), main, PJ_PROJ_4, nullptr);
     const MIUnitConvParam *metre = manager.unitByID(LinearUnit::Meter, std::nothrow);
     return metre && isLength(*metre, 1.0) && isMetricPlane(QString::fromUtf8(text)) ? metre : nullptr;
 }
@@ -144,6 +146,7 @@ LinearUnit CoordSystem::unit() const
 LinearUnit CoordSystem::unit(const ProjectionParamsManager &manager) const
 {
     QString name;
+    ensureMade(); // asks catalogues: never under the lock
     {
         const QWriteLocker lock(&m_lock);
         if (const LinearUnit found = detectUnitLocked(manager, &name))

@@ -134,7 +134,7 @@ QString PrjText::remark() const
 PrjText prjTextOf(const CoordSystem &cs)
 {
     const AskedCatalogues asked(cs.m_catalogues);
-    if (cs.m_source.type == CoordSystem::Prj || cs.isNonEarth() || !cs.m_srs) {
+    if (cs.m_source.type == CoordSystem::Prj || cs.isNonEarth() || !cs.hasSrs()) {
         PrjText text;
         text.text = cs.sourcePrj();
         return text;

@@ -12,6 +12,7 @@
 
 #include <cmath>
 #include <map>
+#include <thread>
 
 using namespace nivora::cs;
 
@@ -208,6 +209,44 @@ private Q_SLOTS:
             }
         }
         QVERIFY2(faults.isEmpty(), qPrintable(faults.join(QLatin1Char(' '))));
+    }
+
+    // The engines' objects of a code are made when they are needed: for a system and its copies once, by
+    // several threads at a time, and when its factory is gone.
+    void codesMadeLater()
+    {
+        const support::DefaultFactoryKeeper keeper;
+        const support::LogCapture quiet;
+        auto own = std::make_shared<CoordSysFactory>(support::resources(), support::data(), "en"_s);
+        QVERIFY(own->initCoordSystemEnvironment());
+        QStringList faults;
+        int compared = 0;
+        for (const int code : sampledCodes(300)) {
+            try {
+                const CoordSystemPtr cs = own->createFromEpsg(code), again = own->createFromEpsg(code);
+                const CoordSystemPtr other = support::shippedFactory()->createFromEpsg(code);
+                PJ *found[2] = {};
+                std::thread thread([&] { found[0] = cs->PJ_Proj4(); });
+                found[1] = cs->PJ_Proj4();
+                thread.join();
+                const bool isShared = found[0] == found[1] && again->PJ_Proj4() == found[0];
+                if (!isShared || !found[0] || !cs->isEqual(other, false) || cs->projStr() != other->projStr())
+                    faults << QString::number(code);
+                ++compared;
+            } catch (const ProjException &) {
+                // a method that PROJ lacks is refused at once
+            }
+        }
+        QVERIFY2(faults.isEmpty(), qPrintable(faults.join(QLatin1Char(' '))));
+        QVERIFY2(compared > 15, qPrintable(QString::number(compared)));
+
+        const CoordSystemPtr left = own->createFromEpsg(28405), alone = own->createFromEpsg(28406);
+        own.reset();
+        QVERIFY(left->projStr().contains("+towgs84"_s)); // by the installed default's catalogue
+        CoordSysFactory::setDefaultCoordSysFactory(nullptr);
+        QPointF out;
+        QVERIFY(alone->forward(QPointF(33, 0), out) && alone->OGRSpatialReference());
+        VERIFY_NEAR(out, QPointF(6500000, 0), 1e-3);
     }
 
     // What a text or a catalogue says of a code is looked at.

@@ -1,0 +1,149 @@
+#include "CoordSysFactory_p.h"
+
+#include "CoordSystemCache_p.h"
+#include "CrsDefinition_p.h"
+#include "LazyParts_p.h"
+#include <coordsys/CoordSystem.h>
+#include <coordsys/CoordSystemConversions.h>
+#include <coordsys/CoordSystemStrings.h>
+#include <coordsys/MapinfoCoordSystem.h>
+#include <coordsys/ProjLibMetadata.h>
+#include <platform/Logger.h>
+
+#include <QObject>
+
+#include <cmath>
+
+// Systems by their code in the database.
+
+namespace nivora::cs {
+namespace {
+
+constexpr double ellipsoidToleranceM = 1e-3;
+
+bool hasClauses(const QString &prj)
+{
+    const PrjClauses clauses = hasAffineOrBoundsInString(prj);
+    return clauses.affine || clauses.bounds;
+}
+
+} // namespace
+
+void throwWithoutPlane(const QString &text)
+{
+    throw std::runtime_error(QObject::tr("КС не имеет плановой части: %1").arg(text).toStdString());
+}
+
+CoordSystemPtr CoordSysFactory::createFromEpsg(int epsg) const
+{
+    const CatalogueScope scope(*this);
+    LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromEpsg=%1").arg(epsg));
+    return m_made->system(CoordSystemCache::By::Epsg, QString::number(epsg), [&] {
+        const CoordSystemPtr defined = definedByCode(epsg);
+        return defined ? defined : namedFromEpsg(epsg);
+    });
+}
+
+/// By its definition alone, which the database vouches for: what the engines make of it comes when it is
+/// first needed. Null where the catalogue's entry has bounds, and for the few methods that PROJ writes no
+/// text for, which it may not be able to compute.
+CoordSystemPtr CoordSysFactory::definedByCode(int epsg) const
+{
+    const CrsDefinitionPtr identity = CrsDefinition::ofCode(epsg);
+    const bool isPlain = identity && !identity->isDemotedTo2D() &&
+                         (identity->kind() == CrsKind::Projected || identity->kind() == CrsKind::Geographic);
+    if (!isPlain || hasClauses(m_mapinfo->seekByEPSG(epsg)) || identity->projText().isEmpty())
+        return nullptr;
+    auto cs = std::make_shared<CoordSystem>();
+    cs->makeLater(std::make_shared<const LazyParts>([guard = m_lifeline, epsg] {
+        const CoordSystemPtr made = guard->madeFromEpsg(epsg);
+        return LazyParts::Parts{made->m_srs, made->m_pj, made->m_plane};
+    }));
+    cs->setSourceParameters({CoordSystem::Epsg, QString::number(epsg)});
+    cs->setIdentity(identity);
+    cs->setEpsg(epsg);
+    cs->setNameless();
+    cs->m_isNonEarth = false;
+    cs->m_isLatLong = identity->kind() == CrsKind::Geographic;
+    return cs;
+}
+
+/// By the factory while it lives, then by the installed default, else as the database has it.
+CoordSystemPtr CoordSysFactory::FactoryGuard::madeFromEpsg(int epsg) const
+{
+    const std::shared_ptr<const CatalogueSource> living = lock();
+    const std::shared_ptr<CoordSysFactory> installed = living ? nullptr : defaultCoordSysFactory();
+    const CoordSysFactory *const maker = living ? factory : installed.get();
+    if (!maker)
+        return unnamedFromCode(epsg, CrsDefinition::ofCode(epsg));
+    const CatalogueScope scope(*maker);
+    return maker->namedFromEpsg(epsg);
+}
+
+CoordSystemPtr CoordSysFactory::namedFromEpsg(int epsg) const
+{
+    const CoordSystemPtr catalogued = cataloguedEpsg(epsg, epsg);
+    const CoordSystemPtr cs = catalogued ? catalogued : unnamedFromEpsg(epsg);
+    cs->setDescription(nameOfCode(epsg));
+    cs->setEpsg(epsg);
+    return cs;
+}
+
+/// From the catalogue's entry of a code (\p epsg or that of its horizontal part); null when there is none.
+/// One with an affine transformation is not the code's projection: the database makes that. Where MapInfo's
+/// ellipsoid is not quite the code's (Xian 1980: 19 mm), the code's own plane counts, as it does in
+/// transformations.
+CoordSystemPtr CoordSysFactory::cataloguedEpsg(int entryCode, int epsg) const
+{
+    // Entries without a code carry a negative one, which no caller may find them by.
+    const CoordSystemPtr entry = entryCode > 0 ? m_mapinfo->systemOfCode(entryCode) : nullptr;
+    if (!entry || hasAffine(entry))
+        return nullptr;
+    const CoordSystemPtr cs = entry->duplicate();
+    const CrsDefinitionPtr coded = entryCode == epsg ? entry->codedIdentity() : nullptr;
+    cs->setSourceParameters({CoordSystem::Epsg, QString::number(epsg)});
+    if (coded)
+        cs->setIdentity(coded);
+    const CrsDefinitionPtr identity = cs->identity();
+    if (identity && identity->kind() == CrsKind::Projected &&
+        std::fabs(identity->semiMinorM() - cs->getSemiMinor()) > ellipsoidToleranceM)
+        if (const std::shared_ptr<const ProjOperation> plane = identity->plane())
+            cs->setPlane(plane);
+    return cs;
+}
+
+/// From the database. PROJ text does not carry every method and every direction of axes; where it fails, the
+/// system converts by itself.
+CoordSystemPtr CoordSysFactory::unnamedFromEpsg(int epsg) const
+{
+    const CrsDefinitionPtr identity = CrsDefinition::ofCode(epsg);
+    if (identity && identity->isDemotedTo2D())
+        if (const CoordSystemPtr catalogued = cataloguedEpsg(identity->horizontalCode(), epsg))
+            return catalogued;
+    return unnamedFromCode(epsg, identity);
+}
+
+CoordSystemPtr CoordSysFactory::unnamedFromCode(int epsg, const CrsDefinitionPtr &identity)
+{
+    const QString code = QStringLiteral("EPSG:%1").arg(epsg);
+    QString proj = ProjLibMetadata().projStringForCrs(epsg, ProjLibMetadata::EPSG);
+    LOG_DEBUG(proj);
+    if (!identity || !identity->isHorizontal())
+        throwWithoutPlane(code);
+    if (identity->isDemotedTo2D())
+        proj = identity->projText();
+    const bool sameAxes = identity->hasEastNorthAxes() || proj.contains(QLatin1String("+axis="));
+    try {
+        const CoordSystemPtr cs = proj.isEmpty() ? fromIdentity(identity) : unnamedFromProj(proj);
+        if (!sameAxes && !cs->isLatLong())
+            cs->setPlane(identity->plane());
+        cs->setSourceParameters({CoordSystem::Epsg, QString::number(epsg)});
+        cs->setIdentity(identity);
+        return cs;
+    } catch (const std::exception &e) {
+        LOG_DEBUG(QString::fromUtf8(e.what()));
+        throw ProjException(QObject::tr("Ошибка инициализации проекции: %1").arg(code));
+    }
+}
+
+} // namespace nivora::cs
