@@ -194,8 +194,8 @@ void addCodes(const Factory &factory, const QVector<int> &codes)
     };
     add({"createFromEpsg, first time", 1.25, Row::Ratio, 50, "QGIS 270 to 480 us"}, overCodes(codes, create),
         overCodes(codes, projCode));
-    add({"createFromEpsg and the objects of PROJ and GDAL", 1000.0, Row::Microseconds, 50},
-        overCodes(codes, use), overCodes(codes, engineCode));
+    add({"createFromEpsg and the objects of PROJ and GDAL", 1.6, Row::Ratio, 50}, overCodes(codes, use),
+        overCodes(codes, engineCode));
     const auto again = [factory](State &state) {
         for (auto _ : state)
             benchmark::DoNotOptimize(factory->createFromEpsg(32637));
