@@ -95,6 +95,7 @@ public:
     QVector<Hit> at(const QPointF &lonLat, int limit) const;
 
 private:
+    friend class SystemGuess;
     struct Data;
     std::unique_ptr<Data> m_data;
 };

@@ -2254,5 +2254,163 @@ N S E W или С Ю В З. Сначала x, если буквы не гово�
         <source>x, y and z cannot be one column</source>
         <translation>x, y и z не могут быть одним столбцом</translation>
     </message>
+    <message>
+        <source>%1 km</source>
+        <translation>%1 км</translation>
+    </message>
+    <message>
+        <source>   around %1</source>
+        <translation>   около %1</translation>
+    </message>
+    <message>
+        <source>, %1 from the place</source>
+        <translation>, %1 от места</translation>
+    </message>
+    <message>
+        <source>; %1 % of the data inside the area of use</source>
+        <translation>; %1 % данных внутри области применения</translation>
+    </message>
+    <message>
+        <source>   assumed: %1
+</source>
+        <translation>   принято: %1
+</translation>
+    </message>
+    <message>
+        <source>%1 (withdrawn)</source>
+        <translation>%1 (отозвана)</translation>
+    </message>
+    <message>
+        <source>   or %1, %2 away
+</source>
+        <translation>   или %1, на %2 в стороне
+</translation>
+    </message>
+    <message numerus="yes">
+        <source>   or %n more</source>
+        <translation>
+            <numerusform>   или ещё %n</numerusform>
+            <numerusform>   или ещё %n</numerusform>
+            <numerusform>   или ещё %n</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>   not decidable: more than 30 systems put the data on the same ground
+</source>
+        <translation>   не решить: больше 30 систем кладут данные на то же место
+</translation>
+    </message>
+    <message>
+        <source>   the same on the data
+</source>
+        <translation>   на этих данных одно и то же
+</translation>
+    </message>
+    <message>
+        <source>   up to %1 apart: a position of %2 known better than %3 would decide
+</source>
+        <translation>   расходятся до %1: решило бы положение точки %2, известное лучше %3
+</translation>
+    </message>
+    <message>
+        <source>stated as %1: %2 % of the data lie inside its area of use
+</source>
+        <translation>указана %1: в её области применения лежит %2 % данных
+</translation>
+    </message>
+    <message>
+        <source>stated as %1, but %2 % of the data lie inside its area of use</source>
+        <translation>указана %1, но в её области применения лежит %2 % данных</translation>
+    </message>
+    <message>
+        <source>%1: fits %2</source>
+        <translation>%1: подходит %2</translation>
+    </message>
+    <message>
+        <source>   its datum&apos;s shift is not known: the place may be hundreds of metres off
+</source>
+        <translation>   сдвиг её датума неизвестен: место может отстоять на сотни метров
+</translation>
+    </message>
+    <message>
+        <source>--near: no town &quot;%1&quot; is known; give LON,LAT in degrees</source>
+        <translation>--near: город «%1» неизвестен; задайте ДОЛГОТА,ШИРОТА в градусах</translation>
+    </message>
+    <message>
+        <source>no system&apos;s area of use holds these coordinates</source>
+        <translation>этих координат нет в области применения ни одной системы</translation>
+    </message>
+    <message>
+        <source>Reads a table of points, &quot;-&quot; for standard input, or a file of any format that
+convert reads, and writes the systems whose area of use holds the coordinates, the
+likeliest first: near the place that --near names, else by towns, by what is in
+force where the data would lie, and by how small the area is. Each with the place
+on the map, its distance, the share of the data inside the area, and what was
+assumed: axes swapped, kilometres, feet, the zone&apos;s number left out or put before
+the easting, degrees, minutes and seconds in one number. Systems that lie within
+20 m of each other on the data are one entry: the data cannot tell them apart; the
+metres between them and the point whose known position would decide are told. A
+system that the file states, or --from, is doubted when most of the data lie
+outside its area of use. The exit status is 1 then, and when nothing fits.
+
+Without --x and --y a table&apos;s columns are found by their names (x, lon, easting,
+y, lat, northing and their likes), else they are the first two.
+
+Examples:
+  nivora-cs guess points.csv --near Tver
+  nivora-cs guess parcels.shp --near 37.6,55.7 --json
+</source>
+        <translation>Читает таблицу точек («-» – стандартный ввод) или файл любого формата, который
+читает convert, и выводит системы, в области применения которых лежат координаты,
+вероятные первыми: ближе к месту из --near, иначе по городам, по тому, что
+действует там, где лежали бы данные, и по малости области. Для каждой – место на
+карте, расстояние, доля данных внутри области и что принято: оси переставлены,
+километры, футы, номер зоны опущен или добавлен перед координатой, градусы, минуты
+и секунды одним числом. Системы, которые на этих данных расходятся не больше чем
+на 20 м, – одна запись: данные их не различают; сказаны метры между ними и точка,
+известное положение которой решило бы. В системе, указанной в файле или в --from,
+высказывается сомнение, если большинство данных лежит вне её области применения.
+Тогда код завершения 1, как и если ничего не подходит.
+
+Без --x и --y столбцы таблицы находятся по именам (x, lon, easting, y, lat,
+northing и подобные), иначе это первые два.
+
+Примеры:
+  nivora-cs guess points.csv --near Тверь
+  nivora-cs guess parcels.shp --near 37.6,55.7 --json
+</translation>
+    </message>
+    <message>
+        <source>Which system the coordinates of a file may be in.</source>
+        <translation>В какой системе могут быть координаты файла.</translation>
+    </message>
+    <message>
+        <source>A town near the data, or a place in degrees.</source>
+        <translation>Город рядом с данными или место в градусах.</translation>
+    </message>
+    <message>
+        <source>The northing or latitude stands first, for certain.</source>
+        <translation>Первым точно стоит северное направление или широта.</translation>
+    </message>
+    <message>
+        <source>The system that is stated for the data, whatever the file says.</source>
+        <translation>Система, указанная для данных, что бы ни говорил файл.</translation>
+    </message>
+    <message>
+        <source>At most N entries, 5 when not given.</source>
+        <translation>Не больше N записей, без параметра 5.</translation>
+    </message>
+    <message>
+        <source>The table&apos;s column of x.</source>
+        <translation>Столбец x таблицы.</translation>
+    </message>
+    <message>
+        <source>The table&apos;s column of y.</source>
+        <translation>Столбец y таблицы.</translation>
+    </message>
+    <message>
+        <source>%1 holds no coordinates</source>
+        <translation>в %1 нет координат</translation>
+    </message>
 </context>
 </TS>

@@ -1045,5 +1045,29 @@
         <source>Текст PROJ ничего не говорит о системах высот: задайте операцию кодом или именем</source>
         <translation>A PROJ text says nothing of height systems: give the operation by code or name</translation>
     </message>
+    <message>
+        <source>оси переставлены</source>
+        <translation>axes swapped</translation>
+    </message>
+    <message>
+        <source>координаты в километрах</source>
+        <translation>coordinates in kilometres</translation>
+    </message>
+    <message>
+        <source>координаты в футах</source>
+        <translation>coordinates in feet</translation>
+    </message>
+    <message>
+        <source>номер зоны перед координатой опущен</source>
+        <translation>the zone&apos;s number before the easting is left out</translation>
+    </message>
+    <message>
+        <source>перед координатой добавлен номер зоны</source>
+        <translation>the zone&apos;s number stands before the easting</translation>
+    </message>
+    <message>
+        <source>градусы, минуты и секунды одним числом</source>
+        <translation>degrees, minutes and seconds in one number</translation>
+    </message>
 </context>
 </TS>

@@ -20,9 +20,9 @@ namespace {
 const std::vector<const Command *> &commands()
 {
     static const std::vector<const Command *> all = {
-        &infoCommand(),    &transformCommand(), &convertCommand(),   &rectCommand(),
-        &measureCommand(), &mgrsCommand(),      &calibrateCommand(), &gridsCommand(),
-        &userCommand(),    &listCommand(),      &findCommand(),      &listFormatsCommand()};
+        &infoCommand(), &transformCommand(), &convertCommand(),    &rectCommand(), &measureCommand(),
+        &mgrsCommand(), &calibrateCommand(), &gridsCommand(),      &userCommand(), &listCommand(),
+        &findCommand(), &guessCommand(),     &listFormatsCommand()};
     return all;
 }
 

@@ -3,7 +3,6 @@
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjLibMetadata.h>
 
-#include <QDir>
 #include <QMap>
 
 #include <algorithm>
@@ -32,19 +31,6 @@ CatalogIndex::System systemOf(const ProjLibMetadata::ProjectionInfo &info)
             geographic ? Kind::Geographic : Kind::Projected, eastward(info.rect)};
 }
 
-/// Gives the search the catalogue's names in the languages that the user did not choose.
-void addOtherLanguages(MapinfoSearch &search, const QDir &resources, const QString &language)
-{
-    const QString own = QStringLiteral("projections_%1.prj").arg(language);
-    const QFileInfoList files =
-        resources.entryInfoList({QStringLiteral("projections_*.prj")}, QDir::Files, QDir::Name);
-    for (const QFileInfo &file : files) {
-        MapinfoCoordSystem other([](const QString &) { return CoordSystemPtr(); });
-        if (file.fileName() != own && other.loadFromPRJ(file))
-            search.addNames(other);
-    }
-}
-
 } // namespace
 
 QString searchText(const QString &text)
@@ -62,16 +48,21 @@ bool holdsWords(const QString &searchText, const QStringList &words)
                        [&](const QString &word) { return searchText.contains(word); });
 }
 
-CatalogIndex::CatalogIndex(const MapinfoCoordSystem &catalogue, const QDir &resources,
-                           const QString &language)
-    : m_search(catalogue)
+CatalogIndex::CatalogIndex(const CataloguePtr &catalogue, const QDir &resources, const QString &language)
+    : m_search(sharedSearch(catalogue, resources, language))
 {
-    addOtherLanguages(m_search, resources, language);
-    m_search.loadTables(resources);
-    m_search.find(QStringLiteral("utm"),
-                  1); // what it reads on first call is read now, not when somebody types
+    // What it reads on first call is read now, not when somebody types.
+    m_search->find(QStringLiteral("utm"), 1);
     readDatabase();
-    noteUncatalogued(catalogue);
+    noteUncatalogued(*catalogue);
+}
+
+std::shared_ptr<const CatalogIndex> CatalogIndex::of(const CataloguePtr &catalogue, const QDir &resources,
+                                                     const QString &language)
+{
+    static auto *const indexes = new PerCatalogue<CatalogIndex>; // a worker may outlive static objects
+    return indexes->get(catalogue,
+                        [&] { return std::make_shared<CatalogIndex>(catalogue, resources, language); });
 }
 
 void CatalogIndex::readDatabase()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "SharedSearch_p.h"
 #include <coordsys/CoordSystemCatalogModel.h>
 #include <coordsys/MapinfoSearch.h>
 
@@ -37,7 +38,10 @@ public:
     };
 
     /// \p resources holds the names in other languages and the towns; what is not there is left out.
-    CatalogIndex(const MapinfoCoordSystem &catalogue, const QDir &resources, const QString &language);
+    CatalogIndex(const CataloguePtr &catalogue, const QDir &resources, const QString &language);
+    /// The same for all models of a catalogue, made when it is asked for first. Thread-safe.
+    static std::shared_ptr<const CatalogIndex> of(const CataloguePtr &catalogue, const QDir &resources,
+                                                  const QString &language);
 
     const QVector<Country> &countries() const { return m_countries; }
     /// Nothing for a code that the catalogue has, or nobody.
@@ -46,7 +50,7 @@ public:
         const auto found = m_uncatalogued.constFind(code);
         return found == m_uncatalogued.constEnd() ? std::nullopt : std::optional<Row>(*found);
     }
-    const MapinfoSearch &search() const { return m_search; }
+    const MapinfoSearch &search() const { return *m_search; }
     /// Area of use of a code, null when unknown.
     QRectF area(int code) const { return m_areas.value(code); }
 
@@ -54,7 +58,7 @@ private:
     void readDatabase();
     void noteUncatalogued(const MapinfoCoordSystem &catalogue);
 
-    MapinfoSearch m_search;
+    std::shared_ptr<const MapinfoSearch> m_search;
     QVector<Country> m_countries;
     QHash<int, Row> m_uncatalogued;
     QHash<int, QRectF> m_areas;

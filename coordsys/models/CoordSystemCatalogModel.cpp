@@ -114,7 +114,7 @@ void CoordSystemCatalogModel::prepare()
     const auto work = [catalogue = m_factory->mapinfoCoordSystem(), resources = m_factory->resourceDir(),
                        language = m_factory->language()]() -> Worker::Index {
         try {
-            return std::make_shared<const CatalogIndex>(*catalogue, resources, language);
+            return CatalogIndex::of(catalogue, resources, language);
         } catch (const std::exception &e) {
             LOG_ERROR(QObject::tr("Не могу подготовить поиск систем: %1").arg(QString::fromUtf8(e.what())));
             return nullptr;

@@ -1,33 +1,13 @@
 #include <coordsys/MapinfoSearch.h>
 
-#include "SearchLexicon_p.h"
+#include "MapinfoSearchData_p.h"
 #include "SearchWords_p.h"
-#include "SystemIndex_p.h"
 #include "SystemRanking_p.h"
 #include <coordsys/MapinfoCoordSystem.h>
 
 #include <cmath>
-#include <mutex>
 
 namespace nivora::cs {
-
-struct NIVORA_CS_NO_EXPORT MapinfoSearch::Data
-{
-    explicit Data(const MapinfoCoordSystem &catalogue)
-        : systems(catalogue)
-    {}
-
-    /// With the database, which is read when something is looked for first.
-    const SystemIndex &index()
-    {
-        std::call_once(databaseOnce, [this] { systems.addDatabase(); });
-        return systems;
-    }
-
-    SystemIndex systems;
-    SearchLexicon lexicon;
-    std::once_flag databaseOnce;
-};
 
 MapinfoSearch::MapinfoSearch(const MapinfoCoordSystem &catalogue)
     : m_data(std::make_unique<Data>(catalogue))

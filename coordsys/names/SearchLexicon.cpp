@@ -113,6 +113,12 @@ int SearchLexicon::countryNamed(const QString &name) const { return m_countryNam
 
 int SearchLexicon::countryAt(const QPointF &lonLat) const
 {
+    const int town = townNear(lonLat);
+    return town < 0 ? -1 : m_towns[static_cast<std::size_t>(town)].country;
+}
+
+int SearchLexicon::townNear(const QPointF &lonLat) const
+{
     const auto squareTo = [&lonLat](const SearchTown &town) {
         const double east = std::remainder(town.lonLat.x() - lonLat.x(), 360.0) *
                             std::cos(lonLat.y() * CoordSystemTypes::DEGREES_TO_RADIANS);
@@ -122,7 +128,7 @@ int SearchLexicon::countryAt(const QPointF &lonLat) const
     const auto nearest = std::min_element(m_towns.begin(), m_towns.end(), [&](const auto &a, const auto &b) {
         return squareTo(a) < squareTo(b);
     });
-    return nearest == m_towns.end() ? -1 : nearest->country;
+    return nearest == m_towns.end() ? -1 : static_cast<int>(nearest - m_towns.begin());
 }
 
 QString SearchLexicon::remark(const Words &words, const QString &language) const

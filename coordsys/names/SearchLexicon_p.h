@@ -57,6 +57,8 @@ public:
     int countryNamed(const QString &name) const;
     /// Of the nearest town, -1 without towns. Good enough to order systems that hold the place anyway.
     int countryAt(const QPointF &lonLat) const;
+    /// The nearest one, in towns(); -1 without any.
+    int townNear(const QPointF &lonLat) const;
     /// A remark of the aliases whose words all stand in \p words, wherever; empty mostly.
     QString remark(const Words &words, const QString &language) const;
 

@@ -118,6 +118,7 @@ private Q_SLOTS:
         row.named("measure --cs 4326 --json", "0 90\n1 0\n", "measures");
         row.named("rect --from 4326 --to 32637 36 55 3 1 --json", "", "rect");
         row.named("grids --from 27700 --to 4258 --json --area -3,50,-2,51", "", "grids");
+        row.named("guess - --json --near 37.6,55.7 --limit 3", "7415000 6181000\n7417000 6183000\n", "guess");
         row.named("list --json", "", "categories");
         row.named("list --json --category Benelux", "", "systems");
     }

@@ -12,9 +12,8 @@
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/MapinfoSearch.h>
 #include <coordsys/PrjText.h>
+#include <coordsys/SystemSearch.h>
 
-#include <QDir>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -131,22 +130,6 @@ QVector<MapinfoSearch::Hit> hitsOf(const CommandLine &line, const MapinfoSearch 
     return answer.hits;
 }
 
-/// The search as a user expects it: names of both languages, and towns.
-void addWhatUsersType(MapinfoSearch &search, const CoordSysFactory &factory)
-{
-    const QString catalogue = QStringLiteral("projections_%1.prj");
-    const QFileInfoList files =
-        factory.resourceDir().entryInfoList({catalogue.arg(QLatin1Char('*'))}, QDir::Files);
-    for (const QFileInfo &file : files) {
-        if (file.fileName() == catalogue.arg(factory.language()))
-            continue;
-        MapinfoCoordSystem names([](const QString &) { return CoordSystemPtr(); });
-        names.loadFromPRJ(file);
-        search.addNames(names);
-    }
-    search.loadTables(factory.resourceDir());
-}
-
 struct ShownText
 {
     QString prj;    ///< empty when there is none
@@ -198,18 +181,17 @@ int runFind(const CommandLine &line)
     constexpr int fewEnoughToRead = 50;
     const int limit = line.number("limit", 1, 1 << 20, fewEnoughToRead);
     const Session session(line);
-    MapinfoSearch search(*session.factory().mapinfoCoordSystem());
-    addWhatUsersType(search, session.factory());
+    const auto search = nivora::cs::systemSearch(session.factory());
     QString text;
     QJsonArray list;
-    const QVector<MapinfoSearch::Hit> hits = hitsOf(line, search, limit);
+    const QVector<MapinfoSearch::Hit> hits = hitsOf(line, *search, limit);
     for (const MapinfoSearch::Hit &hit : hits) {
         const ShownText shown = shownText(session.factory(), hit);
         text += entryLine(codeText(hit), hit.name, shown.line());
         list.append(hitJson(hit, shown));
     }
     print(line.isSet("json") ? QString::fromUtf8(QJsonDocument(list).toJson()) : text);
-    const QString remark = search.remark(words, session.factory().language());
+    const QString remark = search->remark(words, session.factory().language());
     if (hits.isEmpty() || !remark.isEmpty())
         complain(remark.isEmpty() ? QObject::tr("nothing found") : remark);
     return hits.isEmpty() ? SomeFailed : Success;

@@ -12,6 +12,7 @@ const Command &gridsCommand();
 const Command &userCommand();
 const Command &listCommand();
 const Command &findCommand();
+const Command &guessCommand();
 const Command &convertCommand();
 const Command &listFormatsCommand();
 

@@ -2,13 +2,12 @@
 
 #include "CommandLine.h"
 #include "CsvOptions.h"
-#include "FileNames.h"
 #include "Output.h"
 #include "PeopleText.h"
+#include "TableText.h"
 
 #include <coordsys/CoordSystem.h>
 
-#include <QFile>
 #include <QObject>
 
 #include <algorithm>
@@ -32,25 +31,6 @@ constexpr Extra extras[] = {
     {"to-height", [](CalibrationPair &p, double v) { p.knownHeightM = v; }},
     {"weight", [](CalibrationPair &p, double v) { p.weight = v; }},
 };
-
-/// The bytes of the file, decoded. Throws Failure.
-std::string textOf(const CommandLine &line)
-{
-    const QString name = line.arguments().value(0, QStringLiteral("-"));
-    QFile file(localPath(name));
-    const bool isOpen =
-        name == QLatin1String("-") ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
-    if (!isOpen)
-        throw Failure(QObject::tr("cannot read %1: %2").arg(name, file.errorString()));
-    std::string bytes = file.readAll().toStdString();
-    if (looksLikeUtf16(bytes))
-        throw Failure(QObject::tr("%1 is UTF-16: convert it to UTF-8 first").arg(name));
-    const TextCoding coding(line.value("encoding"));
-    if (coding.isNeeded())
-        bytes = coding.decoded(bytes);
-    constexpr std::string_view mark = "\xEF\xBB\xBF";
-    return bytes.compare(0, mark.size(), mark) == 0 ? bytes.substr(mark.size()) : bytes;
-}
 
 class PairReader
 {
@@ -174,28 +154,13 @@ CalibrationPair PairReader::pairOf(std::string_view line) const
 QVector<CalibrationPair> PairReader::read(std::string_view text)
 {
     QVector<CalibrationPair> pairs;
-    const int skip = m_line.number("skip", 0, 1000000, 0);
-    for (int number = 1; !text.empty(); ++number) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        std::string_view line = text.substr(0, end);
-        text.remove_prefix(std::min(end + 1, text.size()));
-        if (!line.empty() && line.back() == '\r')
-            line.remove_suffix(1);
-        const auto first = line.find_first_not_of(" \t");
-        if (number <= skip || first == std::string_view::npos || line[first] == '#')
-            continue;
-        try {
-            if (!m_local && readHead(line))
-                continue;
-            pairs << pairOf(line);
-        } catch (const Failure &e) {
-            throw Failure(QObject::tr("%1, line %2: %3")
-                              .arg(m_line.arguments().value(0, QStringLiteral("-")), QString::number(number),
-                                   QString::fromUtf8(e.what())));
-        }
+    forEachTableLine(m_line, text, [this, &pairs](std::string_view line) {
+        if (!m_local && readHead(line))
+            return;
+        pairs << pairOf(line);
         if (pairs.last().name.isEmpty())
             pairs.last().name = QString::number(pairs.size());
-    }
+    });
     return pairs;
 }
 
@@ -204,5 +169,5 @@ QVector<CalibrationPair> PairReader::read(std::string_view text)
 QVector<CalibrationPair> readPairs(const CommandLine &line, const nivora::cs::CoordSystem &known,
                                    const nivora::cs::CoordSystem *local)
 {
-    return PairReader(line, known, local).read(textOf(line));
+    return PairReader(line, known, local).read(tableText(line));
 }

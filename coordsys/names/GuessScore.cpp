@@ -1,0 +1,99 @@
+#include "GuessScore_p.h"
+
+#include "GeographicExtent_p.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace nivora::cs {
+namespace {
+
+// Found by trying, with guess-rates.
+constexpr double standingWeight = 0.4;
+constexpr double densityWeight = 0.9;
+constexpr double earthKm2 = 5.1e8;
+constexpr double inForceWorth = 2.0; ///< without a place; half of it with one
+constexpr double inForceStep = 0.1;
+constexpr double leastInForce = 1.0;
+constexpr double ofFamilyInForce = 1.0;
+constexpr double shareWeight = 4.0;
+constexpr double townReachM = 300e3;
+constexpr double mostWithoutTown = 3.0;
+constexpr double placeReachM = 100e3; ///< nearer than that is nearly as good
+constexpr double beyondScaleM = 30e3;
+constexpr double mostFromPlace = 60.0;
+constexpr double aroundPlaceDeg = 4.0;
+/// For the systems that data from everywhere are in.
+constexpr std::pair<const char *, double> everywhere[] = {{"EPSG:4326", 6.0}, {"EPSG:3857", 5.0}};
+
+} // namespace
+
+double GuessScore::beforehand(const IndexedSystem &system, const GuessReading &reading) const
+{
+    double score = standingWeight * system.standing - reading.doubt -
+                   densityWeight * std::log(std::max(1.0, system.share * earthKm2));
+    for (const auto &[code, worth] : everywhere)
+        score += system.hit.code == QLatin1String(code) ? worth : 0.0;
+    return score;
+}
+
+bool GuessScore::isNear(const IndexedSystem &system) const
+{
+    if (!m_place)
+        return true;
+    const double widen =
+        aroundPlaceDeg / std::max(0.1, std::cos(m_place->y() * CoordSystemTypes::DEGREES_TO_RADIANS));
+    return areaHolds(system.extent.adjusted(-widen, -aroundPlaceDeg, widen, aroundPlaceDeg),
+                     QRectF(*m_place, QSizeF(0.0, 0.0)));
+}
+
+const std::map<int, double> &GuessScore::force(int country)
+{
+    const auto known = m_force.find(country);
+    if (known != m_force.end())
+        return known->second;
+    std::map<int, double> &worth = m_force[country];
+    std::map<int, double> &families = m_families[country];
+    if (country < 0)
+        return worth;
+    double now = inForceWorth;
+    for (const QString &code : m_lexicon.countries()[static_cast<std::size_t>(country)].codes) {
+        const int system = m_index.withCode(code);
+        if (system < 0)
+            continue;
+        worth.emplace(system, now);
+        if (const int family = m_index.systems()[static_cast<std::size_t>(system)].family; family >= 0)
+            families.emplace(family, std::max(ofFamilyInForce, now - inForceStep));
+        now = std::max(leastInForce, now - inForceStep);
+    }
+    return worth;
+}
+
+double GuessScore::inForce(int system, int country)
+{
+    const std::map<int, double> &worth = force(country);
+    if (const auto found = worth.find(system); found != worth.end())
+        return found->second;
+    const std::map<int, double> &families = m_families[country];
+    const auto found = families.find(m_index.systems()[static_cast<std::size_t>(system)].family);
+    return found == families.end() ? 0.0 : found->second;
+}
+
+double GuessScore::there(const GuessCandidate &candidate)
+{
+    double score = shareWeight * std::log(std::max(0.01, candidate.share));
+    const int town = m_lexicon.townNear(candidate.centre);
+    if (town >= 0) {
+        const SearchTown &nearest = m_lexicon.towns()[static_cast<std::size_t>(town)];
+        score -= std::min(mostWithoutTown, metresBetween(nearest.lonLat, candidate.centre) / townReachM);
+        score += inForce(candidate.system->system, nearest.country) * (m_place ? 0.5 : 1.0);
+    }
+    if (m_place) {
+        const double away = metresBetween(*m_place, candidate.centre);
+        const double beyond = std::max(0.0, away - placeReachM) / beyondScaleM;
+        score -= std::min(mostFromPlace, beyond + std::pow(std::min(away, placeReachM) / placeReachM, 2.0));
+    }
+    return score;
+}
+
+} // namespace nivora::cs

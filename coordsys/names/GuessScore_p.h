@@ -1,0 +1,41 @@
+#pragma once
+
+// What speaks for a system besides that its area holds the data.
+
+#include "GuessGroups_p.h"
+#include "SearchLexicon_p.h"
+
+#include <map>
+#include <optional>
+
+namespace nivora::cs {
+
+/// Scores are natural logarithms of how likely a system is.
+class GuessScore
+{
+public:
+    GuessScore(const SystemIndex &index, const SearchLexicon &lexicon, std::optional<QPointF> place)
+        : m_index(index)
+        , m_lexicon(lexicon)
+        , m_place(place)
+    {}
+
+    /// Before it is known where the data lie: the system's standing, how small its area is, the reading.
+    double beforehand(const IndexedSystem &system, const GuessReading &reading) const;
+    /// For where they lie: what is in force there, towns, the place asked for, the share inside the area.
+    double there(const GuessCandidate &candidate);
+    /// Whether the area of a system is near enough to the place asked for.
+    bool isNear(const IndexedSystem &system) const;
+
+private:
+    double inForce(int system, int country);
+    const std::map<int, double> &force(int country);
+
+    const SystemIndex &m_index;
+    const SearchLexicon &m_lexicon;
+    std::optional<QPointF> m_place;
+    std::map<int, std::map<int, double>> m_force;    ///< by country, by system
+    std::map<int, std::map<int, double>> m_families; ///< by country, by family
+};
+
+} // namespace nivora::cs

@@ -1,0 +1,209 @@
+#include <support/Support.h>
+#include <support/TestRunner.h>
+
+#include <coordsys/CoordSysFactory.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/CoordTransform.h>
+#include <coordsys/MapinfoSearch.h>
+#include <coordsys/ProjLibMetadata.h>
+#include <coordsys/SystemGuess.h>
+#include <coordsys/SystemSearch.h>
+
+#include <QBuffer>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace nivora::cs;
+using Answer = SystemGuess::Answer;
+using Entry = SystemGuess::Entry;
+using Assumption = GuessAssumption;
+
+class TestGuess : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(m_factory = support::shippedFactory());
+        QVERIFY(m_guess = systemGuess(*m_factory));
+    }
+
+    /// Places around one, in a system, and what people do to coordinates before they lose it.
+    void readings_data()
+    {
+        const support::Columns<int, QPointF, QString, bool, int> row; // code, place, change, hint, assumption
+        const QPointF moscow(37.6, 55.7);
+        row("as they are", 28407, moscow, "", true, -1);
+        row("without a hint", 2154, QPointF(2.3, 48.9), "", false, -1);
+        row("swapped", 28407, moscow, "swapped", true, int(Assumption::Swapped));
+        row("kilometres", 32637, moscow, "kilometres", true, int(Assumption::Kilometres));
+        row("feet", 27700, QPointF(-1.5, 52.4), "feet", true, int(Assumption::Feet));
+        row("prefix missing", 31468, QPointF(11.6, 48.1), "prefix missing", true,
+            int(Assumption::PrefixMissing));
+        row("prefix added", 32637, moscow, "prefix added", true, int(Assumption::PrefixAdded));
+        row("packed degrees", 4326, moscow, "dms", true, int(Assumption::DegreesAsDms));
+        row("degrees", 4326, moscow, "", false, -1);
+        row("across the 180th meridian", 3832, QPointF(179.99, -16.5), "", true, -1);
+        row("another prime meridian", 27572, QPointF(2.3, 46.9), "", true, -1);
+        row("feet of its own", 2263, QPointF(-74.0, 40.7), "", true, -1);
+    }
+
+    void readings()
+    {
+        const auto [code, place, change, hint, assumption] = support::row<int, QPointF, QString, bool, int>();
+        SystemGuess::Question question;
+        for (const QPointF &point : survey(code, place))
+            question.points << changed(point, change);
+        question.points << QPointF(NAN, 0.0); // a hole in a table
+        if (hint)
+            question.place = place + QPointF(0.3, 0.4);
+        const QVector<Entry> entries = m_guess->guess(question, 3).entries;
+        const auto right =
+            std::find_if(entries.begin(), entries.end(),
+                         [&, wanted = code](const Entry &entry) { return has(entry, wanted); });
+        QVERIFY2(right != entries.end(),
+                 qPrintable(entries.isEmpty() ? QString() : entries.first().members.first().name));
+        QCOMPARE(right->assumptions, assumption < 0
+                                         ? QVector<Assumption>()
+                                         : QVector<Assumption>{static_cast<Assumption>(assumption)});
+        QVERIFY(std::fabs(std::remainder(right->centre.x() - place.x(), 360.0)) < 0.05);
+        QVERIFY(std::fabs(right->centre.y() - place.y()) < 0.05);
+        QCOMPARE(right->share, 1.0);
+        QCOMPARE(bool(right->distanceM), hint);
+    }
+
+    /// Members of an entry lie as near to each other as it says, by the library's own transformations.
+    void members()
+    {
+        SystemGuess::Question question;
+        question.points = survey(32633, {14.4, 50.1});
+        question.place = QPointF(14.4, 50.1);
+        const Answer answer = m_guess->guess(question, 10);
+        const Entry &entry = answer.entries.first();
+        QVERIFY(has(entry, 32633) && has(entry, 25833));
+        QVERIFY(!has(entry, 23033)); // ED50 is a hundred metres off
+        QVERIFY(entry.members.size() <= 30 && entry.spreadM <= 20.0);
+        const CoordSystemPtr first = m_factory->createFromUserInput(entry.members.first().code);
+        for (const SystemGuess::Member &member : entry.members) {
+            const CoordTransform way(m_factory->createFromUserInput(member.code), first);
+            QPointF there;
+            QVERIFY2(way.forward(question.points.first(), there), qPrintable(member.code));
+            const QPointF apart = there - question.points.first();
+            QVERIFY2(std::hypot(apart.x(), apart.y()) < member.metres + 3.0, qPrintable(member.code));
+        }
+        for (const Entry &other : answer.entries)
+            QVERIFY(other.members.size() <= 30 && other.spreadM <= 20.0 && other.share <= 1.0);
+        const auto isOwn = [&](const QPointF &point) { return point == entry.deciding; };
+        QVERIFY(std::any_of(question.points.begin(), question.points.end(), isOwn));
+    }
+
+    void doubt()
+    {
+        SystemGuess::Question question;
+        question.points = survey(28408, {43.0, 55.0});
+        question.stated = QStringLiteral("EPSG:28407");
+        const auto raised = m_guess->guess(question, 5).doubt;
+        QVERIFY(raised && raised->isRaised && raised->share < 0.5);
+        QCOMPARE(raised->fits, QStringLiteral("EPSG:28408"));
+        question.stated = QStringLiteral("EPSG:28408");
+        const auto none = m_guess->guess(question, 5).doubt;
+        QVERIFY(none && !none->isRaised && none->share == 1.0);
+        question.stated = QStringLiteral("EPSG:999999");
+        QVERIFY(!m_guess->guess(question, 5).doubt);
+    }
+
+    void nothing()
+    {
+        SystemGuess::Question question;
+        QVERIFY(m_guess->guess(question, 5).entries.isEmpty());
+        question.points << QPointF(1e12, -1e12) << QPointF(INFINITY, 0.0);
+        QVERIFY(m_guess->guess(question, 5).entries.isEmpty());
+        QVERIFY(!m_guess->placeNamed(QStringLiteral("Nowhereville")));
+        QVERIFY(!m_guess->placeNamed(QStringLiteral("400, 95")));
+        QCOMPARE(*m_guess->placeNamed(QStringLiteral("37.6, 55.7")), QPointF(37.6, 55.7));
+        QCOMPARE(m_guess->placeNamed(QStringLiteral("Москва")),
+                 m_guess->placeNamed(QStringLiteral("moscow")));
+    }
+
+    /// The shipped table has what the database would give now.
+    void table()
+    {
+        QFile shipped(support::resources().filePath(QStringLiteral("system-planes.tsv")));
+        QVERIFY(shipped.open(QIODevice::ReadOnly));
+        int rows = 0;
+        int wrong = 0;
+        int number = 0;
+        for (const QByteArray &line : shipped.readAll().split('\n')) {
+            const QList<QByteArray> cells = line.split('\t');
+            if (cells.size() < 9 || !cells.at(1).startsWith("EPSG:") || ++number % 97 != 0)
+                continue;
+            ++rows;
+            const int code = cells.at(1).mid(5).toInt();
+            QRectF area = ProjLibMetadata().rectWgs84ForCrs(code, ProjLibMetadata::EPSG);
+            if (area.width() < 0.0)
+                area.setWidth(area.width() + 360.0);
+            const CoordSystemPtr system = m_factory->createFromEpsg(code);
+            const QRectF box(QPointF(cells.at(5).toDouble(), cells.at(6).toDouble()),
+                             QPointF(cells.at(7).toDouble(), cells.at(8).toDouble()));
+            QPointF centre = area.center();
+            centre.setX(std::remainder(centre.x(), 360.0));
+            QPointF inPlane;
+            const CoordTransform way(m_factory->latLongWgs84CoordSystem(), system);
+            const double shift = 500.0 / cells.at(4).toDouble(); // the datum's
+            wrong +=
+                way.forward(centre, inPlane) && !box.adjusted(-shift, -shift, shift, shift).contains(inPlane);
+        }
+        QVERIFY(rows > 40);
+        QCOMPARE(wrong, 0);
+    }
+
+private:
+    /// Eight points some kilometres around a place, in the system's coordinates.
+    QVector<QPointF> survey(int code, const QPointF &place) const
+    {
+        const CoordTransform way(m_factory->latLongWgs84CoordSystem(), m_factory->createFromEpsg(code));
+        QVector<QPointF> points;
+        for (int i = 0; i < 8; ++i) {
+            QPointF point;
+            const QPointF at(place.x() + 0.0093 * (i % 3) - 0.009, place.y() + 0.0077 * (i / 3) - 0.008);
+            if (way.forward(at, point))
+                points << point;
+        }
+        return points;
+    }
+    static double packed(double degrees)
+    {
+        const double minutes = (degrees - std::floor(degrees)) * 60.0;
+        return std::floor(degrees) * 10000.0 + std::floor(minutes) * 100.0 +
+               (minutes - std::floor(minutes)) * 60.0;
+    }
+    static QPointF changed(const QPointF &point, const QString &change)
+    {
+        if (change == QLatin1String("swapped"))
+            return {point.y(), point.x()};
+        if (change == QLatin1String("kilometres"))
+            return point / 1000.0;
+        if (change == QLatin1String("feet"))
+            return point / 0.3048;
+        if (change == QLatin1String("prefix missing"))
+            return {std::fmod(point.x(), 1e6), point.y()};
+        if (change == QLatin1String("prefix added"))
+            return {37e6 + point.x(), point.y()};
+        if (change == QLatin1String("dms"))
+            return {packed(point.x()), packed(point.y())};
+        return point;
+    }
+    static bool has(const Entry &entry, int code)
+    {
+        const QString text = QStringLiteral("EPSG:%1").arg(code);
+        return std::any_of(entry.members.begin(), entry.members.end(),
+                           [&](const SystemGuess::Member &member) { return member.code == text; });
+    }
+
+    std::shared_ptr<CoordSysFactory> m_factory;
+    std::shared_ptr<const SystemGuess> m_guess;
+};
+
+NIVORA_TEST(TestGuess)
+#include "tst_guess.moc"
