@@ -148,6 +148,21 @@ private Q_SLOTS:
         QVERIFY(std::fabs(f->angularDistortionDeg) < 1e-4);
     }
 
+    // A plane's longitudes count from Greenwich, whichever meridian its own do; 178 degrees east of Paris lie
+    // in the other hemisphere.
+    void foreignMeridian()
+    {
+        const CoordSystemPtr cs = support::shippedFactory()->createFromWkt(QStringLiteral(
+            R"(PROJCS["x",GEOGCS["y",DATUM["z",SPHEROID["GRS 80",6378137,298.257222101]],PRIMEM["Paris",2.33722917],
+            UNIT["degree",0.0174532925199433]],PROJECTION["Transverse_Mercator"],PARAMETER["central_meridian",178],
+            PARAMETER["latitude_of_origin",0],PARAMETER["scale_factor",1],PARAMETER["false_easting",500000],
+            PARAMETER["false_northing",0],UNIT["metre",1]])"));
+        QPointF lonLat, plane;
+        QVERIFY(cs->inverse(QPointF(500000, 0), lonLat) && cs->forward(lonLat, plane));
+        VERIFY_NEAR(lonLat, QPointF(178 + 2.33722917 - 360, 0), 1e-9);
+        VERIFY_NEAR(plane, QPointF(500000, 0), 1e-6);
+    }
+
     // From Kennedy airport to Heathrow, and a cell of a degree, as Karney's GeodSolve and Planimeter have
     // them.
     void geodesics()
