@@ -31,8 +31,8 @@ struct NIVORA_CS_EXPORT CalibrationRecord
 
 /// Keeps the points that own systems were made from, in "UserCoordSystem.calibration.xml" beside the store of
 /// the systems themselves, since programs that know nothing of them write that one without. Every call reads
-/// or writes the file; it holds nothing. Threads: const calls may run together. Several processes may save:
-/// each file is whole, the last one stays.
+/// or writes the file; it holds nothing. Threads: const calls may run together. Several processes and windows
+/// may save: each change is made to what the others left, under the lock of the store of systems.
 class NIVORA_CS_EXPORT CalibrationStore
 {
 public:
@@ -48,9 +48,11 @@ public:
     /// or when the file cannot be read (logged).
     std::optional<CalibrationRecord> find(const CoordSystem &cs) const;
     /// Adds a record, or replaces that of an equal source. A file that cannot be read is first copied to
-    /// "….bak" (never over an older copy). Throws std::logic_error when the file cannot be written.
+    /// "….bak" (never over an older copy). Throws std::logic_error when the file cannot be written, or
+    /// another program holds it for seconds.
     void save(const CalibrationRecord &record) const;
-    /// Takes out the record of a source. False when there is none. Throws as records() and save().
+    /// Takes out the record of a source. False when there is none, or no file. Throws as records() and
+    /// save().
     bool remove(const CoordSystemTypes::SourceData &system) const;
 
 private:

@@ -2412,5 +2412,9 @@ northing и подобные), иначе это первые два.
         <source>%1 holds no coordinates</source>
         <translation>в %1 нет координат</translation>
     </message>
+    <message>
+        <source>Replace a report that is there.</source>
+        <translation>Заменить отчёт, который уже есть.</translation>
+    </message>
 </context>
 </TS>

@@ -302,10 +302,6 @@
         <translation>&amp;Paste</translation>
     </message>
     <message>
-        <source>Строки из электронной таблицы: название, x, y, известные x, y</source>
-        <translation>Rows of a spreadsheet: name, x, y, known x, known y</translation>
-    </message>
-    <message>
         <source>&amp;Добавить</source>
         <translation>&amp;Add</translation>
     </message>
@@ -392,6 +388,34 @@
     <message>
         <source>%1 (без слова «%2»)</source>
         <translation>%1 (without “%2”)</translation>
+    </message>
+    <message>
+        <source>&amp;Проекция и эллипсоид местных:</source>
+        <translation>&amp;Projection and ellipsoid of local ones:</translation>
+    </message>
+    <message>
+        <source>Нужны только для сдвига датума семью параметрами</source>
+        <translation>Needed for the seven-parameter shift of datum alone</translation>
+    </message>
+    <message>
+        <source>Строки из электронной таблицы: название, x, y, известные x, y, а также вес и высоты, если они есть</source>
+        <translation>Rows of a spreadsheet: name, x, y, known x, y, then weight and heights where there are any</translation>
+    </message>
+    <message>
+        <source>не заданы</source>
+        <translation>not given</translation>
+    </message>
+    <message>
+        <source>Вес</source>
+        <translation>Weight</translation>
+    </message>
+    <message>
+        <source>h местная, м</source>
+        <translation>local h, m</translation>
+    </message>
+    <message>
+        <source>h известная, м</source>
+        <translation>known h, m</translation>
     </message>
 </context>
 </TS>

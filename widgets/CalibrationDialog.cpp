@@ -8,11 +8,13 @@
 #include <coordsys/CalibrationStore.h>
 #include <coordsys/CoordSysFactory.h>
 #include <coordsys/CoordSystem.h>
+#include <coordsys/ProjectionParamsManager.h>
 #include <coordsys/UserCoordSystem.h>
 
 #include <QApplication>
 #include <QClipboard>
 #include <QDialogButtonBox>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -30,14 +32,6 @@ namespace nivora::cs {
 namespace {
 
 enum ModelColumn { Word, Rms, Greatest, Spare, Note, ModelColumnCount };
-
-/// Those that need nothing but the table.
-QVector<CalibrationModel> shownModels()
-{
-    QVector<CalibrationModel> models = calibrationModels();
-    models.removeAll(CalibrationModel::DatumShift);
-    return models;
-}
 
 QTableWidgetItem *cell(const QString &text)
 {
@@ -64,17 +58,22 @@ public:
     void fillSaved();
     void open(const CalibrationRecord &record);
     void setKnown(const CoordSystemPtr &cs);
+    void setLocal(const CoordSystemPtr &cs);
+    void chooseLocal();
+    Calibration::Local localSide() const;
     CalibrationStore store() const { return CalibrationStore(factory->userCoordSystem()->fileInfo()); }
 
     CalibrationDialog *q;
     std::shared_ptr<CoordSysFactory> factory;
     CoordSystemPtr known;
+    CoordSystemPtr local; ///< null without one
+    LinearUnit unit;      ///< of the local coordinates
     CoordSystemPtr saved;
     std::optional<Calibration> calibration;
     QVector<CalibrationFit> fits;
     std::optional<CalibrationModel> chosen; ///< by the user; else the justified one
 
-    QPushButton *knownButton, *openButton, *saveButton;
+    QPushButton *knownButton, *localButton, *openButton, *saveButton;
     QMenu *savedMenu;
     PairsTable *table;
     QTableWidget *models;
@@ -94,6 +93,7 @@ CalibrationDialog::Private::Private(CalibrationDialog *dialog, std::shared_ptr<C
     : q(dialog)
     , factory(std::move(catalogues))
     , knownButton(new QPushButton)
+    , localButton(new QPushButton)
     , openButton(new QPushButton(QObject::tr("&Открыть")))
     , saveButton(new QPushButton(QObject::tr("&Сохранить…")))
     , savedMenu(new QMenu(dialog))
@@ -118,7 +118,7 @@ CalibrationDialog::Private::Private(CalibrationDialog *dialog, std::shared_ptr<C
     connect(table, &PairsTable::pairsChanged, q, [this] { refit(); });
     connect(models, &QTableWidget::itemSelectionChanged, q, [this] {
         if (models->currentRow() >= 0)
-            chosen = shownModels().at(models->currentRow());
+            chosen = calibrationModels().at(models->currentRow());
         showCurrent();
     });
 }
@@ -135,31 +135,40 @@ void CalibrationDialog::Private::makeModels()
     models->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     models->horizontalHeader()->setStretchLastSection(true);
     models->setAccessibleName(QObject::tr("Модели и их невязки"));
-    models->setRowCount(shownModels().size());
+    models->setRowCount(calibrationModels().size());
     for (int row = 0; row < models->rowCount(); ++row)
         for (int column = 0; column < ModelColumnCount; ++column)
             models->setItem(row, column,
-                            cell(column == Word ? calibrationText(shownModels().at(row)) : QString()));
+                            cell(column == Word ? calibrationText(calibrationModels().at(row)) : QString()));
 }
 
 QLayout *CalibrationDialog::Private::top()
 {
-    auto *label = new QLabel(QObject::tr("Система &известных координат:"));
-    label->setBuddy(knownButton);
-    auto *row = new QHBoxLayout;
-    row->addWidget(label);
-    row->addWidget(knownButton, 1);
-    row->addWidget(openButton);
+    auto *knownLabel = new QLabel(QObject::tr("Система &известных координат:"));
+    knownLabel->setBuddy(knownButton);
+    auto *localLabel = new QLabel(QObject::tr("&Проекция и эллипсоид местных:"));
+    localLabel->setBuddy(localButton);
+    localButton->setToolTip(QObject::tr("Нужны только для сдвига датума семью параметрами"));
+    auto *grid = new QGridLayout;
+    grid->addWidget(knownLabel, 0, 0);
+    grid->addWidget(knownButton, 0, 1);
+    grid->addWidget(openButton, 0, 2);
+    grid->addWidget(localLabel, 1, 0);
+    grid->addWidget(localButton, 1, 1);
+    grid->setColumnStretch(1, 1);
     openButton->setMenu(savedMenu);
     connect(knownButton, &QPushButton::clicked, q, [this] { chooseKnown(); });
+    connect(localButton, &QPushButton::clicked, q, [this] { chooseLocal(); });
     connect(savedMenu, &QMenu::aboutToShow, q, [this] { fillSaved(); });
-    return row;
+    return grid;
 }
 
 QWidget *CalibrationDialog::Private::left()
 {
     auto *paste = new QPushButton(QObject::tr("&Вставить"));
-    paste->setToolTip(QObject::tr("Строки из электронной таблицы: название, x, y, известные x, y"));
+    paste->setToolTip(
+        QObject::tr("Строки из электронной таблицы: название, x, y, известные x, y, а также вес и "
+                    "высоты, если они есть"));
     auto *add = new QPushButton(QObject::tr("&Добавить"));
     auto *remove = new QPushButton(QObject::tr("&Удалить"));
     auto *buttons = new QHBoxLayout;
@@ -221,6 +230,30 @@ void CalibrationDialog::Private::chooseKnown()
         setKnown(dialog.coordSystem());
 }
 
+void CalibrationDialog::Private::setLocal(const CoordSystemPtr &cs)
+{
+    local = cs;
+    localButton->setText(local ? local->description() : QObject::tr("не заданы"));
+    table->showHeights(local != nullptr);
+    refit();
+}
+
+void CalibrationDialog::Private::chooseLocal()
+{
+    CoordSystemDialog dialog(factory, q);
+    dialog.picker()->setCoordSystem(local ? local : known);
+    if (dialog.exec() == QDialog::Accepted && dialog.coordSystem())
+        setLocal(dialog.coordSystem());
+}
+
+Calibration::Local CalibrationDialog::Private::localSide() const
+{
+    Calibration::Local side;
+    side.unit = unit;
+    side.system = local;
+    return side;
+}
+
 void CalibrationDialog::Private::clear(const QString &reason)
 {
     calibration.reset();
@@ -243,7 +276,7 @@ void CalibrationDialog::Private::refit()
         return clear(QObject::tr("Вставьте строки из таблицы: название, x, y, известные x, y."));
     const CatalogueScope scope(*factory);
     try {
-        calibration.emplace(known, pairs);
+        calibration.emplace(known, pairs, localSide());
         showFits(*calibration);
     } catch (const std::exception &e) {
         clear(QString::fromUtf8(e.what()));
@@ -254,7 +287,7 @@ void CalibrationDialog::Private::showFits(const Calibration &points)
 {
     fits.clear();
     const auto justified = points.justifiedModel();
-    for (const CalibrationModel model : shownModels()) {
+    for (const CalibrationModel model : calibrationModels()) {
         const int row = fits.size();
         fits << points.fit(model);
         const CalibrationFit &fit = fits.last();
@@ -265,7 +298,8 @@ void CalibrationDialog::Private::showFits(const Calibration &points)
         models->item(row, Note)->setToolTip(fit.refusal());
     }
     const QSignalBlocker quiet(models);
-    const int row = shownModels().indexOf(chosen.value_or(justified.value_or(CalibrationModel::Similarity)));
+    const int row =
+        calibrationModels().indexOf(chosen.value_or(justified.value_or(CalibrationModel::Similarity)));
     models->setCurrentCell(row, Word);
     showCurrent();
 }
@@ -334,11 +368,14 @@ void CalibrationDialog::Private::open(const CalibrationRecord &record)
 {
     const CatalogueScope scope(*factory);
     try {
-        const CoordSystemPtr system = record.calibration().knownSystem();
+        const Calibration kept = record.calibration();
         chosen = record.model;
         known.reset(); // the old table would be fitted to it
         table->setPairs(record.pairs);
-        setKnown(system);
+        const auto *named = factory->projectionParamsManager()->unitByID(record.unitCode, std::nothrow);
+        unit = named ? LinearUnit(*named) : LinearUnit();
+        setLocal(kept.localSystem());
+        setKnown(kept.knownSystem());
     } catch (const std::exception &e) {
         QMessageBox::warning(q, q->windowTitle(), QString::fromUtf8(e.what()));
     }
@@ -354,6 +391,7 @@ CalibrationDialog::CalibrationDialog(std::shared_ptr<CoordSysFactory> factory, Q
     resize(1170, 640);
     for (QPushButton *button : findChildren<QPushButton *>())
         button->setAutoDefault(false); // Enter belongs to the table
+    d->setLocal(nullptr);
     d->setKnown(d->factory->latLongWgs84CoordSystem());
 }
 
@@ -365,6 +403,8 @@ void CalibrationDialog::setKnownSystem(const CoordSystemPtr &cs)
         d->setKnown(cs);
 }
 
+void CalibrationDialog::setLocalSystem(const CoordSystemPtr &cs) { d->setLocal(cs); }
+
 void CalibrationDialog::setPairs(const QVector<CalibrationPair> &pairs) { d->table->setPairs(pairs); }
 
 QVector<CalibrationPair> CalibrationDialog::pairs() const { return d->table->pairs(); }
@@ -374,12 +414,12 @@ int CalibrationDialog::paste(const QString &text) { return d->table->paste(text)
 CalibrationModel CalibrationDialog::model() const
 {
     const int row = d->models->currentRow();
-    return row >= 0 ? shownModels().at(row) : CalibrationModel::Similarity;
+    return row >= 0 ? calibrationModels().at(row) : CalibrationModel::Similarity;
 }
 
 void CalibrationDialog::setModel(CalibrationModel model)
 {
-    const int row = shownModels().indexOf(model);
+    const int row = calibrationModels().indexOf(model);
     if (row >= 0)
         d->models->setCurrentCell(row, Word);
 }

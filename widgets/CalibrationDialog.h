@@ -26,13 +26,16 @@ public:
 
     /// The system of the known coordinates; WGS 84 until another is set. Null is ignored.
     void setKnownSystem(const CoordSystemPtr &cs);
+    /// The system that tells projection and ellipsoid of the local coordinates, for the seven-parameter shift
+    /// of datum alone; null for none, as it is at first. With one the table has columns for heights.
+    void setLocalSystem(const CoordSystemPtr &cs);
     /// Replaces the table.
     void setPairs(const QVector<CalibrationPair> &pairs);
-    /// The rows of the table that hold four numbers.
+    /// The rows of the table that hold four numbers, and no other text in place of one.
     QVector<CalibrationPair> pairs() const;
     /// Rows of a spreadsheet behind those of the table: x, y, known x, known y, with a name before them when
-    /// there are five columns or more, separated by tabs or semicolons. Lines without four numbers are left
-    /// aside. \return how many were taken.
+    /// there are five columns or more, separated by tabs or semicolons. Weight, local and known height may
+    /// follow. Lines without four numbers are left aside. \return how many were taken.
     int paste(const QString &text);
     /// The model that is shown and would be saved.
     CalibrationModel model() const;

@@ -13,12 +13,35 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <set>
 
 namespace nivora::cs {
 namespace {
 
-enum Column { Name, X, Y, KnownX, KnownY, Length, Note, ColumnCount };
+enum Column { Name, X, Y, KnownX, KnownY, Weight, Height, KnownHeight, Length, Note, ColumnCount };
+constexpr int coordinates = 4; ///< behind the name; they must be there
+constexpr int values = 7;      ///< with weight and heights, which may be empty
+
+using Values = std::array<double, values>;
+
+/// In the order of the columns.
+Values valuesOf(const CalibrationPair &pair)
+{
+    return {pair.local.x(), pair.local.y(),    pair.known.x(),   pair.known.y(),
+            pair.weight,    pair.localHeightM, pair.knownHeightM};
+}
+
+CalibrationPair pairOf(const Values &v)
+{
+    CalibrationPair pair;
+    pair.local = {v[0], v[1]};
+    pair.known = {v[2], v[3]};
+    pair.weight = v[4];
+    pair.localHeightM = v[5];
+    pair.knownHeightM = v[6];
+    return pair;
+}
 
 /// A number with a point or a comma; degrees in any notation where they may stand.
 bool readValue(const QString &text, bool angles, double &value)
@@ -33,6 +56,28 @@ bool readValue(const QString &text, bool angles, double &value)
         return false;
     value = angle.degrees;
     return true;
+}
+
+/// The values of a row, those at its end left out or empty where nothing is known. False when one is no
+/// number.
+bool readValues(const QStringList &texts, bool knownAreAngles, Values &result)
+{
+    result = valuesOf({});
+    for (int i = 0; i < values; ++i) {
+        const QString text = texts.value(i).trimmed();
+        if (i >= coordinates && text.isEmpty())
+            continue;
+        const bool isAngle = knownAreAngles && (i == KnownX - X || i == KnownY - X);
+        if (!readValue(text, isAngle, result[static_cast<std::size_t>(i)]))
+            return false;
+    }
+    return result[Weight - X] > 0.0;
+}
+
+/// Nothing for what is not known.
+QString valueText(double value)
+{
+    return std::isfinite(value) ? QString::number(value, 'g', QLocale::FloatingPointShortest) : QString();
 }
 
 QTableWidgetItem *fixedItem()
@@ -56,8 +101,10 @@ PairsTable::PairsTable(QWidget *parent)
     : QTableWidget(0, ColumnCount, parent)
 {
     setHorizontalHeaderLabels({QObject::tr("Точка"), QObject::tr("x местный"), QObject::tr("y местный"),
-                               QObject::tr("x известный"), QObject::tr("y известный"),
+                               QObject::tr("x известный"), QObject::tr("y известный"), QObject::tr("Вес"),
+                               QObject::tr("h местная, м"), QObject::tr("h известная, м"),
                                QObject::tr("Невязка, м"), QString()});
+    showHeights(false);
     horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     verticalHeader()->hide();
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
@@ -65,6 +112,12 @@ PairsTable::PairsTable(QWidget *parent)
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setAccessibleName(QObject::tr("Опорные точки"));
     connect(this, &QTableWidget::itemChanged, this, &PairsTable::pairsChanged);
+}
+
+void PairsTable::showHeights(bool shown)
+{
+    setColumnHidden(Height, !shown);
+    setColumnHidden(KnownHeight, !shown);
 }
 
 void PairsTable::setPairs(const QVector<CalibrationPair> &pairs)
@@ -86,12 +139,10 @@ void PairsTable::append(const CalibrationPair &pair)
     auto *name = new QTableWidgetItem(pair.name);
     name->setCheckState(pair.isUsed ? Qt::Checked : Qt::Unchecked);
     setItem(row, Name, name);
-    const std::array<double, 4> values{pair.local.x(), pair.local.y(), pair.known.x(), pair.known.y()};
-    for (int i = 0; i < 4; ++i) {
-        auto *item = new QTableWidgetItem(
-            QString::number(values[static_cast<std::size_t>(i)], 'g', QLocale::FloatingPointShortest));
+    const Values numbers = valuesOf(pair);
+    for (int i = 0; i < values; ++i) {
+        auto *item = new QTableWidgetItem(valueText(numbers[static_cast<std::size_t>(i)]));
         item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-        item->setData(Qt::UserRole, pair.weight);
         setItem(row, X + i, item);
     }
     setItem(row, Length, fixedItem());
@@ -100,19 +151,15 @@ void PairsTable::append(const CalibrationPair &pair)
 
 bool PairsTable::readRow(int row, CalibrationPair &pair) const
 {
-    std::array<double, 4> values{};
-    for (int i = 0; i < 4; ++i) {
-        const QTableWidgetItem *cell = item(row, X + i);
-        if (!cell ||
-            !readValue(cell->text(), m_knownAreAngles && i >= 2, values[static_cast<std::size_t>(i)]))
-            return false;
-    }
+    QStringList texts;
+    for (int i = 0; i < values; ++i)
+        texts << (item(row, X + i) ? item(row, X + i)->text() : QString());
+    Values numbers{};
+    if (!readValues(texts, m_knownAreAngles, numbers))
+        return false;
+    pair = pairOf(numbers);
     pair.name = item(row, Name) ? item(row, Name)->text() : QString();
     pair.isUsed = !item(row, Name) || item(row, Name)->checkState() != Qt::Unchecked;
-    pair.local = {values[0], values[1]};
-    pair.known = {values[2], values[3]};
-    const double weight = item(row, X)->data(Qt::UserRole).toDouble();
-    pair.weight = weight > 0.0 ? weight : 1.0;
     return true;
 }
 
@@ -137,17 +184,11 @@ int PairsTable::paste(const QString &text)
     for (const QString &line : text.split(QLatin1Char('\n'))) {
         const QStringList fields = fieldsOf(QString(line).remove(QLatin1Char('\r')));
         const int first = fields.size() >= withName ? 1 : 0;
-        std::array<double, 4> v{};
-        bool isGood = fields.size() >= 4;
-        for (int i = 0; isGood && i < 4; ++i)
-            isGood =
-                readValue(fields.at(first + i), m_knownAreAngles && i >= 2, v[static_cast<std::size_t>(i)]);
-        if (!isGood)
+        Values numbers{};
+        if (!readValues(fields.mid(first), m_knownAreAngles, numbers))
             continue; // a heading
-        CalibrationPair pair;
+        CalibrationPair pair = pairOf(numbers);
         pair.name = first == 1 ? fields.first().trimmed() : QString::number(rowCount() + 1);
-        pair.local = {v[0], v[1]};
-        pair.known = {v[2], v[3]};
         append(pair);
         ++taken;
     }

@@ -6,7 +6,8 @@
 
 namespace nivora::cs {
 
-/// The pairs as a table to type in: switch, name, four coordinates, and what is left at the point.
+/// The pairs as a table to type in: switch, name, four coordinates, weight, heights where they are asked for,
+/// and what is left at the point.
 class PairsTable : public QTableWidget
 {
     Q_OBJECT
@@ -15,6 +16,8 @@ public:
 
     /// Whether the columns are degrees as people write them.
     void setAngles(bool known) { m_knownAreAngles = known; }
+    /// Whether heights are shown, of the ellipsoid in metres; they are kept when not.
+    void showHeights(bool shown);
     void setPairs(const QVector<CalibrationPair> &pairs);
     void append(const CalibrationPair &pair);
     /// The rows that hold four numbers; \p rows, when not null, gets their positions.

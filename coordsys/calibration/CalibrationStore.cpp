@@ -149,6 +149,12 @@ std::logic_error cannotWrite(const QString &path)
     return std::logic_error(QObject::tr("Не могу создать файл %1").arg(path).toStdString());
 }
 
+void checkFree(const StoreLock &lock, const QString &path)
+{
+    if (lock.isBusy())
+        throw std::logic_error(QObject::tr("Файл %1 изменяет другая программа").arg(path).toStdString());
+}
+
 } // namespace
 
 Calibration CalibrationRecord::calibration() const
@@ -223,6 +229,8 @@ std::optional<CalibrationRecord> CalibrationStore::find(const CoordSystem &cs) c
 
 void CalibrationStore::save(const CalibrationRecord &record) const
 {
+    const StoreLock lock{QFileInfo(m_path)};
+    checkFree(lock, m_path);
     QVector<CalibrationRecord> all;
     try {
         all = records();
@@ -243,6 +251,10 @@ void CalibrationStore::save(const CalibrationRecord &record) const
 
 bool CalibrationStore::remove(const CoordSystemTypes::SourceData &system) const
 {
+    if (!QFileInfo::exists(m_path))
+        return false;
+    const StoreLock lock{QFileInfo(m_path)};
+    checkFree(lock, m_path);
     QVector<CalibrationRecord> all = records();
     const auto kept = std::remove_if(all.begin(), all.end(),
                                      [&](const CalibrationRecord &r) { return r.system == system; });

@@ -140,7 +140,7 @@ StoreLock::StoreLock(const QFileInfo &file)
 {
     constexpr int waitMs = 5000; // a save takes a few
     QDir().mkpath(file.absolutePath());
-    m_lock.take(file.absolutePath(), waitMs);
+    m_lock.take(file.absolutePath(), waitMs, true); // what belongs to the store is saved within its changes
 }
 
 void writeStore(const QFileInfo &file, const QList<UserCoordSystem::CsDataType> &branches,

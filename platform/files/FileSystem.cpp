@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <map>
 #include <thread>
 #else
 #include <QTemporaryDir>
@@ -121,17 +122,37 @@ QString makeFolder(const QString &prefix, int &error)
     return made ? QFile::decodeName(name) : QString();
 }
 
+/// How often this thread has locked which folder.
+static std::map<FolderLock::Folder, int> &lockedHere()
+{
+    thread_local std::map<FolderLock::Folder, int> folders;
+    return folders;
+}
+
+/// Device and inode; zeros when it cannot be told.
+static FolderLock::Folder folderOf(int descriptor)
+{
+    struct stat found = {};
+    return descriptor >= 0 && ::fstat(descriptor, &found) == 0
+               ? FolderLock::Folder(found.st_dev, found.st_ino)
+               : FolderLock::Folder();
+}
+
 FolderLock::~FolderLock()
 {
+    if (m_held && --lockedHere()[m_folder] == 0)
+        lockedHere().erase(m_folder);
     if (m_descriptor >= 0)
         ::close(m_descriptor);
 }
 
-bool FolderLock::take(const QString &folder, int waitMs)
+bool FolderLock::take(const QString &folder, int waitMs, bool again)
 {
     using Clock = std::chrono::steady_clock;
     const auto until = Clock::now() + std::chrono::milliseconds(waitMs);
     m_descriptor = ::open(bytes(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    m_folder = folderOf(m_descriptor);
+    m_held = again && lockedHere().count(m_folder) > 0;
     while (m_descriptor >= 0 && !m_held) {
         m_held = ::flock(m_descriptor, LOCK_EX | LOCK_NB) == 0;
         m_busy = !m_held && errno == EWOULDBLOCK;
@@ -139,6 +160,8 @@ bool FolderLock::take(const QString &folder, int waitMs)
             break;
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
+    if (m_held)
+        ++lockedHere()[m_folder];
     return m_held;
 }
 
@@ -183,7 +206,7 @@ QString makeFolder(const QString &prefix, int &error)
 }
 
 FolderLock::~FolderLock() = default;
-bool FolderLock::take(const QString &, int) { return false; }
+bool FolderLock::take(const QString &, int, bool) { return false; }
 
 #endif
 

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <utility>
+
 namespace nivora::files {
 
 // What the system has to be asked for when files are put in their places: POSIX behind one header. Functions
@@ -45,21 +47,26 @@ int flushToDisk(int descriptor);
 QString makeFolder(const QString &prefix, int &error);
 
 /// The system's lock on a folder, which leaves no file behind and goes with the process, however that ends.
+/// For the thread that makes it.
 class FolderLock
 {
 public:
+    using Folder = std::pair<quint64, quint64>; ///< device and inode
+
     FolderLock() = default;
     ~FolderLock();
     FolderLock(const FolderLock &) = delete;
     FolderLock &operator=(const FolderLock &) = delete;
 
-    /// Waits up to \p waitMs. False when somebody else holds it, or there are no such locks there.
-    bool take(const QString &folder, int waitMs);
+    /// Waits up to \p waitMs. False when somebody else holds it, or there are no such locks there. \p again:
+    /// a lock that this thread holds already is shared; it must outlive this one.
+    bool take(const QString &folder, int waitMs, bool again = false);
     bool isHeld() const { return m_held; }
     /// Whether somebody else held it to the end of the waiting.
     bool isBusy() const { return m_busy; }
 
 private:
+    Folder m_folder;
     int m_descriptor = -1;
     bool m_held = false;
     bool m_busy = false;

@@ -49,6 +49,11 @@ private Q_SLOTS:
                     .out.contains("outside the control points"));
         QVERIFY(!run(words("info --at 400,300") + QStringList(name()) + store()).out.contains("outside"));
         QCOMPARE(run(words("user list") + store()).out.count(name().toUtf8()), 1);
+        QCOMPARE(read("UserCoordSystem.calibration.xml").count("<calibration "), 1);
+
+        // The points go with the system.
+        QCOMPARE(run(words("user remove") + QStringList(name()) + store()).status, 0);
+        QCOMPARE(read("UserCoordSystem.calibration.xml").count("<calibration "), 0);
     }
 
     // The saved system takes a MIF to a database of the earth and back; a file that cannot hold it is
@@ -77,6 +82,14 @@ private Q_SLOTS:
                      std::fabs(point.value(2).toDouble() - 700.0) < 1e-4,
                  text);
         QVERIFY2(text.contains("Affine Units"), text);
+        // In the site's own system, through a format whose systems are texts of WKT 2.
+        const CliRun kept = convert("--from", "in.mif", "kept.gpkg");
+        QVERIFY2(kept.status == 0, kept.describe());
+        const CliRun again =
+            run(words("convert") + QStringList{path("kept.gpkg"), path("again.mif")} + store());
+        QVERIFY2(again.status == 0 && read("again.mif").contains("Point 1000 700") &&
+                     read("again.mif").contains("Affine Units"),
+                 again.describe());
         const CliRun shape = convert("--from", "in.mif", "out.shp");
         QVERIFY2(shape.isRefusal(QStringLiteral("affine transformation")), shape.describe());
     }
@@ -160,6 +173,9 @@ private Q_SLOTS:
             QVERIFY2(text.count("<circle") == 9 && text.contains("#c00000") &&
                          text.contains("Earth Projection"),
                      text);
+            const CliRun second =
+                run(words("calibrate --to 32637 --report") + QStringList{path(file), path("site.csv")});
+            QVERIFY2(second.isRefusal(QStringLiteral("--overwrite replaces it")), second.describe());
         }
     }
 

@@ -2,6 +2,7 @@
 
 #include <coordsys/CalibrationStore.h>
 #include <coordsys/CoordSystem.h>
+#include <coordsys/CoordTransform.h>
 #include <coordsys/UserCoordSystem.h>
 #include <support/Support.h>
 #include <widgets/CalibrationDialog.h>
@@ -47,7 +48,7 @@ struct Shown
         taken = dialog.paste(rows(turn));
         dialog.show();
         const auto tables = dialog.findChildren<QTableWidget *>();
-        points = tables.first()->columnCount() == 7 ? tables.first() : tables.last();
+        points = tables.first()->columnCount() == 10 ? tables.first() : tables.last();
         models = tables.first() == points ? tables.last() : tables.first();
     }
     double rmsOf(int model) const { return models->item(model, 1)->text().toDouble(); }
@@ -79,11 +80,11 @@ private Q_SLOTS:
         Shown s;
         QCOMPARE(s.taken, 9);
         QCOMPARE(s.dialog.model(), CalibrationModel::Similarity);
-        QVERIFY(s.rmsOf(1) > 0.1 && s.points->item(3, 6)->text() == "ошибка?"_s);
+        QVERIFY(s.rmsOf(1) > 0.1 && s.points->item(3, 9)->text() == "ошибка?"_s);
         s.points->item(3, 0)->setCheckState(Qt::Unchecked);
-        QVERIFY2(s.rmsOf(1) < 0.02 && s.points->item(3, 6)->text().isEmpty(),
+        QVERIFY2(s.rmsOf(1) < 0.02 && s.points->item(3, 9)->text().isEmpty(),
                  qPrintable(s.models->item(1, 1)->text()));
-        QVERIFY(s.points->item(3, 5)->text().toDouble() > 0.8);
+        QVERIFY(s.points->item(3, 8)->text().toDouble() > 0.8);
         s.points->item(3, 0)->setCheckState(Qt::Checked);
         QVERIFY(s.rmsOf(1) > 0.1);
     }
@@ -94,10 +95,10 @@ private Q_SLOTS:
         Shown s;
         s.points->item(5, 2)->setText("12a"_s);
         QCOMPARE(s.dialog.pairs().size(), 8);
-        QCOMPARE(s.points->item(5, 6)->text(), "не число"_s);
+        QCOMPARE(s.points->item(5, 9)->text(), "не число"_s);
         s.points->item(5, 2)->setText("135,000"_s);
         QCOMPARE(s.dialog.pairs().size(), 9);
-        QVERIFY(s.points->item(5, 6)->text().isEmpty());
+        QVERIFY(s.points->item(5, 9)->text().isEmpty());
         s.dialog.setPairs({});
         QVERIFY(!s.button("&Сохранить…"_s)->isEnabled());
         QCOMPARE(s.dialog.paste("no\tnumbers\there\tat\tall\n1;2\n"_s), 0);
@@ -113,6 +114,37 @@ private Q_SLOTS:
         QVERIFY(!s.button("&Сохранить…"_s)->isEnabled());
         s.dialog.setModel(CalibrationModel::Affine);
         QVERIFY(s.button("&Сохранить…"_s)->isEnabled());
+    }
+
+    // Weights, heights and what the seven-parameter shift needs are typed, kept and brought back.
+    void shiftOfDatum()
+    {
+        Shown s;
+        s.dialog.setPairs({});
+        s.dialog.setKnownSystem(support::made("EPSG:4326"));
+        s.dialog.setModel(CalibrationModel::DatumShift);
+        QVERIFY(!s.button("&Сохранить…"_s)->isEnabled() && s.points->isColumnHidden(6));
+        s.dialog.setLocalSystem(support::made("proj:+proj=longlat +ellps=krass +no_defs"));
+        QVERIFY(!s.points->isColumnHidden(6));
+        const CoordTransform shift(
+            support::made("proj:+proj=longlat +ellps=krass +towgs84=25,-141,-78.5,0,0.35,0.736,0 +no_defs"),
+            support::made("EPSG:4326"));
+        for (int i = 0; i < 6; ++i) {
+            const QPointF place(30.0 + i, 50.0 + (i * i) % 5);
+            QPointF known;
+            QVERIFY(shift.forward(place, known));
+            QCOMPARE(s.dialog.paste("P;%1;%2;%3;%4;2"_s.arg(place.x(), 0, 'g', 15)
+                                        .arg(place.y(), 0, 'g', 15)
+                                        .arg(known.x(), 0, 'g', 15)
+                                        .arg(known.y(), 0, 'g', 15)),
+                     1);
+        }
+        QCOMPARE(s.dialog.pairs().at(3).weight, 2.0);
+        QVERIFY(std::isnan(s.dialog.pairs().at(3).localHeightM));
+        QVERIFY(s.button("&Сохранить…"_s)->isEnabled());
+        QVERIFY(s.rmsOf(4) < 0.01);
+        s.points->item(3, 5)->setText("-1"_s);
+        QCOMPARE(s.dialog.pairs().size(), 5);
     }
 
     void savesWithThePoints()

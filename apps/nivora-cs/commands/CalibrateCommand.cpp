@@ -8,14 +8,18 @@
 #include "PairTable.h"
 #include "Session.h"
 #include "SharedOptions.h"
+#include "StagedOutput.h"
 #include "UserStore.h"
 
 #include <coordsys/CalibrationStore.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/ProjectionParamsManager.h>
 
+#include <QFile>
 #include <QObject>
-#include <QSaveFile>
+
+#include <algorithm>
+#include <memory>
 
 using namespace nivora::cs;
 
@@ -99,42 +103,60 @@ CalibrationModel modelOf(const CommandLine &line, const Calibration &calibration
     throw Failure(QObject::tr("--model takes %1, not \"%2\"").arg(known.join(QStringLiteral(", ")), word));
 }
 
-/// Throws Failure for a file of another kind, before anything is computed.
-void checkReport(const CommandLine &line)
+/// Where the report will be written, null without one. Throws Failure for a file of another kind, or one that
+/// is there, before anything is computed.
+std::unique_ptr<StagedOutput> reportOf(const CommandLine &line)
 {
+    if (!line.isSet("report"))
+        return nullptr;
     const QString name = line.value("report");
-    const bool known = name.endsWith(QLatin1String(".html")) || name.endsWith(QLatin1String(".md"));
-    if (line.isSet("report") && !known)
+    if (!name.endsWith(QLatin1String(".html")) && !name.endsWith(QLatin1String(".md")))
         throw Failure(QObject::tr("--report takes a .html or .md file, not \"%1\"").arg(name));
+    return std::make_unique<StagedOutput>(localPath(name), line.isSet("overwrite") ? StagedOutput::Replaced
+                                                                                   : StagedOutput::New);
 }
 
-void writeReport(const QString &name, const CalibrationAnswer &answer)
+void writeReport(StagedOutput &report, const CalibrationAnswer &answer)
 {
     const QString text =
-        name.endsWith(QLatin1String(".md")) ? calibrationMarkdown(answer) : calibrationHtml(answer);
-    QSaveFile file(localPath(name));
+        report.path().endsWith(QLatin1String(".md")) ? calibrationMarkdown(answer) : calibrationHtml(answer);
+    QFile file(report.path());
     const QByteArray bytes = text.toUtf8();
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
-        throw Failure(QObject::tr("cannot write %1: %2").arg(name, file.errorString()));
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush())
+        throw Failure(QObject::tr("cannot write %1: %2").arg(report.path(), file.errorString()));
+    file.close();
+    report.publish({});
 }
 
-/// Takes out the entry that an earlier fit was kept in under the same name. Throws Failure when the name is
-/// that of another system.
-void removeEarlier(UserCoordSystem &systems, const CalibrationStore &calibrations,
-                   const CalibrationRecord &record)
+bool isFit(const CalibrationStore &calibrations, const CoordSystemTypes::SourceData &source)
 {
+    const QVector<CalibrationRecord> kept = calibrations.records();
+    return std::any_of(kept.begin(), kept.end(),
+                       [&](const CalibrationRecord &record) { return record.system == source; });
+}
+
+/// Takes out the entries that an earlier fit was kept in under the same name. \return their sources, of which
+/// the points are to be forgotten. Throws Failure when the name is that of another system.
+QVector<CoordSystemTypes::SourceData>
+removeEarlier(UserCoordSystem &systems, const CalibrationStore &calibrations, const CalibrationRecord &record)
+{
+    QVector<CoordSystemTypes::SourceData> replaced;
     const QList<UserCoordSystem::CsDataType> branches =
         systems.data(); // a copy: entries go while it is walked
     for (const UserCoordSystem::CsDataType &branch : branches)
         for (const UserCoordSystem::CoordSystemParam &entry : branch.entries) {
             if (entry.description().simplified() != record.name.simplified())
                 continue;
-            if (entry.source() != record.system && !calibrations.remove(entry.source()))
+            if (entry.source() != record.system && !isFit(calibrations, entry.source()))
                 throw Failure(QObject::tr("you have another system with the name \"%1\"").arg(record.name));
             systems.removeCoordSystem(branch.name, entry.source());
+            if (entry.source() != record.system)
+                replaced << entry.source();
         }
+    return replaced;
 }
 
+/// The points of what is replaced go last: until then a failure leaves everything as it was.
 void save(const CommandLine &line, const Session &session, const CalibrationAnswer &answer)
 {
     const QString name = typedText(line.value("save"));
@@ -142,16 +164,19 @@ void save(const CommandLine &line, const Session &session, const CalibrationAnsw
         line.isSet("branch") ? typedText(line.value("branch")) : UserCoordSystem::defaultBranch();
     const CalibrationRecord record = CalibrationRecord::of(answer.calibration, answer.fit, name);
     const CalibrationStore calibrations(session.userSystems().fileInfo());
+    QVector<CoordSystemTypes::SourceData> replaced;
     changeOwnSystems(session, [&](UserCoordSystem &systems) {
-        removeEarlier(systems, calibrations, record);
+        replaced = removeEarlier(systems, calibrations, record);
         calibrations.save(record);
         systems.setCoordSystem(branch, record.system, name);
     });
+    for (const CoordSystemTypes::SourceData &source : qAsConst(replaced))
+        calibrations.remove(source);
 }
 
 int run(const CommandLine &line)
 {
-    checkReport(line);
+    const std::unique_ptr<StagedOutput> report = reportOf(line);
     const Session session(line);
     if (line.arguments().size() > 1)
         throw Failure(QObject::tr("calibrate takes one file"));
@@ -160,8 +185,8 @@ int run(const CommandLine &line)
     if (!fit.isUsable())
         throw Failure(QStringLiteral("%1: %2").arg(calibrationText(fit.model()), fit.refusal()));
     const CalibrationAnswer answer = answerOf(calibration, fit, typedText(line.value("save")));
-    if (line.isSet("report"))
-        writeReport(line.value("report"), answer);
+    if (report)
+        writeReport(*report, answer);
     if (line.isSet("save"))
         save(line, session, answer);
     print(line.isSet("json") ? calibrationJson(answer) : calibrationPage(answer));
@@ -213,6 +238,7 @@ std::vector<Option> options()
         shared::branch,
         {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "Write a JSON object.")},
         {"report", "FILE", QT_TRANSLATE_NOOP("QObject", "Write a report with a drawing, .html or .md, too.")},
+        {"overwrite", nullptr, QT_TRANSLATE_NOOP("QObject", "Replace a report that is there.")},
         {"name", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of names.")},
         {"x", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of the local x.")},
         {"y", "NAME|N", QT_TRANSLATE_NOOP("QObject", "The table's column of the local y.")},

@@ -8,6 +8,7 @@
 #include "StoreCheck.h"
 #include "UserStore.h"
 
+#include <coordsys/CalibrationStore.h>
 #include <coordsys/UserCoordSystem.h>
 
 #include <QDir>
@@ -19,6 +20,7 @@
 #include <algorithm>
 #include <functional>
 
+using nivora::cs::CalibrationStore;
 using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
 using nivora::cs::UserCoordSystem;
@@ -142,23 +144,34 @@ std::function<bool(const CoordSystem::SourceData &)> meaning(const Session &sess
     };
 }
 
+bool holds(const UserCoordSystem &systems, const CoordSystem::SourceData &source)
+{
+    const auto data = systems.data();
+    return std::any_of(data.begin(), data.end(), [&](const UserCoordSystem::CsDataType &branch) {
+        return entryIn(systems, branch.name, source) != nullptr;
+    });
+}
+
+/// The control points of an entry go with it.
 int remove(const CommandLine &line, const Session &session, const QString &text)
 {
     const auto isMeant = meaning(session, text);
+    QVector<CoordSystem::SourceData> removed;
     changeOwnSystems(session, [&](UserCoordSystem &systems) {
-        bool found = false;
         const QList<UserCoordSystem::CsDataType> branches =
             systems.data(); // a copy: entries go while it is walked
-        for (const UserCoordSystem::CsDataType &branch : branches) {
-            if (line.isSet("branch") && branch.name != branchOption(line))
-                continue;
+        for (const UserCoordSystem::CsDataType &branch : branches)
             for (const Entry &entry : branch.entries)
-                if (isMeant(entry.source()))
-                    found = systems.removeCoordSystem(branch.name, entry.source()) || found;
-        }
-        if (!found)
+                if ((!line.isSet("branch") || branch.name == branchOption(line)) && isMeant(entry.source()) &&
+                    systems.removeCoordSystem(branch.name, entry.source()))
+                    removed << entry.source();
+        if (removed.isEmpty())
             throw Failure(QObject::tr("%1 is not among your systems").arg(text));
     });
+    const CalibrationStore calibrations(session.userSystems().fileInfo());
+    for (const CoordSystem::SourceData &source : qAsConst(removed))
+        if (!holds(session.userSystems(), source))
+            calibrations.remove(source);
     return Success;
 }
 

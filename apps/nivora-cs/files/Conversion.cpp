@@ -161,10 +161,10 @@ CoordSystemPtr Conversion::withoutAffine(const CoordSystemPtr &system) const
     return m_session.factory().createFromPrj(converter.tabProjInfoToString(record));
 }
 
-/// Only MapInfo's files say an affine transformation.
+/// MapInfo's files say an affine transformation, and formats whose systems are texts of WKT 2.
 CoordSystemPtr Conversion::carriable(const CoordSystemPtr &target)
 {
-    if (!target || !hasAffine(target) || m_format.isMapInfo())
+    if (!target || !hasAffine(target) || m_format.isMapInfo() || m_probe.carriesAffine(target))
         return target;
     m_losses.add(Loss::Affine,
                  QObject::tr("%1 cannot carry the affine transformation of the system; the coordinates are "

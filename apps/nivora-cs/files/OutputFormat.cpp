@@ -3,6 +3,10 @@
 #include "MapInfoFiles.h"
 #include "Output.h"
 
+#include <coordsys/CoordSystem.h>
+#include <coordsys/CoordSystemConversions.h>
+#include <coordsys/SystemInfo.h>
+
 #include <cpl_string.h>
 #include <ogr_srs_api.h>
 
@@ -60,6 +64,8 @@ QString freeName(const QString &wanted, const QStringList &taken)
     return name;
 }
 
+using nivora::cs::CoordSystem;
+using nivora::cs::SystemFormat;
 using OptionList = std::unique_ptr<char *, void (*)(char **)>;
 using SpatialReference = std::unique_ptr<void, void (*)(OGRSpatialReferenceH)>;
 
@@ -77,6 +83,13 @@ OptionList layerOptionsOf(const QString &driver, const QRectF &bounds)
     return OptionList(list, CSLDestroy);
 }
 
+/// WKT 1 has no place for an affine transformation.
+QByteArray wktOf(const CoordSystem &system)
+{
+    const bool isMoved = nivora::cs::hasAffine(&system) && !system.isNonEarth();
+    return (isMoved ? exportSystem(system, SystemFormat::Wkt2) : system.exportToWkt()).toUtf8();
+}
+
 /// MapInfo's files get theirs behind the driver's back.
 SpatialReference referenceOf(const OutputLayer &layer)
 {
@@ -87,7 +100,7 @@ SpatialReference referenceOf(const OutputLayer &layer)
         return reference;
     reference.reset(OSRNewSpatialReference(nullptr));
     OSRSetAxisMappingStrategy(reference.get(), OAMS_TRADITIONAL_GIS_ORDER);
-    QByteArray wkt = layer.system->exportToWkt().toUtf8();
+    QByteArray wkt = wktOf(*layer.system);
     char *text = wkt.data();
     if (OSRImportFromWkt(reference.get(), &text) != OGRERR_NONE)
         reference.reset();

@@ -5,6 +5,7 @@
 #include "Losses.h"
 #include "Output.h"
 
+#include <coordsys/CoordSystemConversions.h>
 #include <coordsys/CoordTransform.h>
 
 #include <QObject>
@@ -177,6 +178,24 @@ OutputProbe::Counts OutputProbe::writtenAndRead(const OutputLayer &layer,
         if (OGRGeometryH geometry = OGR_F_GetGeometryRef(feature.get()))
             counts.add(geometry);
     return counts;
+}
+
+bool OutputProbe::carriesAffine(const CoordSystemPtr &system)
+{
+    if (system->isNonEarth() || !m_format.canBeRead())
+        return false;
+    OutputLayer layer;
+    layer.name = QStringLiteral("probe");
+    layer.type = wkbPoint;
+    layer.system = system;
+    const Geometry place(OGR_G_CreateGeometry(wkbPoint)); // some formats keep nothing of an empty layer
+    OGR_G_SetPoint_2D(place.get(), 0, 0.0, 0.0);
+    try {
+        writtenAndRead(layer, {place.get()});
+    } catch (const Failure &) { // what is read cannot be used
+        return false;
+    }
+    return m_readAgain && nivora::cs::hasAffine(m_readAgain);
 }
 
 LostProperties OutputProbe::check(const OutputLayer &layer, const std::vector<OGRGeometryH> &geometries,

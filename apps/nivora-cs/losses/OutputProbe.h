@@ -32,6 +32,8 @@ public:
     OutputProbe(const Session &session, const OutputFormat &format, const QDir &place,
                 const QString &fileName);
 
+    /// Whether a system with an affine transformation comes back with one.
+    bool carriesAffine(const nivora::cs::CoordSystemPtr &system);
     /// Whether the system stays where it is at \p places, and which properties of \p geometries are lost.
     /// Adds each loss; so throws Failure.
     LostProperties check(const OutputLayer &layer, const std::vector<OGRGeometryH> &geometries,
