@@ -133,13 +133,16 @@ void CalibrationDialog::Private::makeModels()
     models->verticalHeader()->setDefaultSectionSize(models->fontMetrics().height() + 8);
     models->horizontalHeader()->setHighlightSections(false);
     models->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    models->horizontalHeader()->setStretchLastSection(true);
+    models->horizontalHeader()->setSectionResizeMode(Note, QHeaderView::Stretch); // cut; whole in its tip
     models->setAccessibleName(QObject::tr("Модели и их невязки"));
     models->setRowCount(calibrationModels().size());
     for (int row = 0; row < models->rowCount(); ++row)
         for (int column = 0; column < ModelColumnCount; ++column)
             models->setItem(row, column,
                             cell(column == Word ? calibrationText(calibrationModels().at(row)) : QString()));
+    models->setFixedHeight(models->horizontalHeader()->sizeHint().height() +
+                           models->rowCount() * models->verticalHeader()->defaultSectionSize() +
+                           2 * models->frameWidth());
 }
 
 QLayout *CalibrationDialog::Private::top()
@@ -197,8 +200,8 @@ QWidget *CalibrationDialog::Private::right()
     auto *side = new QWidget;
     auto *layout = new QVBoxLayout(side);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(models, 1);
-    layout->addWidget(map, 2);
+    layout->addWidget(models);
+    layout->addWidget(map, 1);
     return side;
 }
 
