@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <new>
+#include <vector>
 
 namespace nivora::cs {
 namespace {
@@ -109,12 +110,18 @@ ExtraLines linesWithin(const QRectF &rect, const QRectF &csRect)
             extraPointsY(rect, csRect.top(), csRect.bottom())};
 }
 
+/// Intervals along the height.
+double fittingRows(const QRectF &rect, int intervals)
+{
+    const double fitting = std::floor(rect.height() / (rect.width() / intervals));
+    return fitting >= 1.0 ? fitting : 2.0;
+}
+
 /// Column by column; the points of the extra columns lie among those of the first.
 std::unique_ptr<PJ_COORD[]> gridPoints(const QRectF &rect, const ExtraLines &extra, int intervals, int &count)
 {
     const double stepX = rect.width() / intervals;
-    const double fitting = std::floor(rect.height() / stepX);
-    const double wantedRows = fitting >= 1.0 ? fitting : 2.0;
+    const double wantedRows = fittingRows(rect, intervals);
     // In doubles: a narrow strip asks for more rows than an int holds.
     auto points = zeroedPoints((wantedRows + 1.0 + extra.y.size()) * (intervals + 1.0 + extra.x.size()));
     const double stepY = rect.height() / wantedRows;
@@ -168,6 +175,105 @@ std::unique_ptr<PJ_COORD[]> fillPointsMesh(int addPoints, int &count, const QRec
     return gridPoints(rect, linesWithin(rect, csRect), intervals, count);
 }
 
+namespace {
+
+/// The rows of a mesh that runs over the cut of the target's map: neighbours lie on its two sides there, and
+/// what is between them belongs to the bounds.
+class CutRows
+{
+public:
+    CutRows(const Mesh &mesh, const QRectF &rect, const ExtraLines &extra)
+        : m_mesh(mesh)
+        , m_rect(rect)
+        , m_rows(static_cast<int>(fittingRows(rect, mesh.intervals)))
+        , m_extraX(extra.x.size())
+        , m_extraY(extra.y.size())
+    {}
+
+    /// \p images are those of gridPoints().
+    void find(const PJ_COORD *images, const Extent &extent);
+    /// Adds the images of the points next to the cut.
+    void addTo(Extent &extent);
+
+private:
+    struct Pair
+    {
+        PJ_COORD a, b;           ///< in the source
+        PJ_COORD imageA, imageB; ///< on either side
+    };
+    int placeOf(int column, int row) const;
+    void halve();
+
+    const Mesh &m_mesh;
+    QRectF m_rect;
+    int m_rows;
+    int m_extraX;
+    int m_extraY;
+    std::vector<Pair> m_pairs;
+};
+
+int CutRows::placeOf(int column, int row) const
+{
+    if (column == 0)
+        return row * (1 + m_extraX);
+    const int first = (m_rows + 1) * (1 + m_extraX) + m_extraY;
+    return first + (column - 1) * (m_rows + 1 + m_extraY) + row;
+}
+
+void CutRows::find(const PJ_COORD *images, const Extent &extent)
+{
+    constexpr std::size_t mostPairs = 32; // the widest rows: the others lie between
+    constexpr double jump = 0.5;          // of the map's width
+    const double stepX = m_rect.width() / m_mesh.intervals;
+    for (int row = 0; row <= m_rows; ++row)
+        for (int i = 0; i < m_mesh.intervals; ++i) {
+            const PJ_COORD &a = images[placeOf(i, row)];
+            const PJ_COORD &b = images[placeOf(i + 1, row)];
+            const double y = m_rect.y() + row * m_rect.height() / m_rows;
+            if (std::fabs(b.xy.x - a.xy.x) > jump * (extent.maxX - extent.minX))
+                m_pairs.push_back(
+                    {projPoint(m_rect.x() + i * stepX, y), projPoint(m_rect.x() + (i + 1) * stepX, y), a, b});
+        }
+    const auto isWider = [](const Pair &one, const Pair &other) {
+        return std::fabs(one.imageB.xy.x - one.imageA.xy.x) >
+               std::fabs(other.imageB.xy.x - other.imageA.xy.x);
+    };
+    std::sort(m_pairs.begin(), m_pairs.end(), isWider);
+    m_pairs.resize(std::min(m_pairs.size(), mostPairs), Pair{});
+}
+
+/// Leaves of each pair the half that the cut is in.
+void CutRows::halve()
+{
+    std::vector<PJ_COORD> middles;
+    for (const Pair &pair : m_pairs)
+        middles.push_back(projPoint((pair.a.xy.x + pair.b.xy.x) / 2.0, pair.a.xy.y));
+    std::vector<PJ_COORD> images = middles;
+    transformAll(m_mesh, images.data(), static_cast<int>(images.size()));
+    for (std::size_t i = 0; i < m_pairs.size(); ++i) {
+        Pair &pair = m_pairs[i];
+        const double x = images[i].xy.x;
+        const bool isOnSideOfA = std::fabs(x - pair.imageA.xy.x) < std::fabs(x - pair.imageB.xy.x);
+        if (!std::isfinite(x))
+            continue;
+        (isOnSideOfA ? pair.a : pair.b) = middles[i];
+        (isOnSideOfA ? pair.imageA : pair.imageB) = images[i];
+    }
+}
+
+void CutRows::addTo(Extent &extent)
+{
+    constexpr int halvings = 40; // a millionth of a millimetre of a mesh's step
+    for (int i = 0; i < halvings && !m_pairs.empty(); ++i)
+        halve();
+    for (const Pair &pair : m_pairs) {
+        extent.add(pair.imageA);
+        extent.add(pair.imageB);
+    }
+}
+
+} // namespace
+
 bool meshBounds(const Mesh &mesh, QVector<QPointF> &corners)
 {
     const QRectF rect = coordsArrayToRect({corners[0].x(), corners[1].x(), corners[2].x(), corners[3].x()},
@@ -185,6 +291,11 @@ bool meshBounds(const Mesh &mesh, QVector<QPointF> &corners)
 
     Extent extent;
     std::for_each(points.get(), points.get() + count, [&extent](const PJ_COORD &c) { extent.add(c); });
+    if (mesh.source.isLatLong() && rect.width() > noExtent && rect.height() > noExtent && extent.isKnown()) {
+        CutRows cut(mesh, rect, linesWithin(rect, bounds));
+        cut.find(points.get(), extent);
+        cut.addTo(extent);
+    }
     if (!extent.isKnown()) {
         logTransformError(QObject::tr("Ошибка преобразования. Возможно, выходит за пределы КС."));
         return false;

@@ -206,6 +206,25 @@ private Q_SLOTS:
         QVERIFY(!t.inverseMesh(QRectF(1e7, 1e7, 10, 10), out, 10));
     }
 
+    // The map of the whole earth is as wide wherever it is cut.
+    void cutAnywhere()
+    {
+        const auto world = [](int meridian, int intervals) {
+            const QString text = "+proj=eqearth +lon_0=%1 +datum=WGS84"_s;
+            QRectF out;
+            return CoordTransform(made(lonLat), support::shippedFactory()->createFromProj(text.arg(meridian)))
+                           .forwardMesh(QRectF(-180, -90, 360, 180), out, intervals)
+                       ? out
+                       : QRectF();
+        };
+        for (int meridian = -180; meridian <= 180; meridian += 35)
+            for (const int intervals : {16, 100}) {
+                VERIFY_NEAR(world(meridian, intervals).topLeft(), world(0, intervals).topLeft(), 1e-2);
+                VERIFY_NEAR(world(meridian, intervals).bottomRight(), world(0, intervals).bottomRight(),
+                            1e-2);
+            }
+    }
+
     void limits()
     {
         const CoordTransform t(made("Earth Projection 8, 104, \"m\", 39, 0, 1, 500000, 0"), made(lonLat));
