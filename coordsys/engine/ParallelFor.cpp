@@ -8,6 +8,7 @@
 
 #include <exception>
 #include <memory>
+#include <new>
 
 namespace nivora::cs {
 namespace {
@@ -81,6 +82,17 @@ private:
     std::shared_ptr<WorkGroup> m_group;
 };
 
+/// As many as there is memory for: the caller can do all the work, and must come to close the group.
+void startHelpers(QThreadPool &pool, int helpers, const std::shared_ptr<WorkGroup> &group)
+{
+    try {
+        for (int i = 0; i < helpers; ++i)
+            pool.start(new Helper(group));
+    } catch (const std::bad_alloc &) {
+        return;
+    }
+}
+
 } // namespace
 
 void parallelFor(QThreadPool &pool, int helpers, const std::function<void()> &work)
@@ -88,8 +100,7 @@ void parallelFor(QThreadPool &pool, int helpers, const std::function<void()> &wo
     if (helpers < 1)
         return work();
     const auto group = std::make_shared<WorkGroup>(work);
-    for (int i = 0; i < helpers; ++i)
-        pool.start(new Helper(group));
+    startHelpers(pool, helpers, group);
     group->run();
     group->closeAndWait();
 }

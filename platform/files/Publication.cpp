@@ -19,6 +19,11 @@ const QString freshFolder = QStringLiteral("new");
 const QString oldFolder = QStringLiteral("old");
 const QString journalName = QStringLiteral("journal");
 
+bool removeAll(const QString &path)
+{
+    return QFileInfo(path).isDir() ? QDir(path).removeRecursively() : QFile::remove(path);
+}
+
 std::string technicalText(const QString &path, int error)
 {
     return path.toStdString() + ": " + (error == 0 ? "exists" : std::strerror(error));
@@ -177,7 +182,7 @@ bool Publication::Stage::undo(const Planned &planned) const
     const bool isOurs = planned.fresh.exists() && now == planned.fresh;
     if (before.exists())
         return (now.exists() && !isOurs) || moveOver(aside, place(planned.leaf)) == 0;
-    return !isOurs || identityOf(fresh(planned.leaf)).exists() || QFile::remove(place(planned.leaf));
+    return !isOurs || identityOf(fresh(planned.leaf)).exists() || removeAll(place(planned.leaf));
 }
 
 struct Publication::Step
@@ -218,7 +223,9 @@ QString Publication::place(const QString &name) const { return QFileInfo(m_targe
 
 QStringList Publication::names() const
 {
-    QStringList names = QDir(path(QString())).entryList(QDir::Files | QDir::Hidden | QDir::NoSymLinks);
+    QStringList names =
+        QDir(path(QString()))
+            .entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden | QDir::NoSymLinks);
     const QString main = QFileInfo(m_target).fileName();
     if (names.removeAll(main) > 0)
         names << main;

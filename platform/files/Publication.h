@@ -31,11 +31,11 @@ private:
     int m_error;
 };
 
-/// Files that are written in a hidden folder and appear beside each other under their own names, all of them
-/// or none. What has such a name is set aside, and put back when one of them cannot appear, also by the next
-/// publication in that directory when the process was killed in between. A name that is a link stays one: the
-/// file that it leads to is replaced. A file that is replaced gives its mode to the new one. Threads: one at
-/// a time; any number of processes.
+/// Files, or folders that are one data set, that are written in a hidden folder and appear beside each other
+/// under their own names, all of them or none. What has such a name is set aside, and put back when one of
+/// them cannot appear, also by the next publication in that directory when the process was killed in between.
+/// A name that is a link stays one: the file that it leads to is replaced. A file that is replaced gives its
+/// mode to the new one; a folder is never replaced. Threads: one at a time; any number of processes.
 class Publication
 {
 public:

@@ -77,6 +77,17 @@ private Q_SLOTS:
         row("leftovers of the dead",
             "mkdir -p .nivora-cs-abcdef/new .nivora-cs-abcdef/old; mark; convert a.csv o.gpkg",
             ".nivora-cs-abcdef o.gpkg");
+        row("a folder that is one data set", "mark; convert a.csv o.gdb; convert a.csv o.gdb --overwrite",
+            "o.gdb");
+        row("a driver that writes nothing", "mark; convert a.csv o.xyz --format Memory", "");
+        row("appending to a set of files behind a link",
+            "mkdir s; convert a.csv s/o.shp; for e in shp dbf shx prj cpg; do ln -s s/o.$e o.$e; done; chmod "
+            "600 s/*; "
+            "mark; convert a.csv o.shp --append; test $(stat -c %a%F s/o.dbf | tr -d ' ') = 600regularfile "
+            "&& touch ok",
+            "ok s");
+        row("appending, and a full disk",
+            "convert a.csv o.gpkg; mark; (ulimit -f 100; convert many.csv o.gpkg --append)", "");
         row("a limit of size", "mark; (ulimit -f 8; convert many.csv o.mif)", "");
         row("a limit of size that the driver does not notice",
             "mark; (ulimit -f 8; convert many.csv o.geojson)", "");

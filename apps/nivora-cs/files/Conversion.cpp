@@ -199,6 +199,9 @@ void Conversion::describe(OGRLayerH source, OutputLayer &layer) const
         layer.columns << QString::fromUtf8(OGR_Fld_GetNameRef(OGR_FD_GetFieldDefn(definition, i)));
     layer.numbersColumn = QString::fromUtf8(OGR_L_GetFIDColumn(source));
     layer.geometryColumn = QString::fromUtf8(OGR_L_GetGeometryColumn(source));
+    layer.storesNumbers =
+        !layer.numbersColumn.isEmpty() ||
+        driverName(GDALGetDatasetDriver(m_source.get())).startsWith(QLatin1String("GeoJSON"));
     layer.keepsNumbers = !layer.numbersColumn.isEmpty() && m_format.holdsNumbers() && !m_append;
 }
 
@@ -312,9 +315,11 @@ void Conversion::convertLayer(int index)
 
 void Conversion::noteLayer(const LayerCopy &copy, const OutputLayer &layer)
 {
+    const bool hasRoom = m_format.holdsNumbers();
     if (copy.numbersLost())
-        m_notes << (m_append ? QObject::tr("features of \"%1\" get new numbers, behind those that are there")
-                             : QObject::tr("features of \"%1\" get new numbers: the format holds none"))
+        m_notes << (m_append  ? QObject::tr("features of \"%1\" get new numbers, behind those that are there")
+                    : hasRoom ? QObject::tr("features of \"%1\" get new numbers")
+                              : QObject::tr("features of \"%1\" get new numbers: the format holds none"))
                        .arg(layer.name);
     if (copy.hasHeights() && layer.heightsAreUnclear)
         m_notes
@@ -460,6 +465,9 @@ QStringList Conversion::writeKinds(const std::vector<int> &layers)
 
 int Conversion::run()
 {
+    if (!m_format.canBeRead())
+        m_notes << QObject::tr("%1 is written, but never read: what it loses cannot be found out")
+                       .arg(m_format.name());
     const std::vector<int> layers = convertibleLayers();
     QStringList parts = m_line.isSet("split") ? writeKinds(layers) : writeWhole(layers);
     m_rejected.close();

@@ -20,7 +20,8 @@ struct TypedDriver
     const char *name;
     bool mixed;
 };
-constexpr TypedDriver typedDrivers[] = {{"ESRI Shapefile", false}, {"FlatGeobuf", true}};
+constexpr TypedDriver typedDrivers[] = {
+    {"ESRI Shapefile", false}, {"OpenFileGDB", false}, {"FlatGeobuf", true}};
 
 const TypedDriver *typedDriver(const QString &name)
 {
@@ -69,7 +70,8 @@ OGRwkbGeometryType layerType(OGRLayerH source, const QString &driver,
     }
     if (typed->mixed && !same)
         common = wkbUnknown;
-    if (common == wkbNone || (common == wkbUnknown && !typed->mixed))
+    const bool isMixed = common == wkbUnknown || common == wkbGeometryCollection;
+    if (common == wkbNone || (isMixed && !typed->mixed))
         return type;
     return OGR_GT_SetModifier(common, heights, measures);
 }
@@ -242,7 +244,7 @@ void LayerCopy::noteNumbers(const FeatureBatch::Item &item)
     if (m_read++ == 0)
         m_firstNumber = item.fid;
     const bool isPosition = item.fid == m_firstNumber + m_read - 1;
-    m_numbersLost |= !isPosition && !m_job.layer.numbersColumn.isEmpty() && !m_job.layer.keepsNumbers;
+    m_numbersLost |= !isPosition && m_job.layer.storesNumbers && !m_job.layer.keepsNumbers;
 }
 
 bool LayerCopy::writePart(OGRFeatureH feature, Geometry geometry)

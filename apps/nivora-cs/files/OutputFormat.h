@@ -21,6 +21,7 @@ struct OutputLayer
     QStringList columns;                      ///< of the source, for names that must not meet
     QString numbersColumn; ///< of the source's features, empty when they are mere positions
     QString geometryColumn;
+    bool storesNumbers = false; ///< the source may, in a column or beside each feature
     bool keepsNumbers = false;
     bool isElsewhere = false;       ///< the driver may write coordinates of another system
     bool isProbe = false;           ///< features must come back in the order in which they were written

@@ -154,6 +154,8 @@ QStringList StagedOutput::namesBeside(const QString &path, const QStringList &pa
 void StagedOutput::publish(const QStringList &parts)
 {
     checkInterrupted();
+    if (m_publication->names().isEmpty()) // a driver that keeps all in memory, say
+        throw Failure(QObject::tr("nothing was written to %1").arg(m_target));
     QStringList replaceable;
     for (const QString &target : m_replaced) {
         checkFinished(target);
