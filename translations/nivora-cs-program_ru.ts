@@ -2416,5 +2416,17 @@ northing и подобные), иначе это первые два.
         <source>Replace a report that is there.</source>
         <translation>Заменить отчёт, который уже есть.</translation>
     </message>
+    <message>
+        <source>features of &quot;%1&quot; get new numbers</source>
+        <translation>объекты «%1» получают новые номера</translation>
+    </message>
+    <message>
+        <source>%1 is written, but never read: what it loses cannot be found out</source>
+        <translation>%1 только пишется и не читается: что в нём теряется, узнать нельзя</translation>
+    </message>
+    <message>
+        <source>nothing was written to %1</source>
+        <translation>в %1 ничего не записано</translation>
+    </message>
 </context>
 </TS>
