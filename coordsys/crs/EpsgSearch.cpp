@@ -190,9 +190,11 @@ int epsgOfDefinition(const std::shared_ptr<ProgressHandler> &progress, const QSt
 {
     const CatalogueTokenPtr token = activeToken();
     const unsigned since = catalogueRevision();
+    if (isCanceled(progress))
+        return undefined;
+    if (const std::optional<int> known = token ? token->codes().find(definition) : std::nullopt)
+        return *known;
     int code = undefined;
-    if (isCanceled(progress) || (token && token->codes().find(definition, code)))
-        return code;
     const CplErrorScope quiet;
     try {
         code = searchedCode(definition, progress);
@@ -202,7 +204,7 @@ int epsgOfDefinition(const std::shared_ptr<ProgressHandler> &progress, const QSt
     if (isCanceled(progress))
         return undefined;
     if (token)
-        token->codes().insert(definition, code, since);
+        token->codes().replace(definition, code, since);
     return code;
 }
 

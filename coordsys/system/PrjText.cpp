@@ -1,57 +1,28 @@
 #include <coordsys/PrjText.h>
 
-#include "CatalogueRevision_p.h"
+#include "CatalogueCache_p.h"
 #include "CatalogueToken_p.h"
 #include "PrjWriter_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 
-#include <QCache>
-#include <QMutex>
-#include <QMutexLocker>
 #include <QObject>
 #include <QStringList>
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace nivora::cs {
 namespace {
 
-/// The texts of the systems asked for last. Thread-safe.
-class WrittenTexts
+/// Never destroyed: statics may still ask while the process ends.
+CatalogueCache<QString, PrjText> &writtenTexts()
 {
-public:
-    static WrittenTexts &instance()
-    {
-        static auto &texts =
-            *new WrittenTexts; // never destroyed: statics may still ask while the process ends
-        return texts;
-    }
-    template <typename Write> PrjText text(const QString &key, Write &&write)
-    {
-        const unsigned revision = catalogueRevision();
-        {
-            const QMutexLocker lock(&m_lock);
-            if (m_filledAt != revision)
-                m_texts.clear();
-            m_filledAt = revision;
-            if (const PrjText *known = m_texts.object(key))
-                return *known;
-        }
-        const PrjText made = write();
-        const QMutexLocker lock(&m_lock);
-        if (m_filledAt == revision && revision == catalogueRevision())
-            m_texts.insert(key, new PrjText(made));
-        return made;
-    }
-
-private:
-    QMutex m_lock; ///< guards the following
-    QCache<QString, PrjText> m_texts{1000};
-    unsigned m_filledAt = 0; ///< catalogueRevision()
-};
+    static auto &texts = *new CatalogueCache<QString, PrjText>(1000);
+    return texts;
+}
 
 /// The second affine transformation behind the first one; both as A to F.
 void multiplyIn(const QTransform &second, double *first)
@@ -94,8 +65,12 @@ PrjText CoordSystem::writtenText() const
     const QString key = QStringLiteral("%1 %2 %3 ")
                             .arg(reinterpret_cast<quintptr>(catalogues.get()))
                             .arg(m_source.type)
-                            .arg(m_epsg.load());
-    return WrittenTexts::instance().text(key + m_source.string, write);
+                            .arg(m_epsg.load()) +
+                        m_source.string;
+    if (const std::optional<PrjText> known = writtenTexts().find(key))
+        return *known;
+    const unsigned since = catalogueRevision();
+    return writtenTexts().keep(key, write(), since);
 }
 
 QString PrjText::reason() const

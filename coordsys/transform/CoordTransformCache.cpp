@@ -1,6 +1,5 @@
 #include "CoordTransformCache_p.h"
 
-#include "CatalogueRevision_p.h"
 #include "CatalogueToken_p.h"
 #include "ChosenOperation_p.h"
 #include "CrsDefinition_p.h"
@@ -17,6 +16,7 @@
 #include <QObject>
 
 #include <algorithm>
+#include <optional>
 #include <stdexcept>
 
 namespace nivora::cs {
@@ -135,94 +135,26 @@ ProjOperation stepOf(const std::shared_ptr<PJ> &pj)
 
 } // namespace
 
-std::size_t CoordTransformCache::size() const
-{
-    const QMutexLocker lock(&m_mutex);
-    return m_queues.size();
-}
-
-/// Under the lock. What they hold goes after it: it takes the PROJ lock.
-std::map<QStringList, TransformQueuePtr> CoordTransformCache::takeOutdated()
-{
-    std::map<QStringList, TransformQueuePtr> outdated;
-    const unsigned now = catalogueRevision();
-    if (m_since == now)
-        return outdated;
-    m_queues.swap(outdated);
-    m_order.clear();
-    m_known.clear();
-    m_since = now;
-    return outdated;
-}
-
-bool CoordTransformCache::find(const States &states, Known &known)
-{
-    const QMutexLocker lock(&m_mutex);
-    const auto found = m_known.constFind(states);
-    if (found == m_known.constEnd() || m_since != catalogueRevision())
-        return false;
-    known = *found;
-    return true;
-}
-
-void CoordTransformCache::note(const States &states, const Known &known, unsigned since)
-{
-    std::map<QStringList, TransformQueuePtr> outdated;
-    const QMutexLocker lock(&m_mutex);
-    outdated = takeOutdated();
-    if (m_since != since)
-        return;
-    if (m_known.size() >= mostKnown)
-        m_known.clear();
-    m_known.insert(states, known);
-}
-
-/// The one that is kept: another thread's, when that was faster.
-TransformQueuePtr CoordTransformCache::keep(const QStringList &definitions, TransformQueuePtr queue,
-                                            unsigned since)
-{
-    std::map<QStringList, TransformQueuePtr> outdated;
-    const QMutexLocker lock(&m_mutex);
-    outdated = takeOutdated();
-    if (m_since != since)
-        return queue;
-    const auto kept = m_queues.emplace(definitions, queue);
-    if (!kept.second)
-        return kept.first->second;
-    m_order.push_back(definitions);
-    if (m_queues.size() > mostQueues) {
-        outdated.insert(m_queues.extract(m_order.front()));
-        m_order.pop_front();
-    }
-    return queue;
-}
-
-bool CoordTransformCache::areEqual(const CoordSystem &from, const CoordSystem &to, const States &states)
-{
-    const unsigned since = catalogueRevision();
-    const bool isEqual = !haveDifferentCodes(from, to) && from.isEqual(to, false);
-    note(states, {isEqual, {}}, since);
-    return isEqual;
-}
-
 CoordTransformCache::Route CoordTransformCache::routeFor(const CoordSystemPtr &from, const CoordSystemPtr &to,
                                                          const OperationChoice &choice)
 {
     const States states(from->state(), to->state());
-    Known known{};
-    Route route;
-    route.isEqual = find(states, known) ? known.isEqual : areEqual(*from, *to, states);
-    if (route.isEqual)
-        return route;
+    const std::optional<Known> known = m_known.find(states);
+    if (known && known->isEqual)
+        return {true, nullptr};
+    if (known && choice.isDefault())
+        if (TransformQueuePtr queue = known->queue.lock())
+            return {false, std::move(queue)};
+    const unsigned since = catalogueRevision();
+    if (!known && !haveDifferentCodes(*from, *to) && from->isEqual(to, false)) {
+        m_known.replace(states, {true, {}}, since);
+        return {true, nullptr};
+    }
     if (!choice.isDefault())
         return {false, chosenQueue(from, to, choice)};
-    route.queue = known.queue.lock();
-    if (route.queue)
-        return route;
-    const unsigned since = catalogueRevision();
-    route.queue = queueFor(from, to);
-    note(states, {false, route.queue}, since);
-    return route;
+    const TransformQueuePtr queue = queueFor(from, to);
+    m_known.replace(states, {false, queue}, since);
+    return {false, queue};
 }
 
 TransformQueuePtr CoordTransformCache::queueFor(const CoordSystemPtr &from, const CoordSystemPtr &to)
@@ -236,17 +168,13 @@ TransformQueuePtr CoordTransformCache::queueFor(const CoordSystemPtr &from, cons
         const Texts texts = textsOf(0, first, second);
         definitions << texts.first << texts.second;
     }
-    {
-        const QMutexLocker lock(&m_mutex);
-        const auto found = m_queues.find(definitions);
-        if (found != m_queues.end() && m_since == since)
-            return found->second;
-    }
+    if (const std::optional<TransformQueuePtr> known = m_queues.find(definitions))
+        return *known;
     auto queue = std::make_shared<TransformQueue>();
     queue->first = standsStill ? standStill() : stepFor(steps.front().first, steps.front().second);
     if (steps.size() > 1)
         queue->second = stepFor(steps.back().first, steps.back().second);
-    return keep(definitions, queue, since);
+    return m_queues.keep(definitions, queue, since);
 }
 
 ProjOperation CoordTransformCache::stepFor(const CoordSystemPtr &from, const CoordSystemPtr &to)

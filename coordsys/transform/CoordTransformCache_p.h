@@ -1,17 +1,14 @@
 #pragma once
 
+#include "CatalogueCache_p.h"
 #include "ProjOperation_p.h"
 #include <coordsys/CoordSystemTypes.h>
 #include <coordsys/OperationChoice.h>
 
-#include <QHash>
-#include <QMutex>
 #include <QString>
 #include <QStringList>
 
 #include <cstdint>
-#include <deque>
-#include <map>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -30,9 +27,9 @@ struct TransformQueue
 using TransformQueuePtr = std::shared_ptr<const TransformQueue>;
 
 /// Transformations by the definitions of the two systems, which is what PROJ makes them from: at most so
-/// many, the oldest go, all of them when a catalogue changes. Whoever converts keeps its own. What was asked
+/// many, all of them gone when a catalogue changes. Whoever converts keeps its own. What was asked
 /// of two objects last is found by their states, so that a changed one gets its new transformation.
-/// Thread-safe; the lock is not held while PROJ works.
+/// Thread-safe.
 class NIVORA_CS_EXPORT CoordTransformCache
 {
 public:
@@ -51,7 +48,7 @@ public:
     /// The pair's queue, made (and kept) when there is none. Throws as createNormalizedTransformation.
     TransformQueuePtr queueFor(const CoordSystemPtr &from, const CoordSystemPtr &to);
     /// How many transformations are kept.
-    std::size_t size() const;
+    std::size_t size() const { return m_queues.size(); }
 
     /// A PROJ transformation of the caller's own that takes and gives longitude or easting first. Never null.
     /// Throws std::logic_error "Не могу создать объект трансформации. …".
@@ -74,23 +71,14 @@ private:
         bool isEqual;
         std::weak_ptr<const TransformQueue> queue; ///< of unequal ones; gone when the cache let it go
     };
-    static constexpr int mostKnown = 4096;
 
     static QString definitionOf(const CoordSystem &cs);
     static QString fallbackOf(const CoordSystem &cs, const QString &first);
     static ProjOperation stepFor(const CoordSystemPtr &from, const CoordSystemPtr &to);
-    bool areEqual(const CoordSystem &from, const CoordSystem &to, const States &states);
-    bool find(const States &states, Known &known);
-    void note(const States &states, const Known &known, unsigned since);
-    TransformQueuePtr keep(const QStringList &definitions, TransformQueuePtr queue, unsigned since);
-    std::map<QStringList, TransformQueuePtr> takeOutdated();
 
-    mutable QMutex m_mutex; ///< guards the following
-    std::map<QStringList, TransformQueuePtr>
-        m_queues;                    ///< by the definitions of their steps, of which standing still has none
-    std::deque<QStringList> m_order; ///< of m_queues, the oldest first
-    QHash<States, Known> m_known;    ///< by the states of two objects
-    unsigned m_since = 0;            ///< catalogueRevision()
+    /// By the definitions of their steps, of which standing still has none.
+    CatalogueCache<QStringList, TransformQueuePtr> m_queues{mostQueues};
+    CatalogueCache<States, Known> m_known{4096}; ///< by the states of two objects
 };
 
 /// The process's cache, made on first call.

@@ -1,7 +1,9 @@
 #pragma once
 
-#include "EpsgSearchCache_p.h"
+#include "CatalogueCache_p.h"
 #include <coordsys/CatalogueSource.h>
+
+#include <QString>
 
 #include <memory>
 #include <optional>
@@ -16,11 +18,12 @@ public:
     virtual ~CatalogueToken() = default;
     /// Null once the owner is gone. Its end waits until the pointer is let go, on the thread that asked.
     virtual std::shared_ptr<const CatalogueSource> lock() const = 0;
-    /// What was found for texts with these catalogues.
-    EpsgSearchCache &codes() const { return m_codes; }
+    using Codes = CatalogueCache<QString, int>;
+    /// What searches for texts found with these catalogues, nothing included.
+    Codes &codes() const { return m_codes; }
 
 private:
-    mutable EpsgSearchCache m_codes;
+    mutable Codes m_codes{1000};
 };
 using CatalogueTokenPtr = std::shared_ptr<const CatalogueToken>;
 
