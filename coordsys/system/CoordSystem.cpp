@@ -2,7 +2,6 @@
 
 #include "CatalogueToken_p.h"
 #include "CrsDefinition_p.h"
-#include "CrsJudge_p.h"
 #include "OsrHandle_p.h"
 #include "ProjOperation_p.h"
 #include <coordsys/CatalogueSource.h>
@@ -454,79 +453,6 @@ QRectF CoordSystem::rectWithoutArea() const
     return rect;
 }
 
-// Equality
-
-bool CoordSystem::isEqual(const CoordSystemPtr &other, bool ignoreRect) const
-{
-    return other && isEqual(*other, ignoreRect);
-}
-
-bool CoordSystem::testEqual(const CoordSystemPtr &a, const CoordSystemPtr &b, bool ignoreRect)
-{
-    return a->isEqual(b, ignoreRect);
-}
-
-bool CoordSystem::isEqual(const CoordSystem &other, bool ignoreRect) const
-{
-    if (this == &other)
-        return true;
-    const AskedCatalogues asked(m_catalogues);
-    return isEqualByText(other, ignoreRect) &&
-           (m_source == other.m_source || sameHorizontalCrs(judgedIdentity(), other.judgedIdentity()));
-}
-
-/// The definition that names the system's datum; null where none does. CoordSys text has the driver's names
-/// for datums, which are not the database's.
-CoordSystem::IdentityPtr CoordSystem::judgedIdentity() const
-{
-    if (m_isEntry)
-        return codedIdentity();
-    return m_source.type == Prj || m_source.type == Oracle ? nullptr : identity();
-}
-
-bool CoordSystem::isEqualByText(const CoordSystem &other, bool ignoreRect) const
-{
-    if (!samePj(other) || !sameUnit(other) || !(ignoreRect || sameRect(other)) || !sameAffine(other) ||
-        !sameSpecialDatum(other))
-        return false;
-    if (m_source == other.m_source)
-        return true;
-    if (m_source.type != Prj || other.m_source.type != Prj)
-        return true;
-    const auto mine = record();
-    const auto others = other.record();
-    if (!mine || !others)
-        return false;
-    const int datum = mine->nDatumId;
-    return datum <= 0 || others->nDatumId <= 0 || datum == others->nDatumId;
-}
-
-bool CoordSystem::samePj(const CoordSystem &other) const
-{
-    const PJ *const mine = pj();
-    const PJ *const others = other.pj();
-    if (!mine || !others || mine == others)
-        return mine == others;
-    const QMutexLocker lock(globalProj4Mutex());
-    return proj_is_equivalent_to(mine, others, PJ_COMP_STRICT) != 0;
-}
-
-bool CoordSystem::sameUnit(const CoordSystem &other) const
-{
-    const auto manager = activeCatalogues()->projectionParamsManager();
-    const auto detected = [&manager](const CoordSystem &cs) {
-        cs.ensureMade();
-        const QWriteLocker lock(&cs.m_lock);
-        return cs.detectUnitLocked(*manager, nullptr);
-    };
-    const LinearUnit mine = detected(*this);
-    const LinearUnit others = detected(other);
-    if (mine && others)
-        return mine == others;
-    // Units that no catalogue names (an Indian yard, say) are compared by their length.
-    return !mine && !others && qFuzzyCompare(osrLinearUnits(nullptr), other.osrLinearUnits(nullptr));
-}
-
 bool CoordSystem::sameRect(const CoordSystem &other) const
 {
     const QRectF a = rectWithoutArea();
@@ -538,22 +464,6 @@ bool CoordSystem::sameRect(const CoordSystem &other) const
     const bool same = qFuzzyCompare(a.x(), b.x()) && qFuzzyCompare(a.y(), b.y()) &&
                       qFuzzyCompare(a.width(), b.width()) && qFuzzyCompare(a.height(), b.height());
     return same || (isLatLong() && isDefaultRectLatLong(a) && isDefaultRectLatLong(b));
-}
-
-bool CoordSystem::sameAffine(const CoordSystem &other) const
-{
-    if (!m_affine || !other.m_affine)
-        return !m_affine && !other.m_affine;
-    return qFuzzyCompare(*m_affine, *other.m_affine);
-}
-
-bool CoordSystem::sameSpecialDatum(const CoordSystem &other) const
-{
-    const QString mine = datumName();
-    const QString others = other.datumName();
-    if (mine.isNull() || others.isNull() || !(isSpecialDatum() || other.isSpecialDatum()))
-        return true;
-    return mine.compare(others, Qt::CaseInsensitive) == 0;
 }
 
 } // namespace nivora::cs
