@@ -2,7 +2,10 @@
 
 function(nivora_target target)
     target_compile_features(${target} PRIVATE cxx_std_17)
-    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow)
+    if(NIVORA_QT EQUAL 5) # sizes are of two types in one source: int there, qsizetype in Qt 6
+        target_compile_options(${target} PRIVATE -Wconversion)
+    endif()
     if(NIVORA_WERROR)
         target_compile_options(${target} PRIVATE -Werror)
     endif()
@@ -38,7 +41,7 @@ function(nivora_test_target target)
             set(moc ${moc_dir}/${CMAKE_MATCH_1}.moc)
             add_custom_command(OUTPUT ${moc}
                 COMMAND ${CMAKE_COMMAND} -E make_directory ${moc_dir}
-                COMMAND Qt5::moc -o ${moc} ${CMAKE_CURRENT_SOURCE_DIR}/${source}
+                COMMAND Qt${NIVORA_QT}::moc -o ${moc} ${CMAKE_CURRENT_SOURCE_DIR}/${source}
                 DEPENDS ${source} VERBATIM)
             target_sources(${target} PRIVATE ${moc})
         endif()

@@ -3,10 +3,10 @@
 #
 # The target "update-translations" brings the .ts files to the state of the sources.
 
-get_target_property(NIVORA_QMAKE Qt5::qmake IMPORTED_LOCATION)
+get_target_property(NIVORA_QMAKE Qt${NIVORA_QT}::qmake IMPORTED_LOCATION)
 get_filename_component(NIVORA_QT_BIN ${NIVORA_QMAKE} DIRECTORY)
-find_program(NIVORA_LRELEASE lrelease HINTS ${NIVORA_QT_BIN} /usr/lib/qt5/bin REQUIRED)
-find_program(NIVORA_LUPDATE lupdate HINTS ${NIVORA_QT_BIN} /usr/lib/qt5/bin REQUIRED)
+find_program(NIVORA_LRELEASE lrelease HINTS ${NIVORA_QT_BIN} /usr/lib/qt${NIVORA_QT}/bin REQUIRED)
+find_program(NIVORA_LUPDATE lupdate HINTS ${NIVORA_QT_BIN} /usr/lib/qt${NIVORA_QT}/bin REQUIRED)
 mark_as_advanced(NIVORA_LRELEASE NIVORA_LUPDATE)
 
 function(nivora_add_translation target name)
@@ -19,7 +19,7 @@ function(nivora_add_translation target name)
         DEPENDS ${ts} VERBATIM)
     file(CONFIGURE OUTPUT ${directory}/${name}.qrc CONTENT
 "<RCC><qresource prefix=\"/translations\"><file>@name@.qm</file></qresource></RCC>\n" @ONLY)
-    qt5_add_resources(sources ${directory}/${name}.qrc)
+    nivora_add_resources(sources ${directory}/${name}.qrc)
     set_source_files_properties(${sources} PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
     target_sources(${target} PRIVATE ${sources})
     install(FILES ${ts} ${qm} DESTINATION ${CMAKE_INSTALL_DATADIR}/nivora-cs/translations COMPONENT data)

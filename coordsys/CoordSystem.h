@@ -64,6 +64,23 @@ public:
     /// std::logic_error "Не могу задать пустые границы" when no bounds are known.
     CoordSystemPtr clone() const;
 
+    /// \name Another system, like this one but for what is given
+    /// Everything else is kept, bounds, name, code and affine transformation too. This one stays as it is.
+    /// Thread-safe.
+    /// @{
+    /// Under another name.
+    CoordSystemPtr withDescription(const QString &description) const;
+    /// With explicit bounds in its own unit. Throws std::logic_error "Не могу задать пустые границы" unless
+    /// width and height are positive.
+    CoordSystemPtr withBounds(const QRectF &rect) const;
+    /// With an affine transformation in the place of any that there is, and its unit; without a valid one:
+    /// degree for a geographic system, else the system's own as far as it can be named. Explicit bounds stay.
+    /// Throws std::invalid_argument "Вырожденное аффинное преобразование" (isSingularAffine).
+    CoordSystemPtr withAffine(const QTransform &transform, const LinearUnit &unit = LinearUnit()) const;
+    /// The system that the affine transformation moves.
+    CoordSystemPtr withoutAffine() const;
+    /// @}
+
     /// \name Handles, borrowed; null on a fresh object
     /// Hand them to PROJ and GDAL only under globalProj4Mutex(), and call no method of a coordinate system
     /// while holding it: methods take the object's lock first and the mutex second, and the other order
@@ -201,6 +218,14 @@ public:
     /// One engine call for the whole list; false, nothing written, when any point fails.
     bool forward(const QVector<QPointF> &lonLat, QVector<QPointF> &out) const;
     bool inverse(const QVector<QPointF> &planar, QVector<QPointF> &out) const;
+    /// forward() and inverse() by names that say which way, as a value: none when they are false. The plane
+    /// is that of forward(): **metres** for a geographic system, where CoordTransform has degrees.
+    std::optional<QPointF> toPlane(const QPointF &lonLat) const;
+    std::optional<QRectF> toPlane(const QRectF &lonLat) const;
+    std::optional<QVector<QPointF>> toPlane(const QVector<QPointF> &lonLat) const;
+    std::optional<QPointF> toGeographic(const QPointF &planar) const;
+    std::optional<QRectF> toGeographic(const QRectF &planar) const;
+    std::optional<QVector<QPointF>> toGeographic(const QVector<QPointF> &planar) const;
     /// Straight distance of two points in the system's unit: of a plane in that unit; for a geographic
     /// system, whose points are degrees here, in metres of forward()'s plane (no great circle). Not finite
     /// for points that are not.

@@ -97,6 +97,15 @@ public:
     /// Throws std::bad_array_new_length for more than 2^26 points.
     bool forwardMesh(const QRectF &in, QRectF &out, int addPoints) const;
     bool inverseMesh(const QRectF &in, QRectF &out, int addPoints) const;
+    /// The same as values: none where those are false. The plane of a geographic system is **degrees** here,
+    /// not the metres of CoordSystem::toPlane().
+    std::optional<QPointF> forward(const QPointF &in) const;
+    std::optional<QVector<QPointF>> forward(const QVector<QPointF> &in) const;
+    std::optional<QRectF> forward(const QRectF &in) const;
+    /// Back, as values.
+    std::optional<QPointF> inverse(const QPointF &in) const;
+    std::optional<QVector<QPointF>> inverse(const QVector<QPointF> &in) const;
+    std::optional<QRectF> inverse(const QRectF &in) const;
     /// The longitudes and latitudes that a planar rectangle covers, on the datum of the geographic system of
     /// the pair: it runs on across the 180th meridian and says which poles are inside, where inverseMesh()
     /// gives a rectangle around the whole earth. \p planar is in the plane of the other system (of the source

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <coordsys/coordsys_export.h>
+#include <coordsys/Error.h>
 
 #include <QString>
 
@@ -83,7 +83,7 @@ private:
 };
 
 /// A unit that no catalogue knows: "Неизвестная единица измерения: NAME", or "#CODE" in place of the name.
-class NIVORA_CS_EXPORT UnknownUnitException : public std::logic_error
+class NIVORA_CS_EXPORT UnknownUnitException : public std::logic_error, public Error
 {
 public:
     /// By the name that was looked for.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <coordsys/Error.h>
 #include <coordsys/TABProjInfo.h>
 
 #include <QString>
@@ -9,7 +10,7 @@
 namespace nivora::cs {
 
 /// "Недостаточно параметров в строке prj"
-class NIVORA_CS_EXPORT NotEnoughtParamsException : public std::logic_error
+class NIVORA_CS_EXPORT NotEnoughtParamsException : public std::logic_error, public Error
 {
 public:
     NotEnoughtParamsException();

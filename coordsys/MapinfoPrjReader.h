@@ -1,9 +1,9 @@
 #pragma once
 
 #include <coordsys/CoordSystemParams.h>
+#include <coordsys/TextRef.h>
 
 #include <QObject>
-#include <QStringRef>
 
 class QTextStream;
 
@@ -24,14 +24,14 @@ public:
     /// The trimmed name when readNext() stopped at a heading, else null (an empty heading is not null).
     /// Refers to the reader's current line: dead after the next readNext() and with the reader; keep
     /// toString().
-    QStringRef capturedCategoryName() const;
+    TextRef capturedCategoryName() const;
     /// The entry that readNext() stopped at, else an empty one.
     CoordSystemParams prj() const;
     /// Lines read so far, ignored ones included.
     int currentLineNumber() const { return m_line; }
     /// The heading or entry without what stands before it: the whole trimmed line for an ignored or rejected
     /// one. As short-lived as capturedCategoryName().
-    QStringRef currentLineTextRef() const;
+    TextRef currentLineTextRef() const;
     /// Percent of the device read (it runs ahead by the stream's buffer).
     double progress() const;
     /// Empty, or a comment that begins with '#'.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <coordsys/coordsys_export.h>
+#include <coordsys/Error.h>
 
 #include <QMutex>
 #include <QPointF>
@@ -34,9 +34,17 @@ NIVORA_CS_EXPORT PjHandle ownPj(PJ *pj);
 /// the library's. Made things still convert then; nothing new can be made while the process ends.
 NIVORA_CS_EXPORT PJ_CONTEXT *globalProjContext();
 
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+/// A mutex that the thread which holds it may take again.
+using ProjMutex = QRecursiveMutex;
+#else
+/// A mutex that the thread which holds it may take again.
+using ProjMutex = QMutex;
+#endif
+
 /// The recursive lock around all PROJ work and around GDAL's handles of shared objects. Taken after an
 /// object's own lock, never before it. Thread-safe.
-NIVORA_CS_EXPORT QMutex *globalProj4Mutex();
+NIVORA_CS_EXPORT ProjMutex *globalProj4Mutex();
 
 /// PROJ's text for the last error of the context, empty when there is none. Takes no lock: read it in the
 /// statement after the failing call, while that call's lock is still held.
@@ -44,18 +52,20 @@ NIVORA_CS_EXPORT QString projLastError();
 
 /// A failure of PROJ. The text is "message:PROJ's text", or PROJ's text alone for an empty message, in UTF-8.
 /// Construct it before any other PROJ call, since it reads the context's last error.
-class NIVORA_CS_EXPORT ProjException : public std::logic_error
+class NIVORA_CS_EXPORT ProjException : public std::logic_error, public Error
 {
 public:
-    /// See the class for the text.
+    /// See the class for the text. The code is Error::Code::Engine.
     explicit ProjException(const QString &message);
+    /// With another code.
+    ProjException(const QString &message, Code code);
     /// The text that what() carries, made from the context's error of this moment.
     QString makeString(const QString &message) const;
 };
 
 /// A system cannot be written as a MapInfo CoordSys string; the text ends in the reason, by default GDAL's
 /// last message.
-class NIVORA_CS_EXPORT ExportToPrjException : public std::logic_error
+class NIVORA_CS_EXPORT ExportToPrjException : public std::logic_error, public Error
 {
 public:
     ExportToPrjException();

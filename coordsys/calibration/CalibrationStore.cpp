@@ -1,5 +1,6 @@
 #include <coordsys/CalibrationStore.h>
 
+#include "CodedError_p.h"
 #include "InputFile_p.h"
 #include "UserStoreFile_p.h"
 #include <coordsys/CatalogueSource.h>
@@ -144,9 +145,9 @@ CoordSystemPtr systemFrom(const CoordSystemTypes::SourceData &source)
     return system;
 }
 
-std::logic_error cannotWrite(const QString &path)
+CodedError<std::logic_error> cannotWrite(const QString &path)
 {
-    return std::logic_error(QObject::tr("Не могу создать файл %1").arg(path).toStdString());
+    return {Error::Code::FileFailed, QObject::tr("Не могу создать файл %1").arg(path)};
 }
 
 void checkFree(const StoreLock &lock, const QString &path)

@@ -5,6 +5,7 @@
 #include "ProjectionTable_p.h"
 #include "SpatialReferenceText_p.h"
 #include "SystemFacts_p.h"
+#include "TextRefs_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
@@ -47,11 +48,11 @@ constexpr const char *figureNames[FigureCount] = {"prj", "el",    "u",    "pp0",
                                                   "pp5", "datum", "sx",   "sy",   "sz",   "dp0", "dp1", "dp2",
                                                   "dp3", "dp4",   "xmin", "ymin", "xmax", "ymax"};
 
-using Figures = std::array<QStringRef, FigureCount>;
+using Figures = std::array<TextRef, FigureCount>;
 
 /// A name's place in the table, FigureCount when it has none. \p next is where attributes in the table's
 /// order stand.
-std::size_t placeOf(const QStringRef &name, std::size_t next)
+std::size_t placeOf(const TextRef &name, std::size_t next)
 {
     for (std::size_t tried = 0; tried < FigureCount; ++tried)
         if (name == QLatin1String(figureNames[(next + tried) % FigureCount]))
@@ -75,8 +76,8 @@ Figures figuresIn(const QXmlStreamAttributes &attributes)
 
 TABProjInfo_t entryFrom(const Figures &figures)
 {
-    const auto number = [](const QStringRef &text) { return text.toDouble(); };
-    const auto rule = [](const QStringRef &text) { return getattrib(text.toString()); };
+    const auto number = [](const TextRef &text) { return text.toDouble(); };
+    const auto rule = [](const TextRef &text) { return getattrib(text.toString()); };
     TABProjInfo_t info;
     info.nProjId = static_cast<std::uint8_t>(figures[Prj].toInt());
     info.nEllipsoidId = static_cast<std::uint8_t>(rule(figures[El])); // -1 becomes 255: not set
@@ -148,7 +149,7 @@ private:
     bool take(const char *word)
     {
         const QLatin1String expected(word);
-        if (m_text.midRef(m_at, expected.size()) != expected)
+        if (midRef(m_text, m_at, expected.size()) != expected)
             return false;
         m_at += expected.size();
         return true;
@@ -161,11 +162,11 @@ private:
         while (take(" ")) {
             const int equals = m_text.indexOf(QLatin1Char('='), m_at);
             const int end = m_text.indexOf(QLatin1Char('"'), equals + 2);
-            const std::size_t place = placeOf(m_text.midRef(m_at, equals - m_at), next);
+            const std::size_t place = placeOf(midRef(m_text, m_at, equals - m_at), next);
             if (equals < 0 || end < 0 || place == FigureCount || !figures[place].isNull() ||
                 m_text.at(equals + 1) != QLatin1Char('"'))
                 return false;
-            figures[place] = m_text.midRef(equals + 2, end - equals - 2);
+            figures[place] = midRef(m_text, equals + 2, end - equals - 2);
             if (!std::all_of(figures[place].begin(), figures[place].end(), isFigureLetter))
                 return false;
             m_at = end + 1;

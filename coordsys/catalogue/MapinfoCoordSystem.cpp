@@ -6,6 +6,7 @@
 #include "MapinfoIndex_p.h"
 #include "MapinfoScanner_p.h"
 #include "ProjectionTable_p.h"
+#include "TextRefs_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
@@ -69,7 +70,7 @@ int readCategories(QTextStream &stream, QList<CoordSystemParamsList> &categories
             categories.append(current);
     };
     while (reader.readNext()) {
-        const QStringRef heading = reader.capturedCategoryName();
+        const TextRef heading = reader.capturedCategoryName();
         if (!heading.isNull()) {
             flush();
             current = CoordSystemParamsList{{}, heading.toString()};
@@ -92,12 +93,13 @@ bool hasByteOrderMark(const QByteArray &bytes)
 int readCategories(QFile &file, const QByteArray &codec, QList<CoordSystemParamsList> &categories)
 {
     const QByteArray bytes = file.readAll();
+    QTextCodec *const named = QTextCodec::codecForName(codec);
     if (!hasByteOrderMark(bytes)) {
-        QString text = QTextCodec::codecForName(codec)->toUnicode(bytes);
+        QString text = named->toUnicode(bytes);
         return scanCategories(text.replace(QLatin1String("\r\n"), QLatin1String("\n")), categories);
     }
-    QTextStream stream(bytes);
-    stream.setCodec(codec.constData());
+    QString text = QTextCodec::codecForUtfText(bytes, named)->toUnicode(bytes);
+    QTextStream stream(&text);
     return readCategories(stream, categories);
 }
 
@@ -114,7 +116,9 @@ QByteArray codecNameForTextFile(const QString &path)
     if (!openInput(file).isEmpty())
         return utf8;
     QTextStream stream(&file);
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0) // the later one takes UTF-8 unless told otherwise
     stream.setCodec(utf8.constData());
+#endif
     const QString line = stream.readLine();
     if (line.isEmpty() || hasRussianLetter(line))
         return utf8;

@@ -3,6 +3,7 @@
 #include "CoordSysReader_p.h"
 #include "EngineGate_p.h"
 #include "ProjectionTable_p.h"
+#include "TextRefs_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
@@ -152,9 +153,9 @@ private:
 QHash<QString, QString> termsOf(const QString &proj)
 {
     QHash<QString, QString> terms;
-    const QVector<QStringRef> parts = proj.splitRef(QLatin1Char(' '), Qt::SkipEmptyParts);
-    for (const QStringRef &part : parts) {
-        const QStringRef term = part.startsWith(QLatin1Char('+')) ? part.mid(1) : part;
+    const auto parts = splitRef(proj, QLatin1Char(' '));
+    for (const TextRef &part : parts) {
+        const TextRef term = part.startsWith(QLatin1Char('+')) ? part.mid(1) : part;
         const int equals = term.indexOf(QLatin1Char('='));
         const QString name = (equals < 0 ? term : term.left(equals)).toString();
         if (!terms.contains(name)) // PROJ takes the first, too

@@ -1,6 +1,7 @@
 #include <coordsys/UserCoordSystem.h>
 
 #include "CatalogueRevision_p.h"
+#include "CodedError_p.h"
 #include "MapinfoIndex_p.h"
 #include "UserStoreFile_p.h"
 #include <coordsys/CatalogueSource.h>
@@ -31,9 +32,9 @@ QString failure(const std::exception &error, const CoordSystemTypes::SourceData 
     return QStringLiteral("%1 (%2)").arg(QString::fromUtf8(error.what()), source.string);
 }
 
-std::logic_error fileError(const QString &message, const QFileInfo &file)
+CodedError<std::logic_error> fileError(const QString &message, const QFileInfo &file)
 {
-    return std::logic_error(message.arg(file.fileName()).toStdString());
+    return {Error::Code::FileFailed, message.arg(file.fileName())};
 }
 
 /// While one lives, look-ups by equality on this thread find nothing: they would build the entry that is

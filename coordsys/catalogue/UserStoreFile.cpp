@@ -1,5 +1,6 @@
 #include "UserStoreFile_p.h"
 
+#include "CodedError_p.h"
 #include "InputFile_p.h"
 #include <coordsys/SourceTags.h>
 #include <platform/Logger.h>
@@ -17,9 +18,9 @@
 namespace nivora::cs {
 namespace {
 
-std::logic_error cannotWrite(const QFileInfo &file)
+CodedError<std::logic_error> cannotWrite(const QFileInfo &file)
 {
-    return std::logic_error(QObject::tr("Не могу создать файл %1").arg(file.fileName()).toStdString());
+    return {Error::Code::FileFailed, QObject::tr("Не могу создать файл %1").arg(file.fileName())};
 }
 
 /// The writer turns line feeds and tabs in attributes into character references, so they survive reading.

@@ -1,5 +1,7 @@
 #include "PlaneText_p.h"
 
+#include "TextRefs_p.h"
+
 #include <QVector>
 
 #include <algorithm>
@@ -73,9 +75,9 @@ void dropDefaults(Terms &terms)
 Terms termsOf(const QString &proj)
 {
     Terms terms;
-    const QVector<QStringRef> parts = proj.splitRef(QLatin1Char(' '), Qt::SkipEmptyParts);
-    for (const QStringRef &part : parts) {
-        const QStringRef term = part.startsWith(QLatin1Char('+')) ? part.mid(1) : part;
+    const auto parts = splitRef(proj, QLatin1Char(' '));
+    for (const TextRef &part : parts) {
+        const TextRef term = part.startsWith(QLatin1Char('+')) ? part.mid(1) : part;
         const int equals = term.indexOf(QLatin1Char('='));
         const QString name = (equals < 0 ? term : term.left(equals)).toString();
         const bool isAside = std::any_of(std::begin(asides), std::end(asides),

@@ -1,6 +1,7 @@
 #include <coordsys/ProjEngine.h>
 
 #include "ProjEngine_p.h"
+#include "ProjMutex_p.h"
 #include "ProjText_p.h"
 #include <platform/Logger.h>
 
@@ -84,7 +85,7 @@ double statedRadiusM(const QString &proj)
     for (const QRegularExpression *figure : {&sphere, &axis}) {
         const QRegularExpressionMatch match = figure->match(proj);
         if (match.hasMatch())
-            return match.capturedRef(1).toDouble();
+            return match.captured(1).toDouble();
     }
     return radiusOfEllipsoidM(ellipsoid.match(proj).captured(1).toLatin1());
 }
@@ -169,9 +170,9 @@ PJ_CONTEXT *globalProjContext()
     return context;
 }
 
-QMutex *globalProj4Mutex()
+ProjMutex *globalProj4Mutex()
 {
-    static QMutex *const mutex = new QMutex(QMutex::Recursive);
+    static ProjMutex *const mutex = newProjMutex();
     return mutex;
 }
 
@@ -181,7 +182,12 @@ QString projLastError()
 }
 
 ProjException::ProjException(const QString &message)
+    : ProjException(message, Code::Engine)
+{}
+
+ProjException::ProjException(const QString &message, Code code)
     : std::logic_error(makeString(message).toStdString())
+    , Error(code)
 {}
 
 QString ProjException::makeString(const QString &message) const
@@ -196,6 +202,7 @@ ExportToPrjException::ExportToPrjException()
 
 ExportToPrjException::ExportToPrjException(const QString &reason)
     : std::logic_error(QObject::tr("Ошибка экспорта КС в формат MI Prj: %1").arg(reason).toStdString())
+    , Error(Code::NotWritable)
 {}
 
 QString fixedProjString(const QString &proj, bool onlyGeographicDatumFix)

@@ -5,9 +5,9 @@
 namespace nivora::cs {
 namespace {
 
-QMutex *searchMutex()
+ProjMutex *searchMutex()
 {
-    static QMutex *const mutex = new QMutex(QMutex::Recursive); // systems may outlive every static object
+    static ProjMutex *const mutex = newProjMutex(); // systems may outlive every static object
     return mutex;
 }
 

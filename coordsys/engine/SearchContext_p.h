@@ -1,8 +1,8 @@
 #pragma once
 
-#include <proj.h>
+#include "ProjMutex_p.h"
 
-#include <QMutexLocker>
+#include <proj.h>
 
 namespace nivora::cs {
 
@@ -15,7 +15,7 @@ public:
     PJ_CONTEXT *get() const;
 
 private:
-    QMutexLocker m_lock;
+    ProjLocker m_lock;
 };
 
 } // namespace nivora::cs

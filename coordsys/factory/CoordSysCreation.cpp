@@ -1,6 +1,7 @@
 #include <coordsys/CoordSysFactory.h>
 
 #include "CatalogueName_p.h"
+#include "CodedError_p.h"
 #include "CoordSysFactory_p.h"
 #include "CoordSysReader_p.h"
 #include "CoordSystemCache_p.h"
@@ -25,7 +26,6 @@
 #include <QFile>
 #include <QMutexLocker>
 #include <QObject>
-#include <QRegExp>
 #include <QRegularExpression>
 #include <QXmlStreamReader>
 
@@ -39,11 +39,15 @@ namespace {
 /// MapInfo's number for the datum of web Mercator.
 constexpr int webMercatorDatum = 157;
 
-[[noreturn]] void throwEmpty() { throw std::invalid_argument(QObject::tr("Строка КС пустая").toStdString()); }
+[[noreturn]] void throwEmpty()
+{
+    throwCoded<std::invalid_argument>(Error::Code::EmptyText, QObject::tr("Строка КС пустая"));
+}
 
 [[noreturn]] void throwInvalid(const QString &text)
 {
-    throw std::runtime_error(QObject::tr("Неверная строка КС\n%1").arg(text).toStdString());
+    throwCoded<std::runtime_error>(Error::Code::NotUnderstood,
+                                   QObject::tr("Неверная строка КС\n%1").arg(text));
 }
 
 /// PROJ text of web Mercator as GDAL writes it, a Mercator on a sphere with grid tricks, turned into PROJ's
@@ -93,7 +97,7 @@ std::shared_ptr<void> importRecord(const TABProjInfo_t &record)
     const CplErrorScope errors;
     std::shared_ptr<void> srs = newSrs();
     if (!importFromMapinfo(srs.get(), mitabCoordSys(record)))
-        throw std::runtime_error(errors.message().toStdString());
+        throwCoded<std::runtime_error>(Error::Code::Engine, errors.message());
     return srs;
 }
 
@@ -140,8 +144,9 @@ std::shared_ptr<void> importWkt(const QString &wkt)
     const CplErrorScope errors;
     std::shared_ptr<void> srs = srsFromWkt(wkt);
     if (!srs)
-        throw std::runtime_error(
-            QObject::tr("Ошибка импорта из строки WKT:\n%1\n(%2)").arg(wkt, errors.message()).toStdString());
+        throwCoded<std::runtime_error>(
+            Error::Code::NotUnderstood,
+            QObject::tr("Ошибка импорта из строки WKT:\n%1\n(%2)").arg(wkt, errors.message()));
     return srs;
 }
 
@@ -271,7 +276,7 @@ CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj)
         throwEmpty();
     static const QRegularExpression start(QStringLiteral("^\\s*\\+proj=")); // "+proj=longlat …"
     if (!start.match(proj).hasMatch())
-        throw std::logic_error(QObject::tr("Неверный формат строки").toStdString());
+        throwCoded<std::logic_error>(Error::Code::NotUnderstood, QObject::tr("Неверный формат строки"));
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromProj=%1").arg(proj));
 
     auto cs = std::make_shared<CoordSystem>();
@@ -369,7 +374,7 @@ CoordSystemPtr CoordSysFactory::fromIdentity(const CrsDefinitionPtr &identity)
         return fromPlanetocentric(*identity);
     const std::shared_ptr<const ProjOperation> plane = identity ? identity->plane() : nullptr;
     if (!plane || !identity->converts(*plane))
-        throw std::runtime_error(QObject::tr("Ошибка экспорта КС в формат proj").toStdString());
+        throwCoded<std::runtime_error>(Error::Code::Engine, QObject::tr("Ошибка экспорта КС в формат proj"));
     auto cs = std::make_shared<CoordSystem>();
     cs->setOGRSpatialReference(importWkt(identity->wkt()));
     cs->m_pj = identity->copyOfCrs();
@@ -386,7 +391,7 @@ CoordSystemPtr CoordSysFactory::createFromWkt(const QString &wkt) const
 CoordSystemPtr CoordSysFactory::namedFromWkt(const QString &wkt) const
 {
     if (wkt.isEmpty())
-        throw std::runtime_error(QObject::tr("Строка КС пустая").toStdString());
+        throwCoded<std::runtime_error>(Error::Code::EmptyText, QObject::tr("Строка КС пустая"));
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromWkt=%1").arg(wkt));
 
     const bool isJson = wkt.startsWith(QLatin1Char('{')); // what WKT has no words for
@@ -455,18 +460,15 @@ CoordSystemPtr CoordSysFactory::unnamedFromWkt(const std::shared_ptr<void> &srs,
 CoordSystemPtr CoordSysFactory::createFromTaggedString(const QString &text) const
 {
     const CatalogueScope scope(*this);
-    // Classic syntax on purpose: its dot also takes the line feeds of WKT.
-    QRegExp pattern(QStringLiteral("(proj4:|proj:|wkt:|epsg:|prj:|)(.*)"), Qt::CaseInsensitive);
-    pattern.indexIn(text);
-    const QString tag = pattern.cap(1).toLower();
-    const QString body = pattern.cap(2);
-    if (tag == QLatin1String("proj:") || tag == QLatin1String("proj4:"))
+    const auto begins = [&text](QLatin1String tag) { return text.startsWith(tag, Qt::CaseInsensitive); };
+    const QString body = text.section(QLatin1Char(':'), 1);
+    if (begins(QLatin1String("proj:")) || begins(QLatin1String("proj4:")))
         return createFromProj(body);
-    if (tag == QLatin1String("wkt:"))
+    if (begins(QLatin1String("wkt:")))
         return createFromWkt(body);
-    if (tag == QLatin1String("epsg:"))
+    if (begins(QLatin1String("epsg:")))
         return createFromEpsg(body.toInt());
-    return createFromPrj(tag.isEmpty() ? text : body);
+    return createFromPrj(begins(QLatin1String("prj:")) ? body : text);
 }
 
 CoordSystemPtr CoordSysFactory::createNonEarth(int unitCode, QRectF bounds) const
@@ -484,13 +486,14 @@ CoordSystemPtr CoordSysFactory::createFromOracleSRID(int srid) const
     const QString path = m_resourceDir.absoluteFilePath(QStringLiteral("OracleSRID.xml"));
     QFile file(path);
     if (!openInput(file).isEmpty())
-        throw std::runtime_error(QObject::tr("Не могу открыть файл %0").arg(path).toStdString());
+        throwCoded<std::runtime_error>(Error::Code::FileFailed,
+                                       QObject::tr("Не могу открыть файл %0").arg(path));
 
     QString prj;
     QXmlStreamReader xml(&file);
     readRoot(xml); // whatever its name
     while (prj.isEmpty() && xml.readNextStartElement()) {
-        const QStringRef text = xml.attributes().value(QLatin1String("mbproj")).trimmed();
+        const QString text = xml.attributes().value(QLatin1String("mbproj")).trimmed().toString();
         if (!text.isEmpty() && cleanNumber(xml.attributes().value(QLatin1String("srid")).toString()) == srid)
             prj = QStringLiteral("CoordSys Earth Projection, ") + text;
         xml.skipCurrentElement();
@@ -499,9 +502,9 @@ CoordSystemPtr CoordSysFactory::createFromOracleSRID(int srid) const
         LOG_ERROR(
             QStringLiteral("%1:%2: %3").arg(path, QString::number(xml.lineNumber()), xml.errorString()));
     if (prj.isEmpty())
-        throw std::runtime_error(QObject::tr("Данные для SRID=%1 в файле %0 отсутствуют")
-                                     .arg(path, QString::number(srid))
-                                     .toStdString());
+        throwCoded<std::runtime_error>(
+            Error::Code::UnknownCode,
+            QObject::tr("Данные для SRID=%1 в файле %0 отсутствуют").arg(path, QString::number(srid)));
     CoordSystemPtr cs = createFromPrj(prj);
     cs->setSourceParameters({CoordSystem::Oracle, QString::number(srid)});
     return cs;
@@ -548,7 +551,8 @@ void setAffineParamsArray(CoordSystem &cs, const MIUnitConvParam *unit, const st
     auto transform =
         std::make_unique<QTransform>(params[0], params[1], params[2], params[3], params[4], params[5]);
     if (isSingularAffine(*transform))
-        throw std::invalid_argument(QObject::tr("Вырожденное аффинное преобразование").toStdString());
+        throwCoded<std::invalid_argument>(Error::Code::InvalidArgument,
+                                          QObject::tr("Вырожденное аффинное преобразование"));
     LinearUnit named = unit ? LinearUnit(*unit) : LinearUnit();
     if (!unit) {
         try {

@@ -1,5 +1,6 @@
 #include <coordsys/CoordSysEnvironment.h>
 
+#include "CodedError_p.h"
 #include <coordsys/GridFolders.h>
 #include <coordsys/ProjEngine.h>
 #include <platform/Logger.h>
@@ -27,16 +28,17 @@ const QLatin1String databaseFile("proj.db");
 /// Where a database may lie, in the order of preference. An empty path stands for the working directory.
 QStringList candidates()
 {
-    const QString application = QCoreApplication::applicationDirPath();
     QStringList paths = {
         QStringLiteral("../../third-party/out/share/proj"),
         QStringLiteral("../../../third-party/out/share/proj"),
-        application + QStringLiteral("/../share/proj"),
-        application + QStringLiteral("/../Resources/proj"),
-        application,
-        QDir::toNativeSeparators(QSettings().value(QStringLiteral("proj/ProjDataDir")).toString()),
-        application + QStringLiteral("/../../share/proj"),
     };
+    if (QCoreApplication::instance()) { // a host without one has no directory and no settings
+        const QString application = QCoreApplication::applicationDirPath();
+        paths << application + QStringLiteral("/../share/proj")
+              << application + QStringLiteral("/../Resources/proj") << application
+              << QDir::toNativeSeparators(QSettings().value(QStringLiteral("proj/ProjDataDir")).toString())
+              << application + QStringLiteral("/../../share/proj");
+    }
     const QString dataDir = qEnvironmentVariable("NIVORA_DATA");
     if (!dataDir.isEmpty()) {
         paths << dataDir + QStringLiteral("/../proj");
@@ -123,18 +125,20 @@ void initProjLibEnvironment()
     const QMutexLocker lock(globalProj4Mutex());
     if (!paths.isEmpty())
         tellEngines(paths);
-    const QString grids = QSettings().value(QStringLiteral("proj/GridDir")).toString();
+    const QString grids = QCoreApplication::instance()
+                              ? QSettings().value(QStringLiteral("proj/GridDir")).toString()
+                              : QString();
     if (QFileInfo(grids).isDir())
         addGridFolder(grids);
     const PJ_INFO info = proj_info();
     LOG_INFO(QStringLiteral("proj version=%1").arg(QString::fromUtf8(info.version)));
     LOG_DEBUG(QStringLiteral("proj path (PROJ_LIB)=%1").arg(QFile::decodeName(info.searchpath)));
     if (!proj_context_get_database_path(globalProjContext()))
-        throw std::logic_error(
+        throwCoded<std::logic_error>(
+            Error::Code::NoDatabase,
             QObject::tr("Не найден файл \"%1\". Необходимо указать путь к нему в переменной окружения %2. "
                         "Каталог можно указать также в PROJ_DATA или в настройке proj/ProjDataDir.")
-                .arg(databaseFile, QStringLiteral("PROJ_LIB"))
-                .toStdString());
+                .arg(databaseFile, QStringLiteral("PROJ_LIB")));
 }
 
 } // namespace nivora::cs

@@ -1,5 +1,6 @@
 #include "CoordSysFactory_p.h"
 
+#include "CodedError_p.h"
 #include "CoordSystemCache_p.h"
 #include "CrsDefinition_p.h"
 #include "LazyParts_p.h"
@@ -31,7 +32,8 @@ bool hasClauses(const QString &prj)
 
 void throwWithoutPlane(const QString &text)
 {
-    throw std::runtime_error(QObject::tr("КС не имеет плановой части: %1").arg(text).toStdString());
+    throwCoded<std::runtime_error>(Error::Code::NoPlane,
+                                   QObject::tr("КС не имеет плановой части: %1").arg(text));
 }
 
 CoordSystemPtr CoordSysFactory::createFromEpsg(int epsg) const
@@ -142,7 +144,8 @@ CoordSystemPtr CoordSysFactory::unnamedFromCode(int epsg, const CrsDefinitionPtr
         return cs;
     } catch (const std::exception &e) {
         LOG_DEBUG(QString::fromUtf8(e.what()));
-        throw ProjException(QObject::tr("Ошибка инициализации проекции: %1").arg(code));
+        throw ProjException(QObject::tr("Ошибка инициализации проекции: %1").arg(code),
+                            Error::Code::UnknownCode);
     }
 }
 

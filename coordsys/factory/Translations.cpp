@@ -4,8 +4,24 @@
 #include <QPointer>
 #include <QTranslator>
 
+#include <atomic>
+
 namespace nivora::cs {
 namespace {
+
+constexpr const char *englishTexts = ":/translations/nivora-cs_en.qm";
+
+/// Where there is no application: read by all threads, never taken away.
+std::atomic<const QTranslator *> textsWithoutApplication{nullptr};
+
+void setTextsWithoutApplication(bool isRussian)
+{
+    static const QTranslator *const english = [] {
+        auto *made = new QTranslator;
+        return made->load(QLatin1String(englishTexts)) ? made : nullptr;
+    }();
+    textsWithoutApplication = isRussian ? nullptr : english;
+}
 
 /// Owned by the application, so that it dies before a host's statics.
 QPointer<QTranslator> &installed()
@@ -16,17 +32,32 @@ QPointer<QTranslator> &installed()
 
 } // namespace
 
+/// The linker puts it in the place of QMetaObject::tr() in this library (--wrap), which asks the application
+/// alone.
+QString ownText(const QMetaObject *type, const char *text, const char *comment,
+                int count) __asm__("__wrap__ZNK11QMetaObject2trEPKcS1_i");
+
+QString ownText(const QMetaObject *type, const char *text, const char *comment, int count)
+{
+    const QTranslator *const own = QCoreApplication::instance() ? nullptr : textsWithoutApplication.load();
+    const QString translated = own ? own->translate(type->className(), text, comment, count) : QString();
+    return translated.isEmpty() ? QCoreApplication::translate(type->className(), text, comment, count)
+                                : translated;
+}
+
 bool installTranslations(const QString &language)
 {
+    const bool isRussian = language.startsWith(QLatin1String("ru"), Qt::CaseInsensitive);
     QCoreApplication *const app = QCoreApplication::instance();
-    if (!app)
-        return false;
+    if (!app) {
+        setTextsWithoutApplication(isRussian);
+        return isRussian || textsWithoutApplication;
+    }
     delete installed().data(); // takes itself out of the application
-    if (language.startsWith(QLatin1String("ru"), Qt::CaseInsensitive))
+    if (isRussian)
         return true;
     installed() = new QTranslator(app);
-    return installed()->load(QStringLiteral(":/translations/nivora-cs_en.qm")) &&
-           QCoreApplication::installTranslator(installed());
+    return installed()->load(QLatin1String(englishTexts)) && QCoreApplication::installTranslator(installed());
 }
 
 } // namespace nivora::cs

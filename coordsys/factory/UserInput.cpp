@@ -1,5 +1,6 @@
 #include <coordsys/CoordSysFactory.h>
 
+#include "CodedError_p.h"
 #include "CoordSysText_p.h"
 #include "CrsDefinition_p.h"
 #include "UserInputFile_p.h"
@@ -33,13 +34,16 @@ constexpr int longestDefinition = 1024 * 1024; ///< of PROJJSON and WKT
 constexpr int longestText = 10000;             ///< of everything else
 
 /// The whole sentence that a caller gets.
-class NotUnderstood : public std::runtime_error
+class NotUnderstood : public CodedError<std::runtime_error>
 {
 public:
-    using std::runtime_error::runtime_error;
+    using CodedError::CodedError;
 };
 
-[[noreturn]] void refuse(const QString &reason) { throw std::runtime_error(reason.toStdString()); }
+[[noreturn]] void refuse(const QString &reason)
+{
+    throwCoded<std::runtime_error>(Error::Code::NotUnderstood, reason);
+}
 
 QString shownList(const QStringList &items)
 {
@@ -49,7 +53,7 @@ QString shownList(const QStringList &items)
 void checkText(const QString &text)
 {
     if (text.isEmpty())
-        throw std::invalid_argument(QObject::tr("Строка КС пустая").toStdString());
+        throwCoded<std::invalid_argument>(Error::Code::EmptyText, QObject::tr("Строка КС пустая"));
     if (text.size() >
         (text.startsWith(QLatin1Char('{')) || isWktText(text) ? longestDefinition : longestText))
         refuse(QObject::tr("Текст слишком длинный для системы координат: «%1»").arg(shownText(text)));
@@ -513,27 +517,29 @@ void Reader::throwAmbiguous(const QString &text, const QVector<NamedSystem> &sys
     QStringList shown;
     for (const NamedSystem &system : systems)
         shown << system.shown();
-    throw NotUnderstood(QObject::tr("Название «%1» носят несколько систем: %2")
-                            .arg(shownText(text), shownList(shown))
-                            .toStdString());
+    throw NotUnderstood(
+        Error::Code::AmbiguousName,
+        QObject::tr("Название «%1» носят несколько систем: %2").arg(shownText(text), shownList(shown)));
 }
 
 void Reader::throwUnknown(const QString &text, const SystemNames &names)
 {
     const QString remark = names.remark(text);
     if (!remark.isEmpty())
-        throw NotUnderstood(QStringLiteral("%1: %2").arg(shownText(text), remark).toStdString());
+        throw NotUnderstood(Error::Code::NotUnderstood,
+                            QStringLiteral("%1: %2").arg(shownText(text), remark));
     if (QFileInfo(text).isFile())
         throw NotUnderstood(
-            QObject::tr("«%1» — файл: чтобы прочитать его, напишите @%1").arg(shownText(text)).toStdString());
+            Error::Code::NotUnderstood,
+            QObject::tr("«%1» — файл: чтобы прочитать его, напишите @%1").arg(shownText(text)));
     const QStringList nearest = names.nearest(text);
     QStringList tried;
     for (const Notation &notation : notations)
         tried << QObject::tr(notation.name);
     throw NotUnderstood(
+        Error::Code::NotUnderstood,
         QObject::tr("Непонятно, какая это система координат: «%1». Проверено: %2. Ближайшее: %3")
-            .arg(shownText(text), tried.join(QStringLiteral(", ")), shownList(nearest))
-            .toStdString());
+            .arg(shownText(text), tried.join(QStringLiteral(", ")), shownList(nearest)));
 }
 
 } // namespace

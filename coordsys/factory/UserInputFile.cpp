@@ -1,5 +1,6 @@
 #include "UserInputFile_p.h"
 
+#include "CodedError_p.h"
 #include "InputFile_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystemStrings.h>
@@ -28,7 +29,8 @@ constexpr qint64 headerBytes = 64 * 1024;
 
 [[noreturn]] void refuse(const QString &path, const QString &reason)
 {
-    throw std::runtime_error(QObject::tr("Не могу прочитать файл %1: %2").arg(path, reason).toStdString());
+    throwCoded<std::runtime_error>(Error::Code::FileFailed,
+                                   QObject::tr("Не могу прочитать файл %1: %2").arg(path, reason));
 }
 
 std::unique_ptr<QFile> opened(const QString &path)

@@ -213,7 +213,7 @@ int unlikeness(const Wanted &wanted, const QString &name)
                                       [&name](const QString &part) { return holdsPart(name, part); });
     if (!holdsAll)
         return distance;
-    return std::min({distance, 1 + std::max(0, name.size() - wanted.text.size()) / 8, limit});
+    return std::min({distance, 1 + std::max(0, int(name.size() - wanted.text.size())) / 8, limit});
 }
 
 struct Scored

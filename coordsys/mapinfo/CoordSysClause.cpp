@@ -1,5 +1,7 @@
 #include <coordsys/CoordSystemStrings.h>
 
+#include "TextRefs_p.h"
+
 #include <algorithm>
 
 namespace nivora::cs {
@@ -11,7 +13,7 @@ constexpr const char *otherClauses[] = {
     "data",    "readonly", "rasterstyle", "begin_metadata", "open",  "type",     "definition", "fields",
 };
 
-QStringRef firstWord(const QStringRef &line)
+TextRef firstWord(const TextRef &line)
 {
     int from = 0;
     while (from < line.size() && line.at(from).isSpace())
@@ -22,22 +24,22 @@ QStringRef firstWord(const QStringRef &line)
     return line.mid(from, end - from);
 }
 
-bool is(const QStringRef &word, const char *name)
+bool is(const TextRef &word, const char *name)
 {
     return word.compare(QLatin1String(name), Qt::CaseInsensitive) == 0;
 }
 
-bool beginsOther(const QStringRef &word)
+bool beginsOther(const TextRef &word)
 {
     return std::any_of(std::begin(otherClauses), std::end(otherClauses),
                        [&word](const char *name) { return is(word, name); });
 }
 
 /// The line that begins at \p from, its end included.
-QStringRef lineAt(const QString &text, int from)
+TextRef lineAt(const QString &text, int from)
 {
     const int end = text.indexOf(QLatin1Char('\n'), from);
-    return text.midRef(from, (end < 0 ? text.size() : end + 1) - from);
+    return midRef(text, from, (end < 0 ? text.size() : end + 1) - from);
 }
 
 /// Behind the clause that begins at \p from.
@@ -45,7 +47,7 @@ int endOfClause(const QString &header, int from)
 {
     int end = from + lineAt(header, from).size();
     while (end < header.size()) {
-        const QStringRef line = lineAt(header, end);
+        const TextRef line = lineAt(header, end);
         if (beginsOther(firstWord(line)))
             break;
         end += line.size();
@@ -54,7 +56,7 @@ int endOfClause(const QString &header, int from)
 }
 
 /// "Fields 2": so many lines of names follow.
-int namesBehind(const QStringRef &line)
+int namesBehind(const TextRef &line)
 {
     return line.mid(line.indexOf(QLatin1Char(' ')) + 1).trimmed().toInt();
 }
@@ -66,12 +68,12 @@ CoordSysClause coordSysClauseIn(const QString &header)
     CoordSysClause clause;
     int names = 0;
     for (int at = 0; at < header.size(); at += lineAt(header, at).size()) {
-        const QStringRef line = lineAt(header, at);
+        const TextRef line = lineAt(header, at);
         if (names > 0) {
             --names;
             continue;
         }
-        const QStringRef word = firstWord(line);
+        const TextRef word = firstWord(line);
         if (is(word, "coordsys")) {
             clause.position = at;
             clause.length = endOfClause(header, at) - at;

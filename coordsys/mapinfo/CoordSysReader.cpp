@@ -1,5 +1,6 @@
 #include "CoordSysReader_p.h"
 
+#include "CodedError_p.h"
 #include "PrjNumber_p.h"
 #include "ProjectionTable_p.h"
 #include <coordsys/MapHeaderCoordsysConverter.h>
@@ -31,9 +32,11 @@ constexpr const char *parameterPlace = QT_TRANSLATE_NOOP("QObject", "парам�
 constexpr const char *affinePlace = QT_TRANSLATE_NOOP("QObject", "коэффициент аффинного преобразования %1");
 constexpr const char *boundsPlace = QT_TRANSLATE_NOOP("QObject", "число границ %1");
 
-std::logic_error logicError(const QString &message) { return std::logic_error(message.toStdString()); }
+using NotUnderstood = CodedError<std::logic_error>;
 
-std::logic_error unknownDatum()
+NotUnderstood logicError(const QString &message) { return {Error::Code::NotUnderstood, message}; }
+
+NotUnderstood unknownDatum()
 {
     return logicError(QObject::tr("Не могу определить дополнительные параметры датума"));
 }

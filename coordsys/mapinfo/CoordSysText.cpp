@@ -43,7 +43,7 @@ bool isBareSign(const CoordSysToken &token)
 bool isFigureSign(QChar c) { return isDigit(c) || c == QLatin1Char('.') || c == QLatin1Char('-'); }
 
 /// Behind the figure at \p from, "-1.5e-05": digits, points and signs, then an exponent.
-int endOfFigure(const QStringRef &text, int from)
+int endOfFigure(const TextRef &text, int from)
 {
     int end = from;
     while (end < text.size() && isFigureSign(text.at(end)))
@@ -59,14 +59,14 @@ int endOfFigure(const QStringRef &text, int from)
     return behind > digits ? behind : end;
 }
 
-bool endsWithWord(const QStringRef &text, const char *word)
+bool endsWithWord(const TextRef &text, const char *word)
 {
     return text.endsWith(QLatin1String(word), Qt::CaseInsensitive);
 }
 
 /// May a number of four digits be the projection's with this text before it? Any letter of "Projection" or
 /// "NonEarth" and white space are enough; files rely on it.
-bool mayPrecedeProjection(const QStringRef &before)
+bool mayPrecedeProjection(const TextRef &before)
 {
     int end = before.size();
     bool hasComma = false;
@@ -76,7 +76,7 @@ bool mayPrecedeProjection(const QStringRef &before)
         return true;
     if (end == before.size())
         return false;
-    const QStringRef word = before.left(end);
+    const TextRef word = before.left(end);
     return (!hasComma && QStringLiteral("projectinah|").contains(word.back().toLower())) ||
            endsWithWord(word, "CoordSys") || endsWithWord(word, "Projection") || endsWithWord(word, "Earth");
 }
@@ -99,7 +99,7 @@ int thousandsIn(const QString &text)
         int end = at;
         while (end < text.size() && isDigit(text.at(end)))
             ++end;
-        if (end - at == 4 && mayPrecedeProjection(text.leftRef(at)))
+        if (end - at == 4 && mayPrecedeProjection(leftRef(text, at)))
             return text.at(at).unicode() - '0';
         at = end + 1;
     }
@@ -134,9 +134,9 @@ CoordSysText::CoordSysText(const QString &text)
         int end = at + 1;
         if (quote >= 0) {
             end = quote + 1;
-            m_tokens.push_back({CoordSysToken::Quoted, at, end, m_text.midRef(at + 1, quote - at - 1), 0.0});
+            m_tokens.push_back({CoordSysToken::Quoted, at, end, midRef(m_text, at + 1, quote - at - 1), 0.0});
         } else if (separator != CoordSysToken::Word) {
-            m_tokens.push_back({separator, at, end, m_text.midRef(at, 1), 0.0});
+            m_tokens.push_back({separator, at, end, midRef(m_text, at, 1), 0.0});
         } else if (c != QLatin1Char(' ')) {
             while (end < m_text.size() && m_text.at(end) != QLatin1Char(' ') &&
                    separatorKind(m_text.at(end)) == CoordSysToken::Word && endOfQuoted(m_text, end) < 0)
@@ -155,7 +155,7 @@ void CoordSysText::addWord(int from, int to)
         --to;
     if (from == to)
         return;
-    CoordSysToken token{CoordSysToken::Word, from, to, m_text.midRef(from, to - from), 0.0};
+    CoordSysToken token{CoordSysToken::Word, from, to, midRef(m_text, from, to - from), 0.0};
     if (const auto value = wholeNumber(token.text)) {
         token.kind = CoordSysToken::Number;
         token.value = *value;
@@ -176,7 +176,7 @@ bool CoordSysText::joinSign(CoordSysToken &number) const
     if (sign.text.at(0) == QLatin1Char('-'))
         number.value = 0.0 - number.value;
     number.position = sign.position;
-    number.text = m_text.midRef(sign.position, number.end - sign.position);
+    number.text = midRef(m_text, sign.position, number.end - sign.position);
     return true;
 }
 
@@ -250,7 +250,7 @@ int CoordSysText::endOfAffineWords() const
         while (next < m_text.size() && m_text.at(next).isSpace())
             ++next;
         if (next > at + affine.size() &&
-            m_text.midRef(next, units.size()).compare(units, Qt::CaseInsensitive) == 0)
+            midRef(m_text, next, units.size()).compare(units, Qt::CaseInsensitive) == 0)
             return next + units.size();
     }
     return -1;

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "TextRefs_p.h"
+
 #include <coordsys/CoordSystemStrings.h>
 
 #include <QString>
-#include <QStringRef>
 
 #include <vector>
 
@@ -23,7 +24,7 @@ struct CoordSysToken
     Kind kind = Word;
     int position = 0;   ///< of its first character, the quote included
     int end = 0;        ///< behind its last one
-    QStringRef text;    ///< without the quotes
+    TextRef text;       ///< without the quotes
     double value = 0.0; ///< of a Number
 
     bool isItem() const { return kind <= Quoted; }

@@ -174,6 +174,7 @@ template <std::size_t N> void append(QStringList &values, const double (&numbers
 
 NotEnoughtParamsException::NotEnoughtParamsException()
     : std::logic_error(QObject::tr("Недостаточно параметров в строке prj").toStdString())
+    , Error(Code::MissingParameters)
 {}
 
 TABProjInfo_t MapHeaderCoordsysConverter::prjStrToTABProjInfo(const QString &prj) const

@@ -17,7 +17,7 @@ bool MapinfoPrjReader::readNext()
     while (!found && !m_stream->atEnd()) {
         m_text = m_stream->readLine().trimmed();
         ++m_line;
-        const CatalogueLine::Kind kind = readCatalogueLine(QStringRef(&m_text)).kind;
+        const CatalogueLine::Kind kind = readCatalogueLine(refOf(m_text)).kind;
         found = kind == CatalogueLine::Heading || kind == CatalogueLine::Entry;
         if (kind == CatalogueLine::Rejected)
             Q_EMIT rejected();
@@ -26,22 +26,19 @@ bool MapinfoPrjReader::readNext()
     return found;
 }
 
-QStringRef MapinfoPrjReader::capturedCategoryName() const
+TextRef MapinfoPrjReader::capturedCategoryName() const
 {
-    const CatalogueLine line = readCatalogueLine(QStringRef(&m_text));
-    return line.kind == CatalogueLine::Heading ? line.name : QStringRef();
+    const CatalogueLine line = readCatalogueLine(refOf(m_text));
+    return line.kind == CatalogueLine::Heading ? line.name : TextRef();
 }
 
 CoordSystemParams MapinfoPrjReader::prj() const
 {
-    const CatalogueLine line = readCatalogueLine(QStringRef(&m_text));
+    const CatalogueLine line = readCatalogueLine(refOf(m_text));
     return line.kind == CatalogueLine::Entry ? line.entry() : CoordSystemParams();
 }
 
-QStringRef MapinfoPrjReader::currentLineTextRef() const
-{
-    return readCatalogueLine(QStringRef(&m_text)).taken;
-}
+TextRef MapinfoPrjReader::currentLineTextRef() const { return readCatalogueLine(refOf(m_text)).taken; }
 
 double MapinfoPrjReader::progress() const
 {

@@ -6,7 +6,7 @@ namespace {
 bool isDigit(QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); }
 
 /// From the first three dashes behind a quote to the last three before one.
-bool takeHeading(const QStringRef &line, CatalogueLine &result)
+bool takeHeading(const TextRef &line, CatalogueLine &result)
 {
     const int first = line.indexOf(QLatin1String("\"---"));
     const int last = first < 0 ? -1 : line.lastIndexOf(QLatin1String("---\""));
@@ -19,7 +19,7 @@ bool takeHeading(const QStringRef &line, CatalogueLine &result)
 }
 
 /// Where "\p4326" at the end of a name begins, -1 without it.
-int codeMarkIn(const QStringRef &name)
+int codeMarkIn(const TextRef &name)
 {
     int digits = 0;
     while (digits < name.size() && isDigit(name.at(name.size() - 1 - digits)))
@@ -30,18 +30,18 @@ int codeMarkIn(const QStringRef &name)
 
 /// From the first quote on; the name ends at the first quote with a comma behind it and something behind
 /// that.
-bool takeEntry(const QStringRef &line, CatalogueLine &result)
+bool takeEntry(const TextRef &line, CatalogueLine &result)
 {
     const int quote = line.indexOf(QLatin1Char('"'));
     const int end = quote < 0 ? -1 : line.indexOf(QLatin1String("\","), quote + 1);
     if (end < 0 || end + 2 >= line.size())
         return false;
-    const QStringRef quoted = line.mid(quote + 1, end - quote - 1);
+    const TextRef quoted = line.mid(quote + 1, end - quote - 1);
     const int mark = codeMarkIn(quoted);
     result.kind = CatalogueLine::Entry;
     result.taken = line.mid(quote);
     result.name = (mark < 0 ? quoted : quoted.left(mark)).trimmed();
-    result.code = mark < 0 ? QStringRef() : quoted.mid(mark + 2);
+    result.code = mark < 0 ? TextRef() : quoted.mid(mark + 2);
     result.values = line.mid(end + 2);
     return true;
 }
@@ -63,7 +63,7 @@ CoordSystemParams CatalogueLine::entry() const
     return entry;
 }
 
-CatalogueLine readCatalogueLine(const QStringRef &line)
+CatalogueLine readCatalogueLine(const TextRef &line)
 {
     CatalogueLine result;
     result.taken = line;
@@ -85,7 +85,7 @@ int scanCategories(const QString &text, QList<CoordSystemParamsList> &categories
     for (int from = 0; from < text.size();) {
         const int newLine = text.indexOf(QLatin1Char('\n'), from);
         const int to = newLine < 0 ? text.size() : newLine;
-        const CatalogueLine line = readCatalogueLine(text.midRef(from, to - from).trimmed());
+        const CatalogueLine line = readCatalogueLine(midRef(text, from, to - from).trimmed());
         from = to + 1;
         if (line.kind == CatalogueLine::Heading) {
             flush();

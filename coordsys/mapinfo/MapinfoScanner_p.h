@@ -1,10 +1,11 @@
 #pragma once
 
+#include "TextRefs_p.h"
+
 #include <coordsys/CoordSystemParams.h>
 
 #include <QList>
 #include <QString>
-#include <QStringRef>
 
 namespace nivora::cs {
 
@@ -18,16 +19,16 @@ struct CatalogueLine
         Entry,    ///< "Longitude / Latitude (WGS 84)\p4326", 1, 104
     };
     Kind kind = Ignored;
-    QStringRef taken;  ///< what of the line is heading or entry, else all of it
-    QStringRef name;   ///< trimmed; not null for a heading, even if empty
-    QStringRef code;   ///< digits, empty without a code
-    QStringRef values; ///< behind the comma that follows the name
+    TextRef taken;  ///< what of the line is heading or entry, else all of it
+    TextRef name;   ///< trimmed; not null for a heading, even if empty
+    TextRef code;   ///< digits, empty without a code
+    TextRef values; ///< behind the comma that follows the name
 
     CoordSystemParams entry() const;
 };
 
 /// \p line must be trimmed.
-CatalogueLine readCatalogueLine(const QStringRef &line);
+CatalogueLine readCatalogueLine(const TextRef &line);
 
 /// Appends the categories of a MapInfo catalogue's text, those without entries left out. Returns the number
 /// of entries.

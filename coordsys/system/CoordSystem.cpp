@@ -1,6 +1,7 @@
 #include <coordsys/CoordSystem.h>
 
 #include "CatalogueToken_p.h"
+#include "CodedError_p.h"
 #include "CrsDefinition_p.h"
 #include "OsrHandle_p.h"
 #include "ProjOperation_p.h"
@@ -55,9 +56,9 @@ QString withoutDatumShift(const QString &proj, bool &changed)
 {
     QString text = removeHelmertFromProjString(proj, changed);
     for (auto found = namedDatumTerm().match(text); found.hasMatch(); found = namedDatumTerm().match(text)) {
-        const auto row = std::find_if(std::begin(namedDatums), std::end(namedDatums), [&](const auto &r) {
-            return found.capturedRef(1) == QLatin1String(r.datum);
-        });
+        const QString datum = found.captured(1);
+        const auto row = std::find_if(std::begin(namedDatums), std::end(namedDatums),
+                                      [&](const auto &r) { return datum == QLatin1String(r.datum); });
         text.replace(found.capturedStart(), found.capturedLength(),
                      QStringLiteral("+ellps=") + QLatin1String(row->ellipsoid));
         changed = true;
@@ -202,7 +203,8 @@ void CoordSystem::setProj4(PjHandle pj)
 void CoordSystem::setRectCoordSystem(const QRectF &rect)
 {
     if (!hasExtent(rect))
-        throw std::logic_error(QObject::tr("Не могу задать пустые границы").toStdString());
+        throwCoded<std::logic_error>(Error::Code::InvalidArgument,
+                                     QObject::tr("Не могу задать пустые границы"));
     m_rect = rect;
     noteChange();
 }

@@ -1,13 +1,17 @@
 #include <coordsys/CoordSystem.h>
 
+#include "CodedError_p.h"
 #include "LazyParts_p.h"
 #include "OsrHandle_p.h"
 #include "ProjOperation_p.h"
+#include <coordsys/CoordSystemConversions.h>
+#include <platform/Logger.h>
 
 #include <proj.h>
 
 #include <QMutex>
 #include <QMutexLocker>
+#include <QObject>
 #include <QReadLocker>
 #include <QWriteLocker>
 
@@ -159,6 +163,50 @@ CoordSystemPtr CoordSystem::duplicate() const
     copy->m_isLatLong = m_isLatLong.load();
     copy->m_isNonEarth = m_isNonEarth.load();
     copy->m_statedEpsg = m_statedEpsg.load();
+    return copy;
+}
+
+CoordSystemPtr CoordSystem::withDescription(const QString &description) const
+{
+    const CoordSystemPtr copy = duplicate();
+    copy->m_isEntry = m_isEntry;
+    copy->setDescription(description);
+    return copy;
+}
+
+CoordSystemPtr CoordSystem::withBounds(const QRectF &rect) const
+{
+    const CoordSystemPtr copy = duplicate();
+    copy->m_isEntry = m_isEntry;
+    copy->setRectCoordSystem(rect);
+    return copy;
+}
+
+CoordSystemPtr CoordSystem::withAffine(const QTransform &transform, const LinearUnit &unit) const
+{
+    if (isSingularAffine(transform))
+        throwCoded<std::invalid_argument>(Error::Code::InvalidArgument,
+                                          QObject::tr("Вырожденное аффинное преобразование"));
+    const CoordSystemPtr copy = withoutAffine();
+    LinearUnit named = unit;
+    if (!named.isValid()) {
+        try {
+            named = copy->unit();
+        } catch (const std::exception &e) {
+            LOG_DEBUG(QString::fromUtf8(e.what()));
+        }
+    }
+    copy->setAffineTransform(std::make_unique<QTransform>(transform), named);
+    return copy;
+}
+
+CoordSystemPtr CoordSystem::withoutAffine() const
+{
+    const CoordSystemPtr copy = duplicate();
+    if (m_affine)
+        copy->setAffineTransform(nullptr, LinearUnit());
+    else
+        copy->m_isEntry = m_isEntry;
     return copy;
 }
 

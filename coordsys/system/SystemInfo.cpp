@@ -1,6 +1,7 @@
 #include "SystemFacts_p.h"
 #include <coordsys/SystemInfo.h>
 
+#include "CodedError_p.h"
 #include "CrsComparison_p.h"
 #include "CrsDefinition_p.h"
 #include "DerivedPlane_p.h"
@@ -176,9 +177,9 @@ QStringList assumptionsOf(const CoordSystem &cs, const CrsDefinition *identity, 
 
 [[noreturn]] void throwUnwritable(const CoordSystem &cs, const QString &reason)
 {
-    throw std::runtime_error(QObject::tr("КС «%1» не записывается в этом формате: %2")
-                                 .arg(cs.description(), reason)
-                                 .toStdString());
+    throwCoded<std::runtime_error>(
+        Error::Code::NotWritable,
+        QObject::tr("КС «%1» не записывается в этом формате: %2").arg(cs.description(), reason));
 }
 
 /// The CRS under another name; a shift of its own is taken off and put on again, since only plain ones can be

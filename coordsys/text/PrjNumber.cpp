@@ -9,7 +9,7 @@ bool isSign(QChar c) { return c == QLatin1Char('-') || c == QLatin1Char('+'); }
 
 /// "-7500000.25" and the like at a tenth of the general cost: up to 15 digits and a power of ten below 10^22
 /// are doubles themselves, so that their quotient is the nearest one. Nothing for other forms.
-std::optional<double> plainNumber(const QStringRef &text)
+std::optional<double> plainNumber(const TextRef &text)
 {
     constexpr int mostDigits = 15;
     double mantissa = 0.0;
@@ -34,9 +34,9 @@ std::optional<double> plainNumber(const QStringRef &text)
 
 } // namespace
 
-std::optional<double> wholeNumber(const QStringRef &text)
+std::optional<double> wholeNumber(const TextRef &text)
 {
-    const QStringRef bare = text.trimmed();
+    const TextRef bare = text.trimmed();
     if (bare.isEmpty() || bare.at(0) > QLatin1Char('9'))
         return std::nullopt; // what begins with a letter is "nan" or "inf" at best
     if (const auto plain = plainNumber(bare))

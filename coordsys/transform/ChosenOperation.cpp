@@ -1,5 +1,6 @@
 #include "ChosenOperation_p.h"
 
+#include "CodedError_p.h"
 #include "JoinedOperation_p.h"
 #include "TransformOperations_p.h"
 #include <coordsys/CoordSystem.h>
@@ -15,7 +16,10 @@
 namespace nivora::cs {
 namespace {
 
-[[noreturn]] void refuse(const QString &why) { throw std::logic_error(why.toStdString()); }
+[[noreturn]] void refuse(const QString &why, Error::Code code = Error::Code::NoOperation)
+{
+    throwCoded<std::logic_error>(code, why);
+}
 
 PjArea areaOf(const OperationChoice &choice)
 {
@@ -174,7 +178,8 @@ Found namedOperation(const PJ *source, const PJ *target, const QString &text, St
     }
     const QString missing = missingGridsOf(operation.get());
     if (!missing.isEmpty() && !proj_context_is_network_enabled(context))
-        refuse(QObject::tr("Для операции «%1» нет файла %2").arg(text.left(200), missing));
+        refuse(QObject::tr("Для операции «%1» нет файла %2").arg(text.left(200), missing),
+               Error::Code::MissingGrid);
     return {joinedWithEnds(source, operation.get(), target), singleOperation(context, operation.get())};
 }
 

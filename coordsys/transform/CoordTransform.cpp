@@ -1,5 +1,6 @@
 #include <coordsys/CoordTransform.h>
 
+#include "CodedError_p.h"
 #include "DirectedOperation_p.h"
 #include "GeographicBounds_p.h"
 #include "TransformMesh_p.h"
@@ -285,7 +286,7 @@ bool CoordTransform::geographicBounds(const QRectF &planar, GeographicBounds &ou
 
 void CoordTransform::throwTransformFailed()
 {
-    throw std::runtime_error(QObject::tr("Ошибка преобразования координат").toStdString());
+    throwCoded<std::runtime_error>(Error::Code::PointFailed, QObject::tr("Ошибка преобразования координат"));
 }
 
 std::shared_ptr<const TransformQueue> CoordTransform::queue() const { return m_impl->queue; }

@@ -2,6 +2,7 @@
 
 #include "CatalogueToken_p.h"
 #include "ChosenOperation_p.h"
+#include "CodedError_p.h"
 #include "CrsDefinition_p.h"
 #include "FusedUnits_p.h"
 #include "TransformOperations_p.h"
@@ -88,8 +89,9 @@ std::shared_ptr<PJ> normalizedTransformation(const std::pair<QString, QString> &
 
 [[noreturn]] void throwWithoutWay()
 {
-    throw std::logic_error(
-        QObject::tr("Не могу создать объект трансформации. %1").arg(projLastError()).toStdString());
+    throwCoded<std::logic_error>(
+        Error::Code::NoOperation,
+        QObject::tr("Не могу создать объект трансформации. %1").arg(projLastError()));
 }
 
 /// The system without its affine transformation.
@@ -218,7 +220,7 @@ CoordTransformCache::Steps CoordTransformCache::stepsBetween(const CoordSystemPt
     // A plan and the earth meet on WGS 84 longitude/latitude: PROJ knows no direct way.
     const CoordSystemPtr wgs84 = activeCatalogues()->latLongWgs84CoordSystem();
     if (!wgs84)
-        throw std::logic_error(QObject::tr("Не проинициализированы КС").toStdString());
+        throwCoded<std::logic_error>(Error::Code::NotReady, QObject::tr("Не проинициализированы КС"));
     return {{from, wgs84}, {wgs84, to}};
 }
 

@@ -1,5 +1,6 @@
 #include "JoinedOperation_p.h"
 
+#include "CodedError_p.h"
 #include "CrsParts_p.h"
 #include "ProjPoint_p.h"
 #include "TransformOperations_p.h"
@@ -15,7 +16,7 @@
 namespace nivora::cs {
 namespace {
 
-[[noreturn]] void refuse(const QString &why) { throw std::logic_error(why.toStdString()); }
+[[noreturn]] void refuse(const QString &why) { throwCoded<std::logic_error>(Error::Code::NoOperation, why); }
 
 /// Projections and units alone; null when a datum would change.
 PjHandle conversionBetween(const PJ *source, const PJ *target)

@@ -1,5 +1,6 @@
 #include "TransformOperations_p.h"
 
+#include "CodedError_p.h"
 #include "CoordTransformCache_p.h"
 #include "SearchContext_p.h"
 #include <coordsys/CoordSystem.h>
@@ -156,9 +157,9 @@ QVector<TransformOperation> operationsOfStep(const CoordSystemPtr &from, const C
             return !operations.isEmpty();
         }))
         return operations;
-    throw std::logic_error(QObject::tr("Не могу создать объект трансформации. %1")
-                               .arg(from->description() + QStringLiteral(" → ") + to->description())
-                               .toStdString());
+    throwCoded<std::logic_error>(Error::Code::NoOperation,
+                                 QObject::tr("Не могу создать объект трансформации. %1")
+                                     .arg(from->description() + QStringLiteral(" → ") + to->description()));
 }
 
 QVector<TransformOperation> operationsOf(const CoordTransform &transform, OperationSet set)

@@ -1,6 +1,7 @@
 #include <coordsys/CatalogueSource.h>
 
 #include "CatalogueToken_p.h"
+#include "CodedError_p.h"
 #include <coordsys/PrjText.h>
 
 #include <QObject>
@@ -53,7 +54,7 @@ std::shared_ptr<const CatalogueSource> activeCatalogues()
 {
     std::shared_ptr<const CatalogueSource> installed = activeCatalogues(std::nothrow);
     if (!installed)
-        throw std::logic_error(QObject::tr("Не проинициализированы КС").toStdString());
+        throwCoded<std::logic_error>(Error::Code::NotReady, QObject::tr("Не проинициализированы КС"));
     return installed;
 }
 

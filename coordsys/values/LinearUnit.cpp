@@ -39,10 +39,12 @@ bool LinearUnit::isDegree() const { return m_localizedName == QString(QChar(0x00
 
 UnknownUnitException::UnknownUnitException(const QString &name)
     : std::logic_error(unknownUnit(name))
+    , Error(Code::UnknownUnit)
 {}
 
 UnknownUnitException::UnknownUnitException(int code)
     : std::logic_error(unknownUnit(QLatin1Char('#') + QString::number(code)))
+    , Error(Code::UnknownUnit)
 {}
 
 } // namespace nivora::cs

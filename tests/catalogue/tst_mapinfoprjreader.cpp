@@ -100,7 +100,7 @@ private Q_SLOTS:
         MapinfoPrjReader reader(&stream);
         for (bool more = true; more;) {
             more = reader.readNext();
-            const QStringRef heading = reader.capturedCategoryName();
+            const nivora::cs::TextRef heading = reader.capturedCategoryName();
             if (more && heading.isNull())
                 current.entries << reader.prj();
             if ((!more || !heading.isNull()) && !current.entries.isEmpty())
