@@ -40,9 +40,16 @@ public:
     using CodedError::CodedError;
 };
 
-[[noreturn]] void refuse(const QString &reason)
+[[noreturn]] void refuse(const QString &reason, Error::Code code = Error::Code::NotUnderstood)
 {
-    throwCoded<std::runtime_error>(Error::Code::NotUnderstood, reason);
+    throwCoded<std::runtime_error>(code, reason);
+}
+
+/// The code of what went wrong behind a reading; what has none was not understood.
+Error::Code codeBehind(const std::exception &reason)
+{
+    const Error::Code code = Error::codeOf(reason);
+    return code == Error::Code::Other || code == Error::Code::Engine ? Error::Code::NotUnderstood : code;
 }
 
 QString shownList(const QStringList &items)
@@ -210,7 +217,8 @@ UserInput Reader::read(const QString &input)
             throw;
         } catch (const std::exception &e) {
             refuse(QObject::tr("Не удалось прочитать систему координат (%1) «%2»: %3")
-                       .arg(name, shownText(text), QString::fromUtf8(e.what()).simplified()));
+                       .arg(name, shownText(text), QString::fromUtf8(e.what()).simplified()),
+                   codeBehind(e));
         }
     }
     refuse(QObject::tr("Строка КС пустая")); // the last notation fits every text
@@ -351,7 +359,7 @@ CoordSystemPtr Reader::fromDefinition(const QString &definition, const QString &
     if (!identity)
         refuse(QObject::tr("PROJ не знает такой системы"));
     if (!identity->isHorizontal())
-        refuse(QObject::tr("КС не имеет плановой части: %1").arg(shown));
+        refuse(QObject::tr("КС не имеет плановой части: %1").arg(shown), Error::Code::NoPlane);
     const int epsg = identity->verifiedCode();
     if (epsg > 0 && !identity->hasOwnShift() && !identity->affine()) // which the code's system has not
         return m_factory.createFromEpsg(epsg);
@@ -426,7 +434,8 @@ CodeReference Reader::canonical(const CodeReference &given) const
     const QString nearest = nearestWord(given.authority, known);
     refuse(QObject::tr("В базе нет организации %1. Есть: %2. Ближайшее: %3")
                .arg(given.authority, known.join(QStringLiteral(", ")),
-                    nearest.isEmpty() ? shownList({}) : nearest + QLatin1Char(':') + given.code));
+                    nearest.isEmpty() ? shownList({}) : nearest + QLatin1Char(':') + given.code),
+           Error::Code::UnknownCode);
 }
 
 CoordSystemPtr Reader::fromCode(const CodeReference &given)
@@ -454,7 +463,8 @@ CoordSystemPtr Reader::fromCode(const CodeReference &given)
 void Reader::throwUnknownCode(const CodeReference &code) const
 {
     refuse(QObject::tr("В базе нет системы %1. Ближайшее: %2")
-               .arg(code.text(), shownList(nearestCodes(code.authority, code.code))));
+               .arg(code.text(), shownList(nearestCodes(code.authority, code.code))),
+           Error::Code::UnknownCode);
 }
 
 // ---- Names

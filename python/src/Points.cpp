@@ -13,6 +13,14 @@ static_assert(sizeof(QPointF) == 2 * sizeof(double), "an array of shape (n, 2) i
 
 std::size_t pointsIn(const Coordinates &array) { return static_cast<std::size_t>(array.size()) / 2; }
 
+Coordinates numbers(const py::object &value)
+{
+    const py::object array = Coordinates::ensure(value);
+    if (!array)
+        throw py::type_error("coordinates must be numbers");
+    return py::reinterpret_borrow<Coordinates>(array);
+}
+
 void checkShape(const Coordinates &array)
 {
     if (array.ndim() < 1 || array.shape(array.ndim() - 1) != 2)
@@ -104,9 +112,7 @@ bool raisesOn(const std::string &errors)
 py::object convertPoints(const cs::BulkTransform &transform, bool forward, const py::object &points,
                          const py::object &out, const ListWishes &wishes)
 {
-    Coordinates in = Coordinates::ensure(points);
-    if (!in)
-        throw py::error_already_set();
+    Coordinates in = numbers(points);
     checkShape(in);
     Coordinates result = target(out, in);
     if (overlaps(in, result))
@@ -119,10 +125,8 @@ py::object convertPair(const cs::BulkTransform &transform, bool forward, const p
                        const py::object &y, const ListWishes &wishes)
 {
     const py::tuple spread = py::tuple(py::module_::import("numpy").attr("broadcast_arrays")(x, y));
-    const Coordinates first = Coordinates::ensure(spread[0]);
-    const Coordinates second = first ? Coordinates::ensure(spread[1]) : first;
-    if (!first || !second)
-        throw py::error_already_set();
+    const Coordinates first = numbers(spread[0]);
+    const Coordinates second = numbers(spread[1]);
     const auto count = static_cast<std::size_t>(first.size());
     Coordinates outX(shapeOf(first));
     Coordinates outY(shapeOf(first));

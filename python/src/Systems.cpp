@@ -284,7 +284,8 @@ degrees. Pickles as its text. Raises Error with a code for text that is no syste
                  return py::bool_(travelState(self).equal(travelState(other.cast<const System &>())));
              })
         .def("__hash__", [](const System &self) { return py::hash(textOf(travelText(self))); })
-        .def(py::pickle([](const System &self) { return travelState(self); }, restored));
+        .def(py::pickle([](const System &self) { return travelState(self); },
+                        [](const py::tuple &state) { return restored(state); }));
 }
 
 } // namespace nivora::python

@@ -257,7 +257,8 @@ A point outside of the domain is NaN in both coordinates and fails alone; with e
              [](const Transform &self) {
                  return py::str("Transform({!r}, {!r})").format(self.source(), self.target());
              })
-        .def(py::pickle([](const Transform &self) { return travelState(self); }, restored));
+        .def(py::pickle([](const Transform &self) { return travelState(self); },
+                        [](const py::tuple &state) { return restored(state); }));
 }
 
 } // namespace nivora::python
