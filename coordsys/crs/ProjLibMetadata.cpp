@@ -56,7 +56,7 @@ PjHandle createKnown(int code, const QString &auth, const QString &question)
 {
     PjHandle pj = create(objectName(code, auth));
     if (!pj || !isOf(auth, pj.get()))
-        throw ProjException(question);
+        throw ProjException(question, Error::Code::UnknownCode);
     return pj;
 }
 

@@ -19,6 +19,10 @@ inline QList<TextRef> splitRef(const QString &text, QChar separator)
 {
     return QStringView(text).split(separator, Qt::SkipEmptyParts);
 }
+inline bool isPartOf(TextRef part, const QString &text)
+{
+    return part.data() >= text.constData() && part.data() < text.constData() + text.size();
+}
 #else
 inline TextRef refOf(const QString &text) { return QStringRef(&text); }
 inline TextRef midRef(const QString &text, int from, int length) { return text.midRef(from, length); }
@@ -27,6 +31,7 @@ inline QVector<TextRef> splitRef(const QString &text, QChar separator)
 {
     return text.splitRef(separator, Qt::SkipEmptyParts);
 }
+inline bool isPartOf(const TextRef &part, const QString &text) { return part.string() == &text; }
 #endif
 
 } // namespace nivora::cs

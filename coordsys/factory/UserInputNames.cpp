@@ -244,7 +244,7 @@ QString tailOf(const QString &name)
 void score(const QVector<NamedSystem> &systems, const QString &text, std::vector<Scored> &scored)
 {
     const QString wanted = folded(text);
-    const Wanted like{wanted, partsOf(text), std::max(2, wanted.size() / 3)};
+    const Wanted like{wanted, partsOf(text), std::max(2, int(wanted.size() / 3))};
     for (const NamedSystem &system : systems) {
         const int unlike =
             std::min(unlikeness(like, folded(system.name)), unlikeness(like, folded(tailOf(system.name))));

@@ -253,7 +253,7 @@ std::uint8_t Reader::unit(int i)
 {
     const MIUnitConvParam *found = unitOf(*at(i), m_manager);
     bool isCode = false;
-    at(i)->text.toInt(&isCode);
+    (void)at(i)->text.toInt(&isCode);
     const bool beginsAsCode = !at(i)->text.isEmpty() && at(i)->text.at(0).isDigit();
     if (!found || (beginsAsCode && !isCode))
         note(Fault::UnknownUnit, at(i));
@@ -415,7 +415,7 @@ void Reader::checkKeywords()
 {
     const auto isKeyword = [](Item item, const char *word) { return item->is(QLatin1String(word)); };
     for (const Item keyword : m_keywords) {
-        const bool isLate = keyword->position > at(0)->position && at(0)->text.string() == &m_text.text();
+        const bool isLate = keyword->position > at(0)->position && isPartOf(at(0)->text, m_text.text());
         const bool contradicts =
             m_isNonEarth && (isKeyword(keyword, "earth") || isKeyword(keyword, "projection") ||
                              (isKeyword(keyword, "nonearth") && m_info.nProjId != NonEarthPlan));

@@ -169,7 +169,7 @@ void CoordSystemFilterModel::show(Answer answer)
     beginResetModel();
     m_found = std::move(answer.entries);
     m_relaxations = std::move(answer.relaxations);
-    m_fetched = std::min(portion, m_found.size());
+    m_fetched = std::min(portion, int(m_found.size()));
     endResetModel();
 }
 
@@ -316,7 +316,7 @@ void CoordSystemFilterModel::fetchMore(const QModelIndex &parent)
 {
     if (!canFetchMore(parent))
         return;
-    const int fetched = std::min(m_fetched + portion, m_found.size());
+    const int fetched = std::min(m_fetched + portion, int(m_found.size()));
     beginInsertRows({}, m_fetched, fetched - 1);
     m_fetched = fetched;
     endInsertRows();

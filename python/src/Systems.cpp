@@ -85,6 +85,15 @@ py::dict infoOf(const System &self)
     return facts;
 }
 
+/// By its registered identity where both have one: an entry of the catalogue and the database's system of its
+/// code are written differently.
+bool isSame(const CoordSystem &a, const CoordSystem &b, bool withBounds)
+{
+    if (a.isEqual(b, !withBounds))
+        return true;
+    return !withBounds && a.epsg() == b.epsg() && a.epsg() != CoordSystem::EPSG_UNDEFINDED;
+}
+
 System withName(const System &self, const std::string &name)
 {
     const QString text = QString::fromStdString(name);
@@ -246,7 +255,7 @@ void defineCopies(py::class_<System> &type)
             "same_as",
             [](const System &self, const py::object &other, bool bounds) {
                 const System second = systemOf(other);
-                return aside([&] { return self.system->isEqual(second.system, !bounds); });
+                return aside([&] { return isSame(*self.system, *second.system, bounds); });
             },
             py::arg("other"), py::kw_only(), py::arg("bounds") = false,
             "True when both mean the same plane on the same datum, whatever notation they came from. ==\n"
