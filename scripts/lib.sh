@@ -9,6 +9,7 @@ export PATH="${PATH:-/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bi
 # What a build needs, and what the tests need on top.
 BUILD_PACKAGES=(g++ cmake ninja-build pkg-config ccache qtbase5-dev qttools5-dev-tools libproj-dev proj-data libgdal-dev libeigen3-dev)
 TEST_PACKAGES=(binutils dpkg-dev doxygen fonts-dejavu-core libbenchmark-dev libsqlite3-dev mold parallel proj-bin valgrind xvfb)
+PYTHON_PACKAGES=(pybind11-dev python3-dev python3-numpy)
 FUZZ_PACKAGES=(clang clang-tidy libclang-rt-14-dev)
 
 say() { printf '%s\n' "$*" >&2; }

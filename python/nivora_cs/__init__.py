@@ -12,11 +12,12 @@ x is always longitude or easting and comes first; angles are degrees. Lists of p
 import os as _os
 
 from . import _core
-from ._core import CoordSystem, Error, Fit, Transform, calibrate, find, start
+from ._core import CoordSystem, Error, Fit, Transform, calibrate, find, guess, start
 from ._types import (
     Area,
     GeographicBounds,
     Grid,
+    Guess,
     Hit,
     Operation,
     Parameter,
@@ -31,6 +32,7 @@ __all__ = [
     "Fit",
     "GeographicBounds",
     "Grid",
+    "Guess",
     "Hit",
     "Operation",
     "Parameter",
@@ -39,10 +41,11 @@ __all__ = [
     "Unit",
     "calibrate",
     "find",
+    "guess",
     "start",
 ]
 
-for _type in (CoordSystem, Error, Fit, Transform, calibrate, find, start):
+for _type in (CoordSystem, Error, Fit, Transform, calibrate, find, guess, start):
     try:
         _type.__module__ = __name__
     except AttributeError:  # functions of the compiled part

@@ -6,6 +6,7 @@ from numpy.typing import ArrayLike, NDArray
 from ._types import Area as Area
 from ._types import GeographicBounds as GeographicBounds
 from ._types import Grid as Grid
+from ._types import Guess as Guess
 from ._types import Hit as Hit
 from ._types import Operation as Operation
 from ._types import Parameter as Parameter
@@ -131,6 +132,13 @@ def start(*, resources: str = ..., language: str = ..., user_dir: str = ...) -> 
 def find(
     words: str = ..., *, at: Optional[Tuple[float, float]] = ..., limit: int = ...
 ) -> List[Hit]: ...
+def guess(
+    points: ArrayLike,
+    *,
+    near: Optional[Tuple[float, float]] = ...,
+    stated: str = ...,
+    limit: int = ...,
+) -> List[Guess]: ...
 def calibrate(
     system: _Text,
     local: ArrayLike,

@@ -1,6 +1,6 @@
 """What the functions of nivora_cs give: plain named tuples, which pickle."""
 
-from typing import List, NamedTuple, Optional
+from typing import List, NamedTuple, Optional, Tuple
 
 
 class Unit(NamedTuple):
@@ -61,6 +61,17 @@ class Hit(NamedTuple):
     code: Optional[int]
     category: str
     withdrawn: bool
+
+
+class Guess(NamedTuple):
+    """Systems that put data on the same ground, the likeliest first."""
+
+    codes: List[str]
+    names: List[str]
+    assumptions: List[str]
+    centre: Tuple[float, float]
+    share: float
+    spread_m: float
 
 
 class Parameter(NamedTuple):

@@ -172,6 +172,12 @@ class Systems(unittest.TestCase):
                 self.assertTrue(CoordSystem(hit.text).name)
         self.assertTrue(nivora_cs.find(at=(2.35, 48.86), limit=3))
 
+    def test_a_guess_names_the_system_of_the_data(self):
+        points = Transform("EPSG:4326", "EPSG:32637")([[37.6, 55.7], [38.1, 56.2], [36.9, 55.1]])
+        guesses = nivora_cs.guess(points, near=(37.6, 55.7))
+        self.assertIn("EPSG:32637", [code for guess in guesses for code in guess.codes])
+        self.assertAlmostEqual(guesses[0].centre[0], 37.5, delta=0.5)
+
     def test_calibration_finds_the_grid_back(self):
         local = np.array([[0, 0], [1000, 0], [0, 1000], [1000, 1000], [500, 200]], dtype=float)
         zone = CoordSystem("EPSG:32637")

@@ -49,7 +49,7 @@ set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIBDIR}/pkgconfig")
 pkg_config(flags --cflags --libs nivora-cs)
 pkg_config(resources --variable=resourcedir nivora-cs)
 set(linked "-Wl,-rpath,${prefix}/${LIBDIR}")
-run(${COMPILER} -std=c++17 ${sanitizer} "-DRESOURCES=\"${resources}\"" ${CONSUMER_DIR}/main.cpp
+run(${COMPILER} -std=c++17 -fPIC ${sanitizer} "-DRESOURCES=\"${resources}\"" ${CONSUMER_DIR}/main.cpp
     -o ${WORK_DIR}/consumer-pc ${flags} ${linked})
 says("ok\n" ${WORK_DIR}/consumer-pc)
 
@@ -57,7 +57,7 @@ if(WIDGETS)
     set(zone37 "WGS 84 / UTM zone 37N\n")
     says(${zone37} ${WORK_DIR}/cmake/picker-window ${resources} 32637)
     pkg_config(flags --cflags --libs nivora-cs-widgets)
-    run(${COMPILER} -std=c++17 ${sanitizer} ${EXAMPLES}/picker-window.cpp -o ${WORK_DIR}/picker-window-pc ${flags} ${linked})
+    run(${COMPILER} -std=c++17 -fPIC ${sanitizer} ${EXAMPLES}/picker-window.cpp -o ${WORK_DIR}/picker-window-pc ${flags} ${linked})
     says(${zone37} ${WORK_DIR}/picker-window-pc ${resources} 32637)
 endif()
 
