@@ -14,7 +14,7 @@ function(nivora_changelog package variable)
     set(text ${debian_dir}/${package}/changelog.Debian)
     file(WRITE ${text} "${package} (${version}) unstable; urgency=medium
 
-  * See /usr/share/doc/nivora-cs-doc/CHANGELOG.md for what changed.
+  * See CHANGELOG.md of the package nivora-cs-doc for what changed.
 
  -- ${CPACK_PACKAGE_CONTACT}  ${NIVORA_PACKAGE_DATE}
 ")

@@ -46,7 +46,7 @@ protected:
     explicit Error(Code code)
         : m_code(code)
     {}
-    Error(const Error &) = default;
+    Error(const Error &) = default; ///< copies
     /// Copies.
     Error &operator=(const Error &) = default;
 
