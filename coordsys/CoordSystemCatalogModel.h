@@ -12,6 +12,7 @@ namespace nivora::cs {
 
 class CatalogIndex;
 class CoordSysFactory;
+class CoordSystem;
 
 /// Everything there is to choose from, as a tree for views: the user's own systems by branch, those used
 /// recently, the named systems of the MapInfo catalogue by category, and the EPSG database by country.
@@ -40,6 +41,7 @@ public:
         KindRole,   ///< int, a Kind
         TaggedRole, ///< text for CoordSysFactory::createFromTaggedString(); of Oracle's numbers "oracle:n"
         GroupRole,  ///< name of the branch, category or country
+        WithdrawnRole, ///< bool: the authority has withdrawn the code; false until prepared
     };
     /// What the coordinates of a row's system are.
     enum class Kind : int { Unknown = 0, Geographic = 1, Projected = 2, NonEarth = 3 };
@@ -51,6 +53,7 @@ public:
         QString name;                                 ///< for people
         QString tagged;                               ///< as TaggedRole has it
         int epsg = CoordSystemTypes::EPSG_UNDEFINDED; ///< EPSG_UNDEFINDED when it has none
+        bool isPinned = false;                        ///< stays until it is taken away
     };
 
     /// The factory must have been initialised. Throws std::invalid_argument "factory" for null.
@@ -80,6 +83,10 @@ public:
     /// The row that stands for a code: the catalogue's first entry with it, else the database's. Invalid when
     /// there is none.
     QModelIndex indexOfCode(int epsg) const;
+    /// The row that stands for a system: of its code, of the user's own systems or of the catalogue, of the
+    /// system that an affine transformation was put upon. Invalid when there is none. Up to some
+    /// milliseconds.
+    QModelIndex indexOfSystem(const CoordSystem &cs) const;
     /// Whether a row stands for a system; false for branches and headings.
     static bool isSystem(const QModelIndex &index);
 
@@ -111,6 +118,7 @@ private:
     struct Worker;
 
     QString nameOf(const QModelIndex &index) const;
+    QModelIndex ownIndexOf(const CoordSystem &cs) const;
     QVariant systemData(const QModelIndex &index, int role) const;
     Record record(const QModelIndex &index) const;
     const CoordSystemParams &catalogueEntry(const QModelIndex &index) const;

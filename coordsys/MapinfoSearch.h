@@ -94,6 +94,9 @@ public:
     /// country, zones and small areas first. Nothing for a point that is not finite.
     QVector<Hit> at(const QPointF &lonLat, int limit) const;
 
+    /// Whether the authority has withdrawn the system of a code ("EPSG:4326"); false for a code of nothing.
+    bool isWithdrawn(const QString &code) const;
+
 private:
     friend class SystemGuess;
     struct Data;

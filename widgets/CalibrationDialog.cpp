@@ -4,6 +4,7 @@
 #include <widgets/PairsTable_p.h>
 #include <widgets/ResidualMap_p.h>
 #include <widgets/SaveSystem_p.h>
+#include <widgets/WidgetTexts_p.h>
 
 #include <coordsys/CalibrationStore.h>
 #include <coordsys/CoordSysFactory.h>
@@ -94,8 +95,8 @@ CalibrationDialog::Private::Private(CalibrationDialog *dialog, std::shared_ptr<C
     , factory(std::move(catalogues))
     , knownButton(new QPushButton)
     , localButton(new QPushButton)
-    , openButton(new QPushButton(QObject::tr("&Открыть")))
-    , saveButton(new QPushButton(QObject::tr("&Сохранить…")))
+    , openButton(new QPushButton(WidgetTexts::tr("&Открыть")))
+    , saveButton(new QPushButton(WidgetTexts::tr("&Сохранить…")))
     , savedMenu(new QMenu(dialog))
     , table(new PairsTable)
     , models(new QTableWidget(0, ModelColumnCount))
@@ -125,8 +126,9 @@ CalibrationDialog::Private::Private(CalibrationDialog *dialog, std::shared_ptr<C
 
 void CalibrationDialog::Private::makeModels()
 {
-    models->setHorizontalHeaderLabels({QObject::tr("Модель"), QObject::tr("СКО, м"),
-                                       QObject::tr("Наибольшая, м"), QObject::tr("Избыток"), QString()});
+    models->setHorizontalHeaderLabels({WidgetTexts::tr("Модель"), WidgetTexts::tr("СКО, м"),
+                                       WidgetTexts::tr("Наибольшая, м"), WidgetTexts::tr("Избыток"),
+                                       QString()});
     models->setSelectionBehavior(QAbstractItemView::SelectRows);
     models->setSelectionMode(QAbstractItemView::SingleSelection);
     models->verticalHeader()->hide();
@@ -134,7 +136,7 @@ void CalibrationDialog::Private::makeModels()
     models->horizontalHeader()->setHighlightSections(false);
     models->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     models->horizontalHeader()->setSectionResizeMode(Note, QHeaderView::Stretch); // cut; whole in its tip
-    models->setAccessibleName(QObject::tr("Модели и их невязки"));
+    models->setAccessibleName(WidgetTexts::tr("Модели и их невязки"));
     models->setRowCount(calibrationModels().size());
     for (int row = 0; row < models->rowCount(); ++row)
         for (int column = 0; column < ModelColumnCount; ++column)
@@ -147,11 +149,11 @@ void CalibrationDialog::Private::makeModels()
 
 QLayout *CalibrationDialog::Private::top()
 {
-    auto *knownLabel = new QLabel(QObject::tr("Система &известных координат:"));
+    auto *knownLabel = new QLabel(WidgetTexts::tr("Система &известных координат:"));
     knownLabel->setBuddy(knownButton);
-    auto *localLabel = new QLabel(QObject::tr("&Проекция и эллипсоид местных:"));
+    auto *localLabel = new QLabel(WidgetTexts::tr("&Проекция и эллипсоид местных:"));
     localLabel->setBuddy(localButton);
-    localButton->setToolTip(QObject::tr("Нужны только для сдвига датума семью параметрами"));
+    localButton->setToolTip(WidgetTexts::tr("Нужны только для сдвига датума семью параметрами"));
     auto *grid = new QGridLayout;
     grid->addWidget(knownLabel, 0, 0);
     grid->addWidget(knownButton, 0, 1);
@@ -168,12 +170,12 @@ QLayout *CalibrationDialog::Private::top()
 
 QWidget *CalibrationDialog::Private::left()
 {
-    auto *paste = new QPushButton(QObject::tr("&Вставить"));
+    auto *paste = new QPushButton(WidgetTexts::tr("&Вставить"));
     paste->setToolTip(
-        QObject::tr("Строки из электронной таблицы: название, x, y, известные x, y, а также вес и "
-                    "высоты, если они есть"));
-    auto *add = new QPushButton(QObject::tr("&Добавить"));
-    auto *remove = new QPushButton(QObject::tr("&Удалить"));
+        WidgetTexts::tr("Строки из электронной таблицы: название, x, y, известные x, y, а также вес и "
+                        "высоты, если они есть"));
+    auto *add = new QPushButton(WidgetTexts::tr("&Добавить"));
+    auto *remove = new QPushButton(WidgetTexts::tr("&Удалить"));
     auto *buttons = new QHBoxLayout;
     for (QPushButton *button : {paste, add, remove})
         buttons->addWidget(button);
@@ -209,7 +211,7 @@ QLayout *CalibrationDialog::Private::bottom()
 {
     auto *buttons = new QDialogButtonBox;
     buttons->addButton(saveButton, QDialogButtonBox::ActionRole);
-    buttons->addButton(QObject::tr("Закрыть"), QDialogButtonBox::RejectRole);
+    buttons->addButton(WidgetTexts::tr("Закрыть"), QDialogButtonBox::RejectRole);
     connect(buttons, &QDialogButtonBox::rejected, q, &QDialog::reject);
     connect(saveButton, &QPushButton::clicked, q, [this] { save(); });
     auto *row = new QHBoxLayout;
@@ -236,7 +238,7 @@ void CalibrationDialog::Private::chooseKnown()
 void CalibrationDialog::Private::setLocal(const CoordSystemPtr &cs)
 {
     local = cs;
-    localButton->setText(local ? local->description() : QObject::tr("не заданы"));
+    localButton->setText(local ? local->description() : WidgetTexts::tr("не заданы"));
     table->showHeights(local != nullptr);
     refit();
 }
@@ -276,7 +278,7 @@ void CalibrationDialog::Private::refit()
     if (!known)
         return;
     if (pairs.isEmpty())
-        return clear(QObject::tr("Вставьте строки из таблицы: название, x, y, известные x, y."));
+        return clear(WidgetTexts::tr("Вставьте строки из таблицы: название, x, y, известные x, y."));
     const CatalogueScope scope(*factory);
     try {
         calibration.emplace(known, pairs, localSide());
@@ -297,7 +299,7 @@ void CalibrationDialog::Private::showFits(const Calibration &points)
         models->item(row, Rms)->setText(metres(fit.rmsM()));
         models->item(row, Greatest)->setText(metres(fit.greatestM()));
         models->item(row, Spare)->setText(fit.isUsable() ? QString::number(fit.redundancy()) : QString());
-        models->item(row, Note)->setText(model == justified ? QObject::tr("обоснована") : fit.refusal());
+        models->item(row, Note)->setText(model == justified ? WidgetTexts::tr("обоснована") : fit.refusal());
         models->item(row, Note)->setToolTip(fit.refusal());
     }
     const QSignalBlocker quiet(models);
@@ -326,7 +328,8 @@ void CalibrationDialog::Private::showCurrent()
     map->show(pairs, fit.residuals(), aspect);
     QStringList lines{fit.refusal()};
     if (!fit.suspects().isEmpty())
-        lines << QObject::tr("Вероятны грубые ошибки: снимите отметку с точки, чтобы увидеть ответ без неё.");
+        lines << WidgetTexts::tr(
+            "Вероятны грубые ошибки: снимите отметку с точки, чтобы увидеть ответ без неё.");
     notes->setText((lines + calibration->hints()).join(QLatin1Char('\n')).trimmed());
     saveButton->setEnabled(fit.isUsable() && fit.model() != CalibrationModel::Polynomial);
 }
@@ -364,7 +367,7 @@ void CalibrationDialog::Private::fillSaved()
         savedMenu->addAction(QString::fromUtf8(e.what()))->setEnabled(false);
     }
     if (savedMenu->isEmpty())
-        savedMenu->addAction(QObject::tr("Сохранённых нет"))->setEnabled(false);
+        savedMenu->addAction(WidgetTexts::tr("Сохранённых нет"))->setEnabled(false);
 }
 
 void CalibrationDialog::Private::open(const CalibrationRecord &record)
@@ -390,7 +393,7 @@ CalibrationDialog::CalibrationDialog(std::shared_ptr<CoordSysFactory> factory, Q
     if (!factory)
         throw std::invalid_argument("factory");
     d = std::make_unique<Private>(this, std::move(factory));
-    setWindowTitle(QObject::tr("Система по опорным точкам"));
+    setWindowTitle(WidgetTexts::tr("Система по опорным точкам"));
     resize(1170, 640);
     for (QPushButton *button : findChildren<QPushButton *>())
         button->setAutoDefault(false); // Enter belongs to the table

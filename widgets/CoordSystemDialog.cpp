@@ -1,12 +1,22 @@
 #include <widgets/CoordSystemDialog.h>
+#include <widgets/WidgetTexts_p.h>
 
 #include <coordsys/CoordSysFactory.h>
 
 #include <QDialogButtonBox>
+#include <QGuiApplication>
+#include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
+#include <QSettings>
 #include <QVBoxLayout>
 
 namespace nivora::cs {
+namespace {
+
+constexpr char sizeKey[] = "nivora-cs/picker/size"; ///< in the application's default settings
+
+} // namespace
 
 CoordSystemDialog::CoordSystemDialog(QWidget *parent)
     : CoordSystemDialog(CoordSysFactory::defaultCoordSysFactory(), parent)
@@ -16,15 +26,22 @@ CoordSystemDialog::CoordSystemDialog(std::shared_ptr<CoordSysFactory> factory, Q
     : QDialog(parent)
     , m_picker(new CoordSystemPicker(std::move(factory), this))
 {
-    setWindowTitle(QObject::tr("Выбор системы координат"));
+    setWindowTitle(WidgetTexts::tr("Выбор системы координат"));
     auto *buttons = new QDialogButtonBox(this);
-    m_ok = buttons->addButton(QObject::tr("Выбрать"), QDialogButtonBox::AcceptRole);
+    m_ok = buttons->addButton(WidgetTexts::tr("Выбрать"), QDialogButtonBox::AcceptRole);
     m_ok->setDefault(true);
-    buttons->addButton(QObject::tr("Отмена"), QDialogButtonBox::RejectRole);
+    buttons->addButton(WidgetTexts::tr("Отмена"), QDialogButtonBox::RejectRole);
+    m_none = buttons->addButton(WidgetTexts::tr("Без системы"), QDialogButtonBox::ActionRole);
+    m_none->hide();
+    connect(m_none, &QPushButton::clicked, this, &CoordSystemDialog::acceptNone);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_picker);
     layout->addWidget(buttons);
-    resize(1060, 640);
+    const QSize remembered = QSettings().value(QLatin1String(sizeKey)).toSize();
+    const QSize usual(fontMetrics().averageCharWidth() * 150, fontMetrics().lineSpacing() * 38);
+    const QScreen *screen = QGuiApplication::primaryScreen();
+    resize((remembered.isValid() ? remembered : usual).boundedTo(screen ? screen->availableSize() : usual));
+    connect(this, &QDialog::finished, this, [this] { QSettings().setValue(QLatin1String(sizeKey), size()); });
 
     connect(buttons, &QDialogButtonBox::accepted, this, &CoordSystemDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &CoordSystemDialog::reject);
@@ -36,11 +53,43 @@ CoordSystemDialog::CoordSystemDialog(std::shared_ptr<CoordSysFactory> factory, Q
 
 void CoordSystemDialog::accept()
 {
-    m_accepted = m_picker->coordSystem();
-    if (!m_accepted)
+    const CoordSystemPtr chosenNow = m_picker->coordSystem();
+    if (!chosenNow || !confirmWithdrawn())
         return; // the details say why
+    m_accepted = chosenNow;
+    m_isNoSystem = false;
     m_picker->rememberChoice();
     QDialog::accept();
+    Q_EMIT chosen(m_accepted);
+}
+
+bool CoordSystemDialog::confirmWithdrawn()
+{
+    return !m_picker->isWithdrawn() ||
+           QMessageBox::question(
+               this, windowTitle(),
+               WidgetTexts::tr("Эту систему организация отозвала. Всё равно выбрать её?")) ==
+               QMessageBox::Yes;
+}
+
+void CoordSystemDialog::acceptNone()
+{
+    m_accepted.reset();
+    m_isNoSystem = true;
+    QDialog::accept();
+    Q_EMIT chosen(nullptr);
+}
+
+void CoordSystemDialog::setNoSystemAllowed(bool isAllowed) { m_none->setVisible(isAllowed); }
+
+CoordSystemDialog *CoordSystemDialog::open(QWidget *parent, const CoordSystemPtr &current, const QRectF &view)
+{
+    auto *dialog = new CoordSystemDialog(parent);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->picker()->setCoordSystem(current);
+    dialog->picker()->setView(view);
+    dialog->open();
+    return dialog;
 }
 
 CoordSystemPtr CoordSystemDialog::choose(QWidget *parent, const CoordSystemPtr &current, const QRectF &view)

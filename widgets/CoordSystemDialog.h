@@ -28,11 +28,31 @@ public:
     static CoordSystemPtr choose(QWidget *parent, const CoordSystemPtr &current = nullptr,
                                  const QRectF &view = QRectF());
 
+    /// Shows a dialog over \p parent and returns at once; it tells by chosen() and deletes itself. Arguments
+    /// as choose().
+    static CoordSystemDialog *open(QWidget *parent, const CoordSystemPtr &current,
+                                   const QRectF &view = QRectF());
+    using QDialog::open;
+
+    /// Whether there is a button for no system at all; there is none unless set.
+    void setNoSystemAllowed(bool isAllowed);
+    /// No system was accepted: coordSystem() is null then, too.
+    bool isNoSystem() const { return m_isNoSystem; }
+
     void accept() override;
+
+Q_SIGNALS:
+    /// The user has chosen: a system, or null for none at all.
+    void chosen(const nivora::cs::CoordSystemPtr &system);
 
 private:
     CoordSystemPicker *m_picker;
+    bool confirmWithdrawn();
+    void acceptNone();
+
     QPushButton *m_ok;
+    QPushButton *m_none;
+    bool m_isNoSystem = false;
     CoordSystemPtr m_accepted;
 };
 

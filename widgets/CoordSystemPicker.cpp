@@ -1,19 +1,26 @@
 #include <widgets/CoordSystemPicker.h>
 
 #include <widgets/CalibrationDialog.h>
+#include <widgets/GuessDialog_p.h>
 #include <widgets/PickerLayout_p.h>
 #include <widgets/RecentSystems_p.h>
 #include <widgets/SaveSystem_p.h>
+#include <widgets/SystemMenu_p.h>
 #include <widgets/TypedSystem_p.h>
+#include <widgets/WidgetTexts_p.h>
 
 #include <coordsys/CoordSysFactory.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemCatalogModel.h>
 #include <coordsys/CoordSystemFilterModel.h>
+#include <coordsys/SystemInfo.h>
 
 #include <QCoreApplication>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QLocale>
+#include <QMessageBox>
+#include <QSettings>
 #include <QTimer>
 
 #include <algorithm>
@@ -32,9 +39,22 @@ constexpr int settleTime = 120;
 /// More outlines than this say nothing.
 constexpr int mostNeighbours = 150;
 
+// In the application's default settings.
+constexpr char treeKey[] = "nivora-cs/picker/treeColumns";
+constexpr char resultsKey[] = "nivora-cs/picker/resultColumns";
+constexpr char openKey[] = "nivora-cs/picker/openSections";
+constexpr char withdrawnKey[] = "nivora-cs/picker/withdrawn";
+
 constexpr Qt::Key listKeys[] = {Qt::Key_Up, Qt::Key_Down, Qt::Key_PageUp, Qt::Key_PageDown};
 
 bool isEnter(int key) { return key == Qt::Key_Return || key == Qt::Key_Enter; }
+
+CoordSystemPicker::Kind kindOf(const CoordSystem &cs)
+{
+    return cs.isNonEarth()  ? CoordSystemPicker::LocalKind
+           : cs.isLatLong() ? CoordSystemPicker::GeographicKind
+                            : CoordSystemPicker::ProjectedKind;
+}
 
 void setCode(int epsg, ShownFacts &facts)
 {
@@ -65,6 +85,14 @@ public:
     QString countText() const;
     void changed();
     void settle();
+    void settleQuietly();
+    void searchAt(const std::optional<QRectF> &pasted);
+    void showMenu(QTreeView &list, const QPoint &at);
+    void guess();
+    void restore();
+    void remember() const;
+    bool isGivenShown() const;
+    Choice limited(Choice choice) const;
     Choice choice() const;
     Choice choiceOf(const QModelIndex &row) const;
     Choice choiceOf(const CoordSystemPtr &cs) const;
@@ -88,7 +116,9 @@ public:
     PickerLayout ui;
     QTimer settling;                           ///< runs from a change until the user pauses
     bool isDefinition = false;                 ///< the search text is no search
-    CoordSystemPtr given;                      ///< by setCoordSystem(), for want of a row
+    bool isPlaceText = false;                  ///< the search text is coordinates
+    Kinds kinds = AnyKind;                     ///< that the host takes
+    CoordSystemPtr given;                      ///< by setCoordSystem(), until another is chosen
     CoordSystemPtr system;                     ///< the choice; null while settling and when it cannot be made
     QVector<QPersistentModelIndex> neighbours; ///< rows by the id on the map
 };
@@ -100,9 +130,10 @@ CoordSystemPicker::Private::Private(CoordSystemPicker *owner, std::shared_ptr<Co
     , ui(owner, model, filter)
 {
     model.setRecentSystems(loadRecentSystems());
-    for (const auto section : {CoordSystemCatalogModel::OwnSystems, CoordSystemCatalogModel::RecentSystems,
-                               CoordSystemCatalogModel::MapinfoCatalogue})
+    // The catalogue has sixty categories: open, it would push the database out of reach.
+    for (const auto section : {CoordSystemCatalogModel::OwnSystems, CoordSystemCatalogModel::RecentSystems})
         ui.tree->expand(model.sectionIndex(section));
+    restore();
     settling.setSingleShot(true);
     settling.setInterval(settleTime);
     connectLists();
@@ -114,14 +145,21 @@ CoordSystemPicker::Private::Private(CoordSystemPicker *owner, std::shared_ptr<Co
 void CoordSystemPicker::Private::connectLists()
 {
     for (QTreeView *list : {ui.tree, ui.results}) {
-        connect(list->selectionModel(), &QItemSelectionModel::currentChanged, q, [this] {
-            given.reset();
-            changed();
-        });
+        connect(list->selectionModel(), &QItemSelectionModel::currentChanged, q,
+                [this, list](const QModelIndex &now) {
+                    if (list == ui.tree && now.isValid())
+                        given.reset(); // the user has chosen another
+                    changed();
+                });
+        list->setContextMenuPolicy(Qt::CustomContextMenu);
+        connect(list, &QWidget::customContextMenuRequested, q,
+                [this, list](const QPoint &at) { showMenu(*list, at); });
         connect(list, &QTreeView::doubleClicked, q, [this] { activate(); });
         list->installEventFilter(q);
     }
-    ui.search->installEventFilter(q);
+    for (QWidget *widget : {static_cast<QWidget *>(ui.search), static_cast<QWidget *>(ui.point),
+                            static_cast<QWidget *>(ui.placeKind)})
+        widget->installEventFilter(q);
 }
 
 void CoordSystemPicker::Private::connectRest()
@@ -136,14 +174,33 @@ void CoordSystemPicker::Private::connectRest()
     connect(ui.point, &QLineEdit::textEdited, q, [this] { applyPlace(); });
     connect(ui.save, &QPushButton::clicked, q, [this] { save(); });
     connect(ui.calibrate, &QPushButton::clicked, q, [this] { calibrate(); });
+    connect(ui.guess, &QPushButton::clicked, q, [this] { guess(); });
+    connect(ui.withdrawn, &QCheckBox::toggled, q, [this](bool isOn) {
+        filter.setWithdrawnShown(isOn);
+        showFound();
+    });
+}
+
+/// Systems of the place whose coordinates were pasted into the search, else of the one beside it.
+void CoordSystemPicker::Private::searchAt(const std::optional<QRectF> &pasted)
+{
+    if (!pasted) {
+        applyPlace();
+        return;
+    }
+    filter.setPlace(pasted);
+    ui.map->setPlace(pasted);
 }
 
 /// At every keystroke: nothing here may cost more than the search itself.
 void CoordSystemPicker::Private::search(const QString &now)
 {
-    given.reset();
     const bool wasDefinition = std::exchange(isDefinition, looksLikeDefinition(now));
-    filter.setText(isDefinition ? QString() : now);
+    const std::optional<QRectF> pasted = placeFromText(now);
+    const bool wasPlace = std::exchange(isPlaceText, pasted.has_value());
+    if (pasted || wasPlace)
+        searchAt(pasted);
+    filter.setText(isDefinition || pasted ? QString() : now);
     if (isDefinition || wasDefinition)
         showFound();
     else
@@ -168,7 +225,8 @@ void CoordSystemPicker::Private::showPage()
     if (hasFound)
         ui.showList(ui.results);
     else if (isSearching || isDefinition)
-        ui.showMessage(filter.isPending() ? QObject::tr("Готовлю поиск…") : QObject::tr("Читаю текст…"));
+        ui.showMessage(filter.isPending() ? WidgetTexts::tr("Готовлю поиск…")
+                                          : WidgetTexts::tr("Читаю текст…"));
     else
         ui.showList(ui.tree);
     ui.count->setText(hasFound ? countText() : QString());
@@ -177,11 +235,11 @@ void CoordSystemPicker::Private::showPage()
 /// With the words that the search left aside.
 QString CoordSystemPicker::Private::countText() const
 {
-    const QString count = QObject::tr("Найдено: %1").arg(QLocale().toString(filter.foundCount()));
+    const QString count = WidgetTexts::tr("Найдено: %1").arg(QLocale().toString(filter.foundCount()));
     const QVector<CoordSystemFilterModel::Relaxation> &without = filter.relaxations();
     return without.isEmpty()
                ? count
-               : QObject::tr("%1 (без слова «%2»)").arg(count, without.first().without.toHtmlEscaped());
+               : WidgetTexts::tr("%1 (без слова «%2»)").arg(count, without.first().without.toHtmlEscaped());
 }
 
 QModelIndex CoordSystemPicker::Private::currentRow() const
@@ -203,14 +261,14 @@ void CoordSystemPicker::Private::changed()
     Q_EMIT q->choiceChanged();
 }
 
-/// The dear part of a change: the engines make the system, the map moves.
+/// The expensive part of a change: the engines make the system, the map moves.
 void CoordSystemPicker::Private::settle()
 {
     filter.waitUntilFound();
     settling.stop();
     const Choice current = choice();
     system = current.system;
-    if (!given && isReadingText())
+    if (isReadingText())
         explainText(current);
     ui.details->show(current.facts);
     ui.map->setArea(current.facts.area);
@@ -219,11 +277,32 @@ void CoordSystemPicker::Private::settle()
     Q_EMIT q->choiceChanged();
 }
 
+/// The system alone, for a getter: what is shown, and who is told, follows when the user has paused.
+void CoordSystemPicker::Private::settleQuietly()
+{
+    const QSignalBlocker silence(q);
+    filter.waitUntilFound();
+    system = choice().system;
+}
+
 CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choice() const
 {
-    if (given)
-        return choiceOf(given);
-    return isReadingText() ? choiceOfText() : choiceOf(currentRow());
+    if (isGivenShown())
+        return limited(choiceOf(given));
+    return limited(isReadingText() ? choiceOfText() : choiceOf(currentRow()));
+}
+
+/// The given object stands behind the tree, until another row is chosen there or the search finds one.
+bool CoordSystemPicker::Private::isGivenShown() const { return given && ui.currentList() == ui.tree; }
+
+/// Without a system whose kind the host does not take.
+CoordSystemPicker::Private::Choice CoordSystemPicker::Private::limited(Choice choice) const
+{
+    if (!choice.system || kinds.testFlag(kindOf(*choice.system)))
+        return choice;
+    choice.facts.problem = WidgetTexts::tr("здесь нужна система другого вида");
+    choice.system.reset();
+    return choice;
 }
 
 CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOf(const QModelIndex &row) const
@@ -267,10 +346,10 @@ CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOfText() co
 void CoordSystemPicker::Private::explainText(const Choice &choice)
 {
     if (choice.system)
-        ui.showMessage(QObject::tr("Введённый текст – описание системы<br><b>%1</b>")
+        ui.showMessage(WidgetTexts::tr("Введённый текст – описание системы<br><b>%1</b>")
                            .arg(choice.facts.name.toHtmlEscaped()));
     else if (isDefinition)
-        ui.showMessage(QObject::tr("По введённому тексту систему создать нельзя."));
+        ui.showMessage(WidgetTexts::tr("По введённому тексту систему создать нельзя."));
     else
         ui.showMessage(emptinessText(choice.refusal));
 }
@@ -278,7 +357,7 @@ void CoordSystemPicker::Private::explainText(const Choice &choice)
 /// Links are the texts to search for, and "everywhere".
 QString CoordSystemPicker::Private::emptinessText(const QString &refusal) const
 {
-    QStringList lines{QObject::tr("Ничего не найдено.")};
+    QStringList lines{WidgetTexts::tr("Ничего не найдено.")};
     const QString remark = filter.remark();
     if (!remark.isEmpty())
         lines << remark.toHtmlEscaped();
@@ -286,8 +365,8 @@ QString CoordSystemPicker::Private::emptinessText(const QString &refusal) const
     for (const CoordSystemFilterModel::Relaxation &way : ways) {
         const QString count = QLocale().toString(way.count);
         lines << (way.without.isNull()
-                      ? QObject::tr("<a href=\"everywhere\">Во всём мире</a>: %1").arg(count)
-                      : QObject::tr("<a href=\"text:%1\">Без слова «%2»</a>: %3")
+                      ? WidgetTexts::tr("<a href=\"everywhere\">Во всём мире</a>: %1").arg(count)
+                      : WidgetTexts::tr("<a href=\"text:%1\">Без слова «%2»</a>: %3")
                             .arg(way.text.toHtmlEscaped(), way.without.toHtmlEscaped(), count));
     }
     if (ways.isEmpty() && remark.isEmpty())
@@ -384,6 +463,54 @@ void CoordSystemPicker::Private::calibrate()
     q->setCoordSystem(dialog.savedSystem());
 }
 
+void CoordSystemPicker::Private::showMenu(QTreeView &list, const QPoint &at)
+{
+    const QModelIndex current = list.indexAt(at);
+    if (!current.isValid())
+        return;
+    list.setCurrentIndex(current);
+    const CoordSystemPtr chosen = q->coordSystem();
+    runSystemMenu(q, model, currentRow(), chosen, list.viewport()->mapToGlobal(at));
+}
+
+/// The system that fits the user's coordinates becomes the choice.
+void CoordSystemPicker::Private::guess()
+{
+    GuessDialog dialog(model.factory(), q);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    try {
+        q->setCoordSystem(model.factory()->createFromUserInput(dialog.code()));
+    } catch (const std::exception &e) {
+        QMessageBox::warning(q, dialog.windowTitle(), QString::fromUtf8(e.what()));
+    }
+}
+
+/// Widths and open sections of the last time.
+void CoordSystemPicker::Private::restore()
+{
+    const QSettings settings;
+    ui.tree->header()->restoreState(settings.value(QLatin1String(treeKey)).toByteArray());
+    ui.results->header()->restoreState(settings.value(QLatin1String(resultsKey)).toByteArray());
+    ui.withdrawn->setChecked(settings.value(QLatin1String(withdrawnKey), true).toBool());
+    filter.setWithdrawnShown(ui.withdrawn->isChecked());
+    for (const QVariant &section : settings.value(QLatin1String(openKey)).toList())
+        ui.tree->expand(model.index(section.toInt(), 0));
+}
+
+void CoordSystemPicker::Private::remember() const
+{
+    QSettings settings;
+    settings.setValue(QLatin1String(treeKey), ui.tree->header()->saveState());
+    settings.setValue(QLatin1String(resultsKey), ui.results->header()->saveState());
+    settings.setValue(QLatin1String(withdrawnKey), ui.withdrawn->isChecked());
+    QVariantList open;
+    for (int section = 0; section < CoordSystemCatalogModel::SectionCount; ++section)
+        if (ui.tree->isExpanded(model.index(section, 0)))
+            open << section;
+    settings.setValue(QLatin1String(openKey), open);
+}
+
 CoordSystemPicker::CoordSystemPicker(QWidget *parent)
     : CoordSystemPicker(CoordSysFactory::defaultCoordSysFactory(), parent)
 {}
@@ -393,20 +520,34 @@ CoordSystemPicker::CoordSystemPicker(std::shared_ptr<CoordSysFactory> factory, Q
     , d(std::make_unique<Private>(this, std::move(factory)))
 {}
 
-CoordSystemPicker::~CoordSystemPicker() = default;
+CoordSystemPicker::~CoordSystemPicker() { d->remember(); }
 
-CoordSystemPtr CoordSystemPicker::coordSystem()
+CoordSystemPtr CoordSystemPicker::coordSystem() const
 {
     if (d->settling.isActive())
-        d->settle();
+        d->settleQuietly();
     return d->system;
 }
+
+bool CoordSystemPicker::isWithdrawn() const
+{
+    const CoordSystemPtr cs = coordSystem();
+    return cs && systemInfo(*cs).isDeprecated;
+}
+
+void CoordSystemPicker::setKinds(Kinds kinds)
+{
+    d->kinds = kinds;
+    d->changed();
+}
+
+CoordSystemPicker::Kinds CoordSystemPicker::kinds() const { return d->kinds; }
 
 bool CoordSystemPicker::canChoose() const
 {
     if (!d->settling.isActive())
         return d->system != nullptr;
-    return d->given || d->filter.isPending() || d->isReadingText() ||
+    return d->isGivenShown() || d->filter.isPending() || d->isReadingText() ||
            CoordSystemCatalogModel::isSystem(d->currentRow());
 }
 
@@ -414,11 +555,10 @@ void CoordSystemPicker::setCoordSystem(const CoordSystemPtr &cs)
 {
     d->ui.search->clear();
     clearPlaceFilter();
-    const int code = cs && cs->sourceType() == CoordSystem::Epsg ? cs->epsg() : CoordSystem::EPSG_UNDEFINDED;
-    const QModelIndex row = d->model.indexOfCode(code);
+    const QModelIndex row = cs ? d->model.indexOfSystem(*cs) : QModelIndex();
     d->ui.tree->setCurrentIndex(row);
     d->ui.tree->scrollTo(row, QAbstractItemView::PositionAtCenter);
-    d->given = row.isValid() ? nullptr : cs;
+    d->given = cs; // itself: a row's system lacks its name, bounds and affine transformation
     d->changed();
 }
 
@@ -461,10 +601,12 @@ void CoordSystemPicker::rememberChoice()
     if (!cs)
         return;
     const QModelIndex row = d->currentRow();
-    const bool isRow = !d->given && CoordSystemCatalogModel::isSystem(row);
+    const bool isRow = !d->isGivenShown() && CoordSystemCatalogModel::isSystem(row);
     CoordSystemCatalogModel::RecentSystem recent;
     recent.name = cs->description();
-    recent.tagged = isRow ? row.data(CoordSystemCatalogModel::TaggedRole).toString() : cs->taggedString();
+    recent.tagged = isRow                   ? row.data(CoordSystemCatalogModel::TaggedRole).toString()
+                    : cs->affineTransform() ? QStringLiteral("prj:") + cs->prjStr()
+                                            : cs->taggedString();
     recent.epsg = isRow ? row.data(CoordSystemCatalogModel::CodeRole).toInt() : cs->epsg();
     d->model.setRecentSystems(addRecentSystem(recent));
 }
@@ -480,6 +622,10 @@ bool CoordSystemPicker::eventFilter(QObject *watched, QEvent *event)
         std::find(std::begin(listKeys), std::end(listKeys), key->key()) != std::end(listKeys)) {
         d->filter.waitUntilFound();
         QCoreApplication::sendEvent(list, event);
+        return true;
+    }
+    if (isEnter(key->key()) && (watched == d->ui.point || watched == d->ui.placeKind)) {
+        d->applyPlace(); // and nothing else: the window is not closed by it
         return true;
     }
     if (isEnter(key->key()) && canChoose()) {

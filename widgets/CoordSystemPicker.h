@@ -27,6 +27,15 @@ class NIVORA_CS_WIDGETS_EXPORT CoordSystemPicker : public QWidget
 {
     Q_OBJECT
 public:
+    /// What the coordinates of a system are.
+    enum Kind {
+        GeographicKind = 1, ///< longitude and latitude
+        ProjectedKind = 2,  ///< a plane on the earth
+        LocalKind = 4,      ///< a plan without a place on the earth
+        AnyKind = 7         ///< all of them
+    };
+    Q_DECLARE_FLAGS(Kinds, Kind)
+
     /// With the default factory, which must be installed and initialised. Throws std::invalid_argument
     /// "factory" when there is none.
     explicit CoordSystemPicker(QWidget *parent = nullptr);
@@ -34,9 +43,16 @@ public:
     ~CoordSystemPicker() override;
 
     /// The system that is chosen now, null when none is or it cannot be made. A selection that the user has
-    /// only just made is turned into a system first (milliseconds).
-    CoordSystemPtr coordSystem();
-    /// Shows a system, in its place in the tree when it has one there. Null clears.
+    /// only just made is turned into a system first (milliseconds). Sends nothing.
+    CoordSystemPtr coordSystem() const;
+    /// Whether the authority has withdrawn the chosen system.
+    bool isWithdrawn() const;
+    /// The kinds that can be chosen, AnyKind unless set.
+    void setKinds(Kinds kinds);
+    /// What setKinds() was given.
+    Kinds kinds() const;
+    /// Shows a system, in its place in the tree when it has one there: coordSystem() is this very object,
+    /// with its name, bounds and affine transformation, until the user chooses another. Null clears.
     void setCoordSystem(const CoordSystemPtr &cs);
     /// False when nothing is selected, or what is selected cannot be made. A selection not yet tried counts.
     bool canChoose() const;
@@ -72,5 +88,7 @@ private:
     class Private;
     std::unique_ptr<Private> d;
 };
+
+Q_DECLARE_OPERATORS_FOR_FLAGS(CoordSystemPicker::Kinds)
 
 } // namespace nivora::cs

@@ -1,4 +1,5 @@
 #include <widgets/PairsTable_p.h>
+#include <widgets/WidgetTexts_p.h>
 
 #include <coordsys/AngleText.h>
 #include <coordsys/NumberText.h>
@@ -100,17 +101,18 @@ QStringList fieldsOf(const QString &line)
 PairsTable::PairsTable(QWidget *parent)
     : QTableWidget(0, ColumnCount, parent)
 {
-    setHorizontalHeaderLabels({QObject::tr("Точка"), QObject::tr("x местный"), QObject::tr("y местный"),
-                               QObject::tr("x известный"), QObject::tr("y известный"), QObject::tr("Вес"),
-                               QObject::tr("h местная, м"), QObject::tr("h известная, м"),
-                               QObject::tr("Невязка, м"), QString()});
+    setHorizontalHeaderLabels({WidgetTexts::tr("Точка"), WidgetTexts::tr("x местный"),
+                               WidgetTexts::tr("y местный"), WidgetTexts::tr("x известный"),
+                               WidgetTexts::tr("y известный"), WidgetTexts::tr("Вес"),
+                               WidgetTexts::tr("h местная, м"), WidgetTexts::tr("h известная, м"),
+                               WidgetTexts::tr("Невязка, м"), QString()});
     showHeights(false);
     horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     verticalHeader()->hide();
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
     horizontalHeader()->setHighlightSections(false);
     setSelectionBehavior(QAbstractItemView::SelectRows);
-    setAccessibleName(QObject::tr("Опорные точки"));
+    setAccessibleName(WidgetTexts::tr("Опорные точки"));
     connect(this, &QTableWidget::itemChanged, this, &PairsTable::pairsChanged);
 }
 
@@ -218,8 +220,8 @@ void PairsTable::showResiduals(const QVector<CalibrationResidual> &residuals)
         const bool known = place >= 0 && place < residuals.size();
         const bool isSuspect = known && residuals.at(place).isSuspect;
         item(row, Length)->setText(known ? QString::number(residuals.at(place).lengthM, 'f', 3) : QString());
-        item(row, Note)->setText(place < 0   ? QObject::tr("не число")
-                                 : isSuspect ? QObject::tr("ошибка?")
+        item(row, Note)->setText(place < 0   ? WidgetTexts::tr("не число")
+                                 : isSuspect ? WidgetTexts::tr("ошибка?")
                                              : QString());
         for (int column = 0; column < ColumnCount; ++column)
             item(row, column)->setForeground(isSuspect ? QBrush(QColor(0xc0, 0, 0)) : QBrush());

@@ -1,8 +1,10 @@
 #include <widgets/PickerLayout_p.h>
 
 #include <widgets/RowDelegate_p.h>
+#include <widgets/WidgetTexts_p.h>
 
 #include <QAction>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QScrollArea>
@@ -47,8 +49,10 @@ PickerLayout::PickerLayout(QWidget *owner, QAbstractItemModel &treeModel, QAbstr
     , count(new QLabel)
     , map(new WorldMap)
     , details(new SystemDetails)
-    , save(new QPushButton(QObject::tr("Сохранить как &мою систему…")))
-    , calibrate(new QPushButton(QObject::tr("По &точкам…")))
+    , save(new QPushButton(WidgetTexts::tr("Сохранить как &мою систему…")))
+    , calibrate(new QPushButton(WidgetTexts::tr("По &точкам…")))
+    , guess(new QPushButton(WidgetTexts::tr("По моим &данным…")))
+    , withdrawn(new QCheckBox(WidgetTexts::tr("&отозванные")))
     , m_owner(owner)
     , m_pages(new QStackedWidget)
 {
@@ -58,15 +62,16 @@ PickerLayout::PickerLayout(QWidget *owner, QAbstractItemModel &treeModel, QAbstr
     splitter->addWidget(leftSide());
     splitter->addWidget(rightSide());
     splitter->setSizes({620, 400});
-    splitter->setStretchFactor(0, 1);
-    splitter->setStretchFactor(1, 0);
+    splitter->setStretchFactor(0, 3);
+    splitter->setStretchFactor(1, 2);
     splitter->setChildrenCollapsible(false);
     auto *layout = new QVBoxLayout(owner);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addLayout(searchRow());
     layout->addWidget(splitter, 1);
     owner->setFocusProxy(search);
-    QWidget *const order[] = {search, placeKind, point, tree, results, message, details, save, calibrate};
+    QWidget *const order[] = {search,  placeKind, point, withdrawn, tree, results,
+                              message, details,   save,  calibrate, guess};
     for (std::size_t i = 1; i < std::size(order); ++i)
         QWidget::setTabOrder(order[i - 1], order[i]);
 }
@@ -74,16 +79,16 @@ PickerLayout::PickerLayout(QWidget *owner, QAbstractItemModel &treeModel, QAbstr
 void PickerLayout::setUpSearch()
 {
     search->setClearButtonEnabled(true);
-    search->setPlaceholderText(QObject::tr("Название, код, город или описание в любой нотации"));
-    search->setAccessibleName(QObject::tr("Поиск системы координат"));
+    search->setPlaceholderText(WidgetTexts::tr("Название, код, город или описание в любой нотации"));
+    search->setAccessibleName(WidgetTexts::tr("Поиск системы координат"));
     search->setAccessibleDescription(
-        QObject::tr("Стрелки вверх и вниз выбирают найденную систему, Enter подтверждает выбор."));
-    placeKind->addItem(QObject::tr("Весь мир"), Everywhere);
-    placeKind->addItem(QObject::tr("Место…"), AtPoint);
-    placeKind->setAccessibleName(QObject::tr("Где применяется система"));
-    placeKind->setToolTip(QObject::tr("Место можно указать и правой кнопкой мыши на карте"));
-    point->setPlaceholderText(QObject::tr("долгота, широта"));
-    point->setAccessibleName(QObject::tr("Долгота и широта места в градусах"));
+        WidgetTexts::tr("Стрелки вверх и вниз выбирают найденную систему, Enter подтверждает выбор."));
+    placeKind->addItem(WidgetTexts::tr("Весь мир"), Everywhere);
+    placeKind->addItem(WidgetTexts::tr("Место…"), AtPoint);
+    placeKind->setAccessibleName(WidgetTexts::tr("Где применяется система"));
+    placeKind->setToolTip(WidgetTexts::tr("Место можно указать и правой кнопкой мыши на карте"));
+    point->setPlaceholderText(WidgetTexts::tr("долгота, широта"));
+    point->setAccessibleName(WidgetTexts::tr("Долгота и широта места в градусах"));
     point->setFixedWidth(point->fontMetrics().averageCharWidth() * 20);
     point->setClearButtonEnabled(true);
     point->hide();
@@ -100,8 +105,8 @@ void PickerLayout::setUpLists()
     setWidth(tree, 1, 12);
     setWidth(results, 1, 12);
     setWidth(results, 2, 26);
-    tree->setAccessibleName(QObject::tr("Системы координат по разделам"));
-    results->setAccessibleName(QObject::tr("Найденные системы координат"));
+    tree->setAccessibleName(WidgetTexts::tr("Системы координат по разделам"));
+    results->setAccessibleName(WidgetTexts::tr("Найденные системы координат"));
     results->setRootIsDecorated(false);
     message->setAlignment(Qt::AlignCenter);
     message->setWordWrap(true);
@@ -119,9 +124,9 @@ void PickerLayout::setUpLists()
 
 QLayout *PickerLayout::searchRow()
 {
-    auto *searchLabel = new QLabel(QObject::tr("&Поиск:"));
+    auto *searchLabel = new QLabel(WidgetTexts::tr("&Поиск:"));
     searchLabel->setBuddy(search);
-    auto *placeLabel = new QLabel(QObject::tr("&Где:"));
+    auto *placeLabel = new QLabel(WidgetTexts::tr("&Где:"));
     placeLabel->setBuddy(placeKind);
     auto *row = new QHBoxLayout;
     row->addWidget(searchLabel);
@@ -130,6 +135,8 @@ QLayout *PickerLayout::searchRow()
     row->addWidget(placeLabel);
     row->addWidget(placeKind);
     row->addWidget(point);
+    withdrawn->setToolTip(WidgetTexts::tr("Показывать системы, которые организация отозвала"));
+    row->addWidget(withdrawn);
     return row;
 }
 
@@ -156,13 +163,14 @@ QWidget *PickerLayout::rightSide()
     scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setWidget(details);
     layout->addWidget(scroll, 1);
-    auto *own = new QHBoxLayout;
-    own->addWidget(save);
-    own->addWidget(calibrate);
-    own->addStretch(1);
+    auto *own = new QGridLayout; // two rows: the list needs the width on small screens
+    own->addWidget(save, 0, 0, 1, 2);
+    own->addWidget(calibrate, 1, 0);
+    own->addWidget(guess, 1, 1);
+    guess->setToolTip(WidgetTexts::tr("Системы, в которых могут быть координаты без системы"));
     layout->addLayout(own);
     calibrate->setToolTip(
-        QObject::tr("Система по опорным точкам, координаты которых известны в двух системах"));
+        WidgetTexts::tr("Система по опорным точкам, координаты которых известны в двух системах"));
     return side;
 }
 
@@ -180,7 +188,7 @@ void PickerLayout::offerView(bool isKnown)
 {
     const int item = placeKind->findData(InView);
     if (isKnown && item < 0)
-        placeKind->insertItem(1, QObject::tr("Вид карты"), InView);
+        placeKind->insertItem(1, WidgetTexts::tr("Вид карты"), InView);
     if (!isKnown && item >= 0)
         placeKind->removeItem(item);
 }

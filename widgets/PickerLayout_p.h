@@ -3,6 +3,7 @@
 #include <widgets/SystemDetails_p.h>
 #include <widgets/WorldMap_p.h>
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -40,6 +41,8 @@ public:
     SystemDetails *details;
     QPushButton *save;
     QPushButton *calibrate;
+    QPushButton *guess;
+    QCheckBox *withdrawn; ///< whether withdrawn systems are listed
 
 private:
     void setUpSearch();

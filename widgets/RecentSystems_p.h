@@ -13,4 +13,11 @@ QVector<CoordSystemCatalogModel::RecentSystem> loadRecentSystems();
 QVector<CoordSystemCatalogModel::RecentSystem>
 addRecentSystem(const CoordSystemCatalogModel::RecentSystem &system);
 
+/// Takes one away, and returns what is kept then.
+QVector<CoordSystemCatalogModel::RecentSystem> removeRecentSystem(const QString &tagged);
+/// Pinned ones stay ahead of the others, however many come; a system that is not there yet is added.
+QVector<CoordSystemCatalogModel::RecentSystem> pinSystem(const CoordSystemCatalogModel::RecentSystem &system,
+                                                         bool isPinned);
+bool isPinnedSystem(const QString &tagged);
+
 } // namespace nivora::cs

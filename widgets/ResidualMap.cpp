@@ -1,4 +1,5 @@
 #include <widgets/ResidualMap_p.h>
+#include <widgets/WidgetTexts_p.h>
 
 #include <QPainter>
 
@@ -24,7 +25,7 @@ ResidualMap::ResidualMap(QWidget *parent)
     : QWidget(parent)
 {
     setMinimumSize(240, 180);
-    setAccessibleName(QObject::tr("Невязки точек на карте"));
+    setAccessibleName(WidgetTexts::tr("Невязки точек на карте"));
 }
 
 void ResidualMap::show(const QVector<CalibrationPair> &pairs, const QVector<CalibrationResidual> &residuals,
@@ -73,7 +74,7 @@ void ResidualMap::drawScale(QPainter &painter, double pixelsPerM) const
     painter.setPen(palette().color(QPalette::Text));
     drawArrow(painter, from, from + QPointF(metres * pixelsPerM, 0.0));
     painter.drawText(from + QPointF(metres * pixelsPerM + 8.0, 4.0),
-                     QObject::tr("%1 м невязки").arg(QString::number(metres)));
+                     WidgetTexts::tr("%1 м невязки").arg(QString::number(metres)));
 }
 
 void ResidualMap::paintEvent(QPaintEvent *)

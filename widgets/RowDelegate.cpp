@@ -1,4 +1,7 @@
 #include <widgets/RowDelegate_p.h>
+#include <widgets/WidgetTexts_p.h>
+
+#include <coordsys/CoordSystemCatalogModel.h>
 
 #include <QAbstractItemView>
 #include <QHelpEvent>
@@ -36,7 +39,10 @@ void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, c
         text = metrics.elidedText(text, Qt::ElideMiddle, place.width());
     const bool isSelected = item.state & QStyle::State_Selected;
     const auto group = item.state & QStyle::State_Active ? QPalette::Active : QPalette::Inactive;
-    painter->setFont(item.font);
+    QFont font = item.font;
+    font.setStrikeOut(
+        index.data(CoordSystemCatalogModel::WithdrawnRole).toBool()); // withdrawn by its authority
+    painter->setFont(font);
     painter->setPen(item.palette.color(group, isSelected ? QPalette::HighlightedText : QPalette::Text));
     const int left =
         item.direction == Qt::RightToLeft ? place.right() - metrics.horizontalAdvance(text) : place.left();
@@ -50,8 +56,10 @@ bool RowDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view, const QS
         return QStyledItemDelegate::helpEvent(event, view, option, index);
     const QString text = index.data().toString();
     const bool isCut = isTooLong(text, option, textPlace(option.rect, view).width());
-    QToolTip::showText(event->globalPos(), isCut ? text : QString(), view);
-    return isCut;
+    const bool isWithdrawn = index.data(CoordSystemCatalogModel::WithdrawnRole).toBool();
+    const QString tip = isWithdrawn ? WidgetTexts::tr("%1 (отозвана)").arg(text) : isCut ? text : QString();
+    QToolTip::showText(event->globalPos(), tip, view);
+    return !tip.isEmpty();
 }
 
 } // namespace nivora::cs

@@ -1,4 +1,5 @@
 #include <widgets/SaveSystem_p.h>
+#include <widgets/WidgetTexts_p.h>
 
 #include <coordsys/CoordSystem.h>
 #include <coordsys/UserCoordSystem.h>
@@ -25,18 +26,18 @@ public:
         , m_name(new QLineEdit(name))
         , m_branch(new QComboBox)
     {
-        setWindowTitle(QObject::tr("Сохранить как мою систему"));
+        setWindowTitle(WidgetTexts::tr("Сохранить как мою систему"));
         m_branch->setEditable(true);
         for (const UserCoordSystem::CsDataType &branch : store.data())
             m_branch->addItem(branch.name);
         if (m_branch->count() == 0)
-            m_branch->addItem(QObject::tr("Мои системы"));
+            m_branch->addItem(WidgetTexts::tr("Мои системы"));
         auto *buttons = new QDialogButtonBox(this);
-        QPushButton *save = buttons->addButton(QObject::tr("Сохранить"), QDialogButtonBox::AcceptRole);
-        buttons->addButton(QObject::tr("Отмена"), QDialogButtonBox::RejectRole);
+        QPushButton *save = buttons->addButton(WidgetTexts::tr("Сохранить"), QDialogButtonBox::AcceptRole);
+        buttons->addButton(WidgetTexts::tr("Отмена"), QDialogButtonBox::RejectRole);
         auto *form = new QFormLayout(this);
-        form->addRow(QObject::tr("&Название:"), m_name);
-        form->addRow(QObject::tr("&Раздел:"), m_branch);
+        form->addRow(WidgetTexts::tr("&Название:"), m_name);
+        form->addRow(WidgetTexts::tr("&Раздел:"), m_branch);
         form->addRow(buttons);
         m_name->setMinimumWidth(m_name->fontMetrics().averageCharWidth() * 50);
         connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);

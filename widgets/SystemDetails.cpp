@@ -1,5 +1,6 @@
 #include <widgets/SystemDetails_p.h>
 
+#include <widgets/WidgetTexts_p.h>
 #include <widgets/WorldMap_p.h>
 
 #include <coordsys/CatalogueSource.h>
@@ -29,7 +30,7 @@ QString textOr(const std::function<QString()> &fact)
     try {
         return fact();
     } catch (const std::exception &e) {
-        return QObject::tr("нет (%1)").arg(QString::fromUtf8(e.what()));
+        return WidgetTexts::tr("нет (%1)").arg(QString::fromUtf8(e.what()));
     }
 }
 
@@ -45,10 +46,13 @@ QString datumOf(const SystemInfo &info)
 {
     if (info.datum.isEmpty() || info.ellipsoid.isEmpty())
         return info.datum + info.ellipsoid;
-    return QObject::tr("%1 (эллипсоид %2)").arg(info.datum, info.ellipsoid);
+    return WidgetTexts::tr("%1 (эллипсоид %2)").arg(info.datum, info.ellipsoid);
 }
 
-QString metres(double value) { return QObject::tr("%1 м", "metres").arg(QLocale().toString(value, 'g', 2)); }
+QString metres(double value)
+{
+    return WidgetTexts::tr("%1 м", "metres").arg(QLocale().toString(value, 'g', 2));
+}
 
 /// Of what PROJ has here, the first is the one it takes where several fit.
 QString accuracyOf(const QVector<TransformOperation> &operations)
@@ -56,15 +60,26 @@ QString accuracyOf(const QVector<TransformOperation> &operations)
     const auto usable = std::find_if(operations.begin(), operations.end(),
                                      [](const TransformOperation &way) { return way.isUsable(); });
     if (operations.isEmpty())
-        return QObject::tr("не нужен");
+        return WidgetTexts::tr("не нужен");
     if (usable == operations.end())
-        return QObject::tr("нет файлов сдвига датума");
+        return WidgetTexts::tr("нет файлов сдвига датума");
     if (usable->isBallpark)
-        return QObject::tr("сдвиг датума неизвестен: ошибка до сотен метров");
+        return WidgetTexts::tr("сдвиг датума неизвестен: ошибка до сотен метров");
     if (usable->accuracyM < 0.0)
-        return QObject::tr("неизвестна");
-    return usable->accuracyM == 0.0 ? QObject::tr("без потери точности")
-                                    : QObject::tr("до %1").arg(metres(usable->accuracyM));
+        return WidgetTexts::tr("неизвестна");
+    return usable->accuracyM == 0.0
+               ? WidgetTexts::tr("без потери точности")
+               : WidgetTexts::tr("до %1, «%2»").arg(metres(usable->accuracyM), usable->shortName);
+}
+
+/// What a file that is missing here would give; empty when none would.
+QString offerText(const QVector<GridOffer> &offers)
+{
+    for (const GridOffer &offer : offers)
+        if (offer.withM() && !offer.missing().isEmpty())
+            return WidgetTexts::tr("с файлом %1 было бы %2")
+                .arg(offer.missing().first().name, metres(*offer.withM()));
+    return {};
 }
 
 QString accuracyOf(const CoordSystemPtr &cs)
@@ -72,7 +87,9 @@ QString accuracyOf(const CoordSystemPtr &cs)
     if (cs->isNonEarth())
         return {};
     const CoordTransform way(cs, activeCatalogues()->latLongWgs84CoordSystem());
-    return QObject::tr("пересчёт в WGS 84: %1").arg(accuracyOf(way.operations()));
+    const QString used = WidgetTexts::tr("пересчёт в WGS 84: %1").arg(accuracyOf(way.operations()));
+    const QString offer = offerText(way.gridOffers());
+    return offer.isEmpty() ? used : used + QLatin1Char('\n') + offer;
 }
 
 void setIfEmpty(QString &fact, const QString &value)
@@ -90,7 +107,7 @@ QLabel *valueLabel(QGridLayout *form, const QString &title)
     label->setAccessibleName(title);
     label->setAlignment(Qt::AlignTop);
     const int row = form->rowCount();
-    form->addWidget(new QLabel(QObject::tr("%1:", "title of a field").arg(title)), row, 0, Qt::AlignTop);
+    form->addWidget(new QLabel(WidgetTexts::tr("%1:", "title of a field").arg(title)), row, 0, Qt::AlignTop);
     form->addWidget(label, row, 1);
     return label;
 }
@@ -117,7 +134,7 @@ QString prjOf(const CoordSystem &cs)
 {
     const PrjText text = prjTextOf(cs);
     if (text.isRefused())
-        return QObject::tr("нет (%1)").arg(text.reason());
+        return WidgetTexts::tr("нет (%1)").arg(text.reason());
     const QString remark = text.remark();
     return remark.isEmpty() ? text.text : QStringLiteral("%1\n(%2)").arg(text.text, remark);
 }
@@ -129,6 +146,10 @@ void addFacts(const CoordSystemPtr &cs, ShownFacts &facts)
     const SystemInfo info = systemInfo(*cs);
     setIfEmpty(facts.name, info.name);
     setIfEmpty(facts.code, info.identifier);
+    if (cs->affineTransform() && info.baseCode > 0)
+        facts.code = WidgetTexts::tr("на основе EPSG:%1, с аффинным преобразованием").arg(info.baseCode);
+    else if (info.isDeprecated)
+        facts.code = WidgetTexts::tr("%1, отозвана").arg(facts.code);
     facts.kind = textOr([&] { return kindOf(*cs, info); });
     facts.datum = datumOf(info);
     facts.areaName = info.areaName;
@@ -146,12 +167,12 @@ SystemDetails::SystemDetails(QWidget *parent)
     auto *form = new QGridLayout;
     form->setColumnStretch(1, 1);
     form->setHorizontalSpacing(12);
-    m_name = valueLabel(form, QObject::tr("Название"));
-    m_code = valueLabel(form, QObject::tr("Код"));
-    m_kind = valueLabel(form, QObject::tr("Вид"));
-    m_datum = valueLabel(form, QObject::tr("Датум"));
-    m_area = valueLabel(form, QObject::tr("Область"));
-    m_accuracy = valueLabel(form, QObject::tr("Точность"));
+    m_name = valueLabel(form, WidgetTexts::tr("Название"));
+    m_code = valueLabel(form, WidgetTexts::tr("Код"));
+    m_kind = valueLabel(form, WidgetTexts::tr("Вид"));
+    m_datum = valueLabel(form, WidgetTexts::tr("Датум"));
+    m_area = valueLabel(form, WidgetTexts::tr("Область"));
+    m_accuracy = valueLabel(form, WidgetTexts::tr("Точность"));
     QFont bold = m_name->font();
     bold.setBold(true);
     m_name->setFont(bold);
@@ -159,16 +180,16 @@ SystemDetails::SystemDetails(QWidget *parent)
     m_prj->setReadOnly(true);
     m_prj->setTabChangesFocus(true);
     m_prj->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    m_prj->setAccessibleName(QObject::tr("Строка CoordSys"));
+    m_prj->setAccessibleName(WidgetTexts::tr("Строка CoordSys"));
     m_prj->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored); // takes what the others leave
     m_prj->setMinimumHeight(m_prj->fontMetrics().lineSpacing() * 4);
-    auto *title = new QLabel(QObject::tr("&Строка CoordSys:"));
+    auto *title = new QLabel(WidgetTexts::tr("&Строка CoordSys:"));
     title->setBuddy(m_prj);
 
     m_problem->setWordWrap(true);
     m_problem->setTextFormat(Qt::PlainText);
     m_problem->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    m_problem->setAccessibleName(QObject::tr("Почему систему нельзя выбрать"));
+    m_problem->setAccessibleName(WidgetTexts::tr("Почему систему нельзя выбрать"));
     m_problem->setStyleSheet(QStringLiteral("QLabel { background: #fdecea; color: #7b241c; padding: 6px; }"));
 
     auto *layout = new QVBoxLayout(this);
@@ -180,9 +201,26 @@ SystemDetails::SystemDetails(QWidget *parent)
     show({});
 }
 
+/// As high as the wrapped lines need: a scroll area asks for no height that goes with a width.
+void SystemDetails::fitHeight()
+{
+    if (QLayout *const all = layout())
+        setMinimumHeight(all->minimumHeightForWidth(width()));
+}
+
+void SystemDetails::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    fitHeight();
+}
+
 void SystemDetails::show(const ShownFacts &facts)
 {
-    m_name->setText(orDash(facts.name));
+    const bool isNothing = facts.name.isEmpty() && facts.problem.isEmpty();
+    m_name->setText(isNothing
+                        ? WidgetTexts::tr("Выберите систему в списке или начните вводить название, код, "
+                                          "город или координаты места")
+                        : orDash(facts.name));
     m_code->setText(orDash(facts.code));
     m_kind->setText(orDash(facts.kind));
     m_datum->setText(orDash(facts.datum));
@@ -192,7 +230,8 @@ void SystemDetails::show(const ShownFacts &facts)
     m_accuracy->setText(orDash(facts.accuracy));
     m_prj->setPlainText(facts.prj);
     m_problem->setVisible(!facts.problem.isEmpty());
-    m_problem->setText(QObject::tr("Систему нельзя создать: %1").arg(facts.problem));
+    m_problem->setText(WidgetTexts::tr("Систему нельзя создать: %1").arg(facts.problem));
+    fitHeight();
 }
 
 } // namespace nivora::cs

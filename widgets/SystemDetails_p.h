@@ -37,7 +37,12 @@ public:
     explicit SystemDetails(QWidget *parent = nullptr);
     void show(const ShownFacts &facts);
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
+    void fitHeight();
+
     QLabel *m_name;
     QLabel *m_code;
     QLabel *m_kind;

@@ -1,6 +1,7 @@
 #include <widgets/WorldMap_p.h>
 
 #include <widgets/Coastline_p.h>
+#include <widgets/WidgetTexts_p.h>
 
 #include <QLocale>
 #include <QMouseEvent>
@@ -15,10 +16,16 @@ namespace nivora::cs {
 namespace {
 
 // A map is paper: its colours do not follow the theme of the desktop.
-const QColor seaColour(0xdc, 0xe8, 0xf0);
-const QColor landColour(0xf7, 0xf4, 0xea);
-const QColor coastColour(0xa3, 0x9d, 0x8a);
-const QColor gridColour(0x90, 0xa8, 0xbc, 0x70);
+struct MapColours
+{
+    QColor sea;
+    QColor land;
+    QColor coast;
+    QColor grid;
+};
+const MapColours byDay{{0xdc, 0xe8, 0xf0}, {0xf7, 0xf4, 0xea}, {0xa3, 0x9d, 0x8a}, {0x90, 0xa8, 0xbc, 0x70}};
+const MapColours byNight{
+    {0x1b, 0x26, 0x30}, {0x3a, 0x3d, 0x3a}, {0x7d, 0x7a, 0x6c}, {0x70, 0x88, 0x9c, 0x60}};
 const QColor areaColour(0xc0, 0x39, 0x2b);
 const QColor neighbourColour(0x5d, 0x6d, 0x7e);
 const QColor hoverColour(0x1f, 0x77, 0xb4);
@@ -52,27 +59,34 @@ QVector<QRectF> onScreen(const QRectF &lonLat, const QRectF &shown, const QSizeF
     return rects;
 }
 
+/// Those that go with the window's.
+const MapColours &coloursFor(const QPalette &palette)
+{
+    constexpr int middleLightness = 128;
+    return palette.color(QPalette::Window).lightness() < middleLightness ? byNight : byDay;
+}
+
 void paintGrid(QPainter &painter, const QRectF &shown, const QSizeF &size)
 {
     const double step = shown.width() > 180.0 ? 30.0 : shown.width() > 60.0 ? 10.0 : 5.0;
     const QTransform transform = toScreenTransform(shown, size);
-    painter.setPen(QPen(gridColour, 0.0));
     for (double x = std::ceil(shown.left() / step) * step; x <= shown.right(); x += step)
         painter.drawLine(transform.map(QLineF(x, shown.top(), x, shown.bottom())));
     for (double y = std::ceil(shown.top() / step) * step; y <= shown.bottom(); y += step)
         painter.drawLine(transform.map(QLineF(shown.left(), y, shown.right(), y)));
 }
 
-QPixmap coastPixmap(const QRectF &shown, const QSize &size, double pixelRatio)
+QPixmap coastPixmap(const QRectF &shown, const QSize &size, double pixelRatio, const MapColours &colours)
 {
     QPixmap pixmap(size * pixelRatio);
     pixmap.setDevicePixelRatio(pixelRatio);
-    pixmap.fill(seaColour);
+    pixmap.fill(colours.sea);
     QPainter painter(&pixmap);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(coastColour, 0.6));
-    painter.setBrush(landColour);
+    painter.setPen(QPen(colours.coast, 0.6));
+    painter.setBrush(colours.land);
     painter.drawPath(landPath(shown, toScreenTransform(shown, size)));
+    painter.setPen(QPen(colours.grid, 0.0));
     paintGrid(painter, shown, size);
     return pixmap;
 }
@@ -105,13 +119,13 @@ QString longitudeText(double value)
 {
     const double turned = std::remainder(value, 360.0);
     const double longitude = turned == -180.0 ? 180.0 : turned;
-    const QString text = longitude < 0.0 ? QObject::tr("%1° з. д.") : QObject::tr("%1° в. д.");
+    const QString text = longitude < 0.0 ? WidgetTexts::tr("%1° з. д.") : WidgetTexts::tr("%1° в. д.");
     return unbroken(text.arg(degrees(longitude)));
 }
 
 QString latitudeText(double value)
 {
-    const QString text = value < 0.0 ? QObject::tr("%1° ю. ш.") : QObject::tr("%1° с. ш.");
+    const QString text = value < 0.0 ? WidgetTexts::tr("%1° ю. ш.") : WidgetTexts::tr("%1° с. ш.");
     return unbroken(text.arg(degrees(value)));
 }
 
@@ -120,12 +134,12 @@ QString latitudeText(double value)
 QString areaText(const QRectF &area)
 {
     const QString latitudes =
-        QObject::tr("%1 – %2", "range").arg(latitudeText(area.top()), latitudeText(area.bottom()));
+        WidgetTexts::tr("%1 – %2", "range").arg(latitudeText(area.top()), latitudeText(area.bottom()));
     if (area.width() >= 360.0)
-        return QObject::tr("все долготы, %1").arg(latitudes);
+        return WidgetTexts::tr("все долготы, %1").arg(latitudes);
     const QString longitudes =
-        QObject::tr("%1 – %2", "range").arg(longitudeText(area.left()), longitudeText(area.right()));
-    return QObject::tr("%1, %2", "longitudes, latitudes").arg(longitudes, latitudes);
+        WidgetTexts::tr("%1 – %2", "range").arg(longitudeText(area.left()), longitudeText(area.right()));
+    return WidgetTexts::tr("%1, %2", "longitudes, latitudes").arg(longitudes, latitudes);
 }
 
 WorldMap::WorldMap(QWidget *parent)
@@ -134,7 +148,7 @@ WorldMap::WorldMap(QWidget *parent)
 {
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setAccessibleName(QObject::tr("Карта мира"));
+    setAccessibleName(WidgetTexts::tr("Карта мира"));
     QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
@@ -145,8 +159,8 @@ void WorldMap::setArea(const QRectF &area)
 {
     m_area = area;
     m_shown = surroundings();
-    setAccessibleDescription(area.isNull() ? QObject::tr("Область применения неизвестна")
-                                           : QObject::tr("Область применения: %1").arg(areaText(area)));
+    setAccessibleDescription(area.isNull() ? WidgetTexts::tr("Область применения неизвестна")
+                                           : WidgetTexts::tr("Область применения: %1").arg(areaText(area)));
     update();
 }
 
@@ -220,7 +234,7 @@ void WorldMap::paintEvent(QPaintEvent *)
                          m_coast.size() != size() * devicePixelRatioF() ||
                          m_coast.devicePixelRatioF() != devicePixelRatioF();
     if (isStale) {
-        m_coast = coastPixmap(m_shown, size(), devicePixelRatioF());
+        m_coast = coastPixmap(m_shown, size(), devicePixelRatioF(), coloursFor(palette()));
         m_coastShown = m_shown;
     }
     QPainter painter(this);
@@ -263,7 +277,7 @@ void WorldMap::paintOverview(QPainter &painter)
     const QSize small(std::max(72, width() / 5), std::max(36, width() / 10));
     const QRect place(QPoint(width() - small.width() - 5, 5), small);
     if (m_world.size() != small * devicePixelRatioF())
-        m_world = coastPixmap(wholeWorld, small, devicePixelRatioF());
+        m_world = coastPixmap(wholeWorld, small, devicePixelRatioF(), coloursFor(palette()));
     painter.drawPixmap(place.topLeft(), m_world);
     painter.save();
     painter.setClipRect(place);
@@ -283,9 +297,9 @@ QString WorldMap::caption(const Neighbour *neighbour) const
     const QPointF place = toLonLat(*m_pointer);
     if (std::isnan(place.x()))
         return {};
-    const QString where =
-        QObject::tr("%1, %2", "longitude, latitude").arg(longitudeText(place.x()), latitudeText(place.y()));
-    return neighbour ? QObject::tr("%1 (%2)", "system, place").arg(neighbour->name, where) : where;
+    const QString where = WidgetTexts::tr("%1, %2", "longitude, latitude")
+                              .arg(longitudeText(place.x()), latitudeText(place.y()));
+    return neighbour ? WidgetTexts::tr("%1 (%2)", "system, place").arg(neighbour->name, where) : where;
 }
 
 void WorldMap::paintCaption(QPainter &painter, const QString &text) const
@@ -295,10 +309,20 @@ void WorldMap::paintCaption(QPainter &painter, const QString &text) const
     const QFontMetrics metrics = painter.fontMetrics();
     const int height = metrics.height() + 4;
     const QRect strip(0, this->height() - height, width(), height);
-    painter.fillRect(strip, QColor(0xff, 0xff, 0xff, 0xdc));
-    painter.setPen(Qt::black);
+    painter.fillRect(strip, faint(palette().color(QPalette::Base), 0xdc));
+    painter.setPen(palette().color(QPalette::Text));
     painter.drawText(strip.adjusted(6, 0, -6, 0), Qt::AlignVCenter | Qt::AlignLeft,
                      metrics.elidedText(text, Qt::ElideMiddle, strip.width() - 12));
+}
+
+/// The coast has the colours of the palette.
+void WorldMap::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::PaletteChange) {
+        m_coast = {};
+        m_world = {};
+    }
+    QWidget::changeEvent(event);
 }
 
 void WorldMap::mouseMoveEvent(QMouseEvent *event)

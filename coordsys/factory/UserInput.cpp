@@ -10,8 +10,10 @@
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/MapinfoPrjReader.h>
+#include <coordsys/MapinfoSearch.h>
 #include <coordsys/ProjEngine.h>
 #include <coordsys/ProjLibMetadata.h>
+#include <coordsys/SystemSearch.h>
 #include <coordsys/TABProjInfo.h>
 #include <coordsys/UserCoordSystem.h>
 
@@ -176,7 +178,8 @@ private:
     void noteCompound(const CodeText &codes);
     void noteIdentity(const CoordSystem &system);
     [[noreturn]] void throwUnknownCode(const CodeReference &code) const;
-    [[noreturn]] static void throwUnknown(const QString &text, const SystemNames &names);
+    QStringList nearestNames(const QString &text, const SystemNames &names) const;
+    [[noreturn]] void throwUnknown(const QString &text, const SystemNames &names) const;
     [[noreturn]] static void throwAmbiguous(const QString &text, const QVector<NamedSystem> &systems);
 
     const CoordSysFactory &m_factory;
@@ -532,7 +535,19 @@ void Reader::throwAmbiguous(const QString &text, const QVector<NamedSystem> &sys
         QObject::tr("Название «%1» носят несколько систем: %2").arg(shownText(text), shownList(shown)));
 }
 
-void Reader::throwUnknown(const QString &text, const SystemNames &names)
+/// What the search finds for the text, as everywhere else; names that look alike where it finds nothing.
+QStringList Reader::nearestNames(const QString &text, const SystemNames &names) const
+{
+    constexpr int mostShown = 5;
+    QStringList shown;
+    const auto search = systemSearch(m_factory);
+    for (const MapinfoSearch::Hit &hit :
+         search ? search->find(text, mostShown) : QVector<MapinfoSearch::Hit>())
+        shown << (hit.code.isEmpty() ? hit.name : QStringLiteral("%1 (%2)").arg(hit.name, hit.code));
+    return shown.isEmpty() ? names.nearest(text) : shown;
+}
+
+void Reader::throwUnknown(const QString &text, const SystemNames &names) const
 {
     const QString remark = names.remark(text);
     if (!remark.isEmpty())
@@ -542,7 +557,7 @@ void Reader::throwUnknown(const QString &text, const SystemNames &names)
         throw NotUnderstood(
             Error::Code::NotUnderstood,
             QObject::tr("«%1» — файл: чтобы прочитать его, напишите @%1").arg(shownText(text)));
-    const QStringList nearest = names.nearest(text);
+    const QStringList nearest = nearestNames(text, names);
     QStringList tried;
     for (const Notation &notation : notations)
         tried << QObject::tr(notation.name);

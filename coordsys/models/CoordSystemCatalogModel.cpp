@@ -401,6 +401,9 @@ QVariant CoordSystemCatalogModel::systemData(const QModelIndex &index, int role)
         return taggedText(index);
     case GroupRole:
         return groupName(sectionOf(index), groupOf(index));
+    case WithdrawnRole:
+        return m_index && record(index).epsg > 0 &&
+               m_index->search().isWithdrawn(QStringLiteral("EPSG:%1").arg(record(index).epsg));
     default:
         return {};
     }
@@ -454,6 +457,36 @@ QModelIndex CoordSystemCatalogModel::indexOfCode(int epsg) const
     }
     const std::optional<CatalogIndex::Row> rest = m_index ? m_index->uncatalogued(epsg) : std::nullopt;
     return rest ? systemIndex(EpsgDatabase, rest->country, rest->row) : QModelIndex();
+}
+
+/// The user's own system, by its text, else by what it is.
+QModelIndex CoordSystemCatalogModel::ownIndexOf(const CoordSystem &cs) const
+{
+    const CoordSystemTypes::SourceData source = cs.sourceParameters();
+    const CoordSystemPtr equal = m_factory->userCoordSystem()->storedEqual(cs);
+    for (int branch = 0; branch < m_branches.size(); ++branch) {
+        const QList<UserCoordSystem::CoordSystemParam> &entries = m_branches.at(branch).entries;
+        for (int row = 0; row < entries.size(); ++row) {
+            const bool isText = !cs.affineTransform() && entries.at(row).source() == source;
+            if (isText || (equal && entries.at(row).storedSystem() == equal))
+                return systemIndex(OwnSystems, branch, row);
+        }
+    }
+    return {};
+}
+
+QModelIndex CoordSystemCatalogModel::indexOfSystem(const CoordSystem &cs) const
+{
+    const bool isPlain = !cs.affineTransform();
+    if (isPlain && cs.sourceType() == CoordSystemTypes::Epsg)
+        if (const QModelIndex row = indexOfCode(cs.epsg()); row.isValid())
+            return row;
+    if (const QModelIndex own = ownIndexOf(cs); own.isValid())
+        return own;
+    const MapinfoCoordSystem::Position position = m_factory->mapinfoCoordSystem()->seekProj(cs, true);
+    if (position != MapinfoCoordSystem::PairNone)
+        return catalogueIndex(position.first, position.second);
+    return indexOfCode(isPlain ? cs.epsg() : cs.baseCode());
 }
 
 CoordSystemPtr CoordSystemCatalogModel::create(const QModelIndex &index) const

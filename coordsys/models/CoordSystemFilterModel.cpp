@@ -12,6 +12,7 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
+#include <utility>
 
 namespace nivora::cs {
 namespace {
@@ -59,6 +60,7 @@ struct NIVORA_CS_NO_EXPORT CoordSystemFilterModel::Query
 
     QString text;
     Place place;
+    bool isWithdrawnShown;
     std::shared_ptr<const CatalogIndex> index;
     QList<CoordSystemParamsList> categories;
     QList<UserCoordSystem::CsDataType> branches;
@@ -106,6 +108,12 @@ void CoordSystemFilterModel::setPlace(const std::optional<QRectF> &lonLat)
     refresh();
 }
 
+void CoordSystemFilterModel::setWithdrawnShown(bool isShown)
+{
+    if (std::exchange(m_isWithdrawnShown, isShown) != isShown && isFiltering())
+        refresh();
+}
+
 QString CoordSystemFilterModel::remark() const
 {
     return m_source.m_index ? m_source.m_index->search().remark(m_text, m_source.factory()->language())
@@ -134,7 +142,7 @@ void CoordSystemFilterModel::start()
 {
     m_worker->isRunning = true;
     m_worker->isOvertaken = false;
-    const Query query{m_text, m_place, m_source.m_index, m_source.m_categories, m_source.m_branches};
+    const Query query{m_text, m_place, m_isWithdrawnShown, m_source.m_index, m_source.m_categories, m_source.m_branches};
     m_worker->watcher.setFuture(QtConcurrent::run(&m_worker->pool, [query] { return query.answer(); }));
 }
 
@@ -222,6 +230,8 @@ QStringList CoordSystemFilterModel::Query::addFound(const QString &words, const 
     const std::optional<QPointF> middle = where ? std::optional<QPointF>(where->center()) : std::nullopt;
     const auto answer = index->search().answer(words, middle, std::numeric_limits<int>::max());
     for (const MapinfoSearch::Hit &hit : answer.hits) {
+        if (hit.isWithdrawn && !isWithdrawnShown)
+            continue;
         if (hit.isInCatalogue())
             out << Entry{CoordSystemCatalogModel::MapinfoCatalogue, hit.position.first, hit.position.second,
                          hit.epsg};

@@ -66,6 +66,13 @@ QString MapinfoSearch::remark(const QString &text, const QString &language) cons
     return m_data->lexicon.remark(wordsOf(text), language);
 }
 
+bool MapinfoSearch::isWithdrawn(const QString &code) const
+{
+    const SystemIndex &index = m_data->index();
+    const int system = index.withCode(code);
+    return system >= 0 && index.systems()[static_cast<std::size_t>(system)].hit.isWithdrawn;
+}
+
 QVector<MapinfoSearch::Hit> MapinfoSearch::at(const QPointF &lonLat, int limit) const
 {
     return answer({}, lonLat, limit).hits;

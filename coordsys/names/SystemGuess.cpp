@@ -26,6 +26,7 @@ constexpr std::size_t mostShifts = 48; ///< each costs some milliseconds
 constexpr double clusterReachM = 2000.0;
 constexpr double leastShare = 0.3;
 constexpr double doubtfulShare = 0.5;
+constexpr double hopeless = 15.0; ///< so much less likely than the first, natural logarithm
 constexpr int mostMembers = 30;
 
 /// Points from all parts of the data, those at its edges among them.
@@ -307,8 +308,9 @@ SystemGuess::Answer Guessing::answer(int limit)
     if (m_sample.empty())
         return answer;
     const std::vector<GuessCandidate> candidates = onGround(placed(inBoxes()));
-    for (const GuessGroup &group : groupsOf(candidates))
-        if (answer.entries.size() < limit)
+    const std::vector<GuessGroup> groups = groupsOf(candidates);
+    for (const GuessGroup &group : groups)
+        if (answer.entries.size() < limit && group.score > groups.front().score - hopeless)
             answer.entries << entryOf(group);
     answer.doubt = doubt(answer.entries);
     return answer;

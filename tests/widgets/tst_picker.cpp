@@ -2,6 +2,8 @@
 
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemFilterModel.h>
+#include <coordsys/MapinfoSearch.h>
+#include <coordsys/SystemSearch.h>
 #include <coordsys/UserCoordSystem.h>
 #include <support/Support.h>
 #include <widgets/CoordSystemDialog.h>
@@ -189,6 +191,105 @@ private Q_SLOTS:
         const CoordSystemPtr chosen = d.dialog.coordSystem();
         QCOMPARE(chosen ? chosen->epsg() : 0, code);
         store->removeCoordSystem(QStringLiteral("branch"), hopeless);
+    }
+
+    /// What was given comes back until another system is chosen: its own object, shown where its like stands.
+    void given_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("code"); // in the details
+        QTest::newRow("by code") << "EPSG:28407"
+                                 << "EPSG:28407";
+        QTest::newRow("CoordSys text") << R"(CoordSys Earth Projection 8, 104, "m", 39, 0, 0.9996, 500000, 0)"
+                                       << "EPSG:32637";
+        QTest::newRow("affine")
+            << R"(CoordSys Earth Projection 8, 1001, "m", 39, 0, 1, 7500000, 0 Affine Units "m", 1, 0, 5, 0, 1, 6)"
+            << "EPSG:28407";
+        QTest::newRow("in no list") << "+proj=tmerc +lat_0=0 +lon_0=38.123 +k=1 +x_0=1 +y_0=2 +ellps=krass"
+                                    << "";
+    }
+    void given()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, code);
+        const CoordSystemPtr system = support::shippedFactory()->createFromUserInput(text);
+        system->setDescription(QStringLiteral("a name of its own"));
+        Dialog d;
+        d.dialog.picker()->setCoordSystem(system);
+        QCOMPARE(d.dialog.picker()->coordSystem(), system);
+        QTRY_VERIFY_WITH_TIMEOUT(d.shownText().contains(QStringLiteral("a name of its own")), settled);
+        QVERIFY2(d.shownText().contains(code), qPrintable(d.shownText()));
+        QCOMPARE(d.list()->currentIndex().isValid(), !code.isEmpty());
+        QVERIFY(d.hasFound(QStringLiteral("utm 37"))); // a search that is given up changes nothing
+        d.search->clear();
+        QTest::mouseClick(d.ok, Qt::LeftButton);
+        QCOMPARE(d.dialog.coordSystem(), system);
+        QCOMPARE(d.dialog.coordSystem()->description(), QStringLiteral("a name of its own"));
+    }
+
+    /// Enter in the field of the place takes the place and leaves the window open; coordinates in the search
+    /// are a place, too.
+    void places()
+    {
+        Dialog d;
+        d.dialog.picker()->setCoordSystem(support::shippedFactory()->createFromEpsg(4326));
+        d.dialog.picker()->filterByPoint({37.6, 55.7});
+        for (QLineEdit *field : d.dialog.findChildren<QLineEdit *>())
+            if (field != d.search && field->isVisible())
+                QTest::keyClick(field, Qt::Key_Return);
+        QVERIFY(d.dialog.isVisible());
+        d.dialog.picker()->clearPlaceFilter();
+        d.search->setText(QStringLiteral("37.6, 55.7"));
+        QTRY_VERIFY_WITH_TIMEOUT(d.list() && d.list()->model()->rowCount() > 20, settled);
+        d.search->clear();
+        QVERIFY(!qobject_cast<CoordSystemFilterModel *>(d.list()->model()));
+    }
+
+    /// What the host does not take is no choice; none at all is one where it is allowed.
+    void kinds()
+    {
+        Dialog d;
+        d.dialog.picker()->setKinds(CoordSystemPicker::ProjectedKind);
+        d.dialog.picker()->setCoordSystem(support::shippedFactory()->createFromEpsg(4326));
+        QVERIFY(!d.dialog.picker()->coordSystem());
+        d.dialog.picker()->setCoordSystem(support::shippedFactory()->createFromEpsg(32637));
+        QVERIFY(d.dialog.picker()->coordSystem());
+        int told = 0;
+        connect(&d.dialog, &CoordSystemDialog::chosen, this, [&](const CoordSystemPtr &cs) { told += !cs; });
+        d.dialog.setNoSystemAllowed(true);
+        for (QPushButton *button : d.dialog.findChildren<QPushButton *>())
+            if (button->text() == QStringLiteral("Без системы"))
+                button->click();
+        QVERIFY(d.dialog.isNoSystem() && !d.dialog.coordSystem());
+        QCOMPARE(told, 1);
+    }
+
+    /// The program's search, the list, and what typed text is told to be nearest give the same first system.
+    void sameAnswers_data()
+    {
+        QTest::addColumn<QString>("text");
+        for (const char *text : {"Tokyo UTM", "Prague Krovak", "utm 22s", "romania national grid",
+                                 "google web", "берлин зона utm", "чехия кровак", "texas feet south",
+                                 "lambert paris 93", "гаусс крюгер самара"})
+            QTest::newRow(text) << QString::fromUtf8(text);
+    }
+    void sameAnswers()
+    {
+        QFETCH(QString, text);
+        const auto factory = support::shippedFactory();
+        const QVector<MapinfoSearch::Hit> hits = systemSearch(*factory)->find(text, 1);
+        QVERIFY(!hits.isEmpty());
+        Dialog d;
+        d.search->setText(text);
+        QVERIFY(QTest::qWaitFor([&] { return d.isAnswered(); }, settled));
+        QCOMPARE(codeIn(*d.list(), 0), hits.first().epsg);
+        try {
+            QCOMPARE(factory->createFromUserInput(text)->epsg(), hits.first().epsg);
+        } catch (const std::runtime_error &e) {
+            const QString told = QString::fromUtf8(e.what()).section(QStringLiteral("Ближайшее: "), 1);
+            QVERIFY2(told.startsWith(QStringLiteral("%1 (%2)").arg(hits.first().name, hits.first().code)),
+                     e.what());
+        }
     }
 
     /// A screen reader has a name for whatever gets the focus, and no text is left in the wrong language.
