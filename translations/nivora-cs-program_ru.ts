@@ -2286,13 +2286,11 @@ N S E W или С Ю В З. Сначала x, если буквы не гово�
         <translation>   или %1, на %2 в стороне
 </translation>
     </message>
-    <message numerus="yes">
-        <source>   or %n more</source>
-        <translation>
-            <numerusform>   или ещё %n</numerusform>
-            <numerusform>   или ещё %n</numerusform>
-            <numerusform>   или ещё %n</numerusform>
-        </translation>
+    <message>
+        <source>   or %1 more
+</source>
+        <translation>   или ещё %1
+</translation>
     </message>
     <message>
         <source>   not decidable: more than 30 systems put the data on the same ground

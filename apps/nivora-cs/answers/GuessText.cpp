@@ -72,7 +72,7 @@ QString membersText(const SystemGuess::Entry &entry)
         text += QObject::tr("   or %1, %2 away\n")
                     .arg(memberText(entry.members.at(i)), metresText(entry.members.at(i).metres));
     if (const int rest = entry.members.size() - 1 - shownMembers + entry.more; rest > 0)
-        text += QObject::tr("   or %n more", nullptr, rest) + QLatin1Char('\n');
+        text += QObject::tr("   or %1 more\n").arg(rest);
     if (entry.members.size() < 2)
         return text;
     if (!entry.isDecidable())
