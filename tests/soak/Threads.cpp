@@ -186,6 +186,24 @@ bool changesDefault(const Stage &stage, Random &)
     return stage.factory->currentCoordSystem() && CoordSysFactory::defaultCoordSysFactory();
 }
 
+/// Another factory starts, is the default for a while, and its catalogues go; its systems outlive it.
+bool swapsFactories(const Stage &stage, Random &random)
+{
+    constexpr unsigned seldom = 16; // a start costs as much as all the rest
+    if (random() % seldom != 0)
+        return true;
+    std::shared_ptr<CoordSysFactory> own = startFactory(nullptr);
+    if (!own)
+        return false;
+    const CoordSystemPtr cs = own->createFromTaggedString(newText(random));
+    const bool isNamed = !cs->description().isEmpty();
+    CoordSysFactory::setDefaultCoordSysFactory(stage.factory);
+    own->clearEnvironment();
+    own.reset();
+    QPointF planar;
+    return isNamed && cs->forward(moscow, planar) && !cs->taggedString().isEmpty();
+}
+
 struct Act
 {
     const char *name;
@@ -193,13 +211,21 @@ struct Act
 };
 
 constexpr Act acts[] = {
-    {"create", create},       {"there and back", thereAndBack},
-    {"mesh", meshes},         {"list", bulk},
-    {"bounds", bounds},       {"information", tells},
-    {"measures", measures},   {"user input", reads},
-    {"names", names},         {"comparison", compares},
-    {"search", finds},        {"grid reference", gridReference},
-    {"user store", ownStore}, {"default factory", changesDefault},
+    {"create", create},
+    {"there and back", thereAndBack},
+    {"mesh", meshes},
+    {"list", bulk},
+    {"bounds", bounds},
+    {"information", tells},
+    {"measures", measures},
+    {"user input", reads},
+    {"names", names},
+    {"comparison", compares},
+    {"search", finds},
+    {"grid reference", gridReference},
+    {"user store", ownStore},
+    {"default factory", changesDefault},
+    {"swapped factories", swapsFactories},
 };
 
 void runOne(const Act &act, const Stage &stage, Random &random, std::atomic<int> &faults)

@@ -256,7 +256,7 @@ bool LayerCopy::writePart(OGRFeatureH feature, Geometry geometry)
 }
 
 /// False for a feature that goes among the rejected ones.
-bool LayerCopy::write(FeatureBatch::Item &item)
+bool LayerCopy::write(FeatureBatch::Item &item, const Advanced &advanced)
 {
     OGRFeatureH feature = item.feature.get();
     const auto verdict =
@@ -271,6 +271,9 @@ bool LayerCopy::write(FeatureBatch::Item &item)
                 isWritten;
     else
         isWritten = writePart(feature, std::move(item.geometry));
+    if (!isWritten && !m_hasFailed)
+        advanced(m_written); // a full disk is no loss of the format
+    m_hasFailed = m_hasFailed || !isWritten;
     if (!isWritten)
         m_losses.add(Loss::Features, QObject::tr("a feature of \"%1\" cannot be written: %2")
                                          .arg(m_job.layer.name, m_messages.reason()));
@@ -279,7 +282,7 @@ bool LayerCopy::write(FeatureBatch::Item &item)
     return isWritten;
 }
 
-void LayerCopy::run(const Rejected &rejected, const std::function<void(GIntBig)> &advanced)
+void LayerCopy::run(const Rejected &rejected, const Advanced &advanced)
 {
     recodeNames();
     FeatureReader reader(m_job.source, m_job.change);
@@ -294,7 +297,7 @@ void LayerCopy::run(const Rejected &rejected, const std::function<void(GIntBig)>
             noteNumbers(item);
             if (item.rejection)
                 rejected(m_job.layer.name, *item.rejection);
-            else if (!write(item))
+            else if (!write(item, advanced))
                 rejected(m_job.layer.name, {item.fid, item.firstVertex, Rejection::NotWritable});
         }
         advanced(m_written);

@@ -25,12 +25,13 @@ public:
         ValueProbe &values;
         const TextCoding &coding; ///< of texts that are not UTF-8
     };
+    using Advanced = std::function<void(GIntBig)>;
     using Rejected = std::function<void(const QString &layer, const Rejection &rejection)>;
 
     LayerCopy(const Job &job, Losses &losses, GdalMessages &messages);
 
     /// Calls \p advanced with the number of features written so far, now and then. Throws Failure.
-    void run(const Rejected &rejected, const std::function<void(GIntBig)> &advanced);
+    void run(const Rejected &rejected, const Advanced &advanced);
     /// Features of the output.
     GIntBig written() const { return m_written; }
     /// Whether numbers that the source stores are not in the output.
@@ -50,7 +51,7 @@ private:
     void checkValues(std::vector<FeatureBatch::Item> &items);
     void noteNumbers(const FeatureBatch::Item &item);
     void takeSamples(const QVector<QPointF> &vertices);
-    bool write(FeatureBatch::Item &item);
+    bool write(FeatureBatch::Item &item, const Advanced &advanced);
     bool writePart(OGRFeatureH feature, Geometry geometry);
     LayerWriter::Plan plan() const;
 
@@ -66,6 +67,7 @@ private:
     GIntBig m_firstNumber = 0;
     bool m_numbersLost = false;
     bool m_hasHeights = false;
+    bool m_hasFailed = false;                         ///< to write a feature
     using Kind = std::pair<OGRwkbGeometryType, bool>; ///< and whether there are curves inside
     std::set<Kind> m_kinds;
     std::set<FeatureKind> m_featureKinds;

@@ -122,7 +122,8 @@ void StagedOutput::checkRoom() const
     QFile file(dir().filePath(QStringLiteral(".room")));
     const bool fits =
         file.open(QIODevice::WriteOnly) && file.write(QByteArray(size, '\1')) == size && file.flush();
-    const QString why = file.errorString();
+    const bool isShort = file.error() == QFileDevice::NoError; // fewer bytes than asked for, and no more word
+    const QString why = isShort ? systemMessage(ENOSPC) : file.errorString();
     file.remove();
     if (!fits)
         throw Failure(QObject::tr("cannot write %1: %2").arg(m_target, why));
