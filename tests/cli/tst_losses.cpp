@@ -62,6 +62,13 @@ private Q_SLOTS:
         row("a line of one vertex", R"("a":1)",
             R"({"type":"LineString","coordinates":[[1,2]]}|{"type":"LineString","coordinates":[[1,2],[3,4]]})",
             "gpkg geojson mif:features tab:features");
+        row("kinds of geometry", R"("a":1)",
+            R"({"type":"Point","coordinates":[1,2]}|{"type":"LineString","coordinates":[[1,2],[3,4]]})",
+            "gpkg shp:features tab mif geojson fgb kml gml");
+        row("no geometry", R"("a":1)", R"({"type":"Point","coordinates":[1,2]}|null)",
+            "gpkg shp tab mif geojson kml gml fgb:features");
+        row("long names", R"("a_name_of_twenty_letters":1)", "",
+            "gpkg shp:names tab mif geojson fgb kml gml");
         row("several polygons", R"("a":1)",
             R"({"type":"MultiPolygon","coordinates":[[[[1,2],[3,2],[3,4],[1,2]]],[[[5,2],[6,2],[6,4],[5,2]]]]})",
             "gpkg geojson mif tab shp kml");

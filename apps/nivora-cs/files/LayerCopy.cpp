@@ -51,6 +51,8 @@ OGRwkbGeometryType layerType(OGRLayerH source, const QString &driver,
 {
     const OGRwkbGeometryType type = OGR_L_GetGeomType(source);
     const TypedDriver *const typed = typedDriver(driver);
+    if (typed && !typed->mixed && OGR_GT_Flatten(type) == wkbGeometryCollection)
+        return wkbUnknown; // what may be in one decides
     if (!typed || OGR_GT_Flatten(type) != wkbUnknown)
         return type;
     bool heights = false;
