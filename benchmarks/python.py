@@ -64,6 +64,8 @@ def main():
     ratios.append(beside("a system from the same code", CALLS // 20, "us", lambda: [nivora_cs.CoordSystem("EPSG:32637") for _ in range(CALLS // 20)], lambda: [pyproj.CRS("EPSG:32637") for _ in range(CALLS // 20)]))
     wkt = [pyproj.CRS(text).to_wkt() for text in texts]
     ratios.append(beside("a system from WKT", count, "us", makers(nivora_cs.CoordSystem, wkt), makers(pyproj.CRS, wkt)))
+    texts = [f"+proj=tmerc +lon_0={i / 3} +x_0=500000 +ellps=krass +units=m +type=crs" for i in range(count * (RUNS + 1))]
+    ratios.append(beside("a system from PROJ text", count, "us", makers(nivora_cs.CoordSystem, texts), makers(pyproj.CRS, texts)))
     return 0 if max(ratios) <= 1.05 else 1
 
 
