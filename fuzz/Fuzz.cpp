@@ -30,6 +30,8 @@ constexpr FuzzTarget targets[] = {
     {"mgrs", fuzzMgrs},
     {"pointline", fuzzPointLine},
     {"csv", fuzzCsv},
+    {"csvoptions", fuzzCsvOptions},
+    {"lines", fuzzLines},
 };
 
 const FuzzTarget *chosen = nullptr;

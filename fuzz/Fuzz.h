@@ -35,6 +35,8 @@ void fuzzMapFile(const QByteArray &input);
 void fuzzMgrs(const QByteArray &input);
 void fuzzPointLine(const QByteArray &input);
 void fuzzCsv(const QByteArray &input);
+void fuzzCsvOptions(const QByteArray &input);
+void fuzzLines(const QByteArray &input);
 
 /// A broken promise: says which on stderr and aborts, so that libFuzzer keeps the input.
 void require(bool holds, const char *promise);
