@@ -25,9 +25,9 @@ std::unique_ptr<CoordSysFactory> freshFactory(const QString &userDir)
 }
 
 /// Anew on a factory that has answered nothing yet.
-void addFirstLookUp(const CoordSystemPtr &stranger, const QString &userDir)
+void addFirstLookUp(const CoordSystemPtr &unlisted, const QString &userDir)
 {
-    const auto library = [stranger, userDir](State &state) {
+    const auto library = [unlisted, userDir](State &state) {
         for (auto _ : state) {
             state.PauseTiming();
             auto factory = freshFactory(userDir);
@@ -36,7 +36,7 @@ void addFirstLookUp(const CoordSystemPtr &stranger, const QString &userDir)
                 break;
             }
             state.ResumeTiming();
-            benchmark::DoNotOptimize(factory->mapinfoCoordSystem()->seekProj(*stranger, false));
+            benchmark::DoNotOptimize(factory->mapinfoCoordSystem()->seekProj(*unlisted, false));
             state.PauseTiming();
             factory.reset();
             state.ResumeTiming();
@@ -52,9 +52,9 @@ void addCatalogue(const std::shared_ptr<CoordSysFactory> &factory, const QString
     const QString known = QStringLiteral("CoordSys Earth Projection 8, 1001, \"m\", 39, 0, 1, 7500000, 0");
     const QString unknown =
         QStringLiteral("CoordSys Earth Projection 8, 1001, \"m\", 38.4836, 0, 1, 250000, -5700000");
-    const CoordSystemPtr stranger = factory->createWithoutDescription(unknown);
+    const CoordSystemPtr unlisted = factory->createWithoutDescription(unknown);
     const auto catalogue = factory->mapinfoCoordSystem();
-    if (catalogue->seekProj(*stranger, true) != MapinfoCoordSystem::PairNone ||
+    if (catalogue->seekProj(*unlisted, true) != MapinfoCoordSystem::PairNone ||
         catalogue->seekProj(*factory->createWithoutDescription(known), true) ==
             MapinfoCoordSystem::PairNone) {
         std::fputs("the catalogue is not the one that the figures are meant for\n", stderr);
@@ -67,10 +67,10 @@ void addCatalogue(const std::shared_ptr<CoordSysFactory> &factory, const QString
                 state.SkipWithError("cannot load the catalogues");
     };
     add({"start-up with the full catalogue", 25000.0, Row::Microseconds, 3, "QGIS 37 ms"}, startUp, nullptr);
-    addFirstLookUp(stranger, userDir);
-    const auto lookUp = [catalogue, stranger](State &state) {
+    addFirstLookUp(unlisted, userDir);
+    const auto lookUp = [catalogue, unlisted](State &state) {
         for (auto _ : state)
-            benchmark::DoNotOptimize(catalogue->seekProj(*stranger, false));
+            benchmark::DoNotOptimize(catalogue->seekProj(*unlisted, false));
     };
     add({"later look-ups that find nothing", 100.0, Row::Microseconds}, lookUp, nullptr);
 

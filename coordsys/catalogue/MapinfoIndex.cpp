@@ -24,8 +24,8 @@
 namespace nivora::cs {
 namespace {
 
-// All far wider than the digits that the engines lose: a filter may let a stranger in, never keep an equal
-// out.
+// All far wider than the digits that the engines lose: a filter may let an unequal entry in, never keep an
+// equal out.
 constexpr double axisSlackM = 1.0;
 constexpr double angleSlackDeg = 1e-6;
 constexpr double lengthSlackM = 1e-2;

@@ -1,5 +1,6 @@
 #include "CrsDefinition_p.h"
 
+#include "AreaOfUse_p.h"
 #include "CrsComparison_p.h"
 #include "DerivedPlane_p.h"
 #include "FusedUnits_p.h"
@@ -309,12 +310,7 @@ double CrsDefinition::semiMinorM() const
 std::optional<QRectF> CrsDefinition::areaOfUse() const
 {
     const QMutexLocker lock(globalProj4Mutex());
-    double west = 0.0, south = 0.0, east = 0.0, north = 0.0;
-    if (!m_crs ||
-        !proj_get_area_of_use(globalProjContext(), m_crs.get(), &west, &south, &east, &north, nullptr) ||
-        west < -180.0) // PROJ's -1000 for none
-        return std::nullopt;
-    return QRectF(QPointF(west, south), QPointF(east < west ? east + 360.0 : east, north));
+    return cs::areaOfUse(globalProjContext(), m_crs.get());
 }
 
 PjHandle CrsDefinition::copyOfCrs() const

@@ -1,5 +1,6 @@
 #include "CatalogIndex_p.h"
 
+#include "GeographicExtent_p.h"
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjLibMetadata.h>
 
@@ -15,14 +16,6 @@ using Kind = CoordSystemCatalogModel::Kind;
 
 /// "Russian Federation - onshore between 36°E and 42°E" belongs to "Russian Federation".
 QString countryOf(const QString &areaName) { return areaName.section(QStringLiteral(" - "), 0, 0).trimmed(); }
-
-/// The database's rectangles have a negative width across the 180th meridian.
-QRectF eastward(QRectF area)
-{
-    if (area.width() < 0.0)
-        area.setWidth(area.width() + 360.0);
-    return area;
-}
 
 CatalogIndex::System systemOf(const ProjLibMetadata::ProjectionInfo &info)
 {

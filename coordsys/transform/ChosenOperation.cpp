@@ -1,6 +1,7 @@
 #include "ChosenOperation_p.h"
 
 #include "CodedError_p.h"
+#include "GeographicExtent_p.h"
 #include "JoinedOperation_p.h"
 #include "TransformOperations_p.h"
 #include <coordsys/CoordSystem.h>
@@ -26,8 +27,7 @@ PjArea areaOf(const OperationChoice &choice)
     if (!choice.area())
         return nullptr;
     PjArea area(proj_area_create());
-    const QRectF rect =
-        choice.area()->width() < 0.0 ? choice.area()->adjusted(0.0, 0.0, 360.0, 0.0) : *choice.area();
+    const QRectF rect = eastward(*choice.area());
     const double east = rect.right() > 180.0 ? rect.right() - 360.0 : rect.right();
     proj_area_set_bbox(area.get(), rect.left(), rect.top(), east, rect.bottom());
     return area;

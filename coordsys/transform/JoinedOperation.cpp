@@ -1,5 +1,6 @@
 #include "JoinedOperation_p.h"
 
+#include "AreaOfUse_p.h"
 #include "CodedError_p.h"
 #include "CrsParts_p.h"
 #include "ProjPoint_p.h"
@@ -74,12 +75,10 @@ QString endsText(const PJ *operation)
 /// A place of both systems in degrees on WGS 84: the middle of the source's area. None without one.
 std::optional<QPointF> middleOf(const CoordSystemPtr &system)
 {
-    double west = 0.0, south = 0.0, east = 0.0, north = 0.0;
     std::optional<QPointF> middle;
     askWithEnds(globalProjContext(), system, system, [&](const PJ *crs, const PJ *) {
-        if (proj_get_area_of_use(globalProjContext(), crs, &west, &south, &east, &north, nullptr) &&
-            west > -1000.0)
-            middle = QPointF(west + std::fmod(east - west + 360.0, 360.0) / 2.0, (south + north) / 2.0);
+        if (const std::optional<QRectF> area = areaOfUse(globalProjContext(), crs))
+            middle = area->center();
         return true;
     });
     return middle;

@@ -78,14 +78,14 @@ PooledOperationPtr OperationPool::idle()
 }
 
 /// That of a thread which does not convert at this moment, and may be gone.
-PooledOperationPtr OperationPool::fromPlaces()
+PooledOperationPtr OperationPool::fromSlots()
 {
     PooledOperationPtr engine;
-    for (Slot &place : m_places) {
-        if (engine || place.isTaken.exchange(true, std::memory_order_acquire))
+    for (Slot &slot : m_slots) {
+        if (engine || slot.isTaken.exchange(true, std::memory_order_acquire))
             continue;
-        engine = std::move(place.engine);
-        place.isTaken.store(false, std::memory_order_release);
+        engine = std::move(slot.engine);
+        slot.isTaken.store(false, std::memory_order_release);
     }
     return engine;
 }
@@ -94,7 +94,7 @@ PooledOperationPtr OperationPool::borrow()
 {
     if (PooledOperationPtr engine = idle())
         return engine;
-    PooledOperationPtr engine = fromPlaces();
+    PooledOperationPtr engine = fromSlots();
     return engine ? std::move(engine) : clonedFrom(*m_original);
 }
 
@@ -106,8 +106,8 @@ void OperationPool::giveBack(PooledOperationPtr engine)
 
 void PoolLease::borrow()
 {
-    m_engine = m_stock.borrow();
-    m_queue = m_engine ? &m_engine->queue : &m_stock.original();
+    m_engine = m_pool.borrow();
+    m_queue = m_engine ? &m_engine->queue : &m_pool.original();
     if (!m_engine) {
         globalProj4Mutex()->lock();
         m_isLocked = true;
@@ -132,7 +132,7 @@ void PoolLease::giveBack()
     if (m_isLocked)
         globalProj4Mutex()->unlock();
     else
-        m_stock.giveBack(std::move(m_engine));
+        m_pool.giveBack(std::move(m_engine));
 }
 
 } // namespace nivora::cs

@@ -55,8 +55,8 @@ public:
     OperationPool(const OperationPool &) = delete;
     OperationPool &operator=(const OperationPool &) = delete;
 
-    /// The calling thread's place, which it shares with few others or none.
-    Slot &slotOfThread() { return m_places[threadNumber() % m_places.size()]; }
+    /// The calling thread's slot, which it shares with few others or none.
+    Slot &slotOfThread() { return m_slots[threadNumber() % m_slots.size()]; }
     /// One that nobody uses, else a new one; null when PROJ cannot clone any more.
     PooledOperationPtr borrow();
     void giveBack(PooledOperationPtr engine);
@@ -70,10 +70,10 @@ private:
     }
     static unsigned newThreadNumber();
     PooledOperationPtr idle();
-    PooledOperationPtr fromPlaces();
+    PooledOperationPtr fromSlots();
 
     TransformQueuePtr m_original;
-    std::array<Slot, 16> m_places;
+    std::array<Slot, 16> m_slots;
     QMutex m_mutex; ///< guards m_idle
     std::vector<PooledOperationPtr> m_idle;
 };
@@ -83,9 +83,9 @@ private:
 class PoolLease
 {
 public:
-    explicit PoolLease(OperationPool &stock)
-        : m_stock(stock)
-        , m_claim(stock.slotOfThread())
+    explicit PoolLease(OperationPool &pool)
+        : m_pool(pool)
+        , m_claim(pool.slotOfThread())
     {
         if (m_claim.place && m_claim.place->engine)
             m_queue = &m_claim.place->engine->queue;
@@ -123,7 +123,7 @@ private:
     void borrow();
     void giveBack();
 
-    OperationPool &m_stock;
+    OperationPool &m_pool;
     Claim m_claim;
     const TransformQueue *m_queue = nullptr;
     PooledOperationPtr m_engine; ///< that of no place

@@ -1,5 +1,6 @@
 #include <coordsys/SpatialTransform.h>
 
+#include "AreaOfUse_p.h"
 #include "ChosenOperation_p.h"
 #include "CrsParts_p.h"
 #include "OperationPool_p.h"
@@ -48,19 +49,15 @@ bool leavesGeoidOut(const TransformOperation &operation)
 /// The height of the geoid of 1996 above the ellipsoid in the middle of an area; none without its file.
 std::optional<double> geoidM(PJ_CONTEXT *context, const PJ *crs)
 {
-    double west = 0.0, south = 0.0, east = 0.0, north = 0.0;
+    constexpr double widest = 60.0; // degrees; the geoid of the whole earth has no middle
     const PjHandle geoid =
         ownPj(proj_create(context, "+proj=vgridshift +grids=us_nga_egm96_15.tif +multiplier=1"));
-    if (!geoid || !proj_get_area_of_use(context, crs, &west, &south, &east, &north, nullptr) || west < -360.0)
+    const std::optional<QRectF> area = areaOfUse(context, crs);
+    if (!geoid || !area || !(area->width() > 0.0 && area->width() < widest))
         return std::nullopt;
-    constexpr double widest = 60.0; // degrees; the geoid of the whole earth has no middle
-    const double width = std::fmod(east - west + 360.0, 360.0);
-    if (!(width > 0.0 && width < widest))
-        return std::nullopt;
-    const double middle = west + width / 2.0;
-    const PJ_COORD height =
-        proj_trans(geoid.get(), PJ_FWD,
-                   proj_coord(proj_torad(middle), proj_torad((south + north) / 2.0), 0.0, HUGE_VAL));
+    const QPointF middle = area->center();
+    const PJ_COORD height = proj_trans(
+        geoid.get(), PJ_FWD, proj_coord(proj_torad(middle.x()), proj_torad(middle.y()), 0.0, HUGE_VAL));
     return std::isfinite(height.v[2]) ? std::make_optional(std::fabs(height.v[2])) : std::nullopt;
 }
 

@@ -2,6 +2,7 @@
 
 #include "CodedError_p.h"
 #include "CoordTransformCache_p.h"
+#include "GeographicExtent_p.h"
 #include "SearchContext_p.h"
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
@@ -182,22 +183,15 @@ TransformOperation usedOperation(const ProjOperation &step)
     return step.single ? *step.single : lastUsedOperation(globalProjContext(), step.pj.get());
 }
 
-QRectF unwrapped(QRectF area)
-{
-    if (area.width() < 0.0)
-        area.setWidth(area.width() + 360.0); // across the 180th meridian
-    return area;
-}
-
 /// The best that works in the middle of an operation's area.
 std::optional<double> bestAccuracy(const QVector<TransformOperation> &working,
                                    const TransformOperation &offered)
 {
     std::optional<double> best;
-    const QPointF middle = unwrapped(offered.area).center();
+    const QPointF middle = eastward(offered.area).center();
     for (const TransformOperation &operation : working) {
         const double metres = operation.isBallpark ? -1.0 : operation.accuracyM;
-        const QRectF area = unwrapped(operation.area);
+        const QRectF area = eastward(operation.area);
         const bool fits = area.isNull() || area.contains(middle) || area.contains(middle - QPointF(360, 0)) ||
                           area.contains(middle + QPointF(360, 0));
         if (operation.step == offered.step && fits && metres >= 0.0 && (!best || metres < *best))

@@ -10,6 +10,15 @@
 
 namespace nivora::cs {
 
+/// The same area without a negative width, which PROJ's sides have across the 180th meridian, and so do the
+/// areas of the public structures.
+inline QRectF eastward(QRectF area)
+{
+    if (area.width() < 0.0)
+        area.setWidth(area.width() + 360.0);
+    return area;
+}
+
 /// As a share of the sphere.
 inline double shareOfEarth(const QRectF &area)
 {
