@@ -8,11 +8,9 @@
 #include "CrsDefinition_p.h"
 #include "DriverText_p.h"
 #include "EngineGate_p.h"
-#include "InputFile_p.h"
 #include "OsrHandle_p.h"
 #include "ProjText_p.h"
 #include "ProjectionTable_p.h"
-#include <coordsys/CoordSysRect.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
 #include <coordsys/CoordSystemStrings.h>
@@ -23,15 +21,12 @@
 #include <coordsys/SpatialReferenceText.h>
 #include <platform/Logger.h>
 
-#include <QFile>
 #include <QMutexLocker>
 #include <QObject>
 #include <QRegularExpression>
-#include <QXmlStreamReader>
 
 #include <cmath>
 #include <memory>
-#include <optional>
 
 namespace nivora::cs {
 namespace {
@@ -223,16 +218,6 @@ PjHandle projObjectFor(const CoordSystem &cs, const TABProjInfo_t &record)
         }
     }
     return proj4FromString(text);
-}
-
-/// "8307" or "0x2073"; nothing for a list, a sign, blanks, or a number beyond an int.
-std::optional<int> cleanNumber(const QString &text)
-{
-    static const QRegularExpression clean(QStringLiteral("\\A(?:0x[0-9a-fA-F]+|[0-9]+)\\z")); // "0x2073"
-    const bool hex = text.startsWith(QLatin1String("0x"));
-    bool isNumber = false;
-    const int number = text.toInt(&isNumber, hex ? 16 : 10);
-    return isNumber && clean.match(text).hasMatch() ? std::optional<int>(number) : std::nullopt;
 }
 
 } // namespace
@@ -469,72 +454,6 @@ CoordSystemPtr CoordSysFactory::createFromTaggedString(const QString &text) cons
     if (begins(QLatin1String("epsg:")))
         return createFromEpsg(body.toInt());
     return createFromPrj(begins(QLatin1String("prj:")) ? body : text);
-}
-
-CoordSystemPtr CoordSysFactory::createNonEarth(int unitCode, QRectF bounds) const
-{
-    const CatalogueScope scope(*this);
-    const QString units =
-        QStringLiteral("CoordSys NonEarth Units \"%1\"").arg(m_params->unitByID(unitCode)->name());
-    return createFromPrj(units + boundConditionAsString(bounds));
-}
-
-CoordSystemPtr CoordSysFactory::createFromOracleSRID(int srid) const
-{
-    const CatalogueScope scope(*this);
-    LOG_INFO(QStringLiteral("SRID=%1").arg(srid));
-    const QString path = m_resourceDir.absoluteFilePath(QStringLiteral("OracleSRID.xml"));
-    QFile file(path);
-    if (!openInput(file).isEmpty())
-        throwCoded<std::runtime_error>(Error::Code::FileFailed,
-                                       QObject::tr("Не могу открыть файл %0").arg(path));
-
-    QString prj;
-    QXmlStreamReader xml(&file);
-    readRoot(xml); // whatever its name
-    while (prj.isEmpty() && xml.readNextStartElement()) {
-        const QString text = xml.attributes().value(QLatin1String("mbproj")).trimmed().toString();
-        if (!text.isEmpty() && cleanNumber(xml.attributes().value(QLatin1String("srid")).toString()) == srid)
-            prj = QStringLiteral("CoordSys Earth Projection, ") + text;
-        xml.skipCurrentElement();
-    }
-    if (xml.hasError())
-        LOG_ERROR(
-            QStringLiteral("%1:%2: %3").arg(path, QString::number(xml.lineNumber()), xml.errorString()));
-    if (prj.isEmpty())
-        throwCoded<std::runtime_error>(
-            Error::Code::UnknownCode,
-            QObject::tr("Данные для SRID=%1 в файле %0 отсутствуют").arg(path, QString::number(srid)));
-    CoordSystemPtr cs = createFromPrj(prj);
-    cs->setSourceParameters({CoordSystem::Oracle, QString::number(srid)});
-    return cs;
-}
-
-CoordSystemPtr CoordSysFactory::resetRectCsToDefault(const CoordSystemPtr &cs) const
-{
-    const CatalogueScope scope(*this);
-    CoordSystemPtr copy = cs->clone();
-    const QRectF bounds = m_coordSysRect->rect(copy);
-    copy->setRectCoordSystem(hasAffine(cs) ? cs->affineTransform()->mapRect(bounds) : bounds);
-    if (hasAffine(cs))
-        copy->setAffineTransform(std::make_unique<QTransform>(*cs->affineTransform()), cs->affineUnit());
-    cs->m_isEpsgCatalogued ? copy->setCataloguedEpsg(cs->m_epsg) : copy->setEpsg(cs->m_epsg);
-    return copy;
-}
-
-QVector<CoordSystemPtr> CoordSysFactory::cropCoordSystems()
-{
-    static const QStringList cropCsList = {QStringLiteral("CoordSys Earth Projection,4,104,7,90,90,90"),
-                                           QStringLiteral("CoordSys Earth Projection,4,104,7,0,90,90")};
-    // Never destroyed: statics may still convert while the process ends.
-    static const QVector<CoordSystemPtr> &systems = *[] {
-        const auto catalogues = activeCatalogues();
-        auto made = std::make_unique<QVector<CoordSystemPtr>>();
-        for (const QString &prj : cropCsList)
-            *made << catalogues->createWithoutDescription(prj);
-        return made.release();
-    }();
-    return systems;
 }
 
 void CoordSysFactory::setAffineParams(CoordSystem &cs, const QStringList &params)
