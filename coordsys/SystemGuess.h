@@ -62,6 +62,7 @@ public:
     {
         QVector<Member> members; ///< the likeliest first, at most 30
         int more = 0;            ///< further members, so that nothing decides among them
+        /// Under which they do.
         QVector<GuessAssumption> assumptions;
         QPointF centre;                  ///< of the data
         QRectF box;                      ///< of the data; width may run on across the 180th meridian
