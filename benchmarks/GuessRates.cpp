@@ -145,8 +145,7 @@ int main(int argc, char **argv)
         if (question.points.isEmpty() || std::fabs(centre.y()) > 85.0)
             continue;
         QString instead;
-        if (!getenv("nobare"))
-            bare.take(guess, question, system.code, instead);
+        bare.take(guess, question, system.code, instead);
         const double eastward = hint(random) / std::cos(centre.y() * M_PI / 180.0);
         question.place = QPointF(std::remainder(centre.x() + eastward, 360.0),
                                  std::clamp(centre.y() + hint(random), -90.0, 90.0));
