@@ -53,6 +53,10 @@ public:
     /// Of some codes the one whose entry in the MapInfo catalogue has this record (clauses left aside), the
     /// first in the catalogue when several have; else EPSG_UNDEFINDED.
     virtual int codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const = 0;
+    /// The codes of the MapInfo catalogue's entries that have this record but for rounded figures (the sixth
+    /// decimal of a degree, the seventh figure of other numbers), in the catalogue's order. None unless the
+    /// source says otherwise.
+    virtual QVector<int> codesNearRecord(const TABProjInfo_t &record) const;
     /// The description that the user gave to a system, empty when there is none.
     virtual QString userDescription(const CoordSystem &cs) const = 0;
 

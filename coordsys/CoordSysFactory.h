@@ -154,6 +154,7 @@ public:
     QString prjOfCode(int epsg) const override;
     std::optional<PrjText> writtenText(int epsg) const override;
     int codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const override;
+    QVector<int> codesNearRecord(const TABProjInfo_t &record) const override;
     QString userDescription(const CoordSystem &cs) const override;
 
 private:

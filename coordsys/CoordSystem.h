@@ -333,6 +333,7 @@ private:
     QString withOwnClauses(const QString &written) const;
     QString affineUnitName() const;
     int searchedEpsg(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress) const;
+    int nearEntryCode() const;
     bool samePj(const CoordSystem &other) const;
     bool sameUnit(const CoordSystem &other) const;
     bool sameRect(const CoordSystem &other) const;

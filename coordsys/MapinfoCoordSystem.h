@@ -84,6 +84,8 @@ public:
     /// Of some codes the one whose first entry has this record (clauses left aside), the first in file order;
     /// else EPSG_UNDEFINDED.
     int codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const;
+    /// The codes of the entries that have this record but for rounded figures, in the order of the file.
+    QVector<int> codesNearRecord(const TABProjInfo_t &record) const;
     /// The first entry, in file order, that equals the system (CoordSystem::isEqual with the flag), else
     /// PairNone. An entry that cannot be built is unequal (logged once).
     Position seekProj(const CoordSystem &cs, bool ignoreRect) const;

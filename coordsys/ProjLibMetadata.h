@@ -42,8 +42,10 @@ public:
     QRectF rectWgs84ForCrs(int code, const QString &auth) const;
 
     /// EPSG code of the system that the text describes, CoordSystem::EPSG_UNDEFINDED when none matches or the
-    /// search is cancelled. Text that is no CRS is tried again as one and then only candidates of at least 70
-    /// % count. Costs up to 0.4 s. Throws ProjException for text that PROJ cannot read.
+    /// search is cancelled. What has no code for CoordSystem::epsg() has none here: a bare ellipsoid states
+    /// no datum, WGS 84's alone stands for one. Text that is no CRS is tried again as one and then only
+    /// candidates of at least 70 % count. Costs up to 0.4 s. Throws ProjException for text that PROJ cannot
+    /// read.
     int epsgForProjString(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress,
                           const QString &projString) const;
     int epsgForProjString(const QString &projString) const;

@@ -2426,5 +2426,23 @@ northing и подобные), иначе это первые два.
         <source>nothing was written to %1</source>
         <translation>в %1 ничего не записано</translation>
     </message>
+    <message>
+        <source>EPSG:%1, moved</source>
+        <translation>EPSG:%1, перемещена</translation>
+    </message>
+    <message>
+        <source>Based on</source>
+        <translation>На основе</translation>
+    </message>
+    <message>
+        <source>Missing grid: %1, without which nothing is transformed
+</source>
+        <translation>Нет сетки %1, без которой ничего не пересчитывается
+</translation>
+    </message>
+    <message>
+        <source>%1 is the code of another plane: %2</source>
+        <translation>%1 — код другой плоскости: %2</translation>
+    </message>
 </context>
 </TS>

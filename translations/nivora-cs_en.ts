@@ -1069,5 +1069,9 @@
         <source>градусы, минуты и секунды одним числом</source>
         <translation>degrees, minutes and seconds in one number</translation>
     </message>
+    <message>
+        <source>в нём нет аффинного преобразования долгот и широт</source>
+        <translation>it has no affine transformation of longitudes and latitudes</translation>
+    </message>
 </context>
 </TS>

@@ -58,6 +58,19 @@ bool isSameSystem(TABProjInfo_t entry, TABProjInfo_t record)
     return MapHeaderCoordsysConverter::compareTabProjInfo(entry, record, true, false);
 }
 
+/// The same record but for rounded figures.
+bool isNearSystem(TABProjInfo_t entry, TABProjInfo_t record)
+{
+    constexpr double rounding = 1e-6; // of a degree, and of the size of larger numbers
+    sortParallels(entry);
+    sortParallels(record);
+    for (std::size_t i = 0; i < std::size(record.adProjParams); ++i)
+        if (std::fabs(record.adProjParams[i] - entry.adProjParams[i]) <=
+            rounding * std::max(1.0, std::fabs(entry.adProjParams[i])))
+            record.adProjParams[i] = entry.adProjParams[i];
+    return isSameSystem(entry, record);
+}
+
 /// Appends the categories of a catalogue to \p categories, those without entries left out. Returns the number
 /// of entries read.
 int readCategories(QTextStream &stream, QList<CoordSystemParamsList> &categories)
@@ -309,6 +322,30 @@ int MapinfoCoordSystem::codeOfRecord(const TABProjInfo_t &record, const QVector<
     }
     const CoordSystemParams *found = entry(first.first, first.second);
     return found ? firstWithParams(found->params)->epsg() : int(CoordSystem::EPSG_UNDEFINDED);
+}
+
+QVector<int> MapinfoCoordSystem::codesNearRecord(const TABProjInfo_t &record) const
+{
+    const MapHeaderCoordsysConverter converter;
+    const auto maybe =
+        [&record](const CoordSystemParams &entry) { // reading all of them takes a tenth of a second
+            const int datum = entry.params.value(1).toInt();
+            return entry.epsg() > 0 && entry.params.value(0).toInt() == record.nProjId &&
+                   (datum == record.nDatumId || isUserDatum(record.nDatumId));
+        };
+    QVector<int> codes;
+    for (const CoordSystemParamsList &category : m_categories)
+        for (const CoordSystemParams &entry : category.entries) {
+            if (!maybe(entry))
+                continue;
+            try {
+                if (isNearSystem(converter.prjStrToTABProjInfo(entry.asPrjString()), record))
+                    codes << firstWithParams(entry.params)->epsg();
+            } catch (const std::exception &e) {
+                LOG_DEBUG(QString::fromUtf8(e.what()));
+            }
+        }
+    return codes;
 }
 
 bool MapinfoCoordSystem::hasRecord(const Position &position, const TABProjInfo_t &record) const

@@ -85,6 +85,14 @@ CodeAcceptance::Datum datumOf(PJ_CONTEXT *context, const PJ *plain, const std::o
     return shift && !isEllipsoid ? Datum::ByShift : Datum::None;
 }
 
+/// The engines' searches know a bare ellipsoid only in PROJ's own words; Esri's form has others for it.
+PjHandle asProjTextHasIt(PJ_CONTEXT *context, PjHandle crs)
+{
+    const QByteArray text = proj_as_proj_string(context, crs.get(), PJ_PROJ_5, nullptr);
+    PjHandle read = text.isEmpty() ? nullptr : readCrs(context, QString::fromUtf8(text));
+    return read ? latitudeFirst(context, std::move(read)) : std::move(crs);
+}
+
 bool isWgs84(PJ_CONTEXT *context, const PJ *registered)
 {
     const PjHandle datum = ownPj(proj_crs_get_datum_forced(context, registered));
@@ -104,6 +112,8 @@ CodeAcceptance::CodeAcceptance(const QString &definition)
     m_plain = bareCrs(context.get(), crs.get());
     if (m_plain)
         m_datum = datumOf(context.get(), m_plain.get(), m_shift);
+    if (m_datum == Datum::PlainWgs84)
+        m_plain = asProjTextHasIt(context.get(), std::move(m_plain));
 }
 
 bool CodeAcceptance::hasOwnShift() const { return m_shift && !isZero(*m_shift); }

@@ -2,8 +2,11 @@
 
 #include "CatalogueToken_p.h"
 #include "CodeAcceptance_p.h"
+#include "CrsDefinition_p.h"
+#include "CrsJudge_p.h"
 #include "CrsParts_p.h"
 #include "EngineGate_p.h"
+#include "ProjectionTable_p.h"
 #include "SearchContext_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/SpatialReferenceText.h>
@@ -102,6 +105,12 @@ std::vector<QString> datumsOf(const std::vector<Candidate> &candidates)
 
 // ---- Choice
 
+std::optional<TABProjInfo_t> recordOf(const CodeAcceptance &wanted)
+{
+    const std::shared_ptr<void> srs = srsFromWkt(wanted.wkt());
+    return srs ? recordFromSpatialReference(srs.get()) : std::nullopt;
+}
+
 /// The catalogue's entry with the same record names its code.
 int cataloguedCode(const CodeAcceptance &wanted, const std::vector<Candidate> &candidates)
 {
@@ -109,10 +118,27 @@ int cataloguedCode(const CodeAcceptance &wanted, const std::vector<Candidate> &c
     QVector<int> codes;
     for (const Candidate &candidate : candidates)
         codes << candidate.code;
-    const std::shared_ptr<void> srs = catalogues ? srsFromWkt(wanted.wkt()) : nullptr;
-    const std::optional<TABProjInfo_t> record = srs ? recordFromSpatialReference(srs.get()) : std::nullopt;
+    const std::optional<TABProjInfo_t> record = catalogues ? recordOf(wanted) : std::nullopt;
     const int code = record ? catalogues->codeOfRecord(*record, codes) : undefined;
     return code != undefined && wanted.takes(code, true) ? code : undefined;
+}
+
+/// Texts round figures, which the engines' searches take for others: the code of the catalogue's entry that
+/// has them in full, as long as the plane is the code's.
+int roundedCode(const CodeAcceptance &wanted, const QString &definition)
+{
+    const auto catalogues = activeCatalogues(std::nothrow);
+    const std::optional<TABProjInfo_t> record = catalogues ? recordOf(wanted) : std::nullopt;
+    const CrsDefinitionPtr mine = record ? CrsDefinition::from(definition) : nullptr;
+    if (!mine || record->nProjId <= LongitudeLatitude)
+        return undefined;
+    const QVector<int> codes = catalogues->codesNearRecord(*record);
+    const auto isTheirs = [&](int code) {
+        const CrsDefinitionPtr registered = CrsDefinition::ofCode(code);
+        return registered && hasPlaneOf(*mine, nullptr, *registered) && wanted.takes(code, true);
+    };
+    const auto found = std::find_if(codes.begin(), codes.end(), isTheirs);
+    return found == codes.end() ? undefined : *found;
 }
 
 /// The one datum that the system may be on.
@@ -167,7 +193,8 @@ int searchedCode(const QString &definition, const std::shared_ptr<ProgressHandle
         return undefined;
     const int identified =
         wanted.datum() == CodeAcceptance::Datum::Named ? searchByProj(wanted, progress) : undefined;
-    return identified != undefined ? identified : searchByGdal(wanted, progress);
+    const int matched = identified != undefined ? identified : searchByGdal(wanted, progress);
+    return matched != undefined || isCanceled(progress) ? matched : roundedCode(wanted, definition);
 }
 
 /// That which keeps what searches gave; null where there is none.

@@ -1,5 +1,7 @@
 #include <coordsys/ProjLibMetadata.h>
 
+#include "CodeAcceptance_p.h"
+#include "CrsParts_p.h"
 #include "EngineGate_p.h"
 #include <coordsys/ProjEngine.h>
 #include <platform/Logger.h>
@@ -60,9 +62,13 @@ PjHandle createKnown(int code, const QString &auth, const QString &question)
     return pj;
 }
 
-/// The first candidate with a code, in PROJ's order (best first). Needs the PROJ lock.
+/// The first candidate with a code that the system may have, in PROJ's order (best first). Needs the PROJ
+/// lock.
 int firstCode(const ProgressHandler &progress, PJ *pj, int leastConfidence)
 {
+    const CodeAcceptance wanted(wkt2Of(globalProjContext(), pj));
+    if (!wanted.isSearchable())
+        return CoordSystemTypes::EPSG_UNDEFINDED;
     const IdentifiedCrs found = identifyCrs(globalProjContext(), pj, "EPSG");
     for (int i = 0; i < found.count(); ++i) {
         if (progress.isCanceled())
@@ -70,8 +76,9 @@ int firstCode(const ProgressHandler &progress, PJ *pj, int leastConfidence)
         if (found.confidences.get()[i] < leastConfidence)
             continue;
         const PjHandle candidate = ownPj(proj_list_get(globalProjContext(), found.list.get(), i));
-        if (const char *code = candidate ? proj_get_id_code(candidate.get(), 0) : nullptr)
-            return QString::fromUtf8(code).toInt();
+        const auto code = candidate ? codeOf(candidate.get(), QLatin1String("EPSG")) : std::nullopt;
+        if (code && wanted.takes(*code, false))
+            return *code;
     }
     return CoordSystemTypes::EPSG_UNDEFINDED;
 }

@@ -281,6 +281,12 @@ int CoordSysFactory::codeOfRecord(const TABProjInfo_t &record, const QVector<int
     return m_mapinfo->codeOfRecord(record, codes);
 }
 
+QVector<int> CoordSysFactory::codesNearRecord(const TABProjInfo_t &record) const
+{
+    const CatalogueScope scope(*this);
+    return m_mapinfo->codesNearRecord(record);
+}
+
 QString CoordSysFactory::userDescription(const CoordSystem &cs) const
 {
     const CatalogueScope scope(*this);

@@ -1,5 +1,7 @@
 #include "UserInputText_p.h"
 
+#include "ProjText_p.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
@@ -173,6 +175,9 @@ std::optional<QString> projTextOf(const QString &text)
     static const QRegularExpression termStart(QStringLiteral("(^|\\s)\\+\\s*"));
     const bool isSigned = text.contains(QLatin1Char('+'));
     QString plain = QString(text).remove(frame);
+    const QString title = isSigned ? titleIn(plain) : QString(); // words, which are no terms
+    if (isSigned)
+        plain = withoutTitle(plain).trimmed();
     static const QRegularExpression firstTerm(QStringLiteral("^\\+?\\s*\\w+\\s*(=|\\s|$)"));
     if (!definition.match(plain).hasMatch() || !firstTerm.match(plain).hasMatch())
         return std::nullopt;
@@ -184,7 +189,8 @@ std::optional<QString> projTextOf(const QString &text)
         return term.startsWith(QLatin1String("proj="), Qt::CaseInsensitive) ||
                term.startsWith(QLatin1String("init="), Qt::CaseInsensitive);
     });
-    return QLatin1Char('+') + terms.join(QStringLiteral(" +"));
+    const QString written = QLatin1Char('+') + terms.join(QStringLiteral(" +"));
+    return title.isEmpty() ? written : written + QStringLiteral(" +title=") + title;
 }
 
 std::optional<CodeReference> initCodeOf(const QString &proj)

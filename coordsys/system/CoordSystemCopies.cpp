@@ -94,6 +94,7 @@ std::shared_ptr<void> CoordSystem::copyOgrSpatialReference() const
     if (!reference)
         return nullptr;
     const QMutexLocker lock(globalProj4Mutex());
+    const CplErrorScope quiet; // a grid that is not there is no matter for stderr
     return ownSrs(OSRClone(reference));
 }
 

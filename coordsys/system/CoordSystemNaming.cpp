@@ -160,8 +160,26 @@ int CoordSystem::searchedEpsg(const std::shared_ptr<ProgressHandler> &progress) 
         (void)projStr(); // throws: there is nothing to search for
     return remembered(m_searchedEpsg, NotAsked, progress.get(), [&] {
         const IdentityPtr known = m_source.type == Wkt ? identity() : nullptr;
-        return known ? epsgOfDefinition(progress, known->definition()) : getEpsgFromCrs(progress, srs());
+        const int found =
+            known ? epsgOfDefinition(progress, known->definition()) : getEpsgFromCrs(progress, srs());
+        return found == EPSG_UNDEFINDED && m_source.type == Prj ? nearEntryCode() : found;
     });
+}
+
+/// A clause whose figures are rounded has the code of the catalogue's entry with the full ones, as long as
+/// its plane is that code's.
+int CoordSystem::nearEntryCode() const
+{
+    const auto catalogues = activeCatalogues(std::nothrow);
+    const auto mine = catalogues ? record() : nullptr;
+    if (!mine || isNonEarth())
+        return EPSG_UNDEFINDED;
+    for (const int code : catalogues->codesNearRecord(*mine)) {
+        const CrsDefinitionPtr registered = CrsDefinition::ofCode(code);
+        if (registered && isPlaneOf(*registered))
+            return code;
+    }
+    return EPSG_UNDEFINDED;
 }
 
 int CoordSystem::matchedEpsg() const { return matchedEpsg(neverCancelled()); }

@@ -251,7 +251,8 @@ QString writtenByEngine(const CoordSystem &cs, SystemFormat format, QString &rea
     if (crs && cs.affineTransform())
         crs = movedCrs(context, crs.get(), cs, name);
     const QString text = crs ? written(context, crs.get(), format) : QString();
-    reason = projLastError();
+    reason = crs || !cs.affineTransform() ? projLastError()
+                                          : QObject::tr("в нём нет аффинного преобразования долгот и широт");
     return text;
 }
 

@@ -21,6 +21,8 @@ CatalogueSource::~CatalogueSource() = default;
 
 std::shared_ptr<const CatalogueToken> CatalogueSource::token() const { return nullptr; }
 
+QVector<int> CatalogueSource::codesNearRecord(const TABProjInfo_t &) const { return {}; }
+
 QString CatalogueSource::prjOfCode(int) const { return {}; }
 
 std::optional<PrjText> CatalogueSource::writtenText(int) const { return std::nullopt; }

@@ -2,6 +2,7 @@
 
 #include <coordsys/CoordTransform.h>
 #include <coordsys/MapinfoCoordSystem.h>
+#include <coordsys/Mgrs.h>
 #include <coordsys/ProjEngine.h>
 #include <coordsys/SystemInfo.h>
 #include <coordsys/UserCoordSystem.h>
@@ -188,6 +189,59 @@ private Q_SLOTS:
         }
         QVERIFY2(faults.isEmpty(), qPrintable(faults.join("; "_s)));
         QVERIFY2(found > 5, qPrintable(QString::number(found)));
+    }
+
+    // WGS 84's ellipsoid alone stands for WGS 84, whatever a notation calls it.
+    void bareEllipsoidOfWgs84()
+    {
+        for (const auto &[text, code] : {std::pair("+proj=utm +zone=33 +ellps=WGS84"_s, 32633),
+                                         std::pair("+proj=utm +zone=7 +south +ellps=WGS84"_s, 32707),
+                                         std::pair("+proj=longlat +ellps=WGS84"_s, 4326)})
+            for (const QString &notation : QStringList(otherNotations(text) << text))
+                QVERIFY2(read(notation)->epsg() == code, qPrintable(notation));
+    }
+
+    // A clause that rounds the figures of the catalogue's has its code; one that says other figures has not.
+    void roundedClauses()
+    {
+        const char *const clauses[] = {"3, 74, 8, -81, 37, 38.8833333333, 37.4833333333, 1968500, 0",
+                                       "8, 74, 3, -118.3333333333, 45.0833333333, 1.000175, 98425.1969, 0",
+                                       "3, 33, 7, -51, 65.3510393056, 67, 63.6666666667, 11500000, 7500000"};
+        for (const char *clause : clauses) {
+            const auto codeOf = [&](const QRegularExpression &digits, const QString &instead) {
+                QString text = "CoordSys Earth Projection "_s + QString::fromUtf8(clause);
+                text.replace(digits, instead);
+                return support::made("prj:"_s + text)->epsg();
+            };
+            static const QRegularExpression behindSeventh("(?<=\\.\\d{7})\\d{3}"_s);
+            const int exact = codeOf(QRegularExpression("$"_s), {});
+            QVERIFY2(exact > 0, clause);
+            QCOMPARE(codeOf(behindSeventh, {}), exact);
+            QVERIFY(codeOf(QRegularExpression("(?<=\\.\\d{4})\\d{6}"_s), "999999"_s) != exact);
+        }
+    }
+
+    // Grid references count from Greenwich, whatever meridian the system has.
+    void gridReferencesOfOtherMeridians()
+    {
+        const auto factory = support::shippedFactory();
+        const double parisDeg = 2.33722917;
+        QCOMPARE(Mgrs(factory->createFromEpsg(4807)).getMGRSString(0.25, 48.8),
+                 Mgrs(factory->createFromEpsg(4275)).getMGRSString(parisDeg + 0.25, 48.8));
+    }
+
+    // A title is words, wherever in the text it stands.
+    void titles()
+    {
+        for (const char *text : {"+title=My zone +proj=tmerc +lon_0=10 +ellps=krass",
+                                 "+proj=tmerc +title=My zone +lon_0=10 +ellps=krass",
+                                 "+proj=tmerc +lon_0=10 +ellps=krass +title=My zone"}) {
+            const CoordSystemPtr cs = read(QString::fromUtf8(text));
+            QVERIFY2(!cs->description().contains(QLatin1Char('+')), qPrintable(cs->description()));
+            QPointF out;
+            QVERIFY(cs->forward(QPointF(10, 0), out));
+            VERIFY_NEAR(out, QPointF(0, 0), 1e-6);
+        }
     }
 
     // A system through its own WKT stays where it is.

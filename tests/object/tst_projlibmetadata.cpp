@@ -54,7 +54,8 @@ private Q_SLOTS:
         const int none = CoordSystem::EPSG_UNDEFINDED;
         const std::pair<const char *, int> codes[] = {
             {"+proj=utm +zone=37 +datum=WGS84 +units=m +no_defs", 32637},
-            {"+proj=tmerc +lat_0=0 +lon_0=39 +k=1 +x_0=7500000 +y_0=0 +ellps=krass +units=m", 28407},
+            {"+proj=tmerc +lat_0=0 +lon_0=39 +k=1 +x_0=7500000 +y_0=0 +ellps=krass +units=m", none},
+            {"+proj=longlat +datum=OSGB36", 4277},
             {"+proj=longlat +ellps=WGS84 +towgs84=0,0,0 +no_defs", none},
             {"+proj=tmerc +lon_0=39.5 +x_0=1250000 +ellps=krass", none}}; // like registered ones only
         for (const auto &[text, code] : codes)

@@ -151,6 +151,8 @@ const std::vector<Fact> &facts()
         {"primeMeridian", [](Cs, Info info) { return textOrNull(info.primeMeridian); }},
         {"towgs84", shiftOf},
         {"affine", affineOf},
+        {"baseCode",
+         [](Cs, Info info) { return info.baseCode > 0 ? QJsonValue(info.baseCode) : QJsonValue(); }},
         {"assumptions", [](Cs, Info info) { return QJsonArray::fromStringList(info.assumptions); }},
         written("prj", SystemFormat::Mapinfo),
         {"prjRemark", [](Cs cs, Info) { return textOrNull(prjRemark(cs)); }},

@@ -129,6 +129,11 @@ QString affineLine(const CoordSystem &cs, const SystemInfo &)
     return figures.join(QLatin1Char(' '));
 }
 
+QString baseLine(const CoordSystem &, const SystemInfo &info)
+{
+    return info.baseCode > 0 ? QObject::tr("EPSG:%1, moved").arg(info.baseCode) : QString();
+}
+
 /// "none, …" or the text, and behind it what a reader should know.
 QString coordSysLine(const CoordSystem &cs, const SystemInfo &)
 {
@@ -160,6 +165,7 @@ const Line lines[] = {
      [](const CoordSystem &cs, const SystemInfo &) { return shiftText(cs); }},
     {QT_TRANSLATE_NOOP("QObject", "Bounds"), boundsLine},
     {QT_TRANSLATE_NOOP("QObject", "Affine transformation (A B C D E F)"), affineLine},
+    {QT_TRANSLATE_NOOP("QObject", "Based on"), baseLine},
     {QT_TRANSLATE_NOOP("QObject", "CoordSys"), coordSysLine},
 };
 

@@ -77,9 +77,23 @@ QString namesOf(const QVector<TransformGrid> &grids)
     return names.join(QStringLiteral(", "));
 }
 
+/// Files that the definition itself names, so that nothing is computed without them.
+QString requiredGrids(const Explanation &explanation)
+{
+    QVector<TransformGrid> missing;
+    for (const TransformOperation &operation : explanation.elsewhere)
+        for (const TransformGrid &grid : operation.grids)
+            if (!grid.isAvailable)
+                missing << grid;
+    return explanation.used.isEmpty() ? namesOf(missing) : QString();
+}
+
 QString gridLine(const Explanation &explanation)
 {
     const QVector<GridOffer> &offers = explanation.offers;
+    const QString required = requiredGrids(explanation);
+    if (!required.isEmpty())
+        return QObject::tr("Missing grid: %1, without which nothing is transformed\n").arg(required);
     if (offers.isEmpty())
         return QObject::tr("Grids: none that is missing would help\n");
     const QString first =

@@ -61,11 +61,13 @@ public:
     Check(const CoordSysFactory &factory, const QString &path)
         : m_factory(factory)
         , m_codec(codecNameForTextFile(path))
+        , m_catalogue([&factory](const QString &prj) { return factory.createWithoutDescription(prj); })
     {
         QFile file(localPath(path));
         if (!file.open(QIODevice::ReadOnly))
             throw Failure(QStringLiteral("%1: %2").arg(path, file.errorString()));
         m_bytes = file.readAll();
+        m_catalogue.loadFromPRJ(QFileInfo(localPath(path)));
     }
 
     /// Number of findings.
@@ -126,25 +128,29 @@ private:
         else if (entry.params.size() < needed)
             found(QObject::tr("%1 values where %2 are needed: %3")
                       .arg(QString::number(entry.params.size()), QString::number(needed), entry.name()));
-        else
-            build(entry.name(), prj);
+        else if (build(entry.name(), prj) && entry.epsg() > 0 && !m_catalogue.systemOfCode(entry.epsg()))
+            found(QObject::tr("%1 is the code of another plane: %2")
+                      .arg(QString::number(entry.epsg()), entry.name()));
         if (!m_texts.contains(same))
             m_texts.insert(same, m_line);
         if (!m_codes.contains(entry.epsg()))
             m_codes.insert(entry.epsg(), m_line);
     }
 
-    void build(const QString &name, const QString &prj)
+    bool build(const QString &name, const QString &prj)
     {
         try {
             m_factory.createWithoutDescription(prj);
+            return true;
         } catch (const std::exception &e) {
             found(QObject::tr("cannot be built: %1: %2").arg(name, QString::fromUtf8(e.what())));
+            return false;
         }
     }
 
     const CoordSysFactory &m_factory;
     QByteArray m_codec;
+    MapinfoCoordSystem m_catalogue; ///< of the file alone
     QByteArray m_bytes;
     QHash<QString, int> m_texts; ///< name and CoordSys string to line
     QHash<int, int> m_codes;     ///< EPSG code to line
