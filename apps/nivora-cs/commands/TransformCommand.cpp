@@ -220,6 +220,17 @@ Examples:
   nivora-cs transform --from @moscow.prj --to 'CoordSys Earth Projection 1, 104' --inverse
 )");
 
+constexpr Option heights{
+    "z", "N",
+    QT_TRANSLATE_NOOP("QObject", "The third column is a height, transformed where both systems know theirs; "
+                                 "of a table --z=NAME or number N."),
+    "3"};
+constexpr Option times{"t", "N",
+                       QT_TRANSLATE_NOOP("QObject",
+                                         "With --z: the fourth column is when the point was measured; of a "
+                                         "table --t=NAME or number N."),
+                       "4"};
+
 std::vector<Option> options()
 {
     return withOperationOptions({
@@ -246,15 +257,8 @@ std::vector<Option> options()
         shared::encoding,
         shared::skip,
         shared::jobs,
-        {"z", "N",
-         QT_TRANSLATE_NOOP("QObject",
-                           "The third column is a height, transformed where both systems know theirs; "
-                           "of a table --z=NAME or number N."),
-         "3"},
-        {"t", "N",
-         QT_TRANSLATE_NOOP("QObject", "With --z: the fourth column is when the point was measured; of a "
-                                      "table --t=NAME or number N."),
-         "4"},
+        heights,
+        times,
         shared::strict,
         {"explain", "all",
          QT_TRANSLATE_NOOP(
