@@ -35,7 +35,9 @@ macro(nivora_package component package)
     if(arg_ALL)
         set(CPACK_DEBIAN_${upper}_PACKAGE_ARCHITECTURE all)
     endif()
-    set(CPACK_COMPONENT_${upper}_DESCRIPTION "${arg_DESCRIPTION}")
+    # CPack's first line is the project's; the text must not repeat it.
+    string(REGEX REPLACE "^coordinate systems and transformations for desktop GIS\n *" "" text "${arg_DESCRIPTION}")
+    set(CPACK_COMPONENT_${upper}_DESCRIPTION "${text}")
     install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
             RENAME copyright COMPONENT ${component})
     nivora_changelog(${package} changelog)
