@@ -22,14 +22,16 @@ namespace {
 
 constexpr int mostPoints = 5000;
 
-/// What columns of coordinates are called. x first.
-const QStringList columnNames[] = {
-    {QStringLiteral("x"), QStringLiteral("lon"), QStringLiteral("long"), QStringLiteral("longitude"),
-     QStringLiteral("lng"), QStringLiteral("easting"), QStringLiteral("east"), QStringLiteral("e"),
-     QStringLiteral("x_coord"), QStringLiteral("долгота"), QStringLiteral("восток")},
-    {QStringLiteral("y"), QStringLiteral("lat"), QStringLiteral("latitude"), QStringLiteral("northing"),
-     QStringLiteral("north"), QStringLiteral("n"), QStringLiteral("y_coord"), QStringLiteral("широта"),
-     QStringLiteral("север")},
+/// What columns of coordinates are called, the likeliest pair first: a column "n" beside x and y is a number.
+struct ColumnNames
+{
+    const char *x;
+    const char *y;
+};
+constexpr ColumnNames columnNames[] = {
+    {"x", "y"},     {"lon", "lat"},        {"longitude", "latitude"}, {"long", "lat"},
+    {"lng", "lat"}, {"долгота", "широта"}, {"easting", "northing"},   {"east", "north"},
+    {"e", "n"},     {"восток", "север"},   {"x_coord", "y_coord"},    {"rechtswert", "hochwert"},
 };
 
 /// Every second one goes when there are too many, and from then on every second one is taken.
@@ -70,14 +72,19 @@ void findColumns(std::string_view header, CsvOptions &options)
     CsvOptions probe = options;
     const std::string delimiters = CsvFormat(probe).head(header).delimiters;
     const QStringList names = csvValues(header, delimiters.empty() ? ',' : delimiters.front());
-    QString found[2];
-    for (int axis = 0; axis < 2; ++axis)
-        for (const QString &name : names)
-            if (found[axis].isEmpty() && columnNames[axis].contains(name.trimmed().toLower()))
-                found[axis] = name.trimmed();
-    if (!found[0].isEmpty() && !found[1].isEmpty()) {
-        options.x = found[0];
-        options.y = found[1];
+    const auto column = [&names](const char *name) {
+        const auto found = std::find_if(names.begin(), names.end(), [name](const QString &one) {
+            return one.trimmed().compare(QString::fromUtf8(name), Qt::CaseInsensitive) == 0;
+        });
+        return found == names.end() ? QString() : found->trimmed();
+    };
+    for (const ColumnNames &pair : columnNames) {
+        const QString x = column(pair.x), y = column(pair.y);
+        if (x.isEmpty() || y.isEmpty())
+            continue;
+        options.x = x;
+        options.y = y;
+        return;
     }
 }
 
