@@ -30,13 +30,17 @@ struct NIVORA_CS_EXPORT PrjText
     /// where that clause stands for parameters that the projection lacks: programs on GDAL pass over it
     /// without a word. 0 when the text needs no such clause.
     double withoutAffineM = 0.0;
+    /// Metres of the system's unit where the notation has none of that length: the plane is the system's, and
+    /// the text calls its unit the metre. 0 when the text names the unit.
+    double unnamedUnitM = 0.0;
 
     /// There is no text.
     bool isRefused() const { return text.isEmpty(); }
     /// Why there is none, for people, in the language of the installed translation; empty when there is one.
     QString reason() const;
     /// What a reader of the text should know, for people: how far its plane is off when that is more than a
-    /// millimetre, and what programs lose that pass over the affine clause; empty when there is nothing.
+    /// millimetre, what programs lose that pass over the affine clause, and that the unit has another name;
+    /// empty when there is nothing.
     QString remark() const;
 };
 

@@ -31,4 +31,9 @@ struct ShiftQuality
 /// Thread-safe. Throws std::logic_error on a fresh object only.
 NIVORA_CS_EXPORT std::optional<ShiftQuality> shiftQuality(const CoordSystem &cs);
 
+/// What a reader of prjTextOf()'s text should know, for people: its PrjText::remark() and, from a centimetre
+/// on, the metres of ShiftQuality::textDistanceM; why there is no text where it is refused; empty when there
+/// is nothing. Costs what shiftQuality() does. Thread-safe. Throws std::logic_error on a fresh object only.
+NIVORA_CS_EXPORT QString prjRemark(const CoordSystem &cs);
+
 } // namespace nivora::cs

@@ -17,4 +17,9 @@ struct UserInput
     QString notation; ///< for people, what the text was read as: "код", "строка PROJ", "WKT" …
 };
 
+/// True for a text that readUserInput() takes for a definition, whole or not: PROJ text, WKT, PROJJSON,
+/// CoordSys text, a line of a catalogue, a tagged string, a URN or URL, "@" and a file. False for names and
+/// for codes as people type them, "EPSG:4326", which a search finds. Thread-safe.
+NIVORA_CS_EXPORT bool isSystemDefinition(const QString &text);
+
 } // namespace nivora::cs

@@ -563,8 +563,8 @@ Angular distortion: %5°
   user check       looks for entries that make no system, for duplicates, for what the
                    next change would drop, and for a file that cannot be read; the
                    exit status is 1 for any of them
-Entries keep the text as it was given. A text that makes no system is refused, and
-the file stays as it was.
+Entries keep the text as it was given, CoordSys text in the form in which info
+shows it. A text that makes no system is refused, and the file stays as it was.
 
 Examples:
   nivora-cs user add --branch Moscow --description &apos;Local grid&apos; &apos;CoordSys Earth Projection 8, 1001, &quot;m&quot;, 37.5, 0, 1, 0, 0&apos;
@@ -578,8 +578,9 @@ Examples:
   user check       ищет записи, из которых не получается система, повторы, то, что
                    потеряет следующее изменение, и нечитаемый файл; код выхода 1,
                    если что-то из этого нашлось
-Записи хранят текст таким, каким он задан. Текст, из которого система не
-получается, не принимается, и файл остаётся прежним.
+Записи хранят текст таким, каким он задан, строку CoordSys — в том виде, в каком
+её показывает info. Текст, из которого система не получается,
+не принимается, и файл остаётся прежним.
 
 Примеры:
   nivora-cs user add --branch Moscow --description &apos;Local grid&apos; &apos;CoordSys Earth Projection 8, 1001, &quot;m&quot;, 37.5, 0, 1, 0, 0&apos;

@@ -1068,6 +1068,12 @@
     <message>
         <source>градусы, минуты и секунды одним числом</source>
         <translation>degrees, minutes and seconds in one number</translation>
+        <source>датум строки беднее зарегистрированного: %1 м</source>
+        <translation>the text's datum says less than the registered operation: %1 m</translation>
+    </message>
+    <message>
+        <source>единицы в %1 м у CoordSys нет, строка называет её метром</source>
+        <translation>CoordSys has no unit of %1 m, the text calls it the metre</translation>
     </message>
     <message>
         <source>в нём нет аффинного преобразования долгот и широт</source>

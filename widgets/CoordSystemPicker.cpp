@@ -195,8 +195,8 @@ void CoordSystemPicker::Private::searchAt(const std::optional<QRectF> &pasted)
 /// At every keystroke: nothing here may cost more than the search itself.
 void CoordSystemPicker::Private::search(const QString &now)
 {
-    const bool wasDefinition = std::exchange(isDefinition, looksLikeDefinition(now));
     const std::optional<QRectF> pasted = placeFromText(now);
+    const bool wasDefinition = std::exchange(isDefinition, !pasted && isSystemDefinition(now));
     const bool wasPlace = std::exchange(isPlaceText, pasted.has_value());
     if (pasted || wasPlace)
         searchAt(pasted);

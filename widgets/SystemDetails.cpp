@@ -8,6 +8,7 @@
 #include <coordsys/CoordTransform.h>
 #include <coordsys/LinearUnit.h>
 #include <coordsys/PrjText.h>
+#include <coordsys/ShiftQuality.h>
 #include <coordsys/SystemInfo.h>
 
 #include <QFontDatabase>
@@ -135,7 +136,7 @@ QString prjOf(const CoordSystem &cs)
     const PrjText text = prjTextOf(cs);
     if (text.isRefused())
         return WidgetTexts::tr("нет (%1)").arg(text.reason());
-    const QString remark = text.remark();
+    const QString remark = prjRemark(cs);
     return remark.isEmpty() ? text.text : QStringLiteral("%1\n(%2)").arg(text.text, remark);
 }
 

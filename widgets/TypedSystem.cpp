@@ -8,18 +8,6 @@
 
 namespace nivora::cs {
 
-bool looksLikeDefinition(const QString &text)
-{
-    // +proj=utm +zone=37 | PROJCRS["…" | {"type":… | CoordSys Earth … | Earth Projection … | wkt:… |
-    // urn:ogc:…
-    static const QRegularExpression beginning(
-        QStringLiteral(
-            R"(^\s*(\+\w|[A-Z][A-Z_0-9]{4,}\s*[\[(]\s*"|\{|CoordSys\s|Earth\s+Projection|NonEarth\s|)"
-            R"((prj|proj4?|wkt|oracle)\s*:|urn:|https?:|@))"),
-        QRegularExpression::CaseInsensitiveOption);
-    return beginning.match(text).hasMatch();
-}
-
 CoordSystemPtr systemFromText(const CoordSysFactory &factory, const QString &text)
 {
     return factory.createFromUserInput(text);

@@ -12,9 +12,6 @@ namespace nivora::cs {
 
 class CoordSysFactory;
 
-/// Text that nobody would search for: PROJ text, WKT, PROJJSON, CoordSys text, a tagged string, a URN.
-bool looksLikeDefinition(const QString &text);
-
 /// The system that a text in any notation stands for. Throws what the factory throws.
 CoordSystemPtr systemFromText(const CoordSysFactory &factory, const QString &text);
 

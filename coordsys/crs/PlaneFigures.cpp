@@ -22,6 +22,7 @@ constexpr int webMercatorDatum = 157;
 const QLatin1String lambertOneParallel("9801");
 const QLatin1String lambertWestOrientated("9826");
 const QLatin1String mercatorWithScale("9804");
+const QLatin1String mercatorWithParallel("9805");
 const QLatin1String webMercator("1024");
 
 // Codes of EPSG's parameters.
@@ -54,6 +55,9 @@ constexpr LetterRow letterRows[] = {
     {'n', {8807, 8817, 8827, 0}},
 };
 
+/// 0 to 360, as EPSG gives azimuths; other notations turn the other way round for half of them.
+double fullCircleDeg(double azimuth) { return azimuth < 0.0 ? azimuth + 360.0 : azimuth; }
+
 double figureFor(char letter, const PlaneFigures &plane)
 {
     constexpr double unusedRange = 90.0;
@@ -62,7 +66,7 @@ double figureFor(char letter, const PlaneFigures &plane)
     for (const LetterRow &row : letterRows)
         for (const int code : row.codes)
             if (row.letter == letter && plane.figures.contains(code))
-                return plane.figure(code);
+                return letter == 'a' ? fullCircleDeg(plane.figure(code)) : plane.figure(code);
     if (letter == 'l' && plane.figures.contains(LatOfScale)) // a polar map that is true along a parallel
         return std::copysign(90.0, plane.figure(LatOfScale));
     return letter == 's' ? 1.0 : 0.0;
@@ -268,7 +272,9 @@ QVector<PlaneForm> planeFormsOf(const PlaneFigures &plane)
 {
     if (plane.method == lambertOneParallel || plane.method == lambertWestOrientated)
         return {lambertForm(plane)};
-    if (plane.method == mercatorWithScale)
+    const bool touchesEquator =
+        plane.method == mercatorWithParallel && std::fabs(plane.figure(Parallel1)) < negligible;
+    if (plane.method == mercatorWithScale || touchesEquator)
         return {mercatorForm(plane)};
     if (plane.method == webMercator) {
         PlaneForm form = formOf(*projectionByNumber(Mercator), plane);

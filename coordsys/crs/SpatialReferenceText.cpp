@@ -340,8 +340,7 @@ bool mendDatum(TABProjInfo_t &info, Exported &exported, const ProjectionParamsMa
     }
     if (isUserDatum(info.nDatumId) && exported.shift) {
         setShift(info, *exported.shift);
-        if (!isThreeParameter(info))
-            info.nDatumId = fullUserDatum;
+        info.nDatumId = isThreeParameter(info) ? shortUserDatum : fullUserDatum;
         if (const MIDatumParam *datum = datumOfDriver(info, exported, manager)) {
             info.nDatumId = static_cast<std::int16_t>(datum->id);
             return true;

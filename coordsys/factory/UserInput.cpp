@@ -72,14 +72,6 @@ void checkText(const QString &text)
         refuse(QObject::tr("Слишком глубокая вложенность скобок: «%1»").arg(shownText(text)));
 }
 
-/// Texts pasted with the quotes around them; a catalogue's line has quotes of its own.
-QString withoutQuotes(const QString &text)
-{
-    static const QRegularExpression quoted(QStringLiteral("^(?:\"([^\"]*)\"|'([^']*)'|«([^»]*)»)$"));
-    const QRegularExpressionMatch match = quoted.match(text);
-    return match.hasMatch() ? match.captured(match.lastCapturedIndex()).trimmed() : text;
-}
-
 /// The name behind the sign "@": as it stands, when there is such a file, else without blanks and quotes
 /// around it. One that begins with a colon would be one of Qt's resources.
 QString fileBehind(const QString &input, const QString &bare)
@@ -129,29 +121,15 @@ public:
     UserInput read(const QString &input);
 
 private:
-    struct Notation
+    struct NotationRow
     {
         const char *name; ///< for people; a message of the catalogue of translations
-        bool (Reader::*fits)(const QString &text) const;
         CoordSystemPtr (Reader::*read)(const QString &text);
     };
-    static const Notation notations[];
+    static const NotationRow notations[]; ///< by Notation
 
-    bool isTagged(const QString &text) const { return !tagOf(text).isEmpty(); }
-    bool isJson(const QString &text) const { return text.startsWith(QLatin1Char('{')); }
-    bool isWkt(const QString &text) const { return isWktText(text); }
-    bool isProj(const QString &text) const { return projTextOf(text).has_value(); }
-    bool isCatalogueLine(const QString &text) const { return text.startsWith(QLatin1Char('"')); }
-    bool isCoordSys(const QString &text) const { return isCoordSysText(text); }
-    bool isCode(const QString &text) const { return codeTextOf(text, databaseAuthorities).has_value(); }
-    /// URNs that say more than a code ("…,cs:PROJ::ENh,coordinateOperation:EPSG::16031") are for PROJ to
-    /// read.
-    bool isUrn(const QString &text) const
-    {
-        return text.startsWith(QLatin1String("urn:"), Qt::CaseInsensitive);
-    }
-    bool isAuto(const QString &text) const { return isAutoText(text); }
-    bool isAny(const QString &) const { return true; }
+    /// Line feeds are no separators in it, or stand within quotes.
+    static bool hasOwnLines(const QString &text);
 
     CoordSystemPtr readTagged(const QString &text);
     CoordSystemPtr readDefinition(const QString &text) { return fromDefinition(text, shownText(text)); }
@@ -166,7 +144,6 @@ private:
 
     QString fromFile(const QString &input, const QString &bare);
     QString fromDated(const DatedText &dated);
-    static QString tagOf(const QString &text);
     CoordSystemPtr fromInit(const QString &proj);
     CoordSystemPtr fromDefinition(const QString &definition, const QString &shown);
     CoordSystemPtr fromCode(const CodeReference &given);
@@ -186,19 +163,24 @@ private:
     QStringList m_notes;
 };
 
-/// The first that fits reads the text.
-const Reader::Notation Reader::notations[] = {
-    {QT_TRANSLATE_NOOP("QObject", "строка с меткой"), &Reader::isTagged, &Reader::readTagged},
-    {QT_TRANSLATE_NOOP("QObject", "PROJJSON"), &Reader::isJson, &Reader::readDefinition},
-    {QT_TRANSLATE_NOOP("QObject", "WKT"), &Reader::isWkt, &Reader::readWkt},
-    {QT_TRANSLATE_NOOP("QObject", "строка PROJ"), &Reader::isProj, &Reader::readProj},
-    {QT_TRANSLATE_NOOP("QObject", "строка каталога"), &Reader::isCatalogueLine, &Reader::readCatalogueLine},
-    {QT_TRANSLATE_NOOP("QObject", "строка CoordSys"), &Reader::isCoordSys, &Reader::readCoordSys},
-    {QT_TRANSLATE_NOOP("QObject", "AUTO"), &Reader::isAuto, &Reader::readAuto},
-    {QT_TRANSLATE_NOOP("QObject", "код"), &Reader::isCode, &Reader::readCode},
-    {QT_TRANSLATE_NOOP("QObject", "URN"), &Reader::isUrn, &Reader::readDefinition},
-    {QT_TRANSLATE_NOOP("QObject", "название"), &Reader::isAny, &Reader::readName},
+const Reader::NotationRow Reader::notations[] = {
+    {QT_TRANSLATE_NOOP("QObject", "строка с меткой"), &Reader::readTagged},
+    {QT_TRANSLATE_NOOP("QObject", "PROJJSON"), &Reader::readDefinition},
+    {QT_TRANSLATE_NOOP("QObject", "WKT"), &Reader::readWkt},
+    {QT_TRANSLATE_NOOP("QObject", "строка PROJ"), &Reader::readProj},
+    {QT_TRANSLATE_NOOP("QObject", "строка каталога"), &Reader::readCatalogueLine},
+    {QT_TRANSLATE_NOOP("QObject", "строка CoordSys"), &Reader::readCoordSys},
+    {QT_TRANSLATE_NOOP("QObject", "AUTO"), &Reader::readAuto},
+    {QT_TRANSLATE_NOOP("QObject", "код"), &Reader::readCode},
+    {QT_TRANSLATE_NOOP("QObject", "URN"), &Reader::readDefinition},
+    {QT_TRANSLATE_NOOP("QObject", "название"), &Reader::readName},
 };
+
+bool Reader::hasOwnLines(const QString &text)
+{
+    const Notation notation = notationOf(text, databaseAuthorities);
+    return notation == Notation::Wkt || notation == Notation::Json || notation == Notation::CatalogueLine;
+}
 
 UserInput Reader::read(const QString &input)
 {
@@ -208,23 +190,19 @@ UserInput Reader::read(const QString &input)
     checkText(text);
     if (const std::optional<DatedText> dated = datedTextOf(text))
         text = fromDated(*dated);
-    for (const Notation &notation : notations) {
-        if (!(this->*notation.fits)(text))
-            continue;
-        const QString name = QObject::tr(notation.name);
-        try {
-            const CoordSystemPtr system = (this->*notation.read)(text);
-            noteIdentity(*system);
-            return {system, m_notes, name};
-        } catch (const NotUnderstood &) {
-            throw;
-        } catch (const std::exception &e) {
-            refuse(QObject::tr("Не удалось прочитать систему координат (%1) «%2»: %3")
-                       .arg(name, shownText(text), QString::fromUtf8(e.what()).simplified()),
-                   codeBehind(e));
-        }
+    const NotationRow &notation = notations[static_cast<int>(notationOf(text, databaseAuthorities))];
+    const QString name = QObject::tr(notation.name);
+    try {
+        const CoordSystemPtr system = (this->*notation.read)(text);
+        noteIdentity(*system);
+        return {system, m_notes, name};
+    } catch (const NotUnderstood &) {
+        throw;
+    } catch (const std::exception &e) {
+        refuse(QObject::tr("Не удалось прочитать систему координат (%1) «%2»: %3")
+                   .arg(name, shownText(text), QString::fromUtf8(e.what()).simplified()),
+               codeBehind(e));
     }
-    refuse(QObject::tr("Строка КС пустая")); // the last notation fits every text
 }
 
 /// A file's line feeds are no separators but in the notations that have lines or text in quotes.
@@ -236,7 +214,7 @@ QString Reader::fromFile(const QString &input, const QString &bare)
     const QString text = systemTextInFile(path, m_notes).trimmed();
     if (text.startsWith(QLatin1Char('@')))
         refuse(QObject::tr("Файл %1 ссылается на другой файл").arg(path));
-    return isWkt(text) || isJson(text) || isCatalogueLine(text) ? text : text.simplified();
+    return hasOwnLines(text) ? text : text.simplified();
 }
 
 QString Reader::fromDated(const DatedText &dated)
@@ -249,13 +227,6 @@ QString Reader::fromDated(const DatedText &dated)
 
 // ---- Tags and CoordSys strings
 
-QString Reader::tagOf(const QString &text)
-{
-    static const QRegularExpression tag(QStringLiteral("^(proj4?|wkt|prj|oracle):"),
-                                        QRegularExpression::CaseInsensitiveOption);
-    return tag.match(text).captured(1).toLower();
-}
-
 CoordSystemPtr Reader::readTagged(const QString &text)
 {
     const QString tag = tagOf(text);
@@ -265,7 +236,7 @@ CoordSystemPtr Reader::readTagged(const QString &text)
     if (tag == QLatin1String("prj"))
         return readCoordSys(body);
     if (tag != QLatin1String("oracle"))
-        return isProj(body) ? readProj(body) : m_factory.createFromProj(body);
+        return projTextOf(body) ? readProj(body) : m_factory.createFromProj(body);
     bool isNumber = false;
     const int srid = body.toInt(&isNumber);
     if (!isNumber)
@@ -559,7 +530,7 @@ void Reader::throwUnknown(const QString &text, const SystemNames &names) const
             QObject::tr("«%1» — файл: чтобы прочитать его, напишите @%1").arg(shownText(text)));
     const QStringList nearest = nearestNames(text, names);
     QStringList tried;
-    for (const Notation &notation : notations)
+    for (const NotationRow &notation : notations)
         tried << QObject::tr(notation.name);
     throw NotUnderstood(
         Error::Code::NotUnderstood,

@@ -85,19 +85,9 @@ bool isReadable(const QString &text)
            });
 }
 
-/// "CoordSys Earth Projection 8, 104, …"; empty when the header has none.
-QString coordSysClause(const QString &header)
-{
-    // In a raster's .tab the unit of its pixels follows: Units "degree"
-    static const QRegularExpression pixelUnits(QStringLiteral("(?<!affine)\\s+units\\b.*$"),
-                                               QRegularExpression::CaseInsensitiveOption);
-    QString text = coordSysClauseIn(header).text;
-    return text.contains(QLatin1String("nonearth"), Qt::CaseInsensitive) ? text : text.remove(pixelUnits);
-}
-
 QString textInMif(const QString &path, QStringList &notes)
 {
-    const QString clause = coordSysClause(decodedText(opened(path)->read(headerBytes)));
+    const QString clause = coordSysClauseIn(decodedText(opened(path)->read(headerBytes))).text;
     if (!clause.isEmpty())
         return clause;
     notes << QObject::tr("В файле %1 нет предложения CoordSys: это долгота и широта").arg(path);
@@ -122,9 +112,18 @@ QString mapBeside(const QString &tab)
     refuse(tab, QObject::tr("рядом нет файла %1").arg(wanted));
 }
 
+/// In a raster's table the unit of its pixels follows the clause: Units "degree"
+QString withoutPixelUnit(const QString &clause)
+{
+    static const QRegularExpression unit(QStringLiteral("(?<!affine)\\s+units\\s+\"[^\"]*\"$"),
+                                         QRegularExpression::CaseInsensitiveOption);
+    const bool isPlan = clause.contains(QLatin1String("nonearth"), Qt::CaseInsensitive);
+    return isPlan ? clause : QString(clause).remove(unit);
+}
+
 QString textInTab(const QString &path, QStringList &notes)
 {
-    const QString clause = coordSysClause(wholeText(path));
+    const QString clause = withoutPixelUnit(coordSysClauseIn(wholeText(path)).text);
     return clause.isEmpty() ? textInMap(mapBeside(path), notes) : clause;
 }
 

@@ -1,6 +1,8 @@
 #include "UserInputText_p.h"
 
+#include "CoordSysText_p.h"
 #include "ProjText_p.h"
+#include <coordsys/UserInput.h>
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -251,14 +253,53 @@ bool isWktText(const QString &text)
     return start.match(text).hasMatch();
 }
 
-bool isCoordSysText(const QString &text)
+QString tagOf(const QString &text)
 {
-    // "CoordSys Earth", "Earth Projection 1, 104", "nonearth units", "Projection 1, 104", "1, 104"
-    static const QRegularExpression start(
-        QStringLiteral("^(coordsys\\b|earth(\\s+(projection|bounds|affine)\\b|$)|nonearth\\b|"
-                       "projection\\s+\\d|\\d+\\s*,\\s*\\S)"),
-        anyCase);
-    return start.match(text).hasMatch();
+    static const QRegularExpression tag(QStringLiteral("^(proj4?|wkt|prj|oracle):"), anyCase);
+    return tag.match(text).captured(1).toLower();
+}
+
+QString withoutQuotes(const QString &text)
+{
+    static const QRegularExpression quoted(QStringLiteral("^(?:\"([^\"]*)\"|'([^']*)'|«([^»]*)»)$"));
+    const QRegularExpressionMatch match = quoted.match(text);
+    return match.hasMatch() ? match.captured(match.lastCapturedIndex()).trimmed() : text;
+}
+
+Notation notationOf(const QString &text, const Authorities &authorities)
+{
+    static const QRegularExpression term(QStringLiteral("^\\+[A-Za-z]")); // "+units=m": PROJ text, cut short
+    const auto begins = [&text](const char *with) {
+        return text.startsWith(QLatin1String(with), Qt::CaseInsensitive);
+    };
+    if (!tagOf(text).isEmpty())
+        return Notation::Tagged;
+    if (begins("{"))
+        return Notation::Json;
+    if (isWktText(text))
+        return Notation::Wkt;
+    if (term.match(text).hasMatch() || projTextOf(text))
+        return Notation::Proj;
+    if (begins("\""))
+        return Notation::CatalogueLine;
+    if (isCoordSysText(text))
+        return Notation::CoordSys;
+    if (isAutoText(text))
+        return Notation::Auto;
+    if (codeTextOf(text, authorities))
+        return Notation::Code;
+    // One that says more than a code ("…,cs:PROJ::ENh,coordinateOperation:EPSG::16031") is for PROJ to read.
+    return begins("urn:") ? Notation::Urn : Notation::Name;
+}
+
+bool isSystemDefinition(const QString &text)
+{
+    const QString bare = withoutQuotes(text.trimmed());
+    if (bare.startsWith(QLatin1Char('@')) || datedTextOf(bare))
+        return true;
+    static const QRegularExpression longCode(QStringLiteral("^(urn:|https?:)"), anyCase);
+    const Notation notation = notationOf(bare, [] { return QStringList(); });
+    return notation == Notation::Code ? longCode.match(bare).hasMatch() : notation != Notation::Name;
 }
 
 bool isNestedTooDeep(const QString &text)

@@ -55,7 +55,15 @@ bool isAutoText(const QString &text);
 /// As PROJ reads it; nothing for AUTO2 with other units than the metre, and for what is malformed.
 std::optional<QString> autoTextOf(const QString &text);
 bool isWktText(const QString &text);
-bool isCoordSysText(const QString &text);
+
+/// The notations of systems, in the order in which a text is tried.
+enum class Notation { Tagged, Json, Wkt, Proj, CatalogueLine, CoordSys, Auto, Code, Urn, Name };
+/// What a text without blanks and quotes around it is written in: a name when it is nothing else.
+Notation notationOf(const QString &text, const Authorities &authorities);
+/// "prj" of "PRJ:Earth Projection 1, 104"; empty without a tag.
+QString tagOf(const QString &text);
+/// Texts are pasted with the quotes around them; a catalogue's line has quotes of its own.
+QString withoutQuotes(const QString &text);
 /// Brackets of PROJJSON or WKT are nested deeper than any system needs; the engines read them by recursion.
 bool isNestedTooDeep(const QString &text);
 

@@ -1,6 +1,9 @@
+#include "CoordSysText_p.h"
+#include "ProjectionTable_p.h"
+#include "TextRefs_p.h"
 #include <coordsys/CoordSystemStrings.h>
 
-#include "TextRefs_p.h"
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -62,6 +65,21 @@ int namesBehind(const TextRef &line)
 }
 
 } // namespace
+
+bool isCoordSysText(const QString &text)
+{
+    // "CoordSys Earth", "Earth Projection 1, 104", "nonearth units", "Projection 1, 104"
+    static const QRegularExpression words(
+        QStringLiteral("^(coordsys\\b|earth(\\s+(projection|bounds|affine)\\b|$)|nonearth\\b|"
+                       "projection\\s+\\d)"),
+        QRegularExpression::CaseInsensitiveOption);
+    // "1, 104", "8 104 7 39"
+    static const QRegularExpression numbers(
+        QStringLiteral("^(\\d{1,4})(?:\\s*,\\s*\\S|\\s+\\d+\\s+(?:[-+.\\d]|\"))"));
+    const QRegularExpressionMatch match = numbers.match(text);
+    const int projection = match.captured(1).toInt() % 1000; // the thousands announce clauses
+    return words.match(text).hasMatch() || (projection != NonEarthPlan && projectionByNumber(projection));
+}
 
 CoordSysClause coordSysClauseIn(const QString &header)
 {

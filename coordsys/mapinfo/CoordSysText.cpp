@@ -321,6 +321,8 @@ QStringList CoordSysText::affineFromWords(const std::vector<Piece> &pieces, int 
 const CoordSysToken *CoordSysText::oddSeparator() const
 {
     const CoordSysToken *open = nullptr;
+    if (!m_tokens.empty() && m_tokens.front().kind == CoordSysToken::Comma)
+        return &m_tokens.front();
     bool hasComma[] = {false, false}; // outside of brackets, within the current ones
     for (const CoordSysToken &token : m_tokens) {
         if (token.kind == CoordSysToken::Open || token.kind == CoordSysToken::Close) {

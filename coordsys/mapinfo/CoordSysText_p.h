@@ -69,6 +69,10 @@ private:
     std::vector<CoordSysToken> m_tokens;
 };
 
+/// True for what begins as CoordSys text, whole or not: its words, "1, 104", or three numbers without commas,
+/// where the first is a projection's. Other numbers are codes, years or places.
+bool isCoordSysText(const QString &text);
+
 /// The rectangle between two corners in any order; empty when its extent is beyond a double.
 QRectF rectBetween(double x1, double y1, double x2, double y2);
 

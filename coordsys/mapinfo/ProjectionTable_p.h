@@ -75,7 +75,7 @@ constexpr Projection projectionTable[] = {
     {5, "Azimuthal Equidistant (polar aspect)", "mlr", Cone::None, DefaultBounds::Earth, "9832;Azimuthal Equidistant"},
     {6, "Equidistant Conic", "ml12en", Cone::Other, DefaultBounds::Earth, "1119;Equidistant Conic"},
     {7, "Hotine Oblique Mercator", "mlasen", Cone::None, DefaultBounds::Earth, "9812;9815"},
-    {8, "Transverse Mercator", "mlsen", Cone::None, DefaultBounds::Band, "9807;9808"},
+    {8, "Transverse Mercator", "mlsen", Cone::None, DefaultBounds::Band, "9807;9808;1111"},
     {9, "Albers Equal-Area Conic", "ml12en", Cone::Other, DefaultBounds::Earth, "9822"},
     {10, "Mercator", "m", Cone::None, DefaultBounds::EarthOfMercator, "9804;9841"},
     {11, "Miller Cylindrical", "m", Cone::None, DefaultBounds::Earth, "Miller Cylindrical;PROJ mill"},

@@ -8,7 +8,10 @@
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
+#include <coordsys/PrjText.h>
 #include <platform/Logger.h>
+
+#include <QObject>
 
 #include <algorithm>
 
@@ -136,6 +139,23 @@ std::optional<ShiftQuality> shiftQuality(const CoordSystem &cs)
     if (quality)
         quality->textDistanceM = textDistanceM(cs, definition, quality->place);
     return quality;
+}
+
+QString prjRemark(const CoordSystem &cs)
+{
+    constexpr double toldM = 0.01;
+    constexpr double manyFiguresM = 100.0;
+    const PrjText text = prjTextOf(cs);
+    if (text.isRefused())
+        return text.reason();
+    const auto quality = shiftQuality(cs);
+    const double apartM = quality ? quality->textDistanceM.value_or(0.0) : 0.0;
+    if (!(apartM >= toldM))
+        return text.remark();
+    const QString metres =
+        apartM < manyFiguresM ? QString::number(apartM, 'g', 3) : QString::number(apartM, 'f', 0);
+    const QString datum = QObject::tr("датум строки беднее зарегистрированного: %1 м").arg(metres);
+    return text.remark().isEmpty() ? datum : text.remark() + QStringLiteral("; ") + datum;
 }
 
 } // namespace nivora::cs

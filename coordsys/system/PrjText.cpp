@@ -6,6 +6,7 @@
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/SystemInfo.h>
 
 #include <QObject>
 #include <QStringList>
@@ -33,6 +34,19 @@ void multiplyIn(const QTransform &second, double *first)
     const double product[] = {a * p[0] + b * p[3], a * p[1] + b * p[4], a * p[2] + b * p[5] + c,
                               d * p[0] + e * p[3], d * p[1] + e * p[4], d * p[2] + e * p[5] + f};
     std::copy(std::begin(product), std::end(product), first);
+}
+
+/// Metres of a unit that the notation has no number for; 0 for others.
+double unnamedUnitM(const CoordSystem &cs)
+{
+    if (cs.isLatLong())
+        return 0.0;
+    try {
+        cs.unit();
+        return 0.0;
+    } catch (const std::exception &) {
+        return systemInfo(cs).metresPerUnit;
+    }
 }
 
 } // namespace
@@ -103,6 +117,9 @@ QString PrjText::remark() const
         parts << QObject::tr("программы на GDAL пропускают Affine без сообщения: ошибка до %1 м")
                      .arg(withoutAffineM < 10.0 ? QString::number(withoutAffineM, 'f', 3)
                                                 : QString::number(std::round(withoutAffineM), 'f', 0));
+    if (unnamedUnitM > 0.0)
+        parts << QObject::tr("единицы в %1 м у CoordSys нет, строка называет её метром")
+                     .arg(QString::number(unnamedUnitM, 'g', 10));
     return parts.join(QStringLiteral("; "));
 }
 
@@ -116,8 +133,10 @@ PrjText prjTextOf(const CoordSystem &cs)
     }
     cs.nameAffineUnit();
     PrjText text = cs.writtenText();
-    if (!text.isRefused())
-        text.text = cs.withOwnClauses(text.text);
+    if (text.isRefused())
+        return text;
+    text.text = cs.withOwnClauses(text.text);
+    text.unnamedUnitM = unnamedUnitM(cs);
     return text;
 }
 

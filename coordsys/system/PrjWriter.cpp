@@ -7,6 +7,7 @@
 #include "SpatialReferenceText_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
+#include <coordsys/ProjectionParamsManager.h>
 #include <coordsys/SpatialReferenceText.h>
 #include <platform/Logger.h>
 
@@ -79,12 +80,41 @@ std::optional<TABProjInfo_t> recordOfCode(int code)
     }
 }
 
+/// Of the geographic system beneath: the code that the definition states, else the one found by its datum.
 int codeOfBase(const CrsDefinition &definition)
 {
-    const QMutexLocker lock(globalProj4Mutex());
-    const PjHandle base = baseOf(globalProjContext(), definition.crs());
-    return base ? codeOf(base.get(), QLatin1String("EPSG")).value_or(CoordSystemTypes::EPSG_UNDEFINDED)
-                : int(CoordSystemTypes::EPSG_UNDEFINDED);
+    QString wkt;
+    {
+        const QMutexLocker lock(globalProj4Mutex());
+        const PjHandle base = baseOf(globalProjContext(), definition.crs());
+        const auto stated = base ? codeOf(base.get(), QLatin1String("EPSG")) : std::nullopt;
+        if (!base || stated || !definition.namesDatum())
+            return stated.value_or(CoordSystemTypes::EPSG_UNDEFINDED);
+        wkt = wkt2Of(globalProjContext(), base.get());
+    }
+    try {
+        return activeCatalogues()->createFromWkt(wkt)->epsg();
+    } catch (const std::exception &e) {
+        LOG_DEBUG(QString::fromUtf8(e.what()));
+        return CoordSystemTypes::EPSG_UNDEFINDED;
+    }
+}
+
+double axesApartM(double semiMajorM, double semiMinorM, const PlaneFigures &plane)
+{
+    return std::max(std::fabs(semiMajorM - plane.semiMajorM), std::fabs(semiMinorM - plane.semiMinorM));
+}
+
+/// Metres to the nearest ellipsoid of the catalogue, in the axis that differs more.
+double nearestEllipsoidM(const PlaneFigures &plane)
+{
+    double nearest = HUGE_VAL;
+    for (const auto &ellipsoid : activeCatalogues()->projectionParamsManager()->ellipsoids()) {
+        const double flattening = ellipsoid->inv_flatenning == 0.0 ? 0.0 : 1.0 / ellipsoid->inv_flatenning;
+        const double semiMinorM = ellipsoid->semi_major * (1.0 - flattening);
+        nearest = std::min(nearest, axesApartM(ellipsoid->semi_major, semiMinorM, plane));
+    }
+    return nearest;
 }
 
 /// Longitude and latitude of a spatial reference as the driver writes them, mended.
@@ -154,10 +184,8 @@ Lack PrjWriter::kindLack(const CoordSystem &text, const TABProjInfo_t &record, d
 {
     if (text.isNonEarth() || text.isLatLong() != m_plain->isLatLong())
         return Lack::Projection;
-    const double axesM = std::max(std::fabs(text.getSemiMajor() - m_plane->semiMajorM),
-                                  std::fabs(text.getSemiMinor() - m_plane->semiMinorM));
-    if (!(axesM <= toleratedM)) {
-        lackM = axesM;
+    if (!(axesApartM(text.getSemiMajor(), text.getSemiMinor(), *m_plane) <= toleratedM)) {
+        lackM = nearestEllipsoidM(*m_plane);
         return Lack::Ellipsoid;
     }
     const bool sameMeridian = std::fabs(record.adDatumParams[4] - m_plane->meridianDeg) <= sameMeridianDeg;
@@ -326,20 +354,18 @@ bool PrjWriter::hasOtherShift(const TABProjInfo_t &record) const
 
 std::optional<TABProjInfo_t> PrjWriter::catalogued() const
 {
-    const auto record = m_registered ? recordOfCode(m_cs.epsg()) : std::nullopt;
+    const auto record = recordOfCode(m_cs.epsg() > 0 ? m_cs.epsg() : m_cs.baseCode());
     return record && !hasOtherShift(*record) ? record : std::nullopt;
 }
 
 /// That of the catalogue's entry for the geographic system beneath, else what the driver knows.
 TABProjInfo_t PrjWriter::ownDatum() const
 {
-    if (m_registered) {
-        const auto base = recordOfCode(codeOfBase(*m_registered));
-        if (base && !hasOtherShift(*base))
-            return *base;
-        if (m_cs.sourceType() == CoordSystem::Epsg || !m_cs.hasShift())
-            return driverDatum(srsFromWkt(m_registered->wkt()).get());
-    }
+    const auto base = recordOfCode(codeOfBase(*m_definition));
+    if (base && !hasOtherShift(*base))
+        return *base;
+    if (m_registered && (m_cs.sourceType() == CoordSystem::Epsg || !m_cs.hasShift()))
+        return driverDatum(srsFromWkt(m_registered->wkt()).get());
     return driverDatum(m_plain->srs());
 }
 

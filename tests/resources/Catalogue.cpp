@@ -58,10 +58,11 @@ QString summary(const QStringList &faults)
                                                      faults.mid(0, 20).join(QLatin1Char('\n')));
 }
 
-Pj registered(const QByteArray &code, PJ_CATEGORY category)
+Pj registered(const QByteArray &code, PJ_CATEGORY category, const QByteArray &authority)
 {
-    return Pj(proj_create_from_database(nullptr, "EPSG", code.constData(), category, 0, nullptr),
-              proj_destroy);
+    return Pj(
+        proj_create_from_database(nullptr, authority.constData(), code.constData(), category, 0, nullptr),
+        proj_destroy);
 }
 
 Figure::Figure(const PJ *crs)
@@ -74,8 +75,8 @@ Figure::Figure(const PJ *crs)
     primeMeridian *= qRadiansToDegrees(perUnit);
 }
 
-Definition::Definition(int epsg)
-    : crs(registered(QByteArray::number(epsg)))
+Definition::Definition(const QByteArray &authority, const QByteArray &code)
+    : crs(registered(code, PJ_CATEGORY_CRS, authority))
     , base(proj_crs_get_geodetic_crs(nullptr, crs.get()), proj_destroy)
     , toPlane(nullptr, proj_destroy)
     , figure(base.get())

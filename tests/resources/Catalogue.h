@@ -37,8 +37,9 @@ QString summary(const QStringList &faults);
 
 using Pj = std::unique_ptr<PJ, PJ *(*)(PJ *)>;
 
-/// An object of EPSG's registry.
-Pj registered(const QByteArray &code, PJ_CATEGORY category = PJ_CATEGORY_CRS);
+/// An object of a registry.
+Pj registered(const QByteArray &code, PJ_CATEGORY category = PJ_CATEGORY_CRS,
+              const QByteArray &authority = "EPSG");
 
 /// The ellipsoid and meridian of a PROJ system.
 struct Figure
@@ -49,10 +50,13 @@ struct Figure
     double primeMeridian = 0.0;              ///< degrees
 };
 
-/// PROJ's own system of an EPSG code. On the default context: for one thread.
+/// PROJ's own system of a code. On the default context: for one thread.
 struct Definition
 {
-    explicit Definition(int epsg);
+    explicit Definition(int epsg)
+        : Definition("EPSG", QByteArray::number(epsg))
+    {}
+    Definition(const QByteArray &authority, const QByteArray &code);
     /// Nine points of the area of use (degrees from Greenwich), the edges left out: there a square over a
     /// country may leave the projection.
     QVector<QPointF> grid() const;

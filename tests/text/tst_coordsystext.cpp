@@ -118,6 +118,75 @@ private Q_SLOTS:
         }
     }
 
+    // Files and lines of a catalogue are read as the text alone is.
+    void junkInFiles_data() { junk_data(); }
+    void junkInFiles()
+    {
+        const auto [junk] = support::row<QString>();
+        const QTemporaryDir dir;
+        const QString mif = dir.filePath("a.mif"_s), prj = dir.filePath("a.prj"_s);
+        const auto outcome = [this](const QString &text) {
+            try {
+                return m_factory->createFromUserInput(text)->prjStr();
+            } catch (const std::exception &) {
+                return QString();
+            }
+        };
+        for (const QString &form : forms()) {
+            const QString bare = form.startsWith("CoordSys "_s) ? form.mid(9) : form;
+            int place = 0;
+            for (auto places = tokens().globalMatch(bare); places.hasNext(); ++place) {
+                const QRegularExpressionMatch token = places.next();
+                if (place % 5 != form.size() % 5)
+                    continue;
+                const QString text = with(bare, token.capturedStart(), token.capturedEnd(), junk);
+                const QString expected = outcome("prj:CoordSys "_s + text);
+                support::writeFile(mif, "Version 300\nCoordSys " + text.toUtf8() + "\nColumns 0\nData\n");
+                support::writeFile(prj, "CoordSys " + text.toUtf8() + "\n");
+                QCOMPARE(outcome("@"_s + mif), expected);
+                QCOMPARE(outcome("@"_s + prj), expected);
+                if (bare.at(0).isDigit() && !junk.contains(QLatin1Char('"')))
+                    QCOMPARE(outcome("\"name\\p0\", "_s + text), expected);
+            }
+        }
+    }
+
+    // What readUserInput() takes for a definition; the picker searches for everything else.
+    void definitions_data()
+    {
+        const support::Columns<QString, bool> row;
+        for (const char *text : {"CoordSys Earth",
+                                 "earth projection 8, 104",
+                                 "NonEarth Units \"m\"",
+                                 "Projection 1, 104",
+                                 "1, 104",
+                                 "8 104 7 39 0 1 500000 0",
+                                 "3008, 104, 7",
+                                 "prj:1, 104",
+                                 "\"Zone\\p32637\", 8, 104",
+                                 "+proj=utm +zone=37",
+                                 "proj=utm zone=37",
+                                 "+units=m",
+                                 "PROJCRS[\"x\"",
+                                 "{\"type\":",
+                                 "AUTO:42001,39,0",
+                                 "urn:ogc:def:crs:EPSG::4326",
+                                 "http://www.opengis.net/def/crs/EPSG/0/4326",
+                                 "@zone.prj",
+                                 "«+proj=longlat»",
+                                 " coordsys "})
+            row.named(text, true);
+        for (const char *text :
+             {"", "Pulkovo 1942", "32637", "EPSG:4326", "epsg 4326", "Earth sphere", "1942, zone 7",
+              "2000, zone 5", "37, 55", "zone 7", "8 zone", "coordsystem", "UTM 37N", "«ГСК-2011»"})
+            row(text[0] ? text : "nothing", text, false);
+    }
+    void definitions()
+    {
+        const auto [text, isDefinition] = support::row<QString, bool>();
+        QCOMPARE(isSystemDefinition(text), isDefinition);
+    }
+
     void refused_data()
     {
         const support::Columns<QString, QString> row; // text, pieces of the message
@@ -136,6 +205,7 @@ private Q_SLOTS:
         row("words behind the clauses", "1, 104 Bounds (0, 0) (5, 5) ft", "Лишнее|«ft»");
         row("two bounds", "1, 104 Bounds (0, 0) (5, 5) Bounds (0, 0) (6, 6)", "Лишнее|Bounds");
         row("keyword behind", "1, 104 Earth", "Лишнее|Earth");
+        row("no projection", "CoordSys Earth Units \"m\"", "Лишнее|Earth");
         row("no plan", "NonEarth 8, 104, 7, 39, 0, 1, 0, 0", "Лишнее|NonEarth");
         row("unknown unit", "8, 104, \"furlong\", 39, 0, 1, 0, 0", "Неизвестная единица|furlong|9");
         row("half a unit's number", "8, 104, 7x, 39, 0, 1, 0, 0", "Неизвестная единица|7x");

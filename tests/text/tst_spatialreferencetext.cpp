@@ -110,8 +110,8 @@ private Q_SLOTS:
         row("method without a number", "+proj=airy +datum=WGS84", "NonEarth Units \"m\"", incorrect);
         row("geocentric", "EPSG:4978", "NonEarth Units \"m\"", incorrect);
         row("no place for the false origin", "EPSG:3035", "29, 115, \"m\", 10, 52, 90", incorrect);
-        row("no place for the scale", "+proj=krovak +ellps=bessel +towgs84=570.69,85.69,462.84", "32, 9999, 10, 570.69, 85.69, 462.84, 0, 0, 0, 0, 0, \"m\", 24.8333333333333, 49.5, 78.5, 30.2881397527778, 0, 0", incorrect);
-        row("no place for the axes", "+proj=krovak +czech +k=1 +ellps=bessel +towgs84=570.69,85.69,462.84", "32, 9999, 10, 570.69, 85.69, 462.84, 0, 0, 0, 0, 0, \"m\", 24.8333333333333, 49.5, 78.5, 30.2881397527778, 0, 0", incorrect);
+        row("no place for the scale", "+proj=krovak +ellps=bessel +towgs84=570.69,85.69,462.84", "32, 999, 10, 570.69, 85.69, 462.84, \"m\", 24.8333333333333, 49.5, 78.5, 30.2881397527778, 0, 0", incorrect);
+        row("no place for the axes", "+proj=krovak +czech +k=1 +ellps=bessel +towgs84=570.69,85.69,462.84", "32, 999, 10, 570.69, 85.69, 462.84, \"m\", 24.8333333333333, 49.5, 78.5, 30.2881397527778, 0, 0", incorrect);
         row("no place for the parallel", "+proj=eqc +lat_ts=30 +datum=WGS84", "33, 104, \"m\", 0, 0, 0, 0", incorrect);
         row("no place for the sphere", "+proj=sinu +R_V +datum=WGS84", "16, 104, \"m\", 0", incorrect);
         row("no place for the grid angle", "EPSG:26931",

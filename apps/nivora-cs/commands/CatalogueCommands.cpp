@@ -12,6 +12,7 @@
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/MapinfoSearch.h>
 #include <coordsys/PrjText.h>
+#include <coordsys/ShiftQuality.h>
 #include <coordsys/SystemSearch.h>
 
 #include <QJsonArray>
@@ -58,9 +59,50 @@ void addCategories(const QList<CoordSystemParamsList> &categories, QString &text
     }
 }
 
-/// The entries of one category. False when there is none of that name.
-bool addEntries(const MapinfoCoordSystem &catalogue, const QString &wanted, QString &text, QJsonArray &rows)
+struct ShownText
 {
+    QString prj;    ///< empty when there is none
+    QString remark; ///< why there is none, or what a reader of it should know
+    QString line() const
+    {
+        const QString text = prj.isEmpty() ? QObject::tr("none") : prj;
+        return remark.isEmpty() ? text : QStringLiteral("%1 (%2)").arg(text, remark);
+    }
+};
+
+/// An entry's own string. What programs lose of its affine clause only its code tells.
+ShownText shownEntry(const CoordSysFactory &factory, const QString &prj, int epsg)
+{
+    if (epsg <= 0 || !nivora::cs::hasAffineOrBoundsInString(prj).affine)
+        return {prj, {}};
+    try {
+        return {prj, nivora::cs::prjTextOf(*factory.createFromEpsg(epsg)).remark()};
+    } catch (const std::exception &) { // a code of a host's file that the database lacks
+        return {prj, {}};
+    }
+}
+
+/// The entry's CoordSys string, or that of the database's system, with the metres of its datum.
+ShownText shownText(const CoordSysFactory &factory, const MapinfoSearch::Hit &hit)
+{
+    try {
+        if (!hit.isInCatalogue()) {
+            const CoordSystemPtr cs = factory.createFromUserInput(hit.code);
+            return {nivora::cs::prjTextOf(*cs).text, nivora::cs::prjRemark(*cs)};
+        }
+        const QString prj = factory.mapinfoCoordSystem()->getStrMB(hit.position.first, hit.position.second);
+        const bool isByCode = hit.epsg > 0 && nivora::cs::hasAffineOrBoundsInString(prj).affine;
+        return {prj, nivora::cs::prjRemark(isByCode ? *factory.createFromEpsg(hit.epsg)
+                                                    : *factory.createFromPrj(prj))};
+    } catch (const std::exception &e) {
+        return {{}, oneLine(QString::fromUtf8(e.what()))};
+    }
+}
+
+/// The entries of one category. False when there is none of that name.
+bool addEntries(const CoordSysFactory &factory, const QString &wanted, QString &text, QJsonArray &rows)
+{
+    const MapinfoCoordSystem &catalogue = *factory.mapinfoCoordSystem();
     const QList<CoordSystemParamsList> categories = catalogue.projectionList();
     bool known = false;
     for (int category = 0; category < categories.size(); ++category) {
@@ -71,11 +113,14 @@ bool addEntries(const MapinfoCoordSystem &catalogue, const QString &wanted, QStr
         for (int index = 0; index < list.entries.size(); ++index) {
             const int epsg = list.entries.at(index).epsg();
             const QString name = list.entries.at(index).name();
-            const QString prj = catalogue.getStrMB(category, index);
-            text += entryLine(codeText(epsg), name, prj);
-            rows << QJsonObject{{QStringLiteral("epsg"), epsg > 0 ? QJsonValue(epsg) : QJsonValue()},
-                                {QStringLiteral("name"), name},
-                                {QStringLiteral("prj"), prj}};
+            const ShownText shown = shownEntry(factory, catalogue.getStrMB(category, index), epsg);
+            text += entryLine(codeText(epsg), name, shown.line());
+            QJsonObject row{{QStringLiteral("epsg"), epsg > 0 ? QJsonValue(epsg) : QJsonValue()},
+                            {QStringLiteral("name"), name},
+                            {QStringLiteral("prj"), shown.prj}};
+            if (!shown.remark.isEmpty())
+                row.insert(QStringLiteral("remark"), shown.remark);
+            rows << row;
         }
     }
     return known;
@@ -92,7 +137,7 @@ int runList(const CommandLine &line)
     QJsonArray rows;
     if (wanted.isEmpty())
         addCategories(catalogue->projectionList(), text, rows);
-    else if (!addEntries(*catalogue, wanted, text, rows))
+    else if (!addEntries(session.factory(), wanted, text, rows))
         throw Failure(QObject::tr("no category \"%1\"; nivora-cs list shows them").arg(wanted));
     if (line.isSet("json"))
         printJson({{wanted.isEmpty() ? QStringLiteral("categories") : QStringLiteral("systems"), rows}});
@@ -128,34 +173,6 @@ QVector<MapinfoSearch::Hit> hitsOf(const CommandLine &line, const MapinfoSearch 
     if (!answer.hits.isEmpty() && !answer.without.isEmpty())
         complain(QObject::tr("found without \"%1\"").arg(answer.without.join(QLatin1String("\", \""))));
     return answer.hits;
-}
-
-struct ShownText
-{
-    QString prj;    ///< empty when there is none
-    QString remark; ///< why there is none, or what a reader of it should know
-    QString line() const
-    {
-        const QString text = prj.isEmpty() ? QObject::tr("none") : prj;
-        return remark.isEmpty() ? text : QStringLiteral("%1 (%2)").arg(text, remark);
-    }
-};
-
-/// The entry's CoordSys string, or that of the database's system.
-ShownText shownText(const CoordSysFactory &factory, const MapinfoSearch::Hit &hit)
-{
-    if (hit.isInCatalogue()) {
-        const QString prj = factory.mapinfoCoordSystem()->getStrMB(hit.position.first, hit.position.second);
-        if (hit.epsg <= 0 || !nivora::cs::hasAffineOrBoundsInString(prj).affine)
-            return {prj, {}};
-    }
-    try {
-        const nivora::cs::PrjText text = nivora::cs::prjTextOf(
-            hit.isInCatalogue() ? *factory.createFromEpsg(hit.epsg) : *factory.createFromUserInput(hit.code));
-        return {text.text, text.isRefused() ? text.reason() : text.remark()};
-    } catch (const std::exception &e) {
-        return {{}, oneLine(QString::fromUtf8(e.what()))};
-    }
 }
 
 QJsonObject hitJson(const MapinfoSearch::Hit &hit, const ShownText &shown)

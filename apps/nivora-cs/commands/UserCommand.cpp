@@ -305,8 +305,8 @@ const Command &userCommand()
   user check       looks for entries that make no system, for duplicates, for what the
                    next change would drop, and for a file that cannot be read; the
                    exit status is 1 for any of them
-Entries keep the text as it was given. A text that makes no system is refused, and
-the file stays as it was.
+Entries keep the text as it was given, CoordSys text in the form in which info
+shows it. A text that makes no system is refused, and the file stays as it was.
 
 Examples:
   nivora-cs user add --branch Moscow --description 'Local grid' 'CoordSys Earth Projection 8, 1001, "m", 37.5, 0, 1, 0, 0'
