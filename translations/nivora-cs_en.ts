@@ -1066,10 +1066,8 @@
         <translation>the zone&apos;s number stands before the easting</translation>
     </message>
     <message>
-        <source>градусы, минуты и секунды одним числом</source>
-        <translation>degrees, minutes and seconds in one number</translation>
         <source>датум строки беднее зарегистрированного: %1 м</source>
-        <translation>the text's datum says less than the registered operation: %1 m</translation>
+        <translation>the text&apos;s datum says less than the registered operation: %1 m</translation>
     </message>
     <message>
         <source>единицы в %1 м у CoordSys нет, строка называет её метром</source>
@@ -1078,6 +1076,8 @@
     <message>
         <source>в нём нет аффинного преобразования долгот и широт</source>
         <translation>it has no affine transformation of longitudes and latitudes</translation>
+        <source>градусы, минуты и секунды одним числом</source>
+        <translation>degrees, minutes and seconds in one number</translation>
     </message>
 </context>
 </TS>

@@ -164,7 +164,7 @@ private Q_SLOTS:
             left << item.entry.epsg();
         QStringList faults;
         int written = 0;
-        for (const QByteArray &code : codesOf(authority.toLatin1(), catalogue::sampleStep(), left)) {
+        for (const QByteArray &code : codesOf(authority.toLatin1(), 2 * catalogue::sampleStep(), left)) {
             const QString name = authority + QLatin1Char(':') + QString::fromLatin1(code);
             CoordSystemPtr made;
             try {
@@ -189,7 +189,7 @@ private Q_SLOTS:
     /// In whatever notation a code's system came, as far as it is found to be that of a code.
     void oneTextByEveryNotation()
     {
-        constexpr int rarer = 4; // five notations each
+        constexpr int rarer = 10; // five notations each, and searches
         QStringList faults;
         for (const QByteArray &code : codesOf("EPSG", rarer * catalogue::sampleStep())) {
             CoordSystemPtr made;
