@@ -1076,6 +1076,8 @@
     <message>
         <source>в нём нет аффинного преобразования долгот и широт</source>
         <translation>it has no affine transformation of longitudes and latitudes</translation>
+    </message>
+    <message>
         <source>градусы, минуты и секунды одним числом</source>
         <translation>degrees, minutes and seconds in one number</translation>
     </message>
