@@ -2111,75 +2111,6 @@ OUT и окончанием .rejected.csv; код завершения тогд�
         <translation>Отдельный OUT для каждого вида геометрии: OUT_points, OUT_lines и так далее.</translation>
     </message>
     <message>
-        <source>Reads the FILEs, or standard input (&quot;-&quot; or no FILE), and writes to standard output.
-A line holds x and y, separated by blanks, tabs, a comma or a semicolon. Further
-columns are passed on as they are, heights too unless --z is given: then compound,
-three-dimensional and geocentric systems (EPSG:25832+7837, 4979, 4978) keep their
-heights, and a point fails whose height could not be converted, such as for lack of
-a geoid&apos;s file. Blank lines and lines beginning with &apos;#&apos; are passed on. A line whose point cannot be
-transformed gets &quot;*&quot; for x and y and keeps the rest (37.6,91,Moscow becomes
-*,*,Moscow); a line without a point becomes &quot;*&quot;, &quot;*&quot; and its whole text. Both are
-reported on stderr (&quot;line 7: why&quot;, the first 20 of them) and make the exit status
-1. So is a first line of words, a header, but it is passed on as text; --skip
-passes lines on without a word. Input of any size is worked through in blocks.
-
-Degrees may be written as 55.7558, 55°45&apos;21.5&quot;N, 55d45&apos;21.5&quot;, N55:45:21.5 or, with
-both hemispheres, in separate or quoted columns (55 45 21.5 N 37 37 2 E); letters
-are N S E W or С Ю В З. x is first unless the letters say otherwise; the output
-always has x first. Decimal commas are understood where commas cannot separate
-columns (37,6173;55,7558); where both are possible the line fails and says so.
-
-A line on stderr says at the end by which operations the points went and how good
-those are: 5 points by &quot;NTF to WGS 84&quot;, 2 m; 3 ballpark. Ballpark points are those
-whose datums&apos; difference was left out, since nothing is known for the place;
---strict makes them fail.
-
-With --csv the input is a table with quoted fields (RFC 4180) and, when columns
-are named or the first line&apos;s coordinates are words, a header. All other columns
-stay as they are, byte for byte. Angles in several columns: --x 1,2,3,4 --out-x X.
-
-Examples:
-  echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
-  nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv &gt; out.csv
-  printf &apos;lon;lat\n37.6;55.7\n&apos; | nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat
-  nivora-cs transform --from @moscow.prj --to &apos;CoordSys Earth Projection 1, 104&apos; --inverse
-</source>
-        <translation>Читает файлы FILE или стандартный ввод (&quot;-&quot; или без FILE) и пишет в стандартный
-вывод. В строке x и y через пробелы, табуляцию, запятую или точку с запятой. Остальные
-столбцы передаются как есть, и высоты тоже, если нет --z: с ним составные, трёхмерные
-и геоцентрические системы (EPSG:25832+7837, 4979, 4978) сохраняют свои высоты, и не
-преобразуется точка, высоту которой не пересчитать, например без файла геоида. Пустые
-строки и
-строки, начинающиеся с &apos;#&apos;, передаются. Строка, точка которой не преобразуется,
-получает &quot;*&quot; вместо x и y и сохраняет остальное (37.6,91,Moscow становится
-*,*,Moscow); строка без точки становится &quot;*&quot;, &quot;*&quot; и всем своим текстом. О тех и
-других сообщается в stderr (строка и причина, первые 20), и код возврата 1. То же
-с первой строкой из слов, заголовком, но она передаётся как текст; --skip передаёт
-строки молча. Вход любого размера обрабатывается блоками.
-
-Градусы можно писать 55.7558, 55°45&apos;21.5&quot;N, 55d45&apos;21.5&quot;, N55:45:21.5 или, с обоими
-полушариями, в отдельных столбцах или в кавычках (55 45 21.5 N 37 37 2 E); буквы
-N S E W или С Ю В З. Сначала x, если буквы не говорят иного; в выводе всегда
-сначала x. Десятичные запятые понимаются там, где запятая не может разделять
-столбцы (37,6173;55,7558); где возможно и то и другое, строка отвергается с
-объяснением.
-
-В конце строка в stderr говорит, какими операциями прошли точки и какова точность:
-точек: 5, «NTF to WGS 84», 2 м; без сдвига датума: 3. Без сдвига датума идут точки,
-для места которых ничего не известно; с --strict они считаются неудачными.
-
-С --csv на входе таблица с полями в кавычках (RFC 4180) и, если столбцы названы или
-координаты первой строки - слова, с заголовком. Остальные столбцы не меняются ни на
-байт. Углы в нескольких столбцах: --x 1,2,3,4 --out-x X.
-
-Примеры:
-  echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
-  nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv &gt; out.csv
-  printf &apos;lon;lat\n37.6;55.7\n&apos; | nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat
-  nivora-cs transform --from @moscow.prj --to &apos;CoordSys Earth Projection 1, 104&apos; --inverse
-</translation>
-    </message>
-    <message>
         <source>The third column is a height, transformed where both systems know theirs; of a table --z=NAME or number N.</source>
         <translation>Третий столбец — высота; она пересчитывается, если обе системы знают свои высоты. Для таблицы --z=ИМЯ или номер N.</translation>
     </message>
@@ -2444,6 +2375,83 @@ northing и подобные), иначе это первые два.
     <message>
         <source>%1 is the code of another plane: %2</source>
         <translation>%1 — код другой плоскости: %2</translation>
+    </message>
+    <message>
+        <source>no points: %1 is missing, without which nothing is transformed</source>
+        <translation>ни одной точки: нет файла %1, без которого ничего не пересчитывается</translation>
+    </message>
+    <message>
+        <source>%1 point by &quot;%2&quot;, %3</source>
+        <translation>точек: %1, «%2», %3</translation>
+    </message>
+    <message>
+        <source>Reads the FILEs, or standard input (&quot;-&quot; or no FILE), and writes to standard output.
+A line holds x and y, separated by blanks, tabs, a comma or a semicolon. Further
+columns are passed on as they are, heights too unless --z is given: then compound,
+three-dimensional and geocentric systems (EPSG:25832+7837, 4979, 4978) keep their
+heights, and a point fails whose height could not be converted, such as for lack of
+a geoid&apos;s file. Blank lines and lines beginning with &apos;#&apos; are passed on. A line
+whose point cannot be transformed gets &quot;*&quot; for x and y and keeps the rest
+(37.6,91,Moscow becomes *,*,Moscow); a line without a point becomes &quot;*&quot;, &quot;*&quot; and its whole text. Both are
+reported on stderr (&quot;line 7: why&quot;, the first 20 of them) and make the exit status
+1. So is a first line of words, a header, but it is passed on as text; --skip
+passes lines on without a word. Input of any size is worked through in blocks.
+
+Degrees may be written as 55.7558, 55°45&apos;21.5&quot;N, 55d45&apos;21.5&quot;, N55:45:21.5 or, with
+both hemispheres, in separate or quoted columns (55 45 21.5 N 37 37 2 E); letters
+are N S E W or С Ю В З. x is first unless the letters say otherwise; the output
+always has x first. Decimal commas are understood where commas cannot separate
+columns (37,6173;55,7558); where both are possible the line fails and says so.
+
+A line on stderr says at the end by which operations the points went and how good
+those are: 5 points by &quot;NTF to WGS 84&quot;, 2 m; 3 ballpark. Ballpark points are those
+whose datums&apos; difference was left out, since nothing is known for the place;
+--strict makes them fail.
+
+With --csv the input is a table with quoted fields (RFC 4180) and, when columns
+are named or the first line&apos;s coordinates are words, a header. All other columns
+stay as they are, byte for byte. Angles in several columns: --x 1,2,3,4 --out-x X.
+
+Examples:
+  echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
+  nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv &gt; out.csv
+  printf &apos;lon;lat\n37.6;55.7\n&apos; | nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat
+  nivora-cs transform --from @moscow.prj --to &apos;CoordSys Earth Projection 1, 104&apos; --inverse
+</source>
+        <translation>Читает файлы FILE или стандартный ввод (&quot;-&quot; или без FILE) и пишет в стандартный
+вывод. В строке x и y через пробелы, табуляцию, запятую или точку с запятой. Остальные
+столбцы передаются как есть, и высоты тоже, если нет --z: с ним составные, трёхмерные
+и геоцентрические системы (EPSG:25832+7837, 4979, 4978) сохраняют свои высоты, и не
+преобразуется точка, высоту которой не пересчитать, например без файла геоида. Пустые
+строки и
+строки, начинающиеся с &apos;#&apos;, передаются. Строка, точка которой не преобразуется,
+получает &quot;*&quot; вместо x и y и сохраняет остальное (37.6,91,Moscow становится
+*,*,Moscow); строка без точки становится &quot;*&quot;, &quot;*&quot; и всем своим текстом. О тех и
+других сообщается в stderr (строка и причина, первые 20), и код возврата 1. То же
+с первой строкой из слов, заголовком, но она передаётся как текст; --skip передаёт
+строки молча. Вход любого размера обрабатывается блоками.
+
+Градусы можно писать 55.7558, 55°45&apos;21.5&quot;N, 55d45&apos;21.5&quot;, N55:45:21.5 или, с обоими
+полушариями, в отдельных столбцах или в кавычках (55 45 21.5 N 37 37 2 E); буквы
+N S E W или С Ю В З. Сначала x, если буквы не говорят иного; в выводе всегда
+сначала x. Десятичные запятые понимаются там, где запятая не может разделять
+столбцы (37,6173;55,7558); где возможно и то и другое, строка отвергается с
+объяснением.
+
+В конце строка в stderr говорит, какими операциями прошли точки и какова точность:
+точек: 5, «NTF to WGS 84», 2 м; без сдвига датума: 3. Без сдвига датума идут точки,
+для места которых ничего не известно; с --strict они считаются неудачными.
+
+С --csv на входе таблица с полями в кавычках (RFC 4180) и, если столбцы названы или
+координаты первой строки - слова, с заголовком. Остальные столбцы не меняются ни на
+байт. Углы в нескольких столбцах: --x 1,2,3,4 --out-x X.
+
+Примеры:
+  echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
+  nivora-cs transform --from 28407 --to 4326 --precision 7 points.csv &gt; out.csv
+  printf &apos;lon;lat\n37.6;55.7\n&apos; | nivora-cs transform --from 4326 --to 28407 --csv --x lon --y lat
+  nivora-cs transform --from @moscow.prj --to &apos;CoordSys Earth Projection 1, 104&apos; --inverse
+</translation>
     </message>
 </context>
 </TS>

@@ -506,16 +506,20 @@ void Reader::throwAmbiguous(const QString &text, const QVector<NamedSystem> &sys
         QObject::tr("Название «%1» носят несколько систем: %2").arg(shownText(text), shownList(shown)));
 }
 
-/// What the search finds for the text, as everywhere else; names that look alike where it finds nothing.
+/// What the search finds for the text, as everywhere else. Names that look alike stand before that when words
+/// had to be left out, as of "WGS 85".
 QStringList Reader::nearestNames(const QString &text, const SystemNames &names) const
 {
     constexpr int mostShown = 5;
-    QStringList shown;
     const auto search = systemSearch(m_factory);
-    for (const MapinfoSearch::Hit &hit :
-         search ? search->find(text, mostShown) : QVector<MapinfoSearch::Hit>())
+    const MapinfoSearch::Answer answer =
+        search ? search->answer(text, std::nullopt, mostShown) : MapinfoSearch::Answer();
+    QStringList shown =
+        answer.hits.isEmpty() || !answer.without.isEmpty() ? names.nearest(text) : QStringList();
+    for (const MapinfoSearch::Hit &hit : answer.hits)
         shown << (hit.code.isEmpty() ? hit.name : QStringLiteral("%1 (%2)").arg(hit.name, hit.code));
-    return shown.isEmpty() ? names.nearest(text) : shown;
+    shown.removeDuplicates();
+    return shown.mid(0, mostShown);
 }
 
 void Reader::throwUnknown(const QString &text, const SystemNames &names) const

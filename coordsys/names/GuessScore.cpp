@@ -23,8 +23,9 @@ constexpr double placeReachM = 100e3; ///< nearer than that is nearly as good
 constexpr double beyondScaleM = 30e3;
 constexpr double mostFromPlace = 60.0;
 constexpr double aroundPlaceDeg = 4.0;
-/// For the systems that data from everywhere are in.
-constexpr std::pair<const char *, double> everywhere[] = {{"EPSG:4326", 6.0}, {"EPSG:3857", 5.0}};
+/// For the systems that data from everywhere are in: bare degrees are of WGS 84 unless something speaks
+/// against it.
+constexpr std::pair<const char *, double> everywhere[] = {{"EPSG:4326", 12.0}, {"EPSG:3857", 5.0}};
 
 } // namespace
 

@@ -216,7 +216,8 @@ void SystemIndex::addDatabase()
         describe(system, name);
         system.hit.isWithdrawn = info.deprecated != 0;
         system.standing -= info.deprecated ? 3.0 : 0.0;
-        system.standing -= info.type == PJ_TYPE_GEOGRAPHIC_3D_CRS ? 2.0 : 0.0; // acts as the plain one
+        system.standing -=
+            info.type == PJ_TYPE_GEOGRAPHIC_3D_CRS ? 8.0 : 0.0; // acts as the plain one, and has its name
         system.isGeographic = info.type != PJ_TYPE_PROJECTED_CRS;
         system.extent = extentOf(info);
         system.share = system.extent.isNull() ? 1.0 : shareOfEarth(system.extent);
@@ -265,7 +266,9 @@ int SystemIndex::areaNamed(const QString &area)
     if (known != m_areas.constEnd())
         return *known;
     m_areas.insert(area, static_cast<int>(m_areaWords.size()));
-    m_areaWords.push_back(numbers(area));
+    static const QRegularExpression degrees(
+        QStringLiteral("\\d+")); // "85.06°S" is not what a number asks for
+    m_areaWords.push_back(numbers(QString(area).remove(degrees)));
     return static_cast<int>(m_areaWords.size()) - 1;
 }
 

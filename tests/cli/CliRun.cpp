@@ -39,9 +39,9 @@ CliRun runProcess(const QString &program, const QStringList &arguments, const QS
 void CliRun::takeClosingLine()
 {
     // 5 points by "OSGB36 to WGS 84 (6)", 2 m; 3 ballpark (without …)
-    static const QRegularExpression form(
-        QStringLiteral("(?:^|\\n)((?:\\d+ (?:points by|by other|ballpark) [^\\n]*|no points|the systems are "
-                       "equal[^\\n]*)\\n)$"));
+    static const QRegularExpression form(QStringLiteral(
+        "(?:^|\\n)((?:\\d+ (?:points? by|by other|ballpark) [^\\n]*|no points[^\\n]*|the systems are "
+        "equal[^\\n]*)\\n)$"));
     const QRegularExpressionMatch match = form.match(QString::fromUtf8(err));
     if (!match.hasMatch())
         return;

@@ -142,27 +142,31 @@ private Q_SLOTS:
         const QString two = "37.6 55.7\n10 80\n"_s;
         const QString left = "1 ballpark (without Pulkovo 1942 → World Geodetic System 1984)\n"_s;
         row.named("--from 4284 --to 32637", two, 0,
-                  "1 points by \"Pulkovo 1942 to WGS 84 (20)\", 3 m; "_s + left);
+                  "1 point by \"Pulkovo 1942 to WGS 84 (20)\", 3 m; "_s + left);
         row.named("--from 4284 --to 32637 --strict", two, 1,
-                  "1 points by \"Pulkovo 1942 to WGS 84 (20)\", 3 m\n");
+                  "1 point by \"Pulkovo 1942 to WGS 84 (20)\", 3 m\n");
         row.named("--from 4284 --to 32637 --no-ballpark", two, 0,
-                  "1 points by \"Pulkovo 1942 to WGS 84 (16)\", 4.5 m; 1 points by");
-        row.named("--from 32637 --to 4284 --inverse", two, 0, "1 points by \"Inverse of Pulkovo 1942 to");
+                  "1 point by \"Pulkovo 1942 to WGS 84 (16)\", 4.5 m; 1 point by");
+        row.named("--from 32637 --to 4284 --inverse", two, 0, "1 point by \"Inverse of Pulkovo 1942 to");
         row.named("--from 4277 --to 4326 --operation EPSG:1196", "-3 55\n", 0,
-                  "1 points by \"OSGB36 to WGS 84 (2)\", 10 m\n");
-        row.named("--from 4258 --to 4326", "10 50\n", 0, "1 points by \"ETRS89 to WGS 84 (1)\", 2 m\n");
+                  "1 point by \"OSGB36 to WGS 84 (2)\", 10 m\n");
+        row.named("--from 4258 --to 4326", "10 50\n", 0, "1 point by \"ETRS89 to WGS 84 (1)\", 2 m\n");
         row.named("--from 9000 --to 7844", "134 -25\n", 0,
-                  "1 points by \"ITRF2014 to GDA2020 (1)\", 0.03 m (no epoch given)\n");
+                  "1 point by \"ITRF2014 to GDA2020 (1)\", 0.03 m (no epoch given)\n");
         row.named("--from 9000 --to 7844 --epoch 2020", "134 -25\n", 0,
-                  "1 points by \"ITRF2014 to GDA2020 (1)\", 0.03 m\n");
+                  "1 point by \"ITRF2014 to GDA2020 (1)\", 0.03 m\n");
         row.named("--from 4326 --to 4326", "1 2\n", 0, "the systems are equal");
         row.named("--from 4326 --to 32637", "x\n", 1, "no points\n");
+        row.named("--from +proj=longlat~+ellps=krass~+nadgrids=absent.gsb --to 4326", "37 55\n", 1,
+                  "no points: absent.gsb is missing, without which nothing is transformed\n");
     }
 
     void closing()
     {
         const auto [arguments, input, status, line] = support::row<QString, QString, int, QString>();
-        const CliRun done = run(words("transform") + words(arguments.toUtf8()), input.toUtf8());
+        QStringList options = words(arguments.toUtf8());
+        options.replaceInStrings("~"_s, " "_s);
+        const CliRun done = run(words("transform") + options, input.toUtf8());
         QVERIFY2(done.status == status && done.closing.startsWith(line.toUtf8()),
                  done.describe() + done.closing);
     }

@@ -264,7 +264,8 @@ private Q_SLOTS:
             QTest::newRow(name) << text << QString::fromUtf8(piece);
         };
         row("near a name", QStringLiteral("WGS 85"), "WGS 84) (EPSG:4326)");
-        row("near by words", QStringLiteral("utm 37n"), "WGS 84 / UTM zone 37N (EPSG:32637)");
+        row("near by words", QStringLiteral("utm 37n"),
+            "Ближайшее: WGS 84 / UTM, зона 37 (сев. полушарие) (EPSG:32637)");
         row("several", QStringLiteral("swiss"), "EPSG:21781");
         row("unpublished", QStringLiteral("МСК-50"), "не опубликованы");
         row("feet", QStringLiteral("AUTO2:42001,0.3048,-93,0"), "AUTO2");

@@ -203,8 +203,15 @@ QString explanationText(const Explanation &explanation, Detail detail)
 
 QString usageText(const CoordTransform &transform, const OperationTally &tally)
 {
-    return transform.isEqualsCS() ? QObject::tr("the systems are equal: points are copied")
-                                  : usageText(tally, transform.epoch().has_value());
+    if (transform.isEqualsCS())
+        return QObject::tr("the systems are equal: points are copied");
+    const auto uses = tally.uses();
+    const bool isNone =
+        std::all_of(uses.begin(), uses.end(), [](const auto &use) { return use.points == 0; });
+    const QString required = isNone ? requiredGrids(explained(transform, std::nullopt, nullptr)) : QString();
+    return required.isEmpty()
+               ? usageText(tally, transform.epoch().has_value())
+               : QObject::tr("no points: %1 is missing, without which nothing is transformed").arg(required);
 }
 
 QString usageText(const OperationTally &tally, bool hasEpoch)
@@ -214,10 +221,13 @@ QString usageText(const OperationTally &tally, bool hasEpoch)
     qint64 others = 0;
     QString leftOut;
     for (const OperationTally::Use &use : tally.uses()) {
+        if (use.points == 0)
+            continue; // chosen, and every point failed
         if (use.operation.isBallpark)
             leftOut = use.operation.leavesOut;
         else if (parts.size() < mostNamed)
-            parts << QObject::tr("%1 points by \"%2\", %3")
+            parts << (use.points == 1 ? QObject::tr("%1 point by \"%2\", %3")
+                                      : QObject::tr("%1 points by \"%2\", %3"))
                          .arg(QString::number(use.points), use.operation.shortName,
                               shortWorth(use.operation, hasEpoch));
         else

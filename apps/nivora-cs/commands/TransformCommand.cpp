@@ -191,9 +191,9 @@ A line holds x and y, separated by blanks, tabs, a comma or a semicolon. Further
 columns are passed on as they are, heights too unless --z is given: then compound,
 three-dimensional and geocentric systems (EPSG:25832+7837, 4979, 4978) keep their
 heights, and a point fails whose height could not be converted, such as for lack of
-a geoid's file. Blank lines and lines beginning with '#' are passed on. A line whose point cannot be
-transformed gets "*" for x and y and keeps the rest (37.6,91,Moscow becomes
-*,*,Moscow); a line without a point becomes "*", "*" and its whole text. Both are
+a geoid's file. Blank lines and lines beginning with '#' are passed on. A line
+whose point cannot be transformed gets "*" for x and y and keeps the rest
+(37.6,91,Moscow becomes *,*,Moscow); a line without a point becomes "*", "*" and its whole text. Both are
 reported on stderr ("line 7: why", the first 20 of them) and make the exit status
 1. So is a first line of words, a header, but it is passed on as text; --skip
 passes lines on without a word. Input of any size is worked through in blocks.
