@@ -184,7 +184,13 @@ Lack PrjWriter::kindLack(const CoordSystem &text, const TABProjInfo_t &record, d
 {
     if (text.isNonEarth() || text.isLatLong() != m_plain->isLatLong())
         return Lack::Projection;
-    if (!(axesApartM(text.getSemiMajor(), text.getSemiMinor(), *m_plane) <= toleratedM)) {
+    // Michigan's method works on an enlarged ellipsoid, which MapInfo counts to the datum.
+    constexpr int ellipsoidScale = 1038; // EPSG's code
+    const double scale = m_plane->figure(ellipsoidScale, 1.0);
+    const bool isOwn = axesApartM(text.getSemiMajor(), text.getSemiMinor(), *m_plane) <= toleratedM;
+    const bool isScaled =
+        axesApartM(text.getSemiMajor() / scale, text.getSemiMinor() / scale, *m_plane) <= toleratedM;
+    if (!isOwn && !isScaled) {
         lackM = nearestEllipsoidM(*m_plane);
         return Lack::Ellipsoid;
     }
