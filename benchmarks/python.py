@@ -70,9 +70,12 @@ def main():
 
 
 def code_exists(code):
+    """Whether PROJ computes the system: some of the register's methods it only knows by name."""
     try:
-        return pyproj.CRS(code).is_projected
-    except pyproj.exceptions.CRSError:
+        crs = pyproj.CRS(code)
+        pyproj.Transformer.from_crs(crs, 4326)
+        return crs.is_projected
+    except (pyproj.exceptions.CRSError, pyproj.exceptions.ProjError):
         return False
 
 
