@@ -48,7 +48,8 @@ public:
     /// middle; without words those that hold all of it first, then by size of area, the smallest first.
     /// Systems without a known area are left out. Nothing, or a place that is not finite: everywhere.
     void setPlace(const std::optional<QRectF> &lonLat);
-    /// Whether systems that their authority has withdrawn are listed; they are, behind the others, unless set.
+    /// Whether systems that their authority has withdrawn are listed; they are, behind the others, unless
+    /// set.
     void setWithdrawnShown(bool isShown);
     /// What setPlace() was given.
     const std::optional<QRectF> &place() const { return m_place; }

@@ -23,8 +23,9 @@ public:
         Geocentric,  ///< x, y and z are metres from the middle of the earth
     };
 
-    /// A code ("4979", "EPSG:25832+7837", "25832+7837"), WKT, PROJJSON or PROJ text. Throws std::logic_error "Не удалось
-    /// прочитать КС: …" for what PROJ does not read as a system with a horizontal part or a geocentric one.
+    /// A code ("4979", "EPSG:25832+7837", "25832+7837"), WKT, PROJJSON or PROJ text. Throws std::logic_error
+    /// "Не удалось прочитать КС: …" for what PROJ does not read as a system with a horizontal part or a
+    /// geocentric one.
     explicit SpatialSystem(const QString &definition);
     SpatialSystem(const SpatialSystem &other);
     /// Copies.

@@ -93,7 +93,8 @@ void editText(QWidget *parent, Model &model, const QString &branch, const Source
         return;
     attempt(parent, [&] {
         const Source now{source.type, text};
-        model.factory()->createFromTaggedString(UserCoordSystem::sourceTypeToString(now.type) + QLatin1Char(':') + text);
+        model.factory()->createFromTaggedString(UserCoordSystem::sourceTypeToString(now.type) +
+                                                QLatin1Char(':') + text);
         change(parent, model, [&](UserCoordSystem &fresh) {
             fresh.removeCoordSystem(branch, source);
             fresh.setCoordSystem(branch, now, name);

@@ -142,7 +142,8 @@ void CoordSystemFilterModel::start()
 {
     m_worker->isRunning = true;
     m_worker->isOvertaken = false;
-    const Query query{m_text, m_place, m_isWithdrawnShown, m_source.m_index, m_source.m_categories, m_source.m_branches};
+    const Query query{
+        m_text, m_place, m_isWithdrawnShown, m_source.m_index, m_source.m_categories, m_source.m_branches};
     m_worker->watcher.setFuture(QtConcurrent::run(&m_worker->pool, [query] { return query.answer(); }));
 }
 

@@ -1,6 +1,6 @@
-// Writes resources/system-planes.tsv, from which coordinates without a system are told where they may lie: the
-// areas of use of PROJ's projected systems in their own planes. Run it after an update of PROJ's database;
-// systems that the file lacks are computed when a guess is asked for first, a millisecond each.
+// Writes resources/system-planes.tsv, from which coordinates without a system are told where they may lie:
+// the areas of use of PROJ's projected systems in their own planes. Run it after an update of PROJ's
+// database; systems that the file lacks are computed when a guess is asked for first, a millisecond each.
 //   make-system-planes RESOURCES
 
 #include <coordsys/MapinfoCoordSystem.h>
