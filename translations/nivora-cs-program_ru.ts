@@ -2453,5 +2453,17 @@ N S E W или С Ю В З. Сначала x, если буквы не гово�
   nivora-cs transform --from @moscow.prj --to &apos;CoordSys Earth Projection 1, 104&apos; --inverse
 </translation>
     </message>
+    <message>
+        <source>local coordinates: %1</source>
+        <translation>местные координаты: %1</translation>
+    </message>
+    <message>
+        <source>; --to names a plane, degrees need a geographic system</source>
+        <translation>; --to называет плоскость, градусам нужна географическая система</translation>
+    </message>
+    <message>
+        <source>known coordinates: %1</source>
+        <translation>известные координаты: %1</translation>
+    </message>
 </context>
 </TS>

@@ -141,7 +141,8 @@ private Q_SLOTS:
                             const char *message) {
             QTest::newRow(title) << text << QString::fromLatin1(options) << QString::fromLatin1(message);
         };
-        row("a word for a number", "P1;1;2;3;4\nP2;1;2;x;4\n", "--to 32637", "line 2: x");
+        row("a word for a number", "P1;1;2;3;4\nP2;1;2;x;4\n", "--to 32637", "line 2: known coordinates: x");
+        row("degrees for a plane", "P1;1;2;3°5'N;4°E\n", "--to 32637", "degrees need a geographic system");
         row("too few columns", "1;2;3\n", "--to 32637", "the table has no column \"3\"");
         row("two points", "1;2;3;4\n5;6;7;9\n", "--to 32637 --model affine", "Points needed: 3");
         row("no model", "1;2;3;4\n", "--to 32637 --model cubic", "--model takes auto, shift");

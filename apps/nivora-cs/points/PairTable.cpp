@@ -49,7 +49,7 @@ private:
     FileHead headOf(std::string_view line, const char *x, const char *y, int first,
                     const CoordinateNotation &notation);
     CalibrationPair pairOf(std::string_view line) const;
-    QPointF pointOf(const PointReader &reader, std::string_view line) const;
+    CalibrationPair coordinatesOf(std::string_view line) const;
     int columnOf(const char *option, int otherwise) const;
     std::optional<double> numberOf(const QString &text) const;
     void setExtras(const QStringList &values, CalibrationPair &pair) const;
@@ -106,14 +106,20 @@ bool PairReader::readHead(std::string_view line)
     return local.isHeader || known.isHeader;
 }
 
-QPointF PairReader::pointOf(const PointReader &reader, std::string_view line) const
+/// A pair without name and extras. A failure tells which half it stands in: both have an x and a y.
+CalibrationPair PairReader::coordinatesOf(std::string_view line) const
 {
-    QPointF point;
+    CalibrationPair pair;
     Columns columns;
     Reason why;
-    if (!reader.read(line, point, columns, why))
-        throw Failure(why.text());
-    return point;
+    if (!m_local->read(line, pair.local, columns, why))
+        throw Failure(QObject::tr("local coordinates: %1").arg(why.text()));
+    if (m_known->read(line, pair.known, columns, why))
+        return pair;
+    const QString hint = m_knownNotation.angles
+                             ? QString()
+                             : QObject::tr("; --to names a plane, degrees need a geographic system");
+    throw Failure(QObject::tr("known coordinates: %1").arg(why.text()) + hint);
 }
 
 std::optional<double> PairReader::numberOf(const QString &text) const
@@ -142,9 +148,7 @@ void PairReader::setExtras(const QStringList &values, CalibrationPair &pair) con
 
 CalibrationPair PairReader::pairOf(std::string_view line) const
 {
-    CalibrationPair pair;
-    pair.local = pointOf(*m_local, line);
-    pair.known = pointOf(*m_known, line);
+    CalibrationPair pair = coordinatesOf(line);
     const QStringList values = csvValues(line, m_delimiter);
     pair.name = m_name < 0 ? QString() : values.value(m_name);
     setExtras(values, pair);
