@@ -6,29 +6,19 @@
 #include <platform/Utils.h>
 
 #include <QList>
-#include <QReadWriteLock>
 #include <QRectF>
 #include <QStringList>
 #include <QTransform>
 #include <QVector>
 
-#include <atomic>
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 
 namespace nivora::cs {
 
+class CoordSystemPrivate;
 class ProjectionParamsManager;
-class CatalogueName;
-class CatalogueToken;
-class CrsDefinition;
-class LazyParts;
-struct ProjOperation;
-struct MIUnitConvParam;
-struct PrjText;
-struct TABProjInfo_t;
 
 /// A coordinate system: a GDAL spatial reference, a PROJ object, the text it was made from, and what is known
 /// of it (description, EPSG code, bounds, affine transformation, unit). Made by CoordSysFactory and shared
@@ -100,13 +90,16 @@ public:
     /// The name for people: the one that was set, else that of the catalogue, of the code, or of the text.
     /// May search the database for the code on first call, as epsg().
     QString description() const;
-    SourceData sourceParameters() const { return m_source; }
-    SourceType sourceType() const { return m_source.type; }
+    /// The notation and the text that it was made from.
+    SourceData sourceParameters() const;
+    /// The notation alone.
+    SourceType sourceType() const;
     /// What the CoordSys text that the system was made from leaves open and the library took on: sentences in
     /// the language of the installed translation, "Единица не указана: приняты метры.". Empty for other
     /// systems.
-    QStringList assumptions() const { return m_assumptions; }
-    const QTransform *affineTransform() const { return m_affine.get(); }
+    QStringList assumptions() const;
+    /// Borrowed, until it is set anew; null when there is none.
+    const QTransform *affineTransform() const;
     /// The affine transformation's unit, else the unit as far as it has been found (code -1 when not yet).
     LinearUnit affineUnit() const;
     /// Longitude and latitude, not planar.
@@ -258,141 +251,8 @@ public:
     /// @}
 
 private:
-    friend class CoordSysFactory;
-    friend class MapinfoIndex;
-    friend class CoordTransformCache;
-    friend class SystemFacts;
-    friend class CoordSystemCache;
-    friend class MapinfoCoordSystem;
-    friend class PrjWriter;
-    friend NIVORA_CS_EXPORT PrjText prjTextOf(const CoordSystem &cs);
-    friend NIVORA_CS_EXPORT PrjText prjTextWithDatum(const CoordSystem &cs, const QString &datum);
-    using IdentityPtr = std::shared_ptr<const CrsDefinition>;
-
-    using LazyRect = nivora::utils::CachedValue<QRectF, std::function<QRectF()>>;
-    using LazyFlag = nivora::utils::CachedValue<bool, std::function<bool()>>;
-
-    void setProjectionDefaultBounds(const QRectF &rect);
-    /// A copy of everything, which shares the engines' objects until one of the two gets others.
-    CoordSystemPtr duplicate() const;
-    /// The spatial reference for this library's own, reading use.
-    void *srs() const;
-    /// False on a fresh object.
-    bool hasSrs() const { return m_isPending || m_srs; }
-    /// The three members that come later are made when one of these is called first.
-    void makeLater(std::shared_ptr<const LazyParts> parts);
-    void ensureMade() const;
-    PJ *pj() const;
-    const std::shared_ptr<const ProjOperation> &plane() const;
-    /// Tells this state of this object from every other that there was in the process.
-    std::uint64_t state() const { return m_state; }
-    void noteChange();
-    /// The conversion of forward() and inverse() instead of the one that setProj4() makes.
-    void setPlane(std::shared_ptr<const ProjOperation> plane);
-    void setIdentity(IdentityPtr identity) const;
-    /// Made on first call; null when the source is no text that PROJ knows a system by.
-    IdentityPtr identity() const;
-    /// The description is found when it is first asked for: first by \p catalogued, which may be null.
-    void setNameless(std::shared_ptr<const CatalogueName> catalogued = nullptr);
-    QString foundDescription() const;
-    /// A catalogue's code for the system as it is now, affine transformation included. It counts when the
-    /// database has no system of that code, or one with this plane, which is looked at when it is asked for.
-    void setCataloguedEpsg(int epsg);
-    /// The system is the catalogue's entry of its code and stands for that code's definition.
-    void setEntryEpsg(int epsg);
-    bool hasForeignCataloguedCode() const;
-    bool isMoved() const;
-    int unmovedEpsg(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress) const;
-    /// The database's system of a code that was set; null when there is none or its plane is not this one's.
-    IdentityPtr codedIdentity() const;
-    bool isPlaneOf(const CrsDefinition &registered) const;
-    IdentityPtr judgedIdentity() const;
-    bool isEqualByText(const CoordSystem &other, bool ignoreRect) const;
-    int statedEpsg() const;
-    bool convertPoints(int direction, QPointF *points, std::size_t count) const;
-    bool convertRect(int direction, const QRectF &in, QRectF &out) const;
-    QString registeredWkt() const;
-    IdentityPtr registeredIdentity() const;
-    IdentityPtr namedIdentity() const;
-    IdentityPtr writableIdentity() const;
-    bool isPlaneOf(int code, const CrsDefinition &registered) const;
-    bool hasShift() const;
-    QRectF computeRect() const;
-    QRectF rectWithoutArea() const;
-    QRectF withAffine(const QRectF &rect) const;
-    bool computeNeedCrop() const;
-    QString projText(const std::function<LinearUnit()> &unitOf) const;
-    QString taggedStringImpl() const;
-    QString taggedWithClauses() const;
-    QString barePrj() const;
-    std::shared_ptr<const TABProjInfo_t> record() const;
-    QString sourcePrj() const;
-    PrjText writtenText() const;
-    void nameAffineUnit() const;
-    QString withClauses(const QString &prj, const QTransform *affine) const;
-    QString withOwnClauses(const QString &written) const;
-    QString affineUnitName() const;
-    int searchedEpsg(const std::shared_ptr<nivora::concurrent::ProgressHandler> &progress) const;
-    int nearEntryCode() const;
-    bool samePj(const CoordSystem &other) const;
-    bool sameUnit(const CoordSystem &other) const;
-    bool sameRect(const CoordSystem &other) const;
-    bool sameAffine(const CoordSystem &other) const;
-    bool sameSpecialDatum(const CoordSystem &other) const;
-    double osrLinearUnits(QString *name) const;
-    QString datumName() const;
-    bool isRotated() const;
-    bool hasNumberedUnit() const;
-    void forgetDerived();
-    void forgetBounds();
-    void forgetIdentity();
-    const MIUnitConvParam *plainUnit(const ProjectionParamsManager &manager) const;
-    /// With m_lock held; calls nothing that takes it. An invalid unit when none fits.
-    LinearUnit detectUnitLocked(const ProjectionParamsManager &manager, QString *osrName) const;
-
-    mutable std::shared_ptr<void> m_srs;      ///< comes later
-    bool m_isSrsShared = false;               ///< with other systems, so that hosts get one of their own:
-    mutable std::shared_ptr<void> m_givenSrs; ///< under m_lock
-    mutable std::atomic<void *> m_given{nullptr};
-    mutable std::shared_ptr<PJ> m_pj; ///< comes later
-    mutable std::shared_ptr<const ProjOperation>
-        m_plane; ///< what converts; the main object unless that shifts the datum; comes later
-    std::shared_ptr<const LazyParts> m_lazy;
-    mutable std::atomic<bool> m_isPending{false};
-    mutable IdentityPtr m_identity;     ///< under m_lock
-    mutable bool m_hasIdentity = false; ///< under m_lock; a failure is remembered too
-    mutable QString m_description;      ///< under m_lock
-    mutable bool m_isNameless = false;  ///< under m_lock
-    mutable IdentityPtr m_coded;        ///< under m_lock
-    mutable int m_codedFor = 0;         ///< the code that m_coded was found for, 0 for none; under m_lock
-    std::shared_ptr<const CatalogueName> m_catalogueName;
-    std::shared_ptr<const CatalogueToken> m_catalogues; ///< those that it was made with
-    std::atomic<std::uint64_t> m_state;
-    QRectF m_rect;
-    mutable LazyRect m_computedRect;                   ///< under m_lock
-    mutable std::optional<QRectF> m_rectWithoutSearch; ///< under m_lock
-    QRectF m_projectionBounds;
-    mutable QReadWriteLock m_lock;     ///< guards the lazily found members; taken before the PROJ lock
-    mutable LinearUnit m_detectedUnit; ///< under m_lock
-    LinearUnit m_affineUnit;
-    std::atomic<int> m_epsg{EPSG_UNDEFINDED};
-    bool m_isEpsgCatalogued = false; ///< m_epsg is a catalogue's
-    bool m_isEpsgOfMoved = false;    ///< and that of the system with its affine transformation
-    bool m_isEntry = false;
-    std::unique_ptr<QTransform> m_affine;
-    mutable LazyFlag m_needCrop; ///< under m_lock
-    SourceData m_source;
-    std::shared_ptr<const TABProjInfo_t>
-        m_record; ///< of a CoordSys source; null when the host has set the text
-    QStringList m_assumptions;
-
-    // What costs a question to the engines, kept per object. Dropped when the definition changes.
-    enum : int { NotAsked = -1 };
-    mutable std::atomic<int> m_isLatLong{NotAsked};
-    mutable std::atomic<int> m_isNonEarth{NotAsked};
-    mutable std::atomic<int> m_matchedEpsg{NotAsked};
-    mutable std::atomic<int> m_statedEpsg{NotAsked};
-    mutable std::atomic<int> m_searchedEpsg{NotAsked}; ///< a search that found nothing is remembered too
+    friend class CoordSystemPrivate;
+    const std::unique_ptr<CoordSystemPrivate> d;
 };
 
 /// True when the '+' separated parts of two PROJ texts are a permutation of each other, blanks included.

@@ -2,6 +2,7 @@
 
 #include "BackgroundFills_p.h"
 #include "CatalogueRevision_p.h"
+#include "CoordSystem_p.h"
 #include "InputFile_p.h"
 #include "MapinfoIndex_p.h"
 #include "MapinfoScanner_p.h"
@@ -229,7 +230,7 @@ CoordSystemPtr MapinfoCoordSystem::tryAddToCache(int category, int index) const
         return nullptr;
     cs->setDescription(found->name());
     if (found->epsg() != CoordSystem::EPSG_UNDEFINDED)
-        cs->setEntryEpsg(found->epsg());
+        privateOf(*cs).setEntryEpsg(found->epsg());
 
     const QWriteLocker lock(&m_lock);
     if (!m_cancelled) // asked again under the lock, so that nothing enters the cache behind clear()
@@ -309,7 +310,7 @@ CoordSystemPtr MapinfoCoordSystem::systemOfCode(int epsg) const
     const Position position = m_byCode.value(epsg, PairNone);
     const CoordSystemPtr cs =
         position == PairNone ? nullptr : buildForLookUp(position.first, position.second);
-    return cs && !cs->hasForeignCataloguedCode() ? cs : nullptr;
+    return cs && !privateOf(*cs).hasForeignCataloguedCode() ? cs : nullptr;
 }
 
 int MapinfoCoordSystem::codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const

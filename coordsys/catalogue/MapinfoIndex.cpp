@@ -1,6 +1,7 @@
 #include "MapinfoIndex_p.h"
 
 #include "CoordSysReader_p.h"
+#include "CoordSystem_p.h"
 #include "EngineGate_p.h"
 #include "ProjectionTable_p.h"
 #include "TextRefs_p.h"
@@ -350,7 +351,10 @@ MapinfoIndex::DatumFigures MapinfoIndex::figuresOf(const CrsFingerprint &facts)
     return figures;
 }
 
-std::shared_ptr<const TABProjInfo_t> MapinfoIndex::recordOf(const CoordSystem &cs) { return cs.record(); }
+std::shared_ptr<const TABProjInfo_t> MapinfoIndex::recordOf(const CoordSystem &cs)
+{
+    return privateOf(cs).record();
+}
 
 bool MapinfoIndex::mayEqual(const CrsFingerprint &facts, const Row &row) const
 {

@@ -5,7 +5,7 @@
 #include "CoordSysFactory_p.h"
 #include "CoordSysReader_p.h"
 #include "CoordSystemCache_p.h"
-#include "CrsDefinition_p.h"
+#include "CoordSystem_p.h"
 #include "DriverText_p.h"
 #include "EngineGate_p.h"
 #include "OsrHandle_p.h"
@@ -228,11 +228,11 @@ CoordSystemPtr CoordSysFactory::createFromProj(const QString &proj) const
     return m_made->system(CoordSystemCache::By::Proj, proj, [&] {
         const CoordSystemPtr cs = unnamedFromProj(proj);
         // Compared without its source, as it stands here, whatever becomes of the system given out.
-        const auto lookUp = [catalogue = m_mapinfo, asked = CoordSystemPtr(cs->duplicate())] {
+        const auto lookUp = [catalogue = m_mapinfo, asked = CoordSystemPtr(privateOf(*cs).duplicate())] {
             return catalogue->getHumanReadableTextWithEpsg(*asked, true).first;
         };
         cs->setSourceParameters({CoordSystem::Proj4, proj});
-        cs->setNameless(std::make_shared<const CatalogueName>(lookUp));
+        privateOf(*cs).setNameless(std::make_shared<const CatalogueName>(lookUp));
         return cs;
     });
 }
@@ -246,12 +246,12 @@ void CoordSysFactory::useCrsProjection(CoordSystem &cs, const QString &proj)
     static const QRegularExpression odd(QStringLiteral("\\+proj=(mill|vandg|ob_tran)(?=\\s|$)|\\+axis="));
     const QRegularExpressionMatch match = odd.match(proj);
     const QString projection = match.captured(1);
-    if (!match.hasMatch() || (projection == QLatin1String("ob_tran") && !cs.isRotated()))
+    if (!match.hasMatch() || (projection == QLatin1String("ob_tran") && !privateOf(cs).isRotated()))
         return;
     const CrsDefinitionPtr identity = CrsDefinition::of({CoordSystem::Proj4, proj}, nullptr);
     const std::shared_ptr<const ProjOperation> plane = identity ? identity->plane() : nullptr;
     if (plane)
-        cs.setPlane(plane);
+        privateOf(cs).setPlane(plane);
 }
 
 /// A system without name, code and source.
@@ -288,7 +288,7 @@ CoordSystemPtr CoordSysFactory::unnamedFromPrj(const QString &prj) const
     const QString text = MapHeaderCoordsysConverter().tabProjInfoToString(read.record);
     const CoordSystemPtr cs = m_made->system(CoordSystemCache::By::Record, text,
                                              [&] { return unnamedFromRecord(read.record, text); });
-    cs->m_assumptions = read.assumptions; // of this text: others have the same record
+    privateOf(*cs).m_assumptions = read.assumptions; // of this text: others have the same record
     return cs;
 }
 
@@ -296,9 +296,10 @@ CoordSystemPtr CoordSysFactory::unnamedFromRecord(const TABProjInfo_t &record, c
 {
     auto cs = std::make_shared<CoordSystem>();
     cs->setSourceParameters({CoordSystem::Prj, text});
-    cs->m_record = std::make_shared<const TABProjInfo_t>(record);
+    CoordSystemPrivate &own = privateOf(*cs);
+    own.m_record = std::make_shared<const TABProjInfo_t>(record);
     cs->setOGRSpatialReference(importRecord(record));
-    cs->m_isNonEarth = record.nProjId == NonEarthPlan; // asking GDAL costs a copy where there is a shift
+    own.m_isNonEarth = record.nProjId == NonEarthPlan; // asking GDAL costs a copy where there is a shift
     cs->setProj4(cs->isNonEarth() ? proj4FromString(cs->projStr()) : projObjectFor(*cs, record));
     useCrsProjection(*cs, cs->projStr());
     if (record.nAffineFlag) {
@@ -309,7 +310,7 @@ CoordSystemPtr CoordSysFactory::unnamedFromRecord(const TABProjInfo_t &record, c
     if (record.nBoundsFlag) {
         const QRectF bounds = MapHeaderCoordsysConverter::boundForTabProj(record);
         cs->setRectCoordSystem(bounds);
-        cs->setProjectionDefaultBounds(bounds);
+        own.setProjectionDefaultBounds(bounds);
     }
     return cs;
 }
@@ -336,7 +337,7 @@ CoordSystemPtr CoordSysFactory::cataloguedFromPrj(const QString &prj) const
     if (!named.first.isEmpty()) {
         cs->setDescription(named.first);
         if (named.second != CoordSystem::EPSG_UNDEFINDED)
-            cs->setCataloguedEpsg(named.second);
+            privateOf(*cs).setCataloguedEpsg(named.second);
     }
     return cs;
 }
@@ -362,8 +363,8 @@ CoordSystemPtr CoordSysFactory::fromIdentity(const CrsDefinitionPtr &identity)
         throwCoded<std::runtime_error>(Error::Code::Engine, QObject::tr("Ошибка экспорта КС в формат proj"));
     auto cs = std::make_shared<CoordSystem>();
     cs->setOGRSpatialReference(importWkt(identity->wkt()));
-    cs->m_pj = identity->copyOfCrs();
-    cs->setPlane(plane);
+    privateOf(*cs).m_pj = identity->copyOfCrs();
+    privateOf(*cs).setPlane(plane);
     return cs;
 }
 
@@ -393,11 +394,11 @@ CoordSystemPtr CoordSysFactory::namedFromWkt(const QString &wkt) const
         srs = importWkt(identity->wkt());
     const CoordSystemPtr cs = isLocal(srs.get()) ? planFromWkt(srs) : unnamedFromWkt(srs, identity);
     cs->setSourceParameters({CoordSystem::Wkt, wkt});
-    cs->setIdentity(identity);
+    privateOf(*cs).setIdentity(identity);
     if (identity && identity->affine())
         setAffine(*cs, *identity->affine(), unitOfLength(*m_params, identity->affineUnitM()));
     const bool isMoved = identity && identity->affine() && !identity->name().isEmpty();
-    const int code = isMoved ? int(CoordSystem::EPSG_UNDEFINDED) : cs->statedEpsg();
+    const int code = isMoved ? int(CoordSystem::EPSG_UNDEFINDED) : privateOf(*cs).statedEpsg();
     if (isMoved)
         cs->setDescription(identity->name());
     else if (code != CoordSystem::EPSG_UNDEFINDED)
@@ -405,7 +406,7 @@ CoordSystemPtr CoordSysFactory::namedFromWkt(const QString &wkt) const
     else if (identity && identity->kind() == CrsKind::Local && !identity->name().isEmpty())
         cs->setDescription(identity->name());
     else if (cs->description().isEmpty())
-        cs->setNameless();
+        privateOf(*cs).setNameless();
     return cs;
 }
 
@@ -438,7 +439,7 @@ CoordSystemPtr CoordSysFactory::unnamedFromWkt(const std::shared_ptr<void> &srs,
     cs->setProj4(proj4FromExport(proj));
     const std::shared_ptr<const ProjOperation> plane = identity ? identity->plane() : nullptr;
     if (plane)
-        cs->setPlane(plane);
+        privateOf(*cs).setPlane(plane);
     return cs;
 }
 

@@ -1,6 +1,7 @@
 #include <coordsys/CoordSysFactory.h>
 
 #include "CodedError_p.h"
+#include "CoordSystem_p.h"
 #include "InputFile_p.h"
 #include <coordsys/CoordSysRect.h>
 #include <coordsys/CoordSystem.h>
@@ -79,7 +80,8 @@ CoordSystemPtr CoordSysFactory::resetRectCsToDefault(const CoordSystemPtr &cs) c
     copy->setRectCoordSystem(hasAffine(cs) ? cs->affineTransform()->mapRect(bounds) : bounds);
     if (hasAffine(cs))
         copy->setAffineTransform(std::make_unique<QTransform>(*cs->affineTransform()), cs->affineUnit());
-    cs->m_isEpsgCatalogued ? copy->setCataloguedEpsg(cs->m_epsg) : copy->setEpsg(cs->m_epsg);
+    const CoordSystemPrivate &given = privateOf(*cs);
+    given.m_isEpsgCatalogued ? privateOf(*copy).setCataloguedEpsg(given.m_epsg) : copy->setEpsg(given.m_epsg);
     return copy;
 }
 

@@ -1,6 +1,6 @@
 #include "CoordSystemCache_p.h"
 
-#include <coordsys/CoordSystem.h>
+#include "CoordSystem_p.h"
 
 #include <optional>
 
@@ -11,12 +11,12 @@ CoordSystemPtr CoordSystemCache::system(By by, const QString &text,
 {
     const std::pair<int, QString> key(static_cast<int>(by), text);
     if (const std::optional<CoordSystemPtr> known = m_systems.find(key))
-        return (*known)->duplicate();
+        return privateOf(**known).duplicate();
     const unsigned madeAt = catalogueRevision();
     const CoordSystemPtr made = make();
     if (by == By::Wkt && made->isNonEarth())
         return made; // its name may be the user's, who may change it
-    return m_systems.keep(key, made, madeAt)->duplicate();
+    return privateOf(*m_systems.keep(key, made, madeAt)).duplicate();
 }
 
 } // namespace nivora::cs

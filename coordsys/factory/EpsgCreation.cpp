@@ -2,7 +2,7 @@
 
 #include "CodedError_p.h"
 #include "CoordSystemCache_p.h"
-#include "CrsDefinition_p.h"
+#include "CoordSystem_p.h"
 #include "LazyParts_p.h"
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
@@ -57,16 +57,18 @@ CoordSystemPtr CoordSysFactory::definedByCode(int epsg) const
     if (!isPlain || hasClauses(m_mapinfo->seekByEPSG(epsg)) || identity->projText().isEmpty())
         return nullptr;
     auto cs = std::make_shared<CoordSystem>();
-    cs->makeLater(std::make_shared<const LazyParts>([guard = m_lifeline, epsg] {
+    CoordSystemPrivate &own = privateOf(*cs);
+    own.makeLater(std::make_shared<const LazyParts>([guard = m_lifeline, epsg] {
         const CoordSystemPtr made = guard->madeFromEpsg(epsg);
-        return LazyParts::Parts{made->m_srs, made->m_pj, made->m_plane};
+        const CoordSystemPrivate &parts = privateOf(*made);
+        return LazyParts::Parts{parts.m_srs, parts.m_pj, parts.m_plane};
     }));
     cs->setSourceParameters({CoordSystem::Epsg, QString::number(epsg)});
-    cs->setIdentity(identity);
+    own.setIdentity(identity);
     cs->setEpsg(epsg);
-    cs->setNameless();
-    cs->m_isNonEarth = false;
-    cs->m_isLatLong = identity->kind() == CrsKind::Geographic;
+    own.setNameless();
+    own.m_isNonEarth = false;
+    own.m_isLatLong = identity->kind() == CrsKind::Geographic;
     return cs;
 }
 
@@ -101,16 +103,17 @@ CoordSystemPtr CoordSysFactory::cataloguedEpsg(int entryCode, int epsg) const
     const CoordSystemPtr entry = entryCode > 0 ? m_mapinfo->systemOfCode(entryCode) : nullptr;
     if (!entry || hasAffine(entry))
         return nullptr;
-    const CoordSystemPtr cs = entry->duplicate();
-    const CrsDefinitionPtr coded = entryCode == epsg ? entry->codedIdentity() : nullptr;
+    const CoordSystemPtr cs = privateOf(*entry).duplicate();
+    CoordSystemPrivate &own = privateOf(*cs);
+    const CrsDefinitionPtr coded = entryCode == epsg ? privateOf(*entry).codedIdentity() : nullptr;
     cs->setSourceParameters({CoordSystem::Epsg, QString::number(epsg)});
     if (coded)
-        cs->setIdentity(coded);
-    const CrsDefinitionPtr identity = cs->identity();
+        own.setIdentity(coded);
+    const CrsDefinitionPtr identity = own.identity();
     if (identity && identity->kind() == CrsKind::Projected &&
         std::fabs(identity->semiMinorM() - cs->getSemiMinor()) > ellipsoidToleranceM)
         if (const std::shared_ptr<const ProjOperation> plane = identity->plane())
-            cs->setPlane(plane);
+            own.setPlane(plane);
     return cs;
 }
 
@@ -138,9 +141,9 @@ CoordSystemPtr CoordSysFactory::unnamedFromCode(int epsg, const CrsDefinitionPtr
     try {
         const CoordSystemPtr cs = proj.isEmpty() ? fromIdentity(identity) : unnamedFromProj(proj);
         if (!sameAxes && !cs->isLatLong())
-            cs->setPlane(identity->plane());
+            privateOf(*cs).setPlane(identity->plane());
         cs->setSourceParameters({CoordSystem::Epsg, QString::number(epsg)});
-        cs->setIdentity(identity);
+        privateOf(*cs).setIdentity(identity);
         return cs;
     } catch (const std::exception &e) {
         LOG_DEBUG(QString::fromUtf8(e.what()));

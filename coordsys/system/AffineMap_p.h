@@ -1,6 +1,6 @@
 #pragma once
 
-#include <coordsys/CoordSystem.h>
+#include "CoordSystem_p.h"
 
 #include <QPointF>
 #include <QRectF>
@@ -19,7 +19,7 @@ public:
     /// That of the system; nothing to do without one.
     explicit AffineMap(const CoordSystem &cs)
     {
-        if (const QTransform *affine = cs.affineTransform())
+        if (const QTransform *affine = privateOf(cs).m_affine.get())
             prepare(*affine);
     }
 

@@ -1,8 +1,7 @@
 #include <coordsys/CoordSystem.h>
 
-#include "CatalogueToken_p.h"
 #include "CodedError_p.h"
-#include "CrsDefinition_p.h"
+#include "CoordSystem_p.h"
 #include "OsrHandle_p.h"
 #include "ProjOperation_p.h"
 #include <coordsys/CatalogueSource.h>
@@ -69,15 +68,19 @@ QString withoutDatumShift(const QString &proj, bool &changed)
 } // namespace
 
 CoordSystem::CoordSystem()
-    : m_catalogues(tokenOfScope())
-    , m_computedRect(nullptr)
-    , m_needCrop(nullptr)
+    : d(std::make_unique<CoordSystemPrivate>(*this))
+{}
+
+CoordSystem::~CoordSystem() = default;
+
+CoordSystemPrivate::CoordSystemPrivate(CoordSystem &system)
+    : q(&system)
+    , m_catalogues(tokenOfScope())
 {
-    forgetBounds();
     noteChange();
 }
 
-CoordSystem::~CoordSystem()
+CoordSystemPrivate::~CoordSystemPrivate()
 {
     const QMutexLocker lock(globalProj4Mutex()); // the handles' deleters work on the shared context
     m_identity.reset();
@@ -89,36 +92,36 @@ CoordSystem::~CoordSystem()
     m_srs.reset();
 }
 
-PJ *CoordSystem::PJ_Proj4() const { return pj(); }
+PJ *CoordSystem::PJ_Proj4() const { return d->pj(); }
 
-PJ *CoordSystem::PJ_Proj4_Internal() const { return plane() ? plane()->pj.get() : nullptr; }
+PJ *CoordSystem::PJ_Proj4_Internal() const { return d->plane() ? d->plane()->pj.get() : nullptr; }
 
 // Setters
 
 void CoordSystem::setDescription(const QString &description)
 {
-    const QWriteLocker lock(&m_lock);
-    m_description = description;
-    m_isNameless = false;
+    const QWriteLocker lock(&d->m_lock);
+    d->m_description = description;
+    d->m_isNameless = false;
 }
 
 void CoordSystem::setEpsg(int epsg)
 {
-    m_epsg = epsg;
-    m_isEpsgCatalogued = false;
-    m_isEpsgOfMoved = false;
-    m_isEntry = false;
-    noteChange();
+    d->m_epsg = epsg;
+    d->m_isEpsgCatalogued = false;
+    d->m_isEpsgOfMoved = false;
+    d->m_isEntry = false;
+    d->noteChange();
 }
 
-void CoordSystem::setCataloguedEpsg(int epsg)
+void CoordSystemPrivate::setCataloguedEpsg(int epsg)
 {
-    setEpsg(epsg);
+    q->setEpsg(epsg);
     m_isEpsgCatalogued = true;
     m_isEpsgOfMoved = m_affine != nullptr;
 }
 
-void CoordSystem::setEntryEpsg(int epsg)
+void CoordSystemPrivate::setEntryEpsg(int epsg)
 {
     setCataloguedEpsg(epsg);
     m_isEntry = true;
@@ -126,37 +129,37 @@ void CoordSystem::setEntryEpsg(int epsg)
 
 void CoordSystem::setSourceParameters(const SourceData &source)
 {
-    m_source = source;
-    m_record.reset();
-    noteChange();
-    m_isLatLong = NotAsked;
-    m_isNonEarth = NotAsked;
-    forgetIdentity();
+    d->m_source = source;
+    d->m_record.reset();
+    d->noteChange();
+    d->m_isLatLong = CoordSystemPrivate::NotAsked;
+    d->m_isNonEarth = CoordSystemPrivate::NotAsked;
+    d->forgetIdentity();
 }
 
 void CoordSystem::setOGRSpatialReference(std::shared_ptr<void> srs)
 {
-    ensureMade();
+    d->ensureMade();
     {
-        const QWriteLocker lock(&m_lock);
-        m_srs.swap(srs);
-        m_isSrsShared = false;
-        m_given = nullptr;
-        m_givenSrs.reset();
+        const QWriteLocker lock(&d->m_lock);
+        d->m_srs.swap(srs);
+        d->m_isSrsShared = false;
+        d->m_given = nullptr;
+        d->m_givenSrs.reset();
     }
-    noteChange();
-    forgetDerived();
-    forgetIdentity();
+    d->noteChange();
+    d->forgetDerived();
+    d->forgetIdentity();
 }
 
-void CoordSystem::forgetDerived()
+void CoordSystemPrivate::forgetDerived()
 {
     m_isLatLong = NotAsked;
     m_isNonEarth = NotAsked;
     m_matchedEpsg = NotAsked;
 }
 
-void CoordSystem::forgetIdentity()
+void CoordSystemPrivate::forgetIdentity()
 {
     m_statedEpsg = NotAsked;
     m_searchedEpsg = NotAsked;
@@ -166,7 +169,7 @@ void CoordSystem::forgetIdentity()
     m_codedFor = 0;
 }
 
-void CoordSystem::setIdentity(IdentityPtr identity) const
+void CoordSystemPrivate::setIdentity(CrsDefinitionPtr identity) const
 {
     const QWriteLocker lock(&m_lock);
     m_identity.swap(identity); // the old one takes the PROJ lock as it goes, after this one
@@ -175,29 +178,29 @@ void CoordSystem::setIdentity(IdentityPtr identity) const
 
 void CoordSystem::setProj4(PjHandle pj)
 {
-    const AskedCatalogues asked(m_catalogues);
+    const AskedCatalogues asked(d->m_catalogues);
     // Only a plan names its unit in its PROJ text, and only it needs the catalogue, which is asked unlocked.
-    const bool plan = m_source.type == Prj && isNonEarth();
+    const bool plan = d->m_source.type == Prj && d->isNonEarth();
     const auto manager = plan ? activeCatalogues()->projectionParamsManager() : nullptr;
 
-    ensureMade();
-    noteChange();
-    const QWriteLocker lock(&m_lock);
-    m_pj = std::move(pj);
-    m_plane = nullptr;
-    m_searchedEpsg = NotAsked;
-    m_isLatLong = NotAsked;
-    m_matchedEpsg = NotAsked;
-    if (!m_pj)
+    d->ensureMade();
+    d->noteChange();
+    const QWriteLocker lock(&d->m_lock);
+    d->m_pj = std::move(pj);
+    d->m_plane = nullptr;
+    d->m_searchedEpsg = CoordSystemPrivate::NotAsked;
+    d->m_isLatLong = CoordSystemPrivate::NotAsked;
+    d->m_matchedEpsg = CoordSystemPrivate::NotAsked;
+    if (!d->m_pj)
         return;
     const QString text =
-        projText([&] { return manager ? detectUnitLocked(*manager, nullptr) : LinearUnit(); });
+        d->projText([&] { return manager ? d->detectUnitLocked(*manager, nullptr) : LinearUnit(); });
     bool shifted = false;
     const QString unshifted = withoutDatumShift(text, shifted);
-    std::shared_ptr<PJ> converting = m_pj;
+    std::shared_ptr<PJ> converting = d->m_pj;
     if (shifted)
         converting = proj4FromString(unshifted);
-    m_plane = std::make_shared<const ProjOperation>(std::move(converting));
+    d->m_plane = std::make_shared<const ProjOperation>(std::move(converting));
 }
 
 void CoordSystem::setRectCoordSystem(const QRectF &rect)
@@ -205,33 +208,33 @@ void CoordSystem::setRectCoordSystem(const QRectF &rect)
     if (!hasExtent(rect))
         throwCoded<std::logic_error>(Error::Code::InvalidArgument,
                                      QObject::tr("Не могу задать пустые границы"));
-    m_rect = rect;
-    noteChange();
+    d->m_rect = rect;
+    d->noteChange();
 }
 
 void CoordSystem::setAffineTransform(std::unique_ptr<QTransform> transform)
 {
-    m_affine = std::move(transform);
-    m_isEpsgOfMoved = false; // a catalogue's code was that of another plane
-    m_isEntry = false;
-    noteChange();
-    forgetBounds();
+    d->m_affine = std::move(transform);
+    d->m_isEpsgOfMoved = false; // a catalogue's code was that of another plane
+    d->m_isEntry = false;
+    d->noteChange();
+    d->forgetBounds();
 }
 
 void CoordSystem::setAffineTransform(std::unique_ptr<QTransform> transform, const LinearUnit &unit)
 {
     setAffineTransform(std::move(transform));
-    m_affineUnit = unit;
+    d->m_affineUnit = unit;
 }
 
-void CoordSystem::setProjectionDefaultBounds(const QRectF &rect)
+void CoordSystemPrivate::setProjectionDefaultBounds(const QRectF &rect)
 {
     m_projectionBounds = rect;
     noteChange();
     forgetBounds();
 }
 
-void CoordSystem::setPlane(std::shared_ptr<const ProjOperation> plane)
+void CoordSystemPrivate::setPlane(std::shared_ptr<const ProjOperation> plane)
 {
     ensureMade();
     m_plane = std::move(plane);
@@ -239,29 +242,36 @@ void CoordSystem::setPlane(std::shared_ptr<const ProjOperation> plane)
 }
 
 /// What has been found in the plane that was.
-void CoordSystem::forgetBounds()
+void CoordSystemPrivate::forgetBounds()
 {
     const QWriteLocker lock(&m_lock);
-    m_computedRect = LazyRect([this] { return computeRect(); });
+    m_computedRect.reset();
     m_rectWithoutSearch.reset();
-    m_needCrop = LazyFlag([this] { return computeNeedCrop(); });
+    m_needCrop.reset();
 }
 
 // Queries
 
+CoordSystem::SourceData CoordSystem::sourceParameters() const { return d->m_source; }
+
+CoordSystem::SourceType CoordSystem::sourceType() const { return d->m_source.type; }
+
+QStringList CoordSystem::assumptions() const { return d->m_assumptions; }
+
+const QTransform *CoordSystem::affineTransform() const { return d->m_affine.get(); }
+
 LinearUnit CoordSystem::affineUnit() const
 {
-    if (m_affineUnit)
-        return m_affineUnit;
-    const QReadLocker lock(&m_lock);
-    return m_detectedUnit;
+    if (d->m_affineUnit)
+        return d->m_affineUnit;
+    const QReadLocker lock(&d->m_lock);
+    return d->m_detectedUnit;
 }
 
-bool CoordSystem::isNonEarth() const
+bool CoordSystem::isNonEarth() const { return d->isNonEarth(); }
+
+bool CoordSystemPrivate::askNonEarth() const
 {
-    const int known = m_isNonEarth.load(std::memory_order_acquire);
-    if (known != NotAsked)
-        return known != 0;
     bool answer =
         m_source.type == Proj4 && m_source.string.contains(QLatin1String("+proj=eqc")) &&
         m_source.string.contains(QStringLiteral("+R=") + nivora::utils::toString(EARTH_SPHERE_RADIUS));
@@ -275,11 +285,10 @@ bool CoordSystem::isNonEarth() const
     return answer;
 }
 
-bool CoordSystem::isLatLong() const
+bool CoordSystem::isLatLong() const { return d->isLatLong(); }
+
+bool CoordSystemPrivate::askLatLong() const
 {
-    const int known = m_isLatLong.load(std::memory_order_acquire);
-    if (known != NotAsked)
-        return known != 0;
     // "longlat" and its three other names; an object of several steps has no name, and its text tells
     static const QRegularExpression geographic(QStringLiteral("latlon|lonlat|longlat"));
     PJ *const main = isNonEarth() ? nullptr : pj();
@@ -301,7 +310,7 @@ bool CoordSystem::isLatLong() const
 }
 
 /// Longitude and latitude around another pole: a plane of degrees.
-bool CoordSystem::isRotated() const
+bool CoordSystemPrivate::isRotated() const
 {
     void *const reference = srs();
     if (!reference)
@@ -310,7 +319,7 @@ bool CoordSystem::isRotated() const
     return OSRIsDerivedGeographic(reference) != 0;
 }
 
-QString CoordSystem::datumName() const
+QString CoordSystemPrivate::datumName() const
 {
     void *const reference = srs();
     if (!reference)
@@ -321,29 +330,29 @@ QString CoordSystem::datumName() const
 
 bool CoordSystem::isSpecialDatum() const
 {
-    return datumName().compare(QLatin1String("MIF 0"), Qt::CaseInsensitive) == 0;
+    return d->datumName().compare(QLatin1String("MIF 0"), Qt::CaseInsensitive) == 0;
 }
 
-bool CoordSystem::computeNeedCrop() const
+bool CoordSystemPrivate::computeNeedCrop() const
 {
     const AskedCatalogues asked(m_catalogues);
     const QVector<CoordSystemPtr> systems = activeCatalogues()->systemsToCrop();
     return std::any_of(systems.begin(), systems.end(),
-                       [this](const CoordSystemPtr &cs) { return isEqual(cs, false); });
+                       [this](const CoordSystemPtr &cs) { return q->isEqual(cs, false); });
 }
 
 bool CoordSystem::needCropCoords() const
 {
     {
-        const QReadLocker lock(&m_lock);
-        if (m_needCrop.hasValue())
-            return m_needCrop.valueRef();
+        const QReadLocker lock(&d->m_lock);
+        if (d->m_needCrop)
+            return *d->m_needCrop;
     }
-    const bool answer = computeNeedCrop(); // leaves the class: never under the lock
-    const QWriteLocker lock(&m_lock);
-    if (!m_needCrop.hasValue())
-        m_needCrop.setValue(answer);
-    return m_needCrop.valueRef();
+    const bool answer = d->computeNeedCrop(); // leaves the class: never under the lock
+    const QWriteLocker lock(&d->m_lock);
+    if (!d->m_needCrop)
+        d->m_needCrop = answer;
+    return *d->m_needCrop;
 }
 
 double getParamOSR(const std::function<double(void *, int *)> &f, void *srs)
@@ -361,13 +370,13 @@ double getParamOSR(const std::function<double(void *, int *)> &f, void *srs)
     return value;
 }
 
-double CoordSystem::getSemiMajor() const { return getParamOSR(OSRGetSemiMajor, srs()); }
+double CoordSystem::getSemiMajor() const { return getParamOSR(OSRGetSemiMajor, d->srs()); }
 
-double CoordSystem::getSemiMinor() const { return getParamOSR(OSRGetSemiMinor, srs()); }
+double CoordSystem::getSemiMinor() const { return getParamOSR(OSRGetSemiMinor, d->srs()); }
 
-double CoordSystem::getInvFlattening() const { return getParamOSR(OSRGetInvFlattening, srs()); }
+double CoordSystem::getInvFlattening() const { return getParamOSR(OSRGetInvFlattening, d->srs()); }
 
-bool CoordSystem::hasShift() const
+bool CoordSystemPrivate::hasShift() const
 {
     double values[7] = {};
     void *const reference = srs();
@@ -380,7 +389,7 @@ QList<double> CoordSystem::getTOWGS84Params() const
 {
     double values[7] = {};
     OGRErr code = OGRERR_FAILURE;
-    if (void *const reference = srs()) {
+    if (void *const reference = d->srs()) {
         const QMutexLocker lock(globalProj4Mutex());
         const CplErrorScope quiet;
         code = OSRGetTOWGS84(reference, values, 7);
@@ -392,7 +401,7 @@ QList<double> CoordSystem::getTOWGS84Params() const
 
 double CoordSystem::longitudeOfCenter() const
 {
-    void *const reference = srs();
+    void *const reference = d->srs();
     if (!reference)
         return 0.0;
     const QMutexLocker lock(globalProj4Mutex());
@@ -402,41 +411,41 @@ double CoordSystem::longitudeOfCenter() const
 
 // Bounds
 
-bool CoordSystem::isRectSet() const { return hasExtent(m_rect); }
+bool CoordSystem::isRectSet() const { return hasExtent(d->m_rect); }
 
-QRectF CoordSystem::rectNumericCoordSys() const { return isRectSet() ? m_rect : rectInternal(); }
+QRectF CoordSystem::rectNumericCoordSys() const { return isRectSet() ? d->m_rect : rectInternal(); }
 
 QRectF CoordSystem::rectInternal() const
 {
     {
-        const QReadLocker lock(&m_lock);
-        if (m_computedRect.hasValue())
-            return m_computedRect.valueRef();
+        const QReadLocker lock(&d->m_lock);
+        if (d->m_computedRect)
+            return *d->m_computedRect;
     }
-    const QRectF rect = computeRect(); // leaves the class: never under the lock
-    const QWriteLocker lock(&m_lock);
-    if (!m_computedRect.hasValue())
-        m_computedRect.setValue(rect);
-    return m_computedRect.valueRef();
+    const QRectF rect = d->computeRect(); // leaves the class: never under the lock
+    const QWriteLocker lock(&d->m_lock);
+    if (!d->m_computedRect)
+        d->m_computedRect = rect;
+    return *d->m_computedRect;
 }
 
-QRectF CoordSystem::computeRect() const
+QRectF CoordSystemPrivate::computeRect() const
 {
     if (hasExtent(m_projectionBounds))
         return m_projectionBounds;
     const AskedCatalogues asked(m_catalogues);
-    return withAffine(activeCatalogues()->boundsOf(const_cast<CoordSystem *>(this)));
+    return moved(activeCatalogues()->boundsOf(q));
 }
 
-QRectF CoordSystem::withAffine(const QRectF &rect) const
+QRectF CoordSystemPrivate::moved(const QRectF &rect) const
 {
     return m_affine && hasExtent(rect) ? m_affine->mapRect(rect) : rect;
 }
 
-QRectF CoordSystem::rectWithoutSearch() const { return isRectSet() ? m_rect : rectWithoutArea(); }
+QRectF CoordSystem::rectWithoutSearch() const { return isRectSet() ? d->m_rect : d->rectWithoutArea(); }
 
 /// Whatever was set, and whatever code the system has: equal systems have equal ones.
-QRectF CoordSystem::rectWithoutArea() const
+QRectF CoordSystemPrivate::rectWithoutArea() const
 {
     if (hasExtent(m_projectionBounds))
         return m_projectionBounds;
@@ -449,13 +458,13 @@ QRectF CoordSystem::rectWithoutArea() const
     const auto catalogues = activeCatalogues(std::nothrow);
     if (!catalogues)
         return {}; // not remembered: a factory may be installed later
-    const QRectF rect = withAffine(catalogues->boundsWithoutSearch(const_cast<CoordSystem *>(this)));
+    const QRectF rect = moved(catalogues->boundsWithoutSearch(q));
     const QWriteLocker lock(&m_lock);
     m_rectWithoutSearch = rect;
     return rect;
 }
 
-bool CoordSystem::sameRect(const CoordSystem &other) const
+bool CoordSystemPrivate::sameRect(const CoordSystemPrivate &other) const
 {
     const QRectF a = rectWithoutArea();
     const QRectF b = other.rectWithoutArea();

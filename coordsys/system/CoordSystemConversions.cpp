@@ -1,6 +1,7 @@
 #include <coordsys/CoordSystemConversions.h>
 
 #include "AffineMap_p.h"
+#include "CoordSystem_p.h"
 #include "ProjOperation_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
@@ -165,7 +166,7 @@ void reportFailure(int direction, const QPointF &asked)
 } // namespace
 
 /// Between longitude/latitude and the projection's plane, the affine transformation left aside.
-bool CoordSystem::convertPoints(int direction, QPointF *points, std::size_t count) const
+bool CoordSystemPrivate::convertPoints(int direction, QPointF *points, std::size_t count) const
 {
     if (isLatLong()) {
         const double factor = direction == PJ_FWD ? DEGREES_TO_METERS : METERS_TO_DEGREES;
@@ -188,7 +189,7 @@ bool CoordSystem::forward(const QPointF &lonLat, QPointF &out) const
 {
     const AffineMap affine(*this);
     QPointF point = lonLat;
-    if (affine.isSingular() || !convertPoints(PJ_FWD, &point, 1))
+    if (affine.isSingular() || !d->convertPoints(PJ_FWD, &point, 1))
         return false;
     affine.map(&point, 1);
     if (!isFinite(point))
@@ -202,13 +203,13 @@ bool CoordSystem::inverse(const QPointF &planar, QPointF &out) const
     const AffineMap affine(*this);
     QPointF point = planar;
     affine.undo(&point, 1);
-    if (affine.isSingular() || !convertPoints(PJ_INV, &point, 1))
+    if (affine.isSingular() || !d->convertPoints(PJ_INV, &point, 1))
         return false;
     out = point;
     return true;
 }
 
-bool CoordSystem::convertRect(int direction, const QRectF &in, QRectF &out) const
+bool CoordSystemPrivate::convertRect(int direction, const QRectF &in, QRectF &out) const
 {
     if (isLatLong()) {
         out = scaled(in, direction == PJ_FWD ? DEGREES_TO_METERS : METERS_TO_DEGREES).normalized();
@@ -224,7 +225,7 @@ bool CoordSystem::convertRect(int direction, const QRectF &in, QRectF &out) cons
 bool CoordSystem::forward(const QRectF &lonLat, QRectF &out) const
 {
     const AffineMap affine(*this);
-    if (affine.isSingular() || !convertRect(PJ_FWD, lonLat, out))
+    if (affine.isSingular() || !d->convertRect(PJ_FWD, lonLat, out))
         return false;
     out = affine.map(out);
     return hasFiniteExtent(out);
@@ -233,7 +234,7 @@ bool CoordSystem::forward(const QRectF &lonLat, QRectF &out) const
 bool CoordSystem::inverse(const QRectF &planar, QRectF &out) const
 {
     const AffineMap affine(*this);
-    return !affine.isSingular() && convertRect(PJ_INV, affine.undo(planar), out);
+    return !affine.isSingular() && d->convertRect(PJ_INV, affine.undo(planar), out);
 }
 
 bool CoordSystem::forward(const QVector<QPointF> &lonLat, QVector<QPointF> &out) const
@@ -241,7 +242,7 @@ bool CoordSystem::forward(const QVector<QPointF> &lonLat, QVector<QPointF> &out)
     const AffineMap affine(*this);
     QVector<QPointF> points = lonLat;
     const auto count = static_cast<std::size_t>(points.size());
-    if (affine.isSingular() || !convertPoints(PJ_FWD, points.data(), count))
+    if (affine.isSingular() || !d->convertPoints(PJ_FWD, points.data(), count))
         return false;
     affine.map(points.data(), count);
     if (!std::all_of(points.cbegin(), points.cend(), isFinite))
@@ -256,7 +257,7 @@ bool CoordSystem::inverse(const QVector<QPointF> &planar, QVector<QPointF> &out)
     QVector<QPointF> points = planar;
     const auto count = static_cast<std::size_t>(points.size());
     affine.undo(points.data(), count);
-    if (affine.isSingular() || !convertPoints(PJ_INV, points.data(), count))
+    if (affine.isSingular() || !d->convertPoints(PJ_INV, points.data(), count))
         return false;
     out = points;
     return true;
@@ -264,7 +265,7 @@ bool CoordSystem::inverse(const QVector<QPointF> &planar, QVector<QPointF> &out)
 
 double CoordSystem::cartesianDistance(const QPointF &a, const QPointF &b) const
 {
-    const double scale = isLatLong() ? DEGREES_TO_METERS : 1.0;
+    const double scale = d->isLatLong() ? DEGREES_TO_METERS : 1.0;
     return std::hypot((b.x() - a.x()) * scale, (b.y() - a.y()) * scale);
 }
 
@@ -274,7 +275,7 @@ double CoordSystem::sphericalDistance(const QPointF &a, const QPointF &b, bool *
         *ok = false;
     QPointF first = a;
     QPointF second = b;
-    if (!isLatLong()) {
+    if (!d->isLatLong()) {
         const auto failed = [](const char *message, const QPointF &p) {
             logTransformError(QObject::tr(message).arg(QString::number(p.x()), QString::number(p.y())));
             return 0.0;

@@ -1,6 +1,7 @@
 #include <coordsys/CoordSystem.h>
 
 #include "CodedError_p.h"
+#include "CoordSystem_p.h"
 #include "LazyParts_p.h"
 #include "OsrHandle_p.h"
 #include "ProjOperation_p.h"
@@ -26,20 +27,20 @@ bool hasExtent(const QRectF &r) { return r.width() > 0.0 && r.height() > 0.0; } 
 
 } // namespace
 
-void CoordSystem::noteChange()
+void CoordSystemPrivate::noteChange()
 {
     static std::atomic<std::uint64_t> last{0};
     m_state = ++last;
 }
 
-void CoordSystem::makeLater(std::shared_ptr<const LazyParts> parts)
+void CoordSystemPrivate::makeLater(std::shared_ptr<const LazyParts> parts)
 {
     m_lazy = std::move(parts);
     m_isSrsShared = true;
     m_isPending = true;
 }
 
-void CoordSystem::ensureMade() const
+void CoordSystemPrivate::ensureMade() const
 {
     if (!m_isPending.load(std::memory_order_acquire))
         return;
@@ -54,19 +55,19 @@ void CoordSystem::ensureMade() const
     m_isPending.store(false, std::memory_order_release);
 }
 
-PJ *CoordSystem::pj() const
+PJ *CoordSystemPrivate::pj() const
 {
     ensureMade();
     return m_pj.get();
 }
 
-const std::shared_ptr<const ProjOperation> &CoordSystem::plane() const
+const std::shared_ptr<const ProjOperation> &CoordSystemPrivate::plane() const
 {
     ensureMade();
     return m_plane;
 }
 
-void *CoordSystem::srs() const
+void *CoordSystemPrivate::srs() const
 {
     ensureMade();
     void *given = m_given.load(std::memory_order_acquire);
@@ -77,20 +78,20 @@ void *CoordSystem::srs() const
 /// shift). From then on the system reads the host's.
 void *CoordSystem::OGRSpatialReference() const
 {
-    if (!m_isSrsShared || m_given)
-        return srs();
+    if (!d->m_isSrsShared || d->m_given)
+        return d->srs();
     std::shared_ptr<void> copy = copyOgrSpatialReference();
-    const QWriteLocker lock(&m_lock);
-    if (!m_given) {
-        m_givenSrs = std::move(copy);
-        m_given.store(m_givenSrs.get(), std::memory_order_release);
+    const QWriteLocker lock(&d->m_lock);
+    if (!d->m_given) {
+        d->m_givenSrs = std::move(copy);
+        d->m_given.store(d->m_givenSrs.get(), std::memory_order_release);
     }
-    return m_givenSrs.get();
+    return d->m_givenSrs.get();
 }
 
 std::shared_ptr<void> CoordSystem::copyOgrSpatialReference() const
 {
-    void *const reference = srs();
+    void *const reference = d->srs();
     if (!reference)
         return nullptr;
     const QMutexLocker lock(globalProj4Mutex());
@@ -101,35 +102,37 @@ std::shared_ptr<void> CoordSystem::copyOgrSpatialReference() const
 CoordSystemPtr CoordSystem::clone() const
 {
     auto copy = std::make_shared<CoordSystem>();
-    copy->m_catalogues = m_catalogues;
+    copy->d->m_catalogues = d->m_catalogues;
     copy->setOGRSpatialReference(copyOgrSpatialReference());
-    copy->setSourceParameters(m_source);
-    copy->m_record = m_record;
-    copy->m_assumptions = m_assumptions;
-    if (const PJ *const main = pj()) {
+    copy->setSourceParameters(d->m_source);
+    copy->d->m_record = d->m_record;
+    copy->d->m_assumptions = d->m_assumptions;
+    if (const PJ *const main = d->pj()) {
         const QMutexLocker lock(globalProj4Mutex());
-        copy->m_pj = ownPj(proj_clone(globalProjContext(), main));
-        copy->m_plane =
-            m_plane && m_plane->pj == m_pj ? std::make_shared<const ProjOperation>(copy->m_pj) : m_plane;
+        copy->d->m_pj = ownPj(proj_clone(globalProjContext(), main));
+        copy->d->m_plane = d->m_plane && d->m_plane->pj == d->m_pj
+                               ? std::make_shared<const ProjOperation>(copy->d->m_pj)
+                               : d->m_plane;
     }
-    copy->m_projectionBounds = m_projectionBounds;
+    copy->d->m_projectionBounds = d->m_projectionBounds;
     const QRectF bounds = rectNumericCoordSys();
     if (isRectSet() || !hasExtent(bounds))
         copy->setRectCoordSystem(bounds);
-    else if (!m_affine)
-        copy->m_computedRect.setValue(bounds);
-    const QReadLocker lock(&m_lock);
-    copy->m_description = m_description;
-    copy->m_isNameless = m_isNameless;
-    copy->m_catalogueName = m_catalogueName;
-    copy->m_identity = m_identity;
-    copy->m_hasIdentity = m_hasIdentity;
+    else if (!d->m_affine)
+        copy->d->m_computedRect = bounds;
+    const QReadLocker lock(&d->m_lock);
+    copy->d->m_description = d->m_description;
+    copy->d->m_isNameless = d->m_isNameless;
+    copy->d->m_catalogueName = d->m_catalogueName;
+    copy->d->m_identity = d->m_identity;
+    copy->d->m_hasIdentity = d->m_hasIdentity;
     return copy;
 }
 
-CoordSystemPtr CoordSystem::duplicate() const
+CoordSystemPtr CoordSystemPrivate::duplicate() const
 {
-    auto copy = std::make_shared<CoordSystem>();
+    auto system = std::make_shared<CoordSystem>();
+    CoordSystemPrivate *const copy = &get(*system);
     const QReadLocker lock(&m_lock);
     copy->m_isSrsShared = true;
     if (m_isPending) {
@@ -146,8 +149,7 @@ CoordSystemPtr CoordSystem::duplicate() const
     copy->m_catalogueName = m_catalogueName;
     copy->m_rect = m_rect;
     copy->m_projectionBounds = m_projectionBounds;
-    if (m_computedRect.hasValue())
-        copy->m_computedRect.setValue(m_computedRect.valueRef());
+    copy->m_computedRect = m_computedRect;
     copy->m_detectedUnit = m_detectedUnit;
     copy->m_affineUnit = m_affineUnit;
     copy->m_epsg = m_epsg.load();
@@ -164,21 +166,21 @@ CoordSystemPtr CoordSystem::duplicate() const
     copy->m_isLatLong = m_isLatLong.load();
     copy->m_isNonEarth = m_isNonEarth.load();
     copy->m_statedEpsg = m_statedEpsg.load();
-    return copy;
+    return system;
 }
 
 CoordSystemPtr CoordSystem::withDescription(const QString &description) const
 {
-    const CoordSystemPtr copy = duplicate();
-    copy->m_isEntry = m_isEntry;
+    const CoordSystemPtr copy = d->duplicate();
+    copy->d->m_isEntry = d->m_isEntry;
     copy->setDescription(description);
     return copy;
 }
 
 CoordSystemPtr CoordSystem::withBounds(const QRectF &rect) const
 {
-    const CoordSystemPtr copy = duplicate();
-    copy->m_isEntry = m_isEntry;
+    const CoordSystemPtr copy = d->duplicate();
+    copy->d->m_isEntry = d->m_isEntry;
     copy->setRectCoordSystem(rect);
     return copy;
 }
@@ -203,11 +205,11 @@ CoordSystemPtr CoordSystem::withAffine(const QTransform &transform, const Linear
 
 CoordSystemPtr CoordSystem::withoutAffine() const
 {
-    const CoordSystemPtr copy = duplicate();
-    if (m_affine)
+    const CoordSystemPtr copy = d->duplicate();
+    if (d->m_affine)
         copy->setAffineTransform(nullptr, LinearUnit());
     else
-        copy->m_isEntry = m_isEntry;
+        copy->d->m_isEntry = d->m_isEntry;
     return copy;
 }
 

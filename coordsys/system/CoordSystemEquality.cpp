@@ -1,7 +1,6 @@
 #include <coordsys/CoordSystem.h>
 
-#include "CatalogueToken_p.h"
-#include "CrsDefinition_p.h"
+#include "CoordSystem_p.h"
 #include "CrsJudge_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
@@ -28,21 +27,22 @@ bool CoordSystem::isEqual(const CoordSystem &other, bool ignoreRect) const
 {
     if (this == &other)
         return true;
-    const AskedCatalogues asked(m_catalogues);
-    return isEqualByText(other, ignoreRect) &&
-           (m_source == other.m_source || sameHorizontalCrs(judgedIdentity(), other.judgedIdentity()));
+    const AskedCatalogues asked(d->m_catalogues);
+    return d->isEqualByText(*other.d, ignoreRect) &&
+           (d->m_source == other.d->m_source ||
+            sameHorizontalCrs(d->judgedIdentity(), other.d->judgedIdentity()));
 }
 
 /// The definition that names the system's datum; null where none does. CoordSys text has the driver's names
 /// for datums, which are not the database's.
-CoordSystem::IdentityPtr CoordSystem::judgedIdentity() const
+CrsDefinitionPtr CoordSystemPrivate::judgedIdentity() const
 {
     if (m_isEntry)
         return codedIdentity();
     return m_source.type == Prj || m_source.type == Oracle ? nullptr : identity();
 }
 
-bool CoordSystem::isEqualByText(const CoordSystem &other, bool ignoreRect) const
+bool CoordSystemPrivate::isEqualByText(const CoordSystemPrivate &other, bool ignoreRect) const
 {
     if (!samePj(other) || !sameUnit(other) || !(ignoreRect || sameRect(other)) || !sameAffine(other) ||
         !sameSpecialDatum(other))
@@ -59,7 +59,7 @@ bool CoordSystem::isEqualByText(const CoordSystem &other, bool ignoreRect) const
     return datum <= 0 || others->nDatumId <= 0 || datum == others->nDatumId;
 }
 
-bool CoordSystem::samePj(const CoordSystem &other) const
+bool CoordSystemPrivate::samePj(const CoordSystemPrivate &other) const
 {
     const PJ *const mine = pj();
     const PJ *const others = other.pj();
@@ -69,10 +69,10 @@ bool CoordSystem::samePj(const CoordSystem &other) const
     return proj_is_equivalent_to(mine, others, PJ_COMP_STRICT) != 0;
 }
 
-bool CoordSystem::sameUnit(const CoordSystem &other) const
+bool CoordSystemPrivate::sameUnit(const CoordSystemPrivate &other) const
 {
     const auto manager = activeCatalogues()->projectionParamsManager();
-    const auto detected = [&manager](const CoordSystem &cs) {
+    const auto detected = [&manager](const CoordSystemPrivate &cs) {
         cs.ensureMade();
         const QWriteLocker lock(&cs.m_lock);
         return cs.detectUnitLocked(*manager, nullptr);
@@ -85,18 +85,18 @@ bool CoordSystem::sameUnit(const CoordSystem &other) const
     return !mine && !others && qFuzzyCompare(osrLinearUnits(nullptr), other.osrLinearUnits(nullptr));
 }
 
-bool CoordSystem::sameAffine(const CoordSystem &other) const
+bool CoordSystemPrivate::sameAffine(const CoordSystemPrivate &other) const
 {
     if (!m_affine || !other.m_affine)
         return !m_affine && !other.m_affine;
     return qFuzzyCompare(*m_affine, *other.m_affine);
 }
 
-bool CoordSystem::sameSpecialDatum(const CoordSystem &other) const
+bool CoordSystemPrivate::sameSpecialDatum(const CoordSystemPrivate &other) const
 {
     const QString mine = datumName();
     const QString others = other.datumName();
-    if (mine.isNull() || others.isNull() || !(isSpecialDatum() || other.isSpecialDatum()))
+    if (mine.isNull() || others.isNull() || !(q->isSpecialDatum() || other.q->isSpecialDatum()))
         return true;
     return mine.compare(others, Qt::CaseInsensitive) == 0;
 }

@@ -1,5 +1,4 @@
-#include "CatalogueToken_p.h"
-#include "CrsDefinition_p.h"
+#include "CoordSystem_p.h"
 #include "OsrHandle_p.h"
 #include "ProjText_p.h"
 #include <coordsys/CatalogueSource.h>
@@ -104,67 +103,67 @@ std::shared_ptr<void> registeredSrs(const CrsDefinition &registered, const QList
 
 /// The database's system of this one's code, or of the one that an affine transformation moves; null without
 /// a code, or where the code's plane is another.
-CoordSystem::IdentityPtr CoordSystem::registeredIdentity() const
+CrsDefinitionPtr CoordSystemPrivate::registeredIdentity() const
 {
     const AskedCatalogues asked(m_catalogues);
     const bool hasCode = hasSrs() && !isNonEarth();
-    const int code = hasCode ? (isMoved() ? baseCode() : epsg()) : int(EPSG_UNDEFINDED);
+    const int code = hasCode ? (isMoved() ? q->baseCode() : q->epsg()) : int(EPSG_UNDEFINDED);
     CrsDefinitionPtr registered = code > 0 ? CrsDefinition::ofCode(code) : nullptr;
     const bool same = registered && registered->isHorizontal() && isPlaneOf(code, *registered);
     return same ? registered : nullptr;
 }
 
 /// Whose facts the system is known by: the database's, else its own.
-CoordSystem::IdentityPtr CoordSystem::namedIdentity() const
+CrsDefinitionPtr CoordSystemPrivate::namedIdentity() const
 {
-    const IdentityPtr registered = registeredIdentity();
+    const CrsDefinitionPtr registered = registeredIdentity();
     return registered ? registered : identity();
 }
 
 /// What the system is written from: with the names and codes of the database and the shift of the definition.
-CoordSystem::IdentityPtr CoordSystem::writableIdentity() const
+CrsDefinitionPtr CoordSystemPrivate::writableIdentity() const
 {
     const bool namesItself = m_source.type == Epsg || m_source.type == Wkt;
     if (namesItself)
         return identity();
     const QString shifted = hasShift() ? registeredWkt() : QString();
-    const IdentityPtr written = shifted.isEmpty() ? nullptr : CrsDefinition::from(shifted);
+    const CrsDefinitionPtr written = shifted.isEmpty() ? nullptr : CrsDefinition::from(shifted);
     return written ? written : namedIdentity();
 }
 
 /// The system as the database names it, code included; empty as registeredIdentity() is null.
-QString CoordSystem::registeredWkt() const
+QString CoordSystemPrivate::registeredWkt() const
 {
     const CrsDefinitionPtr registered = registeredIdentity();
     if (!registered)
         return {};
     QString reason;
-    const QList<double> shift = m_source.type != Epsg && hasShift() ? getTOWGS84Params() : QList<double>();
+    const QList<double> shift = m_source.type != Epsg && hasShift() ? q->getTOWGS84Params() : QList<double>();
     return wkt1Of(registeredSrs(*registered, shift).get(), reason);
 }
 
 /// The source's code is the system; one that was set or found may be that of a system with another plane.
-bool CoordSystem::isPlaneOf(int code, const CrsDefinition &registered) const
+bool CoordSystemPrivate::isPlaneOf(int code, const CrsDefinition &registered) const
 {
     if (m_source.type == Epsg || statedEpsg() == code)
         return true;
     if (m_epsg == code)
         return codedIdentity() != nullptr;
-    const IdentityPtr mine = identity();
+    const CrsDefinitionPtr mine = identity();
     return mine && mine->isHorizontalPartOf(registered);
 }
 
 QString CoordSystem::exportToWkt() const
 {
-    const QString registered = registeredWkt();
+    const QString registered = d->registeredWkt();
     if (!registered.isEmpty())
-        return isMoved() ? withoutRootCode(registered) : registered;
-    const IdentityPtr known = m_source.type == Wkt ? identity() : nullptr;
+        return d->isMoved() ? withoutRootCode(registered) : registered;
+    const CrsDefinitionPtr known = d->m_source.type == Wkt ? d->identity() : nullptr;
     if (known && known->isPlanetocentric())
         return known->wkt(); // WKT 1 would be read as a system of other latitudes
     QString reason;
-    const QString whole = wkt1Of(srs(), reason);
-    const QString text = isMoved() ? withoutRootCode(whole) : whole;
+    const QString whole = wkt1Of(d->srs(), reason);
+    const QString text = d->isMoved() ? withoutRootCode(whole) : whole;
     if (text.isEmpty())
         LOG_ERROR(QObject::tr("Ошибка экспорта координатной системы в формат %0. %1")
                       .arg(QStringLiteral("WKT"), reason));
@@ -184,12 +183,12 @@ QString CoordSystem::exportToWkt2() const
                                           "PROJECTION[\"Equirectangular\"],\n"
                                           "%1]");
     const QString wkt = exportToWkt();
-    if (!isNonEarth() || wkt.isEmpty())
+    if (!d->isNonEarth() || wkt.isEmpty())
         return wkt;
-    if (m_source.type == Proj4 && !wkt.startsWith(QLatin1String("LOCAL_CS"))) {
+    if (d->m_source.type == Proj4 && !wkt.startsWith(QLatin1String("LOCAL_CS"))) {
         // The text of a plan given as a PROJ string also holds the degree of its sphere.
         QString name;
-        const double factor = osrLinearUnits(&name);
+        const double factor = d->osrLinearUnits(&name);
         return sphere.arg(QStringLiteral("UNIT[\"%1\",%2]").arg(name, toString(factor)));
     }
     const QRegularExpressionMatch match = unitClause.match(wkt);
@@ -198,11 +197,11 @@ QString CoordSystem::exportToWkt2() const
 
 QString CoordSystem::projStr() const
 {
-    const AskedCatalogues asked(m_catalogues);
-    return projText([this] { return unit(); });
+    const AskedCatalogues asked(d->m_catalogues);
+    return d->projText([this] { return unit(); });
 }
 
-QString CoordSystem::projText(const std::function<LinearUnit()> &unitOf) const
+QString CoordSystemPrivate::projText(const std::function<LinearUnit()> &unitOf) const
 {
     if (m_source.type == Proj4)
         return systemTerms(m_source.string);
@@ -230,7 +229,7 @@ QString CoordSystem::projText(const std::function<LinearUnit()> &unitOf) const
 
 /// Of a CoordSys source, as it was read when the system was made; null for other sources, and for a text that
 /// a host has set and that cannot be read.
-std::shared_ptr<const TABProjInfo_t> CoordSystem::record() const
+std::shared_ptr<const TABProjInfo_t> CoordSystemPrivate::record() const
 {
     if (m_source.type != Prj || m_record)
         return m_source.type == Prj ? m_record : nullptr;
@@ -243,36 +242,36 @@ std::shared_ptr<const TABProjInfo_t> CoordSystem::record() const
     }
 }
 
-QString CoordSystem::barePrj() const
+QString CoordSystemPrivate::barePrj() const
 {
     return m_source.type == Prj ? m_source.string : prjFromSpatialReference(srs());
 }
 
 /// The affine clause names its unit.
-void CoordSystem::nameAffineUnit() const
+void CoordSystemPrivate::nameAffineUnit() const
 {
     if (!m_affine || !affineUnitName().isEmpty())
         return;
     try {
-        unit();
+        q->unit();
     } catch (const std::exception &e) {
         LOG_DEBUG(QString::fromUtf8(e.what()));
     }
 }
 
 /// By the source or, unproved, by GDAL: for plans, and to name a system.
-QString CoordSystem::sourcePrj() const { return withClauses(barePrj(), m_affine.get()); }
+QString CoordSystemPrivate::sourcePrj() const { return withClauses(barePrj(), m_affine.get()); }
 
 QString CoordSystem::prjStr() const
 {
-    nameAffineUnit();
+    d->nameAffineUnit();
     const PrjText text = prjTextOf(*this);
     if (text.isRefused())
         throw ExportToPrjException(text.reason());
     return text.text;
 }
 
-QString CoordSystem::affineUnitName() const
+QString CoordSystemPrivate::affineUnitName() const
 {
     if (!m_affineUnit.name().isEmpty())
         return m_affineUnit.name();
@@ -280,7 +279,7 @@ QString CoordSystem::affineUnitName() const
     return m_detectedUnit.name();
 }
 
-QString CoordSystem::withClauses(const QString &prj, const QTransform *affine) const
+QString CoordSystemPrivate::withClauses(const QString &prj, const QTransform *affine) const
 {
     // Clauses of the text stay as they are written only when they are the object's, all of them.
     const PrjClauses written =
@@ -293,21 +292,21 @@ QString CoordSystem::withClauses(const QString &prj, const QTransform *affine) c
     QString text = kept ? prj : withoutClauses(*record);
     if (affine && !(kept && written.affine))
         text += affineClause(*affine, affineUnitName());
-    if (isRectSet() && !(kept && written.bounds))
+    if (q->isRectSet() && !(kept && written.bounds))
         text += boundConditionAsString(m_rect);
     return text;
 }
 
-QString CoordSystem::taggedStringImpl() const
+QString CoordSystemPrivate::taggedStringImpl() const
 {
     const auto sourceOr = [this](auto &&exported) {
         return m_source.string.isEmpty() ? exported() : m_source.string;
     };
     switch (m_source.type) {
     case Prj:
-        return QStringLiteral("prj:") + sourceOr([this] { return prjStr(); });
+        return QStringLiteral("prj:") + sourceOr([this] { return q->prjStr(); });
     case Proj4:
-        return QStringLiteral("proj4:") + sourceOr([this] { return projStr(); });
+        return QStringLiteral("proj4:") + sourceOr([this] { return q->projStr(); });
     case Epsg:
         return QStringLiteral("EPSG:") + sourceOr([this] {
                    const int set = m_epsg; // epsg() would read the empty source text as the code 0
@@ -317,22 +316,22 @@ QString CoordSystem::taggedStringImpl() const
                            : searchedEpsg(std::make_shared<nivora::concurrent::ProgressHandler>()));
                });
     case Wkt:
-        return QStringLiteral("WKT:") + sourceOr([this] { return exportToWkt(); });
+        return QStringLiteral("WKT:") + sourceOr([this] { return q->exportToWkt(); });
     case Unknown:
     case Oracle:
         break;
     }
-    return QStringLiteral("proj4:") + projStr();
+    return QStringLiteral("proj4:") + q->projStr();
 }
 
 /// Only a CoordSys string carries affine transformation and bounds: those that the object holds now, whatever
 /// its source says.
-QString CoordSystem::taggedWithClauses() const
+QString CoordSystemPrivate::taggedWithClauses() const
 {
     if (!m_affine && m_source.type != Prj)
         return taggedStringImpl();
     try {
-        return QStringLiteral("prj:") + prjStr();
+        return QStringLiteral("prj:") + q->prjStr();
     } catch (const std::exception &e) {
         LOG_ERROR(QObject::tr("Аффинное преобразование не записано: %1").arg(QString::fromUtf8(e.what())));
     }
@@ -340,7 +339,7 @@ QString CoordSystem::taggedWithClauses() const
 }
 
 /// A plan may count in a unit that no CoordSys string can name.
-bool CoordSystem::hasNumberedUnit() const
+bool CoordSystemPrivate::hasNumberedUnit() const
 {
     const auto manager = activeCatalogues()->projectionParamsManager();
     ensureMade();
@@ -350,15 +349,15 @@ bool CoordSystem::hasNumberedUnit() const
 
 QString CoordSystem::taggedString() const
 {
-    const AskedCatalogues asked(m_catalogues);
-    if (!isNonEarth())
-        return taggedWithClauses();
-    if (!hasNumberedUnit())
-        return taggedWithClauses();
+    const AskedCatalogues asked(d->m_catalogues);
+    if (!d->isNonEarth())
+        return d->taggedWithClauses();
+    if (!d->hasNumberedUnit())
+        return d->taggedWithClauses();
     const CoordSystemPtr plan = activeCatalogues()->createNonEarth(unit().unitCode(), rectNumericCoordSys());
-    if (m_affine)
-        plan->setAffineTransform(std::make_unique<QTransform>(*m_affine), affineUnit());
-    return plan->taggedWithClauses();
+    if (d->m_affine)
+        plan->setAffineTransform(std::make_unique<QTransform>(*d->m_affine), affineUnit());
+    return privateOf(*plan).taggedWithClauses();
 }
 
 bool compareprojStr(const QString &a, const QString &b)

@@ -1,8 +1,7 @@
 #include <coordsys/CoordSystem.h>
 
 #include "CatalogueName_p.h"
-#include "CatalogueToken_p.h"
-#include "CrsDefinition_p.h"
+#include "CoordSystem_p.h"
 #include "CrsJudge_p.h"
 #include "EpsgSearch_p.h"
 #include "OsrHandle_p.h"
@@ -57,7 +56,7 @@ int remembered(std::atomic<int> &memory, int notAsked, const ProgressHandler *pr
 
 } // namespace
 
-CoordSystem::IdentityPtr CoordSystem::identity() const
+CrsDefinitionPtr CoordSystemPrivate::identity() const
 {
     {
         const QReadLocker lock(&m_lock);
@@ -75,36 +74,39 @@ int CoordSystem::epsg() const { return epsg(neverCancelled()); }
 
 int CoordSystem::epsg(const std::shared_ptr<ProgressHandler> &progress) const
 {
-    if (m_source.type == Epsg)
-        return m_source.string.toInt();
-    const AskedCatalogues asked(m_catalogues);
-    return isMoved() ? int(EPSG_UNDEFINDED) : unmovedEpsg(progress);
+    if (d->m_source.type == Epsg)
+        return d->m_source.string.toInt();
+    const AskedCatalogues asked(d->m_catalogues);
+    return d->isMoved() ? int(EPSG_UNDEFINDED) : d->unmovedEpsg(progress);
 }
 
 int CoordSystem::baseCode() const { return baseCode(neverCancelled()); }
 
 int CoordSystem::baseCode(const std::shared_ptr<ProgressHandler> &progress) const
 {
-    if (!m_affine)
+    if (!d->m_affine)
         return EPSG_UNDEFINDED;
-    if (m_source.type == Epsg)
-        return m_source.string.toInt();
-    const AskedCatalogues asked(m_catalogues);
-    return isMoved() ? unmovedEpsg(progress) : searchedEpsg(progress);
+    if (d->m_source.type == Epsg)
+        return d->m_source.string.toInt();
+    const AskedCatalogues asked(d->m_catalogues);
+    return d->isMoved() ? d->unmovedEpsg(progress) : d->searchedEpsg(progress);
 }
 
 /// The affine transformation makes another plane of the one that the codes speak of.
-bool CoordSystem::isMoved() const { return m_affine && !(m_isEpsgOfMoved && !hasForeignCataloguedCode()); }
+bool CoordSystemPrivate::isMoved() const
+{
+    return m_affine && !(m_isEpsgOfMoved && !hasForeignCataloguedCode());
+}
 
 /// The code as if there were no affine transformation.
-int CoordSystem::unmovedEpsg(const std::shared_ptr<ProgressHandler> &progress) const
+int CoordSystemPrivate::unmovedEpsg(const std::shared_ptr<ProgressHandler> &progress) const
 {
     const int set = m_epsg;
     return set != EPSG_UNDEFINDED && !hasForeignCataloguedCode() ? set : searchedEpsg(progress);
 }
 
 /// The catalogue has the system under the code of another.
-bool CoordSystem::hasForeignCataloguedCode() const
+bool CoordSystemPrivate::hasForeignCataloguedCode() const
 {
     if (!m_isEpsgCatalogued || !hasSrs() || codedIdentity())
         return false;
@@ -113,17 +115,17 @@ bool CoordSystem::hasForeignCataloguedCode() const
 }
 
 /// The plane of the code that was set is this one's.
-bool CoordSystem::isPlaneOf(const CrsDefinition &registered) const
+bool CoordSystemPrivate::isPlaneOf(const CrsDefinition &registered) const
 {
     const QTransform *affine = m_isEpsgOfMoved ? m_affine.get() : nullptr;
     if (!affine && m_source.type == Prj &&
         saySamePlane(projText([] { return LinearUnit(); }), registered.projText()))
         return true;
-    const IdentityPtr mine = identity();
+    const CrsDefinitionPtr mine = identity();
     return mine && hasPlaneOf(*mine, affine, registered);
 }
 
-CoordSystem::IdentityPtr CoordSystem::codedIdentity() const
+CrsDefinitionPtr CoordSystemPrivate::codedIdentity() const
 {
     const int code = m_epsg;
     {
@@ -141,25 +143,25 @@ CoordSystem::IdentityPtr CoordSystem::codedIdentity() const
 }
 
 /// The code that a WKT states and keeps.
-int CoordSystem::statedEpsg() const
+int CoordSystemPrivate::statedEpsg() const
 {
     if (m_source.type != Wkt)
         return EPSG_UNDEFINDED;
     return remembered(m_statedEpsg, NotAsked, nullptr, [this] {
-        const IdentityPtr known = identity();
+        const CrsDefinitionPtr known = identity();
         return known ? known->verifiedCode() : int(EPSG_UNDEFINDED);
     });
 }
 
-int CoordSystem::searchedEpsg(const std::shared_ptr<ProgressHandler> &progress) const
+int CoordSystemPrivate::searchedEpsg(const std::shared_ptr<ProgressHandler> &progress) const
 {
     const int stated = statedEpsg();
     if (stated != EPSG_UNDEFINDED)
         return stated;
     if (!hasSrs())
-        (void)projStr(); // throws: there is nothing to search for
+        (void)q->projStr(); // throws: there is nothing to search for
     return remembered(m_searchedEpsg, NotAsked, progress.get(), [&] {
-        const IdentityPtr known = m_source.type == Wkt ? identity() : nullptr;
+        const CrsDefinitionPtr known = m_source.type == Wkt ? identity() : nullptr;
         const int found =
             known ? epsgOfDefinition(progress, known->definition()) : getEpsgFromCrs(progress, srs());
         return found == EPSG_UNDEFINDED && m_source.type == Prj ? nearEntryCode() : found;
@@ -168,7 +170,7 @@ int CoordSystem::searchedEpsg(const std::shared_ptr<ProgressHandler> &progress) 
 
 /// A clause whose figures are rounded has the code of the catalogue's entry with the full ones, as long as
 /// its plane is that code's.
-int CoordSystem::nearEntryCode() const
+int CoordSystemPrivate::nearEntryCode() const
 {
     const auto catalogues = activeCatalogues(std::nothrow);
     const auto mine = catalogues ? record() : nullptr;
@@ -186,10 +188,10 @@ int CoordSystem::matchedEpsg() const { return matchedEpsg(neverCancelled()); }
 
 int CoordSystem::matchedEpsg(const std::shared_ptr<ProgressHandler> &progress) const
 {
-    const AskedCatalogues asked(m_catalogues);
-    return remembered(m_matchedEpsg, NotAsked, progress.get(), [&] {
-        if (m_source.type != Wkt)
-            return getEpsgFromCrs(progress, srs());
+    const AskedCatalogues asked(d->m_catalogues);
+    return remembered(d->m_matchedEpsg, CoordSystemPrivate::NotAsked, progress.get(), [&] {
+        if (d->m_source.type != Wkt)
+            return getEpsgFromCrs(progress, d->srs());
         // Of equal systems one may come from WKT and one from PROJ text: the text that they share is asked.
         const std::shared_ptr<void> shared = srsFromProj(projStr());
         return getEpsgFromCrs(progress, shared.get());
@@ -198,7 +200,7 @@ int CoordSystem::matchedEpsg(const std::shared_ptr<ProgressHandler> &progress) c
 
 // Name
 
-void CoordSystem::setNameless(std::shared_ptr<const CatalogueName> catalogued)
+void CoordSystemPrivate::setNameless(std::shared_ptr<const CatalogueName> catalogued)
 {
     const QWriteLocker lock(&m_lock);
     m_catalogueName = std::move(catalogued);
@@ -208,35 +210,35 @@ void CoordSystem::setNameless(std::shared_ptr<const CatalogueName> catalogued)
 QString CoordSystem::description() const
 {
     {
-        const QReadLocker lock(&m_lock);
-        if (!m_isNameless)
-            return m_description;
+        const QReadLocker lock(&d->m_lock);
+        if (!d->m_isNameless)
+            return d->m_description;
     }
-    const AskedCatalogues asked(m_catalogues);
-    const QString found = foundDescription(); // leaves the class: never under the lock
+    const AskedCatalogues asked(d->m_catalogues);
+    const QString found = d->foundDescription(); // leaves the class: never under the lock
     if (!activeCatalogues(std::nothrow))
         return found; // not remembered: a factory may be installed later
-    const QWriteLocker lock(&m_lock);
-    if (m_isNameless)
-        m_description = found;
-    m_isNameless = false;
-    return m_description;
+    const QWriteLocker lock(&d->m_lock);
+    if (d->m_isNameless)
+        d->m_description = found;
+    d->m_isNameless = false;
+    return d->m_description;
 }
 
-QString CoordSystem::foundDescription() const
+QString CoordSystemPrivate::foundDescription() const
 {
     const QString catalogued = m_catalogueName ? m_catalogueName->name() : QString();
     if (!catalogued.isEmpty())
         return catalogued;
-    const int code = epsg();
+    const int code = q->epsg();
     const QString registered = code != EPSG_UNDEFINDED ? nameOfCode(code) : QString();
     if (!registered.isEmpty())
         return registered;
     const QString title = m_source.type == Proj4 ? titleIn(m_source.string) : QString();
     if (m_source.type != Wkt)
         return title.isEmpty() ? m_source.string : title;
-    const IdentityPtr known = identity();
-    return known && !known->name().isEmpty() ? known->name() : projStr();
+    const CrsDefinitionPtr known = identity();
+    return known && !known->name().isEmpty() ? known->name() : q->projStr();
 }
 
 } // namespace nivora::cs

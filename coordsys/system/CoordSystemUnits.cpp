@@ -1,6 +1,6 @@
 #include <coordsys/CoordSystem.h>
 
-#include "CatalogueToken_p.h"
+#include "CoordSystem_p.h"
 #include "OsrHandle_p.h"
 #include "SpatialReferenceText_p.h"
 #include <coordsys/CatalogueSource.h>
@@ -88,7 +88,7 @@ bool isMetricPlane(const QString &proj)
 
 } // namespace
 
-double CoordSystem::osrLinearUnits(QString *name) const
+double CoordSystemPrivate::osrLinearUnits(QString *name) const
 {
     void *const reference = srs();
     if (!reference)
@@ -103,7 +103,7 @@ double CoordSystem::osrLinearUnits(QString *name) const
 }
 
 /// The unit of most systems, which their PROJ object tells; null where GDAL has to be asked.
-const MIUnitConvParam *CoordSystem::plainUnit(const ProjectionParamsManager &manager) const
+const MIUnitConvParam *CoordSystemPrivate::plainUnit(const ProjectionParamsManager &manager) const
 {
     if (isLatLong())
         return manager.unitByID(LinearUnit::Degree, std::nothrow);
@@ -116,7 +116,8 @@ const MIUnitConvParam *CoordSystem::plainUnit(const ProjectionParamsManager &man
     return metre && isLength(*metre, 1.0) && isMetricPlane(QString::fromUtf8(text)) ? metre : nullptr;
 }
 
-LinearUnit CoordSystem::detectUnitLocked(const ProjectionParamsManager &manager, QString *osrName) const
+LinearUnit CoordSystemPrivate::detectUnitLocked(const ProjectionParamsManager &manager,
+                                                QString *osrName) const
 {
     if (m_detectedUnit)
         return m_detectedUnit;
@@ -139,23 +140,23 @@ LinearUnit CoordSystem::detectUnitLocked(const ProjectionParamsManager &manager,
 
 LinearUnit CoordSystem::unit() const
 {
-    const AskedCatalogues asked(m_catalogues);
+    const AskedCatalogues asked(d->m_catalogues);
     return unit(*activeCatalogues()->projectionParamsManager());
 }
 
 LinearUnit CoordSystem::unit(const ProjectionParamsManager &manager) const
 {
     QString name;
-    ensureMade(); // asks catalogues: never under the lock
+    d->ensureMade(); // asks catalogues: never under the lock
     {
-        const QWriteLocker lock(&m_lock);
-        if (const LinearUnit found = detectUnitLocked(manager, &name))
+        const QWriteLocker lock(&d->m_lock);
+        if (const LinearUnit found = d->detectUnitLocked(manager, &name))
             return found;
     }
-    QString text = m_source.string;
+    QString text = d->m_source.string;
     const QuietExportScope quiet; // an exception is no reason to log as well
     try {
-        text = sourcePrj();
+        text = d->sourcePrj();
     } catch (const std::exception &) {
         // a system that cannot be written as a CoordSys string is named by its source
     }

@@ -1,7 +1,7 @@
 #include <coordsys/PrjText.h>
 
 #include "CatalogueCache_p.h"
-#include "CatalogueToken_p.h"
+#include "CoordSystem_p.h"
 #include "PrjWriter_p.h"
 #include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystemStrings.h>
@@ -52,7 +52,7 @@ double unnamedUnitM(const CoordSystem &cs)
 } // namespace
 
 /// An affine clause of the text's own comes before the object's transformation.
-QString CoordSystem::withOwnClauses(const QString &written) const
+QString CoordSystemPrivate::withOwnClauses(const QString &written) const
 {
     if (!hasAffineOrBoundsInString(written).affine)
         return withClauses(written, m_affine.get());
@@ -63,17 +63,17 @@ QString CoordSystem::withOwnClauses(const QString &written) const
         multiplyIn(*m_affine, record.dAffineParams);
         text = converter.tabProjInfoToString(record);
     }
-    return isRectSet() ? text + boundConditionAsString(m_rect) : text;
+    return q->isRectSet() ? text + boundConditionAsString(m_rect) : text;
 }
 
 /// Without affine transformation and bounds.
-PrjText CoordSystem::writtenText() const
+PrjText CoordSystemPrivate::writtenText() const
 {
     const auto catalogues = activeCatalogues();
     if (m_source.type == Epsg)
         if (const auto known = catalogues->writtenText(m_source.string.toInt()))
             return *known;
-    const auto write = [this] { return PrjWriter(*this).written(); };
+    const auto write = [this] { return PrjWriter(*q).written(); };
     if (m_source.string.isEmpty() || m_given)
         return write();
     const QString key = QStringLiteral("%1 %2 %3 ")
@@ -125,24 +125,25 @@ QString PrjText::remark() const
 
 PrjText prjTextOf(const CoordSystem &cs)
 {
-    const AskedCatalogues asked(cs.m_catalogues);
-    if (cs.m_source.type == CoordSystem::Prj || cs.isNonEarth() || !cs.hasSrs()) {
+    const CoordSystemPrivate &own = privateOf(cs);
+    const AskedCatalogues asked(own.m_catalogues);
+    if (own.m_source.type == CoordSystem::Prj || own.isNonEarth() || !own.hasSrs()) {
         PrjText text;
-        text.text = cs.sourcePrj();
+        text.text = own.sourcePrj();
         return text;
     }
-    cs.nameAffineUnit();
-    PrjText text = cs.writtenText();
+    own.nameAffineUnit();
+    PrjText text = own.writtenText();
     if (text.isRefused())
         return text;
-    text.text = cs.withOwnClauses(text.text);
+    text.text = own.withOwnClauses(text.text);
     text.unnamedUnitM = unnamedUnitM(cs);
     return text;
 }
 
 PrjText prjTextWithDatum(const CoordSystem &cs, const QString &datum)
 {
-    const AskedCatalogues asked(cs.m_catalogues);
+    const AskedCatalogues asked(privateOf(cs).m_catalogues);
     const TABProjInfo_t record =
         MapHeaderCoordsysConverter().prjStrToTABProjInfo(QStringLiteral("Earth Projection 1, ") + datum);
     return PrjWriter(cs).withDatum(record);

@@ -1,7 +1,7 @@
 #include "PrjWriter_p.h"
 
 #include "AffineFit_p.h"
-#include "CrsDefinition_p.h"
+#include "CoordSystem_p.h"
 #include "OsrHandle_p.h"
 #include "ProjOperation_p.h"
 #include "SpatialReferenceText_p.h"
@@ -154,9 +154,9 @@ struct PrjWriter::Trial
 
 PrjWriter::PrjWriter(const CoordSystem &cs)
     : m_cs(cs)
-    , m_plain(cs.duplicate())
-    , m_registered(cs.registeredIdentity())
-    , m_definition(m_registered ? m_registered : cs.identity())
+    , m_plain(privateOf(cs).duplicate())
+    , m_registered(privateOf(cs).registeredIdentity())
+    , m_definition(m_registered ? m_registered : privateOf(cs).identity())
 {
     m_plain->setAffineTransform(nullptr);
     if (m_definition)
@@ -328,7 +328,7 @@ QVector<TABProjInfo_t> PrjWriter::candidates(const TABProjInfo_t &datum) const
         std::copy_n(form.parameters.begin(), std::size(record.adProjParams), record.adProjParams);
         records << record;
     }
-    const auto driver = driverRecord(m_plain->srs());
+    const auto driver = driverRecord(privateOf(*m_plain).srs());
     if (driver && driver->nProjId > LongitudeLatitude)
         records << *driver;
     return records;
@@ -348,7 +348,7 @@ PrjText PrjWriter::withDatum(const TABProjInfo_t &datum) const
 /// A shift that the definition states and the record has otherwise.
 bool PrjWriter::hasOtherShift(const TABProjInfo_t &record) const
 {
-    if (m_cs.sourceType() == CoordSystem::Epsg || !m_cs.hasShift())
+    if (m_cs.sourceType() == CoordSystem::Epsg || !privateOf(m_cs).hasShift())
         return false;
     const QList<double> own = m_cs.getTOWGS84Params();
     const double *turn = record.adDatumParams; // with MapInfo's sign
@@ -370,9 +370,9 @@ TABProjInfo_t PrjWriter::ownDatum() const
     const auto base = recordOfCode(codeOfBase(*m_definition));
     if (base && !hasOtherShift(*base))
         return *base;
-    if (m_registered && (m_cs.sourceType() == CoordSystem::Epsg || !m_cs.hasShift()))
+    if (m_registered && (m_cs.sourceType() == CoordSystem::Epsg || !privateOf(m_cs).hasShift()))
         return driverDatum(srsFromWkt(m_registered->wkt()).get());
-    return driverDatum(m_plain->srs());
+    return driverDatum(privateOf(*m_plain).srs());
 }
 
 PrjText PrjWriter::written() const

@@ -1,9 +1,8 @@
 #include "CoordTransformCache_p.h"
 
-#include "CatalogueToken_p.h"
 #include "ChosenOperation_p.h"
 #include "CodedError_p.h"
-#include "CrsDefinition_p.h"
+#include "CoordSystem_p.h"
 #include "FusedUnits_p.h"
 #include "TransformOperations_p.h"
 #include <coordsys/CatalogueSource.h>
@@ -140,7 +139,7 @@ ProjOperation stepOf(const std::shared_ptr<PJ> &pj)
 CoordTransformCache::Route CoordTransformCache::routeFor(const CoordSystemPtr &from, const CoordSystemPtr &to,
                                                          const OperationChoice &choice)
 {
-    const States states(from->state(), to->state());
+    const States states(privateOf(*from).state(), privateOf(*to).state());
     const std::optional<Known> known = m_known.find(states);
     if (known && known->isEqual)
         return {true, nullptr};
@@ -161,7 +160,7 @@ CoordTransformCache::Route CoordTransformCache::routeFor(const CoordSystemPtr &f
 
 TransformQueuePtr CoordTransformCache::queueFor(const CoordSystemPtr &from, const CoordSystemPtr &to)
 {
-    const AskedCatalogues asked(from->m_catalogues);
+    const AskedCatalogues asked(privateOf(*from).m_catalogues);
     const unsigned since = catalogueRevision();
     const bool standsStill = differInAffineAlone(from, to);
     const Steps steps = standsStill ? Steps() : stepsBetween(from, to);
@@ -194,7 +193,7 @@ QString CoordTransformCache::definitionOf(const CoordSystem &cs)
     switch (cs.sourceType()) {
     case CoordSystem::Epsg:
     case CoordSystem::Wkt: {
-        const CrsDefinitionPtr identity = cs.identity();
+        const CrsDefinitionPtr identity = privateOf(cs).identity();
         return identity ? identity->definition() : cs.sourceParameters().string;
     }
     default:
