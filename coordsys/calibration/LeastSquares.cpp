@@ -1,6 +1,6 @@
 #include "LeastSquares_p.h"
 
-#include <Eigen/Dense>
+#include <Eigen/QR>
 
 #include <cmath>
 
@@ -42,17 +42,71 @@ Vector normalize(Matrix &design)
 
 std::vector<double> listOf(const Vector &values) { return {values.data(), values.data() + values.size()}; }
 
-std::vector<double> cofactorsOf(const Eigen::ColPivHouseholderQR<Matrix> &qr, const Vector &lengths)
+// The steps below are written out: the matrices are small, and Eigen's kernels for large ones took as long to
+// compile as the rest of the folder.
+
+using Decomposition = Eigen::ColPivHouseholderQR<Matrix>;
+
+/// Of the upper triangle.
+Matrix inverseOf(const Matrix &upper)
+{
+    const Eigen::Index n = upper.cols();
+    Matrix inverse = Matrix::Zero(n, n);
+    for (Eigen::Index column = 0; column < n; ++column) {
+        for (Eigen::Index i = column; i >= 0; --i) {
+            double sum = i == column ? 1.0 : 0.0;
+            for (Eigen::Index k = i + 1; k <= column; ++k)
+                sum -= upper(i, k) * inverse(k, column);
+            inverse(i, column) = sum / upper(i, i);
+        }
+    }
+    return inverse;
+}
+
+/// The transposed orthogonal factor times a vector, reflection by reflection.
+Vector rotated(const Decomposition &qr, Vector vector)
+{
+    const Matrix &factors = qr.matrixQR();
+    for (Eigen::Index k = 0; k < qr.nonzeroPivots(); ++k) {
+        double along = vector(k);
+        for (Eigen::Index i = k + 1; i < vector.size(); ++i)
+            along += factors(i, k) * vector(i);
+        along *= qr.hCoeffs()(k);
+        vector(k) -= along;
+        for (Eigen::Index i = k + 1; i < vector.size(); ++i)
+            vector(i) -= along * factors(i, k);
+    }
+    return vector;
+}
+
+/// Unknowns that nothing determines are 0.
+Vector solutionOf(const Decomposition &qr, const Vector &observed)
+{
+    const Vector right = rotated(qr, observed);
+    Vector unknowns = Vector::Zero(qr.cols());
+    const auto &column = qr.colsPermutation().indices();
+    for (Eigen::Index i = qr.nonzeroPivots() - 1; i >= 0; --i) {
+        double sum = right(i);
+        for (Eigen::Index k = i + 1; k < qr.nonzeroPivots(); ++k)
+            sum -= qr.matrixQR()(i, k) * unknowns(column(k));
+        unknowns(column(i)) = sum / qr.matrixQR()(i, i);
+    }
+    return unknowns;
+}
+
+std::vector<double> cofactorsOf(const Decomposition &qr, const Vector &lengths)
 {
     const Eigen::Index n = lengths.size();
-    const Matrix inverse = qr.matrixR().topLeftCorner(n, n).template triangularView<Eigen::Upper>().solve(
-        Matrix::Identity(n, n));
-    const Matrix product =
-        qr.colsPermutation() * (inverse * inverse.transpose()) * qr.colsPermutation().transpose();
-    std::vector<double> result;
-    for (Eigen::Index i = 0; i < n; ++i)
-        for (Eigen::Index j = 0; j < n; ++j)
-            result.push_back(product(i, j) / (lengths(i) * lengths(j)));
+    const Matrix inverse = inverseOf(qr.matrixR().topLeftCorner(n, n));
+    const auto &column = qr.colsPermutation().indices();
+    std::vector<double> result(static_cast<std::size_t>(n * n));
+    for (Eigen::Index i = 0; i < n; ++i) {
+        for (Eigen::Index j = 0; j < n; ++j) {
+            const Eigen::Index a = column(i), b = column(j);
+            result[static_cast<std::size_t>(a * n + b)] =
+                inverse.row(i).dot(inverse.row(j)) / (lengths(a) * lengths(b));
+        }
+    }
     return result;
 }
 
@@ -86,12 +140,12 @@ LinearSolution solve(const LinearRows &rows, const PointMask &used)
     if (design.rows() < design.cols() || !design.allFinite() || !observed.allFinite())
         return solution;
     const Vector lengths = normalize(design);
-    const Eigen::ColPivHouseholderQR<Matrix> qr(design);
+    const Decomposition qr(design);
     const double last = std::fabs(qr.matrixR()(rows.unknowns - 1, rows.unknowns - 1));
     if (!(last > dependence))
         return solution;
     solution.isDefinite = true;
-    solution.unknowns = listOf(qr.solve(observed).cwiseQuotient(lengths));
+    solution.unknowns = listOf(solutionOf(qr, observed).cwiseQuotient(lengths));
     solution.cofactors = cofactorsOf(qr, lengths);
     solution.residuals = residualsOf(rows, solution.unknowns);
     return solution;
@@ -104,10 +158,11 @@ std::vector<double> solveRoughly(const LinearRows &rows, const std::vector<doubl
     for (std::size_t i = 0; i < rows.count(); ++i) {
         const double weight = weights[i / static_cast<std::size_t>(rows.perPoint)];
         const Eigen::Map<const Vector> row(rows.row(i), rows.unknowns);
-        normal.noalias() += weight * row * row.transpose();
-        right += weight * rows.observed[i] * row;
+        for (Eigen::Index j = 0; j < rows.unknowns; ++j)
+            normal.row(j) += (weight * row(j)) * row.transpose();
+        right += (weight * rows.observed[i]) * row;
     }
-    return listOf(normal.ldlt().solve(right));
+    return listOf(solutionOf(Decomposition(normal), right));
 }
 
 } // namespace nivora::cs

@@ -25,13 +25,6 @@ std::vector<Item> items(int step)
     return result;
 }
 
-int sampleStep()
-{
-    constexpr int usual = 20;
-    const int step = qEnvironmentVariableIntValue("NIVORA_TEST_STEP");
-    return step > 0 ? step : usual;
-}
-
 constexpr std::size_t parts = 8;
 
 void addParts()

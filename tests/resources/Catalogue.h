@@ -1,5 +1,7 @@
 #pragma once
 
+#include <support/SampleStep.h>
+
 #include <coordsys/CoordSystemParams.h>
 
 #include <proj.h>
@@ -23,9 +25,7 @@ struct Item
 
 /// The entries in file order, every \p step-th.
 std::vector<Item> items(int step = 1);
-/// The costly proofs look at every 20th system; the environment variable NIVORA_TEST_STEP says another step,
-/// 1 for the whole catalogue.
-int sampleStep();
+using support::sampleStep;
 
 /// Rows of a _data() function that divide such a proof, so that no row of the whole one takes long.
 void addParts();
