@@ -5,11 +5,20 @@
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QTextStream>
+
+#include <iostream>
 
 using namespace nivora::cs;
 
 namespace {
+
+QString nextLine(QFile &file)
+{
+    QByteArray line = file.readLine();
+    while (line.endsWith('\n') || line.endsWith('\r'))
+        line.chop(1);
+    return QString::fromUtf8(line);
+}
 
 /// The point of a line; false when its first two columns are no numbers.
 bool readPoint(const QString &line, QPointF &point)
@@ -46,11 +55,9 @@ int main(int argc, char **argv)
     CoordSysFactory::setDefaultCoordSysFactory(factory);
     const CoordTransform toUtm(factory->createFromEpsg(4326), factory->createFromEpsg(32637));
 
-    QTextStream in(&file);
-    QTextStream out(stdout);
-    in.setCodec("UTF-8");
-    out.setCodec("UTF-8");
-    out << in.readLine() << ",x,y\n";
-    for (QString line; in.readLineInto(&line);)
-        out << line << ',' << converted(toUtm, line) << '\n';
+    std::cout << nextLine(file).toStdString() << ",x,y\n";
+    while (!file.atEnd()) {
+        const QString line = nextLine(file);
+        std::cout << line.toStdString() << ',' << converted(toUtm, line).toStdString() << '\n';
+    }
 }

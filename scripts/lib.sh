@@ -10,6 +10,8 @@ export PATH="${PATH:-/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bi
 BUILD_PACKAGES=(g++ cmake ninja-build pkg-config ccache qtbase5-dev qttools5-dev-tools libproj-dev proj-data libgdal-dev libeigen3-dev)
 TEST_PACKAGES=(binutils dpkg-dev doxygen fonts-dejavu-core libbenchmark-dev libsqlite3-dev mold parallel proj-bin valgrind xvfb)
 PYTHON_PACKAGES=(pybind11-dev python3-dev python3-numpy)
+QT6_PACKAGES=(qt6-base-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools qt6-5compat-dev)
+PACKAGE_PACKAGES=(abigail-tools lintian g++-mingw-w64-x86-64)
 FUZZ_PACKAGES=(clang clang-tidy libclang-rt-14-dev)
 
 say() { printf '%s\n' "$*" >&2; }
@@ -60,6 +62,38 @@ configure() {
         rm -rf "$ROOT/build/$preset"
     fi
     (cd "$ROOT" && cmake --preset "$preset" "$@") </dev/null
+}
+
+# For the scripts that test.
+
+JOBS=$(nproc)
+# mold links the forty programs of a build in the time that the usual linker takes for one under the sanitizers.
+LINKER=(-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=mold -DCMAKE_SHARED_LINKER_FLAGS=-fuse-ld=mold)
+
+# The tests choose their own data; what the caller's shell points at must not decide them.
+forget_environment() {
+    unset PROJ_LIB PROJ_DATA PROJ_NETWORK GDAL_DATA NIVORA_DATA NIVORA_TEST_STEP QT_LOGGING_RULES PYTHONPATH
+}
+
+# step TITLE COMMAND…: quiet unless it fails, then all of its output.
+step() {
+    local title=$1 log="$ROOT/build/step.log" started=$SECONDS status=0
+    shift
+    "$@" </dev/null >"$log" 2>&1 || status=$?
+    if [ "$status" -ne 0 ]; then
+        cat "$log"
+        die "$title failed ($status)"
+    fi
+    say "$title: $((SECONDS - started)) s"
+}
+
+# tests TITLE PRESET [ARGUMENT OF CTEST…]
+tests() {
+    local title=$1 preset=$2 status=0
+    shift 2
+    printf '\n== %s\n' "$title"
+    (cd "$ROOT" && ctest --preset "$preset" -j "$JOBS" "$@") </dev/null || status=$?
+    [ "$status" -eq 0 ] || die "tests failed: $title"
 }
 
 # build_program NAME: builds it by the release preset and puts its path into PROGRAM. The program has stdin and stdout for

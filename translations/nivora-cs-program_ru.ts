@@ -2465,5 +2465,9 @@ N S E W или С Ю В З. Сначала x, если буквы не гово�
         <source>known coordinates: %1</source>
         <translation>известные координаты: %1</translation>
     </message>
+    <message>
+        <source>texts and names of files must be UTF-8 here: %1</source>
+        <translation>тексты и имена файлов здесь должны быть в UTF-8: %1</translation>
+    </message>
 </context>
 </TS>

@@ -5,6 +5,14 @@
 #include <QPolygonF>
 #include <QVector>
 
+/// Of a static library; in no namespace, as Q_INIT_RESOURCE wants it.
+static void initResources()
+{
+#ifdef NIVORA_CS_WIDGETS_STATIC_DEFINE
+    Q_INIT_RESOURCE(nivora_cs_world);
+#endif
+}
+
 namespace nivora::cs {
 namespace {
 
@@ -45,6 +53,7 @@ Ring readRing(QDataStream &in)
 
 QVector<Ring> readCoast()
 {
+    initResources();
     QVector<Ring> rings;
     QFile file(QStringLiteral(":/nivora-cs/world.map"));
     file.open(QIODevice::ReadOnly); // part of this library

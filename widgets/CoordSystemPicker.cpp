@@ -397,7 +397,8 @@ void CoordSystemPicker::Private::showNeighbours(const QModelIndex &row)
         const QRectF area = other.data(CoordSystemCatalogModel::AreaRole).toRectF();
         if (other == row || area.isNull() || !WorldMap::touches(area, near))
             continue;
-        shown.append({other.data(CoordSystemCatalogModel::NameRole).toString(), area, neighbours.size()});
+        shown.append({other.data(CoordSystemCatalogModel::NameRole).toString(), area,
+                      static_cast<int>(neighbours.size())});
         neighbours << other;
     }
     ui.map->setNeighbours(shown);

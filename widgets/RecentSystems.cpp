@@ -36,7 +36,7 @@ Recent saved(Recent systems)
     std::stable_partition(systems.begin(), systems.end(), [](const auto &one) { return one.isPinned; });
     const auto pinned =
         std::count_if(systems.begin(), systems.end(), [](const auto &one) { return one.isPinned; });
-    systems.resize(std::min(systems.size(), std::max(mostKept, static_cast<int>(pinned))));
+    systems.resize(std::min(static_cast<int>(systems.size()), std::max(mostKept, static_cast<int>(pinned))));
     save(systems);
     return systems;
 }

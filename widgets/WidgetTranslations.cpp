@@ -6,6 +6,14 @@
 #include <QPointer>
 #include <QTranslator>
 
+/// Of a static library; in no namespace, as Q_INIT_RESOURCE wants it.
+static void initResources()
+{
+#ifdef NIVORA_CS_WIDGETS_STATIC_DEFINE
+    Q_INIT_RESOURCE(nivora_cs_widgets_en);
+#endif
+}
+
 namespace nivora::cs {
 
 bool installWidgetTranslations(const QString &language)
@@ -16,6 +24,7 @@ bool installWidgetTranslations(const QString &language)
     delete installed.data();
     if (language.startsWith(QLatin1String("ru"), Qt::CaseInsensitive))
         return true;
+    initResources();
     installed = new QTranslator(QCoreApplication::instance());
     return installed->load(QStringLiteral(":/translations/nivora-cs-widgets_en.qm")) &&
            QCoreApplication::installTranslator(installed);

@@ -39,6 +39,15 @@ constexpr double leastShown = 36.0;
 /// Pixels; a smaller area gets a ring around it.
 constexpr double leastVisible = 9.0;
 
+QPointF placeOf(const QMouseEvent &event)
+{
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+    return event.position();
+#else
+    return event.localPos();
+#endif
+}
+
 QTransform toScreenTransform(const QRectF &shown, const QSizeF &size)
 {
     QTransform transform;
@@ -327,7 +336,7 @@ void WorldMap::changeEvent(QEvent *event)
 
 void WorldMap::mouseMoveEvent(QMouseEvent *event)
 {
-    m_pointer = event->localPos();
+    m_pointer = placeOf(*event);
     setCursor(neighbourAt(*m_pointer) ? Qt::PointingHandCursor : Qt::ArrowCursor);
     update();
 }
@@ -341,8 +350,8 @@ void WorldMap::leaveEvent(QEvent *)
 void WorldMap::mousePressEvent(QMouseEvent *event)
 {
     if (event->button() == Qt::RightButton)
-        Q_EMIT placeClicked(toLonLat(event->localPos()));
-    const Neighbour *neighbour = neighbourAt(event->localPos());
+        Q_EMIT placeClicked(toLonLat(placeOf(*event)));
+    const Neighbour *neighbour = neighbourAt(placeOf(*event));
     if (event->button() == Qt::LeftButton && neighbour)
         Q_EMIT neighbourClicked(neighbour->id);
 }

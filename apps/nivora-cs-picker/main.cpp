@@ -145,8 +145,10 @@ std::unique_ptr<QCoreApplication> application(bool isShown, int &argc, char **ar
 {
     if (!isShown)
         return std::make_unique<QCoreApplication>(argc, argv);
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0) // always so later
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+#endif
     return std::make_unique<QApplication>(argc, argv);
 }
 

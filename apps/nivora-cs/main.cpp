@@ -8,7 +8,6 @@
 #include "Session.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QObject>
 
 #include <csignal>
@@ -93,7 +92,7 @@ int run(const QStringList &arguments)
 QString languageOf(const QStringList &arguments)
 {
     const QString option = QStringLiteral("--language");
-    const int place = arguments.indexOf(option);
+    const int place = static_cast<int>(arguments.indexOf(option));
     if (place >= 0 && place + 1 < arguments.size())
         return arguments.at(place + 1);
     for (const QString &argument : arguments)
@@ -116,9 +115,10 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationVersion(QStringLiteral(NIVORA_CS_VERSION));
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
-        arguments << QFile::decodeName(argv[i]);
+        arguments << argumentText(argv[i]);
     setMessageLanguage(languageOf(arguments));
     try {
+        checkArguments(arguments);
         return run(arguments);
     } catch (const ReaderGone &) {
         return Success; // nobody is left to tell anything to

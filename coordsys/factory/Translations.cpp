@@ -6,6 +6,15 @@
 
 #include <atomic>
 
+/// Those of a static library are not there by themselves: nothing refers to them. In no namespace, as
+/// Q_INIT_RESOURCE wants it.
+static void initResources()
+{
+#ifdef NIVORA_CS_STATIC_DEFINE
+    Q_INIT_RESOURCE(nivora_cs_en);
+#endif
+}
+
 namespace nivora::cs {
 namespace {
 
@@ -17,6 +26,7 @@ std::atomic<const QTranslator *> textsWithoutApplication{nullptr};
 void setTextsWithoutApplication(bool isRussian)
 {
     static const QTranslator *const english = [] {
+        initResources();
         auto *made = new QTranslator;
         return made->load(QLatin1String(englishTexts)) ? made : nullptr;
     }();
@@ -56,6 +66,7 @@ bool installTranslations(const QString &language)
     delete installed().data(); // takes itself out of the application
     if (isRussian)
         return true;
+    initResources();
     installed() = new QTranslator(app);
     return installed()->load(QLatin1String(englishTexts)) && QCoreApplication::installTranslator(installed());
 }

@@ -7,6 +7,7 @@
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapHeaderRecord.h>
 #include <coordsys/ProjectionParamsManager.h>
+#include <platform/system/LocaleEncoding.h>
 
 #include <QDir>
 #include <QFile>
@@ -16,7 +17,6 @@
 #include <QTextCodec>
 
 #include <algorithm>
-#include <langinfo.h>
 #include <memory>
 #include <stdexcept>
 
@@ -53,8 +53,8 @@ QString wholeText(const QString &path)
 /// The locale's, whatever the host has made Qt take for it. ASCII says nothing of other bytes.
 QTextCodec *localeCodec()
 {
-    const QByteArray name = ::nl_langinfo(CODESET);
-    return name.startsWith("ANSI_X3.4") ? nullptr : QTextCodec::codecForName(name);
+    const std::string name = system::localeEncoding();
+    return name.rfind("ANSI_X3.4", 0) == 0 ? nullptr : QTextCodec::codecForName(name.c_str());
 }
 
 /// Every other byte of ASCII in UTF-16 is zero. Null for other encodings.

@@ -215,7 +215,11 @@ private Q_SLOTS:
         QFETCH(QByteArray, out);
         const QTemporaryDir dir;
         const CliRun done = runShell(line, dir.path());
-        QVERIFY2(done.out == out && done.err.isEmpty(), done.describe());
+        const bool isUtf8 = !line.contains(QLatin1String("\\351"));
+        if (QT_VERSION < QT_VERSION_CHECK(6, 0, 0) || isUtf8)
+            QVERIFY2(done.out == out && done.err.isEmpty(), done.describe());
+        else // Qt 6 can open no such file: nothing else may be opened instead
+            QVERIFY2(done.out.isEmpty() && done.err.contains("must be UTF-8"), done.describe());
     }
 
     void resources()

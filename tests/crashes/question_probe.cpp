@@ -15,10 +15,11 @@
 
 #include <QCoreApplication>
 #include <QTemporaryDir>
-#include <QTextStream>
 
 #include <cstdio>
 #include <functional>
+#include <iostream>
+#include <string>
 
 using namespace nivora::cs;
 
@@ -129,11 +130,9 @@ int main(int argc, char **argv)
     if (!factory->initCoordSystemEnvironment())
         return 2;
     CoordSysFactory::setDefaultCoordSysFactory(factory);
-    QTextStream in(stdin);
-    in.setCodec("UTF-8");
-    for (QString line; in.readLineInto(&line);) {
-        tell("= " + line.toUtf8() + '\n');
-        askAll(line);
+    for (std::string line; std::getline(std::cin, line);) {
+        tell("= " + QByteArray::fromStdString(line) + '\n');
+        askAll(QString::fromStdString(line));
     }
     tell(".\n");
     return 0;

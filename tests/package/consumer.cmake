@@ -45,6 +45,25 @@ run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/cmake -G ${GENERATOR}
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/cmake)
 says("ok\n" ${WORK_DIR}/cmake/consumer)
 
+# A program of the other version of Qt is told why it cannot have the library.
+set(other 6)
+if(QT EQUAL 6)
+    set(other 5)
+endif()
+file(WRITE ${WORK_DIR}/other/CMakeLists.txt "cmake_minimum_required(VERSION 3.22)
+project(other LANGUAGES CXX)
+find_package(Qt${other} QUIET COMPONENTS Core)
+set(QT_VERSION_MAJOR ${other}) # also where that version is not installed
+find_package(NivoraCs REQUIRED)
+")
+execute_process(COMMAND ${CMAKE_COMMAND} -S ${WORK_DIR}/other -B ${WORK_DIR}/other/build -G ${GENERATOR}
+        -D CMAKE_CXX_COMPILER=${COMPILER} -D CMAKE_PREFIX_PATH=${prefix} -D CMAKE_FIND_USE_PACKAGE_REGISTRY=OFF
+    RESULT_VARIABLE status ERROR_VARIABLE said)
+string(REGEX REPLACE "[ \n]+" " " said "${said}")
+if(status EQUAL 0 OR NOT said MATCHES "built with Qt ${QT} and cannot be used in a program with Qt ${other}")
+    message(FATAL_ERROR "a program with Qt ${other} was told (${status}): ${said}")
+endif()
+
 set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIBDIR}/pkgconfig")
 pkg_config(flags --cflags --libs nivora-cs)
 pkg_config(resources --variable=resourcedir nivora-cs)

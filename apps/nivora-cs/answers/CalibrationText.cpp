@@ -74,7 +74,7 @@ QString aligned(const QVector<QStringList> &table)
         for (int column = 0; column < row.size(); ++column) {
             int width = 0;
             for (const QStringList &other : table)
-                width = std::max(width, other.at(column).size());
+                width = std::max(width, static_cast<int>(other.at(column).size()));
             text += column == 0 ? row.at(0).leftJustified(width)
                                 : QStringLiteral("  ") + row.at(column).rightJustified(width);
         }

@@ -74,8 +74,9 @@ public:
     int run()
     {
         const QList<QByteArray> lines = m_bytes.split('\n');
-        QTextStream stream(m_bytes);
-        stream.setCodec(m_codec.constData());
+        QTextCodec *const written = QTextCodec::codecForName(m_codec);
+        QString text = QTextCodec::codecForUtfText(m_bytes, written)->toUnicode(m_bytes);
+        QTextStream stream(&text, QIODevice::ReadOnly);
         MapinfoPrjReader reader(&stream);
         QObject::connect(&reader, &MapinfoPrjReader::captured, &reader, [&] {
             m_line = reader.currentLineNumber();
