@@ -38,6 +38,8 @@ public:
     QString name() const;
     /// What its heights are.
     Height height() const;
+    /// Its frame moves against the plates (ITRF2014, WGS 84), so that coordinates hold at an epoch alone.
+    bool isDynamic() const;
     /// x and y are degrees, x the longitude.
     bool isGeographic() const;
     QString verticalName() const;  ///< "EGM96 height"; empty unless Own

@@ -633,10 +633,6 @@ Examples:
         <translation>Ветвь записи, по умолчанию «Каталог».</translation>
     </message>
     <message>
-        <source>--epoch takes a decimal year such as 2024.5, not &quot;%1&quot;</source>
-        <translation>--epoch принимает год с дробной частью, например 2024.5, а не «%1»</translation>
-    </message>
-    <message>
         <source>When the points were measured, in decimal years.</source>
         <translation>Когда измерены точки, в годах с дробной частью.</translation>
     </message>
@@ -1831,10 +1827,6 @@ Examples:
         <translation>Рассказать, какая операция применяется для точек файлов, в точке --at или в общей области и какие в других местах; точки не пишутся. all: всё.</translation>
     </message>
     <message>
-        <source>With --explain: a point of the input&apos;s system.</source>
-        <translation>С --explain: точка системы входа.</translation>
-    </message>
-    <message>
         <source>With --explain: a JSON object.</source>
         <translation>С --explain: объект JSON.</translation>
     </message>
@@ -1935,10 +1927,6 @@ Examples:
     <message>
         <source>x, y, z and a year are needed</source>
         <translation>нужны x, y, z и год</translation>
-    </message>
-    <message>
-        <source>x, y and z are needed</source>
-        <translation>нужны x, y и z</translation>
     </message>
     <message>
         <source>found without &quot;%1&quot;</source>
@@ -2468,6 +2456,34 @@ N S E W или С Ю В З. Сначала x, если буквы не гово�
     <message>
         <source>texts and names of files must be UTF-8 here: %1</source>
         <translation>тексты и имена файлов здесь должны быть в UTF-8: %1</translation>
+    </message>
+    <message>
+        <source>--%1 takes a decimal year such as 2024.5, not &quot;%2&quot;</source>
+        <translation>--%1: десятичный год, например 2024.5, а не «%2»</translation>
+    </message>
+    <message>
+        <source>When the output&apos;s coordinates shall hold, where that is another year.</source>
+        <translation>На какой год нужны координаты результата, если он другой.</translation>
+    </message>
+    <message>
+        <source>With --explain: a point of the input&apos;s system; X,Y,Z with --z.</source>
+        <translation>С --explain: точка в системе входных данных; с --z – X,Y,Z.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is no X,Y or X,Y,Z</source>
+        <translation>«%1» – не X,Y и не X,Y,Z</translation>
+    </message>
+    <message>
+        <source>without geometry there is no %1, but %2</source>
+        <translation>без геометрии нет %1, есть %2</translation>
+    </message>
+    <message>
+        <source>the format holds %1 alone, and GDAL converts into it; --to %2 does so by an operation that is told and can be chosen</source>
+        <translation>формат хранит только %1, и GDAL пересчитывает в неё; --to %2 сделает это операцией, которая названа и может быть выбрана</translation>
+    </message>
+    <message>
+        <source>x, y and z are needed; --decimal-comma for commas in numbers</source>
+        <translation>нужны x, y и z; запятые в числах – с --decimal-comma</translation>
     </message>
 </context>
 </TS>

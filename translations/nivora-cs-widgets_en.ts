@@ -597,5 +597,46 @@
         <source>h известная, м</source>
         <translation>known h, m</translation>
     </message>
+    <message>
+        <source>без сдвига датума, до сотен метров</source>
+        <translation>without the shift of the datum, up to hundreds of metres</translation>
+    </message>
+    <message>
+        <source>точность неизвестна</source>
+        <translation>accuracy unknown</translation>
+    </message>
+    <message>
+        <source>до %1</source>
+        <translation>to %1</translation>
+    </message>
+    <message>
+        <source>файл %1</source>
+        <translation>file %1</translation>
+    </message>
+    <message>
+        <source>зависит от эпохи координат</source>
+        <translation>depends on the epoch of the coordinates</translation>
+    </message>
+    <message>
+        <source>Операция &amp;пересчёта:</source>
+        <translation>&amp;Operation:</translation>
+    </message>
+    <message>
+        <source>Операция пересчёта</source>
+        <translation>Operation</translation>
+    </message>
+    <message>
+        <source>Об операции пересчёта</source>
+        <translation>About the operation</translation>
+    </message>
+    <message>
+        <source>PROJ выбирает по месту</source>
+        <translation>PROJ chooses by place</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <comment>operation: its accuracy</comment>
+        <translation>%1: %2</translation>
+    </message>
 </context>
 </TS>

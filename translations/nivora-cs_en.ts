@@ -1081,5 +1081,9 @@
         <source>градусы, минуты и секунды одним числом</source>
         <translation>degrees, minutes and seconds in one number</translation>
     </message>
+    <message>
+        <source>Координаты на эпоху %1 нельзя перевести на эпоху %2: обе системы («%3» и «%4») движутся относительно плит, а как двигались точки, неизвестно</source>
+        <translation>Coordinates of epoch %1 cannot be moved to epoch %2: both systems (&quot;%3&quot; and &quot;%4&quot;) move against the plates, and how the points moved is unknown</translation>
+    </message>
 </context>
 </TS>

@@ -119,6 +119,7 @@ public:
     bool isPlaceText = false;                  ///< the search text is coordinates
     Kinds kinds = AnyKind;                     ///< that the host takes
     CoordSystemPtr given;                      ///< by setCoordSystem(), until another is chosen
+    CoordSystemPtr target;                     ///< that the host transforms into, null for none
     CoordSystemPtr system;                     ///< the choice; null while settling and when it cannot be made
     QVector<QPersistentModelIndex> neighbours; ///< rows by the id on the map
 };
@@ -172,6 +173,7 @@ void CoordSystemPicker::Private::connectRest()
     connect(ui.map, &WorldMap::placeClicked, q, &CoordSystemPicker::filterByPoint);
     connect(ui.placeKind, QOverload<int>::of(&QComboBox::activated), q, [this] { applyPlace(); });
     connect(ui.point, &QLineEdit::textEdited, q, [this] { applyPlace(); });
+    connect(ui.operations, &OperationPicker::choiceChanged, q, &CoordSystemPicker::operationChanged);
     connect(ui.save, &QPushButton::clicked, q, [this] { save(); });
     connect(ui.calibrate, &QPushButton::clicked, q, [this] { calibrate(); });
     connect(ui.guess, &QPushButton::clicked, q, [this] { guess(); });
@@ -274,6 +276,8 @@ void CoordSystemPicker::Private::settle()
     ui.map->setArea(current.facts.area);
     showNeighbours(currentRow());
     ui.save->setEnabled(system != nullptr);
+    if (target)
+        ui.operations->setSystems(system, target);
     Q_EMIT q->choiceChanged();
 }
 
@@ -561,6 +565,26 @@ void CoordSystemPicker::setCoordSystem(const CoordSystemPtr &cs)
     d->ui.tree->scrollTo(row, QAbstractItemView::PositionAtCenter);
     d->given = cs; // itself: a row's system lacks its name, bounds and affine transformation
     d->changed();
+}
+
+void CoordSystemPicker::setTarget(const CoordSystemPtr &target)
+{
+    d->target = target;
+    d->ui.operations->setVisible(target != nullptr);
+    d->ui.operations->setSystems(target ? coordSystem() : nullptr, target);
+}
+
+OperationChoice CoordSystemPicker::operationChoice() const
+{
+    if (!d->target)
+        return {};
+    d->ui.operations->setSystems(coordSystem(), d->target);
+    return d->ui.operations->choice();
+}
+
+void CoordSystemPicker::setOperationChoice(const OperationChoice &choice)
+{
+    d->ui.operations->setChoice(choice);
 }
 
 QString CoordSystemPicker::searchText() const { return d->ui.search->text(); }

@@ -3,6 +3,7 @@
 #include <widgets/widgets_export.h>
 
 #include <coordsys/CoordSystemTypes.h>
+#include <coordsys/OperationChoice.h>
 
 #include <QPointF>
 #include <QRectF>
@@ -57,6 +58,15 @@ public:
     /// False when nothing is selected, or what is selected cannot be made. A selection not yet tried counts.
     bool canChoose() const;
 
+    /// The system that the host will transform into, such as that of its map: below the details the user may
+    /// choose the operation then. Null, which is the default, takes that away.
+    void setTarget(const CoordSystemPtr &target);
+    /// By which operation points go from coordSystem() into the target; PROJ's own choice when the user chose
+    /// none, or what was chosen does not fit. For CoordTransform; a host keeps it as text.
+    OperationChoice operationChoice() const;
+    /// What was chosen before. Kept for the first system that it fits.
+    void setOperationChoice(const OperationChoice &choice);
+
     /// What stands in the search line.
     QString searchText() const;
     /// As if typed or pasted.
@@ -78,6 +88,8 @@ public:
 Q_SIGNALS:
     /// Another system, or none, is chosen, or canChoose() has changed.
     void choiceChanged();
+    /// The user has chosen another operation, or another system took the chosen one away.
+    void operationChanged();
     /// The user has decided: Enter or a double click on a system that can be made.
     void activated();
 

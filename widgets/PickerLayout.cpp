@@ -49,6 +49,7 @@ PickerLayout::PickerLayout(QWidget *owner, QAbstractItemModel &treeModel, QAbstr
     , count(new QLabel)
     , map(new WorldMap)
     , details(new SystemDetails)
+    , operations(new OperationPicker)
     , save(new QPushButton(WidgetTexts::tr("Сохранить как &мою систему…")))
     , calibrate(new QPushButton(WidgetTexts::tr("По &точкам…")))
     , guess(new QPushButton(WidgetTexts::tr("По моим &данным…")))
@@ -70,8 +71,8 @@ PickerLayout::PickerLayout(QWidget *owner, QAbstractItemModel &treeModel, QAbstr
     layout->addLayout(searchRow());
     layout->addWidget(splitter, 1);
     owner->setFocusProxy(search);
-    QWidget *const order[] = {search,  placeKind, point, withdrawn, tree, results,
-                              message, details,   save,  calibrate, guess};
+    QWidget *const order[] = {search,  placeKind, point,      withdrawn, tree,      results,
+                              message, details,   operations, save,      calibrate, guess};
     for (std::size_t i = 1; i < std::size(order); ++i)
         QWidget::setTabOrder(order[i - 1], order[i]);
 }
@@ -163,6 +164,8 @@ QWidget *PickerLayout::rightSide()
     scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setWidget(details);
     layout->addWidget(scroll, 1);
+    layout->addWidget(operations);
+    operations->hide();
     auto *own = new QGridLayout; // two rows: the list needs the width on small screens
     own->addWidget(save, 0, 0, 1, 2);
     own->addWidget(calibrate, 1, 0);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <widgets/OperationPicker.h>
 #include <widgets/SystemDetails_p.h>
 #include <widgets/WorldMap_p.h>
 
@@ -39,6 +40,7 @@ public:
     QLabel *count;
     WorldMap *map;
     SystemDetails *details;
+    OperationPicker *operations; ///< hidden until there is a system to go to
     QPushButton *save;
     QPushButton *calibrate;
     QPushButton *guess;

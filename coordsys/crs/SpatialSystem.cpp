@@ -16,6 +16,7 @@ struct NIVORA_CS_NO_EXPORT SpatialSystem::Data
     QString name;
     Height height = Height::None;
     bool isGeographic = false;
+    bool isDynamic = false;
     QString verticalName;
     QString verticalDatum;
     QString verticalUnit;
@@ -67,12 +68,24 @@ Axis lastAxis(PJ_CONTEXT *context, const PJ *crs)
     return axis;
 }
 
+/// An ensemble has the members' nature, and they have one.
+bool hasDynamicDatum(PJ_CONTEXT *context, const PJ *root)
+{
+    const PjHandle base = ownPj(proj_crs_get_geodetic_crs(context, root));
+    const PjHandle ensemble = base ? ownPj(proj_crs_get_datum_ensemble(context, base.get())) : nullptr;
+    const PjHandle datum = ensemble ? ownPj(proj_datum_ensemble_get_member(context, ensemble.get(), 0))
+                           : base   ? ownPj(proj_crs_get_datum(context, base.get()))
+                                    : nullptr;
+    return datum && proj_get_type(datum.get()) == PJ_TYPE_DYNAMIC_GEODETIC_REFERENCE_FRAME;
+}
+
 } // namespace
 
 /// From PROJ's object. False for what has neither a horizontal part nor a middle of the earth.
 bool SpatialSystem::Data::read(PJ_CONTEXT *context, const PJ *root)
 {
     name = QString::fromUtf8(proj_get_name(root));
+    isDynamic = hasDynamicDatum(context, root);
     const PjHandle crs = sourceOfBoundCrs(context, root);
     const bool isCompound = proj_get_type(crs.get()) == PJ_TYPE_COMPOUND_CRS;
     const PjHandle vertical = isCompound ? ownPj(proj_crs_get_sub_crs(context, crs.get(), 1)) : nullptr;
@@ -130,6 +143,8 @@ QString SpatialSystem::definition() const { return m_data->definition; }
 QString SpatialSystem::name() const { return m_data->name; }
 
 SpatialSystem::Height SpatialSystem::height() const { return m_data->height; }
+
+bool SpatialSystem::isDynamic() const { return m_data->isDynamic; }
 
 bool SpatialSystem::isGeographic() const { return m_data->isGeographic; }
 

@@ -2,8 +2,10 @@
 
 #include "AreaOfUse_p.h"
 #include "ChosenOperation_p.h"
+#include "CodedError_p.h"
 #include "CrsParts_p.h"
 #include "OperationPool_p.h"
+#include "SearchContext_p.h"
 #include "TransformOperations_p.h"
 
 #include <proj_experimental.h>
@@ -23,9 +25,8 @@ using Height = SpatialSystem::Height;
 
 /// The system as it takes part: without heights when they pass through, with ellipsoidal ones beside a
 /// geocentric system.
-PjHandle endOf(const SpatialSystem &system, const SpatialSystem &other, bool withHeights)
+PjHandle endOf(PJ_CONTEXT *context, const SpatialSystem &system, const SpatialSystem &other, bool withHeights)
 {
-    PJ_CONTEXT *context = globalProjContext();
     PjHandle crs = ownPj(proj_create(context, system.definition().toUtf8().constData()));
     if (crs && !withHeights)
         return horizontalPart(context, crs.get());
@@ -76,6 +77,21 @@ QString missingFiles(PJ_CONTEXT *context, const PJ *source, const PJ *target)
     return {};
 }
 
+/// What operationEpoch() gives; \p clash is set where it throws.
+std::optional<double> epochBetween(bool fromMoves, bool toMoves, std::optional<double> epoch,
+                                   std::optional<double> wanted, bool &clash)
+{
+    clash = fromMoves && toMoves && epoch && wanted && *epoch != *wanted;
+    const bool isOfTarget = toMoves && !fromMoves;
+    const std::optional<double> first = isOfTarget ? wanted : epoch;
+    return first ? first : isOfTarget ? epoch : wanted;
+}
+
+std::optional<double> yearAt(const double *years, std::size_t i)
+{
+    return years && std::isfinite(years[i]) ? std::make_optional(years[i]) : std::nullopt;
+}
+
 /// PROJ's own choice at each place; empty when it knows no way.
 ProjOperation usualStep(PJ_CONTEXT *context, const PJ *begin, const PJ *end)
 {
@@ -94,9 +110,16 @@ struct NIVORA_CS_NO_EXPORT SpatialTransform::Impl
 {
     Impl(const SpatialSystem &from, const SpatialSystem &to, const OperationChoice &choice);
     using Failed = std::vector<std::size_t>;
-    Failed convert(int direction, double *x, double *y, double *z, const double *t, std::size_t count,
-                   OperationTally *tally) const;
-    bool convert(int direction, SpatialPoint &point) const;
+    /// The coordinates of points and their epochs; those of time may be null.
+    struct Points
+    {
+        double *x, *y, *z;
+        const double *t, *wantedT;
+        std::size_t count;
+    };
+    Failed convert(int direction, const Points &points, OperationTally *tally) const;
+    bool convert(int direction, SpatialPoint &point, OperationTally *tally = nullptr) const;
+    QVector<TransformOperation> operations(OperationSet set) const;
 
     SpatialSystem source;
     SpatialSystem destination;
@@ -107,6 +130,7 @@ struct NIVORA_CS_NO_EXPORT SpatialTransform::Impl
 private:
     void describeMissing(PJ_CONTEXT *context, const PJ *from, const PJ *to);
     bool convertOne(const TransformQueue &queue, OperationWatch &watch, int direction, PJ_COORD &c) const;
+    bool settleTime(int direction, const Points &points, std::size_t i, double &time) const;
 };
 
 SpatialTransform::Impl::Impl(const SpatialSystem &from, const SpatialSystem &to,
@@ -117,8 +141,8 @@ SpatialTransform::Impl::Impl(const SpatialSystem &from, const SpatialSystem &to,
 {
     const QMutexLocker lock(globalProj4Mutex());
     PJ_CONTEXT *context = globalProjContext();
-    const PjHandle begin = endOf(from, to, withHeights);
-    const PjHandle end = endOf(to, from, withHeights);
+    const PjHandle begin = endOf(context, from, to, withHeights);
+    const PjHandle end = endOf(context, to, from, withHeights);
     auto queue = std::make_shared<TransformQueue>();
     if (begin && end)
         queue->first = choice.isDefault() ? usualStep(context, begin.get(), end.get())
@@ -161,39 +185,76 @@ bool SpatialTransform::Impl::convertOne(const TransformQueue &queue, OperationWa
     return works && (!withHeights || !leavesGeoidOut(*watch.lastUsed(queue)[0]));
 }
 
-SpatialTransform::Impl::Failed SpatialTransform::Impl::convert(int direction, double *x, double *y, double *z,
-                                                               const double *t, std::size_t count,
+/// False for two epochs that nothing joins.
+bool SpatialTransform::Impl::settleTime(int direction, const Points &points, std::size_t i,
+                                        double &time) const
+{
+    const bool isForward = direction == PJ_FWD;
+    bool clash = false;
+    const auto epoch = epochBetween((isForward ? source : destination).isDynamic(),
+                                    (isForward ? destination : source).isDynamic(), yearAt(points.t, i),
+                                    yearAt(points.wantedT, i), clash);
+    time = epoch.value_or(HUGE_VAL); // which is none for PROJ
+    return !clash;
+}
+
+SpatialTransform::Impl::Failed SpatialTransform::Impl::convert(int direction, const Points &points,
                                                                OperationTally *tally) const
 {
     const PoolLease engine(*pool);
     std::unique_ptr<OperationWatch> spare;
     OperationWatch &watch = engine.watch(spare);
     Failed failed;
-    for (std::size_t i = 0; i < count; ++i) {
-        const double time = t && std::isfinite(t[i]) ? t[i] : HUGE_VAL;
-        PJ_COORD c = proj_coord(x[i], y[i], z[i], time);
-        if (convertOne(engine.queue(), watch, direction, c)) {
+    for (std::size_t i = 0; i < points.count; ++i) {
+        double time = HUGE_VAL;
+        const bool hasTime = settleTime(direction, points, i, time);
+        PJ_COORD c = proj_coord(points.x[i], points.y[i], points.z[i], time);
+        if (hasTime && convertOne(engine.queue(), watch, direction, c)) {
             if (tally)
                 tally->add(*watch.lastUsed(engine.queue())[0], 1);
         } else {
             c = proj_coord(NAN, NAN, NAN, time);
             failed.push_back(i);
         }
-        x[i] = c.v[0];
-        y[i] = c.v[1];
-        z[i] = c.v[2];
+        points.x[i] = c.v[0];
+        points.y[i] = c.v[1];
+        points.z[i] = c.v[2];
     }
     return failed;
 }
 
-bool SpatialTransform::Impl::convert(int direction, SpatialPoint &point) const
+bool SpatialTransform::Impl::convert(int direction, SpatialPoint &point, OperationTally *tally) const
 {
     SpatialPoint moved = point;
     const double time = point.t.value_or(std::numeric_limits<double>::quiet_NaN());
-    if (!convert(direction, &moved.x, &moved.y, &moved.z, &time, 1, nullptr).empty())
+    const double wanted = point.wantedT.value_or(std::numeric_limits<double>::quiet_NaN());
+    if (!convert(direction, {&moved.x, &moved.y, &moved.z, &time, &wanted, 1}, tally).empty())
         return false;
     point = moved;
     return true;
+}
+
+QVector<TransformOperation> SpatialTransform::Impl::operations(OperationSet set) const
+{
+    const SearchContext context;
+    const PjHandle begin = endOf(context.get(), source, destination, withHeights);
+    const PjHandle end = endOf(context.get(), destination, source, withHeights);
+    return begin && end ? operationsBetween(context.get(), begin.get(), end.get(), set)
+                        : QVector<TransformOperation>();
+}
+
+std::optional<double> operationEpoch(const SpatialSystem &from, const SpatialSystem &to,
+                                     std::optional<double> epoch, std::optional<double> wantedEpoch)
+{
+    bool clash = false;
+    const auto result = epochBetween(from.isDynamic(), to.isDynamic(), epoch, wantedEpoch, clash);
+    if (clash)
+        throwCoded<std::logic_error>(
+            Error::Code::NoOperation,
+            QObject::tr("Координаты на эпоху %1 нельзя перевести на эпоху %2: обе системы («%3» и «%4») "
+                        "движутся относительно плит, а как двигались точки, неизвестно")
+                .arg(QString::number(*epoch), QString::number(*wantedEpoch), from.name(), to.name()));
+    return result;
 }
 
 SpatialTransform::SpatialTransform(const SpatialSystem &from, const SpatialSystem &to)
@@ -217,16 +278,49 @@ bool SpatialTransform::transformsHeights() const { return m_impl->withHeights; }
 
 QString SpatialTransform::missingHeights() const { return m_impl->missing; }
 
+QVector<TransformOperation> SpatialTransform::operations() const
+{
+    return m_impl->operations(OperationSet::Working);
+}
+
+std::optional<TransformOperation> SpatialTransform::operationAt(const SpatialPoint &point) const
+{
+    SpatialPoint moved = point;
+    OperationTally tally;
+    if (!m_impl->convert(PJ_FWD, moved, &tally))
+        return std::nullopt;
+    return tally.uses().constFirst().operation;
+}
+
+QVector<GridOffer> SpatialTransform::gridOffers() const
+{
+    return offersBetween(m_impl->operations(OperationSet::Working), m_impl->operations(OperationSet::Known));
+}
+
 std::vector<std::size_t> SpatialTransform::forward(double *x, double *y, double *z, const double *t,
                                                    std::size_t count, OperationTally *tally) const
 {
-    return m_impl->convert(PJ_FWD, x, y, z, t, count, tally);
+    return m_impl->convert(PJ_FWD, {x, y, z, t, nullptr, count}, tally);
 }
 
 std::vector<std::size_t> SpatialTransform::inverse(double *x, double *y, double *z, const double *t,
                                                    std::size_t count, OperationTally *tally) const
 {
-    return m_impl->convert(PJ_INV, x, y, z, t, count, tally);
+    return m_impl->convert(PJ_INV, {x, y, z, t, nullptr, count}, tally);
+}
+
+std::vector<std::size_t> SpatialTransform::forward(double *x, double *y, double *z, const double *t,
+                                                   const double *wantedT, std::size_t count,
+                                                   OperationTally *tally) const
+{
+    return m_impl->convert(PJ_FWD, {x, y, z, t, wantedT, count}, tally);
+}
+
+std::vector<std::size_t> SpatialTransform::inverse(double *x, double *y, double *z, const double *t,
+                                                   const double *wantedT, std::size_t count,
+                                                   OperationTally *tally) const
+{
+    return m_impl->convert(PJ_INV, {x, y, z, t, wantedT, count}, tally);
 }
 
 bool SpatialTransform::forward(SpatialPoint &point) const { return m_impl->convert(PJ_FWD, point); }

@@ -361,9 +361,14 @@ QVector<TransformOperation> CoordTransform::operations() const
 
 QVector<GridOffer> CoordTransform::gridOffers() const
 {
-    const QVector<TransformOperation> working = operations();
+    return offersBetween(operations(), operationsOf(*this, OperationSet::Known));
+}
+
+QVector<GridOffer> offersBetween(const QVector<TransformOperation> &working,
+                                 const QVector<TransformOperation> &all)
+{
     QVector<GridOffer> offers;
-    for (const TransformOperation &known : operationsOf(*this, OperationSet::Known)) {
+    for (const TransformOperation &known : all) {
         if (known.isUsable())
             continue;
         const GridOffer offer(known, bestAccuracy(working, known));

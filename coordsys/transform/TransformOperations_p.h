@@ -1,6 +1,7 @@
 #pragma once
 
 #include <coordsys/CoordSystemTypes.h>
+#include <coordsys/GridOffer.h>
 #include <coordsys/ProjEngine.h>
 #include <coordsys/TransformOperation.h>
 
@@ -41,6 +42,10 @@ std::shared_ptr<const TransformOperation> singleOperation(PJ_CONTEXT *context, c
 /// The operation that an object took for the last point, whether or not it has a choice. Needs the lock of
 /// the context.
 TransformOperation lastUsedOperation(PJ_CONTEXT *context, PJ *object);
+
+/// What files that are missing would give, beside what works.
+QVector<GridOffer> offersBetween(const QVector<TransformOperation> &working,
+                                 const QVector<TransformOperation> &all);
 
 /// Two steps of a way as one.
 TransformOperation joined(const TransformOperation &first, const TransformOperation &second);

@@ -117,7 +117,7 @@ private Q_SLOTS:
         };
         row("affine.mif o.kml", "affine transformation", 0);
         row("points.csv o.csv --from 4326", "no coordinate system", 0);
-        row("points.csv o.kml --from 4326 --to 32637", "another system", 0);
+        row("points.csv o.kml --from 4326 --to 32637", "GDAL converts into it", 0);
         row("shapes.csv o.mif --from 4326", "no measures", 0);
         row("surface.csv o.mif --from 4326", "no surfaces", 0);
         row("mixed.csv o.shp --from 4326", "cannot be written", 1);

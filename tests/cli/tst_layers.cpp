@@ -141,6 +141,53 @@ private Q_SLOTS:
         QVERIFY2(all.contains(expected.toUtf8()) && all.contains(further.toUtf8()), all + run.describe());
     }
 
+    void heightLines_data()
+    {
+        const support::Columns<QString, QByteArray, QByteArray> row; // arguments, input, output; "" refused
+        const QString toGeoid = QStringLiteral("--from 4979 --to 4326+5773 ");
+        row("degrees, y first", toGeoid + QLatin1String("--dms=1 --letters ru --skip 1"),
+            "10 50 100\n50d30'N 10d30'E 100 a", "10 50 100\n10°30'00.0\"В 50°30'00.0\"С 52.6897 a\n");
+        row("decimal commas", toGeoid + QLatin1String("--precision 1 --decimal-comma"), "10,5 50,5 100,25",
+            "10.5 50.5 52.9397\n");
+        row("a doubtful comma", toGeoid, "10 50 100,25", "* * * 10 50 100,25\n");
+        row("commas between", toGeoid + QLatin1String("--precision 0"), "10,50,100,25", "10,50,51.9706,25\n");
+        row("quotes of tables", toGeoid + QLatin1String("--csv --dms=0"), "x,y,z\n10,50,100",
+            "x,y,z\n\"10°00'00\"\"E\",\"50°00'00\"\"N\",51.9706\n");
+        row("no degrees", "--from 4979 --to 4978 --dms", "10 50 100", "");
+        row("years of both ends", "--from 7844 --to 9000 --to-epoch 2030 --epoch 2010 --precision 9",
+            "134 -25 1", "134.000003105 -24.999994689 1.0000\n");
+        row("years apart", "--from 9000 --to 9990 --to-epoch 2030 --epoch 2010", "134 -25 1", "");
+        row("years apart, by line", "--from 9000 --to 9990 --to-epoch 2030 --t", "134 -25 1 2010",
+            "* * * 2010\n");
+        row("strict", "--from 4326 --to '+proj=longlat +ellps=bessel' --strict", "10 50 100", "");
+    }
+    void heightLines()
+    {
+        const auto [arguments, input, output] = support::row<QString, QByteArray, QByteArray>();
+        write("p.txt", input);
+        const CliRun run = runShell(
+            QStringLiteral("nivora-cs transform --z ") + arguments + QStringLiteral(" p.txt"), m_dir.path());
+        if (output.isEmpty())
+            QVERIFY2(run.status == 2 && run.out.isEmpty(), run.describe());
+        else
+            QCOMPARE(run.out, output);
+    }
+
+    void heightsExplained()
+    {
+        const auto explain = [this](const char *arguments) {
+            return runShell(QStringLiteral("nivora-cs transform --z --explain ") + QLatin1String(arguments),
+                            m_dir.path());
+        };
+        const CliRun here = explain("--from 4979 --to 4326+5773 --at 10,50,3");
+        QVERIFY2(here.out.startsWith("Used at 10, 50:\n    WGS 84 to EGM96 height (1): good to 1 m"),
+                 here.describe());
+        const CliRun missing = explain("--from 4979 --to EPSG:9518");
+        QVERIFY2(missing.out.contains("us_nga_egm08_25.tif"), missing.describe());
+        QVERIFY(explain("--from 4978 --to 4258 --json").out.contains("\"heights\": null"));
+        QVERIFY(explain("--from 4978 --to 4258 --at 1,2,3,4").isRefusal(QStringLiteral("X,Y,Z")));
+    }
+
     // Text above the geoid in a table, its columns where they were; what names no operation with heights.
     void heightColumns()
     {

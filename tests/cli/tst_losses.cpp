@@ -147,6 +147,35 @@ private Q_SLOTS:
         QVERIFY2(run.out.contains("\"id\": 7"), run.describe());
     }
 
+    // Numbers that are stated, a layer without any geometry, arcs that are split where they bend.
+    void kept()
+    {
+        const QTemporaryDir dir;
+        support::writeFile(
+            dir.filePath(QStringLiteral("i.geojson")),
+            R"({"type":"FeatureCollection","features":[{"type":"Feature","id":17,"properties":{},)"
+            R"("geometry":null},{"type":"Feature","id":5,"properties":{},"geometry":null}]})");
+        support::writeFile(dir.filePath(QStringLiteral("t.csv")), "n,m\nx,y\n");
+        support::writeFile(dir.filePath(QStringLiteral("c.csv")),
+                           "n,WKT\n1,\"CIRCULARSTRING(0 0,100000 100000,200000 0)\"\n");
+        const auto convert = [&dir](const char *arguments) {
+            return runShell(QStringLiteral("nivora-cs convert ") + QLatin1String(arguments), dir.path());
+        };
+        const CliRun numbers =
+            convert("i.geojson i.gpkg && nivora-cs convert i.gpkg j.geojson && cat j.geojson");
+        QVERIFY2(numbers.out.contains("\"id\": 17") && numbers.out.contains("\"id\": 5"), numbers.describe());
+        const CliRun table = convert("t.csv t.shp");
+        QVERIFY2(table.status == 0 && table.err.contains("t.dbf"), table.describe());
+        QVERIFY(QFile::exists(dir.filePath(QStringLiteral("t.dbf"))));
+        QCOMPARE(convert("t.csv t.shp --overwrite").status, 0);
+        const CliRun arcs = convert("--from 3857 --to 32631 --segmentize 1 c.csv c.gpkg && "
+                                    "nivora-cs convert c.gpkg d.geojson && cat d.geojson");
+        QVERIFY2(arcs.status == 0 && arcs.out.contains("\"LineString\"") && arcs.out.count("], [") > 100,
+                 arcs.describe());
+        const CliRun kml = convert("--from 3857 c.csv c.kml");
+        QVERIFY2(kml.isRefusal(QStringLiteral("GDAL converts into it; --to 4326")), kml.describe());
+    }
+
     void tables_data()
     {
         // A table, further arguments, what the GeoJSON holds then.

@@ -120,6 +120,25 @@ private Q_SLOTS:
         QCOMPARE(QString::fromUtf8(run.out).simplified(), changed);
     }
 
+    // Missing grids are fetched when an argument says so; what the environment says is for other programs.
+    void networkOfGrids()
+    {
+        const Listener listener;
+        const QTemporaryDir dir;
+        const auto transform = [&](const char *option) {
+            return runShell(
+                QStringLiteral("echo 10 50 100 | PROJ_NETWORK=ON PROJ_USER_WRITABLE_DIRECTORY=. "
+                               "PROJ_NETWORK_ENDPOINT=http://%1 timeout 3 nivora-cs transform --z "
+                               "--from 4979 --to EPSG:9518 %2")
+                    .arg(QString::fromUtf8(listener.address()), QLatin1String(option)),
+                dir.path());
+        };
+        const bool isInstalled = transform("").status == 0;
+        QVERIFY(!listener.wasAsked());
+        transform("--network"); // nobody answers, so it ends by the time limit
+        QVERIFY(isInstalled || listener.wasAsked());
+    }
+
     // What a file says does not send the program anywhere; an argument does.
     void network()
     {

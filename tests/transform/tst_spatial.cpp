@@ -3,6 +3,8 @@
 #include <coordsys/GridFolders.h>
 #include <coordsys/SpatialTransform.h>
 
+#include <QtMath>
+
 using namespace nivora::cs;
 
 /// Heights and epochs.
@@ -99,6 +101,108 @@ private Q_SLOTS:
         QCOMPARE(tally.uses().size(), 1);
         QVERIFY(std::hypot(chosen.x - usual.x, chosen.y - usual.y, chosen.z - usual.z) < 20.0 &&
                 chosen.z != 100.0);
+    }
+
+    // Guidance Note 7-2 of EPSG, 2.2.1 and 2.4.3: a place of the North Sea, and two ways of turning WGS 72.
+    // Its figures have two decimals, those of angles three of a second.
+    void published_data()
+    {
+        const support::Columns<QString, QString, QString, QVector<double>, QVector<double>, double> row;
+        const double north = 53 + 48 / 60.0, east = 2 + 7 / 60.0, asec = 1 / 3600.0;
+        const QVector<double> sea{east + 46.38 * asec, north + 33.82 * asec, 73.0};
+        const QVector<double> xyz{3771793.968, 140253.342, 5124304.349};
+        const QVector<double> wgs72{3657660.66, 255768.55, 5201382.11};
+        const QVector<double> wgs84{3657660.78, 255778.43, 5201387.75};
+        row("geocentric", "4979", "4978", "", sea, xyz, 1e-3);
+        row("geocentric, back", "4978", "4979", "", xyz, sea, 1e-3);
+        row("translations", "4978", "+proj=longlat +ellps=intl +towgs84=-84.87,-96.49,-116.95", "", xyz,
+            {east + 51.477 * asec, north + 36.565 * asec, 28.02}, 0.02);
+        row("position vector", "4984", "4978", "EPSG:1238", wgs72, wgs84, 0.01);
+    }
+    void published()
+    {
+        const auto [from, to, operation, place, image, off] =
+            support::row<QString, QString, QString, QVector<double>, QVector<double>, double>();
+        const SpatialTransform transform{SpatialSystem(from), SpatialSystem(to),
+                                         OperationChoice().withOperation(operation)};
+        SpatialPoint point{place[0], place[1], place[2], {}};
+        QVERIFY(transform.forward(point));
+        const double perDegree = transform.destination().isGeographic() ? 111000.0 : 1.0;
+        VERIFY_NEAR(QPointF(point.x, point.y) * perDegree, QPointF(image[0], image[1]) * perDegree, off);
+        VERIFY_NEAR(point.z, image[2], off);
+    }
+
+    // X = (N + h) cos B cos L and so on, over the whole earth, and back.
+    void geocentricEverywhere()
+    {
+        const SpatialTransform transform{SpatialSystem("4979"_s), SpatialSystem("4978"_s)};
+        constexpr double a = 6378137.0, f = 1 / 298.257223563, e2 = f * (2 - f);
+        for (double lon = -180; lon <= 180; lon += 45)
+            for (double lat = -90; lat <= 90; lat += 22.5)
+                for (const double h : {-10000.0, 0.0, 8848.0, 1e5}) {
+                    const double b = qDegreesToRadians(lat), l = qDegreesToRadians(lon);
+                    const double n = a / std::sqrt(1 - e2 * std::sin(b) * std::sin(b));
+                    SpatialPoint point{lon, lat, h, {}};
+                    QVERIFY(transform.forward(point));
+                    VERIFY_NEAR(QPointF(point.x, point.y),
+                                QPointF(std::cos(l), std::sin(l)) * (n + h) * std::cos(b), 1e-6);
+                    VERIFY_NEAR(point.z, (n * (1 - e2) + h) * std::sin(b), 1e-6);
+                    QVERIFY(transform.inverse(point));
+                    const double turned = std::remainder(point.x - lon, 360.0) * std::cos(b);
+                    VERIFY_NEAR(QPointF(turned, point.y), QPointF(0, lat), 1e-9);
+                    VERIFY_NEAR(point.z, h, 1e-4);
+                }
+    }
+
+    // The year of the moving frame counts; both moving, two years have nothing between them.
+    void epochsOfBothEnds_data()
+    {
+        const support::Columns<QString, QString, double, double, double> row; // NaN: none; 0: refused
+        row("from moving", "9000", "7844", 2010, 2030, 2010);
+        row("to moving", "7844", "9000", 2010, 2030, 2030);
+        row("to moving, given year alone", "7844", "9000", 2010, NAN, 2010);
+        row("neither", "4258", "7844", 2010, 2030, 2010);
+        row("both, one year", "9000", "9990", NAN, 2030, 2030);
+        row("both, the same", "9000", "EPSG:7789", 2030, 2030, 2030);
+        row("both, two years", "9000", "9990", 2010, 2030, 0);
+        row("of an ensemble", "EPSG:4326+5773", "9000", 2010, 2030, 0);
+    }
+    void epochsOfBothEnds()
+    {
+        const auto [fromText, toText, epoch, wanted, expected] =
+            support::row<QString, QString, double, double, double>();
+        const SpatialSystem from(fromText), to(toText);
+        const auto year = [](double value) {
+            return std::isnan(value) ? std::nullopt : std::make_optional(value);
+        };
+        const bool isRefused = expected == 0;
+        if (isRefused) {
+            VERIFY_THROWS_LIKE(std::logic_error, operationEpoch(from, to, year(epoch), year(wanted)),
+                               "Координаты на эпоху 2010 нельзя перевести на эпоху 2030");
+        } else {
+            QCOMPARE(operationEpoch(from, to, year(epoch), year(wanted)), year(expected));
+        }
+        const SpatialTransform transform(from, to);
+        double x[] = {134}, y[] = {-25}, z[] = {1};
+        SpatialPoint point{134, -25, 1, year(expected)};
+        QCOMPARE(transform.forward(x, y, z, &epoch, &wanted, 1).empty(), !isRefused);
+        QCOMPARE(transform.forward(point) && x[0] == point.x && y[0] == point.y && z[0] == point.z,
+                 !isRefused);
+    }
+
+    // What is used at a point is one of those that work, and what missing files would give is none of them.
+    void operations()
+    {
+        const SpatialTransform transform{SpatialSystem("EPSG:4326+5773"_s), SpatialSystem("4937"_s)};
+        const auto used = transform.operationAt({10, 50, 100, {}});
+        const auto all = transform.operations();
+        QVERIFY(used && std::any_of(all.begin(), all.end(), [&](const TransformOperation &one) {
+                    return one.name == used->name && one.isUsable();
+                }));
+        QVERIFY(!transform.operationAt({500, 95, 0, {}}));
+        for (const GridOffer &offer :
+             SpatialTransform(SpatialSystem("4979"_s), SpatialSystem("EPSG:9518"_s)).gridOffers())
+            QVERIFY(!offer.missing().isEmpty() && !offer.operation().isUsable());
     }
 
     // Twenty and no years of Australia's plate, 7 cm a year; per point.

@@ -1,20 +1,25 @@
 #include "Tests.h"
 
+#include <coordsys/CoordSysFactory.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemFilterModel.h>
+#include <coordsys/CoordTransform.h>
 #include <coordsys/MapinfoSearch.h>
 #include <coordsys/SystemSearch.h>
 #include <coordsys/UserCoordSystem.h>
 #include <support/Support.h>
 #include <widgets/CoordSystemDialog.h>
+#include <widgets/OperationPicker.h>
 #include <widgets/WidgetTranslations.h>
 
 #include <QAccessible>
 #include <QAccessibleInterface>
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSettings>
+#include <QSignalSpy>
 #include <QTreeView>
 
 #include <algorithm>
@@ -290,6 +295,57 @@ private Q_SLOTS:
             QVERIFY2(told.startsWith(QStringLiteral("%1 (%2)").arg(hits.first().name, hits.first().code)),
                      e.what());
         }
+    }
+
+    /// Every operation that works can be chosen, and the choice kept as text; what does not fit is not taken.
+    void operations()
+    {
+        const auto factory = support::shippedFactory();
+        const CoordSystemPtr target = factory->createFromEpsg(4326);
+        for (const char *code : {"27700", "28407", "4267", "2056", "32637"}) {
+            OperationPicker picker;
+            int told = 0;
+            connect(&picker, &OperationPicker::choiceChanged, this, [&told] { ++told; });
+            const QString system = QString::fromLatin1(code);
+            picker.setSystems(factory->createFromUserInput(system), target);
+            auto *list = picker.findChild<QComboBox *>();
+            QVERIFY(picker.choice().isDefault() && list->count() > 1);
+            for (int i = 1; i < list->count(); ++i) {
+                list->setCurrentIndex(i);
+                Q_EMIT list->activated(i);
+                QCOMPARE(told, i);
+                QVERIFY(list->itemText(i).startsWith(
+                    CoordTransform(factory->createFromUserInput(system), target, picker.choice())
+                        .operations()
+                        .at(i - 1)
+                        .shortName));
+                QCOMPARE(OperationChoice::fromText(picker.choice().toText()), picker.choice());
+            }
+        }
+    }
+
+    /// The chosen operation goes with the system that it fits.
+    void operationOfChoice()
+    {
+        const auto factory = support::shippedFactory();
+        CoordSystemPicker picker(factory);
+        QComboBox *list = picker.findChild<OperationPicker *>()->findChild<QComboBox *>();
+        const auto one = OperationChoice().withOperation(QStringLiteral("EPSG:1314"));
+        picker.setCoordSystem(factory->createFromEpsg(27700));
+        picker.setOperationChoice(one);
+        QVERIFY(list->isHidden() || !picker.isVisible());
+        QVERIFY(picker.operationChoice().isDefault()); // nobody goes anywhere
+        picker.setTarget(factory->createFromEpsg(4326));
+        QCOMPARE(picker.operationChoice(), one);
+        QSignalSpy told(&picker, &CoordSystemPicker::operationChanged);
+        picker.setOperationChoice(OperationChoice().withOperation(QStringLiteral("EPSG:1311")));
+        QCOMPARE(picker.operationChoice(), one); // of another pair
+        picker.setCoordSystem(factory->createFromEpsg(28407));
+        QVERIFY(picker.operationChoice().isDefault());
+        QCOMPARE(told.size(), 1);
+        picker.setCoordSystem(nullptr);
+        QVERIFY(picker.operationChoice().isDefault());
+        QCOMPARE(list->count(), 1);
     }
 
     /// A screen reader has a name for whatever gets the focus, and no text is left in the wrong language.

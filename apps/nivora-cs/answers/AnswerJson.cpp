@@ -91,8 +91,9 @@ QJsonObject explanationJson(const Explanation &explanation)
     QJsonArray elsewhere;
     for (const TransformOperation &operation : explanation.elsewhere)
         elsewhere << operationJson(operation);
-    return {{QStringLiteral("equal"), explanation.transform.isEqualsCS()},
+    return {{QStringLiteral("equal"), explanation.isCopy},
             {QStringLiteral("here"), textOrNull(explanation.here)},
+            {QStringLiteral("heights"), textOrNull(explanation.heights)},
             {QStringLiteral("used"), used},
             {QStringLiteral("elsewhere"), elsewhere},
             {QStringLiteral("grids"), offersJson(explanation.offers)}};

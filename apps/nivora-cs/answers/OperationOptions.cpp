@@ -2,12 +2,20 @@
 
 #include "Output.h"
 
+#include <coordsys/CoordSystem.h>
+#include <coordsys/SpatialTransform.h>
+#include <coordsys/SystemInfo.h>
+
 #include <QObject>
 
 #include <array>
 #include <cmath>
+#include <stdexcept>
 
+using nivora::cs::CoordSystem;
 using nivora::cs::OperationChoice;
+using nivora::cs::SpatialSystem;
+using nivora::cs::SystemFormat;
 
 std::vector<Option> withOperationOptions(std::vector<Option> options)
 {
@@ -65,14 +73,31 @@ OperationChoice operationChoice(const CommandLine &line)
     return line.isSet("max-error") ? choice.withMostError(metresOf(line, "max-error")) : choice;
 }
 
-std::optional<double> epochOf(const CommandLine &line)
+std::optional<double> epochOf(const CommandLine &line, const char *option)
 {
-    if (!line.isSet("epoch"))
+    if (!line.isSet(option))
         return std::nullopt;
     bool ok = false;
-    const double years = line.value("epoch").toDouble(&ok);
+    const double years = line.value(option).toDouble(&ok);
     if (!ok || !std::isfinite(years))
-        throw Failure(
-            QObject::tr("--epoch takes a decimal year such as 2024.5, not \"%1\"").arg(line.value("epoch")));
+        throw Failure(QObject::tr("--%1 takes a decimal year such as 2024.5, not \"%2\"")
+                          .arg(QLatin1String(option), line.value(option)));
     return years;
+}
+
+std::optional<double> epochOfEnds(const CommandLine &line, const SpatialSystem &from, const SpatialSystem &to)
+{
+    try {
+        return operationEpoch(from, to, epochOf(line), epochOf(line, "to-epoch"));
+    } catch (const std::logic_error &e) {
+        throw Failure(QString::fromUtf8(e.what()));
+    }
+}
+
+std::optional<double> epochOfEnds(const CommandLine &line, const CoordSystem &from, const CoordSystem &to)
+{
+    if (!line.isSet("to-epoch") || from.isNonEarth() || to.isNonEarth())
+        return epochOf(line);
+    return epochOfEnds(line, SpatialSystem(exportSystem(from, SystemFormat::Wkt2)),
+                       SpatialSystem(exportSystem(to, SystemFormat::Wkt2)));
 }

@@ -2,7 +2,9 @@
 
 #include "CommandLine.h"
 
+#include <coordsys/CoordSystemTypes.h>
 #include <coordsys/OperationChoice.h>
+#include <coordsys/SpatialSystem.h>
 
 #include <optional>
 
@@ -19,5 +21,12 @@ QRectF areaOf(const QString &text);
 /// A number of metres greater than 0. Throws Failure.
 double metresOf(const CommandLine &line, const char *option);
 
-/// --epoch, a decimal year; none when it was not given. Throws Failure.
-std::optional<double> epochOf(const CommandLine &line);
+/// --epoch or --to-epoch, a decimal year; none when it was not given. Throws Failure.
+std::optional<double> epochOf(const CommandLine &line, const char *option = "epoch");
+
+/// When points are transformed that --epoch and --to-epoch tell of. Throws Failure for two epochs between
+/// which nobody knows how the points moved.
+std::optional<double> epochOfEnds(const CommandLine &line, const nivora::cs::SpatialSystem &from,
+                                  const nivora::cs::SpatialSystem &to);
+std::optional<double> epochOfEnds(const CommandLine &line, const nivora::cs::CoordSystem &from,
+                                  const nivora::cs::CoordSystem &to);

@@ -108,7 +108,7 @@ QString elsewhereText(const Explanation &explanation, Detail detail)
     constexpr int fewest = 3;
     const int all = explanation.elsewhere.size();
     const int shown = detail == Detail::All ? all : qMin(all, fewest);
-    const bool hasEpoch = explanation.transform.epoch().has_value();
+    const bool hasEpoch = explanation.hasEpoch;
     QString text = all > 0 ? QObject::tr("Elsewhere:\n") : QString();
     for (int i = 0; i < shown; ++i)
         text += operationText(explanation.elsewhere.at(i), hasEpoch, detail);
@@ -184,9 +184,9 @@ QString worthText(const TransformOperation &operation, bool hasEpoch)
 
 QString explanationText(const Explanation &explanation, Detail detail)
 {
-    if (explanation.transform.isEqualsCS())
+    if (explanation.isCopy)
         return QObject::tr("Nothing to do: the systems are equal.\n");
-    const bool hasEpoch = explanation.transform.epoch().has_value();
+    const bool hasEpoch = explanation.hasEpoch;
     QString text = explanation.here.isEmpty() ? QObject::tr("Used here: no place is known, give --at\n")
                                               : QObject::tr("Used %1:\n").arg(explanation.here);
     for (const OperationTally::Use &use : explanation.used)
@@ -194,8 +194,9 @@ QString explanationText(const Explanation &explanation, Detail detail)
     text += elsewhereText(explanation, detail);
     text += detail == Detail::All && !explanation.offers.isEmpty() ? offersText(explanation.offers)
                                                                    : gridLine(explanation);
-    for (const CoordSystemPtr &system :
-         {explanation.transform.sourceCoordSystem(), explanation.transform.destinationCoordSystem()})
+    if (!explanation.heights.isEmpty())
+        text += explanation.heights + QLatin1Char('\n');
+    for (const CoordSystemPtr &system : explanation.systems)
         if (const QString shift = shiftText(*system); !shift.isEmpty())
             text += QObject::tr("%1, shift to WGS 84: %2\n").arg(system->description().simplified(), shift);
     return text;

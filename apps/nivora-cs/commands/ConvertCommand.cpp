@@ -72,6 +72,7 @@ std::vector<Option> options()
                            "Add vertices where a straight edge bends by more than M metres in OUT.")},
         shared::strict,
         shared::epoch,
+        shared::toEpoch,
     });
 }
 

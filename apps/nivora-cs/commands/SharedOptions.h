@@ -40,6 +40,9 @@ inline constexpr Option strict{
     QT_TRANSLATE_NOOP("QObject", "A point for which the difference of the datums would be left out fails.")};
 inline constexpr Option epoch{
     "epoch", "YEAR", QT_TRANSLATE_NOOP("QObject", "When the points were measured, in decimal years.")};
+inline constexpr Option toEpoch{
+    "to-epoch", "YEAR",
+    QT_TRANSLATE_NOOP("QObject", "When the output's coordinates shall hold, where that is another year.")};
 inline constexpr Option branch{
     "branch", "NAME", QT_TRANSLATE_NOOP("QObject", "The branch of the entry, \"Каталог\" when not given.")};
 

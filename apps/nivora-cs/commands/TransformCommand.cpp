@@ -1,9 +1,8 @@
-#include "AnswerJson.h"
 #include "CommandLine.h"
 #include "Commands.h"
 #include "CsText.h"
 #include "CsvOptions.h"
-#include "HeightFilter.h"
+#include "Explanation.h"
 #include "MeasureText.h"
 #include "OperationOptions.h"
 #include "OperationText.h"
@@ -11,10 +10,11 @@
 #include "Session.h"
 #include "SharedOptions.h"
 #include "StreamFilter.h"
+#include "TransformHeights.h"
+#include "TransformOptions.h"
 
 #include <coordsys/CoordTransform.h>
 #include <coordsys/NumberText.h>
-#include <coordsys/SystemInfo.h>
 
 #include <QObject>
 
@@ -28,8 +28,6 @@ using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
 using nivora::cs::CoordTransform;
 using nivora::cs::OperationTally;
-using nivora::cs::SpatialSystem;
-using nivora::cs::SpatialTransform;
 
 namespace {
 
@@ -42,41 +40,19 @@ std::unique_ptr<FileFormat> formatOf(const CommandLine &line, const CoordSystem 
     return std::make_unique<PlainFormat>(std::make_shared<XyReader>(notation));
 }
 
-Letters lettersOf(const CommandLine &line)
-{
-    const QString language = line.value("letters");
-    if (language == QLatin1String("ru"))
-        return Letters::Cyrillic;
-    if (line.isSet("letters") && language != QLatin1String("en"))
-        throw Failure(QObject::tr("--letters takes ru or en, not \"%1\"").arg(language));
-    return Letters::Latin;
-}
-
 XyWriter writerOf(const CommandLine &line, const CoordSystem &target)
 {
-    constexpr int fittingSecondDecimals = 5; // a third of a millimetre
     const int decimals = line.number("precision", 0, mostDecimals, fittingDecimals(target));
     const Letters letters = lettersOf(line);
     if (!line.isSet("dms"))
         return XyWriter(decimals);
-    if (line.isSet("precision"))
-        throw Failure(QObject::tr("--dms has its own count of decimals: --dms=N in place of --precision"));
-    if (!target.isLatLong())
-        throw Failure(QObject::tr("--dms: the system of the output has no degrees"));
-    return {line.number("dms", 0, mostSecondDecimals, fittingSecondDecimals), letters};
+    return {secondDecimals(line, target.isLatLong()), letters};
 }
 
 void explain(const CommandLine &line, const CoordTransform &transform, const OperationTally &tally)
 {
-    const QString amount = line.value("explain");
-    if (amount != QLatin1String("short") && amount != QLatin1String("all"))
-        throw Failure(QObject::tr("--explain takes all or nothing, not \"%1\"").arg(amount));
     const auto at = line.isSet("at") ? std::make_optional(pointOf(line.value("at"))) : std::nullopt;
-    const Explanation explanation = explained(transform, at, &tally);
-    if (line.isSet("json"))
-        printJson({{QStringLiteral("operations"), explanationJson(explanation)}});
-    else
-        print(explanationText(explanation, amount == QLatin1String("all") ? Detail::All : Detail::Short));
+    printExplanation(line, explained(transform, at, &tally));
 }
 
 /// Throws Failure for options that mean nothing without another.
@@ -87,72 +63,6 @@ void checkExplainOptions(const CommandLine &line)
             throw Failure(QObject::tr("--%1 needs --explain").arg(QLatin1String(option)));
 }
 
-/// Of what knows no plane, such as geocentric systems, too.
-SpatialSystem spatialSystemOf(const Session &session, const CommandLine &line, const char *option)
-{
-    try {
-        return SpatialSystem(line.required(option));
-    } catch (const std::logic_error &) { // another notation, which has no heights
-        return SpatialSystem(
-            exportSystem(*systemOfOption(session, line, option), nivora::cs::SystemFormat::Wkt2));
-    }
-}
-
-/// What leaves a difference of datums out is none of the operations then.
-nivora::cs::OperationChoice choiceWithHeights(const CommandLine &line)
-{
-    const nivora::cs::OperationChoice choice = operationChoice(line);
-    return line.isSet("strict") ? choice.withoutBallpark() : choice;
-}
-
-HeightColumns heightColumns(const CommandLine &line, bool hasDegrees)
-{
-    const CsvOptions table = csvOptions(line, {hasDegrees, line.isSet("decimal-comma")});
-    HeightColumns columns;
-    columns.delimiter = table.delimiter.empty() ? '\0' : table.delimiter.front();
-    columns.x = table.x;
-    columns.y = table.y;
-    columns.z = line.value("z");
-    columns.t = line.value("t");
-    columns.notation = table.notation;
-    return columns;
-}
-
-HeightOptions heightOptions(const CommandLine &line, const SpatialTransform &transform)
-{
-    constexpr int ofDegrees = 9;
-    constexpr int ofLengths = 4;
-    HeightOptions options;
-    options.inverse = line.isSet("inverse");
-    options.hasTimes = line.isSet("t");
-    options.epoch = epochOf(line);
-    options.coding = TextCoding(line.value("encoding"));
-    const SpatialSystem source = options.inverse ? transform.destination() : transform.source();
-    const SpatialSystem target = options.inverse ? transform.source() : transform.destination();
-    options.decimals =
-        line.number("precision", 0, nivora::cs::mostDecimals, target.isGeographic() ? ofDegrees : ofLengths);
-    if (line.isSet("csv"))
-        options.columns = heightColumns(line, source.isGeographic());
-    return options;
-}
-
-int runWithHeights(const CommandLine &line, const Session &session)
-{
-    for (const char *option : {"dms", "explain", "out-x", "out-y", "skip"})
-        if (line.isSet(option))
-            throw Failure(QObject::tr("--z goes without --%1").arg(QLatin1String(option)));
-    checkCsvOptions(line, {"delimiter", "x", "y", "decimal-comma"});
-    const SpatialTransform transform(spatialSystemOf(session, line, "from"),
-                                     spatialSystemOf(session, line, "to"), choiceWithHeights(line));
-    const HeightOptions options = heightOptions(line, transform);
-    if (!transform.transformsHeights())
-        complain(QObject::tr("heights are passed on: a system says nothing of them"));
-    OperationTally tally;
-    const ExitStatus status = filterHeights(transform, options, line.arguments(), tally);
-    report(usageText(tally, options.hasTimes || options.epoch.has_value()));
-    return status;
-}
-
 int run(const CommandLine &line)
 {
     checkExplainOptions(line);
@@ -160,7 +70,7 @@ int run(const CommandLine &line)
     if (line.isSet("t") && !line.isSet("z"))
         throw Failure(QObject::tr("--%1 needs --z").arg(QStringLiteral("t")));
     if (line.isSet("z"))
-        return runWithHeights(line, session);
+        return transformWithHeights(line, session);
     const CoordSystemPtr from = systemOfOption(session, line, "from");
     const CoordSystemPtr to = systemOfOption(session, line, "to");
     const bool inverse = line.isSet("inverse");
@@ -168,7 +78,9 @@ int run(const CommandLine &line)
     const XyWriter writer = writerOf(line, inverse ? *from : *to);
 
     OperationTally tally;
-    const PointOptions points{inverse, epochOf(line), line.isSet("strict"), &tally};
+    const PointOptions points{inverse,
+                              inverse ? epochOfEnds(line, *to, *from) : epochOfEnds(line, *from, *to),
+                              line.isSet("strict"), &tally};
     const CoordTransform transform(from, to, operationChoice(line), points.epoch);
     const PointTransform step = pointTransform(transform, points);
     if (line.isSet("explain")) {
@@ -265,9 +177,11 @@ std::vector<Option> options()
              "QObject", "Tell which operation is used for the FILEs' points, at --at or in the common area, "
                         "and which elsewhere; no points are written. all: everything."),
          "short"},
-        {"at", "X,Y", QT_TRANSLATE_NOOP("QObject", "With --explain: a point of the input's system.")},
+        {"at", "X,Y",
+         QT_TRANSLATE_NOOP("QObject", "With --explain: a point of the input's system; X,Y,Z with --z.")},
         {"json", nullptr, QT_TRANSLATE_NOOP("QObject", "With --explain: a JSON object.")},
         shared::epoch,
+        shared::toEpoch,
         shared::progress,
     });
 }

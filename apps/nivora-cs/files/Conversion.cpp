@@ -93,6 +93,14 @@ qint64 lastNumber(OGRLayerH layer, qint64 expected)
     return last ? expected : OGR_L_GetFeatureCount(layer, TRUE);
 }
 
+/// Features that say no number are counted from 0.
+bool statesNumbers(OGRLayerH layer)
+{
+    const Feature first(OGR_L_GetNextFeature(layer));
+    OGR_L_ResetReading(layer);
+    return first && OGR_F_GetFID(first.get()) != 0;
+}
+
 /// The driver's words for what it changed: "… couldn't be converted correctly from UTF-8 to CP1251", "Value …
 /// has been truncated to …".
 bool tellsLoss(const QString &warning)
@@ -130,7 +138,6 @@ Conversion::Conversion(const CommandLine &line)
                      QObject::tr("%1 cannot be read whole: %2").arg(m_in, m_messages.reason()));
     if (line.isSet("append"))
         m_append.emplace(m_out, m_format, m_stage);
-    m_bulk.epoch = epochOf(line);
     m_bulk.refusesBallpark = line.isSet("strict");
     m_bulk.tally = &m_tally;
 }
@@ -199,10 +206,11 @@ void Conversion::describe(OGRLayerH source, OutputLayer &layer) const
         layer.columns << QString::fromUtf8(OGR_Fld_GetNameRef(OGR_FD_GetFieldDefn(definition, i)));
     layer.numbersColumn = QString::fromUtf8(OGR_L_GetFIDColumn(source));
     layer.geometryColumn = QString::fromUtf8(OGR_L_GetGeometryColumn(source));
-    layer.storesNumbers =
-        !layer.numbersColumn.isEmpty() ||
+    const bool isGeoJson =
         driverName(GDALGetDatasetDriver(m_source.get())).startsWith(QLatin1String("GeoJSON"));
-    layer.keepsNumbers = !layer.numbersColumn.isEmpty() && m_format.holdsNumbers() && !m_append;
+    layer.storesNumbers = !layer.numbersColumn.isEmpty() || isGeoJson;
+    layer.keepsNumbers = (!layer.numbersColumn.isEmpty() || (isGeoJson && statesNumbers(source))) &&
+                         m_format.holdsNumbers() && !m_append;
 }
 
 void Conversion::findPoints(OGRLayerH source, const CoordSystemPtr &from, GeometryChange &change) const
@@ -254,6 +262,8 @@ void Conversion::settle(OGRLayerH source, OutputLayer &layer, GeometryChange &ch
     const CoordSystemPtr from = sourceSystem(source);
     findPoints(source, from, change);
     layer.system = carriable(m_to ? m_to : from);
+    if (from && layer.system)
+        m_bulk.epoch = epochOfEnds(m_line, *from, *layer.system);
     if (from && layer.system && from != layer.system)
         change.transform.emplace(m_way.emplace(from, layer.system, m_choice, m_bulk.epoch));
     change.bulk = m_bulk;
@@ -347,6 +357,9 @@ void Conversion::closeTarget()
     if (m_mapInfo)
         giveSystem(m_stage.path(m_file), *m_mapInfo);
     m_stage.checkRoom();
+    const QString written = QFileInfo(writtenFile(m_stage.path(m_file))).fileName();
+    if (written != m_file)
+        m_notes << QObject::tr("without geometry there is no %1, but %2").arg(m_file, written);
     checkCount();
     m_allFeatures += m_features;
     m_features = 0;
@@ -361,7 +374,7 @@ void Conversion::checkCount()
     if (!m_format.canBeRead() || m_features == 0 || (isLarge && !m_format.opensQuickly()))
         return;
     m_messages.clear();
-    const Dataset dataset = openForReading(m_stage.path(m_file), m_messages);
+    const Dataset dataset = openForReading(writtenFile(m_stage.path(m_file)), m_messages);
     qint64 found = 0;
     for (int i = 0; i < GDALDatasetGetLayerCount(dataset.get()); ++i) {
         OGRLayerH layer = GDALDatasetGetLayer(dataset.get(), i);

@@ -7,6 +7,7 @@
 #include <cpl_error.h>
 #include <cpl_string.h>
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QObject>
@@ -98,6 +99,14 @@ Dataset openForReading(const QString &path, const GdalMessages &messages, const 
     if (!dataset)
         throw Failure(QObject::tr("cannot read %1: %2").arg(path, messages.reason()));
     return dataset;
+}
+
+QString writtenFile(const QString &path)
+{
+    const QFileInfo info(path);
+    const QString attributes = info.dir().filePath(info.completeBaseName() + QStringLiteral(".dbf"));
+    const bool isShape = info.suffix().compare(QLatin1String("shp"), Qt::CaseInsensitive) == 0;
+    return isShape && !info.exists() && QFileInfo::exists(attributes) ? attributes : path;
 }
 
 GDALDriverH driverForWriting(const QString &path, const QString &format)

@@ -60,5 +60,8 @@ Dataset openForReading(const QString &path, const GdalMessages &messages,
 QByteArray driverEncoding(const QString &name);
 
 /// The driver that is named, else the one that the file's extension belongs to. Throws Failure.
+/// What a driver wrote for a name: that file, or what it makes of layers without geometry in its place.
+QString writtenFile(const QString &path);
+
 GDALDriverH driverForWriting(const QString &path, const QString &format);
 QString driverName(GDALDriverH driver);

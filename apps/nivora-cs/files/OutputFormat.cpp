@@ -206,8 +206,8 @@ QStringList OutputFormat::filesOf(const QString &path) const
     const GdalMessages messages; // it may be damaged
     const QByteArray driver = name().toUtf8();
     const char *const drivers[] = {driver.constData(), nullptr};
-    const Dataset dataset(
-        GDALOpenEx(QFile::encodeName(path).constData(), GDAL_OF_VECTOR, drivers, nullptr, nullptr));
+    const Dataset dataset(GDALOpenEx(QFile::encodeName(writtenFile(path)).constData(), GDAL_OF_VECTOR,
+                                     drivers, nullptr, nullptr));
     if (!dataset)
         return {};
     const OptionList list(GDALGetFileList(dataset.get()), CSLDestroy);

@@ -72,6 +72,15 @@ Offsets farthestOff(const CoordSystemPtr &system, const CoordSystemPtr &readAgai
     return farthest;
 }
 
+/// Of a format that has one system.
+QString conversionText(const CoordSystem &held)
+{
+    const QString name = held.epsg() > 0 ? QString::number(held.epsg()) : held.description();
+    return QObject::tr("the format holds %1 alone, and GDAL converts into it; --to %2 does so by an "
+                       "operation that is told and can be chosen")
+        .arg(held.description(), name);
+}
+
 QString lossOf(const CoordSystemPtr &system, const CoordSystemPtr &readAgain, const QVector<QPointF> &places)
 {
     if (!readAgain)
@@ -90,6 +99,31 @@ QString lossOf(const CoordSystemPtr &system, const CoordSystemPtr &readAgain, co
             .arg(size, readAgain->description(), system->description());
     return QObject::tr("the format carries another system, %1 instead of %2: places are off by %3 m")
         .arg(readAgain->description(), system->description(), size);
+}
+
+/// Of an empty layer some drivers leave nothing that they could read.
+Dataset openIfReadable(const QString &path, const GdalMessages &messages)
+{
+    try {
+        return openForReading(path, messages);
+    } catch (const Failure &) {
+        return nullptr;
+    }
+}
+
+/// Nearly: not in other units, on another map.
+bool isSamePlace(OGRGeometryH a, OGRGeometryH b)
+{
+    constexpr double relative = 1e-3; // chords of arcs lie inside
+    OGREnvelope one = {};
+    OGREnvelope other = {};
+    OGR_G_GetEnvelope(a, &one);
+    OGR_G_GetEnvelope(b, &other);
+    const auto near = [](double p, double q) {
+        return std::fabs(p - q) <= relative * std::max(1.0, std::fabs(q));
+    };
+    return near(one.MinX, other.MinX) && near(one.MinY, other.MinY) && near(one.MaxX, other.MaxX) &&
+           near(one.MaxY, other.MaxY);
 }
 
 /// Some drivers write nothing of a layer without columns.
@@ -169,14 +203,17 @@ OutputProbe::Counts OutputProbe::writtenAndRead(const OutputLayer &layer,
     const QString path = directory.filePath(m_fileName);
     write(path, layer, geometries);
     const GdalMessages messages;
-    const Dataset dataset = openForReading(path, messages);
-    OGRLayerH again = GDALDatasetGetLayer(dataset.get(), 0);
+    const Dataset dataset = openIfReadable(writtenFile(path), messages);
+    OGRLayerH again = dataset ? GDALDatasetGetLayer(dataset.get(), 0) : nullptr;
     m_readAgain = again && layer.system ? systemOfLayer(m_session, dataset.get(), again) : nullptr;
     m_heightsAgain = again ? heightSystemOf(OGR_L_GetSpatialRef(again)) : QString();
+    m_isConverted = false;
     Counts counts;
     while (const Feature feature{again ? OGR_L_GetNextFeature(again) : nullptr})
-        if (OGRGeometryH geometry = OGR_F_GetGeometryRef(feature.get()))
+        if (OGRGeometryH geometry = OGR_F_GetGeometryRef(feature.get())) {
+            m_isConverted = counts.all == 0 ? !isSamePlace(geometry, geometries.front()) : m_isConverted;
             counts.add(geometry);
+        }
     return counts;
 }
 
@@ -240,7 +277,9 @@ void OutputProbe::checkSystem(const OutputLayer &layer, const QVector<QPointF> &
 {
     if (!layer.system || !m_format.canBeRead())
         return;
-    const QString loss = lossOf(layer.system, m_readAgain, places);
+    const bool isConverted = m_isConverted && m_readAgain && !m_readAgain->isEqual(*layer.system, true);
+    const QString loss =
+        isConverted ? conversionText(*m_readAgain) : lossOf(layer.system, m_readAgain, places);
     m_isElsewhere = !loss.isEmpty() && m_readAgain;
     if (!loss.isEmpty())
         losses.add(Loss::Datum, loss);

@@ -56,5 +56,6 @@ private:
     QString m_fileName;
     nivora::cs::CoordSystemPtr m_readAgain; ///< null for none
     QString m_heightsAgain;                 ///< what is said of heights then
+    bool m_isConverted = false;             ///< the driver wrote other coordinates
     bool m_isElsewhere = false;
 };

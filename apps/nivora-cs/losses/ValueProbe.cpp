@@ -210,7 +210,7 @@ ValueProbe::Read ValueProbe::writtenAndRead(const LayerWriter::Plan &plan,
         giveSystem(path, *plan.layer.mapInfo);
     Dataset dataset;
     try {
-        dataset = openForReading(path, messages);
+        dataset = openForReading(writtenFile(path), messages);
     } catch (const Failure &) { // of features without geometry some drivers write nothing that has the name
         return {};
     }

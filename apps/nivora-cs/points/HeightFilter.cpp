@@ -7,8 +7,9 @@
 
 #include <QObject>
 
+#include <array>
 #include <cmath>
-#include <unistd.h>
+#include <stdexcept>
 
 using nivora::cs::SpatialPoint;
 
@@ -16,15 +17,30 @@ namespace {
 
 constexpr int heightDecimals = 4; // a tenth of a millimetre
 
-void write(Output &out, const HeightLine &line, bool done, int decimals)
+QString numberOf(const HeightSlot &slot, const SpatialPoint &point, const HeightOptions &options)
 {
-    const double numbers[] = {line.point.x, line.point.y, line.point.z};
+    const double numbers[] = {point.x, point.y, point.z};
+    const double number = numbers[slot.axis];
+    if (slot.axis > 1 || !options.angles)
+        return nivora::cs::numberText(number, slot.axis < 2 ? options.decimals : heightDecimals);
+    std::array<char, longestAngle> text{};
+    const char *const end = putAngle(text.data(), number, slot.axis == 1, options.decimals, options.letters);
+    return QString::fromUtf8(text.data(), static_cast<int>(end - text.data()));
+}
+
+/// Seconds have a quotation mark, which tables double.
+QString quoted(QString text)
+{
+    return QLatin1Char('"') + text.replace(QLatin1Char('"'), QLatin1String("\"\"")) + QLatin1Char('"');
+}
+
+void write(Output &out, const HeightLine &line, bool done, const HeightOptions &options)
+{
     for (const HeightSlot &slot : line.slots) {
-        const QString number =
-            done ? nivora::cs::numberText(numbers[slot.axis], slot.axis < 2 ? decimals : heightDecimals)
-                 : QStringLiteral("*");
+        const QString number = done ? numberOf(slot, line.point, options) : QStringLiteral("*");
+        const bool hasMarks = options.columns && number.contains(QLatin1Char('"'));
         out.write(slot.before);
-        out.write(slot.quoted ? QLatin1Char('"') + number + QLatin1Char('"') : number);
+        out.write(slot.quoted || hasMarks ? quoted(number) : number);
     }
     out.write(line.rest);
 }
@@ -39,11 +55,11 @@ class HeightFilter
 {
 public:
     HeightFilter(const nivora::cs::SpatialTransform &transform, const HeightOptions &options,
-                 nivora::cs::OperationTally &tally)
+                 nivora::cs::OperationTally &tally, int output)
         : m_transform(transform)
         , m_options(options)
         , m_tally(tally)
-        , m_out(STDOUT_FILENO)
+        , m_out(output)
     {}
     void run(const QString &fileName);
     bool allDone() const { return m_failures == 0; }
@@ -54,6 +70,7 @@ private:
     bool read(std::string_view text, HeightLine &line) const;
     void writeUnread(std::string_view text, const HeightLine &line);
     bool convert(SpatialPoint &point) const;
+    QString reason(const SpatialPoint &point) const;
     void complainAt(int number, const QString &why);
 
     const nivora::cs::SpatialTransform &m_transform;
@@ -77,7 +94,7 @@ void HeightFilter::run(const QString &fileName)
             m_out.write(std::string_view("\xEF\xBB\xBF"));
         const std::string text =
             m_options.coding.isNeeded() ? m_options.coding.decoded(chunk.text) : std::string(chunk.text);
-        if (passesOn(withoutEnd(text), reader))
+        if (number <= m_options.skip || passesOn(withoutEnd(text), reader))
             m_out.write(text);
         else
             take(text, number);
@@ -104,16 +121,34 @@ bool HeightFilter::passesOn(std::string_view text, LineReader &reader)
 
 bool HeightFilter::read(std::string_view text, HeightLine &line) const
 {
-    return m_table ? m_table->read(text, line) : readPlainHeights(text, m_options.hasTimes, line);
+    return m_table ? m_table->read(text, line)
+                   : readPlainHeights(text, m_options.notation, m_options.hasTimes, line);
 }
 
 bool HeightFilter::convert(SpatialPoint &point) const
 {
-    const double time = point.t.value_or(m_options.epoch.value_or(NAN));
+    point.t = point.t ? point.t : m_options.epoch;
+    point.wantedT = m_options.wantedEpoch;
+    const double time = point.t.value_or(NAN);
+    const double wanted = point.wantedT.value_or(NAN);
     const auto failed = m_options.inverse
-                            ? m_transform.inverse(&point.x, &point.y, &point.z, &time, 1, &m_tally)
-                            : m_transform.forward(&point.x, &point.y, &point.z, &time, 1, &m_tally);
+                            ? m_transform.inverse(&point.x, &point.y, &point.z, &time, &wanted, 1, &m_tally)
+                            : m_transform.forward(&point.x, &point.y, &point.z, &time, &wanted, 1, &m_tally);
     return failed.empty();
+}
+
+/// Why a point could not be transformed.
+QString HeightFilter::reason(const SpatialPoint &point) const
+{
+    try {
+        const auto &source = m_options.inverse ? m_transform.destination() : m_transform.source();
+        const auto &target = m_options.inverse ? m_transform.source() : m_transform.destination();
+        operationEpoch(source, target, point.t, point.wantedT);
+    } catch (const std::logic_error &e) {
+        return QString::fromUtf8(e.what());
+    }
+    return m_transform.missingHeights().isEmpty() ? QObject::tr("the point cannot be transformed")
+                                                  : m_transform.missingHeights();
 }
 
 void HeightFilter::complainAt(int number, const QString &why)
@@ -127,7 +162,7 @@ void HeightFilter::complainAt(int number, const QString &why)
 void HeightFilter::writeUnread(std::string_view text, const HeightLine &line)
 {
     if (m_table && line.located)
-        return write(m_out, line, false, m_options.decimals);
+        return write(m_out, line, false, m_options);
     if (!m_table)
         m_out.write(std::string_view("* * * "));
     m_out.write(text);
@@ -140,15 +175,14 @@ void HeightFilter::take(std::string_view bytes, int number)
     HeightLine line;
     if (!read(text, line)) {
         writeUnread(text, line);
-        complainAt(number, m_options.hasTimes ? QObject::tr("x, y, z and a year are needed")
-                                              : QObject::tr("x, y and z are needed"));
+        complainAt(number, m_options.hasTimes
+                               ? QObject::tr("x, y, z and a year are needed")
+                               : QObject::tr("x, y and z are needed; --decimal-comma for commas in numbers"));
     } else {
         const bool done = convert(line.point);
-        write(m_out, line, done, m_options.decimals);
+        write(m_out, line, done, m_options);
         if (!done)
-            complainAt(number, m_transform.missingHeights().isEmpty()
-                                   ? QObject::tr("the point cannot be transformed")
-                                   : m_transform.missingHeights());
+            complainAt(number, reason(line.point));
     }
     m_out.write(lineEnd.empty() ? std::string_view("\n") : lineEnd);
 }
@@ -156,9 +190,9 @@ void HeightFilter::take(std::string_view bytes, int number)
 } // namespace
 
 ExitStatus filterHeights(const nivora::cs::SpatialTransform &transform, const HeightOptions &options,
-                         const QStringList &fileNames, nivora::cs::OperationTally &tally)
+                         const QStringList &fileNames, nivora::cs::OperationTally &tally, int output)
 {
-    HeightFilter filter(transform, options, tally);
+    HeightFilter filter(transform, options, tally, output);
     for (const QString &name : fileNames.isEmpty() ? QStringList{QStringLiteral("-")} : fileNames)
         filter.run(name);
     return filter.allDone() ? Success : SomeFailed;

@@ -64,9 +64,28 @@ bool readField(std::string_view field, const CoordinateNotation &notation, doubl
     return true;
 }
 
-} // namespace
+bool readOne(std::string_view text, const CoordinateNotation &notation, double &value)
+{
+    Angle number;
+    Reason why;
+    if (!readCoordinate(text, {false, notation.decimalComma}, number, why))
+        return false;
+    value = number.degrees;
+    return true;
+}
 
-bool readPlainHeights(std::string_view text, bool hasTime, HeightLine &line)
+/// "10 50 100,25": nobody knows whether the comma is a decimal mark.
+bool isDoubtful(std::string_view rest, const HeightLine &line)
+{
+    const auto hasComma = [](const HeightSlot &slot) {
+        return slot.before.find(',') != std::string_view::npos;
+    };
+    return rest.size() > 1 && rest[0] == ',' && isDigit(rest[1]) &&
+           std::none_of(line.slots.begin(), line.slots.end(), hasComma);
+}
+
+/// Behind the third number.
+bool readNumbers(std::string_view &text, HeightLine &line)
 {
     double *const targets[] = {&line.point.x, &line.point.y, &line.point.z};
     for (int i = 0; i < axes; ++i) {
@@ -74,11 +93,48 @@ bool readPlainHeights(std::string_view text, bool hasTime, HeightLine &line)
         if (!nivora::cs::readNumber(takeWhile(text, false), *targets[i]))
             return false;
     }
-    line.rest = text;
+    return true;
+}
+
+/// x and y as they are written without heights.
+bool readNotations(std::string_view &text, const CoordinateNotation &notation, HeightLine &line)
+{
+    QPointF point;
+    Columns columns;
+    Reason why;
+    if (!XyReader(notation).read(text, point, columns, why))
+        return false;
+    line.point.x = point.x();
+    line.point.y = point.y();
+    line.slots[0] = {columns.first.before, columns.yFirst ? 1 : 0, columns.first.quoted};
+    line.slots[1] = {columns.second.before, columns.yFirst ? 0 : 1, columns.second.quoted};
+    text = columns.rest;
+    line.slots[2] = {takeWhile(text, true), 2, false};
+    if (!notation.decimalComma)
+        return readOne(takeWhile(text, false), notation, line.point.z);
+    const std::string_view height = text.substr(0, text.find_first_of(" \t;"));
+    text.remove_prefix(height.size());
+    return readOne(height, notation, line.point.z);
+}
+
+} // namespace
+
+bool readPlainHeights(std::string_view text, const CoordinateNotation &notation, bool hasTime,
+                      HeightLine &line)
+{
+    std::string_view rest = text;
+    if (notation.decimalComma || !readNumbers(rest, line)) {
+        rest = text;
+        if (!readNotations(rest, notation, line))
+            return false;
+    }
+    if (isDoubtful(rest, line))
+        return false;
+    line.rest = rest;
     line.located = true;
     double year = 0.0;
-    takeWhile(text, true);
-    const bool hasYear = hasTime && nivora::cs::readNumber(takeWhile(text, false), year);
+    takeWhile(rest, true);
+    const bool hasYear = hasTime && readOne(takeWhile(rest, false), notation, year);
     if (hasYear)
         line.point.t = year;
     return hasYear || !hasTime;

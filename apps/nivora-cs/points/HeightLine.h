@@ -39,9 +39,10 @@ struct HeightColumns
     CoordinateNotation notation;
 };
 
-/// x, y, z and, where times are wanted, a decimal year, with separators between. False when there are not as
-/// many numbers as are needed.
-bool readPlainHeights(std::string_view text, bool hasTime, HeightLine &line);
+/// x, y, z and, where times are wanted, a decimal year, with separators between; x and y also as degrees are
+/// written, in either order where hemispheres tell. False when there are not as many numbers as are needed.
+bool readPlainHeights(std::string_view text, const CoordinateNotation &notation, bool hasTime,
+                      HeightLine &line);
 
 /// Lines of a table.
 class HeightTable
