@@ -1,6 +1,7 @@
 // How often a guess has the right group first and among three, over coordinates of systems drawn from PROJ's
-// database, and what a guess costs in processor time.
-//   guess-rates RESOURCES [COUNT [SEED]]
+// database, and what a guess costs in processor time. With QUERIES the systems are those that the queries of
+// search-rates are after: systems that people look for, while most of the database's are hardly used.
+//   guess-rates RESOURCES [COUNT [SEED [QUERIES]]]
 
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/MapinfoSearch.h>
@@ -8,7 +9,8 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QHash>
+#include <QFile>
+#include <QSet>
 #include <QTextStream>
 
 #include <proj.h>
@@ -36,15 +38,28 @@ struct PjFree
 };
 using Pj = std::unique_ptr<PJ, PjFree>;
 
-/// Projected systems of EPSG that are not withdrawn.
-std::vector<System> systemsOf(PJ_CONTEXT *context)
+/// The first code that each query wants.
+QSet<QByteArray> codesOfQueries(const QString &fileName)
+{
+    QSet<QByteArray> codes;
+    QFile file(fileName);
+    if (fileName.isEmpty() || !file.open(QIODevice::ReadOnly))
+        return codes;
+    for (const QByteArray &line : file.readAll().split('\n'))
+        codes << line.mid(line.indexOf('\t') + 1).split(';').first().trimmed();
+    return codes;
+}
+
+/// Projected systems of EPSG that are not withdrawn; of the codes alone when there are any.
+std::vector<System> systemsOf(PJ_CONTEXT *context, const QSet<QByteArray> &codes)
 {
     std::vector<System> systems;
     int count = 0;
     PROJ_CRS_INFO **list = proj_get_crs_info_list_from_database(context, "EPSG", nullptr, &count);
     for (int i = 0; i < count; ++i) {
         const PROJ_CRS_INFO &info = *list[i];
-        if (info.type != PJ_TYPE_PROJECTED_CRS || info.deprecated || !info.bbox_valid)
+        if (info.type != PJ_TYPE_PROJECTED_CRS || info.deprecated || !info.bbox_valid ||
+            (!codes.isEmpty() && !codes.contains(info.code)))
             continue;
         const double turn = info.east_lon_degree < info.west_lon_degree ? 360.0 : 0.0;
         systems.push_back({QStringLiteral("EPSG:") + QLatin1String(info.code), info.west_lon_degree,
@@ -130,7 +145,7 @@ int main(int argc, char **argv)
     search.loadTables(resources);
     const SystemGuess guess(search, resources);
     PJ_CONTEXT *context = proj_context_create();
-    const std::vector<System> systems = systemsOf(context);
+    const std::vector<System> systems = systemsOf(context, codesOfQueries(application.arguments().value(4)));
     Rates hinted;
     Rates bare;
     QTextStream out(stdout);

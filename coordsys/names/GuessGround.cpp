@@ -1,6 +1,7 @@
 #include "GuessGround_p.h"
 
 #include "CrsParts_p.h"
+#include "GeographicExtent_p.h"
 #include "ProjLists_p.h"
 #include "ProjPoint_p.h"
 #include <coordsys/CoordSystemTypes.h>
@@ -17,10 +18,71 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double surroundings = 2.0; ///< degrees
 constexpr char wgs84[] = "EPSG:4326";
 
-bool leavesDatumOut(PJ_CONTEXT *context, PJ *pj)
+/// Whether an operation is made for a place; so is one that does not tell its area.
+bool isFor(PJ_CONTEXT *context, const PJ *operation, const QPointF &place)
 {
-    const SearchedPj used(proj_trans_get_last_used_operation(pj));
-    return used && proj_coordoperation_has_ballpark_transformation(context, used.get());
+    double west = 0.0;
+    double south = 0.0;
+    double east = 0.0;
+    double north = 0.0;
+    if (!proj_get_area_of_use(context, operation, &west, &south, &east, &north, nullptr))
+        return true;
+    const QRectF area(west, south, east < west ? east - west + 360.0 : east - west, north - south);
+    return areaHolds(area, QRectF(place, QSizeF(0.0, 0.0)));
+}
+
+PjFactory factoryAround(PJ_CONTEXT *context, const QPointF &place)
+{
+    PjFactory factory(proj_create_operation_factory_context(context, nullptr));
+    proj_operation_factory_context_set_area_of_interest(context, factory.get(), place.x() - surroundings,
+                                                        place.y() - surroundings, place.x() + surroundings,
+                                                        place.y() + surroundings);
+    proj_operation_factory_context_set_spatial_criterion(context, factory.get(),
+                                                         PROJ_SPATIAL_CRITERION_PARTIAL_INTERSECTION);
+    proj_operation_factory_context_set_grid_availability_use(
+        context, factory.get(), PROJ_GRID_AVAILABILITY_DISCARD_OPERATION_IF_MISSING_GRID);
+    return factory;
+}
+
+/// The first operation that PROJ has for a place, null for none.
+SearchedPj operationAt(PJ_CONTEXT *context, const PJ *from, const PJ *to, const QPointF &place,
+                       PROJ_INTERMEDIATE_CRS_USE pivots)
+{
+    const PjFactory factory = factoryAround(context, place);
+    proj_operation_factory_context_set_allow_use_intermediate_crs(context, factory.get(), pivots);
+    const PjList list(proj_create_operations(context, from, to, factory.get()));
+    const int count = list ? proj_list_get_count(list.get()) : 0;
+    SearchedPj first;
+    for (int i = 0; i < count; ++i) {
+        SearchedPj operation(proj_list_get(context, list.get(), i));
+        if (operation && isFor(context, operation.get(), place))
+            return operation;
+        if (!first)
+            first = std::move(operation);
+    }
+    return first;
+}
+
+bool leavesDatumOut(PJ_CONTEXT *context, const PJ *operation)
+{
+    return !operation || proj_coordoperation_has_ballpark_transformation(context, operation);
+}
+
+/// Datums of the earth's own centre have its modern ellipsoids, and are metres from WGS 84 at most.
+bool isGeocentric(PJ_CONTEXT *context, const PJ *crs)
+{
+    constexpr double majorM = 6378137.0;
+    constexpr double mostM = 2.0;
+    constexpr double inverseFlattening = 298.257;
+    constexpr double mostInverse = 0.01;
+    const SearchedPj ellipsoid(proj_get_ellipsoid(context, crs));
+    double a = 0.0;
+    double b = 0.0;
+    double inverse = 0.0;
+    int isComputed = 0;
+    return ellipsoid &&
+           proj_ellipsoid_get_parameters(context, ellipsoid.get(), &a, &b, &isComputed, &inverse) &&
+           std::fabs(a - majorM) <= mostM && std::fabs(inverse - inverseFlattening) <= mostInverse;
 }
 
 } // namespace
@@ -61,22 +123,23 @@ GuessGround::Shift GuessGround::shiftBetween(const QByteArray &base, const QPoin
     PJ_CONTEXT *context = m_context.get();
     const SearchedPj from(base.isEmpty() ? nullptr : proj_create(context, base.constData()));
     const SearchedPj to(proj_create(context, wgs84));
-    const PjArea area(proj_area_create());
-    proj_area_set_bbox(area.get(), centre.x() - surroundings, centre.y() - surroundings,
-                       centre.x() + surroundings, centre.y() + surroundings);
-    const SearchedPj pj(
-        from ? proj_create_crs_to_crs_from_pj(context, from.get(), to.get(), area.get(), nullptr) : nullptr);
-    shift.pj.reset(pj ? proj_normalize_for_visualization(context, pj.get()) : nullptr);
-    shift.isKnown = shift.pj != nullptr;
-    if (!shift.pj)
+    if (!from || !to) {
+        shift.isKnown = false;
         return shift;
+    }
+    // Looking for ways by other systems takes a hundred times as long, and finds one for few datums.
+    SearchedPj operation =
+        operationAt(context, from.get(), to.get(), centre, PROJ_INTERMEDIATE_CRS_USE_NEVER);
+    shift.isGeocentric = isGeocentric(context, from.get());
+    shift.isKnown = shift.isGeocentric || !leavesDatumOut(context, operation.get());
+    if (!shift.isKnown) {
+        operation = operationAt(context, from.get(), to.get(), centre,
+                                PROJ_INTERMEDIATE_CRS_USE_IF_NO_DIRECT_TRANSFORMATION);
+        shift.isKnown = !leavesDatumOut(context, operation.get());
+    }
+    shift.pj.reset(operation ? proj_normalize_for_visualization(context, operation.get()) : nullptr);
     shift.in = CoordinateUnits::ofUnit(axisFactor(context, from.get()));
     shift.in.meridianDeg = meridianDeg(context, from.get());
-    double x = centre.x();
-    double y = centre.y();
-    shift.in.enter(x, y);
-    proj_trans(shift.pj.get(), PJ_FWD, projPoint(x, y));
-    shift.isKnown = !leavesDatumOut(context, shift.pj.get());
     return shift;
 }
 
@@ -95,7 +158,7 @@ Ground GuessGround::onWgs84(const PlaneOfSystem &system, const std::vector<QPoin
                             const QPointF &centre)
 {
     const Shift &shift = shiftOf(system, centre);
-    Ground ground{lonLat, shift.isKnown};
+    Ground ground{lonLat, shift.isKnown, shift.isGeocentric};
     if (!shift.pj)
         return ground;
     for (QPointF &point : ground.lonLat) {

@@ -26,6 +26,7 @@ struct Ground
 {
     std::vector<QPointF> lonLat; ///< degrees
     bool isShiftKnown = true;    ///< false: the datum's difference from WGS 84 is left out
+    bool isGeocentric = true;    ///< a datum of the earth's own centre, as satellites have it
 };
 
 /// PROJ's steps for one guess. Holds the context of searches for as long as it lives.
@@ -56,6 +57,7 @@ private:
         SearchedPj pj; ///< null for none
         CoordinateUnits in;
         bool isKnown = true;
+        bool isGeocentric = true;
     };
     using Key = std::tuple<int, int, int>; ///< base, and the surroundings in steps of some degrees
 

@@ -12,15 +12,17 @@ namespace {
 constexpr double standingWeight = 0.4;
 constexpr double densityWeight = 0.9;
 constexpr double earthKm2 = 5.1e8;
-constexpr double inForceWorth = 2.0; ///< without a place; half of it with one
-constexpr double inForceStep = 0.1;
+constexpr double inForceWorth = 2.0;
+constexpr double inForceStep = 0.2;
 constexpr double leastInForce = 1.0;
 constexpr double ofFamilyInForce = 1.0;
-constexpr double shareWeight = 4.0;
+constexpr double ofToday = 0.15;
+constexpr double shareWeight = 8.0;
 constexpr double townReachM = 300e3;
 constexpr double mostWithoutTown = 3.0;
 constexpr double placeReachM = 100e3; ///< nearer than that is nearly as good
-constexpr double beyondScaleM = 30e3;
+constexpr double atPlaceReach = 2.0;  ///< how much less likely there than at the place
+constexpr double beyondScaleM = 10e3;
 constexpr double mostFromPlace = 60.0;
 constexpr double aroundPlaceDeg = 4.0;
 /// For the systems that data from everywhere are in: bare degrees are of WGS 84 unless something speaks
@@ -37,6 +39,8 @@ double GuessScore::beforehand(const IndexedSystem &system, const GuessReading &r
         score += system.hit.code == QLatin1String(code) ? worth : 0.0;
     return score;
 }
+
+double GuessScore::ofDatum(const Ground &ground) { return ground.isGeocentric ? ofToday : 0.0; }
 
 bool GuessScore::isNear(const IndexedSystem &system) const
 {
@@ -86,13 +90,15 @@ double GuessScore::there(const GuessCandidate &candidate)
     const int town = m_lexicon.townNear(candidate.centre);
     if (town >= 0) {
         const SearchTown &nearest = m_lexicon.towns()[static_cast<std::size_t>(town)];
-        score -= std::min(mostWithoutTown, metresBetween(nearest.lonLat, candidate.centre) / townReachM);
-        score += inForce(candidate.system->system, nearest.country) * (m_place ? 0.5 : 1.0);
+        if (!m_place)
+            score -= std::min(mostWithoutTown, metresBetween(nearest.lonLat, candidate.centre) / townReachM);
+        score += inForce(candidate.system->system, nearest.country);
     }
     if (m_place) {
         const double away = metresBetween(*m_place, candidate.centre);
         const double beyond = std::max(0.0, away - placeReachM) / beyondScaleM;
-        score -= std::min(mostFromPlace, beyond + std::pow(std::min(away, placeReachM) / placeReachM, 2.0));
+        const double within = std::min(away, placeReachM) / placeReachM;
+        score -= std::min(mostFromPlace, beyond + atPlaceReach * within * within);
     }
     return score;
 }

@@ -24,6 +24,8 @@ public:
     double beforehand(const IndexedSystem &system, const GuessReading &reading) const;
     /// For where they lie: what is in force there, towns, the place asked for, the share inside the area.
     double there(const GuessCandidate &candidate);
+    /// For the datum: those of today are the likelier ones.
+    static double ofDatum(const Ground &ground);
     /// Whether the area of a system is near enough to the place asked for.
     bool isNear(const IndexedSystem &system) const;
 

@@ -22,7 +22,7 @@ constexpr std::size_t sampleSize = 24;
 constexpr std::size_t mostInverted = 3000; ///< systems whose inverse is tried
 constexpr std::size_t mostClusters = 10;   ///< places where the data may lie that are looked at closely
 constexpr std::size_t mostInCluster = 80;
-constexpr std::size_t mostShifts = 48; ///< each costs some milliseconds
+constexpr std::size_t mostShifts = 150; ///< each costs some milliseconds
 constexpr double clusterReachM = 2000.0;
 constexpr double leastShare = 0.3;
 constexpr double doubtfulShare = 0.5;
@@ -249,7 +249,9 @@ std::vector<GuessCandidate> Guessing::onGround(const std::vector<GuessCandidate>
             continue;
         result.push_back(candidate);
         result.back().ground = m_ground.onWgs84(*candidate.system, candidate.lonLat, candidate.centre);
+        result.back().score += GuessScore::ofDatum(result.back().ground);
     }
+    std::stable_sort(result.begin(), result.end(), isBetter);
     return result;
 }
 

@@ -98,6 +98,23 @@ private Q_SLOTS:
         QVERIFY(std::any_of(question.points.begin(), question.points.end(), isOwn));
     }
 
+    /// Datums of satellites are one another's without a registered shift; an old one is not.
+    void unknownShifts()
+    {
+        SystemGuess::Question question;
+        question.points = survey(22220, {-63.6, 44.7}); // NAD83(CSRS)v2
+        question.place = QPointF(-63.6, 44.7);
+        const Answer canada = m_guess->guess(question, 1);
+        QVERIFY(has(canada.entries.first(), 2961) && has(canada.entries.first(), 22220));
+        QVERIFY(canada.entries.first().isShiftKnown && !has(canada.entries.first(), 26720)); // NAD27
+        question.points = survey(3027, {18.0, 59.3});                                        // RT38
+        question.place = QPointF(18.0, 59.3);
+        const QVector<Entry> sweden = m_guess->guess(question, 10).entries;
+        const auto old =
+            std::find_if(sweden.begin(), sweden.end(), [](const Entry &entry) { return has(entry, 3027); });
+        QVERIFY(old != sweden.end() && !old->isShiftKnown);
+    }
+
     void doubt()
     {
         SystemGuess::Question question;
