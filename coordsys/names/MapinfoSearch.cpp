@@ -42,7 +42,8 @@ MapinfoSearch::Answer MapinfoSearch::answer(const QString &text, const std::opti
                                             int limit) const
 {
     Answer answer;
-    SearchQuery query = readQuery(text, m_data->lexicon);
+    const SystemIndex &index = m_data->index();
+    SearchQuery query = readQuery(text, m_data->lexicon, index);
     if (lonLat) {
         query.place = lonLat;
         query.placeCountry = query.country >= 0 ? query.country : m_data->lexicon.countryAt(*lonLat);
@@ -50,7 +51,6 @@ MapinfoSearch::Answer MapinfoSearch::answer(const QString &text, const std::opti
     const bool isPlace = !lonLat || std::isfinite(lonLat->x() + lonLat->y());
     if (query.isEmpty() || query.isUnpublished || limit < 1 || !isPlace)
         return answer;
-    const SystemIndex &index = m_data->index();
     const RankedSystems ranked = rank(index, m_data->lexicon, query);
     for (const int system : ranked.systems) {
         if (answer.hits.size() >= limit)

@@ -111,6 +111,18 @@ int SearchLexicon::loadAliases(const QFileInfo &file)
 
 int SearchLexicon::countryNamed(const QString &name) const { return m_countryNames.find(wordsOf(name)); }
 
+std::vector<int> SearchLexicon::countriesBeginning(const std::string &word) const
+{
+    std::vector<int> countries;
+    for (std::size_t i = 0; i < m_countries.size(); ++i)
+        for (const Words &name : m_countries[i].names)
+            if (name.size() == 1 && name.front().size() > word.size() && name.front().rfind(word, 0) == 0) {
+                countries.push_back(static_cast<int>(i));
+                break;
+            }
+    return countries;
+}
+
 int SearchLexicon::countryAt(const QPointF &lonLat) const
 {
     const int town = townNear(lonLat);

@@ -55,6 +55,8 @@ public:
     std::vector<FoundPhrase> townsIn(const Words &words) const { return m_townNames.in(words); }
     std::vector<FoundPhrase> aliasesIn(const Words &words) const { return m_aliasNames.in(words); }
     int countryNamed(const QString &name) const;
+    /// Countries with a name of one word that begins so, and goes on.
+    std::vector<int> countriesBeginning(const std::string &word) const;
     /// Of the nearest town, -1 without towns. Good enough to order systems that hold the place anyway.
     int countryAt(const QPointF &lonLat) const;
     /// The nearest one, in towns(); -1 without any.

@@ -31,11 +31,15 @@ constexpr std::pair<std::string_view, char> hemisphereWords[] = {
     {"север", 'n'}, {"юг", 's'},   {"северное", 'n'}, {"южное", 's'}, {"norte", 'n'},    {"sur", 's'},
     {"sul", 's'},   {"nord", 'n'}, {"sud", 's'}};
 
+/// Beginnings of what is said of a country's own system.
+constexpr std::string_view nationalWords[] = {"national",   "nacional",  "nazionale",    "official",
+                                              "национальн", "официальн", "государственн"};
+
 /// They say nothing of which system is meant.
 constexpr std::string_view fillers[] = {
-    "crs", "srs", "coordinate", "coordinates", "system",  "projection", "projected", "the",
-    "of",  "for", "in",         "and",         "система", "системы",    "координат", "проекция",
-    "для", "на",  "в",          "и",           "zone",    "зона",       "зоны",      "datum"};
+    "crs", "srs", "coordinate", "coordinates", "system",    "projection", "projected", "the",  "of",   "for",
+    "in",  "and", "система",    "системы",     "координат", "проекция",   "для",       "на",   "в",    "и",
+    "по",  "с",   "degrees",    "градусы",     "градусах",  "zone",       "зона",      "зоны", "datum"};
 
 template <typename Value, std::size_t Size>
 const Value *valueOf(const std::pair<std::string_view, Value> (&table)[Size], const std::string &word)
@@ -61,8 +65,9 @@ bool isZoneWord(const std::string &word)
 class QueryReader
 {
 public:
-    QueryReader(const QString &text, const SearchLexicon &lexicon)
+    QueryReader(const QString &text, const SearchLexicon &lexicon, const SystemIndex &index)
         : m_lexicon(lexicon)
+        , m_index(index)
         , m_words(wordsOf(text))
     {
         m_query.text = text.simplified().toCaseFolded();
@@ -78,6 +83,7 @@ public:
         takeUnit();
         takeCountry();
         takePlace();
+        takeNational();
         takeNumbers();
         for (const std::string &word : m_words)
             if (std::find(std::begin(fillers), std::end(fillers), word) == std::end(fillers))
@@ -124,7 +130,7 @@ private:
             const auto begin = isTaken.begin() + static_cast<std::ptrdiff_t>(phrase.first);
             const auto end = begin + static_cast<std::ptrdiff_t>(phrase.count);
             const bool isCut = phrase.count == 1 && isFollowedByYear(phrase.first);
-            if (std::find(begin, end, true) != end || isCut)
+            if (std::find(begin, end, true) != end || isCut || isInsideCountry(phrase))
                 continue;
             const SearchAlias &alias = m_lexicon.aliases()[static_cast<std::size_t>(phrase.index)];
             addCodes(alias, phrase.count);
@@ -141,6 +147,16 @@ private:
                 result.push_back(m_words[i]);
         }
         m_words = std::move(result);
+    }
+
+    /// "Африка" in "Южная Африка"
+    bool isInsideCountry(const FoundPhrase &phrase) const
+    {
+        const std::vector<FoundPhrase> countries = m_lexicon.countriesIn(m_words);
+        return std::any_of(countries.begin(), countries.end(), [&phrase](const FoundPhrase &country) {
+            return country.count > phrase.count && country.first <= phrase.first &&
+                   country.first + country.count >= phrase.first + phrase.count;
+        });
     }
 
     /// "wgs 72" is no "wgs".
@@ -266,8 +282,10 @@ private:
         const std::vector<FoundPhrase> found = m_lexicon.townsIn(m_words);
         if (found.empty() || (m_query.country >= 0 && found.front().count == 0))
             return;
-        const std::string behind = word(found.front().first + found.front().count);
-        if (isYear(behind)) // "Beijing 1954" is a datum
+        const std::size_t behind = found.front().first + found.front().count;
+        const std::size_t at = found.front().first;
+        if ((isYear(word(behind)) && m_index.hasInName(before(behind), word(behind))) || // "Beijing 1954"
+            m_index.hasInName(before(at), word(at)))                                     // "New Beijing"
             return;
         const SearchTown &town = m_lexicon.towns()[static_cast<std::size_t>(found.front().index)];
         if (m_query.country >= 0 && town.country != m_query.country)
@@ -281,6 +299,22 @@ private:
         m_query.country = -1;
     }
 
+    /// "the national grid of Finland": whatever that is called.
+    void takeNational()
+    {
+        const auto isNational = [](const std::string &word) {
+            return std::any_of(std::begin(nationalWords), std::end(nationalWords),
+                               [&word](std::string_view beginning) { return word.rfind(beginning, 0) == 0; });
+        };
+        m_query.isNational = m_query.country >= 0 && std::any_of(m_words.begin(), m_words.end(), isNational);
+        if (!m_query.isNational)
+            return;
+        const auto isCovered = [&isNational](const std::string &word) {
+            return isNational(word) || word == "grid" || word == "сетка";
+        };
+        m_words.erase(std::remove_if(m_words.begin(), m_words.end(), isCovered), m_words.end());
+    }
+
     void takeNumbers()
     {
         constexpr std::size_t leastDigits = 4;
@@ -291,6 +325,7 @@ private:
     }
 
     const SearchLexicon &m_lexicon;
+    const SystemIndex &m_index;
     Words m_words;
     SearchQuery m_query;
     bool m_isUnderstood = false;
@@ -298,9 +333,9 @@ private:
 
 } // namespace
 
-SearchQuery readQuery(const QString &text, const SearchLexicon &lexicon)
+SearchQuery readQuery(const QString &text, const SearchLexicon &lexicon, const SystemIndex &index)
 {
-    return QueryReader(text, lexicon).read();
+    return QueryReader(text, lexicon, index).read();
 }
 
 } // namespace nivora::cs

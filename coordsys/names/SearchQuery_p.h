@@ -14,6 +14,8 @@ namespace nivora::cs {
 
 enum class AskedUnit { Any, Feet, Metres };
 
+class SystemIndex;
+
 /// A text taken apart. Words that are understood as something else are no words any more.
 struct SearchQuery
 {
@@ -36,7 +38,8 @@ struct SearchQuery
     AskedUnit unit = AskedUnit::Any;
     bool isThreeDegree = false;
     bool isUtm = false;
-    int country = -1; ///< in the lexicon
+    bool isNational = false; ///< the system for the whole country is asked for
+    int country = -1;        ///< in the lexicon
     std::vector<std::string> countryWords;
     std::optional<QPointF> place; ///< degrees
     int placeCountry = -1;
@@ -51,6 +54,7 @@ struct SearchQuery
     }
 };
 
-SearchQuery readQuery(const QString &text, const SearchLexicon &lexicon);
+/// The index tells a town from a datum's name ("Beijing 1954").
+SearchQuery readQuery(const QString &text, const SearchLexicon &lexicon, const SystemIndex &index);
 
 } // namespace nivora::cs

@@ -19,8 +19,8 @@ namespace {
 
 constexpr std::string_view zoneWords[] = {"zone", "зона", "зоны", "zona", "fuseau",
                                           "faja", "huso", "fuso", "belt"};
-constexpr std::string_view familyWords[] = {"utm",  "kruger", "mga", "amg", "mtm",       "lo",  "tm",
-                                            "dktm", "ntm",    "ctm", "cs",  "argentina", "блок"};
+constexpr std::string_view familyWords[] = {"utm",  "kruger", "mga", "amg", "mtm",       "lo",   "tm",
+                                            "dktm", "ntm",    "ctm", "cs",  "argentina", "блок", "gk"};
 
 template <std::size_t Size> bool isAmong(const std::string_view (&list)[Size], const std::string &word)
 {
@@ -236,12 +236,34 @@ void SystemIndex::describe(IndexedSystem &system, const QString &englishName)
     system.zone = zoneIn(englishName);
     system.isInFeet = isInFeet(englishName);
     system.standing += standingOfName(englishName) - (system.isInFeet ? 0.6 : 0.0);
+    const int abbreviated = number("gk");
+    if (std::find(system.name.begin(), system.name.end(), abbreviated) != system.name.end()) {
+        const std::vector<int> full = numbers(QStringLiteral("gauss kruger"));
+        system.group.insert(system.group.end(), full.begin(), full.end());
+    }
     QString pattern = englishName.section(QLatin1Char('/'), -1);
     if (pattern.contains(digits)) {
         pattern = QString(englishName).replace(digits, QStringLiteral("#"));
         system.family = m_families.value(pattern, m_families.size());
         m_families.insert(pattern, system.family);
     }
+}
+
+int SystemIndex::numberOf(const std::string &word) const
+{
+    const auto known = m_numbers.find(word);
+    return known == m_numbers.end() ? -1 : known->second;
+}
+
+bool SystemIndex::hasInName(const std::string &word, const std::string &next) const
+{
+    const std::array<int, 2> pair{numberOf(word), numberOf(next)};
+    if (pair[0] < 0 || pair[1] < 0)
+        return false;
+    return std::any_of(m_systems.begin(), m_systems.end(), [&pair](const IndexedSystem &system) {
+        return std::search(system.name.begin(), system.name.end(), pair.begin(), pair.end()) !=
+               system.name.end();
+    });
 }
 
 int SystemIndex::number(const std::string &word)

@@ -58,6 +58,10 @@ public:
     const std::vector<std::vector<int>> &areaWords() const { return m_areaWords; }
     /// The first system with a code ("EPSG:4326"), -1 when there is none.
     int withCode(const QString &code) const { return m_byCode.value(code, -1); }
+    /// The number of a word, -1 for one that nothing has.
+    int numberOf(const std::string &word) const;
+    /// Whether a name has both words, the one behind the other.
+    bool hasInName(const std::string &word, const std::string &next) const;
 
 private:
     int number(const std::string &word);

@@ -1,7 +1,7 @@
 #include "SystemRanking_p.h"
 
 #include "GeographicExtent_p.h"
-#include "SearchWords_p.h"
+#include "WordLikeness_p.h"
 
 #include <QHash>
 
@@ -12,13 +12,6 @@
 namespace nivora::cs {
 namespace {
 
-/// What a word is worth in a field: as a whole word, at the beginning of one, within one.
-struct FieldWeights
-{
-    float whole;
-    float beginning;
-    float inside;
-};
 constexpr FieldWeights inName = {3.0F, 2.3F, 1.4F};
 constexpr FieldWeights inOtherName = {2.7F, 2.1F, 1.2F};
 constexpr FieldWeights inArea = {2.0F, 1.6F, 0.0F};
@@ -34,98 +27,6 @@ constexpr double inForceStep = 0.45;
 constexpr double ofFamilyInForce = 8.5;
 constexpr double ofCountry = 3.5;
 constexpr double missingWord = 2.2;
-
-enum class Likeness : unsigned char { None, Whole, Beginning, Inside };
-
-bool isNumeral(const std::string &word) { return word.find_first_not_of("0123456789") == std::string::npos; }
-
-/// A word of the query against all words of the index.
-class WordLikeness
-{
-public:
-    WordLikeness(const std::string &word, const std::vector<std::string> &words)
-        : m_likeness(words.size(), Likeness::None)
-        , m_cover(words.size(), 1.0F)
-    {
-        compare(word, words);
-        if (!m_isKnown && !isNumeral(word))
-            compare(russianStem(word), words);
-        if (!m_isKnown && !isNumeral(word))
-            forgive(word, words);
-    }
-
-    bool isKnown() const { return m_isKnown; }
-    float value(const std::vector<int> &field, const FieldWeights &weights) const
-    {
-        float best = 0.0F;
-        for (const int word : field)
-            best = std::max(best, value(static_cast<std::size_t>(word), weights));
-        return best;
-    }
-
-private:
-    float value(std::size_t word, const FieldWeights &weights) const
-    {
-        switch (m_likeness[word]) {
-        case Likeness::Whole:
-            return weights.whole * m_cover[word];
-        case Likeness::Beginning:
-            return weights.beginning * m_cover[word];
-        case Likeness::Inside:
-            return weights.inside;
-        case Likeness::None:
-            break;
-        }
-        return 0.0F;
-    }
-
-    void compare(const std::string &word, const std::vector<std::string> &words)
-    {
-        constexpr std::size_t leastInside = 4; // bytes
-        const bool isPart = !isNumeral(word) && word.size() > 1;
-        for (std::size_t i = 0; i < words.size(); ++i) {
-            const std::string &known = words[i];
-            if (known.size() < word.size())
-                continue;
-            if (known == word)
-                note(i, Likeness::Whole, 1.0F);
-            else if (isPart && known.compare(0, word.size(), word) == 0)
-                note(i, Likeness::Beginning,
-                     0.75F + 0.25F * static_cast<float>(word.size()) / static_cast<float>(known.size()));
-            else if (isPart && word.size() >= leastInside && known.find(word) != std::string::npos)
-                note(i, Likeness::Inside, 1.0F);
-        }
-    }
-
-    /// One slip of the hand, two in a long word.
-    void forgive(const std::string &word, const std::vector<std::string> &words)
-    {
-        constexpr float slipped = 0.8F;
-        const QString typed = QString::fromStdString(word);
-        for (std::size_t i = 0; i < words.size(); ++i)
-            if (isSlip(typed, QString::fromStdString(words[i])))
-                note(i, Likeness::Whole, slipped);
-    }
-
-    static bool isSlip(const QString &typed, const QString &known)
-    {
-        constexpr int longWord = 8;
-        constexpr int leastLetters = 4;
-        const int least = std::min(typed.size(), known.size());
-        return least >= leastLetters && editDistance(typed, known, 2) <= (least >= longWord ? 2 : 1);
-    }
-
-    void note(std::size_t word, Likeness likeness, float cover)
-    {
-        m_likeness[word] = likeness;
-        m_cover[word] = cover;
-        m_isKnown = true;
-    }
-
-    std::vector<Likeness> m_likeness;
-    std::vector<float> m_cover;
-    bool m_isKnown = false;
-};
 
 struct Scored
 {
@@ -145,6 +46,7 @@ public:
         , m_found(index.systems().size(), 0)
         , m_force(forceIn(query.country))
         , m_placeForce(forceIn(query.placeCountry))
+        , m_countryNames(countryNames())
     {}
 
     RankedSystems ranked()
@@ -201,7 +103,7 @@ private:
                     m_without << text;
                 continue;
             }
-            addWord(likeness, zoneNumber(word));
+            addWord(likeness, word, zoneNumber(word));
             ++m_words;
         }
     }
@@ -213,11 +115,12 @@ private:
     }
 
     /// \p zone: a number may be that of a zone, also where it stands alone ("plane rectangular 12").
-    void addWord(const WordLikeness &likeness, std::optional<int> zone)
+    void addWord(const WordLikeness &likeness, const std::string &word, std::optional<int> zone)
     {
         std::vector<float> areas;
         for (const std::vector<int> &area : m_index.areaWords())
             areas.push_back(likeness.value(area, inArea));
+        const std::vector<float> ofCountriesBegun = systemsOfCountriesBegun(likeness, word);
         std::vector<float> values;
         int strong = 0;
         for (const IndexedSystem &system : m_index.systems()) {
@@ -229,6 +132,7 @@ private:
                 value = std::max(value, areas[static_cast<std::size_t>(system.area)]);
             if (zone && system.zone.number == zone)
                 value = inName.whole;
+            value = std::max(value, ofCountriesBegun[values.size()]);
             strong += value >= asStrong;
             values.push_back(value);
         }
@@ -238,6 +142,24 @@ private:
                 m_points[i] += (values[i] + missingWord) * weight;
                 ++m_found[i];
             }
+    }
+
+    /// "swis" on the way to "Swiss": the country's first systems.
+    std::vector<float> systemsOfCountriesBegun(const WordLikeness &likeness, const std::string &word) const
+    {
+        constexpr std::size_t leastBytes = 4;
+        constexpr float worth[] = {3.0F, 2.6F, 2.3F};
+        std::vector<float> systems(m_index.systems().size(), 0.0F);
+        if (likeness.isWhole() || word.size() < leastBytes)
+            return systems;
+        for (const int country : m_lexicon.countriesBeginning(word)) {
+            const QStringList &codes = m_lexicon.countries()[static_cast<std::size_t>(country)].codes;
+            const int count = std::min(static_cast<int>(codes.size()), static_cast<int>(std::size(worth)));
+            for (int rank = 0; rank < count; ++rank)
+                if (const int system = m_index.withCode(codes.at(rank)); system >= 0)
+                    systems[static_cast<std::size_t>(system)] = worth[rank];
+        }
+        return systems;
     }
 
     /// Rare words tell more.
@@ -269,8 +191,9 @@ private:
                     continue;
                 const double points =
                     (name.isAll ? all : part) - step * i + 0.3 * static_cast<double>(name.words);
-                double &known = m_nicknamed[system];
-                known = std::max(known, points);
+                Nicknamed &known = m_nicknamed[system];
+                if (points > known.points)
+                    known = {points, static_cast<int>(name.words)};
             }
     }
 
@@ -308,8 +231,8 @@ private:
         addField(result, isAny, placePoints(number, system));
         addField(result, isAny, codePoints(system));
         if (const auto nickname = m_nicknamed.constFind(number); nickname != m_nicknamed.constEnd()) {
-            const bool fits = nickname.value() >= 12.0 ? !m_query.zone : result.missing == 0;
-            result.score += fits ? nickname.value() : 2.0;
+            const bool fits = nickname->points >= 12.0 ? !m_query.zone : result.missing <= nickname->words;
+            result.score += fits ? nickname->points : 2.0;
             result.missing = fits ? 0 : result.missing;
             isAny = true;
         }
@@ -319,6 +242,12 @@ private:
         result.score += plainPoints(system) + namePoints(system) - lack * result.missing;
         return result;
     }
+
+    struct Nicknamed
+    {
+        double points = 0.0;
+        int words = 0; ///< of the query, that the system's name need not have
+    };
 
     struct Points
     {
@@ -366,7 +295,9 @@ private:
         if (m_query.country < 0)
             return {};
         if (const auto rank = m_force.systems.constFind(number); rank != m_force.systems.constEnd())
-            return {inForce - inForceStep * std::min(*rank, 8), true};
+            return {inForce - inForceStep * std::min(*rank, 8) +
+                        (m_query.isNational && *rank == 0 ? 4.0 : 0.0),
+                    true};
         const auto family = m_force.families.constFind(system.family);
         if (m_query.zone && system.family >= 0 && family != m_force.families.constEnd())
             return {ofFamilyInForce - 0.2 * std::min(*family, 8), true};
@@ -382,36 +313,61 @@ private:
     /// Any name of the country that was asked for, as the database spells it.
     bool holdsCountry(const std::vector<int> &words) const
     {
-        const auto &names = m_lexicon.countries()[static_cast<std::size_t>(m_query.country)].names;
-        return std::any_of(names.begin(), names.end(), [&](const std::vector<std::string> &name) {
-            return std::all_of(name.begin(), name.end(), [&](const std::string &part) {
-                return std::any_of(words.begin(), words.end(), [&](int word) {
-                    return m_index.words()[static_cast<std::size_t>(word)] == part;
-                });
+        return std::any_of(m_countryNames.begin(), m_countryNames.end(), [&](const std::vector<int> &name) {
+            return std::all_of(name.begin(), name.end(), [&](int part) {
+                return std::find(words.begin(), words.end(), part) != words.end();
             });
         });
+    }
+
+    /// As numbers of words; names with a word that no system has are left out.
+    std::vector<std::vector<int>> countryNames() const
+    {
+        std::vector<std::vector<int>> names;
+        if (m_query.country < 0)
+            return names;
+        for (const auto &name : m_lexicon.countries()[static_cast<std::size_t>(m_query.country)].names) {
+            std::vector<int> numbers;
+            for (const std::string &part : name)
+                numbers.push_back(m_index.numberOf(part));
+            if (std::find(numbers.begin(), numbers.end(), -1) == numbers.end())
+                names.push_back(std::move(numbers));
+        }
+        return names;
     }
 
     Points placePoints(int number, const IndexedSystem &system) const
     {
         if (!m_query.place)
             return {};
-        if (!areaHolds(system.extent, QRectF(*m_query.place, QSizeF(0.0, 0.0))))
-            return {-5.0, false, true};
-        double points = 3.0 - 0.8 * std::log10(system.share * 1e4 + 1.0) - (system.isGeographic ? 1.5 : 0.0);
-        auto rank = m_placeForce.systems.constFind(number);
-        bool isInForce = rank != m_placeForce.systems.constEnd();
-        if (!isInForce && system.family >= 0) {
-            rank = m_placeForce.families.constFind(system.family);
-            isInForce = rank != m_placeForce.families.constEnd();
+        const std::optional<int> rank = rankAtPlace(number, system);
+        if (!areaHolds(system.extent, QRectF(*m_query.place, QSizeF(0.0, 0.0)))) {
+            // The zone beside the place's own is what was asked for.
+            const bool isAsked = rank && m_query.zone && system.zone.number == m_query.zone;
+            return isAsked ? Points{-0.5 - rankStep * *rank, true} : Points{-7.0, false, true};
         }
-        constexpr double largeCountry = 0.008; // one system for all of it serves no town
-        if (isInForce)
-            points += (system.share > largeCountry ? 0.5 : 3.5) - 0.15 * std::min(*rank, 8);
+        double points = 3.0 - 0.8 * std::log10(system.share * 1e4 + 1.0) - (system.isGeographic ? 1.5 : 0.0);
+        constexpr double largeCountry =
+            0.009; // one system for all of it serves no town; half a UTM zone does
+        if (rank)
+            points += (system.share > largeCountry ? 0.5 : 3.5) - rankStep * *rank;
         if (system.hit.name.startsWith(QLatin1String("WGS 84 / UTM")))
             points += 1.8;
         return {points, true};
     }
+
+    /// Among the systems in force in the place's country, itself or its family; at most 8.
+    std::optional<int> rankAtPlace(int number, const IndexedSystem &system) const
+    {
+        constexpr int last = 8;
+        if (const auto rank = m_placeForce.systems.constFind(number); rank != m_placeForce.systems.constEnd())
+            return std::min(*rank, last);
+        const auto rank = m_placeForce.families.constFind(system.family);
+        if (system.family < 0 || rank == m_placeForce.families.constEnd())
+            return std::nullopt;
+        return std::min(*rank, last);
+    }
+    static constexpr double rankStep = 0.15;
 
     Points codePoints(const IndexedSystem &system) const
     {
@@ -497,10 +453,11 @@ private:
     std::vector<int> m_found; ///< words of the query, of each system
     int m_words = 0;          ///< of the query that some system has
     std::vector<bool> m_asked;
-    QHash<int, double> m_nicknamed;
+    QHash<int, Nicknamed> m_nicknamed;
     Force m_force;
     Force m_placeForce;
-    QStringList m_codes; ///< numbers of the query that are codes
+    std::vector<std::vector<int>> m_countryNames; ///< of the country asked for
+    QStringList m_codes;                          ///< numbers of the query that are codes
     QStringList m_without;
 };
 

@@ -61,6 +61,17 @@ private Q_SLOTS:
         QTest::newRow("a country") << "germany utm 32" << 25832;
         QTest::newRow("a country in a Russian case") << "Чехии" << 5514;
         QTest::newRow("a country and a family of zones") << "Россия зона 9" << 28409;
+        QTest::newRow("a country's own system, whatever it is called") << "финляндия национальная" << 3067;
+        QTest::newRow("a country that is being typed") << "swis" << 2056;
+        QTest::newRow("a country with another's name in it") << "Южная Африка lo 29" << 2053;
+        QTest::newRow("behind a preposition") << "по казахстану зона 13" << 28413;
+        QTest::newRow("a town with a year that no datum has") << "warsaw 2000" << 2180;
+        QTest::newRow("the datum named with a town") << "new beijing zone 18" << 4573;
+        QTest::newRow("an abbreviation in a name") << "wien gk" << 31256;
+        QTest::newRow("its zone") << "хельсинки gk25" << 3879;
+        QTest::newRow("a large zone in a small country") << "quito utm" << 32717;
+        QTest::newRow("the zone beside a town's") << "buenos aires argentina 5" << 5347;
+        QTest::newRow("a nickname beside a town") << "таллин l-est97" << 3301;
         QTest::newRow("a word that nothing has") << "new zorbl nztm" << 2193;
         QTest::newRow("a slip in each word") << "pulkvo gaus kruger zone 7" << 28407;
         QTest::newRow("two slips in a long word") << "amresfort" << 4289;
