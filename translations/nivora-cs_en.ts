@@ -2,6 +2,41 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en" sourcelanguage="ru">
 <context>
+    <name>ModelTexts</name>
+    <message>
+        <source>Не могу подготовить поиск систем: %1</source>
+        <translation>Cannot prepare the search for systems: %1</translation>
+    </message>
+    <message>
+        <source>Мои системы</source>
+        <translation>My systems</translation>
+    </message>
+    <message>
+        <source>Недавние</source>
+        <translation>Recently used</translation>
+    </message>
+    <message>
+        <source>Каталог MapInfo</source>
+        <translation>MapInfo catalogue</translation>
+    </message>
+    <message>
+        <source>База PROJ: EPSG и другие</source>
+        <translation>PROJ database: EPSG and others</translation>
+    </message>
+    <message>
+        <source>Название</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>Код</source>
+        <translation>Code</translation>
+    </message>
+    <message>
+        <source>Раздел</source>
+        <translation>Section</translation>
+    </message>
+</context>
+<context>
     <name>QObject</name>
     <message>
         <source>Не проинициализированы КС</source>
@@ -440,38 +475,6 @@
     <message>
         <source>Корневой элемент &lt;%1&gt; не из файла систем координат</source>
         <translation>The root element &lt;%1&gt; is not that of a file of coordinate systems</translation>
-    </message>
-    <message>
-        <source>Не могу подготовить поиск систем: %1</source>
-        <translation>Cannot prepare the search for systems: %1</translation>
-    </message>
-    <message>
-        <source>Мои системы</source>
-        <translation>My systems</translation>
-    </message>
-    <message>
-        <source>Недавние</source>
-        <translation>Recently used</translation>
-    </message>
-    <message>
-        <source>Каталог MapInfo</source>
-        <translation>MapInfo catalogue</translation>
-    </message>
-    <message>
-        <source>База EPSG</source>
-        <translation>EPSG database</translation>
-    </message>
-    <message>
-        <source>Название</source>
-        <translation>Name</translation>
-    </message>
-    <message>
-        <source>Код EPSG</source>
-        <translation>EPSG code</translation>
-    </message>
-    <message>
-        <source>Раздел</source>
-        <translation>Section</translation>
     </message>
     <message>
         <source>нет</source>

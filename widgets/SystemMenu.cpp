@@ -3,6 +3,7 @@
 #include <widgets/RecentSystems_p.h>
 #include <widgets/WidgetTexts_p.h>
 
+#include <coordsys/CalibrationStore.h>
 #include <coordsys/CoordSysFactory.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemCatalogModel.h>
@@ -14,6 +15,7 @@
 #include <QMenu>
 #include <QMessageBox>
 
+#include <algorithm>
 #include <exception>
 #include <functional>
 
@@ -69,6 +71,15 @@ void change(QWidget *parent, Model &model, const std::function<bool(UserCoordSys
     model.reloadOwnSystems();
 }
 
+bool holds(const UserCoordSystem &systems, const Source &source)
+{
+    const QList<UserCoordSystem::CsDataType> branches = systems.data();
+    return std::any_of(branches.begin(), branches.end(), [&](const UserCoordSystem::CsDataType &branch) {
+        return std::any_of(branch.entries.begin(), branch.entries.end(),
+                           [&](const auto &entry) { return entry.source() == source; });
+    });
+}
+
 void rename(QWidget *parent, Model &model, const QString &branch, const Source &source, const QString &name)
 {
     bool isOk = false;
@@ -103,6 +114,20 @@ void editText(QWidget *parent, Model &model, const QString &branch, const Source
     });
 }
 
+/// The control points go with the system, unless another branch has it, too.
+void remove(QWidget *parent, Model &model, const QString &branch, const Source &source)
+{
+    bool isGone = false;
+    change(parent, model, [&](UserCoordSystem &fresh) {
+        const bool isRemoved = fresh.removeCoordSystem(branch, source);
+        isGone = isRemoved && !holds(fresh, source);
+        return isRemoved;
+    });
+    if (isGone)
+        attempt(parent,
+                [&] { CalibrationStore(model.factory()->userCoordSystem()->fileInfo()).remove(source); });
+}
+
 void addOwnActions(QMenu &menu, QWidget *parent, Model &model, const QModelIndex &row)
 {
     const QString branch = row.data(Model::GroupRole).toString();
@@ -116,8 +141,7 @@ void addOwnActions(QMenu &menu, QWidget *parent, Model &model, const QModelIndex
         const auto answer = QMessageBox::question(parent, WidgetTexts::tr("Удалить"),
                                                   WidgetTexts::tr("Удалить вашу систему «%1»?").arg(name));
         if (answer == QMessageBox::Yes)
-            change(parent, model,
-                   [&](UserCoordSystem &fresh) { return fresh.removeCoordSystem(branch, source); });
+            remove(parent, model, branch, source);
     });
 }
 

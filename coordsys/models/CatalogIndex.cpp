@@ -20,7 +20,9 @@ QString countryOf(const QString &areaName) { return areaName.section(QStringLite
 CatalogIndex::System systemOf(const ProjLibMetadata::ProjectionInfo &info)
 {
     const bool geographic = info.kind == ProjLibMetadata::Kind::Geographic;
-    return {info.name, info.id.section(QLatin1Char(':'), 1).toInt(),
+    const bool isEpsg = info.id.section(QLatin1Char(':'), 0, 0) == QLatin1String("EPSG");
+    return {info.id, info.name,
+            isEpsg ? info.id.section(QLatin1Char(':'), 1).toInt() : int(CoordSystemTypes::EPSG_UNDEFINDED),
             geographic ? Kind::Geographic : Kind::Projected, eastward(info.rect)};
 }
 
@@ -47,6 +49,7 @@ CatalogIndex::CatalogIndex(const CataloguePtr &catalogue, const QDir &resources,
     // What it reads on first call is read now, not when somebody types.
     m_search->find(QStringLiteral("utm"), 1);
     readDatabase();
+    readOthers();
     noteUncatalogued(*catalogue);
 }
 
@@ -70,16 +73,33 @@ void CatalogIndex::readDatabase()
             m_areas.insert(systems.last().code, systems.last().area);
         }
     }
-    const auto key = [](const System &system) { return std::tie(system.name, system.code); };
-    for (auto country = countries.begin(); country != countries.end(); ++country) {
-        std::sort(country->begin(), country->end(),
-                  [&](const System &a, const System &b) { return key(a) < key(b); });
-        // The database lists a system once for each of its areas of use.
-        country->erase(std::unique(country->begin(), country->end(),
-                                   [&](const System &a, const System &b) { return key(a) == key(b); }),
-                       country->end());
-        m_countries << Country{country.key(), country.value()};
+    for (auto country = countries.begin(); country != countries.end(); ++country)
+        addGroup(country.key(), country.value());
+}
+
+/// Each authority is one group: most of their areas have no name.
+void CatalogIndex::readOthers()
+{
+    for (const char *authority : {"ESRI", "IGNF", "OGC", "IAU_2015"}) {
+        QVector<System> systems;
+        for (const auto &area : ProjLibMetadata().listProjections(QLatin1String(authority)))
+            for (const ProjLibMetadata::ProjectionInfo &info : area)
+                systems << systemOf(info);
+        if (!systems.isEmpty())
+            addGroup(QLatin1String(authority), systems);
     }
+}
+
+void CatalogIndex::addGroup(const QString &name, QVector<System> systems)
+{
+    const auto key = [](const System &system) { return std::tie(system.name, system.code, system.id); };
+    std::sort(systems.begin(), systems.end(),
+              [&](const System &a, const System &b) { return key(a) < key(b); });
+    // The database lists a system once for each of its areas of use.
+    systems.erase(std::unique(systems.begin(), systems.end(),
+                              [&](const System &a, const System &b) { return key(a) == key(b); }),
+                  systems.end());
+    m_countries << Country{name, systems};
 }
 
 void CatalogIndex::noteUncatalogued(const MapinfoCoordSystem &catalogue)
@@ -88,8 +108,8 @@ void CatalogIndex::noteUncatalogued(const MapinfoCoordSystem &catalogue)
         const Country &list = m_countries.at(country);
         for (int row = 0; row < list.systems.size(); ++row) {
             const System &system = list.systems.at(row);
-            if (!catalogue.entryByEpsg(system.code))
-                m_uncatalogued.insert(system.code, {country, row});
+            if (system.code == CoordSystemTypes::EPSG_UNDEFINDED || !catalogue.entryByEpsg(system.code))
+                m_uncatalogued.insert(system.id, {country, row});
         }
     }
 }

@@ -20,11 +20,13 @@ class CatalogIndex
 public:
     struct System
     {
+        QString id; ///< "EPSG:4326"
         QString name;
-        int code;
+        int code; ///< of EPSG's, EPSG_UNDEFINDED for another authority's
         CoordSystemCatalogModel::Kind kind;
         QRectF area;
     };
+    /// Behind the countries of EPSG's systems the other authorities with theirs.
     struct Country
     {
         QString name;
@@ -44,23 +46,26 @@ public:
                                                   const QString &language);
 
     const QVector<Country> &countries() const { return m_countries; }
-    /// Nothing for a code that the catalogue has, or nobody.
-    std::optional<Row> uncatalogued(int code) const
+    /// Nothing for a code ("ESRI:54030") that the catalogue has, or nobody.
+    std::optional<Row> uncatalogued(const QString &id) const
     {
-        const auto found = m_uncatalogued.constFind(code);
+        const auto found = m_uncatalogued.constFind(id);
         return found == m_uncatalogued.constEnd() ? std::nullopt : std::optional<Row>(*found);
     }
+    const System &system(int country, int row) const { return m_countries.at(country).systems.at(row); }
     const MapinfoSearch &search() const { return *m_search; }
     /// Area of use of a code, null when unknown.
     QRectF area(int code) const { return m_areas.value(code); }
 
 private:
     void readDatabase();
+    void readOthers();
+    void addGroup(const QString &name, QVector<System> systems);
     void noteUncatalogued(const MapinfoCoordSystem &catalogue);
 
     std::shared_ptr<const MapinfoSearch> m_search;
     QVector<Country> m_countries;
-    QHash<int, Row> m_uncatalogued;
+    QHash<QString, Row> m_uncatalogued;
     QHash<int, QRectF> m_areas;
 };
 

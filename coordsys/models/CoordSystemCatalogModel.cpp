@@ -1,11 +1,13 @@
 #include <coordsys/CoordSystemCatalogModel.h>
 
 #include "CatalogIndex_p.h"
+#include "ModelTexts_p.h"
 #include "ProjectionTable_p.h"
 #include <coordsys/CoordSysFactory.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/SourceTags.h>
+#include <coordsys/SystemInfo.h>
 #include <platform/Logger.h>
 
 #include <QFutureWatcher>
@@ -65,9 +67,20 @@ CoordSystemCatalogModel::Kind kindOfParams(const QStringList &params)
 
 QString epsgTag(int code) { return QStringLiteral("EPSG:%1").arg(code); }
 
-CoordSystemPtr made(const CoordSysFactory &factory, const QString &tagged)
+/// "ESRI:54030", which no tagged string can be.
+bool isOtherCode(const QString &text)
+{
+    for (const char *authority : {"ESRI:", "IGNF:", "OGC:", "IAU_2015:"})
+        if (text.startsWith(QLatin1String(authority)))
+            return true;
+    return false;
+}
+
+CoordSystemPtr made(CoordSysFactory &factory, const QString &tagged)
 {
     static const QString oracle = QStringLiteral("oracle:");
+    if (isOtherCode(tagged))
+        return factory.createFromUserInput(tagged);
     return tagged.startsWith(oracle) ? factory.createFromOracleSRID(tagged.mid(oracle.size()).toInt())
                                      : factory.createFromTaggedString(tagged);
 }
@@ -79,6 +92,9 @@ struct CoordSystemCatalogModel::Record
     QString name;
     int epsg = CoordSystemTypes::EPSG_UNDEFINDED;
     Kind kind = Kind::Unknown;
+    QString id; ///< of another authority, "ESRI:54030"
+
+    QString code() const { return epsg > 0 ? epsgTag(epsg) : id; }
 };
 
 struct CoordSystemCatalogModel::Worker
@@ -116,7 +132,8 @@ void CoordSystemCatalogModel::prepare()
         try {
             return CatalogIndex::of(catalogue, resources, language);
         } catch (const std::exception &e) {
-            LOG_ERROR(QObject::tr("Не могу подготовить поиск систем: %1").arg(QString::fromUtf8(e.what())));
+            LOG_ERROR(
+                ModelTexts::tr("Не могу подготовить поиск систем: %1").arg(QString::fromUtf8(e.what())));
             return nullptr;
         }
     };
@@ -315,17 +332,21 @@ CoordSystemCatalogModel::Record CoordSystemCatalogModel::record(const QModelInde
         const CoordSystemTypes::SourceData &source = ownEntry(index).source();
         const bool isCode = source.type == CoordSystemTypes::Epsg;
         return {ownEntry(index).description(),
-                isCode ? source.string.toInt() : CoordSystemTypes::EPSG_UNDEFINDED, Kind::Unknown};
+                isCode ? source.string.toInt() : CoordSystemTypes::EPSG_UNDEFINDED,
+                Kind::Unknown,
+                {}};
     }
     case RecentSystems:
-        return {m_recent.at(index.row()).name, m_recent.at(index.row()).epsg, Kind::Unknown};
+        return {m_recent.at(index.row()).name, m_recent.at(index.row()).epsg, Kind::Unknown,
+                isOtherCode(m_recent.at(index.row()).tagged) ? m_recent.at(index.row()).tagged : QString()};
     case MapinfoCatalogue: {
         const CoordSystemParams &entry = catalogueEntry(index);
-        return {entry.name(), entry.epsg(), kindOfParams(entry.params)};
+        return {entry.name(), entry.epsg(), kindOfParams(entry.params), {}};
     }
     default: {
-        const CatalogIndex::System &system = m_index->countries().at(groupOf(index)).systems.at(index.row());
-        return {system.name, system.code, system.kind};
+        const CatalogIndex::System &system = m_index->system(groupOf(index), index.row());
+        const bool isEpsg = system.code != CoordSystemTypes::EPSG_UNDEFINDED;
+        return {system.name, system.code, system.kind, isEpsg ? QString() : system.id};
     }
     }
 }
@@ -342,7 +363,8 @@ QString CoordSystemCatalogModel::prjText(const QModelIndex &index) const
     case MapinfoCatalogue:
         return catalogueEntry(index).asPrjString();
     default:
-        return m_factory->mapinfoCoordSystem()->seekByEPSG(record(index).epsg);
+        return record(index).epsg > 0 ? m_factory->mapinfoCoordSystem()->seekByEPSG(record(index).epsg)
+                                      : QString();
     }
 }
 
@@ -365,7 +387,7 @@ QString CoordSystemCatalogModel::taggedText(const QModelIndex &index) const
         return isByCode ? epsgTag(entry.epsg()) : QStringLiteral("prj:") + entry.asPrjString();
     }
     default:
-        return epsgTag(record(index).epsg);
+        return record(index).code();
     }
 }
 
@@ -381,8 +403,9 @@ QString CoordSystemCatalogModel::nameOf(const QModelIndex &index) const
     default:
         return record(index).name;
     }
-    const QString sections[SectionCount] = {QObject::tr("Мои системы"), QObject::tr("Недавние"),
-                                            QObject::tr("Каталог MapInfo"), QObject::tr("База EPSG")};
+    const QString sections[SectionCount] = {ModelTexts::tr("Мои системы"), ModelTexts::tr("Недавние"),
+                                            ModelTexts::tr("Каталог MapInfo"),
+                                            ModelTexts::tr("База PROJ: EPSG и другие")};
     return sections[index.row()];
 }
 
@@ -394,7 +417,8 @@ QVariant CoordSystemCatalogModel::systemData(const QModelIndex &index, int role)
     case PrjRole:
         return prjText(index);
     case AreaRole:
-        return area(record(index).epsg);
+        return sectionOf(index) == EpsgDatabase ? m_index->system(groupOf(index), index.row()).area
+                                                : area(record(index).epsg);
     case KindRole:
         return static_cast<int>(record(index).kind);
     case TaggedRole:
@@ -402,8 +426,7 @@ QVariant CoordSystemCatalogModel::systemData(const QModelIndex &index, int role)
     case GroupRole:
         return groupName(sectionOf(index), groupOf(index));
     case WithdrawnRole:
-        return m_index && record(index).epsg > 0 &&
-               m_index->search().isWithdrawn(QStringLiteral("EPSG:%1").arg(record(index).epsg));
+        return m_index && m_index->search().isWithdrawn(record(index).code());
     default:
         return {};
     }
@@ -420,16 +443,16 @@ QVariant CoordSystemCatalogModel::data(const QModelIndex &index, int role) const
         return {};
     if (!shown)
         return systemData(index, role);
-    const int code = record(index).epsg;
-    return code == CoordSystemTypes::EPSG_UNDEFINDED ? QString() : QString::number(code);
+    const Record system = record(index);
+    return system.epsg == CoordSystemTypes::EPSG_UNDEFINDED ? system.id : QString::number(system.epsg);
 }
 
 QVariant CoordSystemCatalogModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return {};
-    return section == NameColumn   ? QObject::tr("Название")
-           : section == CodeColumn ? QObject::tr("Код EPSG")
+    return section == NameColumn   ? ModelTexts::tr("Название")
+           : section == CodeColumn ? ModelTexts::tr("Код")
                                    : QVariant();
 }
 
@@ -455,7 +478,8 @@ QModelIndex CoordSystemCatalogModel::indexOfCode(int epsg) const
         if (found != entries.end())
             return catalogueIndex(category, static_cast<int>(found - entries.begin()));
     }
-    const std::optional<CatalogIndex::Row> rest = m_index ? m_index->uncatalogued(epsg) : std::nullopt;
+    const std::optional<CatalogIndex::Row> rest =
+        m_index ? m_index->uncatalogued(epsgTag(epsg)) : std::nullopt;
     return rest ? systemIndex(EpsgDatabase, rest->country, rest->row) : QModelIndex();
 }
 
@@ -486,6 +510,9 @@ QModelIndex CoordSystemCatalogModel::indexOfSystem(const CoordSystem &cs) const
     const MapinfoCoordSystem::Position position = m_factory->mapinfoCoordSystem()->seekProj(cs, true);
     if (position != MapinfoCoordSystem::PairNone)
         return catalogueIndex(position.first, position.second);
+    const QString id = isPlain && m_index && cs.epsg() <= 0 ? systemInfo(cs).identifier : QString();
+    if (const auto other = m_index ? m_index->uncatalogued(id) : std::nullopt)
+        return systemIndex(EpsgDatabase, other->country, other->row);
     return indexOfCode(isPlain ? cs.epsg() : cs.baseCode());
 }
 

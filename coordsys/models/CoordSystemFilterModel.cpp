@@ -2,6 +2,7 @@
 
 #include "CatalogIndex_p.h"
 #include "GeographicExtent_p.h"
+#include "ModelTexts_p.h"
 #include <coordsys/CoordSysFactory.h>
 
 #include <QFutureWatcher>
@@ -55,6 +56,7 @@ struct NIVORA_CS_NO_EXPORT CoordSystemFilterModel::Query
     void addOwn(const QStringList &words, Entries &out) const;
     QStringList addFound(const QString &words, const Place &where, Entries &out) const;
     Relaxation leftAside(const QStringList &without, int count) const;
+    QRectF areaOf(const Entry &entry) const;
     Entries inUseAt(const QRectF &where, const Entries &entries) const;
     QVector<Relaxation> relaxations() const;
 
@@ -224,7 +226,7 @@ void CoordSystemFilterModel::Query::addOwn(const QStringList &words, Entries &ou
     }
 }
 
-/// Systems of other authorities than EPSG have no row to be shown in. \return the words of no use.
+/// \return the words of no use.
 QStringList CoordSystemFilterModel::Query::addFound(const QString &words, const Place &where,
                                                     Entries &out) const
 {
@@ -236,7 +238,7 @@ QStringList CoordSystemFilterModel::Query::addFound(const QString &words, const 
         if (hit.isInCatalogue())
             out << Entry{CoordSystemCatalogModel::MapinfoCatalogue, hit.position.first, hit.position.second,
                          hit.epsg};
-        else if (const auto row = index->uncatalogued(hit.epsg))
+        else if (const auto row = index->uncatalogued(hit.code))
             out << Entry{CoordSystemCatalogModel::EpsgDatabase, row->country, row->row, hit.epsg};
     }
     return answer.without;
@@ -253,15 +255,21 @@ CoordSystemFilterModel::Relaxation CoordSystemFilterModel::Query::leftAside(cons
     return {rest.join(QLatin1Char(' ')), without.join(QLatin1Char(' ')), count};
 }
 
+QRectF CoordSystemFilterModel::Query::areaOf(const Entry &entry) const
+{
+    return entry.section == CoordSystemCatalogModel::EpsgDatabase ? index->system(entry.group, entry.row).area
+                                                                  : index->area(entry.epsg);
+}
+
 /// Those that hold the middle of a place; before the others those that hold all of it.
 CoordSystemFilterModel::Query::Entries CoordSystemFilterModel::Query::inUseAt(const QRectF &where,
                                                                               const Entries &entries) const
 {
     Entries there;
     std::copy_if(entries.begin(), entries.end(), std::back_inserter(there),
-                 [&](const Entry &entry) { return areaHolds(index->area(entry.epsg), middleOf(where)); });
+                 [&](const Entry &entry) { return areaHolds(areaOf(entry), middleOf(where)); });
     std::stable_partition(there.begin(), there.end(),
-                          [&](const Entry &entry) { return areaHolds(index->area(entry.epsg), where); });
+                          [&](const Entry &entry) { return areaHolds(areaOf(entry), where); });
     return there;
 }
 
@@ -347,7 +355,7 @@ QVariant CoordSystemFilterModel::headerData(int section, Qt::Orientation orienta
 {
     if (section != GroupColumn || orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return m_source.headerData(section, orientation, role);
-    return QObject::tr("Раздел");
+    return ModelTexts::tr("Раздел");
 }
 
 } // namespace nivora::cs

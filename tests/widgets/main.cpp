@@ -16,7 +16,8 @@ int main(int argc, char **argv)
     QStringList arguments = QCoreApplication::arguments();
     const QString wanted = arguments.value(1);
     int failures = 0;
-    for (const auto &make : {makeTestCalibrationDialog, makeTestCatalogModel, makeTestPicker}) {
+    for (const auto &make :
+         {makeTestCalibrationDialog, makeTestCatalogModel, makeTestPicker, makeTestPickerActions}) {
         const std::unique_ptr<QObject> test = make();
         const QString name = QString::fromLatin1(test->metaObject()->className());
         if (wanted.startsWith(QLatin1String("Test")) && wanted != name)

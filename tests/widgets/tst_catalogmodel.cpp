@@ -52,8 +52,13 @@ private Q_SLOTS:
         QSet<int> codes;
         forEachSystem(model, model.sectionIndex(Model::EpsgDatabase), [&](const QModelIndex &system) {
             codes << codeOf(system);
-            QCOMPARE(system.data(Model::TaggedRole).toString(),
-                     QStringLiteral("EPSG:%1").arg(codeOf(system)));
+            const QString tagged = system.data(Model::TaggedRole).toString();
+            if (codeOf(system) > 0)
+                QCOMPARE(tagged, QStringLiteral("EPSG:%1").arg(codeOf(system)));
+            else
+                QVERIFY2(tagged.section(QLatin1Char(':'), 0, 0) == system.data(Model::GroupRole).toString() &&
+                             tagged == system.siblingAtColumn(Model::CodeColumn).data().toString(),
+                         qPrintable(tagged));
         });
         for (const auto &area : ProjLibMetadata().listProjections(ProjLibMetadata::EPSG))
             for (const auto &system : area)
@@ -79,7 +84,7 @@ private Q_SLOTS:
                 CoordSystemPtr made;
                 try {
                     made = model.create(row);
-                } catch (const ProjException &) {
+                } catch (const std::exception &) {
                     QCOMPARE(section, Model::EpsgDatabase); // a few have no coordinates that PROJ can compute
                     return;
                 }
@@ -89,6 +94,25 @@ private Q_SLOTS:
             });
         VERIFY_THROWS(std::invalid_argument, model.create(model.sectionIndex(Model::EpsgDatabase)),
                       QStringLiteral("index"));
+    }
+
+    /// Systems of other authorities are found, made, and shown where they stand.
+    void otherAuthorities()
+    {
+        Model model(support::shippedFactory());
+        CoordSystemFilterModel filter(model);
+        filter.setText(QStringLiteral("esri 54030"));
+        filter.waitUntilFound();
+        const QModelIndex row = filter.mapToSource(filter.index(0, 0));
+        QCOMPARE(row.data(Model::TaggedRole).toString(), QStringLiteral("ESRI:54030"));
+        QVERIFY(row.data(Model::AreaRole).toRectF().width() > 300.0);
+        const CoordSystemPtr made = model.create(row);
+        QCOMPARE(made->description(), QStringLiteral("World_Robinson"));
+        QCOMPARE(model.indexOfSystem(*made), row);
+        model.setRecentSystems({{made->description(), QStringLiteral("ESRI:54030")}});
+        const QModelIndex recent = model.index(0, 0, model.sectionIndex(Model::RecentSystems));
+        QVERIFY(model.create(recent)->isEqual(*made, true));
+        QCOMPARE(recent.siblingAtColumn(Model::CodeColumn).data().toString(), QStringLiteral("ESRI:54030"));
     }
 
     void find_data()
