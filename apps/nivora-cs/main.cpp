@@ -7,12 +7,11 @@
 #include "Output.h"
 #include "Session.h"
 
+#include <platform/system/Descriptors.h>
+#include <platform/system/Signals.h>
+
 #include <QCoreApplication>
 #include <QObject>
-
-#include <csignal>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace {
 
@@ -23,16 +22,6 @@ const std::vector<const Command *> &commands()
         &mgrsCommand(), &calibrateCommand(), &gridsCommand(),      &userCommand(), &listCommand(),
         &findCommand(), &guessCommand(),     &listFormatsCommand()};
     return all;
-}
-
-/// A standard descriptor that the caller closed would be given to the first file that is opened, a database
-/// of the engines perhaps, and be written to. Opened the wrong way round, it fails with "Bad file
-/// descriptor".
-void occupyStandardDescriptors()
-{
-    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-        if (::fcntl(descriptor, F_GETFD) == -1)
-            static_cast<void>(::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY));
 }
 
 QString overview()
@@ -105,9 +94,8 @@ QString languageOf(const QStringList &arguments)
 
 int main(int argc, char **argv)
 {
-    occupyStandardDescriptors();
-    std::signal(SIGPIPE, SIG_IGN); // a reader that has gone is an ordinary write error then
-    std::signal(SIGXFSZ, SIG_IGN); // so is a file that may not grow
+    nivora::system::occupyStandardDescriptors();
+    nivora::system::ignoreBrokenOutput();
     installMessageHandler();
     keepFileNames();
     QCoreApplication app(argc, argv);

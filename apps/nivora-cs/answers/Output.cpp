@@ -1,12 +1,12 @@
 #include "Output.h"
 
+#include <platform/system/Descriptors.h>
+
 #include <QByteArray>
 #include <QObject>
 
 #include <cerrno>
 #include <cstring>
-#include <poll.h>
-#include <unistd.h>
 
 namespace {
 
@@ -31,7 +31,8 @@ void report(const QString &line)
 {
     const QByteArray utf8 = (line + QLatin1Char('\n')).toUtf8();
     // One call, so that lines of several processes do not mix; nothing can be done when stderr is closed.
-    const auto written = ::write(STDERR_FILENO, utf8.constData(), static_cast<std::size_t>(utf8.size()));
+    const auto written = nivora::system::writeSome(nivora::system::standardError, utf8.constData(),
+                                                   static_cast<std::size_t>(utf8.size()));
     static_cast<void>(written);
 }
 
@@ -77,14 +78,13 @@ void Output::flush()
 void Output::writeAll(const char *bytes, std::size_t size) const
 {
     while (size > 0) {
-        const ssize_t written = ::write(m_descriptor, bytes, size);
+        const std::ptrdiff_t written = nivora::system::writeSome(m_descriptor, bytes, size);
         if (written >= 0) {
             bytes += written;
             size -= static_cast<std::size_t>(written);
         } else if (wouldBlock(errno)) {
-            pollfd ready{m_descriptor, POLLOUT, 0};
-            ::poll(&ready, 1, -1);
-        } else if (errno == EPIPE && m_descriptor == STDOUT_FILENO) {
+            nivora::system::waitForRoom(m_descriptor);
+        } else if (errno == EPIPE && m_descriptor == nivora::system::standardOutput) {
             throw ReaderGone();
         } else if (errno != EINTR) {
             throw Failure(QObject::tr("cannot write the output: %1").arg(systemMessage(errno)));
@@ -94,7 +94,7 @@ void Output::writeAll(const char *bytes, std::size_t size) const
 
 void print(const QString &text)
 {
-    Output out(STDOUT_FILENO);
+    Output out(nivora::system::standardOutput);
     out.write(text);
     out.flush();
 }

@@ -1,9 +1,10 @@
 #include "Progress.h"
 
+#include <platform/system/Descriptors.h>
+
 #include <QObject>
 
 #include <cstdio>
-#include <unistd.h>
 
 namespace {
 
@@ -13,7 +14,7 @@ constexpr int width = 40;
 } // namespace
 
 Progress::Progress(bool wanted, qint64 total, Things things)
-    : m_active(wanted && ::isatty(STDERR_FILENO) == 1)
+    : m_active(wanted && nivora::system::isTerminal(nivora::system::standardError))
     , m_total(total)
     , m_things(things)
 {

@@ -15,14 +15,13 @@
 
 #include <coordsys/CoordTransform.h>
 #include <coordsys/NumberText.h>
+#include <platform/system/Descriptors.h>
 
 #include <QObject>
 
 #include <cmath>
-#include <fcntl.h>
 #include <memory>
 #include <optional>
-#include <unistd.h>
 
 using nivora::cs::CoordSystem;
 using nivora::cs::CoordSystemPtr;
@@ -84,10 +83,10 @@ int run(const CommandLine &line)
     const CoordTransform transform(from, to, operationChoice(line), points.epoch);
     const PointTransform step = pointTransform(transform, points);
     if (line.isSet("explain")) {
-        const int nowhere = ::open("/dev/null", O_WRONLY);
+        const int nowhere = nivora::system::openNowhere();
         if (!line.arguments().isEmpty())
             StreamFilter(*format, writer, step, nowhere).run(line.arguments(), streamOptions(line));
-        ::close(nowhere);
+        nivora::system::closeDescriptor(nowhere);
         explain(line, inverse ? CoordTransform(to, from, operationChoice(line), points.epoch) : transform,
                 tally);
         return Success;

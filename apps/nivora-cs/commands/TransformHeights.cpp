@@ -11,13 +11,12 @@
 
 #include <coordsys/NumberText.h>
 #include <coordsys/SystemInfo.h>
+#include <platform/system/Descriptors.h>
 
 #include <QObject>
 
 #include <cmath>
-#include <fcntl.h>
 #include <stdexcept>
-#include <unistd.h>
 
 using nivora::cs::OperationTally;
 using nivora::cs::SpatialPoint;
@@ -107,10 +106,10 @@ SpatialPoint spatialPointOf(const QString &text)
 int explain(const CommandLine &line, const SpatialTransform &transform, const HeightOptions &options)
 {
     OperationTally tally;
-    const int nowhere = ::open("/dev/null", O_WRONLY);
+    const int nowhere = nivora::system::openNowhere();
     if (!line.arguments().isEmpty())
         filterHeights(transform, options, line.arguments(), tally, nowhere);
-    ::close(nowhere);
+    nivora::system::closeDescriptor(nowhere);
     const SpatialTransform way =
         options.inverse
             ? SpatialTransform(transform.destination(), transform.source(), choiceWithHeights(line))

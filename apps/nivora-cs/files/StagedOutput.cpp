@@ -2,6 +2,8 @@
 
 #include "Output.h"
 
+#include <platform/system/Signals.h>
+
 #include <QFile>
 #include <QFileInfo>
 #include <QObject>
@@ -9,7 +11,6 @@
 #include <cerrno>
 #include <csignal>
 #include <ctime>
-#include <sys/resource.h>
 
 using nivora::files::Publication;
 using nivora::files::PublishError;
@@ -33,25 +34,6 @@ void noteInterruption(int signal)
     if (!interrupted)
         interruptedAt = now;
     interrupted = 1;
-}
-
-void listenForSignals()
-{
-    struct sigaction action = {};
-    action.sa_handler = noteInterruption;
-    action.sa_flags = SA_RESTART;
-    struct sigaction before = {};
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU})
-        if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) // as under nohup
-            ::sigaction(signal, &action, nullptr);
-}
-
-/// What a file may have at most, -1 for no limit.
-qint64 largestFile()
-{
-    rlimit limit = {};
-    const bool isLimited = ::getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
-    return isLimited ? static_cast<qint64>(limit.rlim_cur) : -1;
 }
 
 Failure existing(const QString &path)
@@ -93,7 +75,7 @@ StagedOutput::StagedOutput(const QString &path, Mode mode)
         checkFree(path, mode == Replaced);
     if (mode == Replaced)
         m_replaced << path;
-    listenForSignals();
+    nivora::system::listenForInterruptions(noteInterruption);
     try {
         m_publication = std::make_unique<Publication>(path);
     } catch (const PublishError &e) {
@@ -127,7 +109,7 @@ void StagedOutput::checkRoom() const
     file.remove();
     if (!fits)
         throw Failure(QObject::tr("cannot write %1: %2").arg(m_target, why));
-    const qint64 largest = largestFile();
+    const qint64 largest = nivora::system::largestFile();
     for (const QString &name : largest < 0 ? QStringList() : m_publication->names())
         if (QFileInfo(path(name)).size() >= largest)
             throw notWritten(m_target, EFBIG);

@@ -4,10 +4,9 @@
 #include "Output.h"
 
 #include <coordsys/SpatialTransform.h>
+#include <platform/system/Descriptors.h>
 
 #include <QStringList>
-
-#include <unistd.h>
 
 class CommandLine;
 
@@ -31,4 +30,4 @@ struct HeightOptions
 /// transformed gets "*" for x, y and z and is reported. Throws Failure for files that cannot be read.
 ExitStatus filterHeights(const nivora::cs::SpatialTransform &transform, const HeightOptions &options,
                          const QStringList &fileNames, nivora::cs::OperationTally &tally,
-                         int output = STDOUT_FILENO);
+                         int output = nivora::system::standardOutput);

@@ -3,6 +3,8 @@
 #include "Output.h"
 #include "PeopleText.h"
 
+#include <platform/system/Descriptors.h>
+
 #include <QByteArray>
 #include <QFile>
 #include <QObject>
@@ -11,10 +13,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
-#include <poll.h>
-#include <sys/stat.h>
-#include <unistd.h>
+
+namespace sys = nivora::system;
 
 namespace {
 
@@ -33,9 +33,9 @@ bool isStandardInput(const QString &fileName) { return fileName == QLatin1String
 int openFile(const QString &fileName)
 {
     if (isStandardInput(fileName))
-        return STDIN_FILENO;
+        return sys::standardInput;
     const QByteArray path = QFile::encodeName(fileName);
-    const int descriptor = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
+    const int descriptor = sys::openForReading(path.constData());
     if (descriptor < 0)
         throwUnreadable(fileName, errno);
     return descriptor;
@@ -45,29 +45,23 @@ int openFile(const QString &fileName)
 
 Interrupt::Interrupt()
 {
-    if (::pipe2(m_pipe.data(), O_CLOEXEC) != 0)
+    if (!sys::makePipe(m_pipe))
         throw Failure(QObject::tr("cannot make a pipe: %1").arg(systemMessage(errno)));
 }
 
 Interrupt::~Interrupt()
 {
     for (const int descriptor : m_pipe)
-        ::close(descriptor);
+        sys::closeDescriptor(descriptor);
 }
 
 void Interrupt::raise() const
 {
-    const auto written = ::write(m_pipe[1], "", 1);
+    const auto written = sys::writeSome(m_pipe[1], "", 1);
     static_cast<void>(written); // a full pipe was raised before
 }
 
-bool Interrupt::wait(int descriptor) const
-{
-    std::array<pollfd, 2> ready{{{descriptor, POLLIN, 0}, {m_pipe[0], POLLIN, 0}}};
-    while (::poll(ready.data(), ready.size(), -1) < 0 && (errno == EINTR || errno == EAGAIN))
-        ;
-    return ready[1].revents == 0;
-}
+bool Interrupt::wait(int descriptor) const { return sys::waitForInput(descriptor, m_pipe[0]); }
 
 void Chunk::reserve(std::size_t size, std::size_t kept)
 {
@@ -87,8 +81,8 @@ LineReader::LineReader(const QString &fileName, const Interrupt &interrupt)
 
 LineReader::~LineReader()
 {
-    if (m_descriptor != STDIN_FILENO)
-        ::close(m_descriptor);
+    if (m_descriptor != sys::standardInput)
+        sys::closeDescriptor(m_descriptor);
 }
 
 void LineReader::setQuotes(std::string_view delimiters) { m_quoteDelimiters = delimiters; }
@@ -132,10 +126,10 @@ std::size_t LineReader::findEnd(const char *text, std::size_t size, Amount amoun
     const bool inQuotes = m_field == Field::Quoted || m_field == Field::QuoteInside;
     if (!m_quoteDelimiters.empty() && (inQuotes || std::memchr(from, '"', count)))
         return findQuotedEnd(text, size, amount);
-    const void *const found =
-        amount == OneLine ? std::memchr(from, '\n', count) : ::memrchr(from, '\n', count);
-    const auto end = found ? static_cast<std::size_t>(static_cast<const char *>(found) - text) + 1 : 0;
-    m_searched = found && amount == OneLine ? end : size;
+    const std::string_view fresh(from, count);
+    const std::size_t found = amount == OneLine ? fresh.find('\n') : fresh.rfind('\n');
+    const std::size_t end = found == std::string_view::npos ? 0 : m_searched + found + 1;
+    m_searched = end > 0 && amount == OneLine ? end : size;
     if (count > 0)
         m_field = after(Field::Bare, text[m_searched - 1]);
     return end;
@@ -201,7 +195,7 @@ std::size_t LineReader::readInto(char *to, std::size_t size)
 {
     for (;;) {
         m_atEnd = !m_interrupt.wait(m_descriptor);
-        const ssize_t got = m_atEnd ? 0 : ::read(m_descriptor, to, size);
+        const std::ptrdiff_t got = m_atEnd ? 0 : sys::readSome(m_descriptor, to, size);
         if (got >= 0) {
             m_bytesRead += got;
             m_atEnd = got == 0;
@@ -255,18 +249,17 @@ void checkReadable(const QString &fileName)
     if (isStandardInput(fileName))
         return;
     const QByteArray path = QFile::encodeName(fileName);
-    struct stat status;
-    if (::stat(path.constData(), &status) != 0 || ::access(path.constData(), R_OK) != 0)
-        throwUnreadable(fileName, errno);
-    if (S_ISDIR(status.st_mode))
+    const sys::FileFacts facts = sys::factsOf(path.constData());
+    if (facts.error != 0)
+        throwUnreadable(fileName, facts.error);
+    if (facts.isFolder)
         throwUnreadable(fileName, EISDIR);
 }
 
 qint64 fileSize(const QString &fileName)
 {
-    struct stat status;
     const QByteArray path = QFile::encodeName(fileName);
-    const int failed =
-        isStandardInput(fileName) ? ::fstat(STDIN_FILENO, &status) : ::stat(path.constData(), &status);
-    return failed == 0 && S_ISREG(status.st_mode) ? static_cast<qint64>(status.st_size) : -1;
+    const sys::FileFacts facts =
+        isStandardInput(fileName) ? sys::factsOf(sys::standardInput) : sys::factsOf(path.constData());
+    return facts.error == 0 && facts.isRegular ? static_cast<qint64>(facts.size) : -1;
 }

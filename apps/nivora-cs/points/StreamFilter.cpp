@@ -11,7 +11,6 @@
 #include <cmath>
 #include <system_error>
 #include <thread>
-#include <unistd.h>
 
 using nivora::cs::BulkOptions;
 using nivora::cs::BulkResult;

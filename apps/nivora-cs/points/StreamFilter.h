@@ -7,6 +7,7 @@
 
 #include <coordsys/CoordTransform.h>
 #include <coordsys/OperationTally.h>
+#include <platform/system/Descriptors.h>
 
 #include <QPointF>
 #include <QStringList>
@@ -18,7 +19,6 @@
 #include <mutex>
 #include <optional>
 #include <string_view>
-#include <unistd.h>
 #include <vector>
 
 class CommandLine;
@@ -59,7 +59,7 @@ class StreamFilter
 public:
     /// \p descriptor: where the output goes.
     StreamFilter(const FileFormat &format, const PointWriter &writer, PointTransform transform,
-                 int descriptor = STDOUT_FILENO);
+                 int descriptor = nivora::system::standardOutput);
 
     /// No names: standard input. Throws Failure for a file that cannot be read and for output that cannot be
     /// written; what was read before has been written then.
