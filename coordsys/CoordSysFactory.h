@@ -166,6 +166,8 @@ private:
     CoordSystemPtr cataloguedFromPrj(const QString &prj) const;
     CoordSystemPtr namedFromEpsg(int epsg) const;
     CoordSystemPtr namedFromWkt(const QString &wkt) const;
+    static CoordSystemPtr definedByWkt(const QString &wkt,
+                                       const std::shared_ptr<const CrsDefinition> &identity);
     CoordSystemPtr definedByCode(int epsg) const;
     CoordSystemPtr unnamedFromEpsg(int epsg) const;
     static CoordSystemPtr unnamedFromCode(int epsg, const std::shared_ptr<const CrsDefinition> &identity);
@@ -196,8 +198,7 @@ private:
     bool m_wasStarted = false;
     std::unique_ptr<CoordSystemCache> m_made;
     std::unique_ptr<WrittenTable> m_written;
-    std::shared_ptr<FactoryGuard>
-        m_lifeline; ///< what the MapInfo catalogue's creator holds instead of `this`
+    std::shared_ptr<FactoryGuard> m_guard; ///< what the MapInfo catalogue's creator holds instead of `this`
 };
 
 /// Installs the affine transformation whose matrix is m11, m12, m21, m22, dx, dy, in this order. With no

@@ -1,6 +1,7 @@
 #include "CodeAcceptance_p.h"
 
 #include "CrsComparison_p.h"
+#include "CrsDefinition_p.h"
 #include "CrsParts_p.h"
 #include "OsrHandle_p.h"
 #include "SearchContext_p.h"
@@ -13,9 +14,11 @@
 namespace nivora::cs {
 namespace {
 
-PjHandle readCrs(PJ_CONTEXT *context, const QString &definition)
+PjHandle readCrs(PJ_CONTEXT *context, const QString &definition, const CrsDefinition *known = nullptr)
 {
-    PjHandle crs = ownPj(proj_create(context, definition.toUtf8().constData()));
+    PjHandle crs = known && known->isBareEsri()
+                       ? known->copyOfCrs(context)
+                       : ownPj(proj_create(context, definition.toUtf8().constData()));
     return crs && proj_is_crs(crs.get()) ? horizontalPart(context, crs.get()) : nullptr;
 }
 
@@ -101,10 +104,10 @@ bool isWgs84(PJ_CONTEXT *context, const PJ *registered)
 
 } // namespace
 
-CodeAcceptance::CodeAcceptance(const QString &definition)
+CodeAcceptance::CodeAcceptance(const QString &definition, const CrsDefinition *known)
 {
     const SearchContext context;
-    const PjHandle crs = readCrs(context.get(), definition);
+    const PjHandle crs = readCrs(context.get(), definition, known);
     if (!crs)
         return;
     m_wkt = wkt2Of(context.get(), crs.get());

@@ -12,6 +12,8 @@
 
 namespace nivora::cs {
 
+class CrsDefinition;
+
 /// A system without a code, as every search takes it, apart from everybody else's objects, and which codes it
 /// may be given. Whatever notation it came in, the same holds: a bare ellipsoid other than WGS 84's states no
 /// datum and has no code; a shift to WGS 84 must be that of the code's datum; the unit of the plane and the
@@ -19,8 +21,9 @@ namespace nivora::cs {
 class CodeAcceptance
 {
 public:
-    /// \p definition is WKT with the shift that the system has.
-    explicit CodeAcceptance(const QString &definition);
+    /// \p definition is WKT with the shift that the system has. Not read again where it has been, in \p
+    /// known.
+    explicit CodeAcceptance(const QString &definition, const CrsDefinition *known = nullptr);
 
     enum class Datum {
         None,       ///< an ellipsoid and nothing else: no code

@@ -24,12 +24,18 @@ PjHandle readWkt(const QByteArray &text)
     return ownPj(proj_create_from_wkt(globalProjContext(), text.constData(), options, nullptr, nullptr));
 }
 
-PjHandle readCrs(const QString &definition)
+/// PROJ's guess takes longer than reading where the first letter tells.
+PJ_GUESSED_WKT_DIALECT dialectOf(const QByteArray &text)
 {
-    const QByteArray text = definition.toUtf8();
-    const bool isWkt =
-        proj_context_guess_wkt_dialect(globalProjContext(), text.constData()) != PJ_GUESSED_NOT_WKT;
-    PjHandle crs = isWkt ? readWkt(text) : ownPj(proj_create(globalProjContext(), text.constData()));
+    const bool isOther = text.startsWith('{') || text.startsWith('+');
+    return isOther ? PJ_GUESSED_NOT_WKT
+                   : proj_context_guess_wkt_dialect(globalProjContext(), text.constData());
+}
+
+PjHandle readCrs(const QByteArray &text, PJ_GUESSED_WKT_DIALECT dialect)
+{
+    PjHandle crs = dialect != PJ_GUESSED_NOT_WKT ? readWkt(text)
+                                                 : ownPj(proj_create(globalProjContext(), text.constData()));
     return crs && proj_is_crs(crs.get()) ? std::move(crs) : nullptr;
 }
 
@@ -87,8 +93,11 @@ PjHandle withoutName(PjHandle crs)
 CrsDefinitionPtr CrsDefinition::from(const QString &definition)
 {
     const QMutexLocker lock(globalProj4Mutex());
-    PjHandle root = readCrs(definition);
-    return root ? CrsDefinitionPtr(new CrsDefinition(definition, std::move(root), Origin::Text)) : nullptr;
+    const QByteArray text = definition.toUtf8();
+    const PJ_GUESSED_WKT_DIALECT dialect = dialectOf(text);
+    const Origin origin = dialect == PJ_GUESSED_WKT1_ESRI ? Origin::EsriText : Origin::Text;
+    PjHandle root = readCrs(text, dialect);
+    return root ? CrsDefinitionPtr(new CrsDefinition(definition, std::move(root), origin)) : nullptr;
 }
 
 CrsDefinitionPtr CrsDefinition::ofCode(int epsg)
@@ -134,9 +143,11 @@ CrsDefinition::CrsDefinition(const QString &definition, PjHandle root, Origin or
     m_declaredCode = declaredCode(whole, m_crs.get());
     const PJ *asRead = m_crs.get();
     m_crs = longitudeFirst(globalProjContext(), std::move(m_crs));
-    if (m_flattened || m_crs.get() != asRead)
+    const bool isAsRead = !m_flattened && m_crs.get() == asRead;
+    if (!isAsRead)
         m_definition = wkt2Of(globalProjContext(), m_crs.get());
-    if (origin == Origin::Text && statesGeocentricCode(m_crs.get()))
+    m_isBareEsri = isAsRead && origin == Origin::EsriText && !proj_get_id_code(m_crs.get(), 0);
+    if (origin != Origin::Database && statesGeocentricCode(m_crs.get()))
         m_kind = CrsKind::Other;
     splitAffine();
 }
@@ -204,7 +215,13 @@ CrsDefinitionPtr CrsDefinition::withoutForeignCode() const
     if (stated <= 0 || verifiedCode() > 0 || !registeredCrs(stated))
         return nullptr;
     const PjHandle bare = withoutCode(globalProjContext(), m_crs.get());
-    return bare ? from(wkt2Of(globalProjContext(), bare.get())) : nullptr;
+    const QString wkt2 = bare ? wkt2Of(globalProjContext(), bare.get()) : QString();
+    PjHandle root = bare ? readWkt(wkt2.toUtf8()) : nullptr;
+    if (!root)
+        return nullptr;
+    const std::shared_ptr<CrsDefinition> result(new CrsDefinition(wkt2, std::move(root), Origin::Text));
+    result->m_flattened = m_flattened;
+    return result;
 }
 
 int CrsDefinition::horizontalCode() const
@@ -313,10 +330,10 @@ std::optional<QRectF> CrsDefinition::areaOfUse() const
     return cs::areaOfUse(globalProjContext(), m_crs.get());
 }
 
-PjHandle CrsDefinition::copyOfCrs() const
+PjHandle CrsDefinition::copyOfCrs(PJ_CONTEXT *context) const
 {
     const QMutexLocker lock(globalProj4Mutex());
-    return ownPj(proj_clone(globalProjContext(), m_crs.get()));
+    return ownPj(proj_clone(context ? context : globalProjContext(), m_crs.get()));
 }
 
 } // namespace nivora::cs

@@ -85,11 +85,14 @@ public:
 
     /// The horizontal part; null without one. Borrowed, for use under the PROJ lock.
     PJ *crs() const { return m_crs.get(); }
-    /// An object of its own, equal to crs().
-    PjHandle copyOfCrs() const;
+    /// An object of its own, equal to crs(), for another context than the shared one where one is given.
+    PjHandle copyOfCrs(PJ_CONTEXT *context = nullptr) const;
+    /// The definition is an ESRI text without a code, which takes PROJ fifty times as long to read as others,
+    /// for it looks up each name: a copy of crs() says the same.
+    bool isBareEsri() const { return m_isBareEsri; }
 
 private:
-    enum class Origin { Text, Database };
+    enum class Origin { Text, EsriText, Database };
     CrsDefinition(const QString &definition, PjHandle root, Origin origin);
     void splitAffine();
 
@@ -97,6 +100,7 @@ private:
     QString m_name;
     CrsKind m_kind = CrsKind::Other;
     bool m_flattened = false;
+    bool m_isBareEsri = false;
     int m_declaredCode = CoordSystemTypes::EPSG_UNDEFINDED; ///< as the text has it
     mutable std::optional<int> m_verifiedCode;              ///< under the PROJ lock
     mutable std::optional<bool> m_namesDatum;               ///< under the PROJ lock

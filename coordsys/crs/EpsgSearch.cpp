@@ -186,9 +186,10 @@ int searchByProj(const CodeAcceptance &wanted, const std::shared_ptr<ProgressHan
     return accepted.empty() ? undefined : accepted.front().code;
 }
 
-int searchedCode(const QString &definition, const std::shared_ptr<ProgressHandler> &progress)
+int searchedCode(const QString &definition, const CrsDefinition *known,
+                 const std::shared_ptr<ProgressHandler> &progress)
 {
-    const CodeAcceptance wanted(definition);
+    const CodeAcceptance wanted(definition, known);
     if (!wanted.isSearchable() || isCanceled(progress))
         return undefined;
     const int identified =
@@ -213,18 +214,19 @@ std::shared_ptr<void> copyOf(void *srs)
 
 } // namespace
 
-int epsgOfDefinition(const std::shared_ptr<ProgressHandler> &progress, const QString &definition)
+int epsgOfDefinition(const std::shared_ptr<ProgressHandler> &progress, const QString &definition,
+                     const CrsDefinition *known)
 {
     const CatalogueTokenPtr token = activeToken();
     const unsigned since = catalogueRevision();
     if (isCanceled(progress))
         return undefined;
-    if (const std::optional<int> known = token ? token->codes().find(definition) : std::nullopt)
-        return *known;
+    if (const std::optional<int> found = token ? token->codes().find(definition) : std::nullopt)
+        return *found;
     int code = undefined;
     const CplErrorScope quiet;
     try {
-        code = searchedCode(definition, progress);
+        code = searchedCode(definition, known, progress);
     } catch (const std::exception &e) {
         LOG_DEBUG(QString::fromUtf8(e.what()));
     }

@@ -8,6 +8,7 @@
 #include "CoordSystem_p.h"
 #include "DriverText_p.h"
 #include "EngineGate_p.h"
+#include "LazyParts_p.h"
 #include "OsrHandle_p.h"
 #include "ProjText_p.h"
 #include "ProjectionTable_p.h"
@@ -180,6 +181,17 @@ PjHandle mainObjectOf(const QString &text)
         if (!crs || !proj_is_crs(crs.get()))
             throw;
         return crs;
+    }
+}
+
+/// The database vouches for a code's system; others are tried.
+bool isComputed(const CrsDefinition &identity)
+{
+    const QString proj = identity.projText();
+    try {
+        return !proj.isEmpty() && (identity.verifiedCode() > 0 || proj4FromString(proj));
+    } catch (const ProjException &) {
+        return false;
     }
 }
 
@@ -374,14 +386,41 @@ CoordSystemPtr CoordSysFactory::createFromWkt(const QString &wkt) const
     return m_made->system(CoordSystemCache::By::Wkt, wkt, [&] { return namedFromWkt(wkt); });
 }
 
+/// By its definition alone, see definedByCode(). Null for all that is more than a plane of PROJ's, and for
+/// what PROJ cannot compute: the engines are asked at once then, and say why.
+CoordSystemPtr CoordSysFactory::definedByWkt(const QString &wkt, const CrsDefinitionPtr &identity)
+{
+    const bool isPlain =
+        (identity->kind() == CrsKind::Projected || identity->kind() == CrsKind::Geographic) &&
+        !identity->isDemotedTo2D() && !identity->affine() && !identity->hasOwnShift();
+    if (!isPlain || identity->withoutForeignCode() || !isComputed(*identity))
+        return nullptr;
+    auto cs = std::make_shared<CoordSystem>();
+    CoordSystemPrivate &own = privateOf(*cs);
+    own.makeLater(std::make_shared<const LazyParts>([wkt, identity] {
+        const bool isJson = wkt.startsWith(QLatin1Char('{')); // what WKT has no words for
+        const CoordSystemPtr made = unnamedFromWkt(importWkt(isJson ? identity->wkt() : wkt), identity);
+        const CoordSystemPrivate &parts = privateOf(*made);
+        return LazyParts::Parts{parts.m_srs, parts.m_pj, parts.m_plane};
+    }));
+    cs->setSourceParameters({CoordSystem::Wkt, wkt});
+    own.setIdentity(identity);
+    own.setNameless();
+    own.m_isNonEarth = false;
+    own.m_isLatLong = identity->kind() == CrsKind::Geographic;
+    return cs;
+}
+
 CoordSystemPtr CoordSysFactory::namedFromWkt(const QString &wkt) const
 {
     if (wkt.isEmpty())
         throwCoded<std::runtime_error>(Error::Code::EmptyText, QObject::tr("Строка КС пустая"));
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromWkt=%1").arg(wkt));
 
-    const bool isJson = wkt.startsWith(QLatin1Char('{')); // what WKT has no words for
     CrsDefinitionPtr identity = CrsDefinition::from(wkt);
+    if (const CoordSystemPtr defined = identity ? definedByWkt(wkt, identity) : nullptr)
+        return defined;
+    const bool isJson = wkt.startsWith(QLatin1Char('{')); // what WKT has no words for
     std::shared_ptr<void> srs = importWkt(isJson && identity ? identity->wkt() : wkt);
     if (!identity)
         identity = CrsDefinition::of({CoordSystem::Unknown, QString()}, srs.get());

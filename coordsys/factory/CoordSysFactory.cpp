@@ -78,16 +78,16 @@ CoordSysFactory::CoordSysFactory(const QDir &systemDir, const QDir &userDir, con
     , m_language(language)
     , m_made(std::make_unique<CoordSystemCache>())
     , m_written(std::make_unique<WrittenTable>(systemDir))
-    , m_lifeline(std::make_shared<FactoryGuard>(this))
+    , m_guard(std::make_shared<FactoryGuard>(this))
 {
     setDefaultCatalogues(installedDefault);
     makeCatalogues();
     m_user = std::make_shared<UserCoordSystem>(userDir);
-    m_user->setMaker([lifeline = m_lifeline](const CoordSystemTypes::SourceData &source) {
-        const QReadLocker alive(&lifeline->alive);
+    m_user->setMaker([guard = m_guard](const CoordSystemTypes::SourceData &source) {
+        const QReadLocker alive(&guard->alive);
         std::optional<CatalogueScope> scope;
-        if (lifeline->factory)
-            scope.emplace(*lifeline->factory);
+        if (guard->factory)
+            scope.emplace(*guard->factory);
         return UserCoordSystem::csStringToInternalNoDescription(source);
     });
     if (!m_resourceDir.exists())
@@ -105,9 +105,9 @@ CoordSysFactory::~CoordSysFactory()
     // Must not ask for the default factory: it may be destroyed while its lock is held.
     m_mapinfo->clear(); // waits for the background fill, which still builds with this factory
     retireMapinfo();
-    const QWriteLocker lock(&m_lifeline->alive);
-    m_lifeline->factory = nullptr;
-    m_lifeline->codes().clear();
+    const QWriteLocker lock(&m_guard->alive);
+    m_guard->factory = nullptr;
+    m_guard->codes().clear();
 }
 
 /// A catalogue that a holder keeps builds on with this factory while that lives, and compares with the active
@@ -127,9 +127,9 @@ void CoordSysFactory::makeCatalogues()
     retireMapinfo();
     m_coordSysRect = std::make_shared<CoordSysRect>();
     m_params = std::make_shared<ProjectionParamsManager>();
-    m_mapinfo = std::make_shared<MapinfoCoordSystem>([lifeline = m_lifeline](const QString &prj) {
-        const QReadLocker alive(&lifeline->alive);
-        return lifeline->factory ? lifeline->factory->createWithoutDescription(prj) : CoordSystemPtr();
+    m_mapinfo = std::make_shared<MapinfoCoordSystem>([guard = m_guard](const QString &prj) {
+        const QReadLocker alive(&guard->alive);
+        return guard->factory ? guard->factory->createWithoutDescription(prj) : CoordSystemPtr();
     });
     m_mapinfo->setOwner(this);
 }
@@ -253,7 +253,7 @@ QRectF CoordSysFactory::boundsWithoutSearch(CoordSystem *cs) const
     return m_coordSysRect->rectWithoutSearch(cs);
 }
 
-std::shared_ptr<const CatalogueToken> CoordSysFactory::token() const { return m_lifeline; }
+std::shared_ptr<const CatalogueToken> CoordSysFactory::token() const { return m_guard; }
 
 QVector<CoordSystemPtr> CoordSysFactory::systemsToCrop() const
 {

@@ -58,7 +58,7 @@ CoordSystemPtr CoordSysFactory::definedByCode(int epsg) const
         return nullptr;
     auto cs = std::make_shared<CoordSystem>();
     CoordSystemPrivate &own = privateOf(*cs);
-    own.makeLater(std::make_shared<const LazyParts>([guard = m_lifeline, epsg] {
+    own.makeLater(std::make_shared<const LazyParts>([guard = m_guard, epsg] {
         const CoordSystemPtr made = guard->madeFromEpsg(epsg);
         const CoordSystemPrivate &parts = privateOf(*made);
         return LazyParts::Parts{parts.m_srs, parts.m_pj, parts.m_plane};

@@ -2,6 +2,7 @@
 
 #include "CodedError_p.h"
 #include "CoordSysText_p.h"
+#include "CoordSystem_p.h"
 #include "CrsDefinition_p.h"
 #include "UserInputFile_p.h"
 #include "UserInputNames_p.h"
@@ -348,7 +349,7 @@ void Reader::noteIdentity(const CoordSystem &system)
     const CoordSystem::SourceData source = system.sourceParameters();
     if (source.type != CoordSystem::Epsg && source.type != CoordSystem::Wkt)
         return;
-    const CrsDefinitionPtr identity = CrsDefinition::of(source, nullptr);
+    const CrsDefinitionPtr identity = privateOf(system).identity();
     if (!identity || !identity->isHorizontal())
         return;
     if (identity->isDemotedTo2D())

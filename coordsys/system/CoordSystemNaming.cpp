@@ -162,8 +162,8 @@ int CoordSystemPrivate::searchedEpsg(const std::shared_ptr<ProgressHandler> &pro
         (void)q->projStr(); // throws: there is nothing to search for
     return remembered(m_searchedEpsg, NotAsked, progress.get(), [&] {
         const CrsDefinitionPtr known = m_source.type == Wkt ? identity() : nullptr;
-        const int found =
-            known ? epsgOfDefinition(progress, known->definition()) : getEpsgFromCrs(progress, srs());
+        const int found = known ? epsgOfDefinition(progress, known->definition(), known.get())
+                                : getEpsgFromCrs(progress, srs());
         return found == EPSG_UNDEFINDED && m_source.type == Prj ? nearEntryCode() : found;
     });
 }

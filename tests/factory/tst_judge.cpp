@@ -306,6 +306,26 @@ private Q_SLOTS:
         VERIFY_NEAR(out, QPointF(6500000, 0), 1e-3);
     }
 
+    // What a WKT is made into comes later, too; what cannot be computed is refused at once.
+    void wktMadeLater()
+    {
+        const support::LogCapture quiet;
+        const auto factory = support::shippedFactory();
+        const QString proj = "+proj=lcc +lat_0=40 +lon_0=5 +lat_1=30 +lat_2=60 +datum=WGS84"_s;
+        const CoordSystemPtr expected = factory->createFromProj(proj);
+        for (QString text : otherNotations(proj)) {
+            const CoordSystemPtr cs = factory->createFromWkt(text);
+            QVERIFY(!cs->isLatLong() && !cs->isNonEarth());
+            QPointF out, there;
+            QVERIFY(cs->forward(QPointF(4, 50), out) && expected->forward(QPointF(4, 50), there));
+            VERIFY_NEAR(out, there, 1e-6);
+            QVERIFY(cs->PJ_Proj4() && factory->createFromWkt(text)->PJ_Proj4() == cs->PJ_Proj4());
+            static const QRegularExpression parallel("(?<![\\d.])60(?!\\d)"_s);
+            text.replace(parallel, "-30"_s);
+            QVERIFY_EXCEPTION_THROWN(factory->createFromWkt(text), std::exception);
+        }
+    }
+
     // What a text or a catalogue says of a code is looked at.
     void foreignCodes()
     {
