@@ -44,6 +44,35 @@ private Q_SLOTS:
         write("high.csv", "name,WKT\na,POINT Z (10 50 100)\nb,\"LINESTRING Z (10 50 100,10 50 0)\"\n");
     }
 
+    /// A file's own system is doubted when its area does not hold the data; without one it is found all the
+    /// same.
+    void guessing_data()
+    {
+        const support::Columns<QString, QString, bool>
+            row; // file, what is lost, whether its system is doubted
+        for (const char *format : {"shp", "gpkg", "mif", "fgb"})
+            row(format, format, "", true);
+        row("no prj", "shp", "rm guessed.prj", false);
+    }
+    void guessing()
+    {
+        const auto [format, loss, isDoubted] = support::row<QString, QString, bool>();
+        write("zone8.csv",
+              "name,WKT\na,POINT (8420000 6142000)\nb,POINT (8426000 6145000)\nc,POINT (8423000 6149000)\n");
+        const QString file = QStringLiteral("guessed.") + format;
+        const CliRun made = convert(QStringLiteral("--overwrite --from 28407 zone8.csv ") + file);
+        QVERIFY2(made.status == 0, made.describe());
+        if (!loss.isEmpty())
+            QCOMPARE(runShell(loss, m_dir.path()).status, 0);
+        const CliRun run =
+            runShell(QStringLiteral("nivora-cs guess --near 43,55.5 --limit 1 ") + file, m_dir.path());
+        QVERIFY2(run.out.contains("1. EPSG:28408"), run.describe());
+        QCOMPARE(run.status, isDoubted ? 1 : 0);
+        QCOMPARE(run.out.startsWith("stated as EPSG:28407, but 0 % of the data lie inside its area of use: "
+                                    "fits EPSG:28408"),
+                 isDoubted);
+    }
+
     void appending_data()
     {
         const support::Columns<QString, QString, QString> row; // format, options of the second, refusal or ""

@@ -5,6 +5,7 @@
 #include "FileNames.h"
 #include "GdalFiles.h"
 #include "LayerSystem.h"
+#include "NetworkBorder.h"
 #include "Output.h"
 #include "PeopleText.h"
 #include "Session.h"
@@ -139,6 +140,8 @@ GuessPoints pointsOfFile(const CommandLine &line, const Session &session)
 {
     GuessPoints result;
     const GdalMessages messages;
+    GDALAllRegister();
+    keepBorder(line.arguments().first());
     const Dataset dataset = openForReading(localPath(line.arguments().first()), messages);
     EvenChoice choice;
     for (int i = 0; i < GDALDatasetGetLayerCount(dataset.get()); ++i) {
