@@ -1,33 +1,22 @@
 #include <widgets/CoordSystemPicker.h>
 
-#include <widgets/CalibrationDialog.h>
-#include <widgets/GuessDialog_p.h>
-#include <widgets/PickerLayout_p.h>
+#include <widgets/PickerPrivate_p.h>
 #include <widgets/RecentSystems_p.h>
-#include <widgets/SaveSystem_p.h>
-#include <widgets/SystemMenu_p.h>
 #include <widgets/TypedSystem_p.h>
 #include <widgets/WidgetTexts_p.h>
 
 #include <coordsys/CoordSysFactory.h>
 #include <coordsys/CoordSystem.h>
-#include <coordsys/CoordSystemCatalogModel.h>
-#include <coordsys/CoordSystemFilterModel.h>
 #include <coordsys/SystemInfo.h>
 
 #include <QCoreApplication>
-#include <QHeaderView>
 #include <QKeyEvent>
 #include <QLocale>
-#include <QMessageBox>
-#include <QSettings>
-#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
 #include <exception>
 #include <iterator>
-#include <optional>
 #include <utility>
 
 namespace nivora::cs {
@@ -36,93 +25,11 @@ namespace {
 /// Milliseconds without another key before what costs more than a keystroke is done: the system is made, the
 /// map moves, typed definitions are read.
 constexpr int settleTime = 120;
-/// More outlines than this say nothing.
-constexpr int mostNeighbours = 150;
-
-// In the application's default settings.
-constexpr char treeKey[] = "nivora-cs/picker/treeColumns";
-constexpr char resultsKey[] = "nivora-cs/picker/resultColumns";
-constexpr char openKey[] = "nivora-cs/picker/openSections";
-constexpr char withdrawnKey[] = "nivora-cs/picker/withdrawn";
-
 constexpr Qt::Key listKeys[] = {Qt::Key_Up, Qt::Key_Down, Qt::Key_PageUp, Qt::Key_PageDown};
 
 bool isEnter(int key) { return key == Qt::Key_Return || key == Qt::Key_Enter; }
 
-CoordSystemPicker::Kind kindOf(const CoordSystem &cs)
-{
-    return cs.isNonEarth()  ? CoordSystemPicker::LocalKind
-           : cs.isLatLong() ? CoordSystemPicker::GeographicKind
-                            : CoordSystemPicker::ProjectedKind;
-}
-
-void setCode(int epsg, ShownFacts &facts)
-{
-    if (epsg != CoordSystemTypes::EPSG_UNDEFINDED)
-        facts.code = QStringLiteral("EPSG:%1").arg(epsg);
-}
-
 } // namespace
-
-class NIVORA_CS_WIDGETS_NO_EXPORT CoordSystemPicker::Private
-{
-public:
-    /// What is current, and what became of it.
-    struct Choice
-    {
-        CoordSystemPtr system;
-        ShownFacts facts;
-        QString refusal; ///< of a text that found nothing, either
-    };
-
-    Private(CoordSystemPicker *owner, std::shared_ptr<CoordSysFactory> factory);
-
-    void connectLists();
-    void connectRest();
-    void search(const QString &now);
-    void showFound();
-    void showPage();
-    QString countText() const;
-    void changed();
-    void settle();
-    void settleQuietly();
-    void searchAt(const std::optional<QRectF> &pasted);
-    void showMenu(QTreeView &list, const QPoint &at);
-    void guess();
-    void restore();
-    void remember() const;
-    bool isGivenShown() const;
-    Choice limited(Choice choice) const;
-    Choice choice() const;
-    Choice choiceOf(const QModelIndex &row) const;
-    Choice choiceOf(const CoordSystemPtr &cs) const;
-    Choice choiceOfText() const;
-    void explainText(const Choice &choice);
-    QString emptinessText(const QString &refusal) const;
-    void followLink(const QString &link);
-    void showNeighbours(const QModelIndex &row);
-    void choose(const QModelIndex &row);
-    void activate();
-    void applyPlace();
-    void setPlace(PickerLayout::PlaceKind kind);
-    void save();
-    void calibrate();
-    QModelIndex currentRow() const;
-    bool isReadingText() const;
-
-    CoordSystemPicker *q;
-    CoordSystemCatalogModel model;
-    CoordSystemFilterModel filter;
-    PickerLayout ui;
-    QTimer settling;                           ///< runs from a change until the user pauses
-    bool isDefinition = false;                 ///< the search text is no search
-    bool isPlaceText = false;                  ///< the search text is coordinates
-    Kinds kinds = AnyKind;                     ///< that the host takes
-    CoordSystemPtr given;                      ///< by setCoordSystem(), until another is chosen
-    CoordSystemPtr target;                     ///< that the host transforms into, null for none
-    CoordSystemPtr system;                     ///< the choice; null while settling and when it cannot be made
-    QVector<QPersistentModelIndex> neighbours; ///< rows by the id on the map
-};
 
 CoordSystemPicker::Private::Private(CoordSystemPicker *owner, std::shared_ptr<CoordSysFactory> factory)
     : q(owner)
@@ -289,95 +196,6 @@ void CoordSystemPicker::Private::settleQuietly()
     system = choice().system;
 }
 
-CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choice() const
-{
-    if (isGivenShown())
-        return limited(choiceOf(given));
-    return limited(isReadingText() ? choiceOfText() : choiceOf(currentRow()));
-}
-
-/// The given object stands behind the tree, until another row is chosen there or the search finds one.
-bool CoordSystemPicker::Private::isGivenShown() const { return given && ui.currentList() == ui.tree; }
-
-/// Without a system whose kind the host does not take.
-CoordSystemPicker::Private::Choice CoordSystemPicker::Private::limited(Choice choice) const
-{
-    if (!choice.system || kinds.testFlag(kindOf(*choice.system)))
-        return choice;
-    choice.facts.problem = WidgetTexts::tr("здесь нужна система другого вида");
-    choice.system.reset();
-    return choice;
-}
-
-CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOf(const QModelIndex &row) const
-{
-    Choice result;
-    if (!CoordSystemCatalogModel::isSystem(row))
-        return result;
-    result.facts.name = row.data(CoordSystemCatalogModel::NameRole).toString();
-    result.facts.prj = row.data(CoordSystemCatalogModel::PrjRole).toString();
-    result.facts.area = row.data(CoordSystemCatalogModel::AreaRole).toRectF();
-    setCode(row.data(CoordSystemCatalogModel::CodeRole).toInt(), result.facts);
-    try {
-        result.system = model.create(row);
-        addFacts(result.system, result.facts);
-    } catch (const std::exception &e) {
-        result.facts.problem = QString::fromUtf8(e.what());
-    }
-    return result;
-}
-
-CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOf(const CoordSystemPtr &cs) const
-{
-    Choice result;
-    result.system = cs;
-    addFacts(cs, result.facts);
-    return result;
-}
-
-CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOfText() const
-{
-    try {
-        return choiceOf(systemFromText(*model.factory(), ui.search->text()));
-    } catch (const std::exception &e) {
-        Choice result;
-        // A search that finds nothing is no failed system.
-        (isDefinition ? result.facts.problem : result.refusal) = QString::fromUtf8(e.what());
-        return result;
-    }
-}
-
-void CoordSystemPicker::Private::explainText(const Choice &choice)
-{
-    if (choice.system)
-        ui.showMessage(WidgetTexts::tr("Введённый текст – описание системы<br><b>%1</b>")
-                           .arg(choice.facts.name.toHtmlEscaped()));
-    else if (isDefinition)
-        ui.showMessage(WidgetTexts::tr("По введённому тексту систему создать нельзя."));
-    else
-        ui.showMessage(emptinessText(choice.refusal));
-}
-
-/// Links are the texts to search for, and "everywhere".
-QString CoordSystemPicker::Private::emptinessText(const QString &refusal) const
-{
-    QStringList lines{WidgetTexts::tr("Ничего не найдено.")};
-    const QString remark = filter.remark();
-    if (!remark.isEmpty())
-        lines << remark.toHtmlEscaped();
-    const QVector<CoordSystemFilterModel::Relaxation> ways = filter.relaxations();
-    for (const CoordSystemFilterModel::Relaxation &way : ways) {
-        const QString count = QLocale().toString(way.count);
-        lines << (way.without.isNull()
-                      ? WidgetTexts::tr("<a href=\"everywhere\">Во всём мире</a>: %1").arg(count)
-                      : WidgetTexts::tr("<a href=\"text:%1\">Без слова «%2»</a>: %3")
-                            .arg(way.text.toHtmlEscaped(), way.without.toHtmlEscaped(), count));
-    }
-    if (ways.isEmpty() && remark.isEmpty())
-        lines << refusal.toHtmlEscaped().replace(QLatin1Char('\n'), QStringLiteral("<br>"));
-    return lines.join(QStringLiteral("<br>"));
-}
-
 void CoordSystemPicker::Private::followLink(const QString &link)
 {
     static const QString textLink = QStringLiteral("text:");
@@ -386,26 +204,6 @@ void CoordSystemPicker::Private::followLink(const QString &link)
         ui.search->setText(link.mid(textLink.size()));
     else
         q->clearPlaceFilter();
-}
-
-/// The systems of the same branch, category or country whose areas touch the surroundings of this one.
-void CoordSystemPicker::Private::showNeighbours(const QModelIndex &row)
-{
-    QVector<WorldMap::Neighbour> shown;
-    neighbours.clear();
-    const bool isSystem = CoordSystemCatalogModel::isSystem(row);
-    const QRectF near = ui.map->shownArea();
-    const int count = isSystem ? model.rowCount(row.parent()) : 0;
-    for (int i = 0; i < count && shown.size() < mostNeighbours; ++i) {
-        const QModelIndex other = row.siblingAtRow(i);
-        const QRectF area = other.data(CoordSystemCatalogModel::AreaRole).toRectF();
-        if (other == row || area.isNull() || !WorldMap::touches(area, near))
-            continue;
-        shown.append({other.data(CoordSystemCatalogModel::NameRole).toString(), area,
-                      static_cast<int>(neighbours.size())});
-        neighbours << other;
-    }
-    ui.map->setNeighbours(shown);
 }
 
 void CoordSystemPicker::Private::choose(const QModelIndex &row)
@@ -448,72 +246,6 @@ void CoordSystemPicker::Private::setPlace(PickerLayout::PlaceKind kind)
 {
     ui.placeKind->setCurrentIndex(ui.placeKind->findData(kind));
     applyPlace();
-}
-
-void CoordSystemPicker::Private::save()
-{
-    if (system && saveAsOwnSystem(q, *model.factory()->userCoordSystem(), *system))
-        model.reloadOwnSystems();
-}
-
-/// The system that is saved becomes the choice.
-void CoordSystemPicker::Private::calibrate()
-{
-    CalibrationDialog dialog(model.factory(), q);
-    dialog.setKnownSystem(system);
-    dialog.exec();
-    if (!dialog.savedSystem())
-        return;
-    model.reloadOwnSystems();
-    q->setCoordSystem(dialog.savedSystem());
-}
-
-void CoordSystemPicker::Private::showMenu(QTreeView &list, const QPoint &at)
-{
-    const QModelIndex current = list.indexAt(at);
-    if (!current.isValid())
-        return;
-    list.setCurrentIndex(current);
-    const CoordSystemPtr chosen = q->coordSystem();
-    runSystemMenu(q, model, currentRow(), chosen, list.viewport()->mapToGlobal(at));
-}
-
-/// The system that fits the user's coordinates becomes the choice.
-void CoordSystemPicker::Private::guess()
-{
-    GuessDialog dialog(model.factory(), q);
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    try {
-        q->setCoordSystem(model.factory()->createFromUserInput(dialog.code()));
-    } catch (const std::exception &e) {
-        QMessageBox::warning(q, dialog.windowTitle(), QString::fromUtf8(e.what()));
-    }
-}
-
-/// Widths and open sections of the last time.
-void CoordSystemPicker::Private::restore()
-{
-    const QSettings settings;
-    ui.tree->header()->restoreState(settings.value(QLatin1String(treeKey)).toByteArray());
-    ui.results->header()->restoreState(settings.value(QLatin1String(resultsKey)).toByteArray());
-    ui.withdrawn->setChecked(settings.value(QLatin1String(withdrawnKey), true).toBool());
-    filter.setWithdrawnShown(ui.withdrawn->isChecked());
-    for (const QVariant &section : settings.value(QLatin1String(openKey)).toList())
-        ui.tree->expand(model.index(section.toInt(), 0));
-}
-
-void CoordSystemPicker::Private::remember() const
-{
-    QSettings settings;
-    settings.setValue(QLatin1String(treeKey), ui.tree->header()->saveState());
-    settings.setValue(QLatin1String(resultsKey), ui.results->header()->saveState());
-    settings.setValue(QLatin1String(withdrawnKey), ui.withdrawn->isChecked());
-    QVariantList open;
-    for (int section = 0; section < CoordSystemCatalogModel::SectionCount; ++section)
-        if (ui.tree->isExpanded(model.index(section, 0)))
-            open << section;
-    settings.setValue(QLatin1String(openKey), open);
 }
 
 CoordSystemPicker::CoordSystemPicker(QWidget *parent)
