@@ -1,5 +1,6 @@
 #include "PlaneFigures_p.h"
 
+#include "AreaOfUse_p.h"
 #include "CrsDefinition_p.h"
 
 #include <proj.h>
@@ -202,41 +203,42 @@ void readConversion(PJ_CONTEXT *context, const PJ *crs, PlaneFigures &plane)
     }
 }
 
-QVector<QPointF> gridOver(double west, double south, double east, double north)
+QVector<QPointF> gridOver(const QRectF &area)
 {
     constexpr double inset = 0.02; // of the sides: the edge itself may be the projection's limit
     constexpr double highestDeg = 89.5;
     QVector<QPointF> places;
     for (const double u : {inset, 0.5, 1.0 - inset})
         for (const double v : {inset, 0.5, 1.0 - inset})
-            places << QPointF(std::remainder(west + (east - west) * u, 360.0),
-                              qBound(-highestDeg, south + (north - south) * v, highestDeg));
+            places << QPointF(std::remainder(area.left() + area.width() * u, 360.0),
+                              qBound(-highestDeg, area.top() + area.height() * v, highestDeg));
     return places;
 }
 
-void placeOver(double west, double south, double east, double north, PlaneFigures &plane)
+/// So far on each side of a place, but not over the poles.
+QRectF around(const QPointF &middle, double lonDeg, double latDeg)
+{
+    return QRectF(QPointF(middle.x() - lonDeg, std::max(-90.0, middle.y() - latDeg)),
+                  QPointF(middle.x() + lonDeg, std::min(90.0, middle.y() + latDeg)));
+}
+
+void placeOver(const QRectF &area, PlaneFigures &plane)
 {
     constexpr double leastDeg = 1.0; // on each side of the middle
-    plane.places = gridOver(west, south, east, north);
-    const double x = std::max((east - west) / 2.0, leastDeg);
-    const double y = std::max((north - south) / 2.0, leastDeg);
-    const QPointF middle((west + east) / 2.0, (south + north) / 2.0);
-    plane.widePlaces = gridOver(middle.x() - x, std::max(-90.0, middle.y() - y), middle.x() + x,
-                                std::min(90.0, middle.y() + y));
+    plane.places = gridOver(area);
+    plane.widePlaces = gridOver(around(area.center(), std::max(area.width() / 2.0, leastDeg),
+                                       std::max(area.height() / 2.0, leastDeg)));
 }
 
 void readPlaces(PJ_CONTEXT *context, const PJ *crs, PlaneFigures &plane)
 {
-    constexpr double unknownDeg = -1000.0; // as PROJ says it
     constexpr double aroundDeg = 3.0;
-    double west = 0.0, south = 0.0, east = 0.0, north = 0.0;
-    if (proj_get_area_of_use(context, crs, &west, &south, &east, &north, nullptr) && west > unknownDeg)
-        return placeOver(west, south, east < west ? east + 360.0 : east, north, plane);
+    if (const std::optional<QRectF> area = areaOfUse(context, crs))
+        return placeOver(*area, plane);
     const bool isCone = plane.figures.contains(Parallel1) && plane.figures.contains(8824);
     const double lat = isCone ? plane.figure(Parallel1) : figureFor('l', plane);
     const double lon = figureFor('m', plane) + plane.meridianDeg;
-    placeOver(lon - aroundDeg, std::max(-90.0, lat - aroundDeg), lon + aroundDeg,
-              std::min(90.0, lat + aroundDeg), plane);
+    placeOver(around(QPointF(lon, lat), aroundDeg, aroundDeg), plane);
 }
 
 } // namespace

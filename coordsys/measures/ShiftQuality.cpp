@@ -73,9 +73,7 @@ std::optional<double> textDistanceM(const CoordSystem &cs, const QString &defini
 /// Operations without an area are taken for those of everywhere.
 bool fitsAt(const TransformOperation &operation, const QPointF &place)
 {
-    QRectF area = operation.area;
-    if (area.width() < 0.0)
-        area.setWidth(area.width() + 360.0); // across the 180th meridian
+    const QRectF area = eastward(operation.area);
     return area.isNull() || areaHolds(area, QRectF(place, QSizeF(0.0, 0.0)));
 }
 

@@ -109,9 +109,8 @@ QRectF extentOf(const PROJ_CRS_INFO &info)
 {
     if (!info.bbox_valid)
         return {};
-    const double width = info.east_lon_degree - info.west_lon_degree;
-    return {info.west_lon_degree, info.south_lat_degree, width < 0.0 ? width + 360.0 : width,
-            info.north_lat_degree - info.south_lat_degree};
+    return eastward(QRectF(QPointF(info.west_lon_degree, info.south_lat_degree),
+                           QPointF(info.east_lon_degree, info.north_lat_degree)));
 }
 
 bool isIndexed(const PROJ_CRS_INFO &info)

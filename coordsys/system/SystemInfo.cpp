@@ -1,6 +1,7 @@
 #include "SystemFacts_p.h"
 #include <coordsys/SystemInfo.h>
 
+#include "AreaOfUse_p.h"
 #include "CodedError_p.h"
 #include "CrsComparison_p.h"
 #include "CrsDefinition_p.h"
@@ -57,14 +58,11 @@ SystemInfo::Kind publicKind(CrsKind kind)
 
 void readArea(PJ_CONTEXT *context, const PJ *crs, SystemInfo &info)
 {
-    constexpr double unknownDeg = -1000.0; // as PROJ says it
     const char *name = nullptr;
-    double west = 0.0, south = 0.0, east = 0.0, north = 0.0;
-    if (!proj_get_area_of_use(context, crs, &west, &south, &east, &north, &name))
+    if (!proj_get_area_of_use(context, crs, nullptr, nullptr, nullptr, nullptr, &name))
         return;
     info.areaName = textOf(name);
-    if (west > unknownDeg)
-        info.area = QRectF(QPointF(west, south), QPointF(east < west ? east + 360.0 : east, north));
+    info.area = areaOfUse(context, crs).value_or(QRectF());
 }
 
 void readEllipsoid(PJ_CONTEXT *context, const PJ *crs, SystemInfo &info)
