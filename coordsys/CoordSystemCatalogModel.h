@@ -15,7 +15,8 @@ class CoordSysFactory;
 class CoordSystem;
 
 /// Everything there is to choose from, as a tree for views: the user's own systems by branch, those used
-/// recently, the named systems of the MapInfo catalogue by category, and the EPSG database by country.
+/// recently, the named systems of the MapInfo catalogue by category, and the EPSG database by country with
+/// the other authorities of PROJ behind.
 ///
 /// Rows are answered from what the catalogues hold already: no row asks an engine, no system is made before
 /// create(). The EPSG database and what the search needs are read on a thread of the model's own, some 0.2 s;
@@ -34,13 +35,15 @@ public:
     /// What Qt::DisplayRole does not say. Rows that are no system answer nothing but NameRole.
     enum Role {
         NameRole = Qt::UserRole,
-        CodeRole,   ///< EPSG code, CoordSystemTypes::EPSG_UNDEFINDED when the entry has none
+        CodeRole,   ///< EPSG code, CoordSystemTypes::EPSG_UNDEFINDED when the entry has none, or another
+                    ///< authority
         PrjRole,    ///< CoordSys text of the catalogue or the user, null when none is stored
         AreaRole,   ///< QRectF, the area of use: longitude and latitude in degrees on WGS 84, width positive
                     ///< (it may end beyond 180); null when unknown or not read yet
         KindRole,   ///< int, a Kind
-        TaggedRole, ///< text for CoordSysFactory::createFromTaggedString(); of Oracle's numbers "oracle:n"
-        GroupRole,  ///< name of the branch, category or country
+        TaggedRole, ///< text for CoordSysFactory::createFromTaggedString(); of Oracle's numbers "oracle:n",
+                    ///< of others than EPSG "ESRI:54030"
+        GroupRole,     ///< name of the branch, category or country
         WithdrawnRole, ///< bool: the authority has withdrawn the code; false until prepared
     };
     /// What the coordinates of a row's system are.

@@ -104,7 +104,7 @@ void PickerLayout::setUpSearch()
 void PickerLayout::setUpLists()
 {
     setWidth(tree, 1, 12);
-    setWidth(results, 1, 12);
+    setWidth(results, 1, 14);
     setWidth(results, 2, 26);
     tree->setAccessibleName(WidgetTexts::tr("Системы координат по разделам"));
     results->setAccessibleName(WidgetTexts::tr("Найденные системы координат"));
