@@ -2485,5 +2485,17 @@ N S E W или С Ю В З. Сначала x, если буквы не гово�
         <source>x, y and z are needed; --decimal-comma for commas in numbers</source>
         <translation>нужны x, y и z; запятые в числах – с --decimal-comma</translation>
     </message>
+    <message>
+        <source>%1 has no MID: its columns are empty</source>
+        <translation>у %1 нет файла MID: столбцы пусты</translation>
+    </message>
+    <message>
+        <source>%1 has %2 objects, but its MID %3 records: values may stand at other objects</source>
+        <translation>в %1 объектов %2, а записей в его MID %3: значения могут оказаться у других объектов</translation>
+    </message>
+    <message>
+        <source>%1 is damaged in line %2: features may be missing or other than they were</source>
+        <translation>%1 повреждён в строке %2: объекты могут отсутствовать или быть не такими, как были</translation>
+    </message>
 </context>
 </TS>

@@ -176,6 +176,66 @@ private Q_SLOTS:
         QVERIFY2(kml.isRefusal(QStringLiteral("GDAL converts into it; --to 4326")), kml.describe());
     }
 
+    // A MIF whose driver reads on where it is damaged; its objects, its MID, what is told.
+    void damaged_data()
+    {
+        const support::Columns<QByteArray, QByteArray, QString> row;
+        const QByteArray clause = "CoordSys Earth Projection 1, 104\n";
+        row("whole", clause + "Data\nPoint 1 2\n    Symbol (35,0,12)\nNone\nText \"Blob\"\n1 2 3 4\n",
+            "1\n2\n\"a\nb\"\n", "");
+        row("a collection is one",
+            clause + "Data\nCollection 2\nRegion 1\n3\n1 2\n3 4\n1 4\nPline 2\n1 2\n3 4\n", "1\n", "");
+        row("an unknown object", clause + "Data\nPoint 1 2\nBlob 1 2\n", "1\n2\n", "features:line 8");
+        row("no number", clause + "Data\nPline 2\n1 2\n3 x\n", "1\n", "features:line 9");
+        row("broken off", clause + "Data\nLine 1 2 3 4\n    Pen (1,2", "1\n", "features:line 8");
+        row("another object's values", clause + "Data\nPoint 1 2\n", "1\n2\n", "features:1 objects");
+        row("no values", clause + "Data\nPoint 1 2\n", "", "types:no MID");
+        row("an unknown system", "CoordSys Earth Projection 77, 104\nData\nPoint 1 2\n", "1\n",
+            "datum:projection: 77");
+    }
+    void damaged()
+    {
+        const auto [data, mid, told] = support::row<QByteArray, QByteArray, QString>();
+        const QTemporaryDir dir;
+        support::writeFile(dir.filePath(QStringLiteral("d.mif")),
+                           QByteArray("Version 300\nDelimiter \",\"\n") + data.left(data.indexOf("Data")) +
+                               "Columns 1\n  n Char(9)\n" + data.mid(data.indexOf("Data")));
+        if (!mid.isEmpty())
+            support::writeFile(dir.filePath(QStringLiteral("d.mid")), mid);
+        const QString line = QStringLiteral("nivora-cs convert d.mif d.gpkg --allow styles");
+        const QString loss = told.section(QLatin1Char(':'), 0, 0);
+        const CliRun run = runShell(line, dir.path());
+        if (told.isEmpty()) {
+            QVERIFY2(!run.err.contains("damaged") && !run.err.contains("MID"), run.describe());
+            return;
+        }
+        QVERIFY2(run.isRefusal(told.section(QLatin1Char(':'), 1)), run.describe());
+        QVERIFY2(run.err.contains("--allow " + loss.toUtf8() + " goes on"), run.describe());
+        QCOMPARE(runShell(line + QLatin1Char(',') + loss, dir.path()).status, 0);
+    }
+
+    // Where the system states no bounds, a table counts in millimetres around its data.
+    void stepsOfTables()
+    {
+        const QTemporaryDir dir;
+        support::writeFile(dir.filePath(QStringLiteral("p.csv")), "x,y\n155000.123,463000.257\n");
+        for (const char *system : {"3857", "28407", "21781", "2263"}) {
+            const CliRun run = runShell(
+                QStringLiteral(
+                    "nivora-cs convert --allow datum --overwrite --from %1 --x x --y y p.csv p.tab && "
+                    "nivora-cs convert --allow datum --overwrite p.tab q.csv && cat q.csv")
+                    .arg(QLatin1String(system)),
+                dir.path());
+            const QStringList numbers = QString::fromUtf8(run.out)
+                                            .section(QLatin1Char('('), 1)
+                                            .section(QLatin1Char(')'), 0, 0)
+                                            .split(QLatin1Char(' '));
+            QVERIFY2(numbers.size() == 2 && qAbs(numbers[0].toDouble() - 155000.123) < 2e-3 &&
+                         qAbs(numbers[1].toDouble() - 463000.257) < 2e-3,
+                     run.describe());
+        }
+    }
+
     void tables_data()
     {
         // A table, further arguments, what the GeoJSON holds then.

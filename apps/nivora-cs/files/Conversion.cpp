@@ -4,6 +4,7 @@
 #include "CsText.h"
 #include "HeightsText.h"
 #include "LayerSystem.h"
+#include "MifCheck.h"
 #include "NetworkBorder.h"
 #include "OperationOptions.h"
 #include "OperationText.h"
@@ -136,20 +137,25 @@ Conversion::Conversion(const CommandLine &line)
     if (m_messages.failed() && (isVirtual || !placesNotAsked().isEmpty()))
         m_losses.add(isVirtual ? Loss::Layers : Loss::Datum,
                      QObject::tr("%1 cannot be read whole: %2").arg(m_in, m_messages.reason()));
+    if (m_in.endsWith(QLatin1String(".mif"), Qt::CaseInsensitive))
+        checkMif(m_in, m_losses);
     if (line.isSet("append"))
         m_append.emplace(m_out, m_format, m_stage);
     m_bulk.refusesBallpark = line.isSet("strict");
     m_bulk.tally = &m_tally;
 }
 
-CoordSystemPtr Conversion::sourceSystem(OGRLayerH layer) const
+/// A system that nobody understands is a loss of its own: other programs drop it.
+CoordSystemPtr Conversion::sourceSystem(OGRLayerH layer)
 {
     CoordSystemPtr source = m_from;
     try {
         source = m_from ? m_from : systemOfLayer(m_session, m_source.get(), layer);
-    } catch (const Failure &) {
-        if (!untouchedReference(layer)) // else nobody needs it
+    } catch (const Failure &e) {
+        if (m_to)
             throw;
+        if (!untouchedReference(layer)) // else nobody needs it
+            m_losses.add(Loss::Datum, QString::fromUtf8(e.what()));
     }
     if (!source && m_to)
         throw Failure(QObject::tr("%1 does not say its coordinate system; give --from").arg(m_in));

@@ -23,7 +23,7 @@ public:
 
 private:
     void convertLayer(int index);
-    nivora::cs::CoordSystemPtr sourceSystem(OGRLayerH layer) const;
+    nivora::cs::CoordSystemPtr sourceSystem(OGRLayerH layer);
     nivora::cs::CoordSystemPtr withoutAffine(const nivora::cs::CoordSystemPtr &system) const;
     nivora::cs::CoordSystemPtr carriable(const nivora::cs::CoordSystemPtr &target);
     nivora::cs::CoordSystemPtr plan();

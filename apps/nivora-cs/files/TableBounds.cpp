@@ -2,8 +2,11 @@
 
 #include "TableSource.h"
 
+#include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
+#include <coordsys/LinearUnit.h>
 
+#include <algorithm>
 #include <cmath>
 
 using nivora::cs::CoordTransform;
@@ -20,6 +23,20 @@ bool extentOf(OGRLayerH source, const GeometryChange &change, OGREnvelope &exten
     extent.MinY = rect.top();
     extent.MaxY = rect.bottom();
     return std::isfinite(rect.left());
+}
+
+/// A table has two billion steps: bounds of a continent and more are narrowed around the data, so that a step
+/// is a millimetre.
+QRectF fineBounds(const QRectF &bounds, const QRectF &image, double unitM)
+{
+    constexpr double steps = 2e9;
+    constexpr double finestM = 1e-3;
+    const double widest = steps * finestM / (unitM > 0.0 ? unitM : 1.0);
+    if (std::max(bounds.width(), bounds.height()) <= widest)
+        return bounds.united(image);
+    QRectF around(0.0, 0.0, widest, widest);
+    around.moveCenter(image.center());
+    return (around & bounds).united(image);
 }
 
 } // namespace
@@ -41,5 +58,8 @@ QRectF tableBounds(OGRLayerH source, const GeometryChange &change, const OutputL
     if (change.transform &&
         !change.transform->transform().forwardMesh(data, image, CoordTransform::DefaultAddPointsMesh))
         return bounds;
-    return isPlan ? image : bounds.united(image); // of a plan they are a guess, far too wide for its steps
+    if (isPlan) // theirs are a guess, far too wide for the steps
+        return image;
+    return layer.system->isLatLong() ? bounds.united(image)
+                                     : fineBounds(bounds, image, layer.system->unit().conversion());
 }
