@@ -61,7 +61,7 @@ NIVORA_CS_EXPORT bool hasHemisphereColumn(const char *p, const char *end);
 /// Whether a hemisphere's letter stands at \p p.
 NIVORA_CS_EXPORT bool isHemisphere(const char *p, const char *end);
 
-constexpr int mostSecondDecimals = 9;
+constexpr int mostSecondDecimals = 9; ///< decimals of arc-seconds that are written
 /// Bytes that putAngle() needs.
 constexpr std::size_t longestAngle = 400;
 /// Behind the angle, written as 55°45'21.5"N. Values of more than a thousand turns are written as decimals.

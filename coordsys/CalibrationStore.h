@@ -4,6 +4,7 @@
 
 #include <QDate>
 #include <QFileInfo>
+#include <QSharedDataPointer>
 
 namespace nivora::cs {
 
@@ -38,6 +39,11 @@ class NIVORA_CS_EXPORT CalibrationStore
 public:
     /// \p userStore is the file of the user's systems (UserCoordSystem::fileInfo()).
     explicit CalibrationStore(const QFileInfo &userStore);
+    /// Of the same file.
+    CalibrationStore(const CalibrationStore &other);
+    /// Likewise.
+    CalibrationStore &operator=(const CalibrationStore &other);
+    ~CalibrationStore();
 
     /// Of the file beside the store.
     QString filePath() const;
@@ -56,9 +62,8 @@ public:
     bool remove(const CoordSystemTypes::SourceData &system) const;
 
 private:
-    void write(const QVector<CalibrationRecord> &records) const;
-
-    QString m_path;
+    struct Data;
+    QSharedDataPointer<Data> m_data;
 };
 
 } // namespace nivora::cs

@@ -1,24 +1,24 @@
 #pragma once
 
-#include <coordsys/CatalogueSource.h>
+#include <coordsys/CoordSystemTypes.h>
 #include <coordsys/LinearUnit.h>
 #include <coordsys/UserInput.h>
 
-#include <QReadWriteLock>
+#include <QDir>
 #include <QStringList>
+#include <QVector>
 
 #include <array>
-#include <atomic>
 #include <memory>
 
 namespace nivora::cs {
 
+class CoordSysFactoryPrivate;
 class CoordSysRect;
-class CoordSystemCache;
 class MapinfoCoordSystem;
-class CrsDefinition;
+class ProjectionParamsManager;
+class SourceScope;
 class UserCoordSystem;
-class WrittenTable;
 struct MIUnitConvParam;
 
 /// Owns the catalogues and the standard coordinate systems, and makes systems from text and codes.
@@ -30,14 +30,14 @@ struct MIUnitConvParam;
 /// then empty; systems and transformations go on converting. What systems ask of catalogues later (bounds,
 /// units, names) comes from the factory that made them while it lives, then from the installed default. At
 /// the end of the process the default is not destroyed.
-class NIVORA_CS_EXPORT CoordSysFactory : public CatalogueSource
+class NIVORA_CS_EXPORT CoordSysFactory
 {
 public:
     /// Records its arguments and logs them; nothing is read. \p systemDir holds the catalogues, \p userDir
     /// the user's own systems, \p language ("ru", "en") selects the catalogue files.
     CoordSysFactory(const QDir &systemDir, const QDir &userDir, const QString &language);
     CoordSysFactory(const QString &systemDir, const QString &userDir, const QString &language);
-    ~CoordSysFactory() override;
+    ~CoordSysFactory();
     CoordSysFactory(const CoordSysFactory &) = delete;
     CoordSysFactory &operator=(const CoordSysFactory &) = delete;
 
@@ -58,17 +58,22 @@ public:
     /// Installs a default (or none) and releases the previous one. Thread-safe.
     static void setDefaultCoordSysFactory(std::shared_ptr<CoordSysFactory> factory);
 
-    QString language() const override { return m_language; }
-    QDir resourceDir() const override { return m_resourceDir; }
+    /// The language of the catalogue files, "ru" or "en".
+    QString language() const;
+    /// Where the catalogue files lie.
+    QDir resourceDir() const;
     /// Bounds of systems; empty before start-up.
-    std::shared_ptr<CoordSysRect> coordSysRect() const { return m_coordSysRect; }
-    std::shared_ptr<ProjectionParamsManager> projectionParamsManager() const override { return m_params; }
+    std::shared_ptr<CoordSysRect> coordSysRect() const;
+    /// Projections, ellipsoids, datums and units; empty before start-up.
+    std::shared_ptr<ProjectionParamsManager> projectionParamsManager() const;
     /// The named systems; empty before start-up.
-    std::shared_ptr<MapinfoCoordSystem> mapinfoCoordSystem() const { return m_mapinfo; }
+    std::shared_ptr<MapinfoCoordSystem> mapinfoCoordSystem() const;
     /// The user's own systems.
-    std::shared_ptr<UserCoordSystem> userCoordSystem() const { return m_user; }
-    CoordSystemPtr latLongWgs84CoordSystem() const override;
-    CoordSystemPtr LatLongCoordSystem() const override;
+    std::shared_ptr<UserCoordSystem> userCoordSystem() const;
+    /// Longitude and latitude on WGS 84, null before start-up.
+    CoordSystemPtr latLongWgs84CoordSystem() const;
+    /// Longitude and latitude on no particular datum, null before start-up.
+    CoordSystemPtr LatLongCoordSystem() const;
     /// What a host made current: kept for it, used by nothing here. Thread-safe.
     CoordSystemPtr currentCoordSystem() const;
     /// Replaces it; null takes it away. Thread-safe.
@@ -87,21 +92,21 @@ public:
     /// From a PROJ string. Throws std::invalid_argument for empty text, std::logic_error when it does not
     /// begin with "+proj=", std::runtime_error when GDAL refuses it or it is no system (a shift, a pipeline
     /// without a plane), ProjException when PROJ refuses it.
-    CoordSystemPtr createFromProj(const QString &proj) const override;
+    CoordSystemPtr createFromProj(const QString &proj) const;
     /// From a CoordSys string understood to its last token, without looking for its name: see assumptions().
     /// Throws std::invalid_argument for empty text, std::logic_error with token and place for what is not
     /// understood, std::runtime_error when GDAL refuses it or reads something else.
-    CoordSystemPtr createWithoutDescription(const QString &prj) const override;
+    CoordSystemPtr createWithoutDescription(const QString &prj) const;
     /// From a CoordSys string, named from the MapInfo catalogue or the user's.
-    CoordSystemPtr createFromPrj(const QString &prj) const override;
+    CoordSystemPtr createFromPrj(const QString &prj) const;
     /// From an EPSG code: the catalogue's system when it has the code, else the PROJ database's.
     /// Throws ProjException for an unknown code, numbers of other registries (ESRI's 102100) too, and for one
     /// that no coordinates can be computed in.
-    CoordSystemPtr createFromEpsg(int epsg) const override;
+    CoordSystemPtr createFromEpsg(int epsg) const;
     /// From WKT 1, WKT 2 or ESRI's. Name and datum stay those of the text, and so does the code unless it is
     /// that of another system. Throws std::runtime_error for empty or unusable text, ProjException when PROJ
     /// refuses what GDAL took.
-    CoordSystemPtr createFromWkt(const QString &wkt) const override;
+    CoordSystemPtr createFromWkt(const QString &wkt) const;
     /// From "proj:", "proj4:", "wkt:", "epsg:" or "prj:" and the text; text without a tag is a CoordSys
     /// string.
     CoordSystemPtr createFromTaggedString(const QString &text) const;
@@ -129,10 +134,10 @@ public:
     /// The same, with what was assumed and left aside.
     UserInput readUserInput(const QString &text) const;
     /// A plan without a place on the earth. Throws UnknownUnitException.
-    CoordSystemPtr createNonEarth(int unitCode, QRectF bounds) const override;
+    CoordSystemPtr createNonEarth(int unitCode, QRectF bounds) const;
     /// By Oracle Spatial's number, through "OracleSRID.xml". Throws std::runtime_error for an unknown number
     /// or a file that cannot be opened.
-    CoordSystemPtr createFromOracleSRID(int srid) const override;
+    CoordSystemPtr createFromOracleSRID(int srid) const;
     /// A clone with the bounds that the catalogue or the rule gives, the affine transformation, whose image
     /// they are, and the code that was set included. Throws std::logic_error "Не могу задать пустые границы"
     /// when there are none.
@@ -146,59 +151,29 @@ public:
     /// for the life of the process. Thread-safe.
     static QVector<CoordSystemPtr> cropCoordSystems();
 
-    QRectF boundsOf(CoordSystem *cs) const override;
-    QRectF boundsWithoutSearch(CoordSystem *cs) const override;
-    QVector<CoordSystemPtr> systemsToCrop() const override;
-    std::shared_ptr<const CatalogueToken> token() const override;
-    QString nameOfCode(int epsg) const override;
-    QString prjOfCode(int epsg) const override;
-    std::optional<PrjText> writtenText(int epsg) const override;
-    int codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const override;
-    QVector<int> codesNearRecord(const TABProjInfo_t &record) const override;
-    QString userDescription(const CoordSystem &cs) const override;
+    /// The name that goes with an EPSG code: that of the first entry of the MapInfo catalogue with the code,
+    /// else the database's. Throws ProjException for a code that neither knows.
+    QString nameOfCode(int epsg) const;
 
 private:
-    struct FactoryGuard;
+    friend class CoordSysFactoryPrivate;
+    const std::unique_ptr<CoordSysFactoryPrivate> d;
+};
 
-    static CoordSystemPtr unnamedFromProj(const QString &proj);
-    CoordSystemPtr unnamedFromPrj(const QString &prj) const;
-    CoordSystemPtr unnamedFromRecord(const TABProjInfo_t &record, const QString &text) const;
-    CoordSystemPtr cataloguedFromPrj(const QString &prj) const;
-    CoordSystemPtr namedFromEpsg(int epsg) const;
-    CoordSystemPtr namedFromWkt(const QString &wkt) const;
-    static CoordSystemPtr definedByWkt(const QString &wkt,
-                                       const std::shared_ptr<const CrsDefinition> &identity);
-    CoordSystemPtr definedByCode(int epsg) const;
-    CoordSystemPtr unnamedFromEpsg(int epsg) const;
-    static CoordSystemPtr unnamedFromCode(int epsg, const std::shared_ptr<const CrsDefinition> &identity);
-    CoordSystemPtr cataloguedEpsg(int entryCode, int epsg) const;
-    static void useCrsProjection(CoordSystem &cs, const QString &proj);
-    static CoordSystemPtr unnamedFromWkt(const std::shared_ptr<void> &srs,
-                                         const std::shared_ptr<const CrsDefinition> &identity);
-    static CoordSystemPtr fromIdentity(const std::shared_ptr<const CrsDefinition> &identity);
-    static CoordSystemPtr fromPlanetocentric(const CrsDefinition &identity);
-    CoordSystemPtr planFromWkt(const std::shared_ptr<void> &srs) const;
-    CoordSystemPtr standard(CoordSystemPtr &kept, const QString &prj) const;
-    void makeStandards() const;
-    void makeCatalogues();
-    void retireMapinfo();
+/// While one lives, its factory is the one whose catalogues this thread asks wherever none is named, in place
+/// of the installed default: texts, units, calibration. Scopes nest. For hosts with a factory that is not
+/// installed; calls of a factory open one of their own. The factory must outlive it.
+class NIVORA_CS_EXPORT CatalogueScope
+{
+public:
+    /// Opens the scope on this thread, which must be the one that ends it.
+    explicit CatalogueScope(const CoordSysFactory &factory);
+    ~CatalogueScope();
+    CatalogueScope(const CatalogueScope &) = delete;
+    CatalogueScope &operator=(const CatalogueScope &) = delete;
 
-    QDir m_resourceDir;
-    QString m_language;
-    std::shared_ptr<CoordSysRect> m_coordSysRect;
-    std::shared_ptr<MapinfoCoordSystem> m_mapinfo;
-    std::shared_ptr<ProjectionParamsManager> m_params;
-    std::shared_ptr<UserCoordSystem> m_user;
-    mutable CoordSystemPtr m_latLong; ///< the standard systems: made when asked for, read and set atomically
-    mutable CoordSystemPtr m_latLongWgs84;
-    mutable CoordSystemPtr m_current;
-    mutable std::atomic<bool> m_isCurrentOpen{false}; ///< m_current is still to be made
-    std::atomic<bool> m_hasStandards{false};          ///< start-up succeeded once
-    mutable QReadWriteLock m_lock;                    ///< one writer of m_current at a time
-    bool m_wasStarted = false;
-    std::unique_ptr<CoordSystemCache> m_made;
-    std::unique_ptr<WrittenTable> m_written;
-    std::shared_ptr<FactoryGuard> m_guard; ///< what the MapInfo catalogue's creator holds instead of `this`
+private:
+    const std::unique_ptr<SourceScope> d;
 };
 
 /// Installs the affine transformation whose matrix is m11, m12, m21, m22, dx, dy, in this order. With no

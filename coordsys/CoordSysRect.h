@@ -4,16 +4,14 @@
 #include <coordsys/DefaultRects.h>
 #include <coordsys/TABProjInfo.h>
 
-#include <QByteArray>
 #include <QDir>
-#include <QReadWriteLock>
 #include <QString>
 
-#include <atomic>
-#include <functional>
-#include <vector>
+#include <memory>
 
 namespace nivora::cs {
+
+class CoordSysRectPrivate;
 
 /// Bounds of coordinate systems in their own units: from "cs_mbr.xml" for known systems, else by a rule per
 /// projection. The bounds are those of the plane without the system's affine transformation, which the caller
@@ -21,6 +19,12 @@ namespace nivora::cs {
 class NIVORA_CS_EXPORT CoordSysRect
 {
 public:
+    /// No entries.
+    CoordSysRect();
+    ~CoordSysRect();
+    CoordSysRect(const CoordSysRect &) = delete;
+    CoordSysRect &operator=(const CoordSysRect &) = delete;
+
     /// Replaces the contents by those of "cs_mbr.xml" in \p dir. False when the file cannot be opened
     /// (logged). A file that is not well-formed gives no entries (logged).
     bool initFromXML(const QDir &dir);
@@ -51,18 +55,7 @@ public:
     static bool isDefaultRectNonEarth(const QRectF &rect) { return nivora::cs::isDefaultRectNonEarth(rect); }
 
 private:
-    using AreaOfUse = std::function<bool(const CoordSystem &cs, QRectF &out)>;
-
-    QRectF rectBy(CoordSystem *cs, const AreaOfUse &areaOfUse) const;
-    bool catalogued(const TABProjInfo_t &info, QRectF &out) const;
-
-    void readFile() const;
-
-    mutable QReadWriteLock m_lock;                ///< guards the following
-    mutable std::vector<TABProjInfo_t> m_entries; ///< file order
-    mutable QByteArray m_unread;                  ///< the file, until bounds are first looked up
-    QString m_fileName;
-    mutable std::atomic<bool> m_isRead{true};
+    const std::unique_ptr<CoordSysRectPrivate> d;
 };
 
 /// A number of "cs_mbr.xml" as its readers take it: 0 for exactly "0x00", else -1. Only "0x00" names a value.

@@ -10,9 +10,8 @@
 
 namespace nivora::cs {
 
-class CatalogIndex;
 class CoordSysFactory;
-class CoordSystem;
+class CoordSystemCatalogModelPrivate;
 
 /// Everything there is to choose from, as a tree for views: the user's own systems by branch, those used
 /// recently, the named systems of the MapInfo catalogue by category, and the EPSG database by country with
@@ -65,14 +64,14 @@ public:
     ~CoordSystemCatalogModel() override;
 
     /// The factory it was made with.
-    const std::shared_ptr<CoordSysFactory> &factory() const { return m_factory; }
+    const std::shared_ptr<CoordSysFactory> &factory() const;
 
     /// Starts to read the EPSG database and the search's words unless that was done; returns at once.
     void prepare();
     /// Waits until that is done. For programs without an event loop, and tests.
     void waitUntilPrepared();
     /// Whether the database and the words are there.
-    bool isPrepared() const { return m_index != nullptr; }
+    bool isPrepared() const;
 
     /// Replaces the recent systems, the last chosen first.
     void setRecentSystems(const QVector<RecentSystem> &systems);
@@ -116,32 +115,8 @@ Q_SIGNALS:
     void ownSystemsChanged();
 
 private:
-    friend class CoordSystemFilterModel;
-    struct Record;
-    struct Worker;
-
-    QString nameOf(const QModelIndex &index) const;
-    QModelIndex ownIndexOf(const CoordSystem &cs) const;
-    QVariant systemData(const QModelIndex &index, int role) const;
-    Record record(const QModelIndex &index) const;
-    const CoordSystemParams &catalogueEntry(const QModelIndex &index) const;
-    const UserCoordSystem::CoordSystemParam &ownEntry(const QModelIndex &index) const;
-    QString prjText(const QModelIndex &index) const;
-    QString taggedText(const QModelIndex &index) const;
-    QModelIndex systemIndex(Section section, int group, int row, int column = NameColumn) const;
-    QString groupName(Section section, int group) const;
-    int groupCount(Section section) const;
-    int systemCount(Section section, int group) const;
-    QRectF area(int epsg) const;
-    void takeIndex();
-    template <typename Change> void replaceRows(Section section, int newCount, Change &&change);
-
-    std::shared_ptr<CoordSysFactory> m_factory;
-    QList<CoordSystemParamsList> m_categories;
-    QList<UserCoordSystem::CsDataType> m_branches;
-    QVector<RecentSystem> m_recent;
-    std::shared_ptr<const CatalogIndex> m_index;
-    std::unique_ptr<Worker> m_worker; ///< last: it ends first
+    friend class CoordSystemCatalogModelPrivate;
+    const std::unique_ptr<CoordSystemCatalogModelPrivate> d;
 };
 
 } // namespace nivora::cs

@@ -11,6 +11,8 @@
 
 namespace nivora::cs {
 
+class CoordSystemFilterModelPrivate;
+
 /// Those systems of a CoordSystemCatalogModel that people look for, best first, as a flat list: by words,
 /// code or town (as MapinfoSearch finds them), by place, or both. The user's own systems come first, then the
 /// catalogue's, then those of the EPSG database that the catalogue lacks; recent ones are not repeated.
@@ -40,7 +42,7 @@ public:
     ~CoordSystemFilterModel() override;
 
     /// The words that are looked for.
-    QString text() const { return m_text; }
+    QString text() const;
     /// Looks for other words, as MapinfoSearch::find() reads them.
     void setText(const QString &text);
     /// Only systems in use at a place: longitude and latitude in degrees, x first; a point is a rectangle
@@ -52,19 +54,19 @@ public:
     /// set.
     void setWithdrawnShown(bool isShown);
     /// What setPlace() was given.
-    const std::optional<QRectF> &place() const { return m_place; }
+    const std::optional<QRectF> &place() const;
 
     /// There are words or a place; without either the list is empty.
     bool isFiltering() const;
     /// Something is looked for, and the answer is not there yet.
-    bool isPending() const { return m_isPending; }
+    bool isPending() const;
     /// Waits for the answer, and for the source to be prepared. found() is sent meanwhile.
     void waitUntilFound();
     /// All that was found, fetched or not.
     int foundCount() const;
     /// When nothing was found: ways to find something, those with the fewest results first. Otherwise the
     /// words that the search left aside, in one entry, or nothing.
-    const QVector<Relaxation> &relaxations() const { return m_relaxations; }
+    const QVector<Relaxation> &relaxations() const;
     /// What there is to say on the words apart from systems, as MapinfoSearch::remark() has it, in the
     /// language of the factory; empty mostly, and until the source is prepared.
     QString remark() const;
@@ -87,26 +89,8 @@ Q_SIGNALS:
     void found();
 
 private:
-    struct Entry;
-    struct Query;
-    struct Answer;
-    struct Worker;
-
-    void refresh();
-    void start();
-    void takeAnswer();
-    void show(Answer answer);
-    QModelIndex sourceIndex(const Entry &entry) const;
-
-    CoordSystemCatalogModel &m_source;
-    QString m_text;
-    std::optional<QRectF> m_place;
-    QVector<Entry> m_found;
-    QVector<Relaxation> m_relaxations;
-    int m_fetched = 0;
-    bool m_isPending = false;
-    bool m_isWithdrawnShown = true;
-    std::unique_ptr<Worker> m_worker; ///< last: it ends first
+    friend class CoordSystemFilterModelPrivate;
+    const std::unique_ptr<CoordSystemFilterModelPrivate> d;
 };
 
 } // namespace nivora::cs

@@ -3,6 +3,7 @@
 #include <coordsys/CoordSystemTypes.h>
 
 #include <QList>
+#include <QSharedDataPointer>
 #include <QStringList>
 
 namespace nivora::cs {
@@ -11,14 +12,20 @@ namespace nivora::cs {
 class NIVORA_CS_EXPORT CoordSystemParams
 {
 public:
-    CoordSystemParams() = default;
+    /// Without a name.
+    CoordSystemParams();
     /// An entry without values.
     explicit CoordSystemParams(QString name, int epsg = CoordSystemTypes::EPSG_UNDEFINDED);
+    /// Copies.
+    CoordSystemParams(const CoordSystemParams &other);
+    /// Copies.
+    CoordSystemParams &operator=(const CoordSystemParams &other);
+    ~CoordSystemParams();
 
     /// The name as the file has it.
-    const QString &name() const { return m_name; }
+    const QString &name() const;
     /// CoordSystem::EPSG_UNDEFINDED when the entry has none.
-    int epsg() const { return m_epsg; }
+    int epsg() const;
 
     /// The CoordSys string of the entry, values joined by a bare comma: "Earth Projection 1,104".
     /// MapinfoCoordSystem::getStrMB joins by comma and blank; both forms are stored by callers.
@@ -28,8 +35,8 @@ public:
     QStringList params;
 
 private:
-    QString m_name;
-    int m_epsg = CoordSystemTypes::EPSG_UNDEFINDED;
+    struct Data;
+    QSharedDataPointer<Data> m_data;
 };
 
 /// One category of a catalogue; the name is null for entries before the first heading.

@@ -26,6 +26,7 @@ struct PrjClauses
     std::int32_t affine; ///< 1 when an affine clause is announced
     std::int32_t bounds; ///< 0 none, 1 by the projection's thousands (last four numbers), 2 a Bounds clause
 };
+/// See PrjClauses. Thread-safe.
 NIVORA_CS_EXPORT PrjClauses hasAffineOrBoundsInString(const QString &prj);
 
 /// The clauses themselves: seven tokens (the unit in its quotes, then A to F) or none, and the bounds, empty
@@ -37,6 +38,7 @@ struct AffineAndBounds
     QStringList affine; ///< seven tokens or none
     QRectF bounds;      ///< normalised, in the unit of the text
 };
+/// See AffineAndBounds.
 NIVORA_CS_EXPORT AffineAndBounds affineParamsAndBoundsFromPrj(const QString &prj);
 
 /// The CoordSys clause in the header of a MIF or TAB file.

@@ -10,7 +10,7 @@
 namespace nivora::cs {
 
 class CoordSystem;
-using CoordSystemPtr = std::shared_ptr<CoordSystem>;
+using CoordSystemPtr = std::shared_ptr<CoordSystem>; ///< how systems are passed around
 
 /// The constants and source types of a coordinate system, a base of CoordSystem so that lower floors can name
 /// them. Everything here is reached as CoordSystem::EPSG_UNDEFINDED, CoordSystem::Prj and so on.
@@ -53,6 +53,7 @@ public:
 /// "CoordSys" word.
 NIVORA_CS_EXPORT bool operator==(const CoordSystemTypes::SourceData &a,
                                  const CoordSystemTypes::SourceData &b);
+/// Not equal as above.
 inline bool operator!=(const CoordSystemTypes::SourceData &a, const CoordSystemTypes::SourceData &b)
 {
     return !(a == b);

@@ -15,8 +15,6 @@
 
 namespace nivora::cs {
 
-struct TransformQueue;
-
 /// Converts points, lists and rectangles from one coordinate system into another and back, datum shift and
 /// both systems' affine transformations included. Coordinates are x = longitude or easting first. Those of
 /// a geographic system are degrees, whatever unit its definition counts in (and not the metres of
@@ -121,11 +119,8 @@ public:
     [[noreturn]] static void throwTransformFailed();
 
 private:
-    friend class BulkTransform;
+    friend class TransformAccess;
     struct Impl;
-    /// Null for equal systems.
-    std::shared_ptr<const TransformQueue> queue() const;
-
     std::unique_ptr<Impl> m_impl;
 };
 

@@ -15,6 +15,7 @@ constexpr QRectF DefaultRectNonEarth{-1e7, -1e7, 2e7, 2e7};
 
 /// Either of the two longitude/latitude rectangles, within nivora::utils::fuzzyCompareRects.
 NIVORA_CS_EXPORT bool isDefaultRectLatLong(const QRectF &rect);
+/// The bounds of a plan, within the same.
 NIVORA_CS_EXPORT bool isDefaultRectNonEarth(const QRectF &rect);
 
 } // namespace nivora::cs

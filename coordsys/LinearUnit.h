@@ -2,6 +2,7 @@
 
 #include <coordsys/Error.h>
 
+#include <QSharedDataPointer>
 #include <QString>
 
 #include <stdexcept>
@@ -32,54 +33,56 @@ public:
     };
 
     /// No unit: empty names, factor 0, code -1.
-    LinearUnit() = default;
+    LinearUnit();
     /// Not valid until setUnitCode(). Throws as setName and setConversion do.
     LinearUnit(QString name, QString description, double conversion);
+    /// Shares the figures until one of the two is changed.
+    LinearUnit(const LinearUnit &other);
+    /// Copies.
+    LinearUnit &operator=(const LinearUnit &other);
+    ~LinearUnit();
 
     /// The name in texts and files.
-    const QString &name() const { return m_name; }
+    const QString &name() const;
     /// Throws std::invalid_argument "name" when empty; the old name stays.
     void setName(QString name);
     /// The name for people; "°" for degrees.
-    const QString &localizedName() const { return m_localizedName; }
+    const QString &localizedName() const;
     /// Any text, empty too.
-    void setLocalizedName(const QString &name) { m_localizedName = name; }
+    void setLocalizedName(const QString &name);
     /// A word or two for people.
-    const QString &description() const { return m_description; }
+    const QString &description() const;
     /// Any text, empty too.
-    void setDescription(const QString &description) { m_description = description; }
+    void setDescription(const QString &description);
     /// Metres per unit, square metres per unit for an area unit.
-    double conversion() const { return m_conversion; }
+    double conversion() const;
     /// Throws std::invalid_argument "conversion" when negative or not a number; the old factor stays.
     void setConversion(double conversion);
     /// MapInfo's number, -1 for none.
-    int unitCode() const { return m_unitCode; }
+    int unitCode() const;
     /// Not checked against any catalogue.
-    void setUnitCode(int code) { m_unitCode = code; }
+    void setUnitCode(int code);
 
     /// Any code but -1.
-    bool isValid() const { return m_unitCode != -1; }
+    bool isValid() const { return unitCode() != -1; }
     /// isValid()
     explicit operator bool() const { return isValid(); }
     /// True when the localized name is exactly "°".
     bool isDegree() const;
 
     /// Equal codes; names and factors are not looked at.
-    friend bool operator==(const LinearUnit &a, const LinearUnit &b) { return a.m_unitCode == b.m_unitCode; }
+    friend bool operator==(const LinearUnit &a, const LinearUnit &b) { return a.unitCode() == b.unitCode(); }
     /// Unequal codes.
     friend bool operator!=(const LinearUnit &a, const LinearUnit &b) { return !(a == b); }
     /// Small units first.
     friend bool operator<(const LinearUnit &a, const LinearUnit &b)
     {
-        return a.m_conversion < b.m_conversion;
+        return a.conversion() < b.conversion();
     }
 
 private:
-    QString m_name;
-    QString m_localizedName;
-    QString m_description;
-    double m_conversion = 0.0;
-    int m_unitCode = -1;
+    struct Data;
+    QSharedDataPointer<Data> m_data;
 };
 
 /// A unit that no catalogue knows: "Неизвестная единица измерения: NAME", or "#CODE" in place of the name.

@@ -9,12 +9,17 @@ class NIVORA_CS_EXPORT LinearUnitValue
 {
 public:
     /// 0 in no unit.
-    LinearUnitValue() = default;
+    LinearUnitValue();
     /// In a unit that is at hand.
     LinearUnitValue(double valueInUnits, const LinearUnit &unit);
     /// The unit is looked up in the catalogue, linear units before area units.
     /// Throws UnknownUnitException, and std::logic_error when no factory is installed.
     LinearUnitValue(double valueInUnits, LinearUnit::MIUnitCode code);
+    /// Copies.
+    LinearUnitValue(const LinearUnitValue &other);
+    /// Copies.
+    LinearUnitValue &operator=(const LinearUnitValue &other);
+    ~LinearUnitValue();
 
     /// Replaces number and unit.
     void set(double valueInUnits, const LinearUnit &unit);
@@ -22,15 +27,15 @@ public:
     void set(double valueInUnits, LinearUnit::MIUnitCode code);
 
     /// In metres (square metres for an area unit).
-    double value() const { return m_valueInUnits * m_unit.conversion(); }
+    double value() const;
     /// The number as it was given.
-    double valueInUnits() const { return m_valueInUnits; }
+    double valueInUnits() const;
     /// The unit as it was given.
-    const LinearUnit &unit() const { return m_unit; }
+    const LinearUnit &unit() const;
 
 private:
-    double m_valueInUnits = 0.0;
-    LinearUnit m_unit;
+    struct Data;
+    QSharedDataPointer<Data> m_data;
 };
 
 } // namespace nivora::cs

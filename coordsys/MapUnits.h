@@ -8,30 +8,35 @@ namespace nivora::cs {
 class NIVORA_CS_EXPORT MapUnits
 {
 public:
-    MapUnits() = default;
+    /// Three invalid ones.
+    MapUnits();
     /// Any of them may be invalid.
     MapUnits(const LinearUnit &coord, const LinearUnit &distance, const LinearUnit &area);
+    /// Copies.
+    MapUnits(const MapUnits &other);
+    /// Copies.
+    MapUnits &operator=(const MapUnits &other);
+    ~MapUnits();
 
     /// The unit of coordinates.
-    LinearUnit coordUnit() const { return m_coord; }
+    LinearUnit coordUnit() const;
     /// The unit of distances.
-    LinearUnit distanceUnit() const { return m_distance; }
+    LinearUnit distanceUnit() const;
     /// The unit of areas.
-    LinearUnit areaUnit() const { return m_area; }
+    LinearUnit areaUnit() const;
     /// Nothing is converted.
-    void setCoordUnit(const LinearUnit &unit) { m_coord = unit; }
+    void setCoordUnit(const LinearUnit &unit);
     /// Nothing is converted.
-    void setDistanceUnit(const LinearUnit &unit) { m_distance = unit; }
+    void setDistanceUnit(const LinearUnit &unit);
     /// Nothing is converted.
-    void setAreaUnit(const LinearUnit &unit) { m_area = unit; }
+    void setAreaUnit(const LinearUnit &unit);
 
     /// True when none of the three is valid.
     bool isNull() const;
 
 private:
-    LinearUnit m_coord;
-    LinearUnit m_distance;
-    LinearUnit m_area;
+    struct Data;
+    QSharedDataPointer<Data> m_data;
 };
 
 } // namespace nivora::cs

@@ -5,24 +5,17 @@
 #include <QByteArray>
 #include <QDir>
 #include <QFileInfo>
-#include <QFuture>
-#include <QHash>
 #include <QList>
-#include <QReadWriteLock>
 #include <QVector>
 
-#include <atomic>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <utility>
 
 namespace nivora::cs {
 
-class CatalogueSource;
-class MapinfoIndex;
+class MapinfoCoordSystemPrivate;
 struct TABProjInfo_t;
 
 /// The encoding in which loadFromPRJ() reads a file, told by the first line: Windows-1251 when that line is
@@ -96,39 +89,14 @@ public:
     /// systems that differ by their bounds alone have names of their own.
     std::pair<QString, int> getHumanReadableTextWithEpsg(const CoordSystem &cs) const;
 
-    /// The owner of the catalogues that look-ups compare with; null for the active one. The owner sets it,
-    /// and takes itself away before it goes. Start-up and shut-down only.
-    void setOwner(const CatalogueSource *owner) { m_owner = owner; }
-
     /// All categories, in file order.
-    QList<CoordSystemParamsList> projectionList() const { return m_categories; }
+    QList<CoordSystemParamsList> projectionList() const;
     /// Stops the background fill, waits for it, and empties the catalogue for good.
     void clear();
 
 private:
-    class LookUp;
-
-    std::pair<QString, int> nameAndCode(const Position &position) const;
-    const CoordSystemParams *entry(int category, int index) const;
-    bool hasRecord(const Position &position, const TABProjInfo_t &record) const;
-    const CoordSystemParams *firstWithParams(const QStringList &params) const;
-    CoordSystemPtr buildForLookUp(int category, int index) const;
-    Position walkEntries(const CoordSystem &cs, bool ignoreRect) const;
-    void noteCodes(int firstCategory);
-    void fillCache(const std::function<bool()> &stopped);
-    std::shared_ptr<const MapinfoIndex> indexForLookUps() const;
-
-    Creator m_creator;
-    std::atomic<const CatalogueSource *> m_owner{nullptr};
-    QList<CoordSystemParamsList> m_categories;
-    QHash<int, Position> m_byCode; ///< first entry of each code; kept with m_categories
-    mutable QReadWriteLock m_lock; ///< guards m_cache, m_broken and m_index
-    mutable std::map<Position, CoordSystemPtr> m_cache;
-    mutable std::set<Position> m_broken; ///< entries that look-ups could not build, already logged
-    mutable std::shared_ptr<const MapinfoIndex> m_index; ///< null until the first look-up, under m_lock
-    std::atomic<bool> m_cancelled{false};
-    std::atomic<bool> m_fillStopped{false};
-    QList<QFuture<void>> m_fills;
+    friend class MapinfoCoordSystemPrivate;
+    const std::unique_ptr<MapinfoCoordSystemPrivate> d;
 };
 
 } // namespace nivora::cs

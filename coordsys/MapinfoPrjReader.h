@@ -5,6 +5,8 @@
 
 #include <QObject>
 
+#include <memory>
+
 class QTextStream;
 
 namespace nivora::cs {
@@ -18,6 +20,7 @@ class NIVORA_CS_EXPORT MapinfoPrjReader : public QObject
 public:
     /// Borrows an open stream; nothing is read yet.
     explicit MapinfoPrjReader(QTextStream *stream, QObject *parent = nullptr);
+    ~MapinfoPrjReader() override;
 
     /// Goes to the next heading or entry; false at the end.
     bool readNext();
@@ -28,7 +31,7 @@ public:
     /// The entry that readNext() stopped at, else an empty one.
     CoordSystemParams prj() const;
     /// Lines read so far, ignored ones included.
-    int currentLineNumber() const { return m_line; }
+    int currentLineNumber() const;
     /// The heading or entry without what stands before it: the whole trimmed line for an ignored or rejected
     /// one. As short-lived as capturedCategoryName().
     TextRef currentLineTextRef() const;
@@ -44,9 +47,8 @@ Q_SIGNALS:
     void captured();
 
 private:
-    QTextStream *m_stream;
-    QString m_text; ///< the current line, trimmed
-    int m_line = 0;
+    struct Data;
+    const std::unique_ptr<Data> m_data;
 };
 
 } // namespace nivora::cs

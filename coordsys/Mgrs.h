@@ -3,13 +3,10 @@
 #include <coordsys/CoordSystemTypes.h>
 
 #include <QPointF>
+#include <QSharedDataPointer>
 #include <QString>
 
-#include <memory>
-
 namespace nivora::cs {
-
-class CoordTransform;
 
 /// Military grid references of points of one coordinate system, as a status bar shows them.
 ///
@@ -28,6 +25,11 @@ class NIVORA_CS_EXPORT Mgrs
 public:
     /// Precision 4. Throws as setCoordSystem() does.
     explicit Mgrs(const CoordSystemPtr &cs);
+    /// Shares the transformation.
+    Mgrs(const Mgrs &other);
+    /// Likewise.
+    Mgrs &operator=(const Mgrs &other);
+    ~Mgrs();
 
     /// The system points come in. The precision stays. When it throws, the old system stays:
     /// std::invalid_argument "cs_from" for null, std::logic_error without catalogues, what CoordTransform
@@ -38,7 +40,7 @@ public:
 
     /// Digits of each coordinate, 0 (squares of 100 km) to 5 (metres). Not checked here: every conversion
     /// with another value fails and logs.
-    void setPrecision(int precision) { m_precision = precision; }
+    void setPrecision(int precision);
 
     /// The reference without blanks, "37UDB1212579143". Null when the point lies outside its system's bounds,
     /// cannot be transformed or is no longitude -180 to 360 and latitude -90 to 90 (not a number neither),
@@ -51,9 +53,8 @@ public:
     QString errorMsg(int code) const;
 
 private:
-    std::shared_ptr<const CoordTransform> m_transform; ///< empty for geographic systems
-    double m_meridianDeg = 0.0;                        ///< that the longitudes count from
-    int m_precision = 4;
+    struct Data;
+    QSharedDataPointer<Data> m_data;
 };
 
 } // namespace nivora::cs

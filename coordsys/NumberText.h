@@ -18,11 +18,13 @@ constexpr int mostDecimals = 15;
 /// Bytes that the longest number needs: the largest double has 309 digits before the point.
 constexpr std::size_t longestNumber = 309 + 2 + mostDecimals;
 
+/// Of ASCII.
 inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
 /// Blanks and tabs.
 inline bool isBlank(char c) { return c == ' ' || c == '\t'; }
 /// Blanks, tabs and, between columns, commas and semicolons.
 inline bool isSeparator(char c) { return isBlank(c) || c == ',' || c == ';'; }
+/// The first place from \p p on that is no blank, \p end when there is none.
 inline const char *skipBlanks(const char *p, const char *end)
 {
     while (p != end && isBlank(*p))

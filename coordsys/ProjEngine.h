@@ -13,11 +13,11 @@
 #include <stdexcept>
 
 struct PJconsts;
-typedef struct PJconsts PJ;
+typedef struct PJconsts PJ; ///< PROJ's object: a system or an operation
 struct pj_ctx;
-typedef struct pj_ctx PJ_CONTEXT;
+typedef struct pj_ctx PJ_CONTEXT; ///< what PROJ keeps for one thread at a time
 union PJ_COORD;
-typedef union PJ_COORD PJ_COORD;
+typedef union PJ_COORD PJ_COORD; ///< PROJ's point
 
 namespace nivora::cs {
 
@@ -95,8 +95,9 @@ NIVORA_CS_EXPORT bool isIncorrect(const PJ_COORD &c);
 /// |a - b| < 1e-6, strictly.
 NIVORA_CS_EXPORT bool isNearlyEquals(double a, double b);
 
-/// Degrees to radians and back, both components.
+/// Degrees to radians, both components.
 NIVORA_CS_EXPORT QPointF pointToRad(const QPointF &degrees);
+/// Radians to degrees.
 NIVORA_CS_EXPORT QPointF pointToDeg(const QPointF &radians);
 
 /// Hook for messages about points that could not be transformed. Empty on purpose: such points are ordinary

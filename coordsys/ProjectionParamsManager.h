@@ -33,7 +33,7 @@ public:
     bool initFromXML();
     /// Whether the file of the last initFromXML() was not well-formed, or nested deeper than 64 elements
     /// (logged with line and column). It loads as an empty catalogue all the same; a start-up refuses it.
-    bool isDamaged() const { return m_damaged; }
+    bool isDamaged() const;
     /// Forgets all records: pointers to them die.
     void clear();
 
@@ -84,23 +84,19 @@ public:
     QList<LinearUnit> areaUnits() const;
 
     /// The records in file order; borrowed.
-    const std::vector<std::unique_ptr<MIProjectionParam>> &projections() const { return m_projections; }
+    const std::vector<std::unique_ptr<MIProjectionParam>> &projections() const;
     /// Likewise.
-    const std::vector<std::unique_ptr<MIEllipsoidParam>> &ellipsoids() const { return m_ellipsoids; }
+    const std::vector<std::unique_ptr<MIEllipsoidParam>> &ellipsoids() const;
     /// Likewise.
-    const std::vector<std::unique_ptr<MIDatumParam>> &datums() const { return m_datums; }
+    const std::vector<std::unique_ptr<MIDatumParam>> &datums() const;
     /// Likewise.
-    const std::vector<std::unique_ptr<MIUnitConvParam>> &linearUnits() const { return m_linearUnits; }
+    const std::vector<std::unique_ptr<MIUnitConvParam>> &linearUnits() const;
     /// Likewise.
-    const std::vector<std::unique_ptr<MIAreaConvParam>> &areaUnitRecords() const { return m_areaUnits; }
+    const std::vector<std::unique_ptr<MIAreaConvParam>> &areaUnitRecords() const;
 
 private:
-    std::vector<std::unique_ptr<MIProjectionParam>> m_projections;
-    std::vector<std::unique_ptr<MIEllipsoidParam>> m_ellipsoids;
-    std::vector<std::unique_ptr<MIDatumParam>> m_datums;
-    std::vector<std::unique_ptr<MIUnitConvParam>> m_linearUnits;
-    std::vector<std::unique_ptr<MIAreaConvParam>> m_areaUnits;
-    bool m_damaged = false;
+    struct Data;
+    std::unique_ptr<Data> m_data;
 };
 
 } // namespace nivora::cs

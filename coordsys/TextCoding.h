@@ -4,10 +4,9 @@
 
 #include <QString>
 
-#include <array>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 namespace nivora::cs {
 
@@ -22,22 +21,26 @@ class NIVORA_CS_EXPORT TextCoding
 {
 public:
     /// UTF-8: nothing is to be done.
-    TextCoding() = default;
+    TextCoding();
     /// "windows-1251", "KOI8-R", "CP866" and so on; empty: UTF-8. Throws std::invalid_argument
     /// for others.
     explicit TextCoding(const QString &name);
+    /// Shares the tables.
+    TextCoding(const TextCoding &other);
+    /// Likewise.
+    TextCoding &operator=(const TextCoding &other);
+    ~TextCoding();
 
     /// False for UTF-8.
-    bool isNeeded() const { return !m_bytes.empty(); }
+    bool isNeeded() const;
     /// As UTF-8.
     std::string decoded(std::string_view bytes) const;
     /// Throws std::runtime_error for a character that the coding does not have.
     std::string encoded(std::string_view utf8) const;
 
 private:
-    QString m_name;
-    std::array<std::string, 256> m_utf8;
-    std::unordered_map<std::string, char> m_bytes; ///< of characters; empty for UTF-8
+    struct Data;
+    std::shared_ptr<const Data> m_data;
 };
 
 } // namespace nivora::cs

@@ -5,15 +5,11 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QList>
+#include <QSharedDataPointer>
 
 #include <functional>
-#include <memory>
-#include <utility>
 
 namespace nivora::cs {
-
-struct CrsFingerprint;
-struct XmlElement;
 
 /// The coordinate systems that a user keeps, in named branches, stored in "UserCoordSystem.xml".
 /// An entry keeps its source text verbatim, whether or not a system can be made from it. The systems of
@@ -41,15 +37,20 @@ public:
     class NIVORA_CS_EXPORT CoordSystemParam
     {
     public:
-        CoordSystemParam() = default;
+        CoordSystemParam();
         /// Builds the system when \p cs is null and gives it the description; failures are logged.
         CoordSystemParam(const CoordSystemTypes::SourceData &source, const QString &description,
                          const CoordSystemPtr &cs);
+        /// Shares the system.
+        CoordSystemParam(const CoordSystemParam &other);
+        /// Likewise.
+        CoordSystemParam &operator=(const CoordSystemParam &other);
+        ~CoordSystemParam();
 
         /// What the entry was made from.
-        const CoordSystemTypes::SourceData &source() const { return m_source; }
+        const CoordSystemTypes::SourceData &source() const;
         /// The user's name for it.
-        const QString &description() const { return m_description; }
+        const QString &description() const;
         /// The system, tried again when it could not be built before; null when it still cannot (logged).
         CoordSystemPtr coordSystem() const;
         /// The system, built on the first call for an entry from the file; null, logged once, when it could
@@ -58,12 +59,8 @@ public:
 
     private:
         friend class UserCoordSystem;
-        struct System;
-        bool mayEqual(const CrsFingerprint &facts) const;
-
-        CoordSystemTypes::SourceData m_source;
-        QString m_description;
-        std::shared_ptr<System> m_system; ///< null for a default-constructed entry
+        struct Data;
+        QSharedDataPointer<Data> m_data;
     };
 
     /// One branch.
@@ -75,18 +72,23 @@ public:
 
     /// Reads nothing yet; the file is "UserCoordSystem.xml" in \p dir.
     explicit UserCoordSystem(const QDir &dir);
+    /// A store of its own with the same entries, which share their systems.
+    UserCoordSystem(const UserCoordSystem &other);
+    /// Likewise.
+    UserCoordSystem &operator=(const UserCoordSystem &other);
+    ~UserCoordSystem();
 
     /// How systems of entries that are loaded from now on are made, in place of
     /// csStringToInternalNoDescription(). Start-up only.
-    void setMaker(Maker maker) { m_maker = std::move(maker); }
+    void setMaker(Maker maker);
     /// Keeps the file's name and moves it to another directory; nothing is copied.
     void setDir(const QDir &dir);
     /// Where the store is read from and written to.
-    const QFileInfo &fileInfo() const { return m_file; }
+    const QFileInfo &fileInfo() const;
     /// Refers to the store: take a copy before changing, loading or leaving it (copies are shared, so cheap).
-    const QList<CsDataType> &data() const { return m_branches; }
+    const QList<CsDataType> &data() const;
     /// No branches.
-    bool isEmpty() const { return m_branches.isEmpty(); }
+    bool isEmpty() const;
 
     /// The name that a branch without one gets when it is read: "Каталог" in every language, since files keep
     /// it.
@@ -133,7 +135,7 @@ public:
     void loadFromFile(bool quiet);
     /// Why the last loadFromFile() took nothing: "path:line:column: reason", or "path: reason" for what
     /// could not be opened; empty when it was read.
-    const QString &readProblem() const { return m_readProblem; }
+    const QString &readProblem() const;
     /// One change of the file, whatever other windows and processes did to it since it was loaded: loads it
     /// (no file: an empty store), calls \p change with this store, and saves what that leaves, all under one
     /// lock. When \p change returns false, nothing is saved and false returned. Throws std::logic_error as
@@ -149,15 +151,8 @@ public:
     static void saveToFile(const QFileInfo &file, const QList<CsDataType> &branches, bool overwrite);
 
 private:
-    const CoordSystemParam *find(const CoordSystemTypes::SourceData &source) const;
-
-    CoordSystemParam *findInBranch(const QString &branch, const CoordSystemTypes::SourceData &source);
-    CoordSystemParam entryFrom(const XmlElement &element) const;
-
-    QFileInfo m_file;
-    QList<CsDataType> m_branches;
-    Maker m_maker;
-    QString m_readProblem;
+    struct Data;
+    QSharedDataPointer<Data> m_data;
 };
 
 } // namespace nivora::cs

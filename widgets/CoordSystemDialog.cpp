@@ -18,24 +18,41 @@ constexpr char sizeKey[] = "nivora-cs/picker/size"; ///< in the application's de
 
 } // namespace
 
+class NIVORA_CS_WIDGETS_NO_EXPORT CoordSystemDialog::Private
+{
+public:
+    bool confirmWithdrawn(QWidget *parent) const;
+
+    CoordSystemPicker *picker = nullptr;
+    QPushButton *none = nullptr;
+    bool isNoSystem = false;
+    CoordSystemPtr accepted;
+};
+
 CoordSystemDialog::CoordSystemDialog(QWidget *parent)
     : CoordSystemDialog(CoordSysFactory::defaultCoordSysFactory(), parent)
 {}
 
 CoordSystemDialog::CoordSystemDialog(std::shared_ptr<CoordSysFactory> factory, QWidget *parent)
     : QDialog(parent)
-    , m_picker(new CoordSystemPicker(std::move(factory), this))
+    , d(std::make_unique<Private>())
 {
+    d->picker = new CoordSystemPicker(std::move(factory), this);
     setWindowTitle(WidgetTexts::tr("Выбор системы координат"));
     auto *buttons = new QDialogButtonBox(this);
-    m_ok = buttons->addButton(WidgetTexts::tr("Выбрать"), QDialogButtonBox::AcceptRole);
-    m_ok->setDefault(true);
+    QPushButton *ok = buttons->addButton(WidgetTexts::tr("Выбрать"), QDialogButtonBox::AcceptRole);
+    ok->setDefault(true);
     buttons->addButton(WidgetTexts::tr("Отмена"), QDialogButtonBox::RejectRole);
-    m_none = buttons->addButton(WidgetTexts::tr("Без системы"), QDialogButtonBox::ActionRole);
-    m_none->hide();
-    connect(m_none, &QPushButton::clicked, this, &CoordSystemDialog::acceptNone);
+    d->none = buttons->addButton(WidgetTexts::tr("Без системы"), QDialogButtonBox::ActionRole);
+    d->none->hide();
+    connect(d->none, &QPushButton::clicked, this, [this] {
+        d->accepted.reset();
+        d->isNoSystem = true;
+        QDialog::accept();
+        Q_EMIT chosen(nullptr);
+    });
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(m_picker);
+    layout->addWidget(d->picker);
     layout->addWidget(buttons);
     const QSize remembered = QSettings().value(QLatin1String(sizeKey)).toSize();
     const QSize usual(fontMetrics().averageCharWidth() * 150, fontMetrics().lineSpacing() * 38);
@@ -45,42 +62,42 @@ CoordSystemDialog::CoordSystemDialog(std::shared_ptr<CoordSysFactory> factory, Q
 
     connect(buttons, &QDialogButtonBox::accepted, this, &CoordSystemDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &CoordSystemDialog::reject);
-    connect(m_picker, &CoordSystemPicker::activated, this, &CoordSystemDialog::accept);
-    const auto update = [this] { m_ok->setEnabled(m_picker->canChoose()); };
-    connect(m_picker, &CoordSystemPicker::choiceChanged, this, update);
+    connect(d->picker, &CoordSystemPicker::activated, this, &CoordSystemDialog::accept);
+    const auto update = [this, ok] { ok->setEnabled(d->picker->canChoose()); };
+    connect(d->picker, &CoordSystemPicker::choiceChanged, this, update);
     update();
 }
 
+CoordSystemDialog::~CoordSystemDialog() = default;
+
+CoordSystemPicker *CoordSystemDialog::picker() const { return d->picker; }
+
+CoordSystemPtr CoordSystemDialog::coordSystem() const { return d->accepted; }
+
+bool CoordSystemDialog::isNoSystem() const { return d->isNoSystem; }
+
 void CoordSystemDialog::accept()
 {
-    const CoordSystemPtr chosenNow = m_picker->coordSystem();
-    if (!chosenNow || !confirmWithdrawn())
+    const CoordSystemPtr chosenNow = d->picker->coordSystem();
+    if (!chosenNow || !d->confirmWithdrawn(this))
         return; // the details say why
-    m_accepted = chosenNow;
-    m_isNoSystem = false;
-    m_picker->rememberChoice();
+    d->accepted = chosenNow;
+    d->isNoSystem = false;
+    d->picker->rememberChoice();
     QDialog::accept();
-    Q_EMIT chosen(m_accepted);
+    Q_EMIT chosen(d->accepted);
 }
 
-bool CoordSystemDialog::confirmWithdrawn()
+bool CoordSystemDialog::Private::confirmWithdrawn(QWidget *parent) const
 {
-    return !m_picker->isWithdrawn() ||
+    return !picker->isWithdrawn() ||
            QMessageBox::question(
-               this, windowTitle(),
+               parent, parent->windowTitle(),
                WidgetTexts::tr("Эту систему организация отозвала. Всё равно выбрать её?")) ==
                QMessageBox::Yes;
 }
 
-void CoordSystemDialog::acceptNone()
-{
-    m_accepted.reset();
-    m_isNoSystem = true;
-    QDialog::accept();
-    Q_EMIT chosen(nullptr);
-}
-
-void CoordSystemDialog::setNoSystemAllowed(bool isAllowed) { m_none->setVisible(isAllowed); }
+void CoordSystemDialog::setNoSystemAllowed(bool isAllowed) { d->none->setVisible(isAllowed); }
 
 CoordSystemDialog *CoordSystemDialog::open(QWidget *parent, const CoordSystemPtr &current, const QRectF &view)
 {

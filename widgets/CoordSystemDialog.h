@@ -4,7 +4,7 @@
 
 #include <QDialog>
 
-class QPushButton;
+#include <memory>
 
 namespace nivora::cs {
 
@@ -17,11 +17,12 @@ public:
     /// Throws as CoordSystemPicker.
     explicit CoordSystemDialog(QWidget *parent = nullptr);
     explicit CoordSystemDialog(std::shared_ptr<CoordSysFactory> factory, QWidget *parent = nullptr);
+    ~CoordSystemDialog() override;
 
     /// The widget inside.
-    CoordSystemPicker *picker() const { return m_picker; }
+    CoordSystemPicker *picker() const;
     /// The system that was accepted, null before and after a cancel.
-    CoordSystemPtr coordSystem() const { return m_accepted; }
+    CoordSystemPtr coordSystem() const;
 
     /// Shows the dialog and waits. \p current is selected at first, \p view as CoordSystemPicker::setView().
     /// Null when it was cancelled.
@@ -37,7 +38,7 @@ public:
     /// Whether there is a button for no system at all; there is none unless set.
     void setNoSystemAllowed(bool isAllowed);
     /// No system was accepted: coordSystem() is null then, too.
-    bool isNoSystem() const { return m_isNoSystem; }
+    bool isNoSystem() const;
 
     void accept() override;
 
@@ -46,14 +47,8 @@ Q_SIGNALS:
     void chosen(const nivora::cs::CoordSystemPtr &system);
 
 private:
-    CoordSystemPicker *m_picker;
-    bool confirmWithdrawn();
-    void acceptNone();
-
-    QPushButton *m_ok;
-    QPushButton *m_none;
-    bool m_isNoSystem = false;
-    CoordSystemPtr m_accepted;
+    class Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace nivora::cs

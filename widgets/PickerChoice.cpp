@@ -60,7 +60,7 @@ CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOf(const QM
     setCode(row.data(CoordSystemCatalogModel::CodeRole).toInt(), result.facts);
     try {
         result.system = model.create(row);
-        addFacts(result.system, result.facts);
+        addFacts(*model.factory(), result.system, result.facts);
     } catch (const std::exception &e) {
         result.facts.problem = QString::fromUtf8(e.what());
     }
@@ -71,7 +71,7 @@ CoordSystemPicker::Private::Choice CoordSystemPicker::Private::choiceOf(const Co
 {
     Choice result;
     result.system = cs;
-    addFacts(cs, result.facts);
+    addFacts(*model.factory(), cs, result.facts);
     return result;
 }
 

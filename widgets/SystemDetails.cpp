@@ -3,7 +3,7 @@
 #include <widgets/WidgetTexts_p.h>
 #include <widgets/WorldMap_p.h>
 
-#include <coordsys/CatalogueSource.h>
+#include <coordsys/CoordSysFactory.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
 #include <coordsys/LinearUnit.h>
@@ -83,11 +83,11 @@ QString offerText(const QVector<GridOffer> &offers)
     return {};
 }
 
-QString accuracyOf(const CoordSystemPtr &cs)
+QString accuracyOf(const CoordSysFactory &factory, const CoordSystemPtr &cs)
 {
     if (cs->isNonEarth())
         return {};
-    const CoordTransform way(cs, activeCatalogues()->latLongWgs84CoordSystem());
+    const CoordTransform way(cs, factory.latLongWgs84CoordSystem());
     const QString used = WidgetTexts::tr("пересчёт в WGS 84: %1").arg(accuracyOf(way.operations()));
     const QString offer = offerText(way.gridOffers());
     return offer.isEmpty() ? used : used + QLatin1Char('\n') + offer;
@@ -142,7 +142,7 @@ QString prjOf(const CoordSystem &cs)
 
 } // namespace
 
-void addFacts(const CoordSystemPtr &cs, ShownFacts &facts)
+void addFacts(const CoordSysFactory &factory, const CoordSystemPtr &cs, ShownFacts &facts)
 {
     const SystemInfo info = systemInfo(*cs);
     setIfEmpty(facts.name, info.name);
@@ -157,7 +157,7 @@ void addFacts(const CoordSystemPtr &cs, ShownFacts &facts)
     if (facts.area.isNull())
         facts.area = info.area;
     facts.prj = textOr([&] { return prjOf(*cs); });
-    facts.accuracy = textOr([&] { return accuracyOf(cs); });
+    facts.accuracy = textOr([&] { return accuracyOf(factory, cs); });
 }
 
 SystemDetails::SystemDetails(QWidget *parent)

@@ -11,6 +11,8 @@ class QPlainTextEdit;
 
 namespace nivora::cs {
 
+class CoordSysFactory;
+
 /// What is known of a system in words; empty texts are unknown.
 struct ShownFacts
 {
@@ -27,7 +29,7 @@ struct ShownFacts
 
 /// What the system itself knows. Facts that are there already stay; what cannot be told says why. Some
 /// milliseconds, up to 0.2 s for a system whose code has to be searched for. Never throws.
-void addFacts(const CoordSystemPtr &cs, ShownFacts &facts);
+void addFacts(const CoordSysFactory &factory, const CoordSystemPtr &cs, ShownFacts &facts);
 
 /// The facts as a form whose texts can be selected and read out.
 class SystemDetails : public QWidget

@@ -1,6 +1,6 @@
 #include "CalibrationFit_p.h"
 
-#include <coordsys/CatalogueSource.h>
+#include "CatalogueSource_p.h"
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 

@@ -1,6 +1,6 @@
 #include "CalibrationGround_p.h"
 
-#include <coordsys/CatalogueSource.h>
+#include "CatalogueSource_p.h"
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
 #include <coordsys/CoordTransform.h>

@@ -1,7 +1,7 @@
 #include "CalibrationFit_p.h"
 #include "CalibrationGround_p.h"
+#include "CatalogueSource_p.h"
 
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 

@@ -1,9 +1,9 @@
 #include <coordsys/CalibrationStore.h>
 
+#include "CatalogueSource_p.h"
 #include "CodedError_p.h"
 #include "InputFile_p.h"
 #include "UserStoreFile_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
@@ -156,6 +156,24 @@ void checkFree(const StoreLock &lock, const QString &path)
         throw std::logic_error(QObject::tr("Файл %1 изменяет другая программа").arg(path).toStdString());
 }
 
+void write(const QString &path, const QVector<CalibrationRecord> &records)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        throw cannotWrite(path);
+    QXmlStreamWriter writer(&file);
+    writer.setAutoFormatting(true);
+    writer.writeStartDocument();
+    writer.writeStartElement(rootName());
+    for (const CalibrationRecord &record : records)
+        writeRecord(writer, record);
+    writer.writeEndElement();
+    writer.writeEndDocument();
+    if (!file.commit())
+        throw cannotWrite(path);
+}
+
 } // namespace
 
 Calibration CalibrationRecord::calibration() const
@@ -185,25 +203,38 @@ CalibrationRecord CalibrationRecord::of(const Calibration &calibration, const Ca
     return record;
 }
 
-CalibrationStore::CalibrationStore(const QFileInfo &userStore)
-    : m_path(QDir(userStore.absolutePath())
-                 .filePath(userStore.completeBaseName() + QStringLiteral(".calibration.xml")))
-{}
+struct NIVORA_CS_NO_EXPORT CalibrationStore::Data : QSharedData
+{
+    QString path;
+};
 
-QString CalibrationStore::filePath() const { return m_path; }
+CalibrationStore::CalibrationStore(const QFileInfo &userStore)
+    : m_data(new Data)
+{
+    const QString name = userStore.completeBaseName() + QStringLiteral(".calibration.xml");
+    m_data->path = QDir(userStore.absolutePath()).filePath(name);
+}
+
+CalibrationStore::CalibrationStore(const CalibrationStore &other) = default;
+
+CalibrationStore &CalibrationStore::operator=(const CalibrationStore &other) = default;
+
+CalibrationStore::~CalibrationStore() = default;
+
+QString CalibrationStore::filePath() const { return m_data->path; }
 
 QVector<CalibrationRecord> CalibrationStore::records() const
 {
-    if (!QFileInfo::exists(m_path))
+    if (!QFileInfo::exists(m_data->path))
         return {};
-    QFile file(m_path);
+    QFile file(m_data->path);
     XmlElement root;
     const QString closed = openInput(file);
     QString damage = closed.isEmpty() ? readXml(file, root) : closed;
     if (damage.isEmpty() && root.name != rootName())
         damage = QObject::tr("Корневой элемент <%1> не из файла систем координат").arg(root.name);
     if (!damage.isEmpty())
-        throw std::logic_error(QStringLiteral("%1: %2").arg(m_path, damage).toStdString());
+        throw std::logic_error(QStringLiteral("%1: %2").arg(m_data->path, damage).toStdString());
     QVector<CalibrationRecord> records;
     for (const XmlElement &e : root.children)
         if (e.name == recordName())
@@ -230,15 +261,15 @@ std::optional<CalibrationRecord> CalibrationStore::find(const CoordSystem &cs) c
 
 void CalibrationStore::save(const CalibrationRecord &record) const
 {
-    const StoreLock lock{QFileInfo(m_path)};
-    checkFree(lock, m_path);
+    const StoreLock lock{QFileInfo(m_data->path)};
+    checkFree(lock, m_data->path);
     QVector<CalibrationRecord> all;
     try {
         all = records();
     } catch (const std::logic_error &e) {
         LOG_ERROR(QString::fromUtf8(e.what()));
-        const QString copy = m_path + QStringLiteral(".bak");
-        if (!QFileInfo::exists(copy) && !QFile::copy(m_path, copy))
+        const QString copy = m_data->path + QStringLiteral(".bak");
+        if (!QFileInfo::exists(copy) && !QFile::copy(m_data->path, copy))
             throw cannotWrite(copy);
     }
     const auto same = std::find_if(all.begin(), all.end(),
@@ -247,41 +278,23 @@ void CalibrationStore::save(const CalibrationRecord &record) const
         all << record;
     else
         *same = record;
-    write(all);
+    write(m_data->path, all);
 }
 
 bool CalibrationStore::remove(const CoordSystemTypes::SourceData &system) const
 {
-    if (!QFileInfo::exists(m_path))
+    if (!QFileInfo::exists(m_data->path))
         return false;
-    const StoreLock lock{QFileInfo(m_path)};
-    checkFree(lock, m_path);
+    const StoreLock lock{QFileInfo(m_data->path)};
+    checkFree(lock, m_data->path);
     QVector<CalibrationRecord> all = records();
     const auto kept = std::remove_if(all.begin(), all.end(),
                                      [&](const CalibrationRecord &r) { return r.system == system; });
     if (kept == all.end())
         return false;
     all.erase(kept, all.end());
-    write(all);
+    write(m_data->path, all);
     return true;
-}
-
-void CalibrationStore::write(const QVector<CalibrationRecord> &records) const
-{
-    QDir().mkpath(QFileInfo(m_path).absolutePath());
-    QSaveFile file(m_path);
-    if (!file.open(QIODevice::WriteOnly))
-        throw cannotWrite(m_path);
-    QXmlStreamWriter writer(&file);
-    writer.setAutoFormatting(true);
-    writer.writeStartDocument();
-    writer.writeStartElement(rootName());
-    for (const CalibrationRecord &record : records)
-        writeRecord(writer, record);
-    writer.writeEndElement();
-    writer.writeEndDocument();
-    if (!file.commit())
-        throw cannotWrite(m_path);
 }
 
 } // namespace nivora::cs

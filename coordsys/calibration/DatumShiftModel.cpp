@@ -1,7 +1,7 @@
+#include "CatalogueSource_p.h"
 #include "EllipsoidOperation_p.h"
 #include "FitModel_p.h"
 
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>

@@ -1,12 +1,12 @@
 #include <coordsys/CoordSysRect.h>
 
 #include "CatalogueRevision_p.h"
+#include "CatalogueSource_p.h"
 #include "InputFile_p.h"
 #include "ProjectionTable_p.h"
 #include "SpatialReferenceText_p.h"
 #include "SystemFacts_p.h"
 #include "TextRefs_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
@@ -369,7 +369,30 @@ bool boundsOfAreaOfUse(const CoordSystem &cs, QRectF &out)
 
 } // namespace
 
+/// What a CoordSysRect consists of.
+class CoordSysRectPrivate
+{
+public:
+    using AreaOfUse = std::function<bool(const CoordSystem &cs, QRectF &out)>;
+
+    QRectF rectBy(CoordSystem *cs, const AreaOfUse &areaOfUse) const;
+    bool catalogued(const TABProjInfo_t &info, QRectF &out) const;
+    void readFile() const;
+
+    mutable QReadWriteLock m_lock;                ///< guards the following
+    mutable std::vector<TABProjInfo_t> m_entries; ///< file order
+    mutable QByteArray m_unread;                  ///< the file, until bounds are first looked up
+    QString m_fileName;
+    mutable std::atomic<bool> m_isRead{true};
+};
+
 int getattrib(const QString &text) { return text == QLatin1String("0x00") ? 0 : -1; }
+
+CoordSysRect::CoordSysRect()
+    : d(std::make_unique<CoordSysRectPrivate>())
+{}
+
+CoordSysRect::~CoordSysRect() = default;
 
 bool CoordSysRect::initFromXML() { return initFromXML(activeCatalogues()->resourceDir()); }
 
@@ -377,7 +400,7 @@ bool CoordSysRect::initFromXML(const QDir &dir)
 {
     if (!openXML(dir))
         return false;
-    readFile();
+    d->readFile();
     return true;
 }
 
@@ -390,25 +413,25 @@ bool CoordSysRect::openXML(const QDir &dir)
         return false;
     }
     LOG_INFO(QObject::tr("Ограничения для КС: %1").arg(file.fileName()));
-    const QWriteLocker lock(&m_lock);
-    m_unread = file.readAll();
-    m_fileName = file.fileName();
-    m_isRead = false;
+    const QWriteLocker lock(&d->m_lock);
+    d->m_unread = file.readAll();
+    d->m_fileName = file.fileName();
+    d->m_isRead = false;
     ++catalogueRevision();
     return true;
 }
 
 void CoordSysRect::clear()
 {
-    const QWriteLocker lock(&m_lock);
-    m_entries.clear();
-    m_unread.clear();
-    m_isRead = true;
+    const QWriteLocker lock(&d->m_lock);
+    d->m_entries.clear();
+    d->m_unread.clear();
+    d->m_isRead = true;
     ++catalogueRevision();
 }
 
 /// Taking the file apart costs a quarter of a start-up, and most of what is started asks for no bounds.
-void CoordSysRect::readFile() const
+void CoordSysRectPrivate::readFile() const
 {
     const QWriteLocker lock(&m_lock);
     if (m_isRead)
@@ -426,7 +449,7 @@ void CoordSysRect::readFile() const
     m_isRead = true;
 }
 
-bool CoordSysRect::catalogued(const TABProjInfo_t &info, QRectF &out) const
+bool CoordSysRectPrivate::catalogued(const TABProjInfo_t &info, QRectF &out) const
 {
     if (!m_isRead)
         readFile();
@@ -447,7 +470,7 @@ QRectF CoordSysRect::rect(const QString &prj, CoordSystem *cs) const
         return {};
     }
     QRectF known;
-    if (catalogued(MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj), known))
+    if (d->catalogued(MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj), known))
         return known;
     LOG_DEBUG(QObject::tr("Не могу рассчитать ограничивающий прямоугольник для КС (%1)").arg(prj));
     return rectMifalAlgorithm(prj, cs);
@@ -462,14 +485,14 @@ QRectF CoordSysRect::rectMifalAlgorithm(const QString &prj, CoordSystem *cs)
 
 QRectF CoordSysRect::rect(const CoordSystemPtr &cs) const { return rect(cs.get()); }
 
-QRectF CoordSysRect::rect(CoordSystem *cs) const { return rectBy(cs, &boundsOfAreaOfUse); }
+QRectF CoordSysRect::rect(CoordSystem *cs) const { return d->rectBy(cs, &boundsOfAreaOfUse); }
 
 QRectF CoordSysRect::rectWithoutSearch(CoordSystem *cs) const
 {
-    return rectBy(cs, [](const CoordSystem &, QRectF &) { return false; });
+    return d->rectBy(cs, [](const CoordSystem &, QRectF &) { return false; });
 }
 
-QRectF CoordSysRect::rectBy(CoordSystem *cs, const AreaOfUse &areaOfUse) const
+QRectF CoordSysRectPrivate::rectBy(CoordSystem *cs, const AreaOfUse &areaOfUse) const
 {
     if (!cs)
         return {};

@@ -1,4 +1,4 @@
-#include <coordsys/MapinfoCoordSystem.h>
+#include "MapinfoCoordSystem_p.h"
 
 #include "BackgroundFills_p.h"
 #include "CatalogueRevision_p.h"
@@ -8,7 +8,6 @@
 #include "MapinfoScanner_p.h"
 #include "ProjectionTable_p.h"
 #include "TextRefs_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoPrjReader.h>
@@ -141,7 +140,7 @@ QByteArray codecNameForTextFile(const QString &path)
 }
 
 MapinfoCoordSystem::MapinfoCoordSystem(Creator creator)
-    : m_creator(std::move(creator))
+    : d(std::make_unique<MapinfoCoordSystemPrivate>(*this, std::move(creator)))
 {}
 
 MapinfoCoordSystem::~MapinfoCoordSystem()
@@ -161,7 +160,7 @@ bool MapinfoCoordSystem::loadFromPRJ(const QDir &dir, const QString &language)
 
 bool MapinfoCoordSystem::loadFromPRJ(const QFileInfo &file)
 {
-    QList<CoordSystemParamsList> categories = m_categories;
+    QList<CoordSystemParamsList> categories = d->m_categories;
     QFile source(nivora::utils::lookUpExistingFileInDirectory(file).absoluteFilePath());
     if (!openInput(source).isEmpty())
         throw std::runtime_error(QObject::tr("Не могу открыть файл %1").arg(file.fileName()).toStdString());
@@ -170,18 +169,18 @@ bool MapinfoCoordSystem::loadFromPRJ(const QFileInfo &file)
     const int count = readCategories(source, codecNameForTextFile(source.fileName()), categories);
     LOG_DEBUG(QObject::tr("Категорий: %1, Проекций: %2")
                   .arg(QString::number(categories.size()), QString::number(count)));
-    const int known = m_categories.size();
-    m_categories = std::move(categories);
-    noteCodes(known);
+    const int known = d->m_categories.size();
+    d->m_categories = std::move(categories);
+    d->noteCodes(known);
     ++catalogueRevision();
     {
-        const QWriteLocker lock(&m_lock);
-        m_index.reset(); // speaks of the entries before this file
+        const QWriteLocker lock(&d->m_lock);
+        d->m_index.reset(); // speaks of the entries before this file
     }
     return true;
 }
 
-const CoordSystemParams *MapinfoCoordSystem::entry(int category, int index) const
+const CoordSystemParams *MapinfoCoordSystemPrivate::entry(int category, int index) const
 {
     if (category < 0 || category >= m_categories.size())
         return nullptr;
@@ -191,12 +190,12 @@ const CoordSystemParams *MapinfoCoordSystem::entry(int category, int index) cons
 
 QString MapinfoCoordSystem::getStrMB(int category, int index) const
 {
-    if (category < 0 || category >= m_categories.size())
+    if (category < 0 || category >= d->m_categories.size())
         throw std::out_of_range(
             QObject::tr("Каталог координатных систем MapInfo не содержит категории с номером %1")
                 .arg(category)
                 .toStdString());
-    const CoordSystemParams *found = entry(category, index);
+    const CoordSystemParams *found = d->entry(category, index);
     if (!found)
         throw std::out_of_range(
             QObject::tr(
@@ -209,9 +208,9 @@ QString MapinfoCoordSystem::getStrMB(int category, int index) const
 CoordSystemPtr MapinfoCoordSystem::getProj(int category, int index) const
 {
     {
-        const QReadLocker lock(&m_lock);
-        const auto cached = m_cache.find({category, index});
-        if (cached != m_cache.end())
+        const QReadLocker lock(&d->m_lock);
+        const auto cached = d->m_cache.find({category, index});
+        if (cached != d->m_cache.end())
             return cached->second;
     }
     return tryAddToCache(category, index);
@@ -224,17 +223,17 @@ CoordSystemPtr MapinfoCoordSystem::getProj(const Position &position) const
 
 CoordSystemPtr MapinfoCoordSystem::tryAddToCache(int category, int index) const
 {
-    const CoordSystemPtr cs = m_creator(getStrMB(category, index));
-    const CoordSystemParams *found = entry(category, index);
-    if (m_cancelled || !found || !cs)
+    const CoordSystemPtr cs = d->m_creator(getStrMB(category, index));
+    const CoordSystemParams *found = d->entry(category, index);
+    if (d->m_cancelled || !found || !cs)
         return nullptr;
     cs->setDescription(found->name());
     if (found->epsg() != CoordSystem::EPSG_UNDEFINDED)
         privateOf(*cs).setEntryEpsg(found->epsg());
 
-    const QWriteLocker lock(&m_lock);
-    if (!m_cancelled) // asked again under the lock, so that nothing enters the cache behind clear()
-        m_cache.emplace(Position(category, index), cs);
+    const QWriteLocker lock(&d->m_lock);
+    if (!d->m_cancelled) // asked again under the lock, so that nothing enters the cache behind clear()
+        d->m_cache.emplace(Position(category, index), cs);
     return cs;
 }
 
@@ -244,16 +243,17 @@ void MapinfoCoordSystem::initInternalCache()
     QThreadPool::globalInstance(); // made before the handler, so it waits for its tasks after it
     BackgroundFills::stopAtExit();
     qAddPostRoutine([] { BackgroundFills::instance().stop(); }); // the application's end waits for the pool
-    m_fillStopped = false;
-    m_fills.append(QtConcurrent::run([this, &fills, round = fills.round()] {
+    d->m_fillStopped = false;
+    d->m_fills.append(QtConcurrent::run([this, &fills, round = fills.round()] {
         if (!fills.enter(round))
             return;
-        fillCache([this, &fills, round] { return m_cancelled || m_fillStopped || !fills.isCurrent(round); });
+        d->fillCache(
+            [this, &fills, round] { return d->m_cancelled || d->m_fillStopped || !fills.isCurrent(round); });
         fills.leave();
     }));
 }
 
-void MapinfoCoordSystem::fillCache(const std::function<bool()> &stopped)
+void MapinfoCoordSystemPrivate::fillCache(const std::function<bool()> &stopped)
 {
     unsigned built = 0;
     try {
@@ -262,7 +262,7 @@ void MapinfoCoordSystem::fillCache(const std::function<bool()> &stopped)
             for (int index = 0; index < m_categories.at(category).entries.size(); ++index) {
                 if (stopped())
                     return;
-                tryAddToCache(category, index);
+                q->tryAddToCache(category, index);
                 if (isPowerOfTwo(++built))
                     BackgroundFills::stopAtExit();
             }
@@ -275,14 +275,14 @@ void MapinfoCoordSystem::fillCache(const std::function<bool()> &stopped)
 
 void MapinfoCoordSystem::stopInternalCache()
 {
-    m_fillStopped = true;
-    for (QFuture<void> &fill : m_fills)
+    d->m_fillStopped = true;
+    for (QFuture<void> &fill : d->m_fills)
         fill.waitForFinished();
-    m_fills.clear();
+    d->m_fills.clear();
 }
 
 /// Notes the categories from a number on; the first entry of a code stands for it.
-void MapinfoCoordSystem::noteCodes(int firstCategory)
+void MapinfoCoordSystemPrivate::noteCodes(int firstCategory)
 {
     for (int category = firstCategory; category < m_categories.size(); ++category) {
         const QList<CoordSystemParams> &entries = m_categories.at(category).entries;
@@ -294,22 +294,22 @@ void MapinfoCoordSystem::noteCodes(int firstCategory)
 
 QString MapinfoCoordSystem::seekByEPSG(int epsg) const
 {
-    const Position position = m_byCode.value(epsg, PairNone);
+    const Position position = d->m_byCode.value(epsg, PairNone);
     return position == PairNone ? QString() : getStrMB(position.first, position.second);
 }
 
 std::optional<CoordSystemParams> MapinfoCoordSystem::entryByEpsg(int epsg) const
 {
-    const Position position = m_byCode.value(epsg, PairNone);
-    const CoordSystemParams *found = entry(position.first, position.second);
+    const Position position = d->m_byCode.value(epsg, PairNone);
+    const CoordSystemParams *found = d->entry(position.first, position.second);
     return found ? std::make_optional(*found) : std::nullopt;
 }
 
 CoordSystemPtr MapinfoCoordSystem::systemOfCode(int epsg) const
 {
-    const Position position = m_byCode.value(epsg, PairNone);
+    const Position position = d->m_byCode.value(epsg, PairNone);
     const CoordSystemPtr cs =
-        position == PairNone ? nullptr : buildForLookUp(position.first, position.second);
+        position == PairNone ? nullptr : d->buildForLookUp(position.first, position.second);
     return cs && !privateOf(*cs).hasForeignCataloguedCode() ? cs : nullptr;
 }
 
@@ -317,12 +317,12 @@ int MapinfoCoordSystem::codeOfRecord(const TABProjInfo_t &record, const QVector<
 {
     Position first = PairNone;
     for (const int code : codes) {
-        const Position position = m_byCode.value(code, PairNone);
-        if (position != PairNone && (first == PairNone || position < first) && hasRecord(position, record))
+        const Position position = d->m_byCode.value(code, PairNone);
+        if (position != PairNone && (first == PairNone || position < first) && d->hasRecord(position, record))
             first = position;
     }
-    const CoordSystemParams *found = entry(first.first, first.second);
-    return found ? firstWithParams(found->params)->epsg() : int(CoordSystem::EPSG_UNDEFINDED);
+    const CoordSystemParams *found = d->entry(first.first, first.second);
+    return found ? d->firstWithParams(found->params)->epsg() : int(CoordSystem::EPSG_UNDEFINDED);
 }
 
 QVector<int> MapinfoCoordSystem::codesNearRecord(const TABProjInfo_t &record) const
@@ -335,13 +335,13 @@ QVector<int> MapinfoCoordSystem::codesNearRecord(const TABProjInfo_t &record) co
                    (datum == record.nDatumId || isUserDatum(record.nDatumId));
         };
     QVector<int> codes;
-    for (const CoordSystemParamsList &category : m_categories)
+    for (const CoordSystemParamsList &category : d->m_categories)
         for (const CoordSystemParams &entry : category.entries) {
             if (!maybe(entry))
                 continue;
             try {
                 if (isNearSystem(converter.prjStrToTABProjInfo(entry.asPrjString()), record))
-                    codes << firstWithParams(entry.params)->epsg();
+                    codes << d->firstWithParams(entry.params)->epsg();
             } catch (const std::exception &e) {
                 LOG_DEBUG(QString::fromUtf8(e.what()));
             }
@@ -349,10 +349,10 @@ QVector<int> MapinfoCoordSystem::codesNearRecord(const TABProjInfo_t &record) co
     return codes;
 }
 
-bool MapinfoCoordSystem::hasRecord(const Position &position, const TABProjInfo_t &record) const
+bool MapinfoCoordSystemPrivate::hasRecord(const Position &position, const TABProjInfo_t &record) const
 {
     try {
-        const QString prj = getStrMB(position.first, position.second);
+        const QString prj = q->getStrMB(position.first, position.second);
         return isSameSystem(MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj), record);
     } catch (const std::exception &) {
         return false; // an entry that cannot be read has no record
@@ -360,7 +360,7 @@ bool MapinfoCoordSystem::hasRecord(const Position &position, const TABProjInfo_t
 }
 
 /// Entries with the same parameters are one system, which has the code of the first of them, or none.
-const CoordSystemParams *MapinfoCoordSystem::firstWithParams(const QStringList &params) const
+const CoordSystemParams *MapinfoCoordSystemPrivate::firstWithParams(const QStringList &params) const
 {
     for (const CoordSystemParamsList &category : m_categories)
         for (const CoordSystemParams &candidate : category.entries)
@@ -370,7 +370,7 @@ const CoordSystemParams *MapinfoCoordSystem::firstWithParams(const QStringList &
 }
 
 /// The system of an entry for a look-up by equality: null when it cannot be built, which is logged once.
-CoordSystemPtr MapinfoCoordSystem::buildForLookUp(int category, int index) const
+CoordSystemPtr MapinfoCoordSystemPrivate::buildForLookUp(int category, int index) const
 {
     const Position position(category, index);
     {
@@ -379,18 +379,18 @@ CoordSystemPtr MapinfoCoordSystem::buildForLookUp(int category, int index) const
             return nullptr;
     }
     try {
-        return getProj(position);
+        return q->getProj(position);
     } catch (const std::exception &error) {
         const QWriteLocker lock(&m_lock);
         if (m_broken.insert(position).second)
             LOG_ERROR(
-                QStringLiteral("%1 (%2)").arg(QString::fromUtf8(error.what()), getStrMB(category, index)));
+                QStringLiteral("%1 (%2)").arg(QString::fromUtf8(error.what()), q->getStrMB(category, index)));
         return nullptr;
     }
 }
 
 /// The index, made by the first look-up; null when there is no catalogue to read the entries with.
-std::shared_ptr<const MapinfoIndex> MapinfoCoordSystem::indexForLookUps() const
+std::shared_ptr<const MapinfoIndex> MapinfoCoordSystemPrivate::indexForLookUps() const
 {
     {
         const QReadLocker lock(&m_lock);
@@ -410,11 +410,13 @@ std::shared_ptr<const MapinfoIndex> MapinfoCoordSystem::indexForLookUps() const
     return m_index;
 }
 
+namespace {
+
 /// A search by equality for one system, with what is known of it.
-class NIVORA_CS_NO_EXPORT MapinfoCoordSystem::LookUp
+class LookUp
 {
 public:
-    LookUp(const MapinfoCoordSystem &catalogue, const CoordSystem &cs)
+    LookUp(const MapinfoCoordSystemPrivate &catalogue, const CoordSystem &cs)
         : m_catalogue(catalogue)
         , m_cs(cs)
     {
@@ -425,33 +427,36 @@ public:
             m_facts = factsOf(cs);
     }
 
-    Position first(bool ignoreRect) const
+    MapinfoCoordSystem::Position first(bool ignoreRect) const
     {
         if (!m_index)
             return m_catalogue.walkEntries(m_cs, ignoreRect);
         if (!m_facts)
-            return PairNone;
+            return MapinfoCoordSystem::PairNone;
         for (const MapinfoIndex::Row &row : m_index->rows())
             if (m_index->mayEqual(*m_facts, row) &&
                 m_cs.isEqual(m_catalogue.buildForLookUp(row.position.first, row.position.second), ignoreRect))
                 return row.position;
-        return PairNone;
+        return MapinfoCoordSystem::PairNone;
     }
 
 private:
-    const MapinfoCoordSystem &m_catalogue;
+    const MapinfoCoordSystemPrivate &m_catalogue;
     const CoordSystem &m_cs;
-    std::optional<CatalogueScope> m_scope;
+    std::optional<SourceScope> m_scope;
     std::shared_ptr<const MapinfoIndex> m_index; ///< null when there is no catalogue to read the entries with
     std::optional<CrsFingerprint> m_facts;
 };
 
+} // namespace
+
 MapinfoCoordSystem::Position MapinfoCoordSystem::seekProj(const CoordSystem &cs, bool ignoreRect) const
 {
-    return LookUp(*this, cs).first(ignoreRect);
+    return LookUp(*d, cs).first(ignoreRect);
 }
 
-MapinfoCoordSystem::Position MapinfoCoordSystem::walkEntries(const CoordSystem &cs, bool ignoreRect) const
+MapinfoCoordSystem::Position MapinfoCoordSystemPrivate::walkEntries(const CoordSystem &cs,
+                                                                    bool ignoreRect) const
 {
     for (int category = 0; category < m_categories.size(); ++category)
         for (int index = 0; index < m_categories.at(category).entries.size(); ++index)
@@ -465,7 +470,7 @@ MapinfoCoordSystem::Position MapinfoCoordSystem::seekProj(const CoordSystemPtr &
     return cs ? seekProj(*cs, ignoreRect) : PairNone;
 }
 
-std::pair<QString, int> MapinfoCoordSystem::nameAndCode(const Position &position) const
+std::pair<QString, int> MapinfoCoordSystemPrivate::nameAndCode(const Position &position) const
 {
     const CoordSystemParams *found = entry(position.first, position.second);
     return found ? std::make_pair(found->name(), found->epsg())
@@ -475,30 +480,32 @@ std::pair<QString, int> MapinfoCoordSystem::nameAndCode(const Position &position
 std::pair<QString, int> MapinfoCoordSystem::getHumanReadableTextWithEpsg(const CoordSystem &cs,
                                                                          bool ignoreRect) const
 {
-    return nameAndCode(seekProj(cs, ignoreRect));
+    return d->nameAndCode(seekProj(cs, ignoreRect));
 }
 
 std::pair<QString, int> MapinfoCoordSystem::getHumanReadableTextWithEpsg(const CoordSystem &cs) const
 {
-    const LookUp lookUp(*this, cs);
+    const LookUp lookUp(*d, cs);
     const Position bounded = lookUp.first(false);
-    return nameAndCode(bounded != PairNone ? bounded : lookUp.first(true));
+    return d->nameAndCode(bounded != PairNone ? bounded : lookUp.first(true));
 }
+
+QList<CoordSystemParamsList> MapinfoCoordSystem::projectionList() const { return d->m_categories; }
 
 void MapinfoCoordSystem::clear()
 {
-    m_cancelled = true;
+    d->m_cancelled = true;
     stopInternalCache(); // the fill reads the categories
-    m_categories.clear();
-    m_byCode.clear();
+    d->m_categories.clear();
+    d->m_byCode.clear();
     ++catalogueRevision();
 
     std::map<Position, CoordSystemPtr>
         released; // outlives the lock: systems take locks of their own as they die
-    const QWriteLocker lock(&m_lock);
-    m_cache.swap(released);
-    m_broken.clear();
-    m_index.reset();
+    const QWriteLocker lock(&d->m_lock);
+    d->m_cache.swap(released);
+    d->m_broken.clear();
+    d->m_index.reset();
 }
 
 } // namespace nivora::cs

@@ -5,7 +5,6 @@
 #include "EngineGate_p.h"
 #include "ProjectionTable_p.h"
 #include "TextRefs_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/ProjectionParamsManager.h>

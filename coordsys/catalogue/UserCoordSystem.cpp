@@ -1,10 +1,10 @@
 #include <coordsys/UserCoordSystem.h>
 
 #include "CatalogueRevision_p.h"
+#include "CatalogueSource_p.h"
 #include "CodedError_p.h"
 #include "MapinfoIndex_p.h"
 #include "UserStoreFile_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
@@ -65,17 +65,47 @@ template <typename Entries> auto findSource(Entries &entries, const CoordSystemT
     return std::find_if(entries.begin(), entries.end(), [&](const auto &e) { return e.source() == source; });
 }
 
-} // namespace
-
 /// A system on its way from the file into memory. Copies of an entry share it, so it is made once.
-struct UserCoordSystem::CoordSystemParam::System
+struct StoredSystem
 {
     QMutex lock; ///< guards what follows but the maker
     bool isBuilt = false;
     std::optional<CrsFingerprint> facts; ///< what the text tells, as the catalogues were at factsAt
     unsigned factsAt = 0;
     CoordSystemPtr cs;
+    UserCoordSystem::Maker maker;
+};
+
+} // namespace
+
+struct NIVORA_CS_NO_EXPORT UserCoordSystem::CoordSystemParam::Data : QSharedData
+{
+    Data() = default;
+    Data(const CoordSystemTypes::SourceData &from, const QString &name)
+        : source(from)
+        , description(name)
+        , system(std::make_shared<StoredSystem>())
+    {}
+
+    /// False only when the system, which need not be built to know that, cannot be equal to one with these
+    /// facts.
+    bool mayEqual(const CrsFingerprint &facts) const;
+
+    CoordSystemTypes::SourceData source;
+    QString description;
+    std::shared_ptr<StoredSystem> system; ///< null for a default-constructed entry
+};
+
+struct NIVORA_CS_NO_EXPORT UserCoordSystem::Data : QSharedData
+{
+    const CoordSystemParam *find(const CoordSystemTypes::SourceData &source) const;
+    CoordSystemParam *findInBranch(const QString &branch, const CoordSystemTypes::SourceData &source);
+    CoordSystemParam entryFrom(const XmlElement &element) const;
+
+    QFileInfo file;
+    QList<CsDataType> branches;
     Maker maker;
+    QString readProblem;
 };
 
 const QString UserCoordSystem::PrjTag = nivora::cs::sourceTypeToString(CoordSystemTypes::Prj);
@@ -86,59 +116,93 @@ const QString UserCoordSystem::OracleTag = nivora::cs::sourceTypeToString(CoordS
 
 UserCoordSystem::CoordSystemParam::CoordSystemParam(const CoordSystemTypes::SourceData &source,
                                                     const QString &description, const CoordSystemPtr &cs)
-    : m_source(source)
-    , m_description(description)
-    , m_system(std::make_shared<System>())
+    : m_data(new Data(source, description))
 {
-    m_system->isBuilt = true;
-    m_system->cs = described(cs ? cs : csStringToInternalNoDescription(source), description);
+    m_data->system->isBuilt = true;
+    m_data->system->cs = described(cs ? cs : csStringToInternalNoDescription(source), description);
 }
+
+UserCoordSystem::CoordSystemParam::CoordSystemParam()
+    : m_data(new Data)
+{}
+
+UserCoordSystem::CoordSystemParam::CoordSystemParam(const CoordSystemParam &other) = default;
+
+UserCoordSystem::CoordSystemParam &
+UserCoordSystem::CoordSystemParam::operator=(const CoordSystemParam &other) = default;
+
+UserCoordSystem::CoordSystemParam::~CoordSystemParam() = default;
+
+const CoordSystemTypes::SourceData &UserCoordSystem::CoordSystemParam::source() const
+{
+    return m_data->source;
+}
+
+const QString &UserCoordSystem::CoordSystemParam::description() const { return m_data->description; }
 
 CoordSystemPtr UserCoordSystem::CoordSystemParam::coordSystem() const
 {
     const CoordSystemPtr known = storedSystem();
-    return known ? known : described(csStringToInternalNoDescription(m_source), m_description);
+    return known ? known : described(csStringToInternalNoDescription(source()), description());
 }
 
 CoordSystemPtr UserCoordSystem::CoordSystemParam::storedSystem() const
 {
-    if (!m_system)
+    StoredSystem *const system = m_data->system.get();
+    if (!system)
         return nullptr;
     {
-        const QMutexLocker lock(&m_system->lock);
-        if (m_system->isBuilt)
-            return m_system->cs;
+        const QMutexLocker lock(&system->lock);
+        if (system->isBuilt)
+            return system->cs;
     }
     const StoreAbsence noNamesFromHere; // the system may ask the store for a name while it is made
     const CoordSystemPtr made =
-        m_system->maker ? m_system->maker(m_source) : csStringToInternalNoDescription(m_source);
-    const QMutexLocker lock(&m_system->lock);
-    if (!m_system->isBuilt) // else another thread was faster
-        m_system->cs = described(made, m_description == withoutDescription() ? QString() : m_description);
-    m_system->isBuilt = true;
-    return m_system->cs;
+        system->maker ? system->maker(source()) : csStringToInternalNoDescription(source());
+    const QMutexLocker lock(&system->lock);
+    if (!system->isBuilt) // else another thread was faster
+        system->cs = described(made, description() == withoutDescription() ? QString() : description());
+    system->isBuilt = true;
+    return system->cs;
 }
 
-/// False only when the system, which need not be built to know that, cannot be equal to one with these facts.
-bool UserCoordSystem::CoordSystemParam::mayEqual(const CrsFingerprint &facts) const
+bool UserCoordSystem::CoordSystemParam::Data::mayEqual(const CrsFingerprint &facts) const
 {
     const auto catalogues = activeCatalogues(std::nothrow);
-    if (!m_system || !catalogues)
+    if (!system || !catalogues)
         return true;
     const unsigned now = catalogueRevision();
-    const QMutexLocker lock(&m_system->lock);
-    if (!m_system->facts || m_system->factsAt != now) {
-        m_system->facts = factsOf(m_source, *catalogues->projectionParamsManager());
-        m_system->factsAt = now;
+    const QMutexLocker lock(&system->lock);
+    if (!system->facts || system->factsAt != now) {
+        system->facts = factsOf(source, *catalogues->projectionParamsManager());
+        system->factsAt = now;
     }
-    return facts.mayEqual(*m_system->facts);
+    return facts.mayEqual(*system->facts);
 }
 
 UserCoordSystem::UserCoordSystem(const QDir &dir)
-    : m_file(dir, fileName())
-{}
+    : m_data(new Data)
+{
+    m_data->file = QFileInfo(dir, fileName());
+}
 
-void UserCoordSystem::setDir(const QDir &dir) { m_file = QFileInfo(dir, m_file.fileName()); }
+UserCoordSystem::UserCoordSystem(const UserCoordSystem &other) = default;
+
+UserCoordSystem &UserCoordSystem::operator=(const UserCoordSystem &other) = default;
+
+UserCoordSystem::~UserCoordSystem() = default;
+
+void UserCoordSystem::setMaker(Maker maker) { m_data->maker = std::move(maker); }
+
+const QFileInfo &UserCoordSystem::fileInfo() const { return m_data->file; }
+
+const QList<UserCoordSystem::CsDataType> &UserCoordSystem::data() const { return m_data->branches; }
+
+bool UserCoordSystem::isEmpty() const { return m_data->branches.isEmpty(); }
+
+const QString &UserCoordSystem::readProblem() const { return m_data->readProblem; }
+
+void UserCoordSystem::setDir(const QDir &dir) { m_data->file = QFileInfo(dir, m_data->file.fileName()); }
 
 CoordSystemTypes::SourceType UserCoordSystem::stringToSourceType(const QString &text)
 {
@@ -152,15 +216,15 @@ QString UserCoordSystem::sourceTypeToString(CoordSystemTypes::SourceType type)
 
 int UserCoordSystem::keyIndex(const QString &branch) const
 {
-    const auto found = std::find_if(m_branches.begin(), m_branches.end(),
+    const auto found = std::find_if(m_data->branches.begin(), m_data->branches.end(),
                                     [&](const CsDataType &b) { return b.name == branch; });
-    return found == m_branches.end() ? -1 : static_cast<int>(found - m_branches.begin());
+    return found == m_data->branches.end() ? -1 : static_cast<int>(found - m_data->branches.begin());
 }
 
 const UserCoordSystem::CoordSystemParam *
-UserCoordSystem::find(const CoordSystemTypes::SourceData &source) const
+UserCoordSystem::Data::find(const CoordSystemTypes::SourceData &source) const
 {
-    for (const CsDataType &branch : m_branches) {
+    for (const CsDataType &branch : branches) {
         const auto found = findSource(branch.entries, source);
         if (found != branch.entries.end())
             return &*found;
@@ -168,11 +232,14 @@ UserCoordSystem::find(const CoordSystemTypes::SourceData &source) const
     return nullptr;
 }
 
-bool UserCoordSystem::hasValue(const CoordSystemTypes::SourceData &source) const { return find(source); }
+bool UserCoordSystem::hasValue(const CoordSystemTypes::SourceData &source) const
+{
+    return m_data->find(source);
+}
 
 QString UserCoordSystem::description(const CoordSystemTypes::SourceData &source) const
 {
-    const CoordSystemParam *found = find(source);
+    const CoordSystemParam *found = m_data->find(source);
     return found ? found->description() : QString();
 }
 
@@ -184,13 +251,13 @@ CoordSystemPtr UserCoordSystem::getCoordSystem(const CoordSystemTypes::SourceDat
 
 CoordSystemPtr UserCoordSystem::storedEqual(const CoordSystem &cs) const
 {
-    if (StoreAbsence::isOn() || m_branches.isEmpty())
+    if (StoreAbsence::isOn() || m_data->branches.isEmpty())
         return nullptr;
     const std::optional<CrsFingerprint> facts = factsOf(cs);
-    for (const CsDataType &branch : m_branches) {
+    for (const CsDataType &branch : m_data->branches) {
         for (const CoordSystemParam &entry : branch.entries) {
             try {
-                if (facts && !entry.mayEqual(*facts))
+                if (facts && !entry.m_data->mayEqual(*facts))
                     continue;
                 const CoordSystemPtr stored = entry.storedSystem();
                 if (cs.isEqual(stored, false))
@@ -205,10 +272,10 @@ CoordSystemPtr UserCoordSystem::storedEqual(const CoordSystem &cs) const
 
 bool UserCoordSystem::hasCoordSystem(const CoordSystemPtr &cs) const { return cs && storedEqual(*cs); }
 
-UserCoordSystem::CoordSystemParam *UserCoordSystem::findInBranch(const QString &branch,
-                                                                 const CoordSystemTypes::SourceData &source)
+UserCoordSystem::CoordSystemParam *
+UserCoordSystem::Data::findInBranch(const QString &branch, const CoordSystemTypes::SourceData &source)
 {
-    for (CsDataType &candidate : m_branches) { // a file may hold several branches of one name
+    for (CsDataType &candidate : branches) { // a file may hold several branches of one name
         if (candidate.name != branch)
             continue;
         const auto found = findSource(candidate.entries, source);
@@ -222,20 +289,20 @@ bool UserCoordSystem::setCoordSystem(const QString &branch, const CoordSystemTyp
                                      const QString &description)
 {
     CoordSystemParam fresh(source, description, nullptr);
-    if (CoordSystemParam *known = findInBranch(branch, source)) {
-        fresh.m_source = known->m_source; // the user's own spelling stays
+    if (CoordSystemParam *known = m_data->findInBranch(branch, source)) {
+        fresh.m_data->source = known->source(); // the user's own spelling stays
         *known = fresh;
     } else if (keyIndex(branch) == -1) {
-        m_branches.append({branch, {fresh}});
+        m_data->branches.append({branch, {fresh}});
     } else {
-        m_branches[keyIndex(branch)].entries.append(fresh);
+        m_data->branches[keyIndex(branch)].entries.append(fresh);
     }
     return fresh.storedSystem() != nullptr;
 }
 
 bool UserCoordSystem::removeCoordSystem(const QString &branch, const CoordSystemTypes::SourceData &source)
 {
-    for (CsDataType &candidate : m_branches) {
+    for (CsDataType &candidate : m_data->branches) {
         if (candidate.name != branch)
             continue;
         const auto found = findSource(candidate.entries, source);
@@ -255,7 +322,7 @@ UserCoordSystem::CoordSystemParam UserCoordSystem::testStringValue(const QString
 
     const MapHeaderCoordsysConverter converter;
     const TABProjInfo_t wanted = converter.prjStrToTABProjInfo(text);
-    for (const CsDataType &branch : m_branches) {
+    for (const CsDataType &branch : m_data->branches) {
         for (const CoordSystemParam &entry : branch.entries) {
             if (entry.source().type != CoordSystemTypes::Prj)
                 continue;
@@ -284,14 +351,14 @@ CoordSystemPtr UserCoordSystem::csStringToInternalNoDescription(const CoordSyste
 }
 
 /// An entry as the file has it; its system is made when it is asked for.
-UserCoordSystem::CoordSystemParam UserCoordSystem::entryFrom(const XmlElement &element) const
+UserCoordSystem::CoordSystemParam UserCoordSystem::Data::entryFrom(const XmlElement &element) const
 {
     CoordSystemParam entry;
-    entry.m_source = {stringToSourceType(element.attribute(storetext::type())),
-                      element.attribute(storetext::source())};
-    entry.m_description = element.attribute(storetext::description(), withoutDescription());
-    entry.m_system = std::make_shared<CoordSystemParam::System>();
-    entry.m_system->maker = m_maker;
+    const CoordSystemTypes::SourceData source{stringToSourceType(element.attribute(storetext::type())),
+                                              element.attribute(storetext::source())};
+    entry.m_data =
+        new CoordSystemParam::Data(source, element.attribute(storetext::description(), withoutDescription()));
+    entry.m_data->system->maker = maker;
     return entry;
 }
 
@@ -299,11 +366,11 @@ QString UserCoordSystem::defaultBranch() { return QStringLiteral("Каталог
 
 void UserCoordSystem::loadFromFile(bool quiet)
 {
-    const StoreReading reading = readStore(m_file);
-    m_readProblem = reading.problem;
+    const StoreReading reading = readStore(m_data->file);
+    m_data->readProblem = reading.problem;
     if (!reading.problem.isEmpty()) {
         if (!quiet)
-            throw fileError(QObject::tr("Не могу открыть файл %1"), m_file);
+            throw fileError(QObject::tr("Не могу открыть файл %1"), m_data->file);
         if (reading.exists)
             LOG_ERROR(reading.problem);
         return;
@@ -318,37 +385,41 @@ void UserCoordSystem::loadFromFile(bool quiet)
         branch.name = b.attribute(storetext::name(), defaultBranch());
         for (const XmlElement &e : b.children)
             if (!e.name.isEmpty())
-                branch.entries.append(entryFrom(e));
+                branch.entries.append(m_data->entryFrom(e));
         count += branch.entries.size();
         branches.append(branch);
     }
-    m_branches = branches;
-    LOG_INFO(QObject::tr("Пользовательские КС: %1 (%2)").arg(m_file.fileName(), QString::number(count)));
+    m_data->branches = branches;
+    LOG_INFO(
+        QObject::tr("Пользовательские КС: %1 (%2)").arg(m_data->file.fileName(), QString::number(count)));
 }
 
 bool UserCoordSystem::update(const std::function<bool(UserCoordSystem &)> &change)
 {
-    const StoreLock lock(m_file);
+    const StoreLock lock(m_data->file);
     if (lock.isBusy())
-        throw fileError(QObject::tr("Файл %1 изменяет другая программа"), m_file);
-    const QList<CsDataType> before = m_branches;
+        throw fileError(QObject::tr("Файл %1 изменяет другая программа"), m_data->file);
+    const QList<CsDataType> before = m_data->branches;
     try {
-        if (QFileInfo::exists(m_file.absoluteFilePath()))
+        if (QFileInfo::exists(m_data->file.absoluteFilePath()))
             loadFromFile(false);
         else
-            m_branches.clear();
+            m_data->branches.clear();
         if (!change(*this))
             return false;
-        writeStore(m_file, m_branches, lock);
+        writeStore(m_data->file, m_data->branches, lock);
     } catch (...) {
-        m_branches = before;
+        m_data->branches = before;
         throw;
     }
-    LOG_INFO(QObject::tr("Пользовательские КС сохранены в файле %1").arg(m_file.absoluteFilePath()));
+    LOG_INFO(QObject::tr("Пользовательские КС сохранены в файле %1").arg(m_data->file.absoluteFilePath()));
     return true;
 }
 
-void UserCoordSystem::saveToFile(bool overwrite) const { saveToFile(m_file, m_branches, overwrite); }
+void UserCoordSystem::saveToFile(bool overwrite) const
+{
+    saveToFile(m_data->file, m_data->branches, overwrite);
+}
 
 void UserCoordSystem::saveToFile(const QFileInfo &file, const QList<CsDataType> &branches, bool overwrite)
 {

@@ -8,7 +8,6 @@
 #include "EngineGate_p.h"
 #include "ProjectionTable_p.h"
 #include "SearchContext_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/SpatialReferenceText.h>
 #include <platform/Logger.h>
 

@@ -1,9 +1,9 @@
 #include <coordsys/SpatialReferenceText.h>
 
+#include "CatalogueSource_p.h"
 #include "EngineGate_p.h"
 #include "ProjectionTable_p.h"
 #include "SpatialReferenceText_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/ProjEngine.h>
 #include <coordsys/ProjectionParamsManager.h>

@@ -1,8 +1,7 @@
-#include <coordsys/CoordSysFactory.h>
+#include "CoordSysFactory_p.h"
 
 #include "CatalogueName_p.h"
 #include "CodedError_p.h"
-#include "CoordSysFactory_p.h"
 #include "CoordSysReader_p.h"
 #include "CoordSystemCache_p.h"
 #include "CoordSystem_p.h"
@@ -234,9 +233,9 @@ PjHandle projObjectFor(const CoordSystem &cs, const TABProjInfo_t &record)
 
 } // namespace
 
-CoordSystemPtr CoordSysFactory::createFromProj(const QString &proj) const
+CoordSystemPtr CoordSysFactoryPrivate::createFromProj(const QString &proj) const
 {
-    const CatalogueScope scope(*this);
+    const SourceScope scope(*this);
     return m_made->system(CoordSystemCache::By::Proj, proj, [&] {
         const CoordSystemPtr cs = unnamedFromProj(proj);
         // Compared without its source, as it stands here, whatever becomes of the system given out.
@@ -253,7 +252,7 @@ CoordSystemPtr CoordSysFactory::createFromProj(const QString &proj) const
 /// radians, Miller's and van der Grinten's maps are drawn on the authalic sphere by the system alone, and
 /// only the system's axes are turned as maps have them. Transformations use the system, so forward() and
 /// inverse() do.
-void CoordSysFactory::useCrsProjection(CoordSystem &cs, const QString &proj)
+void CoordSysFactoryPrivate::useCrsProjection(CoordSystem &cs, const QString &proj)
 {
     static const QRegularExpression odd(QStringLiteral("\\+proj=(mill|vandg|ob_tran)(?=\\s|$)|\\+axis="));
     const QRegularExpressionMatch match = odd.match(proj);
@@ -267,7 +266,7 @@ void CoordSysFactory::useCrsProjection(CoordSystem &cs, const QString &proj)
 }
 
 /// A system without name, code and source.
-CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj)
+CoordSystemPtr CoordSysFactoryPrivate::unnamedFromProj(const QString &proj)
 {
     if (proj.isEmpty())
         throwEmpty();
@@ -285,14 +284,14 @@ CoordSystemPtr CoordSysFactory::unnamedFromProj(const QString &proj)
     return cs;
 }
 
-CoordSystemPtr CoordSysFactory::createWithoutDescription(const QString &prj) const
+CoordSystemPtr CoordSysFactoryPrivate::createWithoutDescription(const QString &prj) const
 {
-    const CatalogueScope scope(*this);
+    const SourceScope scope(*this);
     return unnamedFromPrj(prj);
 }
 
 /// A system without name and code.
-CoordSystemPtr CoordSysFactory::unnamedFromPrj(const QString &prj) const
+CoordSystemPtr CoordSysFactoryPrivate::unnamedFromPrj(const QString &prj) const
 {
     if (prj.isEmpty())
         throwEmpty();
@@ -304,7 +303,8 @@ CoordSystemPtr CoordSysFactory::unnamedFromPrj(const QString &prj) const
     return cs;
 }
 
-CoordSystemPtr CoordSysFactory::unnamedFromRecord(const TABProjInfo_t &record, const QString &text) const
+CoordSystemPtr CoordSysFactoryPrivate::unnamedFromRecord(const TABProjInfo_t &record,
+                                                         const QString &text) const
 {
     auto cs = std::make_shared<CoordSystem>();
     cs->setSourceParameters({CoordSystem::Prj, text});
@@ -327,9 +327,9 @@ CoordSystemPtr CoordSysFactory::unnamedFromRecord(const TABProjInfo_t &record, c
     return cs;
 }
 
-CoordSystemPtr CoordSysFactory::createFromPrj(const QString &prj) const
+CoordSystemPtr CoordSysFactoryPrivate::createFromPrj(const QString &prj) const
 {
-    const CatalogueScope scope(*this);
+    const SourceScope scope(*this);
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromPrj = %1").arg(prj));
     const CoordSystemPtr cs =
         m_made->system(CoordSystemCache::By::Prj, prj, [&] { return cataloguedFromPrj(prj); });
@@ -341,7 +341,7 @@ CoordSystemPtr CoordSysFactory::createFromPrj(const QString &prj) const
 }
 
 /// Name and code are the catalogue's, else empty.
-CoordSystemPtr CoordSysFactory::cataloguedFromPrj(const QString &prj) const
+CoordSystemPtr CoordSysFactoryPrivate::cataloguedFromPrj(const QString &prj) const
 {
     CoordSystemPtr cs = unnamedFromPrj(prj);
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromPrj(fixed) = %1").arg(cs->prjStr()));
@@ -355,7 +355,7 @@ CoordSystemPtr CoordSysFactory::cataloguedFromPrj(const QString &prj) const
 }
 
 /// Longitude/latitude that PROJ writes no text for.
-CoordSystemPtr CoordSysFactory::fromPlanetocentric(const CrsDefinition &identity)
+CoordSystemPtr CoordSysFactoryPrivate::fromPlanetocentric(const CrsDefinition &identity)
 {
     auto cs = std::make_shared<CoordSystem>();
     cs->setOGRSpatialReference(importWkt(identity.wkt()));
@@ -366,7 +366,7 @@ CoordSystemPtr CoordSysFactory::fromPlanetocentric(const CrsDefinition &identity
 }
 
 /// A system that has no PROJ text. Throws std::runtime_error when PROJ cannot compute in it.
-CoordSystemPtr CoordSysFactory::fromIdentity(const CrsDefinitionPtr &identity)
+CoordSystemPtr CoordSysFactoryPrivate::fromIdentity(const CrsDefinitionPtr &identity)
 {
     if (identity && identity->kind() == CrsKind::Geographic)
         return fromPlanetocentric(*identity);
@@ -380,15 +380,15 @@ CoordSystemPtr CoordSysFactory::fromIdentity(const CrsDefinitionPtr &identity)
     return cs;
 }
 
-CoordSystemPtr CoordSysFactory::createFromWkt(const QString &wkt) const
+CoordSystemPtr CoordSysFactoryPrivate::createFromWkt(const QString &wkt) const
 {
-    const CatalogueScope scope(*this);
+    const SourceScope scope(*this);
     return m_made->system(CoordSystemCache::By::Wkt, wkt, [&] { return namedFromWkt(wkt); });
 }
 
 /// By its definition alone, see definedByCode(). Null for all that is more than a plane of PROJ's, and for
 /// what PROJ cannot compute: the engines are asked at once then, and say why.
-CoordSystemPtr CoordSysFactory::definedByWkt(const QString &wkt, const CrsDefinitionPtr &identity)
+CoordSystemPtr CoordSysFactoryPrivate::definedByWkt(const QString &wkt, const CrsDefinitionPtr &identity)
 {
     const bool isPlain =
         (identity->kind() == CrsKind::Projected || identity->kind() == CrsKind::Geographic) &&
@@ -411,7 +411,7 @@ CoordSystemPtr CoordSysFactory::definedByWkt(const QString &wkt, const CrsDefini
     return cs;
 }
 
-CoordSystemPtr CoordSysFactory::namedFromWkt(const QString &wkt) const
+CoordSystemPtr CoordSysFactoryPrivate::namedFromWkt(const QString &wkt) const
 {
     if (wkt.isEmpty())
         throwCoded<std::runtime_error>(Error::Code::EmptyText, QObject::tr("Строка КС пустая"));
@@ -450,7 +450,7 @@ CoordSystemPtr CoordSysFactory::namedFromWkt(const QString &wkt) const
 }
 
 /// The unit is that of the reference, which the catalogue may lack; its name is the reference's.
-CoordSystemPtr CoordSysFactory::planFromWkt(const std::shared_ptr<void> &srs) const
+CoordSystemPtr CoordSysFactoryPrivate::planFromWkt(const std::shared_ptr<void> &srs) const
 {
     const double factor = linearUnitsOf(srs.get());
     const MIUnitConvParam *unit = unitOfLength(*m_params, factor);
@@ -467,8 +467,8 @@ CoordSystemPtr CoordSysFactory::planFromWkt(const std::shared_ptr<void> &srs) co
     return cs;
 }
 
-CoordSystemPtr CoordSysFactory::unnamedFromWkt(const std::shared_ptr<void> &srs,
-                                               const CrsDefinitionPtr &identity)
+CoordSystemPtr CoordSysFactoryPrivate::unnamedFromWkt(const std::shared_ptr<void> &srs,
+                                                      const CrsDefinitionPtr &identity)
 {
     const QString proj = exportedProj(srs.get());
     if (proj.isEmpty() && identity)
@@ -482,9 +482,9 @@ CoordSystemPtr CoordSysFactory::unnamedFromWkt(const std::shared_ptr<void> &srs,
     return cs;
 }
 
-CoordSystemPtr CoordSysFactory::createFromTaggedString(const QString &text) const
+CoordSystemPtr CoordSysFactoryPrivate::createFromTaggedString(const QString &text) const
 {
-    const CatalogueScope scope(*this);
+    const SourceScope scope(*this);
     const auto begins = [&text](QLatin1String tag) { return text.startsWith(tag, Qt::CaseInsensitive); };
     const QString body = text.section(QLatin1Char(':'), 1);
     if (begins(QLatin1String("proj:")) || begins(QLatin1String("proj4:")))

@@ -1,33 +1,15 @@
 #include <coordsys/CoordSysFactory.h>
 
-#include "CatalogueRevision_p.h"
 #include "CoordSysFactory_p.h"
-#include "CoordSystemCache_p.h"
-#include "WrittenTable_p.h"
-#include <coordsys/CoordSysEnvironment.h>
-#include <coordsys/CoordSysRect.h>
-#include <coordsys/CoordSystem.h>
-#include <coordsys/MapHeaderCoordsysConverter.h>
-#include <coordsys/MapinfoCoordSystem.h>
-#include <coordsys/ProjEngine.h>
-#include <coordsys/ProjLibMetadata.h>
 #include <coordsys/ProjectionParamsManager.h>
-#include <coordsys/UserCoordSystem.h>
-#include <platform/Logger.h>
 
-#include <QObject>
 #include <QReadLocker>
 #include <QWriteLocker>
 
-#include <clocale>
-#include <exception>
-#include <optional>
+// What hosts see of the factory, and the one that they installed.
 
 namespace nivora::cs {
 namespace {
-
-const QLatin1String latLongText("Earth Projection 1, 0");
-const QLatin1String latLongWgs84Text("Earth Projection 1, 104");
 
 struct Installed
 {
@@ -44,158 +26,30 @@ Installed &installed()
 
 std::shared_ptr<const CatalogueSource> installedDefault()
 {
-    return CoordSysFactory::defaultCoordSysFactory();
-}
-
-/// The text of an exception and of those it was thrown around, outermost first.
-QString nestedText(const std::exception &e)
-{
-    QString text = QString::fromUtf8(e.what());
-    try {
-        std::rethrow_if_nested(e);
-    } catch (const std::exception &inner) {
-        text += QStringLiteral(": ") + nestedText(inner);
-    } catch (...) {
-    }
-    return text;
-}
-
-/// A catalogue that cannot be loaded ends start-up with a log line, not with an exception.
-template <typename Load> bool loaded(Load &&load)
-{
-    try {
-        return load();
-    } catch (const std::exception &e) {
-        LOG_ERROR(nestedText(e));
-        return false;
-    }
+    const std::shared_ptr<CoordSysFactory> factory = CoordSysFactory::defaultCoordSysFactory();
+    return factory ? std::shared_ptr<const CatalogueSource>(factory, &CoordSysFactoryPrivate::get(*factory))
+                   : nullptr;
 }
 
 } // namespace
 
 CoordSysFactory::CoordSysFactory(const QDir &systemDir, const QDir &userDir, const QString &language)
-    : m_resourceDir(systemDir)
-    , m_language(language)
-    , m_made(std::make_unique<CoordSystemCache>())
-    , m_written(std::make_unique<WrittenTable>(systemDir))
-    , m_guard(std::make_shared<FactoryGuard>(this))
+    : d(std::make_unique<CoordSysFactoryPrivate>(systemDir, userDir, language))
 {
     setDefaultCatalogues(installedDefault);
-    makeCatalogues();
-    m_user = std::make_shared<UserCoordSystem>(userDir);
-    m_user->setMaker([guard = m_guard](const CoordSystemTypes::SourceData &source) {
-        const QReadLocker alive(&guard->alive);
-        std::optional<CatalogueScope> scope;
-        if (guard->factory)
-            scope.emplace(*guard->factory);
-        return UserCoordSystem::csStringToInternalNoDescription(source);
-    });
-    if (!m_resourceDir.exists())
-        LOG_ERROR(QObject::tr("Путь с ресурсами неверен:%1").arg(m_resourceDir.absolutePath()));
-    LOG_TRACE(QObject::tr("Системные ресурсы КС: %1").arg(systemDir.absolutePath()));
-    LOG_TRACE(QObject::tr("Пользовательские ресурсы КС: %1").arg(userDir.absolutePath()));
 }
 
 CoordSysFactory::CoordSysFactory(const QString &systemDir, const QString &userDir, const QString &language)
     : CoordSysFactory(QDir(systemDir), QDir(userDir), language)
 {}
 
-CoordSysFactory::~CoordSysFactory()
-{
-    // Must not ask for the default factory: it may be destroyed while its lock is held.
-    m_mapinfo->clear(); // waits for the background fill, which still builds with this factory
-    retireMapinfo();
-    const QWriteLocker lock(&m_guard->alive);
-    m_guard->factory = nullptr;
-    m_guard->codes().clear();
-}
+CoordSysFactory::~CoordSysFactory() = default;
 
-/// A catalogue that a holder keeps builds on with this factory while that lives, and compares with the active
-/// one.
-void CoordSysFactory::retireMapinfo()
-{
-    if (!m_mapinfo)
-        return;
-    m_mapinfo->stopInternalCache();
-    m_mapinfo->setOwner(nullptr);
-}
+CatalogueScope::CatalogueScope(const CoordSysFactory &factory)
+    : d(std::make_unique<SourceScope>(CoordSysFactoryPrivate::get(factory)))
+{}
 
-/// Each start-up but the first works on new catalogues: those handed out before stay as their holders know
-/// them, and a cleared MapInfo catalogue would build nothing any more.
-void CoordSysFactory::makeCatalogues()
-{
-    retireMapinfo();
-    m_coordSysRect = std::make_shared<CoordSysRect>();
-    m_params = std::make_shared<ProjectionParamsManager>();
-    m_mapinfo = std::make_shared<MapinfoCoordSystem>([guard = m_guard](const QString &prj) {
-        const QReadLocker alive(&guard->alive);
-        return guard->factory ? guard->factory->createWithoutDescription(prj) : CoordSystemPtr();
-    });
-    m_mapinfo->setOwner(this);
-}
-
-bool CoordSysFactory::initCoordSystemEnvironment()
-{
-    const CatalogueScope scope(*this);
-    std::setlocale(LC_NUMERIC, "C");
-    initProjLibEnvironment();
-    ++catalogueRevision(); // the engines' resources are others now
-    setMitabEnvVariable();
-    LOG_INFO(QObject::tr("Инициализация координатных систем"));
-    if (m_wasStarted) {
-        makeStandards();
-        makeCatalogues();
-    }
-    m_wasStarted = true;
-    if (!loaded(
-            [this] { return m_params->initFromXML(m_resourceDir, m_language) && !m_params->isDamaged(); }))
-        return false;
-    if (!loaded([this] { return m_mapinfo->loadFromPRJ(m_resourceDir, m_language); }))
-        return false;
-    m_coordSysRect->openXML(m_resourceDir); // without it bounds follow the rules per projection
-    m_user->loadFromFile(true);
-    for (const QLatin1String prj : {latLongText, latLongWgs84Text})
-        MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj); // throws where a datum is missing
-    std::atomic_store(&m_latLong, CoordSystemPtr());
-    std::atomic_store(&m_latLongWgs84, CoordSystemPtr());
-    m_hasStandards = true;
-    m_isCurrentOpen = true;
-    return true;
-}
-
-/// Null before start-up. Of two threads that make one, the first wins.
-CoordSystemPtr CoordSysFactory::standard(CoordSystemPtr &kept, const QString &prj) const
-{
-    CoordSystemPtr known = std::atomic_load(&kept);
-    if (known || !m_hasStandards)
-        return known;
-    const CoordSystemPtr made = createFromPrj(prj);
-    return std::atomic_compare_exchange_strong(&kept, &known, made) ? made : known;
-}
-
-/// They outlive the catalogues that they are made with.
-void CoordSysFactory::makeStandards() const
-{
-    LatLongCoordSystem();
-    latLongWgs84CoordSystem();
-    currentCoordSystem();
-}
-
-CoordSystemPtr CoordSysFactory::LatLongCoordSystem() const { return standard(m_latLong, latLongText); }
-
-CoordSystemPtr CoordSysFactory::latLongWgs84CoordSystem() const
-{
-    return standard(m_latLongWgs84, latLongWgs84Text);
-}
-
-void CoordSysFactory::clearEnvironment()
-{
-    LOG_INFO(QObject::tr("Очистка ресурсов координатных систем"));
-    makeStandards();
-    m_coordSysRect->clear();
-    m_mapinfo->clear();
-    m_params->clear();
-}
+CatalogueScope::~CatalogueScope() = default;
 
 std::shared_ptr<CoordSysFactory> CoordSysFactory::defaultCoordSysFactory()
 {
@@ -209,89 +63,75 @@ void CoordSysFactory::setDefaultCoordSysFactory(std::shared_ptr<CoordSysFactory>
     installed().factory = std::move(factory); // releases the previous one under the lock
 }
 
-CoordSystemPtr CoordSysFactory::currentCoordSystem() const
+bool CoordSysFactory::initCoordSystemEnvironment() { return d->initCoordSystemEnvironment(); }
+
+void CoordSysFactory::clearEnvironment() { d->clearEnvironment(); }
+
+QString CoordSysFactory::language() const { return d->m_language; }
+
+QDir CoordSysFactory::resourceDir() const { return d->m_resourceDir; }
+
+std::shared_ptr<CoordSysRect> CoordSysFactory::coordSysRect() const { return d->m_coordSysRect; }
+
+std::shared_ptr<ProjectionParamsManager> CoordSysFactory::projectionParamsManager() const
 {
-    if (!m_isCurrentOpen)
-        return std::atomic_load(&m_current);
-    const CoordSystemPtr made = createFromPrj(latLongWgs84Text); // unlocked: it takes other locks
-    made->setEpsg(CoordSystem::LAT_LON_EPSG);
-    const QWriteLocker lock(&m_lock);
-    if (m_isCurrentOpen)
-        std::atomic_store(&m_current, made);
-    m_isCurrentOpen = false;
-    return std::atomic_load(&m_current);
+    return d->m_params;
 }
 
-void CoordSysFactory::setCurrentCoordSystem(const CoordSystemPtr &cs)
-{
-    const QWriteLocker lock(&m_lock);
-    std::atomic_store(&m_current, cs);
-    m_isCurrentOpen = false;
-}
+std::shared_ptr<MapinfoCoordSystem> CoordSysFactory::mapinfoCoordSystem() const { return d->m_mapinfo; }
+
+std::shared_ptr<UserCoordSystem> CoordSysFactory::userCoordSystem() const { return d->m_user; }
+
+CoordSystemPtr CoordSysFactory::latLongWgs84CoordSystem() const { return d->latLongWgs84CoordSystem(); }
+
+CoordSystemPtr CoordSysFactory::LatLongCoordSystem() const { return d->LatLongCoordSystem(); }
+
+CoordSystemPtr CoordSysFactory::currentCoordSystem() const { return d->currentCoordSystem(); }
+
+void CoordSysFactory::setCurrentCoordSystem(const CoordSystemPtr &cs) { d->setCurrentCoordSystem(cs); }
 
 LinearUnit CoordSysFactory::unitById(LinearUnit::MIUnitCode code) const
 {
-    const MIUnitConvParam *unit = m_params->unitByID(code, std::nothrow);
+    const MIUnitConvParam *unit = d->m_params->unitByID(code, std::nothrow);
     return unit ? LinearUnit(*unit) : LinearUnit();
 }
 
 LinearUnit CoordSysFactory::areaUnitById(LinearUnit::MIUnitCode code) const
 {
-    const MIAreaConvParam *unit = m_params->areaUnitByID(code, std::nothrow);
+    const MIAreaConvParam *unit = d->m_params->areaUnitByID(code, std::nothrow);
     return unit ? LinearUnit(*unit) : LinearUnit();
 }
 
-QRectF CoordSysFactory::boundsOf(CoordSystem *cs) const
+CoordSystemPtr CoordSysFactory::createFromProj(const QString &proj) const { return d->createFromProj(proj); }
+
+CoordSystemPtr CoordSysFactory::createWithoutDescription(const QString &prj) const
 {
-    const CatalogueScope scope(*this);
-    return m_coordSysRect->rect(cs);
+    return d->createWithoutDescription(prj);
 }
 
-QRectF CoordSysFactory::boundsWithoutSearch(CoordSystem *cs) const
+CoordSystemPtr CoordSysFactory::createFromPrj(const QString &prj) const { return d->createFromPrj(prj); }
+
+CoordSystemPtr CoordSysFactory::createFromEpsg(int epsg) const { return d->createFromEpsg(epsg); }
+
+CoordSystemPtr CoordSysFactory::createFromWkt(const QString &wkt) const { return d->createFromWkt(wkt); }
+
+CoordSystemPtr CoordSysFactory::createFromTaggedString(const QString &text) const
 {
-    const CatalogueScope scope(*this);
-    return m_coordSysRect->rectWithoutSearch(cs);
+    return d->createFromTaggedString(text);
 }
 
-std::shared_ptr<const CatalogueToken> CoordSysFactory::token() const { return m_guard; }
-
-QVector<CoordSystemPtr> CoordSysFactory::systemsToCrop() const
+CoordSystemPtr CoordSysFactory::createNonEarth(int unitCode, QRectF bounds) const
 {
-    const CatalogueScope scope(*this);
-    return cropCoordSystems();
+    return d->createNonEarth(unitCode, bounds);
 }
 
-QString CoordSysFactory::nameOfCode(int epsg) const
+CoordSystemPtr CoordSysFactory::createFromOracleSRID(int srid) const { return d->createFromOracleSRID(srid); }
+
+CoordSystemPtr CoordSysFactory::resetRectCsToDefault(const CoordSystemPtr &cs) const
 {
-    const CatalogueScope scope(*this);
-    const CoordSystemPtr entry = epsg > 0 ? m_mapinfo->systemOfCode(epsg) : nullptr;
-    return entry ? entry->description() : ProjLibMetadata().nameCrs(epsg, ProjLibMetadata::EPSG);
+    return d->resetRectCsToDefault(cs);
 }
 
-QString CoordSysFactory::prjOfCode(int epsg) const { return m_mapinfo->seekByEPSG(epsg); }
-
-std::optional<PrjText> CoordSysFactory::writtenText(int epsg) const
-{
-    return m_mapinfo->seekByEPSG(epsg).isEmpty() ? m_written->text(epsg) : std::nullopt;
-}
-
-int CoordSysFactory::codeOfRecord(const TABProjInfo_t &record, const QVector<int> &codes) const
-{
-    const CatalogueScope scope(*this);
-    return m_mapinfo->codeOfRecord(record, codes);
-}
-
-QVector<int> CoordSysFactory::codesNearRecord(const TABProjInfo_t &record) const
-{
-    const CatalogueScope scope(*this);
-    return m_mapinfo->codesNearRecord(record);
-}
-
-QString CoordSysFactory::userDescription(const CoordSystem &cs) const
-{
-    const CatalogueScope scope(*this);
-    const CoordSystemPtr stored = m_user->storedEqual(cs);
-    return stored ? stored->description() : QString();
-}
+QString CoordSysFactory::nameOfCode(int epsg) const { return d->nameOfCode(epsg); }
 
 } // namespace nivora::cs

@@ -1,4 +1,4 @@
-#include <coordsys/CoordSysFactory.h>
+#include "CoordSysFactory_p.h"
 
 #include "CodedError_p.h"
 #include "CoordSystem_p.h"
@@ -33,17 +33,17 @@ std::optional<int> cleanNumber(const QString &text)
 
 } // namespace
 
-CoordSystemPtr CoordSysFactory::createNonEarth(int unitCode, QRectF bounds) const
+CoordSystemPtr CoordSysFactoryPrivate::createNonEarth(int unitCode, QRectF bounds) const
 {
-    const CatalogueScope scope(*this);
+    const SourceScope scope(*this);
     const QString units =
         QStringLiteral("CoordSys NonEarth Units \"%1\"").arg(m_params->unitByID(unitCode)->name());
     return createFromPrj(units + boundConditionAsString(bounds));
 }
 
-CoordSystemPtr CoordSysFactory::createFromOracleSRID(int srid) const
+CoordSystemPtr CoordSysFactoryPrivate::createFromOracleSRID(int srid) const
 {
-    const CatalogueScope scope(*this);
+    const SourceScope scope(*this);
     LOG_INFO(QStringLiteral("SRID=%1").arg(srid));
     const QString path = m_resourceDir.absoluteFilePath(QStringLiteral("OracleSRID.xml"));
     QFile file(path);
@@ -72,9 +72,9 @@ CoordSystemPtr CoordSysFactory::createFromOracleSRID(int srid) const
     return cs;
 }
 
-CoordSystemPtr CoordSysFactory::resetRectCsToDefault(const CoordSystemPtr &cs) const
+CoordSystemPtr CoordSysFactoryPrivate::resetRectCsToDefault(const CoordSystemPtr &cs) const
 {
-    const CatalogueScope scope(*this);
+    const SourceScope scope(*this);
     CoordSystemPtr copy = cs->clone();
     const QRectF bounds = m_coordSysRect->rect(copy);
     copy->setRectCoordSystem(hasAffine(cs) ? cs->affineTransform()->mapRect(bounds) : bounds);

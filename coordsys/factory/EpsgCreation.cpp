@@ -36,9 +36,9 @@ void throwWithoutPlane(const QString &text)
                                    QObject::tr("КС не имеет плановой части: %1").arg(text));
 }
 
-CoordSystemPtr CoordSysFactory::createFromEpsg(int epsg) const
+CoordSystemPtr CoordSysFactoryPrivate::createFromEpsg(int epsg) const
 {
-    const CatalogueScope scope(*this);
+    const SourceScope scope(*this);
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromEpsg=%1").arg(epsg));
     return m_made->system(CoordSystemCache::By::Epsg, QString::number(epsg), [&] {
         const CoordSystemPtr defined = definedByCode(epsg);
@@ -49,7 +49,7 @@ CoordSystemPtr CoordSysFactory::createFromEpsg(int epsg) const
 /// By its definition alone, which the database vouches for: what the engines make of it comes when it is
 /// first needed. Null where the catalogue's entry has bounds, and for the few methods that PROJ writes no
 /// text for, which it may not be able to compute.
-CoordSystemPtr CoordSysFactory::definedByCode(int epsg) const
+CoordSystemPtr CoordSysFactoryPrivate::definedByCode(int epsg) const
 {
     const CrsDefinitionPtr identity = CrsDefinition::ofCode(epsg);
     const bool isPlain = identity && !identity->isDemotedTo2D() &&
@@ -73,18 +73,18 @@ CoordSystemPtr CoordSysFactory::definedByCode(int epsg) const
 }
 
 /// By the factory while it lives, then by the installed default, else as the database has it.
-CoordSystemPtr CoordSysFactory::FactoryGuard::madeFromEpsg(int epsg) const
+CoordSystemPtr FactoryGuard::madeFromEpsg(int epsg) const
 {
     const std::shared_ptr<const CatalogueSource> living = lock();
-    const std::shared_ptr<CoordSysFactory> installed = living ? nullptr : defaultCoordSysFactory();
-    const CoordSysFactory *const maker = living ? factory : installed.get();
-    if (!maker)
-        return unnamedFromCode(epsg, CrsDefinition::ofCode(epsg));
-    const CatalogueScope scope(*maker);
+    const auto installed = living ? nullptr : CoordSysFactory::defaultCoordSysFactory();
+    if (!living && !installed)
+        return CoordSysFactoryPrivate::unnamedFromCode(epsg, CrsDefinition::ofCode(epsg));
+    const CoordSysFactoryPrivate *const maker = living ? factory : &CoordSysFactoryPrivate::get(*installed);
+    const SourceScope scope(*maker);
     return maker->namedFromEpsg(epsg);
 }
 
-CoordSystemPtr CoordSysFactory::namedFromEpsg(int epsg) const
+CoordSystemPtr CoordSysFactoryPrivate::namedFromEpsg(int epsg) const
 {
     const CoordSystemPtr catalogued = cataloguedEpsg(epsg, epsg);
     const CoordSystemPtr cs = catalogued ? catalogued : unnamedFromEpsg(epsg);
@@ -97,7 +97,7 @@ CoordSystemPtr CoordSysFactory::namedFromEpsg(int epsg) const
 /// One with an affine transformation is not the code's projection: the database makes that. Where MapInfo's
 /// ellipsoid is not quite the code's (Xian 1980: 19 mm), the code's own plane counts, as it does in
 /// transformations.
-CoordSystemPtr CoordSysFactory::cataloguedEpsg(int entryCode, int epsg) const
+CoordSystemPtr CoordSysFactoryPrivate::cataloguedEpsg(int entryCode, int epsg) const
 {
     // Entries without a code carry a negative one, which no caller may find them by.
     const CoordSystemPtr entry = entryCode > 0 ? m_mapinfo->systemOfCode(entryCode) : nullptr;
@@ -119,7 +119,7 @@ CoordSystemPtr CoordSysFactory::cataloguedEpsg(int entryCode, int epsg) const
 
 /// From the database. PROJ text does not carry every method and every direction of axes; where it fails, the
 /// system converts by itself.
-CoordSystemPtr CoordSysFactory::unnamedFromEpsg(int epsg) const
+CoordSystemPtr CoordSysFactoryPrivate::unnamedFromEpsg(int epsg) const
 {
     const CrsDefinitionPtr identity = CrsDefinition::ofCode(epsg);
     if (identity && identity->isDemotedTo2D())
@@ -128,7 +128,7 @@ CoordSystemPtr CoordSysFactory::unnamedFromEpsg(int epsg) const
     return unnamedFromCode(epsg, identity);
 }
 
-CoordSystemPtr CoordSysFactory::unnamedFromCode(int epsg, const CrsDefinitionPtr &identity)
+CoordSystemPtr CoordSysFactoryPrivate::unnamedFromCode(int epsg, const CrsDefinitionPtr &identity)
 {
     const QString code = QStringLiteral("EPSG:%1").arg(epsg);
     QString proj = ProjLibMetadata().projStringForCrs(epsg, ProjLibMetadata::EPSG);

@@ -1,8 +1,8 @@
 #include "UserInputFile_p.h"
 
+#include "CatalogueSource_p.h"
 #include "CodedError_p.h"
 #include "InputFile_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapHeaderRecord.h>

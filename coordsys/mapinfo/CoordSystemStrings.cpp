@@ -1,7 +1,7 @@
 #include <coordsys/CoordSystemStrings.h>
 
+#include "CatalogueSource_p.h"
 #include "CoordSysText_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/SourceTags.h>
 #include <platform/Logger.h>
 #include <platform/Utils.h>

@@ -1,6 +1,6 @@
 #include <coordsys/LinearUnitValue.h>
 
-#include <coordsys/CatalogueSource.h>
+#include "CatalogueSource_p.h"
 #include <coordsys/ProjectionParamsManager.h>
 
 namespace nivora::cs {
@@ -18,10 +18,33 @@ LinearUnit unitByCode(LinearUnit::MIUnitCode code)
 
 } // namespace
 
-LinearUnitValue::LinearUnitValue(double valueInUnits, const LinearUnit &unit)
-    : m_valueInUnits(valueInUnits)
-    , m_unit(unit)
+struct NIVORA_CS_NO_EXPORT LinearUnitValue::Data : QSharedData
+{
+    double valueInUnits = 0.0;
+    LinearUnit unit;
+};
+
+LinearUnitValue::LinearUnitValue()
+    : m_data(new Data)
 {}
+
+LinearUnitValue::LinearUnitValue(double valueInUnits, const LinearUnit &unit)
+    : m_data(new Data)
+{
+    set(valueInUnits, unit);
+}
+
+LinearUnitValue::LinearUnitValue(const LinearUnitValue &other) = default;
+
+LinearUnitValue &LinearUnitValue::operator=(const LinearUnitValue &other) = default;
+
+LinearUnitValue::~LinearUnitValue() = default;
+
+double LinearUnitValue::value() const { return m_data->valueInUnits * m_data->unit.conversion(); }
+
+double LinearUnitValue::valueInUnits() const { return m_data->valueInUnits; }
+
+const LinearUnit &LinearUnitValue::unit() const { return m_data->unit; }
 
 LinearUnitValue::LinearUnitValue(double valueInUnits, LinearUnit::MIUnitCode code)
     : LinearUnitValue(valueInUnits, unitByCode(code))
@@ -29,8 +52,8 @@ LinearUnitValue::LinearUnitValue(double valueInUnits, LinearUnit::MIUnitCode cod
 
 void LinearUnitValue::set(double valueInUnits, const LinearUnit &unit)
 {
-    m_valueInUnits = valueInUnits;
-    m_unit = unit;
+    m_data->valueInUnits = valueInUnits;
+    m_data->unit = unit;
 }
 
 void LinearUnitValue::set(double valueInUnits, LinearUnit::MIUnitCode code)

@@ -1,7 +1,7 @@
 #include <coordsys/MapHeaderCoordsysConverter.h>
 
+#include "CatalogueSource_p.h"
 #include "CoordSysReader_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/LinearUnit.h>
 #include <coordsys/ProjectionParamsManager.h>

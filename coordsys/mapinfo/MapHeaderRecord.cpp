@@ -1,7 +1,7 @@
 #include <coordsys/MapHeaderRecord.h>
 
+#include "CatalogueSource_p.h"
 #include "ProjectionTable_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/ProjectionParamsManager.h>
 #include <platform/Utils.h>

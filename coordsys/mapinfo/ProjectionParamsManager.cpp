@@ -1,9 +1,9 @@
 #include <coordsys/ProjectionParamsManager.h>
 
 #include "CatalogueRevision_p.h"
+#include "CatalogueSource_p.h"
 #include "InputFile_p.h"
 #include "XmlElement_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/ExportCoordSystemParamsToMitabInternal.h>
 #include <platform/Logger.h>
 #include <platform/Utils.h>
@@ -174,8 +174,48 @@ void readSections(const XmlElement &root, ProjectionParamsManager &manager)
 
 } // namespace
 
-ProjectionParamsManager::ProjectionParamsManager() = default;
+struct NIVORA_CS_NO_EXPORT ProjectionParamsManager::Data
+{
+    std::vector<std::unique_ptr<MIProjectionParam>> projections;
+    std::vector<std::unique_ptr<MIEllipsoidParam>> ellipsoids;
+    std::vector<std::unique_ptr<MIDatumParam>> datums;
+    std::vector<std::unique_ptr<MIUnitConvParam>> linearUnits;
+    std::vector<std::unique_ptr<MIAreaConvParam>> areaUnits;
+    bool isDamaged = false;
+};
+
+ProjectionParamsManager::ProjectionParamsManager()
+    : m_data(std::make_unique<Data>())
+{}
+
 ProjectionParamsManager::~ProjectionParamsManager() = default;
+
+bool ProjectionParamsManager::isDamaged() const { return m_data->isDamaged; }
+
+const std::vector<std::unique_ptr<MIProjectionParam>> &ProjectionParamsManager::projections() const
+{
+    return m_data->projections;
+}
+
+const std::vector<std::unique_ptr<MIEllipsoidParam>> &ProjectionParamsManager::ellipsoids() const
+{
+    return m_data->ellipsoids;
+}
+
+const std::vector<std::unique_ptr<MIDatumParam>> &ProjectionParamsManager::datums() const
+{
+    return m_data->datums;
+}
+
+const std::vector<std::unique_ptr<MIUnitConvParam>> &ProjectionParamsManager::linearUnits() const
+{
+    return m_data->linearUnits;
+}
+
+const std::vector<std::unique_ptr<MIAreaConvParam>> &ProjectionParamsManager::areaUnitRecords() const
+{
+    return m_data->areaUnits;
+}
 
 bool ProjectionParamsManager::initFromXML()
 {
@@ -186,7 +226,7 @@ bool ProjectionParamsManager::initFromXML()
 bool ProjectionParamsManager::initFromXML(const QDir &dir, const QString &language)
 {
     clear();
-    m_damaged = false;
+    m_data->isDamaged = false;
     QFile file(QFileInfo(dir, QStringLiteral("projection_%1.xml").arg(language)).filePath());
     if (!openInput(file).isEmpty()) {
         LOG_ERROR(QObject::tr("Не могу открыть файл %1").arg(file.fileName()));
@@ -197,20 +237,21 @@ bool ProjectionParamsManager::initFromXML(const QDir &dir, const QString &langua
     try {
         XmlElement root;
         damage = readXml(file, root);
-        m_damaged = !damage.isEmpty();
-        if (!m_damaged) // half a catalogue would be worse than none
+        m_data->isDamaged = !damage.isEmpty();
+        if (!m_data->isDamaged) // half a catalogue would be worse than none
             readSections(root, *this);
     } catch (...) {
         std::throw_with_nested(std::runtime_error(
             QObject::tr("Ошибка загрузки файла проекций %1").arg(file.fileName()).toStdString()));
     }
     LOG_DEBUG(QStringLiteral("projections=%1, ellipsoids=%2, datums=%3, lunits=%4, aunits=%5")
-                  .arg(QString::number(m_projections.size()), QString::number(m_ellipsoids.size()),
-                       QString::number(m_datums.size()), QString::number(m_linearUnits.size()),
-                       QString::number(m_areaUnits.size())));
-    ExportCoordSystemParamsToMitabInternal::replaceEllipsoidParameters(m_ellipsoids);
-    ExportCoordSystemParamsToMitabInternal::replaceDatumParameters(m_datums);
-    if (m_damaged) // behind the driver's complaints: the last line names the cause
+                  .arg(QString::number(m_data->projections.size()),
+                       QString::number(m_data->ellipsoids.size()), QString::number(m_data->datums.size()),
+                       QString::number(m_data->linearUnits.size()),
+                       QString::number(m_data->areaUnits.size())));
+    ExportCoordSystemParamsToMitabInternal::replaceEllipsoidParameters(m_data->ellipsoids);
+    ExportCoordSystemParamsToMitabInternal::replaceDatumParameters(m_data->datums);
+    if (m_data->isDamaged) // behind the driver's complaints: the last line names the cause
         LOG_ERROR(QStringLiteral("%1:%2").arg(file.fileName(), damage));
     return true;
 }
@@ -218,53 +259,59 @@ bool ProjectionParamsManager::initFromXML(const QDir &dir, const QString &langua
 void ProjectionParamsManager::clear()
 {
     ++catalogueRevision();
-    m_projections.clear();
-    m_ellipsoids.clear();
-    m_datums.clear();
-    m_linearUnits.clear();
-    m_areaUnits.clear();
+    m_data->projections.clear();
+    m_data->ellipsoids.clear();
+    m_data->datums.clear();
+    m_data->linearUnits.clear();
+    m_data->areaUnits.clear();
 }
 
 void ProjectionParamsManager::appendMIProjectionParam(MIProjectionParam record)
 {
-    append(m_projections, std::move(record));
+    append(m_data->projections, std::move(record));
 }
 
 void ProjectionParamsManager::appendMIEllipsoidParam(MIEllipsoidParam record)
 {
-    append(m_ellipsoids, std::move(record));
+    append(m_data->ellipsoids, std::move(record));
 }
 
-void ProjectionParamsManager::appendMIDatumParam(MIDatumParam record) { append(m_datums, std::move(record)); }
+void ProjectionParamsManager::appendMIDatumParam(MIDatumParam record)
+{
+    append(m_data->datums, std::move(record));
+}
 
 void ProjectionParamsManager::appendMIUnitConvParam(MIUnitConvParam record)
 {
-    append(m_linearUnits, std::move(record));
+    append(m_data->linearUnits, std::move(record));
 }
 
 void ProjectionParamsManager::appendMIAreaConvParam(MIAreaConvParam record)
 {
-    append(m_areaUnits, std::move(record));
+    append(m_data->areaUnits, std::move(record));
 }
 
 const MIProjectionParam *ProjectionParamsManager::projectionByID(int id) const
 {
-    return firstWithId(m_projections, id);
+    return firstWithId(m_data->projections, id);
 }
 
 const MIEllipsoidParam *ProjectionParamsManager::ellipsoidByID(int id) const
 {
-    return firstWithId(m_ellipsoids, id);
+    return firstWithId(m_data->ellipsoids, id);
 }
 
-const MIDatumParam *ProjectionParamsManager::datumByID(int id) const { return firstWithId(m_datums, id); }
+const MIDatumParam *ProjectionParamsManager::datumByID(int id) const
+{
+    return firstWithId(m_data->datums, id);
+}
 
 int ProjectionParamsManager::findDatumByParams(int ellipsoid, const std::array<double, 3> &shift,
                                                const std::array<double, 3> &rotation, double scale,
                                                double pm) const
 {
     const auto same = [](double a, double b) { return nivora::utils::fuzzyEq(a, b, 1e12); };
-    const MIDatumParam *datum = firstThat(m_datums, [&](const MIDatumParam &d) {
+    const MIDatumParam *datum = firstThat(m_data->datums, [&](const MIDatumParam &d) {
         return d.ellipsoid == ellipsoid && same(d.dx, shift[0]) && same(d.dy, shift[1]) &&
                same(d.dz, shift[2]) && same(d.rx, rotation[0]) && same(d.ry, rotation[1]) &&
                same(d.rz, rotation[2]) && same(d.sa, scale) && same(d.pm, pm);
@@ -274,7 +321,7 @@ int ProjectionParamsManager::findDatumByParams(int ellipsoid, const std::array<d
 
 const MIUnitConvParam *ProjectionParamsManager::unitByID(int id, std::nothrow_t) const
 {
-    return firstWithId(m_linearUnits, id);
+    return firstWithId(m_data->linearUnits, id);
 }
 
 const MIUnitConvParam *ProjectionParamsManager::unitByID(int id) const
@@ -290,7 +337,7 @@ const MIUnitConvParam *ProjectionParamsManager::unitByName(const QString &name, 
         return unitByID(name.toInt(), std::nothrow);
     QString bare = name;
     bare.remove(QLatin1Char('"'));
-    return firstWithName(m_linearUnits, bare);
+    return firstWithName(m_data->linearUnits, bare);
 }
 
 const MIUnitConvParam *ProjectionParamsManager::unitByName(const QString &name) const
@@ -300,12 +347,13 @@ const MIUnitConvParam *ProjectionParamsManager::unitByName(const QString &name) 
 
 const MIUnitConvParam *ProjectionParamsManager::unitByDescr(const QString &description) const
 {
-    return firstThat(m_linearUnits, [&](const MIUnitConvParam &u) { return u.description() == description; });
+    return firstThat(m_data->linearUnits,
+                     [&](const MIUnitConvParam &u) { return u.description() == description; });
 }
 
 const MIAreaConvParam *ProjectionParamsManager::areaUnitByID(int id, std::nothrow_t) const
 {
-    return firstWithId(m_areaUnits, id);
+    return firstWithId(m_data->areaUnits, id);
 }
 
 const MIAreaConvParam *ProjectionParamsManager::areaUnitByID(int id) const
@@ -315,7 +363,7 @@ const MIAreaConvParam *ProjectionParamsManager::areaUnitByID(int id) const
 
 const MIAreaConvParam *ProjectionParamsManager::areaUnitByName(const QString &name, std::nothrow_t) const
 {
-    return firstWithName(m_areaUnits, name);
+    return firstWithName(m_data->areaUnits, name);
 }
 
 const MIAreaConvParam *ProjectionParamsManager::areaUnitByName(const QString &name) const
@@ -323,17 +371,17 @@ const MIAreaConvParam *ProjectionParamsManager::areaUnitByName(const QString &na
     return orThrow(areaUnitByName(name, std::nothrow), name);
 }
 
-QList<LinearUnit> ProjectionParamsManager::coordinateUnits() const { return copiesOf(m_linearUnits); }
+QList<LinearUnit> ProjectionParamsManager::coordinateUnits() const { return copiesOf(m_data->linearUnits); }
 
 QList<LinearUnit> ProjectionParamsManager::distanceUnits() const
 {
     QList<LinearUnit> units;
-    for (const auto &record : m_linearUnits)
+    for (const auto &record : m_data->linearUnits)
         if (record->id != LinearUnit::Degree)
             units.append(*record);
     return units;
 }
 
-QList<LinearUnit> ProjectionParamsManager::areaUnits() const { return copiesOf(m_areaUnits); }
+QList<LinearUnit> ProjectionParamsManager::areaUnits() const { return copiesOf(m_data->areaUnits); }
 
 } // namespace nivora::cs

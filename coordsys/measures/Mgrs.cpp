@@ -1,7 +1,7 @@
 #include <coordsys/Mgrs.h>
 
+#include "CatalogueSource_p.h"
 #include "CrsDefinition_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
 #include <coordsys/mgrs/mgrs.h>
@@ -58,7 +58,26 @@ constexpr Message messages[] = {
 
 } // namespace
 
-Mgrs::Mgrs(const CoordSystemPtr &cs) { setCoordSystem(cs); }
+struct NIVORA_CS_NO_EXPORT Mgrs::Data : QSharedData
+{
+    std::shared_ptr<const CoordTransform> transform; ///< empty for geographic systems
+    double meridianDeg = 0.0;                        ///< that the longitudes count from
+    int precision = 4;
+};
+
+Mgrs::Mgrs(const CoordSystemPtr &cs)
+    : m_data(new Data)
+{
+    setCoordSystem(cs);
+}
+
+Mgrs::Mgrs(const Mgrs &other) = default;
+
+Mgrs &Mgrs::operator=(const Mgrs &other) = default;
+
+Mgrs::~Mgrs() = default;
+
+void Mgrs::setPrecision(int precision) { m_data->precision = precision; }
 
 void Mgrs::setCoordSystem(const CoordSystemPtr &cs)
 {
@@ -66,16 +85,18 @@ void Mgrs::setCoordSystem(const CoordSystemPtr &cs)
         throw std::invalid_argument(
             "cs_from"); // as CoordTransform says it, also when there are no catalogues
     if (cs->isLatLong())
-        m_transform.reset();
+        m_data->transform.reset();
     else
-        m_transform = std::make_shared<const CoordTransform>(cs, activeCatalogues()->LatLongCoordSystem());
+        m_data->transform =
+            std::make_shared<const CoordTransform>(cs, activeCatalogues()->LatLongCoordSystem());
     // a CoordSys string's own longitudes come out where its datum is not left
-    m_meridianDeg = cs->isLatLong() || cs->sourceType() == CoordSystem::Prj ? meridianOf(*cs) : 0.0;
+    m_data->meridianDeg = cs->isLatLong() || cs->sourceType() == CoordSystem::Prj ? meridianOf(*cs) : 0.0;
 }
 
 CoordSystemPtr Mgrs::coordSystem() const
 {
-    return m_transform ? m_transform->sourceCoordSystem() : activeCatalogues()->LatLongCoordSystem();
+    return m_data->transform ? m_data->transform->sourceCoordSystem()
+                             : activeCatalogues()->LatLongCoordSystem();
 }
 
 QString Mgrs::getMGRSString(double x, double y) const
@@ -83,21 +104,21 @@ QString Mgrs::getMGRSString(double x, double y) const
     if (std::isnan(x) || std::isnan(y)) // rectangles contain it
         return QString();
     QPointF lonLat(x, y);
-    if (m_transform) {
-        if (!m_transform->sourceCoordSystem()->rectNumericCoordSys().contains(lonLat) ||
-            !m_transform->forward(QPointF(x, y), lonLat))
+    if (m_data->transform) {
+        if (!m_data->transform->sourceCoordSystem()->rectNumericCoordSys().contains(lonLat) ||
+            !m_data->transform->forward(QPointF(x, y), lonLat))
             return QString();
     }
-    lonLat.rx() += m_meridianDeg;
-    if (m_meridianDeg != 0.0 && (lonLat.x() > 360.0 || lonLat.x() < -180.0))
+    lonLat.rx() += m_data->meridianDeg;
+    if (m_data->meridianDeg != 0.0 && (lonLat.x() > 360.0 || lonLat.x() < -180.0))
         lonLat.setX(std::remainder(lonLat.x(), 360.0));
     if (!isLonLat(lonLat))
         return QString();
 
     char buffer[64] = {};
     static_assert(sizeof buffer >= mgrs::MGRS_BUFFER_SIZE, "");
-    const int code =
-        mgrs::Convert_Geodetic_To_MGRS(proj_torad(lonLat.y()), proj_torad(lonLat.x()), m_precision, buffer);
+    const int code = mgrs::Convert_Geodetic_To_MGRS(proj_torad(lonLat.y()), proj_torad(lonLat.x()),
+                                                    m_data->precision, buffer);
     if (code == 0)
         return QString::fromLatin1(buffer);
     LOG_ERROR(QStringLiteral("mgrs: %1").arg(errorMsg(code)));

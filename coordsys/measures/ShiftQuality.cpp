@@ -1,11 +1,11 @@
 #include <coordsys/ShiftQuality.h>
 
+#include "CatalogueSource_p.h"
 #include "CrsParts_p.h"
 #include "GeographicExtent_p.h"
 #include "RegisteredShift_p.h"
 #include "SearchContext_p.h"
 #include "TransformOperations_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
 #include <coordsys/PrjText.h>

@@ -1,6 +1,5 @@
-#include <coordsys/CoordSystemCatalogModel.h>
+#include "CoordSystemCatalogModel_p.h"
 
-#include "CatalogIndex_p.h"
 #include "ModelTexts_p.h"
 #include "ProjectionTable_p.h"
 #include <coordsys/CoordSysFactory.h>
@@ -87,48 +86,31 @@ CoordSystemPtr made(CoordSysFactory &factory, const QString &tagged)
 
 } // namespace
 
-struct CoordSystemCatalogModel::Record
-{
-    QString name;
-    int epsg = CoordSystemTypes::EPSG_UNDEFINDED;
-    Kind kind = Kind::Unknown;
-    QString id; ///< of another authority, "ESRI:54030"
-
-    QString code() const { return epsg > 0 ? epsgTag(epsg) : id; }
-};
-
-struct CoordSystemCatalogModel::Worker
-{
-    using Index = std::shared_ptr<const CatalogIndex>;
-
-    Worker() { pool.setMaxThreadCount(1); }
-
-    QFutureWatcher<Index> watcher;
-    QThreadPool pool; ///< the global one may be full of the catalogue's background fill; waits as it goes
-    bool isRunning = false;
-};
-
 CoordSystemCatalogModel::CoordSystemCatalogModel(std::shared_ptr<CoordSysFactory> factory, QObject *parent)
     : QAbstractItemModel(parent)
-    , m_factory(std::move(factory))
-    , m_worker(std::make_unique<Worker>())
+    , d(std::make_unique<CoordSystemCatalogModelPrivate>(*this, std::move(factory)))
 {
-    if (!m_factory)
+    if (!d->m_factory)
         throw std::invalid_argument("factory");
-    m_categories = m_factory->mapinfoCoordSystem()->projectionList();
-    m_branches = m_factory->userCoordSystem()->data();
-    connect(&m_worker->watcher, &QFutureWatcherBase::finished, this, &CoordSystemCatalogModel::takeIndex);
+    d->m_categories = d->m_factory->mapinfoCoordSystem()->projectionList();
+    d->m_branches = d->m_factory->userCoordSystem()->data();
+    connect(&d->m_worker.watcher, &QFutureWatcherBase::finished, this, [this] { d->takeIndex(); });
 }
 
 CoordSystemCatalogModel::~CoordSystemCatalogModel() = default;
 
+const std::shared_ptr<CoordSysFactory> &CoordSystemCatalogModel::factory() const { return d->m_factory; }
+
+bool CoordSystemCatalogModel::isPrepared() const { return d->m_index != nullptr; }
+
 void CoordSystemCatalogModel::prepare()
 {
-    if (m_index || m_worker->isRunning)
+    if (d->m_index || d->m_worker.isRunning)
         return;
-    m_worker->isRunning = true;
-    const auto work = [catalogue = m_factory->mapinfoCoordSystem(), resources = m_factory->resourceDir(),
-                       language = m_factory->language()]() -> Worker::Index {
+    d->m_worker.isRunning = true;
+    const auto work = [catalogue = d->m_factory->mapinfoCoordSystem(),
+                       resources = d->m_factory->resourceDir(),
+                       language = d->m_factory->language()]() -> std::shared_ptr<const CatalogIndex> {
         try {
             return CatalogIndex::of(catalogue, resources, language);
         } catch (const std::exception &e) {
@@ -137,101 +119,101 @@ void CoordSystemCatalogModel::prepare()
             return nullptr;
         }
     };
-    m_worker->watcher.setFuture(QtConcurrent::run(&m_worker->pool, work));
+    d->m_worker.watcher.setFuture(QtConcurrent::run(&d->m_worker.pool, work));
 }
 
 void CoordSystemCatalogModel::waitUntilPrepared()
 {
     prepare();
-    if (!m_index)
-        takeIndex();
+    if (!d->m_index)
+        d->takeIndex();
 }
 
 /// Runs again, to no effect, when the watcher tells what waitUntilPrepared() has taken already.
-void CoordSystemCatalogModel::takeIndex()
+void CoordSystemCatalogModelPrivate::takeIndex()
 {
-    if (!m_worker->isRunning)
+    if (!m_worker.isRunning)
         return;
-    m_worker->watcher.waitForFinished();
-    m_worker->isRunning = false;
-    const Worker::Index index = m_worker->watcher.result();
+    m_worker.watcher.waitForFinished();
+    m_worker.isRunning = false;
+    const std::shared_ptr<const CatalogIndex> index = m_worker.watcher.result();
     if (!index)
         return;
-    replaceRows(EpsgDatabase, index->countries().size(), [&] { m_index = index; });
-    Q_EMIT prepared();
+    replaceRows(Model::EpsgDatabase, index->countries().size(), [&] { m_index = index; });
+    Q_EMIT q->prepared();
 }
 
 /// Takes the rows of a section away and puts others in their place; \p change alters what they are made from.
 /// The database's only come.
 template <typename Change>
-void CoordSystemCatalogModel::replaceRows(Section section, int newCount, Change &&change)
+void CoordSystemCatalogModelPrivate::replaceRows(Section section, int newCount, Change &&change)
 {
-    const QModelIndex parent = sectionIndex(section);
-    const int count = rowCount(parent);
+    const QModelIndex parent = q->sectionIndex(section);
+    const int count = q->rowCount(parent);
     if (count > 0) {
-        beginRemoveRows(parent, 0, count - 1);
-        if (section == RecentSystems)
+        q->beginRemoveRows(parent, 0, count - 1);
+        if (section == Model::RecentSystems)
             m_recent.clear();
         else
             m_branches.clear();
-        endRemoveRows();
+        q->endRemoveRows();
     }
     if (newCount > 0)
-        beginInsertRows(parent, 0, newCount - 1);
+        q->beginInsertRows(parent, 0, newCount - 1);
     change();
     if (newCount > 0)
-        endInsertRows();
+        q->endInsertRows();
 }
 
 void CoordSystemCatalogModel::setRecentSystems(const QVector<RecentSystem> &systems)
 {
     const QVector<RecentSystem> kept = systems; // may be our own
-    replaceRows(RecentSystems, kept.size(), [&] { m_recent = kept; });
+    d->replaceRows(RecentSystems, kept.size(), [&] { d->m_recent = kept; });
 }
 
 void CoordSystemCatalogModel::reloadOwnSystems()
 {
-    const QList<UserCoordSystem::CsDataType> branches = m_factory->userCoordSystem()->data();
-    replaceRows(OwnSystems, branches.size(), [&] { m_branches = branches; });
+    const QList<UserCoordSystem::CsDataType> branches = d->m_factory->userCoordSystem()->data();
+    d->replaceRows(OwnSystems, branches.size(), [&] { d->m_branches = branches; });
     Q_EMIT ownSystemsChanged();
 }
 
-int CoordSystemCatalogModel::groupCount(Section section) const
+int CoordSystemCatalogModelPrivate::groupCount(Section section) const
 {
     switch (section) {
-    case OwnSystems:
+    case Model::OwnSystems:
         return m_branches.size();
-    case MapinfoCatalogue:
+    case Model::MapinfoCatalogue:
         return m_categories.size();
-    case EpsgDatabase:
+    case Model::EpsgDatabase:
         return m_index ? m_index->countries().size() : 0;
     default:
         return 0;
     }
 }
 
-int CoordSystemCatalogModel::systemCount(Section section, int group) const
+int CoordSystemCatalogModelPrivate::systemCount(Section section, int group) const
 {
     switch (section) {
-    case OwnSystems:
+    case Model::OwnSystems:
         return m_branches.at(group).entries.size();
-    case RecentSystems:
+    case Model::RecentSystems:
         return m_recent.size();
-    case MapinfoCatalogue:
+    case Model::MapinfoCatalogue:
         return m_categories.at(group).entries.size();
     default:
         return m_index->countries().at(group).systems.size();
     }
 }
 
-QString CoordSystemCatalogModel::groupName(Section section, int group) const
+QString CoordSystemCatalogModelPrivate::groupName(Section section, int group) const
 {
     switch (section) {
-    case OwnSystems:
+    case Model::OwnSystems:
         return m_branches.at(group).name;
-    case MapinfoCatalogue:
+    case Model::MapinfoCatalogue:
         return m_categories.at(group).name;
-    case EpsgDatabase:
+    case Model::EpsgDatabase:
         return m_index->countries().at(group).name;
     default:
         return {};
@@ -248,17 +230,17 @@ QModelIndex CoordSystemCatalogModel::index(int row, int column, const QModelInde
     case Level::Section:
         if (!isFlat(sectionOf(parent)))
             return createIndex(row, column, groupBase + static_cast<quintptr>(sectionOf(parent)));
-        return systemIndex(sectionOf(parent), 0, row, column);
+        return d->systemIndex(sectionOf(parent), 0, row, column);
     default:
-        return systemIndex(sectionOf(parent), parent.row(), row, column);
+        return d->systemIndex(sectionOf(parent), parent.row(), row, column);
     }
 }
 
-QModelIndex CoordSystemCatalogModel::systemIndex(Section section, int group, int row, int column) const
+QModelIndex CoordSystemCatalogModelPrivate::systemIndex(Section section, int group, int row, int column) const
 {
-    return createIndex(row, column,
-                       systemBase + static_cast<quintptr>(section) +
-                           SectionCount * static_cast<quintptr>(group));
+    return q->createIndex(row, column,
+                          systemBase + static_cast<quintptr>(section) +
+                              Model::SectionCount * static_cast<quintptr>(group));
 }
 
 QModelIndex CoordSystemCatalogModel::parent(const QModelIndex &child) const
@@ -280,9 +262,10 @@ int CoordSystemCatalogModel::rowCount(const QModelIndex &parent) const
     case Level::Root:
         return SectionCount;
     case Level::Section:
-        return isFlat(sectionOf(parent)) ? systemCount(sectionOf(parent), 0) : groupCount(sectionOf(parent));
+        return isFlat(sectionOf(parent)) ? d->systemCount(sectionOf(parent), 0)
+                                         : d->groupCount(sectionOf(parent));
     case Level::Group:
-        return systemCount(sectionOf(parent), parent.row());
+        return d->systemCount(sectionOf(parent), parent.row());
     default:
         return 0;
     }
@@ -296,14 +279,15 @@ int CoordSystemCatalogModel::columnCount(const QModelIndex &parent) const
 bool CoordSystemCatalogModel::hasChildren(const QModelIndex &parent) const
 {
     // The database is on its way from the first look on: its section stays open meanwhile.
-    const bool isComing = levelOf(parent) == Level::Section && sectionOf(parent) == EpsgDatabase && !m_index;
+    const bool isComing =
+        levelOf(parent) == Level::Section && sectionOf(parent) == EpsgDatabase && !d->m_index;
     return (isComing && parent.column() == NameColumn) || rowCount(parent) > 0;
 }
 
 bool CoordSystemCatalogModel::canFetchMore(const QModelIndex &parent) const
 {
     return levelOf(parent) == Level::Section && parent.column() == NameColumn &&
-           sectionOf(parent) == EpsgDatabase && !m_index && !m_worker->isRunning;
+           sectionOf(parent) == EpsgDatabase && !d->m_index && !d->m_worker.isRunning;
 }
 
 void CoordSystemCatalogModel::fetchMore(const QModelIndex &parent)
@@ -314,32 +298,33 @@ void CoordSystemCatalogModel::fetchMore(const QModelIndex &parent)
 
 bool CoordSystemCatalogModel::isSystem(const QModelIndex &index) { return levelOf(index) == Level::System; }
 
-const CoordSystemParams &CoordSystemCatalogModel::catalogueEntry(const QModelIndex &index) const
+const CoordSystemParams &CoordSystemCatalogModelPrivate::catalogueEntry(const QModelIndex &index) const
 {
     return m_categories.at(groupOf(index)).entries.at(index.row());
 }
 
-const UserCoordSystem::CoordSystemParam &CoordSystemCatalogModel::ownEntry(const QModelIndex &index) const
+const UserCoordSystem::CoordSystemParam &
+CoordSystemCatalogModelPrivate::ownEntry(const QModelIndex &index) const
 {
     return m_branches.at(groupOf(index)).entries.at(index.row());
 }
 
 /// What views ask for all the time; copies nothing.
-CoordSystemCatalogModel::Record CoordSystemCatalogModel::record(const QModelIndex &index) const
+CoordSystemCatalogModelPrivate::Record CoordSystemCatalogModelPrivate::record(const QModelIndex &index) const
 {
     switch (sectionOf(index)) {
-    case OwnSystems: {
+    case Model::OwnSystems: {
         const CoordSystemTypes::SourceData &source = ownEntry(index).source();
         const bool isCode = source.type == CoordSystemTypes::Epsg;
         return {ownEntry(index).description(),
                 isCode ? source.string.toInt() : CoordSystemTypes::EPSG_UNDEFINDED,
-                Kind::Unknown,
+                Model::Kind::Unknown,
                 {}};
     }
-    case RecentSystems:
-        return {m_recent.at(index.row()).name, m_recent.at(index.row()).epsg, Kind::Unknown,
+    case Model::RecentSystems:
+        return {m_recent.at(index.row()).name, m_recent.at(index.row()).epsg, Model::Kind::Unknown,
                 isOtherCode(m_recent.at(index.row()).tagged) ? m_recent.at(index.row()).tagged : QString()};
-    case MapinfoCatalogue: {
+    case Model::MapinfoCatalogue: {
         const CoordSystemParams &entry = catalogueEntry(index);
         return {entry.name(), entry.epsg(), kindOfParams(entry.params), {}};
     }
@@ -351,16 +336,16 @@ CoordSystemCatalogModel::Record CoordSystemCatalogModel::record(const QModelInde
     }
 }
 
-QString CoordSystemCatalogModel::prjText(const QModelIndex &index) const
+QString CoordSystemCatalogModelPrivate::prjText(const QModelIndex &index) const
 {
     switch (sectionOf(index)) {
-    case OwnSystems: {
+    case Model::OwnSystems: {
         const CoordSystemTypes::SourceData &source = ownEntry(index).source();
         return source.type == CoordSystemTypes::Prj ? source.string : QString();
     }
-    case RecentSystems:
+    case Model::RecentSystems:
         return {};
-    case MapinfoCatalogue:
+    case Model::MapinfoCatalogue:
         return catalogueEntry(index).asPrjString();
     default:
         return record(index).epsg > 0 ? m_factory->mapinfoCoordSystem()->seekByEPSG(record(index).epsg)
@@ -369,16 +354,16 @@ QString CoordSystemCatalogModel::prjText(const QModelIndex &index) const
 }
 
 /// By its code where that makes this very entry: the system then knows its code without a search.
-QString CoordSystemCatalogModel::taggedText(const QModelIndex &index) const
+QString CoordSystemCatalogModelPrivate::taggedText(const QModelIndex &index) const
 {
     switch (sectionOf(index)) {
-    case OwnSystems: {
+    case Model::OwnSystems: {
         const CoordSystemTypes::SourceData &source = ownEntry(index).source();
         return sourceTypeToString(source.type) + QLatin1Char(':') + source.string;
     }
-    case RecentSystems:
+    case Model::RecentSystems:
         return m_recent.at(index.row()).tagged;
-    case MapinfoCatalogue: {
+    case Model::MapinfoCatalogue: {
         const CoordSystemParams &entry = catalogueEntry(index);
         const auto first = entry.epsg() == CoordSystemTypes::EPSG_UNDEFINDED
                                ? std::nullopt
@@ -391,9 +376,12 @@ QString CoordSystemCatalogModel::taggedText(const QModelIndex &index) const
     }
 }
 
-QRectF CoordSystemCatalogModel::area(int epsg) const { return m_index ? m_index->area(epsg) : QRectF(); }
+QRectF CoordSystemCatalogModelPrivate::area(int epsg) const
+{
+    return m_index ? m_index->area(epsg) : QRectF();
+}
 
-QString CoordSystemCatalogModel::nameOf(const QModelIndex &index) const
+QString CoordSystemCatalogModelPrivate::nameOf(const QModelIndex &index) const
 {
     switch (levelOf(index)) {
     case Level::Section:
@@ -403,29 +391,29 @@ QString CoordSystemCatalogModel::nameOf(const QModelIndex &index) const
     default:
         return record(index).name;
     }
-    const QString sections[SectionCount] = {ModelTexts::tr("Мои системы"), ModelTexts::tr("Недавние"),
-                                            ModelTexts::tr("Каталог MapInfo"),
-                                            ModelTexts::tr("База PROJ: EPSG и другие")};
+    const QString sections[Model::SectionCount] = {ModelTexts::tr("Мои системы"), ModelTexts::tr("Недавние"),
+                                                   ModelTexts::tr("Каталог MapInfo"),
+                                                   ModelTexts::tr("База PROJ: EPSG и другие")};
     return sections[index.row()];
 }
 
-QVariant CoordSystemCatalogModel::systemData(const QModelIndex &index, int role) const
+QVariant CoordSystemCatalogModelPrivate::systemData(const QModelIndex &index, int role) const
 {
     switch (role) {
-    case CodeRole:
+    case Model::CodeRole:
         return record(index).epsg;
-    case PrjRole:
+    case Model::PrjRole:
         return prjText(index);
-    case AreaRole:
-        return sectionOf(index) == EpsgDatabase ? m_index->system(groupOf(index), index.row()).area
-                                                : area(record(index).epsg);
-    case KindRole:
+    case Model::AreaRole:
+        return sectionOf(index) == Model::EpsgDatabase ? m_index->system(groupOf(index), index.row()).area
+                                                       : area(record(index).epsg);
+    case Model::KindRole:
         return static_cast<int>(record(index).kind);
-    case TaggedRole:
+    case Model::TaggedRole:
         return taggedText(index);
-    case GroupRole:
+    case Model::GroupRole:
         return groupName(sectionOf(index), groupOf(index));
-    case WithdrawnRole:
+    case Model::WithdrawnRole:
         return m_index && m_index->search().isWithdrawn(record(index).code());
     default:
         return {};
@@ -438,12 +426,12 @@ QVariant CoordSystemCatalogModel::data(const QModelIndex &index, int role) const
         return {};
     const bool shown = role == Qt::DisplayRole;
     if (role == NameRole || (shown && index.column() == NameColumn))
-        return nameOf(index);
+        return d->nameOf(index);
     if (!isSystem(index))
         return {};
     if (!shown)
-        return systemData(index, role);
-    const Record system = record(index);
+        return d->systemData(index, role);
+    const CoordSystemCatalogModelPrivate::Record system = d->record(index);
     return system.epsg == CoordSystemTypes::EPSG_UNDEFINDED ? system.id : QString::number(system.epsg);
 }
 
@@ -472,19 +460,19 @@ QModelIndex CoordSystemCatalogModel::catalogueIndex(int category, int entry) con
 QModelIndex CoordSystemCatalogModel::indexOfCode(int epsg) const
 {
     const auto same = [epsg](const auto &system) { return system.epsg() == epsg; };
-    for (int category = 0; category < m_categories.size() && epsg > 0; ++category) {
-        const QList<CoordSystemParams> &entries = m_categories.at(category).entries;
+    for (int category = 0; category < d->m_categories.size() && epsg > 0; ++category) {
+        const QList<CoordSystemParams> &entries = d->m_categories.at(category).entries;
         const auto found = std::find_if(entries.begin(), entries.end(), same);
         if (found != entries.end())
             return catalogueIndex(category, static_cast<int>(found - entries.begin()));
     }
     const std::optional<CatalogIndex::Row> rest =
-        m_index ? m_index->uncatalogued(epsgTag(epsg)) : std::nullopt;
-    return rest ? systemIndex(EpsgDatabase, rest->country, rest->row) : QModelIndex();
+        d->m_index ? d->m_index->uncatalogued(epsgTag(epsg)) : std::nullopt;
+    return rest ? d->systemIndex(EpsgDatabase, rest->country, rest->row) : QModelIndex();
 }
 
 /// The user's own system, by its text, else by what it is.
-QModelIndex CoordSystemCatalogModel::ownIndexOf(const CoordSystem &cs) const
+QModelIndex CoordSystemCatalogModelPrivate::ownIndexOf(const CoordSystem &cs) const
 {
     const CoordSystemTypes::SourceData source = cs.sourceParameters();
     const CoordSystemPtr equal = m_factory->userCoordSystem()->storedEqual(cs);
@@ -493,7 +481,7 @@ QModelIndex CoordSystemCatalogModel::ownIndexOf(const CoordSystem &cs) const
         for (int row = 0; row < entries.size(); ++row) {
             const bool isText = !cs.affineTransform() && entries.at(row).source() == source;
             if (isText || (equal && entries.at(row).storedSystem() == equal))
-                return systemIndex(OwnSystems, branch, row);
+                return systemIndex(Model::OwnSystems, branch, row);
         }
     }
     return {};
@@ -505,14 +493,14 @@ QModelIndex CoordSystemCatalogModel::indexOfSystem(const CoordSystem &cs) const
     if (isPlain && cs.sourceType() == CoordSystemTypes::Epsg)
         if (const QModelIndex row = indexOfCode(cs.epsg()); row.isValid())
             return row;
-    if (const QModelIndex own = ownIndexOf(cs); own.isValid())
+    if (const QModelIndex own = d->ownIndexOf(cs); own.isValid())
         return own;
-    const MapinfoCoordSystem::Position position = m_factory->mapinfoCoordSystem()->seekProj(cs, true);
+    const MapinfoCoordSystem::Position position = d->m_factory->mapinfoCoordSystem()->seekProj(cs, true);
     if (position != MapinfoCoordSystem::PairNone)
         return catalogueIndex(position.first, position.second);
-    const QString id = isPlain && m_index && cs.epsg() <= 0 ? systemInfo(cs).identifier : QString();
-    if (const auto other = m_index ? m_index->uncatalogued(id) : std::nullopt)
-        return systemIndex(EpsgDatabase, other->country, other->row);
+    const QString id = isPlain && d->m_index && cs.epsg() <= 0 ? systemInfo(cs).identifier : QString();
+    if (const auto other = d->m_index ? d->m_index->uncatalogued(id) : std::nullopt)
+        return d->systemIndex(EpsgDatabase, other->country, other->row);
     return indexOfCode(isPlain ? cs.epsg() : cs.baseCode());
 }
 
@@ -520,8 +508,8 @@ CoordSystemPtr CoordSystemCatalogModel::create(const QModelIndex &index) const
 {
     if (!isSystem(index))
         throw std::invalid_argument("index");
-    const Record system = record(index);
-    const CoordSystemPtr cs = made(*m_factory, taggedText(index));
+    const CoordSystemCatalogModelPrivate::Record system = d->record(index);
+    const CoordSystemPtr cs = made(*d->m_factory, d->taggedText(index));
     if (!system.name.isEmpty())
         cs->setDescription(system.name);
     return cs;

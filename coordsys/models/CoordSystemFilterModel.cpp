@@ -1,6 +1,6 @@
 #include <coordsys/CoordSystemFilterModel.h>
 
-#include "CatalogIndex_p.h"
+#include "CoordSystemCatalogModel_p.h"
 #include "GeographicExtent_p.h"
 #include "ModelTexts_p.h"
 #include <coordsys/CoordSysFactory.h>
@@ -29,9 +29,7 @@ bool isUsable(const QRectF &place)
            place.height() >= 0.0;
 }
 
-} // namespace
-
-struct CoordSystemFilterModel::Entry
+struct Entry
 {
     CoordSystemCatalogModel::Section section;
     int group;
@@ -39,14 +37,14 @@ struct CoordSystemFilterModel::Entry
     int epsg;
 };
 
-struct CoordSystemFilterModel::Answer
+struct Answer
 {
     QVector<Entry> entries;
-    QVector<Relaxation> relaxations;
+    QVector<CoordSystemFilterModel::Relaxation> relaxations;
 };
 
 /// A question with all that is needed to answer it, so that any thread can.
-struct NIVORA_CS_NO_EXPORT CoordSystemFilterModel::Query
+struct Query
 {
     using Entries = QVector<Entry>;
     using Place = std::optional<QRectF>;
@@ -55,10 +53,10 @@ struct NIVORA_CS_NO_EXPORT CoordSystemFilterModel::Query
     Entries find(const QString &words, const Place &where, QStringList *without = nullptr) const;
     void addOwn(const QStringList &words, Entries &out) const;
     QStringList addFound(const QString &words, const Place &where, Entries &out) const;
-    Relaxation leftAside(const QStringList &without, int count) const;
+    CoordSystemFilterModel::Relaxation leftAside(const QStringList &without, int count) const;
     QRectF areaOf(const Entry &entry) const;
     Entries inUseAt(const QRectF &where, const Entries &entries) const;
-    QVector<Relaxation> relaxations() const;
+    QVector<CoordSystemFilterModel::Relaxation> relaxations() const;
 
     QString text;
     Place place;
@@ -68,7 +66,7 @@ struct NIVORA_CS_NO_EXPORT CoordSystemFilterModel::Query
     QList<UserCoordSystem::CsDataType> branches;
 };
 
-struct CoordSystemFilterModel::Worker
+struct Worker
 {
     Worker() { pool.setMaxThreadCount(1); }
 
@@ -78,113 +76,7 @@ struct CoordSystemFilterModel::Worker
     bool isOvertaken = false; ///< the question has changed since
 };
 
-CoordSystemFilterModel::CoordSystemFilterModel(CoordSystemCatalogModel &source, QObject *parent)
-    : QAbstractTableModel(parent)
-    , m_source(source)
-    , m_worker(std::make_unique<Worker>())
-{
-    connect(&source, &CoordSystemCatalogModel::prepared, this, [this] {
-        if (isFiltering())
-            refresh();
-    });
-    connect(&source, &CoordSystemCatalogModel::ownSystemsChanged, this, [this] {
-        show({}); // rows may stand for what is gone
-        refresh();
-    });
-    connect(&m_worker->watcher, &QFutureWatcherBase::finished, this, &CoordSystemFilterModel::takeAnswer);
-}
-
-CoordSystemFilterModel::~CoordSystemFilterModel() = default;
-
-void CoordSystemFilterModel::setText(const QString &text)
-{
-    if (text == m_text)
-        return;
-    m_text = text;
-    refresh();
-}
-
-void CoordSystemFilterModel::setPlace(const std::optional<QRectF> &lonLat)
-{
-    m_place = lonLat && isUsable(*lonLat) ? lonLat : std::nullopt;
-    refresh();
-}
-
-void CoordSystemFilterModel::setWithdrawnShown(bool isShown)
-{
-    if (std::exchange(m_isWithdrawnShown, isShown) != isShown && isFiltering())
-        refresh();
-}
-
-QString CoordSystemFilterModel::remark() const
-{
-    return m_source.m_index ? m_source.m_index->search().remark(m_text, m_source.factory()->language())
-                            : QString();
-}
-
-bool CoordSystemFilterModel::isFiltering() const { return m_place || !searchText(m_text).isEmpty(); }
-
-int CoordSystemFilterModel::foundCount() const { return m_found.size(); }
-
-void CoordSystemFilterModel::refresh()
-{
-    m_isPending = isFiltering();
-    m_worker->isOvertaken = m_worker->isRunning;
-    if (!m_isPending) {
-        show({});
-        Q_EMIT found();
-        return;
-    }
-    m_source.prepare();
-    if (m_source.isPrepared() && !m_worker->isRunning)
-        start();
-}
-
-void CoordSystemFilterModel::start()
-{
-    m_worker->isRunning = true;
-    m_worker->isOvertaken = false;
-    const Query query{
-        m_text, m_place, m_isWithdrawnShown, m_source.m_index, m_source.m_categories, m_source.m_branches};
-    m_worker->watcher.setFuture(QtConcurrent::run(&m_worker->pool, [query] { return query.answer(); }));
-}
-
-/// Runs again, to no effect, when the watcher tells what waitUntilFound() has taken already.
-void CoordSystemFilterModel::takeAnswer()
-{
-    if (!m_worker->isRunning)
-        return;
-    m_worker->watcher.waitForFinished();
-    m_worker->isRunning = false;
-    if (!m_isPending)
-        return;
-    if (m_worker->isOvertaken) {
-        start();
-        return;
-    }
-    m_isPending = false;
-    show(m_worker->watcher.result());
-    Q_EMIT found();
-}
-
-void CoordSystemFilterModel::waitUntilFound()
-{
-    if (m_isPending && !m_source.isPrepared())
-        m_source.waitUntilPrepared();
-    while (m_isPending && m_worker->isRunning)
-        takeAnswer();
-}
-
-void CoordSystemFilterModel::show(Answer answer)
-{
-    beginResetModel();
-    m_found = std::move(answer.entries);
-    m_relaxations = std::move(answer.relaxations);
-    m_fetched = std::min(portion, int(m_found.size()));
-    endResetModel();
-}
-
-CoordSystemFilterModel::Answer CoordSystemFilterModel::Query::answer() const
+Answer Query::answer() const
 {
     Answer answer;
     QStringList without;
@@ -196,8 +88,7 @@ CoordSystemFilterModel::Answer CoordSystemFilterModel::Query::answer() const
     return answer;
 }
 
-CoordSystemFilterModel::Query::Entries
-CoordSystemFilterModel::Query::find(const QString &words, const Place &where, QStringList *without) const
+Query::Entries Query::find(const QString &words, const Place &where, QStringList *without) const
 {
     const QStringList list = searchText(words).split(QLatin1Char(' '), Qt::SkipEmptyParts);
     Entries entries;
@@ -210,7 +101,7 @@ CoordSystemFilterModel::Query::find(const QString &words, const Place &where, QS
     return where ? inUseAt(*where, entries) : entries;
 }
 
-void CoordSystemFilterModel::Query::addOwn(const QStringList &words, Entries &out) const
+void Query::addOwn(const QStringList &words, Entries &out) const
 {
     for (int branch = 0; branch < branches.size(); ++branch) {
         const auto &list = branches.at(branch);
@@ -227,8 +118,7 @@ void CoordSystemFilterModel::Query::addOwn(const QStringList &words, Entries &ou
 }
 
 /// \return the words of no use.
-QStringList CoordSystemFilterModel::Query::addFound(const QString &words, const Place &where,
-                                                    Entries &out) const
+QStringList Query::addFound(const QString &words, const Place &where, Entries &out) const
 {
     const std::optional<QPointF> middle = where ? std::optional<QPointF>(where->center()) : std::nullopt;
     const auto answer = index->search().answer(words, middle, std::numeric_limits<int>::max());
@@ -245,8 +135,7 @@ QStringList CoordSystemFilterModel::Query::addFound(const QString &words, const 
 }
 
 /// The text without the words that the search had no use for.
-CoordSystemFilterModel::Relaxation CoordSystemFilterModel::Query::leftAside(const QStringList &without,
-                                                                            int count) const
+CoordSystemFilterModel::Relaxation Query::leftAside(const QStringList &without, int count) const
 {
     QStringList rest;
     for (const QString &part : text.simplified().split(QLatin1Char(' ')))
@@ -255,15 +144,14 @@ CoordSystemFilterModel::Relaxation CoordSystemFilterModel::Query::leftAside(cons
     return {rest.join(QLatin1Char(' ')), without.join(QLatin1Char(' ')), count};
 }
 
-QRectF CoordSystemFilterModel::Query::areaOf(const Entry &entry) const
+QRectF Query::areaOf(const Entry &entry) const
 {
     return entry.section == CoordSystemCatalogModel::EpsgDatabase ? index->system(entry.group, entry.row).area
                                                                   : index->area(entry.epsg);
 }
 
 /// Those that hold the middle of a place; before the others those that hold all of it.
-CoordSystemFilterModel::Query::Entries CoordSystemFilterModel::Query::inUseAt(const QRectF &where,
-                                                                              const Entries &entries) const
+Query::Entries Query::inUseAt(const QRectF &where, const Entries &entries) const
 {
     Entries there;
     std::copy_if(entries.begin(), entries.end(), std::back_inserter(there),
@@ -273,12 +161,12 @@ CoordSystemFilterModel::Query::Entries CoordSystemFilterModel::Query::inUseAt(co
     return there;
 }
 
-QVector<CoordSystemFilterModel::Relaxation> CoordSystemFilterModel::Query::relaxations() const
+QVector<CoordSystemFilterModel::Relaxation> Query::relaxations() const
 {
-    QVector<Relaxation> all;
+    QVector<CoordSystemFilterModel::Relaxation> all;
     const auto add = [&](const QString &words, const QString &without, const Place &where) {
         if (const int count = find(words, where).size())
-            all << Relaxation{words, without, count};
+            all << CoordSystemFilterModel::Relaxation{words, without, count};
     };
     const QStringList parts = text.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
     for (int i = 0; i < parts.size() && parts.size() > 1; ++i) {
@@ -288,37 +176,182 @@ QVector<CoordSystemFilterModel::Relaxation> CoordSystemFilterModel::Query::relax
     }
     if (place)
         add(text, QString(), std::nullopt);
-    std::stable_sort(all.begin(), all.end(),
-                     [](const Relaxation &a, const Relaxation &b) { return a.count < b.count; });
+    std::stable_sort(all.begin(), all.end(), [](const auto &a, const auto &b) { return a.count < b.count; });
     return all;
 }
 
-QModelIndex CoordSystemFilterModel::sourceIndex(const Entry &entry) const
+} // namespace
+
+/// What a CoordSystemFilterModel consists of.
+class CoordSystemFilterModelPrivate
 {
-    return m_source.systemIndex(entry.section, entry.group, entry.row);
+public:
+    CoordSystemFilterModelPrivate(CoordSystemFilterModel &model, CoordSystemCatalogModel &source)
+        : q(&model)
+        , m_source(source)
+    {}
+
+    void refresh();
+    void start();
+    void takeAnswer();
+    void show(Answer answer);
+    QModelIndex sourceIndex(const Entry &entry) const;
+
+    CoordSystemFilterModel *const q;
+    CoordSystemCatalogModel &m_source;
+    QString m_text;
+    std::optional<QRectF> m_place;
+    QVector<Entry> m_found;
+    QVector<CoordSystemFilterModel::Relaxation> m_relaxations;
+    int m_fetched = 0;
+    bool m_isPending = false;
+    bool m_isWithdrawnShown = true;
+    Worker m_worker; ///< last: it ends first
+};
+
+CoordSystemFilterModel::CoordSystemFilterModel(CoordSystemCatalogModel &source, QObject *parent)
+    : QAbstractTableModel(parent)
+    , d(std::make_unique<CoordSystemFilterModelPrivate>(*this, source))
+{
+    connect(&source, &CoordSystemCatalogModel::prepared, this, [this] {
+        if (isFiltering())
+            d->refresh();
+    });
+    connect(&source, &CoordSystemCatalogModel::ownSystemsChanged, this, [this] {
+        d->show({}); // rows may stand for what is gone
+        d->refresh();
+    });
+    connect(&d->m_worker.watcher, &QFutureWatcherBase::finished, this, [this] { d->takeAnswer(); });
+}
+
+CoordSystemFilterModel::~CoordSystemFilterModel() = default;
+
+void CoordSystemFilterModel::setText(const QString &text)
+{
+    if (text == d->m_text)
+        return;
+    d->m_text = text;
+    d->refresh();
+}
+
+void CoordSystemFilterModel::setPlace(const std::optional<QRectF> &lonLat)
+{
+    d->m_place = lonLat && isUsable(*lonLat) ? lonLat : std::nullopt;
+    d->refresh();
+}
+
+void CoordSystemFilterModel::setWithdrawnShown(bool isShown)
+{
+    if (std::exchange(d->m_isWithdrawnShown, isShown) != isShown && isFiltering())
+        d->refresh();
+}
+
+QString CoordSystemFilterModel::remark() const
+{
+    const auto &index = CoordSystemCatalogModelPrivate::get(d->m_source).m_index;
+    return index ? index->search().remark(d->m_text, d->m_source.factory()->language()) : QString();
+}
+
+QString CoordSystemFilterModel::text() const { return d->m_text; }
+
+const std::optional<QRectF> &CoordSystemFilterModel::place() const { return d->m_place; }
+
+bool CoordSystemFilterModel::isPending() const { return d->m_isPending; }
+
+const QVector<CoordSystemFilterModel::Relaxation> &CoordSystemFilterModel::relaxations() const
+{
+    return d->m_relaxations;
+}
+
+bool CoordSystemFilterModel::isFiltering() const { return d->m_place || !searchText(d->m_text).isEmpty(); }
+
+int CoordSystemFilterModel::foundCount() const { return d->m_found.size(); }
+
+void CoordSystemFilterModelPrivate::refresh()
+{
+    m_isPending = q->isFiltering();
+    m_worker.isOvertaken = m_worker.isRunning;
+    if (!m_isPending) {
+        show({});
+        Q_EMIT q->found();
+        return;
+    }
+    m_source.prepare();
+    if (m_source.isPrepared() && !m_worker.isRunning)
+        start();
+}
+
+void CoordSystemFilterModelPrivate::start()
+{
+    m_worker.isRunning = true;
+    m_worker.isOvertaken = false;
+    const CoordSystemCatalogModelPrivate &known = CoordSystemCatalogModelPrivate::get(m_source);
+    const Query query{m_text,          m_place, m_isWithdrawnShown, known.m_index, known.m_categories,
+                      known.m_branches};
+    m_worker.watcher.setFuture(QtConcurrent::run(&m_worker.pool, [query] { return query.answer(); }));
+}
+
+/// Runs again, to no effect, when the watcher tells what waitUntilFound() has taken already.
+void CoordSystemFilterModelPrivate::takeAnswer()
+{
+    if (!m_worker.isRunning)
+        return;
+    m_worker.watcher.waitForFinished();
+    m_worker.isRunning = false;
+    if (!m_isPending)
+        return;
+    if (m_worker.isOvertaken) {
+        start();
+        return;
+    }
+    m_isPending = false;
+    show(m_worker.watcher.result());
+    Q_EMIT q->found();
+}
+
+void CoordSystemFilterModel::waitUntilFound()
+{
+    if (d->m_isPending && !d->m_source.isPrepared())
+        d->m_source.waitUntilPrepared();
+    while (d->m_isPending && d->m_worker.isRunning)
+        d->takeAnswer();
+}
+
+void CoordSystemFilterModelPrivate::show(Answer answer)
+{
+    q->beginResetModel();
+    m_found = std::move(answer.entries);
+    m_relaxations = std::move(answer.relaxations);
+    m_fetched = std::min(portion, int(m_found.size()));
+    q->endResetModel();
+}
+
+QModelIndex CoordSystemFilterModelPrivate::sourceIndex(const Entry &entry) const
+{
+    return CoordSystemCatalogModelPrivate::get(m_source).systemIndex(entry.section, entry.group, entry.row);
 }
 
 QModelIndex CoordSystemFilterModel::mapToSource(const QModelIndex &index) const
 {
-    return index.isValid() ? sourceIndex(m_found.at(index.row())) : QModelIndex();
+    return index.isValid() ? d->sourceIndex(d->m_found.at(index.row())) : QModelIndex();
 }
 
 QModelIndex CoordSystemFilterModel::mapFromSource(const QModelIndex &source)
 {
-    const auto found = std::find_if(m_found.begin(), m_found.end(), [&](const Entry &entry) {
-        return sourceIndex(entry) == source.siblingAtColumn(CoordSystemCatalogModel::NameColumn);
+    const auto found = std::find_if(d->m_found.begin(), d->m_found.end(), [&](const Entry &entry) {
+        return d->sourceIndex(entry) == source.siblingAtColumn(CoordSystemCatalogModel::NameColumn);
     });
-    if (found == m_found.end())
+    if (found == d->m_found.end())
         return {};
-    const int row = static_cast<int>(found - m_found.begin());
-    while (row >= m_fetched)
+    const int row = static_cast<int>(found - d->m_found.begin());
+    while (row >= d->m_fetched)
         fetchMore({});
     return index(row, NameColumn);
 }
 
 int CoordSystemFilterModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : m_fetched;
+    return parent.isValid() ? 0 : d->m_fetched;
 }
 
 int CoordSystemFilterModel::columnCount(const QModelIndex &parent) const
@@ -328,16 +361,16 @@ int CoordSystemFilterModel::columnCount(const QModelIndex &parent) const
 
 bool CoordSystemFilterModel::canFetchMore(const QModelIndex &parent) const
 {
-    return !parent.isValid() && m_fetched < m_found.size();
+    return !parent.isValid() && d->m_fetched < d->m_found.size();
 }
 
 void CoordSystemFilterModel::fetchMore(const QModelIndex &parent)
 {
     if (!canFetchMore(parent))
         return;
-    const int fetched = std::min(m_fetched + portion, int(m_found.size()));
-    beginInsertRows({}, m_fetched, fetched - 1);
-    m_fetched = fetched;
+    const int fetched = std::min(d->m_fetched + portion, int(d->m_found.size()));
+    beginInsertRows({}, d->m_fetched, fetched - 1);
+    d->m_fetched = fetched;
     endInsertRows();
 }
 
@@ -347,14 +380,14 @@ QVariant CoordSystemFilterModel::data(const QModelIndex &index, int role) const
         return {};
     const QModelIndex source = mapToSource(index);
     if (index.column() == GroupColumn)
-        return m_source.data(source, role == Qt::DisplayRole ? CoordSystemCatalogModel::GroupRole : role);
-    return m_source.data(source.siblingAtColumn(index.column()), role);
+        return d->m_source.data(source, role == Qt::DisplayRole ? CoordSystemCatalogModel::GroupRole : role);
+    return d->m_source.data(source.siblingAtColumn(index.column()), role);
 }
 
 QVariant CoordSystemFilterModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     if (section != GroupColumn || orientation != Qt::Horizontal || role != Qt::DisplayRole)
-        return m_source.headerData(section, orientation, role);
+        return d->m_source.headerData(section, orientation, role);
     return ModelTexts::tr("Раздел");
 }
 

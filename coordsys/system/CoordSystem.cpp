@@ -4,7 +4,6 @@
 #include "CoordSystem_p.h"
 #include "OsrHandle_p.h"
 #include "ProjOperation_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/DefaultRects.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/ProjectionParamsManager.h>

@@ -3,7 +3,6 @@
 #include "AffineMap_p.h"
 #include "CoordSystem_p.h"
 #include "ProjOperation_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/ProjectionParamsManager.h>
 

@@ -2,7 +2,6 @@
 
 #include "CoordSystem_p.h"
 #include "CrsJudge_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/ProjectionParamsManager.h>
 

@@ -1,7 +1,6 @@
 #include "CoordSystem_p.h"
 #include "OsrHandle_p.h"
 #include "ProjText_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>

@@ -7,7 +7,6 @@
 #include "OsrHandle_p.h"
 #include "PlaneText_p.h"
 #include "ProjText_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/ProjLibMetadata.h>
 #include <coordsys/SpatialReferenceText.h>
 #include <platform/Logger.h>

@@ -3,7 +3,6 @@
 #include "CoordSystem_p.h"
 #include "OsrHandle_p.h"
 #include "SpatialReferenceText_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/ProjectionParamsManager.h>
 
 #include <proj.h>

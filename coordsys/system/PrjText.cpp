@@ -3,7 +3,6 @@
 #include "CatalogueCache_p.h"
 #include "CoordSystem_p.h"
 #include "PrjWriter_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/SystemInfo.h>

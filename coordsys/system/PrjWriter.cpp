@@ -5,7 +5,6 @@
 #include "OsrHandle_p.h"
 #include "ProjOperation_p.h"
 #include "SpatialReferenceText_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/ProjectionParamsManager.h>
 #include <coordsys/SpatialReferenceText.h>

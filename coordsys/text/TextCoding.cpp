@@ -4,7 +4,9 @@
 #include <QTextCodec>
 
 #include <algorithm>
+#include <array>
 #include <stdexcept>
+#include <unordered_map>
 
 namespace nivora::cs {
 namespace {
@@ -49,25 +51,50 @@ bool looksLikeUtf16(std::string_view bytes)
     return isZero(0) != isZero(1) && isZero(0) == isZero(2) && isZero(1) == isZero(3);
 }
 
+struct NIVORA_CS_NO_EXPORT TextCoding::Data
+{
+    explicit Data(const QString &codecName);
+
+    QString name;
+    std::array<std::string, 256> utf8;
+    std::unordered_map<std::string, char> bytes; ///< of characters; empty for UTF-8
+};
+
+TextCoding::TextCoding()
+    : TextCoding(QString())
+{}
+
 TextCoding::TextCoding(const QString &name)
-    : m_name(name)
+    : m_data(std::make_shared<const Data>(name))
+{}
+
+TextCoding::TextCoding(const TextCoding &other) = default;
+
+TextCoding &TextCoding::operator=(const TextCoding &other) = default;
+
+TextCoding::~TextCoding() = default;
+
+bool TextCoding::isNeeded() const { return !m_data->bytes.empty(); }
+
+TextCoding::Data::Data(const QString &codecName)
+    : name(codecName)
 {
     constexpr int utf8Mib = 106;
     const QTextCodec *const codec = QTextCodec::codecForName(name.toLatin1());
     if (name.isEmpty() || (codec && codec->mibEnum() == utf8Mib))
         return;
-    for (std::size_t byte = 0; codec && byte < m_utf8.size(); ++byte) {
+    for (std::size_t byte = 0; codec && byte < utf8.size(); ++byte) {
         const char c = static_cast<char>(byte);
         QString text = codec->toUnicode(&c, 1);
         if (text.isEmpty() || text.at(0) == QChar::ReplacementCharacter)
             text = QChar(static_cast<ushort>(privateUse + byte));
-        m_utf8[byte] = text.toStdString();
-        m_bytes[m_utf8[byte]] = c;
+        utf8[byte] = text.toStdString();
+        bytes[utf8[byte]] = c;
     }
-    const bool asciiStays = codec && std::all_of(m_utf8.begin(), m_utf8.begin() + firstBeyondAscii,
+    const bool asciiStays = codec && std::all_of(utf8.begin(), utf8.begin() + firstBeyondAscii,
                                                  [](const std::string &c) { return c.size() == 1; });
     const bool aByteEach = codec && codec->fromUnicode(QStringLiteral("aя")).size() == 2;
-    if (!asciiStays || !aByteEach || m_bytes.size() != m_utf8.size())
+    if (!asciiStays || !aByteEach || bytes.size() != utf8.size())
         throw std::invalid_argument(
             QObject::tr("\"%1\" — не кодировка с байтом на каждый знак, как windows-1251, KOI8-R или CP866")
                 .arg(name)
@@ -79,7 +106,7 @@ std::string TextCoding::decoded(std::string_view bytes) const
     std::string text;
     text.reserve(bytes.size() * 2);
     for (const char byte : bytes)
-        text += m_utf8[static_cast<unsigned char>(byte)];
+        text += m_data->utf8[static_cast<unsigned char>(byte)];
     return text;
 }
 
@@ -89,10 +116,10 @@ std::string TextCoding::encoded(std::string_view utf8) const
     bytes.reserve(utf8.size());
     for (std::size_t i = 0; i < utf8.size();) {
         const std::string character(utf8.substr(i, std::max<std::size_t>(lengthOf(utf8[i]), 1)));
-        const auto byte = m_bytes.find(character);
-        if (byte == m_bytes.end())
+        const auto byte = m_data->bytes.find(character);
+        if (byte == m_data->bytes.end())
             throw std::runtime_error(QObject::tr("\"%1\" нельзя записать в кодировке %2")
-                                         .arg(QString::fromStdString(character), m_name)
+                                         .arg(QString::fromStdString(character), m_data->name)
                                          .toStdString());
         bytes += byte->second;
         i += character.size();

@@ -3,6 +3,7 @@
 #include "DirectedOperation_p.h"
 #include "OperationPool_p.h"
 #include "ParallelFor_p.h"
+#include "TransformAccess_p.h"
 #include "TransformOperations_p.h"
 #include <coordsys/CoordSystem.h>
 #include <platform/utils/ProgressHandler.h>
@@ -275,7 +276,7 @@ bool BulkTransform::Impl::convert(const Way &way, const QPointF &in, QPointF &ou
 }
 
 BulkTransform::BulkTransform(const CoordTransform &transform)
-    : m_impl(std::make_shared<Impl>(transform, transform.queue()))
+    : m_impl(std::make_shared<Impl>(transform, TransformAccess::queue(transform)))
 {}
 
 BulkTransform::BulkTransform(const BulkTransform &other) = default;

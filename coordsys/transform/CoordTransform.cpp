@@ -3,6 +3,7 @@
 #include "CodedError_p.h"
 #include "DirectedOperation_p.h"
 #include "GeographicBounds_p.h"
+#include "TransformAccess_p.h"
 #include "TransformMesh_p.h"
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
@@ -289,7 +290,7 @@ void CoordTransform::throwTransformFailed()
     throwCoded<std::runtime_error>(Error::Code::PointFailed, QObject::tr("Ошибка преобразования координат"));
 }
 
-std::shared_ptr<const TransformQueue> CoordTransform::queue() const { return m_impl->queue; }
+TransformQueuePtr TransformAccess::queue(const CoordTransform &transform) { return transform.m_impl->queue; }
 
 QVector<QPointF> rectToVector(const QRectF &rect)
 {

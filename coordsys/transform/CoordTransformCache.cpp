@@ -5,7 +5,6 @@
 #include "CoordSystem_p.h"
 #include "FusedUnits_p.h"
 #include "TransformOperations_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <platform/Logger.h>

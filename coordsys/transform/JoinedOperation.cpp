@@ -1,11 +1,11 @@
 #include "JoinedOperation_p.h"
 
 #include "AreaOfUse_p.h"
+#include "CatalogueSource_p.h"
 #include "CodedError_p.h"
 #include "CrsParts_p.h"
 #include "ProjPoint_p.h"
 #include "TransformOperations_p.h"
-#include <coordsys/CatalogueSource.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
 

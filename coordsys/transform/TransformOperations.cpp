@@ -1,3 +1,4 @@
+#include "TransformAccess_p.h"
 #include "TransformOperations_p.h"
 
 #include "CodedError_p.h"
@@ -345,7 +346,7 @@ bool askWithEnds(PJ_CONTEXT *context, const CoordSystemPtr &from, const CoordSys
 
 std::optional<TransformOperation> CoordTransform::operationAt(const QPointF &point) const
 {
-    const TransformQueuePtr steps = queue();
+    const TransformQueuePtr steps = TransformAccess::queue(*this);
     QPointF out;
     const QMutexLocker lock(globalProj4Mutex()); // so that the last used is that of this point
     if (!steps || !forward(point, out))

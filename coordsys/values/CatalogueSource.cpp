@@ -1,4 +1,4 @@
-#include <coordsys/CatalogueSource.h>
+#include "CatalogueSource_p.h"
 
 #include "CatalogueToken_p.h"
 #include "CodedError_p.h"
@@ -27,13 +27,13 @@ QString CatalogueSource::prjOfCode(int) const { return {}; }
 
 std::optional<PrjText> CatalogueSource::writtenText(int) const { return std::nullopt; }
 
-CatalogueScope::CatalogueScope(const CatalogueSource &source)
+SourceScope::SourceScope(const CatalogueSource &source)
     : m_outer(innermost)
 {
     innermost = &source;
 }
 
-CatalogueScope::~CatalogueScope() { innermost = m_outer; }
+SourceScope::~SourceScope() { innermost = m_outer; }
 
 CatalogueTokenPtr tokenOfScope() { return innermost ? innermost->token() : nullptr; }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CatalogueCache_p.h"
-#include <coordsys/CatalogueSource.h>
+#include "CatalogueSource_p.h"
 
 #include <QString>
 
@@ -41,7 +41,7 @@ public:
 
 private:
     std::shared_ptr<const CatalogueSource> m_source; ///< outlives the scope
-    std::optional<CatalogueScope> m_scope;
+    std::optional<SourceScope> m_scope;
 };
 
 } // namespace nivora::cs

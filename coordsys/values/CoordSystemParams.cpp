@@ -4,10 +4,32 @@
 
 namespace nivora::cs {
 
-CoordSystemParams::CoordSystemParams(QString name, int epsg)
-    : m_name(std::move(name))
-    , m_epsg(epsg)
+struct NIVORA_CS_NO_EXPORT CoordSystemParams::Data : QSharedData
+{
+    QString name;
+    int epsg = CoordSystemTypes::EPSG_UNDEFINDED;
+};
+
+CoordSystemParams::CoordSystemParams()
+    : m_data(new Data)
 {}
+
+CoordSystemParams::CoordSystemParams(QString name, int epsg)
+    : m_data(new Data)
+{
+    m_data->name = std::move(name);
+    m_data->epsg = epsg;
+}
+
+CoordSystemParams::CoordSystemParams(const CoordSystemParams &other) = default;
+
+CoordSystemParams &CoordSystemParams::operator=(const CoordSystemParams &other) = default;
+
+CoordSystemParams::~CoordSystemParams() = default;
+
+const QString &CoordSystemParams::name() const { return m_data->name; }
+
+int CoordSystemParams::epsg() const { return m_data->epsg; }
 
 QString CoordSystemParams::asPrjString() const { return prjFromParams(params, QStringLiteral(",")); }
 

@@ -2,6 +2,7 @@
 
 #include <coordsys/CoordSysRect.h>
 #include <coordsys/CoordTransform.h>
+#include <coordsys/LinearUnitValue.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjEngine.h>
 #include <coordsys/ProjLibMetadata.h>
@@ -90,7 +91,7 @@ private Q_SLOTS:
         IN_NEW_PROCESS(cwd.path(), {});
         QVERIFY(!CoordSysFactory::defaultCoordSysFactory());
         const QString text = "Не проинициализированы КС"_s;
-        VERIFY_THROWS(std::logic_error, activeCatalogues(), text);
+        VERIFY_THROWS(std::logic_error, LinearUnitValue(1.0, LinearUnit::Meter), text);
         const auto factory = factoryOver(support::resources());
         QVERIFY(factory->initCoordSystemEnvironment());
         QVERIFY(!CoordSysFactory::defaultCoordSysFactory());

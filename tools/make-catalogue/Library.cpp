@@ -5,6 +5,7 @@
 
 #include <coordsys/CoordSysFactory.h>
 #include <coordsys/CoordSystem.h>
+#include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/PrjText.h>
 #include <coordsys/ProjectionParamsManager.h>
 
@@ -79,7 +80,7 @@ QByteArray Library::texts() const
         "# EPSG code, greatest error and error without the affine clause (metres), CoordSys text;\n"
         "# or code, number of what is lacking, metres to the nearest, nothing\n";
     for (const int code : horizontalCodes()) {
-        if (!m_factory->prjOfCode(code).isEmpty())
+        if (!m_factory->mapinfoCoordSystem()->seekByEPSG(code).isEmpty())
             continue;
         try {
             const nivora::cs::PrjText text = nivora::cs::prjTextOf(*m_factory->createFromEpsg(code));

@@ -16,10 +16,9 @@ class ProjectionParamsManager;
 struct PrjText;
 struct TABProjInfo_t;
 
-/// What coordinate systems and the text functions ask of whoever owns the catalogues. CoordSysFactory is the
-/// one implementation in the library; hosts need this class only to stand something in for it.
-/// Implementations are thread-safe once loaded.
-class NIVORA_CS_EXPORT CatalogueSource
+/// What coordinate systems and the text functions ask of whoever owns the catalogues, which is the factory.
+/// Thread-safe once loaded.
+class CatalogueSource
 {
 public:
     virtual ~CatalogueSource();
@@ -83,14 +82,14 @@ public:
 /// Makes a source the active one of this thread for the life of the object; scopes nest. A factory opens one
 /// in each of its calls, so it works before it is installed and two factories do not see each other. The
 /// source must outlive the scope.
-class NIVORA_CS_EXPORT CatalogueScope
+class SourceScope
 {
 public:
     /// Opens the scope on this thread.
-    explicit CatalogueScope(const CatalogueSource &source);
-    ~CatalogueScope();
-    CatalogueScope(const CatalogueScope &) = delete;
-    CatalogueScope &operator=(const CatalogueScope &) = delete;
+    explicit SourceScope(const CatalogueSource &source);
+    ~SourceScope();
+    SourceScope(const SourceScope &) = delete;
+    SourceScope &operator=(const SourceScope &) = delete;
 
 private:
     const CatalogueSource *m_outer;
@@ -99,12 +98,12 @@ private:
 /// The source of the innermost scope of this thread, else the installed default factory. A system opens a
 /// scope of its own factory's where it asks catalogues outside any. Thread-safe.
 /// Throws std::logic_error "Не проинициализированы КС" when there is neither.
-NIVORA_CS_EXPORT std::shared_ptr<const CatalogueSource> activeCatalogues();
+std::shared_ptr<const CatalogueSource> activeCatalogues();
 /// The same, null when there is neither.
-NIVORA_CS_EXPORT std::shared_ptr<const CatalogueSource> activeCatalogues(std::nothrow_t);
+std::shared_ptr<const CatalogueSource> activeCatalogues(std::nothrow_t);
 
 /// How activeCatalogues() reaches the installed default. Set once by the owner of the default; start-up only.
 using DefaultCatalogues = std::shared_ptr<const CatalogueSource> (*)();
-NIVORA_CS_EXPORT void setDefaultCatalogues(DefaultCatalogues lookUp);
+void setDefaultCatalogues(DefaultCatalogues lookUp);
 
 } // namespace nivora::cs
