@@ -92,7 +92,7 @@ tests() {
     local title=$1 preset=$2 status=0
     shift 2
     printf '\n== %s\n' "$title"
-    (cd "$ROOT" && ctest --preset "$preset" -j "$JOBS" "$@") </dev/null || status=$?
+    (cd "$ROOT" && ctest --preset "$preset" --no-tests=error -j "$JOBS" "$@") </dev/null || status=$?
     [ "$status" -eq 0 ] || die "tests failed: $title"
 }
 
