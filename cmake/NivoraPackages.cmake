@@ -64,35 +64,35 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY
 set(version "${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}")
 set(CPACK_COMPONENTS_ALL "")
 # PROJ without proj.db and the library without its catalogues can do nothing.
-nivora_package(library libnivora-cs0 SHLIBS SECTION libs DEPENDS "nivora-cs-data (= ${version}), proj-data"
+nivora_package(library libnivora-cs1 SHLIBS SECTION libs DEPENDS "nivora-cs-data (= ${version}), proj-data"
     DESCRIPTION "coordinate systems and transformations for desktop GIS\n The shared library.")
 set(qt_development "qtbase5-dev (>= 5.15)")
 if(NIVORA_QT EQUAL 6)
     set(qt_development "qt6-base-dev (>= 6.4)")
 endif()
 nivora_package(development libnivora-cs-dev SECTION libdevel
-    DEPENDS "libnivora-cs0 (= ${version}), nivora-cs-data (= ${version}), ${qt_development}"
+    DEPENDS "libnivora-cs1 (= ${version}), nivora-cs-data (= ${version}), ${qt_development}"
     DESCRIPTION "coordinate systems and transformations for desktop GIS\n Headers, CMake package and pkg-config file.")
 nivora_package(data nivora-cs-data ALL SECTION science DEPENDS ""
     DESCRIPTION "catalogues of coordinate systems\n Named systems, datums, units, bounds and towns.")
 if(TARGET nivora-cs-program)
     nivora_package(program nivora-cs SHLIBS SECTION science
-        DEPENDS "libnivora-cs0 (= ${version}), nivora-cs-data (= ${version})"
+        DEPENDS "libnivora-cs1 (= ${version}), nivora-cs-data (= ${version})"
         DESCRIPTION "coordinate systems and transformations on the command line\n The program nivora-cs.")
 endif()
 if(TARGET nivora-cs-widgets)
-    nivora_package(widgets libnivora-cs-widgets0 SHLIBS SECTION libs DEPENDS "libnivora-cs0 (= ${version})"
+    nivora_package(widgets libnivora-cs-widgets1 SHLIBS SECTION libs DEPENDS "libnivora-cs1 (= ${version})"
         DESCRIPTION "widgets to choose a coordinate system\n The shared library of Qt widgets.")
-    string(APPEND CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ", libnivora-cs-widgets0 (= ${version})")
+    string(APPEND CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ", libnivora-cs-widgets1 (= ${version})")
 endif()
 if(TARGET nivora-cs-picker)
     nivora_package(picker nivora-cs-picker SHLIBS SECTION science
-        DEPENDS "libnivora-cs-widgets0 (= ${version}), nivora-cs-data (= ${version})"
+        DEPENDS "libnivora-cs-widgets1 (= ${version}), nivora-cs-data (= ${version})"
         DESCRIPTION "a window to choose a coordinate system\n The program nivora-cs-picker.")
 endif()
 if(TARGET nivora-cs-python)
     nivora_package(python python3-nivora-cs SHLIBS SECTION python
-        DEPENDS "libnivora-cs0 (= ${version}), nivora-cs-data (= ${version}), python3 (>= 3.11), python3 (<< 3.12), python3-numpy"
+        DEPENDS "libnivora-cs1 (= ${version}), nivora-cs-data (= ${version}), python3 (>= 3.11), python3 (<< 3.12), python3-numpy"
         DESCRIPTION "coordinate systems and transformations from Python\n The module nivora_cs.")
 endif()
 nivora_package(doc nivora-cs-doc ALL SECTION doc DEPENDS ""
