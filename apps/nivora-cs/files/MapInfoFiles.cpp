@@ -39,9 +39,14 @@ struct ClausePlace
     QByteArray text; ///< empty for none
 };
 
+/// True for the whole word, as the finder of the clause reads it: a column or a damaged line may begin with
+/// its letters.
 bool beginsWith(const QByteArray &line, const char *word)
 {
-    return line.trimmed().toLower().startsWith(word);
+    const QString text = QString::fromLatin1(line).trimmed();
+    const QChar next = text.mid(static_cast<int>(qstrlen(word))).leftJustified(1).at(0);
+    return text.startsWith(QLatin1String(word), Qt::CaseInsensitive) && !next.isLetterOrNumber() &&
+           next != QLatin1Char('_');
 }
 
 ClausePlace findClause(QFile &file)

@@ -115,7 +115,7 @@ bool LineReader::take(Chunk &chunk, std::size_t size, std::size_t end)
         chunk.text.remove_prefix(byteOrderMark.size());
     }
     m_atStart = false;
-    return end > 0;
+    return !chunk.text.empty(); // a file may hold a byte order mark alone
 }
 
 /// Behind a line end that was not searched before, 0 when there is none.
