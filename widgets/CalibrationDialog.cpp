@@ -51,7 +51,7 @@ public:
     Private(CalibrationDialog *dialog, std::shared_ptr<CoordSysFactory> catalogues);
 
     void refit();
-    void showFits(const Calibration &calibration);
+    void showFits(const Calibration &points);
     void showCurrent();
     void clear(const QString &reason);
     void chooseKnown();

@@ -81,8 +81,8 @@ public:
 
     void fill();
     void add(const TransformOperation &operation);
-    int indexOf(const OperationChoice &choice) const;
-    void select(const OperationChoice &choice);
+    int indexOf(const OperationChoice &wanted) const;
+    void select(const OperationChoice &wanted);
     void showFacts();
 
     OperationPicker *q;

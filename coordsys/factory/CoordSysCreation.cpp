@@ -438,11 +438,10 @@ CoordSystemPtr CoordSysFactoryPrivate::namedFromWkt(const QString &wkt) const
         setAffine(*cs, *identity->affine(), unitOfLength(*m_params, identity->affineUnitM()));
     const bool isMoved = identity && identity->affine() && !identity->name().isEmpty();
     const int code = isMoved ? int(CoordSystem::EPSG_UNDEFINDED) : privateOf(*cs).statedEpsg();
-    if (isMoved)
-        cs->setDescription(identity->name());
-    else if (code != CoordSystem::EPSG_UNDEFINDED)
+    const bool isNamedPlan = identity && identity->kind() == CrsKind::Local && !identity->name().isEmpty();
+    if (code != CoordSystem::EPSG_UNDEFINDED)
         cs->setDescription(nameOfCode(code));
-    else if (identity && identity->kind() == CrsKind::Local && !identity->name().isEmpty())
+    else if (isMoved || isNamedPlan)
         cs->setDescription(identity->name());
     else if (cs->description().isEmpty())
         privateOf(*cs).setNameless();

@@ -165,8 +165,8 @@ bool Guessing::isInBox(const GuessReading &reading, const PlaneOfSystem &system)
     const QRectF box = system.box.adjusted(-widening * system.box.width(), -widening * system.box.height(),
                                            widening * system.box.width(), widening * system.box.height());
     std::size_t inside = 0;
-    for (std::size_t i = 0; i < m_sample.size(); ++i) {
-        const QPointF point = readPoint(reading, m_sample[i], planeOf(system));
+    for (const auto &sample : m_sample) {
+        const QPointF point = readPoint(reading, sample, planeOf(system));
         const double x = system.plane == 0
                              ? box.left() + std::fmod(std::fmod(point.x() - box.left(), 360.0) + 360.0, 360.0)
                              : point.x();

@@ -328,6 +328,7 @@ private:
             return names;
         for (const auto &name : m_lexicon.countries()[static_cast<std::size_t>(m_query.country)].names) {
             std::vector<int> numbers;
+            numbers.reserve(name.size());
             for (const std::string &part : name)
                 numbers.push_back(m_index.numberOf(part));
             if (std::find(numbers.begin(), numbers.end(), -1) == numbers.end())

@@ -23,7 +23,6 @@
 #include <cmath>
 
 using nivora::cs::CoordSystemPtr;
-using nivora::cs::CoordTransform;
 using nivora::cs::MapHeaderCoordsysConverter;
 
 namespace {

@@ -16,8 +16,8 @@ public:
     enum Verdict { Held, Split, Refused };
 
     /// \p place and \p fileName: where to write.
-    ValueProbe(QDir place, QString fileName)
-        : m_place(std::move(place))
+    ValueProbe(const QDir &place, QString fileName)
+        : m_place(place)
         , m_fileName(std::move(fileName))
     {}
 
