@@ -42,7 +42,7 @@ public:
         KindRole,   ///< int, a Kind
         TaggedRole, ///< text for CoordSysFactory::createFromTaggedString(); of Oracle's numbers "oracle:n",
                     ///< of others than EPSG "ESRI:54030"
-        GroupRole,     ///< name of the branch, category or country
+        GroupRole,  ///< name of the branch, category or country
         WithdrawnRole, ///< bool: the authority has withdrawn the code; false until prepared
     };
     /// What the coordinates of a row's system are.
