@@ -1,7 +1,7 @@
 #include "Generator.h"
 
-#include "Engine.h"
-#include "Patterns.h"
+#include "engines/Engine.h"
+#include "reading/Patterns.h"
 
 #include <cmath>
 #include <cstdio>

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "Bounds.h"
-#include "DatumChoice.h"
-#include "Entry.h"
-#include "Forms.h"
-#include "Library.h"
-#include "Names.h"
-#include "PlaneCheck.h"
-#include "Precedence.h"
+#include "datums/DatumChoice.h"
+#include "engines/Library.h"
+#include "entries/Entry.h"
+#include "entries/Names.h"
+#include "entries/Precedence.h"
+#include "planes/Bounds.h"
+#include "planes/Forms.h"
+#include "planes/PlaneCheck.h"
 
 #include <optional>
 

@@ -1,12 +1,12 @@
 // Writes the files of resources/. README.md beside this file tells how and why.
 
-#include "Database.h"
-#include "Engine.h"
 #include "Generator.h"
-#include "Library.h"
-#include "Output.h"
-#include "Table.h"
-#include "Writers.h"
+#include "engines/Engine.h"
+#include "engines/Library.h"
+#include "reading/Database.h"
+#include "reading/Table.h"
+#include "writing/Output.h"
+#include "writing/Writers.h"
 
 #include <QCoreApplication>
 #include <QDir>
