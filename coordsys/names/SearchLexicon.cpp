@@ -1,6 +1,7 @@
 #include "SearchLexicon_p.h"
 
 #include "SearchWords_p.h"
+#include "WordLikeness_p.h"
 #include <coordsys/CoordSystemTypes.h>
 
 #include <algorithm>
@@ -23,6 +24,19 @@ std::vector<std::string> stems(const std::vector<std::string> &words)
     std::vector<std::string> result;
     std::transform(words.begin(), words.end(), std::back_inserter(result), russianStem);
     return result;
+}
+
+using KnownWord = std::pair<const std::string, std::size_t>;
+
+/// Of the words that fit the one that came first; empty without any.
+template <typename Iterator, typename Fits>
+std::string earliest(Iterator begin, Iterator end, const Fits &fits)
+{
+    const KnownWord *best = nullptr;
+    for (; begin != end; ++begin)
+        if ((!best || begin->second < best->second) && fits(*begin))
+            best = &*begin;
+    return best ? best->first : std::string();
 }
 
 } // namespace
@@ -63,6 +77,13 @@ std::vector<FoundPhrase> SearchLexicon::Phrases::in(const Words &words) const
     return found;
 }
 
+void SearchLexicon::add(Phrases &phrases, const Words &name, std::size_t index)
+{
+    phrases.add(name, static_cast<int>(index));
+    for (const std::string &word : name)
+        m_words.emplace(russianStem(word), m_words.size());
+}
+
 int SearchLexicon::loadCountries(const QFileInfo &file)
 {
     const auto rows = tableRows(file);
@@ -71,7 +92,7 @@ int SearchLexicon::loadCountries(const QFileInfo &file)
         for (const QString &code : cells.value(1).split(QLatin1Char(';'), Qt::SkipEmptyParts))
             country.codes << withAuthority(code);
         for (const Words &name : country.names)
-            m_countryNames.add(name, static_cast<int>(m_countries.size()));
+            add(m_countryNames, name, m_countries.size());
         m_countries.push_back(std::move(country));
     }
     return rows ? static_cast<int>(m_countries.size()) : -1;
@@ -90,7 +111,7 @@ int SearchLexicon::loadTowns(const QFileInfo &file)
             continue;
         ++count;
         for (const Words &name : namesIn(cells.at(Names)))
-            m_townNames.add(name, static_cast<int>(m_towns.size()));
+            add(m_townNames, name, m_towns.size());
         m_towns.push_back({lonLat, countryNamed(cells.value(Country))});
     }
     return rows ? count : -1;
@@ -103,13 +124,28 @@ int SearchLexicon::loadAliases(const QFileInfo &file)
         return -1;
     for (const SearchAlias &alias : *rows) {
         for (const Words &name : alias.names)
-            m_aliasNames.add(name, static_cast<int>(m_aliases.size()));
+            add(m_aliasNames, name, m_aliases.size());
         m_aliases.push_back(alias);
     }
     return static_cast<int>(rows->size());
 }
 
 int SearchLexicon::countryNamed(const QString &name) const { return m_countryNames.find(wordsOf(name)); }
+
+std::string SearchLexicon::wordBegunBy(const std::string &word) const
+{
+    const std::string stem = russianStem(word);
+    const auto begins = [&stem](const KnownWord &known) { return known.first.rfind(stem, 0) == 0; };
+    const auto first = m_words.lower_bound(stem);
+    return earliest(first, std::find_if_not(first, m_words.end(), begins), begins);
+}
+
+std::string SearchLexicon::wordSlippedTo(const std::string &word) const
+{
+    const std::string stem = russianStem(word);
+    return earliest(m_words.begin(), m_words.end(),
+                    [&stem](const KnownWord &known) { return isSlip(stem, known.first); });
+}
 
 std::vector<int> SearchLexicon::countriesBeginning(const std::string &word) const
 {

@@ -36,6 +36,9 @@ struct FoundPhrase
     int index = -1;
 };
 
+/// A Russian word without the vowels of its ending ("Германии" and "Германия" are one); others as they are.
+std::string russianStem(const std::string &word);
+
 /// Filled by its loaders, only read afterwards.
 class SearchLexicon
 {
@@ -55,6 +58,12 @@ public:
     std::vector<FoundPhrase> townsIn(const Words &words) const { return m_townNames.in(words); }
     std::vector<FoundPhrase> aliasesIn(const Words &words) const { return m_aliasNames.in(words); }
     int countryNamed(const QString &name) const;
+    /// Whether a name of a country, a town or a nickname has it, in whatever case of Russian grammar.
+    bool hasWord(const std::string &word) const { return m_words.count(russianStem(word)) > 0; }
+    /// Of those words the one of the earliest row that begins so, or that a slip of the hand makes it; empty
+    /// without any.
+    std::string wordBegunBy(const std::string &word) const;
+    std::string wordSlippedTo(const std::string &word) const;
     /// Countries with a name of one word that begins so, and goes on.
     std::vector<int> countriesBeginning(const std::string &word) const;
     /// Of the nearest town, -1 without towns. Good enough to order systems that hold the place anyway.
@@ -77,15 +86,15 @@ private:
         std::size_t m_longest = 0;
     };
 
+    void add(Phrases &phrases, const Words &name, std::size_t index);
+
     std::vector<SearchCountry> m_countries;
     std::vector<SearchTown> m_towns;
     std::vector<SearchAlias> m_aliases;
     Phrases m_countryNames;
     Phrases m_townNames;
     Phrases m_aliasNames;
+    std::map<std::string, std::size_t> m_words; ///< stems of all names' words, numbered as they came
 };
-
-/// A Russian word without the vowels of its ending ("Германии" and "Германия" are one); others as they are.
-std::string russianStem(const std::string &word);
 
 } // namespace nivora::cs

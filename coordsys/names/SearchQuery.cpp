@@ -1,5 +1,6 @@
 #include "SearchQuery_p.h"
 
+#include "SearchSpelling_p.h"
 #include "SearchWords_p.h"
 #include "SystemIndex_p.h"
 
@@ -61,6 +62,15 @@ bool isZoneWord(const std::string &word)
     return word == "zone" || word == "зона" || word == "зоны" || word == "belt";
 }
 
+/// Words of queries that no system need have.
+bool isUnderstood(const std::string &word)
+{
+    const auto begins = [&word](std::string_view beginning) { return word.rfind(beginning, 0) == 0; };
+    return valueOf(authorityWords, word) || valueOf(unitWords, word) || valueOf(hemisphereWords, word) ||
+           std::find(std::begin(fillers), std::end(fillers), word) != std::end(fillers) ||
+           std::any_of(std::begin(nationalWords), std::end(nationalWords), begins);
+}
+
 /// Takes the words one kind after the other; what is left are words to look for.
 class QueryReader
 {
@@ -68,7 +78,7 @@ public:
     QueryReader(const QString &text, const SearchLexicon &lexicon, const SystemIndex &index)
         : m_lexicon(lexicon)
         , m_index(index)
-        , m_words(wordsOf(text))
+        , m_words(meantWords(wordsOf(text)))
     {
         m_query.text = text.simplified().toCaseFolded();
         m_query.allWords = m_words;
@@ -94,6 +104,18 @@ public:
     }
 
 private:
+    Words meantWords(const Words &written) const
+    {
+        Words meant;
+        for (const std::string &word : written)
+            if (isUnderstood(word))
+                meant.push_back(word);
+            else
+                for (std::string &one : meantBy(word, m_lexicon, m_index))
+                    meant.push_back(std::move(one));
+        return meant;
+    }
+
     std::string word(std::size_t at) const { return at < m_words.size() ? m_words[at] : std::string(); }
     std::string before(std::size_t at) const { return at > 0 ? m_words[at - 1] : std::string(); }
     void take(std::size_t first, std::size_t count)
@@ -133,7 +155,9 @@ private:
             if (std::find(begin, end, true) != end || isCut || isInsideCountry(phrase))
                 continue;
             const SearchAlias &alias = m_lexicon.aliases()[static_cast<std::size_t>(phrase.index)];
-            addCodes(alias, phrase.count);
+            addCodes(alias,
+                     Words(m_words.begin() + static_cast<std::ptrdiff_t>(phrase.first),
+                           m_words.begin() + static_cast<std::ptrdiff_t>(phrase.first + phrase.count)));
             m_query.isUnpublished = m_query.isUnpublished || (alias.codes.isEmpty() && alias.words.empty());
             if (alias.words.empty())
                 continue;
@@ -166,11 +190,11 @@ private:
         return m_words[at] == "wgs" && !next.empty() && isNumber(next);
     }
 
-    void addCodes(const SearchAlias &alias, std::size_t words)
+    void addCodes(const SearchAlias &alias, const Words &said)
     {
         if (alias.codes.isEmpty())
             return;
-        m_query.nicknames.push_back({alias.codes, words, words == m_words.size()});
+        m_query.nicknames.push_back({alias.codes, said, said.size() == m_words.size()});
     }
 
     void noteKinds()
@@ -240,10 +264,13 @@ private:
             }
     }
 
+    /// "m" on the way to "mercator" is no unit, "feet" is one.
+    bool isLoneLetters(std::size_t i) const { return m_words.size() == 1 && m_words[i].size() <= 2; }
+
     void takeUnit()
     {
-        for (std::size_t i = 0; i < m_words.size() && m_words.size() > 1; ++i)
-            if (const AskedUnit *unit = valueOf(unitWords, m_words[i])) {
+        for (std::size_t i = 0; i < m_words.size(); ++i)
+            if (const AskedUnit *unit = isLoneLetters(i) ? nullptr : valueOf(unitWords, m_words[i])) {
                 m_query.unit = *unit;
                 const bool isUs = before(i) == "us" || before(i) == "survey";
                 take(isUs ? i - 1 : i, isUs ? 2 : 1);

@@ -22,9 +22,9 @@ struct SearchQuery
     /// What people say for systems, and what of the text that covers.
     struct Nickname
     {
-        QStringList codes; ///< "EPSG:3857", the likeliest first
-        std::size_t words; ///< of the text
-        bool isAll;        ///< nothing else is asked for
+        QStringList codes;              ///< "EPSG:3857", the likeliest first
+        std::vector<std::string> words; ///< of the text
+        bool isAll;                     ///< nothing else is asked for
     };
 
     std::vector<std::string> words;    ///< as search keys

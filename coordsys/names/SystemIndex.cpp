@@ -77,6 +77,8 @@ double standingOfName(const QString &name)
          -0.8},
         {QRegularExpression(QStringLiteral("v[2-9]\\w?\\b|truncated|deprecated")), -1.0},
         {QRegularExpression(QStringLiteral("3-degree|3GK")), -1.0},
+        {QRegularExpression(QStringLiteral("grid system \\(")),
+         -4.0}, // all zones at once: nothing computes them
         {QRegularExpression(QStringLiteral("\\(lon-lat\\)|^Sphere_|\\((sphere|сфера)\\)")), -1.2},
         {QRegularExpression(QStringLiteral("^Pulkovo 1942 /")), 0.3},
         {QRegularExpression(QStringLiteral("^NAD83 /")), 0.4},

@@ -190,11 +190,24 @@ private:
                 if (system < 0)
                     continue;
                 const double points =
-                    (name.isAll ? all : part) - step * i + 0.3 * static_cast<double>(name.words);
+                    (name.isAll ? all : part) - step * i + 0.3 * static_cast<double>(name.words.size());
                 Nicknamed &known = m_nicknamed[system];
                 if (points > known.points)
-                    known = {points, static_cast<int>(name.words)};
+                    known = {points, static_cast<int>(name.words.size()), lacksNumber(at(system), name)};
             }
+    }
+
+    /// "PZ-90.11" is not what "PZ-90" is, nor a zone the system without zones.
+    bool lacksNumber(const IndexedSystem &system, const SearchQuery::Nickname &name) const
+    {
+        const auto isLacking = [&](const std::string &word) {
+            return zoneNumber(word) && word.find_first_not_of("0123456789") == std::string::npos &&
+                   std::find(name.words.begin(), name.words.end(), word) == name.words.end() &&
+                   std::find(system.name.begin(), system.name.end(), m_index.numberOf(word)) ==
+                       system.name.end();
+        };
+        return (m_query.zone && system.zone.number != m_query.zone) ||
+               std::any_of(m_query.words.begin(), m_query.words.end(), isLacking);
     }
 
     /// The words of a query for what a name has more of.
@@ -231,12 +244,15 @@ private:
         addField(result, isAny, placePoints(number, system));
         addField(result, isAny, codePoints(system));
         if (const auto nickname = m_nicknamed.constFind(number); nickname != m_nicknamed.constEnd()) {
-            const bool fits = nickname->points >= 12.0 ? !m_query.zone : result.missing <= nickname->words;
+            const bool fits = nickname->points >= 12.0
+                                  ? !m_query.zone
+                                  : result.missing <= nickname->words && !nickname->lacksNumber;
             result.score += fits ? nickname->points : 2.0;
             result.missing = fits ? 0 : result.missing;
             isAny = true;
         }
-        if (!isAny)
+        const bool isUnitAll = m_query.unit == AskedUnit::Feet && m_query.words.empty();
+        if (!isAny && !(isUnitAll && system.isInFeet))
             return {number, 0, leastScore};
         constexpr double lack = 1.5;
         result.score += plainPoints(system) + namePoints(system) - lack * result.missing;
@@ -247,6 +263,7 @@ private:
     {
         double points = 0.0;
         int words = 0; ///< of the query, that the system's name need not have
+        bool lacksNumber = false;
     };
 
     struct Points
@@ -389,7 +406,9 @@ private:
         if (!m_query.authorities.isEmpty())
             points +=
                 m_query.authorities.contains(system.hit.code.section(QLatin1Char(':'), 0, 0)) ? 2.5 : -4.0;
-        if (m_query.isUtm && m_query.country < 0 && system.hit.name.startsWith(QLatin1String("WGS 84 / UTM")))
+        const bool isZoneAll = m_query.zone && m_query.words.empty();
+        if ((m_query.isUtm || isZoneAll) && m_query.country < 0 &&
+            system.hit.name.startsWith(QLatin1String("WGS 84 / UTM")))
             points += 1.5;
         if (m_query.zone && system.hit.code.startsWith(QLatin1String("EPSG:284")))
             points += 1.2; // Pulkovo 1942, zones of six degrees

@@ -12,14 +12,6 @@ namespace {
 
 bool isNumeral(const std::string &word) { return word.find_first_not_of("0123456789") == std::string::npos; }
 
-bool isSlip(const QString &typed, const QString &known)
-{
-    constexpr int longWord = 8;
-    constexpr int leastLetters = 4;
-    const int least = std::min(typed.size(), known.size());
-    return least >= leastLetters && editDistance(typed, known, 2) <= (least >= longWord ? 2 : 1);
-}
-
 /// The bytes of a word, as bits.
 std::uint64_t bytesOf(const std::string &word)
 {
@@ -30,15 +22,27 @@ std::uint64_t bytesOf(const std::string &word)
 }
 
 /// False where it takes more than two slips, at a thousandth of the cost of finding how many.
-bool mayBeSlip(const std::string &typed, std::uint64_t typedBytes, const std::string &known)
+bool mayBeSlip(const std::string &typed, const std::string &known)
 {
     constexpr std::size_t bytes = 4; // of two letters
     const std::size_t longer = std::max(typed.size(), known.size());
     return longer - std::min(typed.size(), known.size()) <= bytes &&
-           std::bitset<64>(typedBytes ^ bytesOf(known)).count() <= 2 * bytes;
+           std::bitset<64>(bytesOf(typed) ^ bytesOf(known)).count() <= 2 * bytes;
 }
 
 } // namespace
+
+bool isSlip(const std::string &typed, const std::string &known)
+{
+    constexpr int longWord = 8;
+    constexpr int leastLetters = 4;
+    if (!mayBeSlip(typed, known))
+        return false;
+    const QString a = QString::fromStdString(typed);
+    const QString b = QString::fromStdString(known);
+    const auto least = std::min(a.size(), b.size());
+    return least >= leastLetters && editDistance(a, b, 2) <= (least >= longWord ? 2 : 1);
+}
 
 WordLikeness::WordLikeness(const std::string &word, const std::vector<std::string> &words)
     : m_likeness(words.size(), Likeness::None)
@@ -85,15 +89,14 @@ void WordLikeness::compare(const std::string &word, const std::vector<std::strin
     }
 }
 
-/// One slip of the hand, two in a long word.
 void WordLikeness::forgive(const std::string &word, const std::vector<std::string> &words)
 {
     constexpr float slipped = 0.8F;
-    const QString typed = QString::fromStdString(word);
-    const std::uint64_t bytes = bytesOf(word);
     for (std::size_t i = 0; i < words.size(); ++i)
-        if (mayBeSlip(word, bytes, words[i]) && isSlip(typed, QString::fromStdString(words[i])))
+        if (nivora::cs::isSlip(word, words[i])) {
             note(i, Likeness::Whole, slipped);
+            m_isSlip = true;
+        }
 }
 
 void WordLikeness::note(std::size_t word, Likeness likeness, float cover)

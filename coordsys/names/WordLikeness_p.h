@@ -24,6 +24,8 @@ public:
     bool isKnown() const { return m_isKnown; }
     /// Whether it is one of the words as it stands.
     bool isWhole() const { return m_isWhole; }
+    /// Whether it is near some only by a slip of the hand.
+    bool isSlip() const { return m_isSlip; }
     /// Of the field's word that is likest; 0 when none is.
     float value(const std::vector<int> &field, const FieldWeights &weights) const
     {
@@ -46,6 +48,10 @@ private:
     std::vector<float> m_cover;
     bool m_isKnown = false;
     bool m_isWhole = false;
+    bool m_isSlip = false;
 };
+
+/// One slip of the hand, two in a long word.
+bool isSlip(const std::string &typed, const std::string &known);
 
 } // namespace nivora::cs
