@@ -18,7 +18,7 @@ elseif(NIVORA_QT EQUAL 6)
 else()
     message(FATAL_ERROR "NIVORA_QT is ${NIVORA_QT}; 5 and 6 are known")
 endif()
-find_package(Qt${NIVORA_QT} ${NIVORA_QT_MINIMUM} REQUIRED COMPONENTS Core Gui Xml Concurrent)
+find_package(Qt${NIVORA_QT} ${NIVORA_QT_MINIMUM} REQUIRED COMPONENTS Core Gui Concurrent)
 
 # nivora_add_resources(VARIABLE FILE…), by the function of the version.
 macro(nivora_add_resources variable)

@@ -1,16 +1,14 @@
 #include "MapinfoCoordSystem_p.h"
 
 #include "BackgroundFills_p.h"
+#include "CatalogueFile_p.h"
 #include "CatalogueRevision_p.h"
 #include "CoordSystem_p.h"
 #include "InputFile_p.h"
 #include "MapinfoIndex_p.h"
-#include "MapinfoScanner_p.h"
 #include "ProjectionTable_p.h"
-#include "TextRefs_p.h"
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
-#include <coordsys/MapinfoPrjReader.h>
 #include <platform/Logger.h>
 #include <platform/Utils.h>
 
@@ -18,8 +16,6 @@
 #include <QFile>
 #include <QObject>
 #include <QReadLocker>
-#include <QTextCodec>
-#include <QTextStream>
 #include <QThreadPool>
 #include <QWriteLocker>
 #include <QtConcurrent>
@@ -31,13 +27,6 @@
 
 namespace nivora::cs {
 namespace {
-
-bool hasRussianLetter(const QString &text)
-{
-    static const QString letters =
-        QString::fromUtf8("абвгдеёжзийклмнопрстуфхцчшщъыьэюяАБВГДЕЁЖЗИЙКЛМНОПРСТУФХЦЧШЩЪЫЬЭЮЯ");
-    return std::any_of(text.begin(), text.end(), [](QChar c) { return letters.contains(c); });
-}
 
 /// A cone with two standard parallels is the same in either order of them.
 void sortParallels(TABProjInfo_t &record)
@@ -71,73 +60,9 @@ bool isNearSystem(TABProjInfo_t entry, TABProjInfo_t record)
     return isSameSystem(entry, record);
 }
 
-/// Appends the categories of a catalogue to \p categories, those without entries left out. Returns the number
-/// of entries read.
-int readCategories(QTextStream &stream, QList<CoordSystemParamsList> &categories)
-{
-    MapinfoPrjReader reader(&stream);
-    CoordSystemParamsList current;
-    int count = 0;
-    const auto flush = [&] {
-        if (!current.entries.isEmpty())
-            categories.append(current);
-    };
-    while (reader.readNext()) {
-        const TextRef heading = reader.capturedCategoryName();
-        if (!heading.isNull()) {
-            flush();
-            current = CoordSystemParamsList{{}, heading.toString()};
-        } else {
-            current.entries.append(reader.prj());
-            ++count;
-        }
-    }
-    flush();
-    return count;
-}
-
-/// A stream takes these for marks of an encoding.
-bool hasByteOrderMark(const QByteArray &bytes)
-{
-    return bytes.startsWith("\xEF\xBB\xBF") || bytes.startsWith("\xFE\xFF") || bytes.startsWith("\xFF\xFE") ||
-           bytes.startsWith('\0');
-}
-
-int readCategories(QFile &file, const QByteArray &codec, QList<CoordSystemParamsList> &categories)
-{
-    const QByteArray bytes = file.readAll();
-    QTextCodec *const named = QTextCodec::codecForName(codec);
-    if (!hasByteOrderMark(bytes)) {
-        QString text = named->toUnicode(bytes);
-        return scanCategories(text.replace(QLatin1String("\r\n"), QLatin1String("\n")), categories);
-    }
-    QString text = QTextCodec::codecForUtfText(bytes, named)->toUnicode(bytes);
-    QTextStream stream(&text);
-    return readCategories(stream, categories);
-}
-
 bool isPowerOfTwo(unsigned n) { return n != 0 && (n & (n - 1)) == 0; }
 
 } // namespace
-
-// A catalogue begins with a heading in Russian or in plain ASCII. Windows-1251 bytes read as UTF-8 turn into
-// replacement characters, and the UTF-8 bytes of those read as Windows-1251 spell a Russian letter.
-QByteArray codecNameForTextFile(const QString &path)
-{
-    static const QByteArray utf8 = QByteArrayLiteral("UTF-8");
-    QFile file(path);
-    if (!openInput(file).isEmpty())
-        return utf8;
-    QTextStream stream(&file);
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0) // the later one takes UTF-8 unless told otherwise
-    stream.setCodec(utf8.constData());
-#endif
-    const QString line = stream.readLine();
-    if (line.isEmpty() || hasRussianLetter(line))
-        return utf8;
-    const QTextCodec *windows = QTextCodec::codecForName("Windows-1251");
-    return windows && hasRussianLetter(windows->toUnicode(line.toUtf8())) ? windows->name() : utf8;
-}
 
 MapinfoCoordSystem::MapinfoCoordSystem(Creator creator)
     : d(std::make_unique<MapinfoCoordSystemPrivate>(*this, std::move(creator)))
@@ -166,7 +91,7 @@ bool MapinfoCoordSystem::loadFromPRJ(const QFileInfo &file)
         throw std::runtime_error(QObject::tr("Не могу открыть файл %1").arg(file.fileName()).toStdString());
     LOG_INFO(QObject::tr("Файл с проекциями: %1").arg(source.fileName()));
 
-    const int count = readCategories(source, codecNameForTextFile(source.fileName()), categories);
+    const int count = readCatalogueFile(source, categories);
     LOG_DEBUG(QObject::tr("Категорий: %1, Проекций: %2")
                   .arg(QString::number(categories.size()), QString::number(count)));
     const int known = d->m_categories.size();

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CatalogIndex_p.h"
-#include <coordsys/CoordSystemCatalogModel.h>
+#include "CatalogRows_p.h"
 #include <coordsys/CoordSystemParams.h>
 #include <coordsys/UserCoordSystem.h>
 
@@ -25,7 +25,7 @@ public:
         QString id; ///< of another authority, "ESRI:54030"
 
         /// "EPSG:4326"
-        QString code() const { return epsg > 0 ? QStringLiteral("EPSG:%1").arg(epsg) : id; }
+        QString code() const { return epsg > 0 ? epsgTag(epsg) : id; }
     };
     struct Worker
     {

@@ -10,9 +10,9 @@
 
 #include <proj.h>
 
-#include <QDomDocument>
 #include <QFile>
 #include <QRegularExpression>
+#include <QXmlStreamReader>
 
 #include <algorithm>
 #include <cmath>
@@ -341,12 +341,12 @@ private Q_SLOTS:
     {
         QFile file(support::resources().filePath("OracleSRID.xml"_s));
         QVERIFY(file.open(QIODevice::ReadOnly));
-        QDomDocument document;
-        QVERIFY(document.setContent(&file));
+        QXmlStreamReader xml(&file);
         QHash<int, QString> texts;
-        for (QDomElement e = document.documentElement().firstChildElement(); !e.isNull();
-             e = e.nextSiblingElement())
-            texts.insert(e.attribute("srid"_s).toInt(), e.attribute("mbproj"_s));
+        for (xml.readNextStartElement(); xml.readNextStartElement(); xml.skipCurrentElement())
+            texts.insert(xml.attributes().value("srid"_s).toInt(),
+                         xml.attributes().value("mbproj"_s).toString());
+        QVERIFY(!xml.hasError());
         QStringList faults;
         for (const Item &item : catalogue::items())
             if (item.entry.epsg() > 0 && texts.take(item.entry.epsg()) != item.entry.params.join(", "_s))
