@@ -3,7 +3,10 @@
 #include "support/Support.h"
 #include "support/TestRunner.h"
 
+#include <QPolygonF>
 #include <QRegularExpression>
+
+#include <cmath>
 
 namespace {
 
@@ -19,6 +22,24 @@ QByteArray clauseOf(const QByteArray &mifText)
     static const QRegularExpression line(QStringLiteral("^CoordSys (.*)$"),
                                          QRegularExpression::MultilineOption);
     return line.match(QString::fromUtf8(mifText)).captured(1).toUtf8();
+}
+
+/// Of all rings of a WKT; there are no holes.
+double areaOf(const QByteArray &wkt)
+{
+    static const QRegularExpression ring(QStringLiteral("\\(([^()]+)\\)")); // "(0 0,1 0,1 1,0 0)"
+    double area = 0.0;
+    for (auto rings = ring.globalMatch(QString::fromLatin1(wkt)); rings.hasNext();) {
+        QPolygonF places;
+        for (const QString &place : rings.next().captured(1).split(QLatin1Char(',')))
+            places << QPointF(place.section(QLatin1Char(' '), 0, 0).toDouble(),
+                              place.section(QLatin1Char(' '), 1, 1).toDouble());
+        double twice = 0.0;
+        for (int i = 1; i < places.size(); ++i)
+            twice += places.at(i - 1).x() * places.at(i).y() - places.at(i).x() * places.at(i - 1).y();
+        area += std::fabs(twice) / 2.0;
+    }
+    return area;
 }
 
 /// A directory with the inputs of one test.
@@ -223,10 +244,12 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("geometry");
         QTest::addColumn<QString>("systems");
-        QTest::addColumn<QByteArrayList>("parts"); // of the output; none: rejected
+        QTest::addColumn<QByteArrayList>("parts"); // of the output
+        QTest::addColumn<QByteArray>("reason");    // for which it is rejected
         const auto row = [](const char *name, const char *geometry, const char *systems,
-                            const QByteArrayList &parts) {
-            QTest::newRow(name) << QByteArray(geometry) << QString::fromLatin1(systems) << parts;
+                            const QByteArrayList &parts, const char *reason = "") {
+            QTest::newRow(name) << QByteArray(geometry) << QString::fromLatin1(systems) << parts
+                                << QByteArray(reason);
         };
         // 20037508.342789 m is 180 degrees, 19926188.851996 m 179, 20148827.833583 m 181; 111325.142866 m is
         // 1 north.
@@ -235,7 +258,7 @@ private Q_SLOTS:
             "19926188.851996 111325.142866,19926188.851996 0))",
             "--from 3857 --to 4326", {"MULTIPOLYGON (((", "180 0", "-180 0", "179", "-179"});
         row("a line over 180, with heights", "LINESTRING Z (19926188.851996 0 1,20148827.833583 0 3)",
-            "--from 3857 --to 4326", {"MULTILINESTRING Z ((179", "180 0 2", "(-180 0 2", "-179"});
+            "--from 3857 --to 4326", {"MULTILINESTRING Z ((179", "180 0 1.99999", "(-180 0 1.99999", "-179"});
         row("one that does not", "POLYGON ((0 0,111319.490793 0,0 111325.142866,0 0))",
             "--from 3857 --to 4326", {"\"POLYGON ((0 0,"});
         row("around the pole",
@@ -245,18 +268,30 @@ private Q_SLOTS:
         row("the pole has no place in Mercator",
             "POLYGON ((-1000000 -1000000,1000000 -1000000,1000000 1000000,"
             "-1000000 1000000,-1000000 -1000000))",
-            "--from 3995 --to 3857", {});
+            "--from 3995 --to 3857", {}, "where the output's map has no end");
         row("over a projection's own cut", "POLYGON ((-40 -10,-20 -10,-20 10,-40 10,-40 -10))",
             "--from 4326 --to '+proj=eqearth +lon_0=150 +datum=WGS84'",
             {"MULTIPOLYGON (((", "((16", "((-16"});
-        row("longer than half of the earth", "LINESTRING (-170 0,170 0)",
+        row("longer than half of the earth", "LINESTRING (-170 0,20 0,170 0)",
+            "--from 4326 --to '+proj=eqearth +lon_0=150 +datum=WGS84'", {}, "either way");
+        row("all of the equator", "LINESTRING (-180 0,180 0)",
             "--from 4326 --to '+proj=eqearth +lon_0=150 +datum=WGS84'", {"MULTILINESTRING (("});
+        row("drawn across 180 without a cut", "POLYGON ((177 -16,-178 -16,-178 -19,177 -19,177 -16))",
+            "--from 4326 --to 3832", {}, "either way");
+        // A box would have been cut in two.
+        row("two sides of 180 are one on a map around it",
+            "MULTIPOLYGON (((177 -16,180 -16,180 -19,177 -19,177 -16)),"
+            "((-180 -16,-178 -16,-178 -19,-180 -19,-180 -16)))",
+            "--from 4326 --to 3832", {"\"MULTIPOLYGON (((", "3005626.", "3562223."});
+        row("the map folds there", "POLYGON ((-40 40,-30 40,-30 50,-40 50,-40 40))", "--from 4326 --to 5514",
+            {}, "where the output's map has no end");
     }
     void seams()
     {
         QFETCH(QByteArray, geometry);
         QFETCH(QString, systems);
         QFETCH(QByteArrayList, parts);
+        QFETCH(QByteArray, reason);
         const Place place;
         place.write("a.csv", "id,WKT\n1,\"" + geometry + "\"\n");
         const CliRun run = place.convert(QStringLiteral("a.csv b.csv --allow datum ") + systems);
@@ -264,8 +299,51 @@ private Q_SLOTS:
         const QByteArray out = place.read("b.csv");
         for (const QByteArray &part : qAsConst(parts))
             QVERIFY2(out.contains(part), out.left(2000));
-        if (parts.isEmpty())
-            QVERIFY(place.read("b.rejected.csv").contains("torn at the edge"));
+        QVERIFY2(place.read("b.rejected.csv").contains(reason), place.read("b.rejected.csv"));
+    }
+
+    // All maps that keep areas show the same one, wherever they are cut open.
+    void seamsKeepArea_data()
+    {
+        QTest::addColumn<QByteArray>("geometry");
+        QTest::addColumn<int>("hemisphere"); // on whose polar map it fits; 0 for none
+        const auto row = [](const char *name, const QByteArray &ring, int hemisphere) {
+            QTest::newRow(name) << "POLYGON ((" + ring + "))" << hemisphere;
+        };
+        const auto coast = [](double latitude, double firstX) {
+            QByteArrayList places;
+            for (int i = 0; i <= 36; ++i)
+                places << QByteArray::number(std::remainder(firstX + 10.0 * i, 360.0)) + ' ' +
+                              QByteArray::number(latitude + 3.0 * std::sin(2.0 * M_PI * i / 12.0));
+            return places;
+        };
+        QByteArrayList antarctica = coast(-70.0, -180.0);
+        antarctica.first() = "-180 -70";
+        const QByteArray closed = antarctica.mid(0, 36).join(',') + ",180 -70,180 -90,-180 -90,-180 -70";
+        row("Antarctica, with the pole's row", closed, -1);
+        row("a cap that merely winds around the pole", coast(70.0, 5.0).join(','), 1);
+        row("a box", "-180 60,-180 90,180 90,180 60,-180 60", 1);
+        row("over 180, running on", "170 -30,190 -30,200 10,160 20,170 -30", 0);
+    }
+    void seamsKeepArea()
+    {
+        QFETCH(QByteArray, geometry);
+        QFETCH(int, hemisphere);
+        const Place place;
+        place.write("a.csv", "id,WKT\n1,\"" + geometry + "\"\n");
+        QStringList targets{"'+proj=eqearth +datum=WGS84'"_s, "EPSG:8859"_s,
+                            "'+proj=cea +lon_0=-100 +datum=WGS84'"_s};
+        if (hemisphere != 0)
+            targets << (hemisphere > 0 ? "EPSG:6931"_s : "EPSG:6932"_s);
+        QVector<double> areas;
+        for (const QString &target : qAsConst(targets)) {
+            const CliRun run = place.convert(
+                "a.csv b.csv --overwrite --segmentize 1000 --allow datum --from 4326 --to "_s + target);
+            QVERIFY2(run.status == 0, run.describe());
+            areas << areaOf(place.read("b.csv"));
+            QVERIFY2(areas.last() > 1e11, run.describe());
+            QVERIFY2(std::fabs(areas.last() / areas.first() - 1.0) < 1e-3, qPrintable(target));
+        }
     }
 
     // The European equal-area grid has its false origin in an affine clause, polar maps in their parameters.

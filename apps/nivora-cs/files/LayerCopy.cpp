@@ -102,7 +102,7 @@ void LayerCopy::settleType(const std::vector<FeatureBatch::Item> &first)
         return;
     if (m_job.change.splitter) // arcs become lines
         type = OGR_GT_GetLinear(type);
-    const bool isCut = std::any_of(first.begin(), first.end(), [](const auto &item) { return item.isTorn; });
+    const bool isCut = std::any_of(first.begin(), first.end(), [](const auto &item) { return item.isCut; });
     if (isCut && OGR_GT_Flatten(type) != wkbUnknown)
         type = OGR_GT_GetCollection(type);
 }

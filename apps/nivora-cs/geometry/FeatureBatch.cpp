@@ -1,6 +1,8 @@
 #include "FeatureBatch.h"
 
+#include <algorithm>
 #include <cmath>
+#include <map>
 #include <utility>
 
 namespace {
@@ -44,7 +46,7 @@ void FeatureBatch::add(Feature source)
         geometry = m_change.splitter->straightened(std::move(geometry));
     if (geometry) // some drivers would rather write the source's than the layer's
         OGR_G_AssignSpatialReference(geometry.get(), nullptr);
-    m_items.push_back({fid, std::move(source), std::move(geometry), QPointF(NAN, NAN), std::nullopt, false});
+    m_items.push_back({fid, std::move(source), std::move(geometry), QPointF(NAN, NAN), std::nullopt});
     if (lacksPoint)
         m_items.back().rejection = Rejection{fid, QPointF(NAN, NAN), Rejection::NoPoint};
     const int firstVertex = m_in.size();
@@ -93,35 +95,45 @@ void FeatureBatch::convert()
         std::optional<Rejection> &rejection = m_items[leaf.item].rejection;
         if (!rejection)
             rejection = rejectionOf(leaf);
-        if (!rejection && isTorn(leaf))
-            m_items[leaf.item].isTorn = true;
+        if (!rejection && m_change.seams)
+            look(leaf);
     }
+    std::map<std::size_t, Geometry> sources; // of those that the seam may concern
+    for (std::size_t i = 0; i < m_items.size(); ++i)
+        if (m_items[i].look != SeamCutter::Plain && !m_items[i].rejection)
+            sources.emplace(i, Geometry(OGR_G_Clone(m_items[i].geometry.get())));
     for (const Leaf &leaf : m_leaves)
-        if (m_change.transform && !m_items[leaf.item].rejection && !m_items[leaf.item].isTorn)
+        if (m_change.transform && !m_items[leaf.item].rejection)
             store(leaf);
-    for (Item &item : m_items)
-        if (item.isTorn && !item.rejection)
-            cut(item);
+    for (auto &[index, source] : sources)
+        settle(m_items[index], std::move(source));
 }
 
-bool FeatureBatch::isTorn(const Leaf &leaf) const
+void FeatureBatch::look(const Leaf &leaf)
 {
-    if (!m_change.seams)
-        return false;
-    for (int i = leaf.begin + 1; i < leaf.begin + leaf.count; ++i)
-        if (m_change.seams->isTorn(m_in.at(i - 1), m_in.at(i), m_out.at(i - 1), m_out.at(i)))
-            return true;
-    return false;
+    Item &item = m_items[leaf.item];
+    const bool isArea = OGR_G_GetDimension(item.geometry.get()) == 2;
+    item.look = std::max(item.look, m_change.seams->look(m_in.constData() + leaf.begin,
+                                                         m_out.constData() + leaf.begin, leaf.count, isArea));
+    if (item.look == SeamCutter::Folded)
+        item.rejection = Rejection{item.fid, m_in.at(leaf.begin), Rejection::NotShown};
 }
 
 /// Points of a collection need no cut.
-void FeatureBatch::cut(Item &item)
+void FeatureBatch::settle(Item &item, Geometry source)
 {
-    Geometry pieces = m_change.seams->cut(item.geometry.get());
-    if (pieces)
-        item.geometry = std::move(pieces);
-    else
-        item.rejection = Rejection{item.fid, item.firstVertex, Rejection::Torn};
+    Geometry plain = item.look == SeamCutter::Torn ? nullptr : std::move(item.geometry);
+    const OGRwkbGeometryType type = OGR_G_GetGeometryType(source.get());
+    SeamFault fault;
+    item.geometry = m_change.seams->settle(source.get(), std::move(plain), fault);
+    if (item.geometry) {
+        item.isCut = OGR_G_GetGeometryType(item.geometry.get()) != type;
+        return;
+    }
+    item.geometry = std::move(source);
+    constexpr Rejection::Reason reasons[] = {Rejection::Torn, Rejection::NotShown, Rejection::EitherWay,
+                                             Rejection::Invalid};
+    item.rejection = Rejection{item.fid, item.firstVertex, reasons[static_cast<int>(fault)]};
 }
 
 /// Places with heights go by the operation that has heights, too. The geometry keeps its places until it is

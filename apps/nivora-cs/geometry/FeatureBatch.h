@@ -44,7 +44,7 @@ struct GeometryChange
 /// A feature that was left out, and its first vertex that is to blame, in the source's coordinates.
 struct Rejection
 {
-    enum Reason { NotTransformable, OutOfBounds, NotWritable, NoPoint, Torn };
+    enum Reason { NotTransformable, OutOfBounds, NotWritable, NoPoint, Torn, NotShown, EitherWay, Invalid };
     GIntBig fid;
     QPointF vertex;
     Reason reason;
@@ -63,7 +63,8 @@ public:
         Geometry geometry; ///< null for none
         QPointF firstVertex;
         std::optional<Rejection> rejection;
-        bool isTorn = false; ///< over the target's cut
+        SeamCutter::Look look = SeamCutter::Plain; ///< at the target's cut
+        bool isCut = false;                        ///< into a collection
     };
 
     explicit FeatureBatch(const GeometryChange &change)
@@ -91,8 +92,8 @@ private:
     void addLeaf(OGRGeometryH geometry);
     void store(const Leaf &leaf);
     void convertHeights(const Leaf &leaf);
-    bool isTorn(const Leaf &leaf) const;
-    void cut(Item &item);
+    void look(const Leaf &leaf);
+    void settle(Item &item, Geometry source);
     std::optional<Rejection> rejectionOf(const Leaf &leaf) const;
 
     const GeometryChange &m_change;

@@ -1,9 +1,16 @@
 #include "SeamCutter.h"
 
+#include "GeometryParts.h"
+#include "LonLat.h"
+#include "SampledArea.h"
+#include "SeamDissolver.h"
+
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
 
 #include <QRegularExpression>
+
+#include <ogr_geometry.h>
 
 #include <algorithm>
 #include <cmath>
@@ -13,22 +20,12 @@ using nivora::cs::CoordSystem;
 
 namespace {
 
-constexpr double halfTurn = 180.0;
-constexpr double fullTurn = 360.0;
-constexpr double edgeStep = 1.0; ///< degrees between vertices where a cut runs along a meridian
-
-double wrapped(double degrees) { return degrees - fullTurn * std::round(degrees / fullTurn); }
+constexpr double edgeStep = 0.25; ///< degrees between vertices where a cut runs along a meridian
+constexpr double shortM = 1e5;
+constexpr double longM = 5e6;
+constexpr double foldM = 1000.0; ///< farther than any inverse is off
 
 QPointF middleOf(const QPointF &a, const QPointF &b) { return (a + b) / 2.0; }
-
-bool isLine(OGRGeometryH geometry)
-{
-    return OGR_GT_Flatten(OGR_G_GetGeometryType(geometry)) == wkbLineString;
-}
-bool isPolygon(OGRGeometryH geometry)
-{
-    return OGR_GT_Flatten(OGR_G_GetGeometryType(geometry)) == wkbPolygon;
-}
 
 /// "+lon_0=150 "
 double ownMeridian(const CoordSystem &system)
@@ -43,30 +40,47 @@ double ownMeridian(const CoordSystem &system)
 
 Geometry rectangle(double west, double east)
 {
-    constexpr double pole = 90.0;
     Geometry ring(OGR_G_CreateGeometry(wkbLinearRing));
-    for (const auto &[x, y] : {std::pair(west, -pole), std::pair(east, -pole), std::pair(east, pole),
-                               std::pair(west, pole), std::pair(west, -pole)})
+    for (const auto &[x, y] :
+         {std::pair(west, -poleLatitude), std::pair(east, -poleLatitude), std::pair(east, poleLatitude),
+          std::pair(west, poleLatitude), std::pair(west, -poleLatitude)})
         OGR_G_AddPoint_2D(ring.get(), x, y);
     Geometry polygon(OGR_G_CreateGeometry(wkbPolygon));
     OGR_G_AddGeometryDirectly(polygon.get(), ring.release());
     return polygon;
 }
 
-void setPlace(OGRGeometryH line, int i, const QPointF &place)
+/// Of rings as they lie in the plane.
+Geometry polygonsOf(const std::vector<SeamDissolver::Ring> &rings, bool hasHeights)
 {
-    if (OGR_G_Is3D(line))
-        OGR_G_SetPoint(line, i, place.x(), place.y(), OGR_G_GetZ(line, i));
-    else
-        OGR_G_SetPoint_2D(line, i, place.x(), place.y());
+    std::vector<OGRGeometry *> polygons;
+    for (const SeamDissolver::Ring &ring : rings) {
+        Geometry line(OGR_G_CreateGeometry(wkbLinearRing));
+        for (const auto &[x, y, z] : ring)
+            if (hasHeights)
+                OGR_G_AddPoint(line.get(), x, y, z);
+            else
+                OGR_G_AddPoint_2D(line.get(), x, y);
+        OGRGeometryH polygon = OGR_G_CreateGeometry(wkbPolygon);
+        OGR_G_AddGeometryDirectly(polygon, line.release());
+        polygons.push_back(OGRGeometry::FromHandle(polygon));
+    }
+    int isOrdered = TRUE; // shells with their holes
+    return Geometry(OGRGeometry::ToHandle(OGRGeometryFactory::organizePolygons(
+        polygons.data(), static_cast<int>(polygons.size()), &isOrdered, nullptr)));
 }
 
-void shift(OGRGeometryH geometry, double degrees)
+/// A geometry of one part is that part, where the source is one.
+Geometry singled(Geometry all, OGRGeometryH source)
 {
-    for (int i = 0; i < OGR_G_GetGeometryCount(geometry); ++i)
-        shift(OGR_G_GetGeometryRef(geometry, i), degrees);
-    for (int i = 0; OGR_G_GetGeometryCount(geometry) == 0 && i < OGR_G_GetPointCount(geometry); ++i)
-        setPlace(geometry, i, QPointF(OGR_G_GetX(geometry, i) + degrees, OGR_G_GetY(geometry, i)));
+    const bool isOne = isLine(source) || isPolygon(source);
+    const bool isSingle =
+        isOne && OGR_G_GetGeometryCount(all.get()) == 1 && !isLine(all.get()) && !isPolygon(all.get());
+    if (isSingle)
+        return Geometry(OGR_G_Clone(OGR_G_GetGeometryRef(all.get(), 0)));
+    if (!isOne && isPolygon(all.get()))
+        return Geometry(OGR_G_ForceToMultiPolygon(all.release()));
+    return all;
 }
 
 } // namespace
@@ -75,9 +89,11 @@ SeamCutter::SeamCutter(const BulkTransform &transform)
     : m_transform(transform)
     , m_source(transform.transform().sourceCoordSystem())
     , m_target(transform.transform().destinationCoordSystem())
+    , m_unwrapper(transform)
     , m_sourceRuler(*m_source)
     , m_targetRuler(*m_target)
     , m_middle(ownMeridian(*m_target))
+    , m_folds(foldsAnywhere())
 {}
 
 SeamCutter::Ruler::Ruler(const CoordSystem &system)
@@ -97,6 +113,23 @@ double SeamCutter::Ruler::atMostM(const QPointF &a, const QPointF &b) const
     return (std::fabs(b.x() - a.x()) + std::fabs(b.y() - a.y())) * metres;
 }
 
+QPointF SeamCutter::Ruler::difference(const QPointF &a, const QPointF &b) const
+{
+    const QPointF d = a - b;
+    return isDegrees ? QPointF(wrapped(d.x()) * std::cos(a.y() * M_PI / halfTurn), d.y()) : d;
+}
+
+/// Whether the image of an edge is much longer than the edge.
+bool SeamCutter::isOdd(const QPointF &a, const QPointF &b, const QPointF &imageA, const QPointF &imageB) const
+{
+    constexpr double stretch = 5.0;
+    if (m_targetRuler.atMostM(imageA, imageB) <= shortM && m_sourceRuler.atMostM(a, b) <= longM)
+        return false; // nearly all
+    const double imageM = m_targetRuler.lengthM(imageA, imageB);
+    const double sourceM = m_sourceRuler.lengthM(a, b);
+    return imageM > longM || sourceM > longM || (imageM > shortM && imageM > stretch * sourceM);
+}
+
 bool SeamCutter::isTorn(const QPointF &a, const QPointF &b, const QPointF &imageA,
                         const QPointF &imageB) const
 {
@@ -105,136 +138,90 @@ bool SeamCutter::isTorn(const QPointF &a, const QPointF &b, const QPointF &image
         const double expected = m_sourceRuler.isDegrees ? b.x() - a.x() : 0.0;
         return std::fabs(turned - expected) > halfTurn;
     }
-    constexpr double longM = 5e6;
-    constexpr double stretch = 5.0;
-    constexpr double shortM = 1e5;
-    if (m_targetRuler.atMostM(imageA, imageB) <= shortM && m_sourceRuler.atMostM(a, b) <= longM)
-        return false; // nearly all
-    const double imageM = m_targetRuler.lengthM(imageA, imageB);
-    const double sourceM = m_sourceRuler.lengthM(a, b);
-    const bool isOdd = imageM > longM || sourceM > longM || (imageM > shortM && imageM > stretch * sourceM);
-    return isOdd && jumps(a, b, imageA, imageB);
+    const auto image = [this](const QPointF &from, QPointF &to) { return m_transform.forward(from, to); };
+    return isOdd(a, b, imageA, imageB) && jumps(a, b, imageA, imageB, image);
+}
+
+/// Of longitudes and latitudes in a plane: which way around?
+bool SeamCutter::isWide(const QPointF &a, const QPointF &b) const
+{
+    return m_sourceRuler.isDegrees && isWideEdge(a, b);
+}
+
+bool SeamCutter::isSeam(const QPointF &vertex) const
+{
+    return m_sourceRuler.isDegrees && (std::fabs(vertex.x()) >= halfTurn - degreeSlack || isPole(vertex));
+}
+
+/// Of a place on the target's own datum.
+bool SeamCutter::isFolded(const QPointF &vertex, const QPointF &image) const
+{
+    constexpr double most = 1e-3;
+    QPointF back;
+    return m_target->inverse(image, back) && !isPole(vertex) &&
+           std::hypot(wrapped(back.x() - vertex.x()) * std::cos(vertex.y() * M_PI / halfTurn),
+                      back.y() - vertex.y()) > most;
+}
+
+/// Formulas of some projections go on where their map does not.
+bool SeamCutter::foldsAnywhere() const
+{
+    constexpr int apart = 10;
+    if (m_target->isLatLong() || m_target->isNonEarth())
+        return false;
+    for (int x = -175; x < 180; x += apart)
+        for (int y = -85; y < 90; y += apart) {
+            QPointF image;
+            if (m_target->forward(QPointF(x, y), image) && isFolded(QPointF(x, y), image))
+                return true;
+        }
+    return false;
+}
+
+SeamCutter::Look SeamCutter::look(const QPointF *vertices, const QPointF *images, int count,
+                                  bool isArea) const
+{
+    const bool isPlane = !m_targetRuler.isDegrees;
+    bool isDoubtful = false;
+    QPointF low = *vertices;
+    QPointF high = *vertices;
+    for (int i = 0; m_folds && i < count; ++i) {
+        QPointF given;
+        if (m_transform.inverse(images[i], given) &&
+            m_sourceRuler.lengthM(QPointF(), m_sourceRuler.difference(given, vertices[i])) > foldM)
+            return Folded;
+    }
+    for (int i = 1; i < count; ++i) {
+        const QPointF &a = vertices[i - 1];
+        const QPointF &b = vertices[i];
+        if (isTorn(a, b, images[i - 1], images[i]) || (isPlane && !isArea && isWide(a, b)))
+            return Torn;
+        isDoubtful = isDoubtful || isSeam(b) || isWide(a, b) || isOdd(a, b, images[i - 1], images[i]);
+        low = QPointF(std::min(low.x(), b.x()), std::min(low.y(), b.y()));
+        high = QPointF(std::max(high.x(), b.x()), std::max(high.y(), b.y()));
+    }
+    isDoubtful = isDoubtful || m_sourceRuler.atMostM(low, high) > longM;
+    return isArea && isPlane && isDoubtful ? Doubtful : Plain;
 }
 
 /// Whether the image of the edge has a gap however short the edge becomes.
-bool SeamCutter::jumps(QPointF a, QPointF b, QPointF imageA, QPointF imageB) const
+bool SeamCutter::jumps(QPointF a, QPointF b, QPointF imageA, QPointF imageB, const Image &image) const
 {
     constexpr int halvings = 40;
     constexpr double gap = 0.05; // of the whole
     const double whole = m_targetRuler.lengthM(imageA, imageB);
     for (int i = 0; i < halvings; ++i) {
         const QPointF middle = middleOf(a, b);
-        QPointF image;
-        if (!m_transform.forward(middle, image))
+        QPointF between;
+        if (!image(middle, between))
             return true; // the edge runs where there is no map
-        const bool isFirst = m_targetRuler.lengthM(imageA, image) > m_targetRuler.lengthM(image, imageB);
+        const bool isFirst = m_targetRuler.lengthM(imageA, between) > m_targetRuler.lengthM(between, imageB);
         (isFirst ? b : a) = middle;
-        (isFirst ? imageB : imageA) = image;
+        (isFirst ? imageB : imageA) = between;
         if (m_targetRuler.lengthM(imageA, imageB) < gap * whole)
             return false;
     }
     return true;
-}
-
-/// The vertices as longitudes that run on, on the target's own datum.
-bool SeamCutter::unwrap(OGRGeometryH line, Ring &ring) const
-{
-    constexpr double unclear = 170.0; // which way around?
-    QPointF before;
-    for (int i = 0; i < OGR_G_GetPointCount(line); ++i) {
-        const QPointF given(OGR_G_GetX(line, i), OGR_G_GetY(line, i));
-        QPointF image;
-        QPointF place;
-        if (!m_transform.forward(given, image))
-            return false;
-        if (m_target->isLatLong())
-            place = image;
-        else if (!m_target->inverse(image, place))
-            return false;
-        if (i > 0) {
-            const double last = ring.vertices.back().place.x();
-            const double expected = m_source->isLatLong() ? given.x() - before.x() : 0.0;
-            const double step = expected + wrapped(place.x() - last - expected);
-            if (!m_source->isLatLong() && std::fabs(step) > unclear)
-                return false;
-            place.setX(last + step);
-        }
-        before = given;
-        ring.vertices.push_back({place, OGR_G_GetZ(line, i)});
-    }
-    if (ring.vertices.size() < 2)
-        return false;
-    ring.turns = ring.vertices.back().place.x() - ring.vertices.front().place.x();
-    return true;
-}
-
-/// A ring that goes around the earth holds a pole: the one that lies in the source's polygon.
-bool SeamCutter::closeOverPole(OGRGeometryH polygon, Ring &ring) const
-{
-    double inside = 0.0;
-    for (const double pole : {90.0, -90.0}) {
-        QPointF image;
-        QPointF place(ring.vertices.front().place.x(), pole);
-        if ((!m_target->isLatLong() && !m_target->forward(place, image)) ||
-            !m_transform.inverse(m_target->isLatLong() ? place : image, place))
-            continue;
-        const Geometry point(OGR_G_CreateGeometry(wkbPoint));
-        OGR_G_SetPoint_2D(point.get(), 0, place.x(), place.y());
-        if (OGR_G_Contains(polygon, point.get())) {
-            if (inside != 0.0)
-                return false;
-            inside = pole;
-        }
-    }
-    const Vertex first = ring.vertices.front();
-    ring.vertices.push_back({QPointF(ring.vertices.back().place.x(), inside), first.z});
-    ring.vertices.push_back({QPointF(first.place.x(), inside), first.z});
-    ring.vertices.push_back(first);
-    return inside != 0.0;
-}
-
-Geometry SeamCutter::unwrappedPolygon(OGRGeometryH polygon) const
-{
-    Geometry result(OGR_G_CreateGeometry(wkbPolygon));
-    double middle = 0.0;
-    for (int i = 0; i < OGR_G_GetGeometryCount(polygon); ++i) {
-        Ring ring;
-        if (!unwrap(OGR_G_GetGeometryRef(polygon, i), ring))
-            return nullptr;
-        const bool goesAround = std::fabs(ring.turns) > halfTurn && !m_source->isLatLong();
-        if (goesAround && (i > 0 || !closeOverPole(polygon, ring)))
-            return nullptr;
-        const auto [low, high] = std::minmax_element(
-            ring.vertices.begin(), ring.vertices.end(),
-            [](const Vertex &one, const Vertex &other) { return one.place.x() < other.place.x(); });
-        const double own = (low->place.x() + high->place.x()) / 2.0;
-        middle = i == 0 ? own : middle;
-        for (Vertex &vertex : ring.vertices) // a hole lies in its shell
-            vertex.place.rx() += fullTurn * std::round((middle - own) / fullTurn);
-        OGR_G_AddGeometryDirectly(result.get(),
-                                  lineOf(ring, wkbLinearRing, OGR_G_Is3D(polygon) != 0).release());
-    }
-    return result;
-}
-
-Geometry SeamCutter::unwrapped(OGRGeometryH geometry) const
-{
-    if (isPolygon(geometry))
-        return unwrappedPolygon(geometry);
-    Ring line;
-    return isLine(geometry) && unwrap(geometry, line) ? lineOf(line, wkbLineString, OGR_G_Is3D(geometry) != 0)
-                                                      : nullptr;
-}
-
-Geometry SeamCutter::lineOf(const Ring &ring, OGRwkbGeometryType type, bool hasHeights)
-{
-    Geometry line(OGR_G_CreateGeometry(type));
-    for (const auto &[place, z] : ring.vertices)
-        if (hasHeights)
-            OGR_G_AddPoint(line.get(), place.x(), place.y(), z);
-        else
-            OGR_G_AddPoint_2D(line.get(), place.x(), place.y());
-    return line;
 }
 
 /// Edges of a plane are arcs on the earth.
@@ -242,53 +229,94 @@ Geometry SeamCutter::dense(OGRGeometryH geometry) const
 {
     Geometry copy(OGR_G_Clone(geometry));
     if (!m_source->isLatLong() && !m_source->isNonEarth())
-        OGR_G_Segmentize(copy.get(),
-                         edgeStep * CoordSystem::DEGREES_TO_METERS / m_source->unit().conversion());
+        refine(copy.get(), edgeStep * CoordSystem::DEGREES_TO_METERS / m_source->unit().conversion());
     return copy;
 }
 
-/// The plane's image of longitudes and latitudes. False where the plane has no end.
-bool SeamCutter::placeLine(OGRGeometryH line) const
+/// All parts, as a collection.
+Geometry SeamCutter::unwrapped(OGRGeometryH geometry, SeamFault &fault) const
 {
-    constexpr double inside = 1e-9; // of the cut itself nobody knows on which side it is
-    constexpr double farthestM = 5e7;
-    const double farthest = farthestM / m_target->unit().conversion();
+    const Geometry source = dense(geometry);
+    Geometry all = collectionFor(geometry);
+    for (OGRGeometryH part : partsOf(source.get())) {
+        Geometry one = m_unwrapper.unwrapped(part, fault);
+        if (!one)
+            return nullptr;
+        one = valid(std::move(one));
+        addParts(one.get(), all.get());
+    }
+    return all;
+}
+
+bool SeamCutter::image(QPointF place, QPointF &image) const
+{
+    constexpr double farthestM = 5e7; // the plane has no end there
+    place.setX(std::fabs(place.x()) > halfTurn ? wrapped(place.x()) : place.x());
+    return m_target->forward(place, image) &&
+           std::hypot(image.x(), image.y()) * m_targetRuler.metres < farthestM &&
+           !(m_folds && isFolded(place, image));
+}
+
+/// Of the cut itself nobody knows on which side it is.
+bool SeamCutter::imageInStrip(QPointF place, QPointF &image) const
+{
+    place.setX(std::clamp(place.x(), m_middle - halfTurn + degreeSlack, m_middle + halfTurn - degreeSlack));
+    return this->image(place, image);
+}
+
+/// The plane's image of longitudes and latitudes.
+bool SeamCutter::placeLine(OGRGeometryH line, const Image &image, SeamFault &fault) const
+{
+    QPointF before;
+    QPointF imageBefore;
     for (int i = 0; i < OGR_G_GetPointCount(line); ++i) {
-        const double x =
-            std::clamp(OGR_G_GetX(line, i), m_middle - halfTurn + inside, m_middle + halfTurn - inside);
-        QPointF place;
-        if (!m_target->forward(QPointF(wrapped(x), OGR_G_GetY(line, i)), place) ||
-            !(std::hypot(place.x(), place.y()) < farthest))
+        const QPointF place = pointAt(line, i);
+        QPointF there;
+        fault = SeamFault::NotShown;
+        if (!image(place, there))
             return false;
-        setPlace(line, i, place);
+        fault = SeamFault::Torn;
+        if (i > 0 && m_targetRuler.atMostM(imageBefore, there) > longM / 2.0 &&
+            jumps(before, place, imageBefore, there, image))
+            return false;
+        setPlace(line, i, there);
+        before = place;
+        imageBefore = there;
     }
     return true;
 }
 
-bool SeamCutter::place(OGRGeometryH geometry) const
+bool SeamCutter::place(OGRGeometryH geometry, const Image &image, SeamFault &fault) const
 {
     const int parts = OGR_G_GetGeometryCount(geometry);
     for (int i = 0; i < parts; ++i)
-        if (!place(OGR_G_GetGeometryRef(geometry, i)))
+        if (!place(OGR_G_GetGeometryRef(geometry, i), image, fault))
             return false;
-    return parts > 0 || placeLine(geometry);
+    return parts > 0 || placeLine(geometry, image, fault);
 }
 
-bool SeamCutter::addParts(OGRGeometryH part, OGRGeometryH pieces) const
+/// On a map without a seam, or whose seam is elsewhere. Null where the map is torn.
+Geometry SeamCutter::dissolved(OGRGeometryH unwrapped) const
 {
-    bool isWhole = true;
-    if (!isLine(part) && !isPolygon(part)) {
-        for (int i = 0; i < OGR_G_GetGeometryCount(part); ++i)
-            isWhole = addParts(OGR_G_GetGeometryRef(part, i), pieces) && isWhole;
-        return isWhole;
-    }
-    Geometry piece(OGR_G_Clone(part));
-    if (!m_target->isLatLong()) {
-        OGR_G_Segmentize(piece.get(), edgeStep);
-        isWhole = place(piece.get());
-    }
-    OGR_G_AddGeometryDirectly(pieces, piece.release());
-    return isWhole;
+    if (m_target->isLatLong() || OGR_G_GetDimension(unwrapped) < 2)
+        return nullptr;
+    const Geometry source(OGR_G_Clone(unwrapped));
+    refine(source.get(), edgeStep);
+    SeamDissolver dissolver;
+    for (OGRGeometryH part : partsOf(source.get()))
+        dissolver.add(part);
+    std::vector<SeamDissolver::Ring> rings = dissolver.rings();
+    for (SeamDissolver::Ring &ring : rings)
+        for (std::size_t i = 0; i < ring.size(); ++i) {
+            QPointF there;
+            if (!image(QPointF(ring[i].x, ring[i].y), there))
+                return nullptr;
+            ring[i].x = there.x();
+            ring[i].y = there.y();
+            if (i > 0 && m_targetRuler.lengthM(QPointF(ring[i - 1].x, ring[i - 1].y), there) > longM)
+                return nullptr;
+        }
+    return rings.empty() ? nullptr : polygonsOf(rings, OGR_G_Is3D(unwrapped) != 0);
 }
 
 /// On the map between the cut's two sides. A ring around a pole begins somewhere: its two ends become one.
@@ -297,40 +325,96 @@ Geometry SeamCutter::pieces(OGRGeometryH unwrapped) const
     OGREnvelope extent;
     OGR_G_GetEnvelope(unwrapped, &extent);
     const bool isArea = isPolygon(unwrapped);
-    Geometry all(OGR_G_CreateGeometry(isArea ? wkbMultiPolygon : wkbMultiLineString));
+    Geometry all = collectionFor(unwrapped);
     const auto strip = [this](double x) { return std::floor((x - m_middle + halfTurn) / fullTurn); };
     for (double k = strip(extent.MinX); k <= strip(extent.MaxX); k += 1.0) {
         const double west = m_middle - halfTurn + k * fullTurn;
-        Geometry piece(OGR_G_Intersection(unwrapped, rectangle(west, west + fullTurn).get()));
+        const Geometry piece(OGR_G_Intersection(unwrapped, rectangle(west, west + fullTurn).get()));
         if (!piece || OGR_G_IsEmpty(piece.get()))
             continue;
         shift(piece.get(), -k * fullTurn);
-        piece.reset(isArea ? OGR_G_ForceToMultiPolygon(piece.release())
-                           : OGR_G_ForceToMultiLineString(piece.release()));
-        for (int i = 0; i < OGR_G_GetGeometryCount(piece.get()); ++i)
-            OGR_G_AddGeometry(all.get(), OGR_G_GetGeometryRef(piece.get(), i));
+        addParts(piece.get(), all.get());
     }
     return isArea && OGR_G_GetGeometryCount(all.get()) > 1 ? Geometry(OGR_G_UnionCascaded(all.get()))
                                                            : std::move(all);
 }
 
-Geometry SeamCutter::cut(OGRGeometryH geometry) const
+Geometry SeamCutter::cut(OGRGeometryH unwrapped, SeamFault &fault) const
 {
-    const GdalMessages messages; // of the geometry engine, about what is rejected then
-    if (OGR_G_IsMeasured(geometry) || OGR_G_HasCurveGeometry(geometry, TRUE))
-        return nullptr;
-    const Geometry source = dense(geometry);
-    const bool isOne = isLine(geometry) || isPolygon(geometry);
-    const bool isArea = OGR_G_GetDimension(geometry) == 2;
-    Geometry all(OGR_G_CreateGeometry(isArea ? wkbMultiPolygon : wkbMultiLineString));
-    for (int i = 0; i < (isOne ? 1 : OGR_G_GetGeometryCount(geometry)); ++i) {
-        const Geometry whole = unwrapped(isOne ? source.get() : OGR_G_GetGeometryRef(source.get(), i));
-        if (!whole || (isArea && !OGR_G_IsValid(whole.get())))
+    Geometry all = collectionFor(unwrapped);
+    for (OGRGeometryH part : partsOf(unwrapped)) {
+        const Geometry placed = pieces(part);
+        fault = SeamFault::Torn;
+        if (!placed || OGR_G_IsEmpty(placed.get()))
             return nullptr;
-        const Geometry placed = pieces(whole.get());
-        if (!placed || OGR_G_IsEmpty(placed.get()) || !addParts(placed.get(), all.get()))
-            return nullptr;
+        if (!m_target->isLatLong()) {
+            refine(placed.get(), edgeStep);
+            const auto there = [this](const QPointF &from, QPointF &to) { return imageInStrip(from, to); };
+            if (!place(placed.get(), there, fault))
+                return nullptr;
+        }
+        addParts(placed.get(), all.get());
     }
-    const bool isSingle = isOne && OGR_G_GetGeometryCount(all.get()) == 1;
-    return isSingle ? Geometry(OGR_G_Clone(OGR_G_GetGeometryRef(all.get(), 0))) : std::move(all);
+    return all;
+}
+
+/// Whether places inside are inside, and others outside, but for a share of them.
+bool SeamCutter::agree(OGRGeometryH unwrapped, OGRGeometryH image, double mostOff) const
+{
+    if (OGR_G_GetDimension(unwrapped) < 2)
+        return true;
+    const auto there = [this](const QPointF &from, QPointF &to) {
+        return m_target->isLatLong() ? (to = QPointF(wrapped(from.x()), from.y()), true)
+                                     : this->image(from, to);
+    };
+    return shareOff(unwrapped, image, there) <= mostOff;
+}
+
+/// Whether the image of an edge along a seam or parallel, which may be long, is not the straight one.
+bool SeamCutter::bends(const QPointF &a, const QPointF &b, const QPointF &imageA, const QPointF &imageB) const
+{
+    constexpr double most = 5e-4; // of the length
+    QPointF image;
+    if (!(isSeam(a) && isSeam(b)) && !isWide(a, b))
+        return false;
+    return !m_transform.forward(middleOf(a, b), image) ||
+           m_targetRuler.lengthM(image, middleOf(imageA, imageB)) >
+               most * m_targetRuler.lengthM(imageA, imageB) + 1.0;
+}
+
+bool SeamCutter::hasBends(OGRGeometryH source, OGRGeometryH plain) const
+{
+    for (int i = 0; i < OGR_G_GetGeometryCount(source); ++i)
+        if (hasBends(OGR_G_GetGeometryRef(source, i), OGR_G_GetGeometryRef(plain, i)))
+            return true;
+    for (int i = 1; OGR_G_GetGeometryCount(source) == 0 && i < OGR_G_GetPointCount(source); ++i)
+        if (bends(pointAt(source, i - 1), pointAt(source, i), pointAt(plain, i - 1), pointAt(plain, i)))
+            return true;
+    return false;
+}
+
+Geometry SeamCutter::settle(OGRGeometryH geometry, Geometry plain, SeamFault &fault) const
+{
+    constexpr double mostOff = 0.02;
+    constexpr double coarsely = 0.3; // edges between vertices far apart bend
+    const GdalMessages messages;     // of the geometry engine, about what is rejected then
+    fault = SeamFault::Torn;
+    if (OGR_G_IsMeasured(geometry) || OGR_G_HasCurveGeometry(geometry, TRUE))
+        return plain;
+    const Geometry whole = unwrapped(geometry, fault);
+    fault = whole ? SeamFault::Torn : fault;
+    if (!whole || OGR_G_IsEmpty(whole.get())) // a polygon of no area
+        return whole ? std::move(plain) : nullptr;
+    if (plain && !hasBends(geometry, plain.get()) && OGR_G_IsValid(plain.get()) &&
+        agree(whole.get(), plain.get(), mostOff))
+        return plain;
+    Geometry made = dissolved(whole.get());
+    if (!made || !agree(whole.get(), made.get(), mostOff)) {
+        made = cut(whole.get(), fault);
+        if (made && !agree(whole.get(), made.get(), mostOff))
+            made.reset();
+    }
+    if (made) // what lay on a curved seam may cross its chords
+        return singled(valid(std::move(made)), geometry);
+    return plain && agree(whole.get(), plain.get(), coarsely) ? std::move(plain) : nullptr;
 }

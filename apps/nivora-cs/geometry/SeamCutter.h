@@ -1,47 +1,52 @@
 #pragma once
 
 #include "GdalFiles.h"
+#include "Unwrapper.h"
 
 #include <coordsys/BulkTransform.h>
 
 #include <QPointF>
 
+#include <functional>
 #include <vector>
 
 /// Where the plane of the target is cut open - the 180th meridian of longitudes and latitudes, the meridian
 /// opposite to a projection's own - a line or polygon that crosses the cut must be cut too, and one that
-/// holds a pole must go around it: its vertices alone would tear it across the map. Thread-safe.
+/// holds a pole must go around it: its vertices alone would tear it across the map. Where the source's plane
+/// has a seam and the target's has none, what was drawn along the seam goes. Thread-safe.
 class SeamCutter
 {
 public:
+    /// What the vertices of a line or ring say about it.
+    enum Look {
+        Plain,    ///< their images are all there is to it
+        Doubtful, ///< they may not be: a polygon that touches a seam or pole, or is very large
+        Torn,
+        Folded ///< an image belongs to another place as well, and its own inverse is that other place
+    };
+
     explicit SeamCutter(const nivora::cs::BulkTransform &transform);
 
+    /// Cheap for most. \p isArea: a ring of a polygon.
+    Look look(const QPointF *vertices, const QPointF *images, int count, bool isArea) const;
     /// Whether an edge between two vertices of the source, with their images, runs over the cut. Cheap for an
     /// edge that does not.
     bool isTorn(const QPointF &a, const QPointF &b, const QPointF &imageA, const QPointF &imageB) const;
 
-    /// The image of a line or polygon, or a collection of such, in pieces on either side of the cut; null
-    /// where none can be made that holds together.
-    Geometry cut(OGRGeometryH geometry) const;
+    /// The image of a line or polygon, or a collection of such: \p plain, that of its vertices, where that is
+    /// right, else in pieces on either side of the cut; null where none can be made that holds together.
+    /// \param plain null for a torn one.
+    Geometry settle(OGRGeometryH geometry, Geometry plain, SeamFault &fault) const;
 
 private:
-    struct Vertex
-    {
-        QPointF place;
-        double z;
-    };
-    struct Ring
-    {
-        std::vector<Vertex> vertices; ///< longitudes run on over the cut
-        double turns = 0.0;           ///< around the earth, in degrees
-    };
-
-    bool jumps(QPointF a, QPointF b, QPointF imageA, QPointF imageB) const;
+    using Image = std::function<bool(const QPointF &, QPointF &)>;
     /// What lengths are measured with, once: systems answer behind a lock.
     struct Ruler
     {
         explicit Ruler(const nivora::cs::CoordSystem &system);
         double lengthM(const QPointF &a, const QPointF &b) const;
+        /// Degrees shrink with latitude.
+        QPointF difference(const QPointF &a, const QPointF &b) const;
         /// Not less than lengthM().
         double atMostM(const QPointF &a, const QPointF &b) const;
 
@@ -49,21 +54,31 @@ private:
         double metres; ///< of a unit
     };
 
-    bool unwrap(OGRGeometryH line, Ring &ring) const;
-    bool closeOverPole(OGRGeometryH polygon, Ring &ring) const;
-    Geometry unwrapped(OGRGeometryH geometry) const;
-    Geometry unwrappedPolygon(OGRGeometryH polygon) const;
+    bool isOdd(const QPointF &a, const QPointF &b, const QPointF &imageA, const QPointF &imageB) const;
+    bool isWide(const QPointF &a, const QPointF &b) const;
+    bool isSeam(const QPointF &vertex) const;
+    bool isFolded(const QPointF &vertex, const QPointF &image) const;
+    bool foldsAnywhere() const;
+    bool jumps(QPointF a, QPointF b, QPointF imageA, QPointF imageB, const Image &image) const;
+    Geometry unwrapped(OGRGeometryH geometry, SeamFault &fault) const;
     Geometry pieces(OGRGeometryH unwrapped) const;
-    bool addParts(OGRGeometryH part, OGRGeometryH pieces) const;
-    bool place(OGRGeometryH geometry) const;
-    bool placeLine(OGRGeometryH line) const;
+    bool image(QPointF place, QPointF &image) const;
+    bool imageInStrip(QPointF place, QPointF &image) const;
+    bool placeLine(OGRGeometryH line, const Image &image, SeamFault &fault) const;
+    bool place(OGRGeometryH geometry, const Image &image, SeamFault &fault) const;
+    Geometry dissolved(OGRGeometryH unwrapped) const;
+    Geometry cut(OGRGeometryH unwrapped, SeamFault &fault) const;
+    bool agree(OGRGeometryH unwrapped, OGRGeometryH image, double mostOff) const;
+    bool bends(const QPointF &a, const QPointF &b, const QPointF &imageA, const QPointF &imageB) const;
+    bool hasBends(OGRGeometryH source, OGRGeometryH plain) const;
     Geometry dense(OGRGeometryH geometry) const;
-    static Geometry lineOf(const Ring &ring, OGRwkbGeometryType type, bool hasHeights);
 
     nivora::cs::BulkTransform m_transform;
     nivora::cs::CoordSystemPtr m_source;
     nivora::cs::CoordSystemPtr m_target;
+    Unwrapper m_unwrapper;
     Ruler m_sourceRuler;
     Ruler m_targetRuler;
     double m_middle; ///< longitude opposite to the cut
+    bool m_folds;    ///< there are images of several places
 };
