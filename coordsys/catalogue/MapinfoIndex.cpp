@@ -3,8 +3,8 @@
 #include "CoordSysReader_p.h"
 #include "CoordSystem_p.h"
 #include "EngineGate_p.h"
+#include "ProjText_p.h"
 #include "ProjectionTable_p.h"
-#include "TextRefs_p.h"
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/ProjectionParamsManager.h>
@@ -153,14 +153,10 @@ private:
 QHash<QString, QString> termsOf(const QString &proj)
 {
     QHash<QString, QString> terms;
-    const auto parts = splitRef(proj, QLatin1Char(' '));
-    for (const TextRef &part : parts) {
-        const TextRef term = part.startsWith(QLatin1Char('+')) ? part.mid(1) : part;
-        const int equals = term.indexOf(QLatin1Char('='));
-        const QString name = (equals < 0 ? term : term.left(equals)).toString();
+    forEachTerm(proj, [&terms](const QString &name, const QString &value) {
         if (!terms.contains(name)) // PROJ takes the first, too
-            terms.insert(name, equals < 0 ? QString() : term.mid(equals + 1).toString());
-    }
+            terms.insert(name, value);
+    });
     return terms;
 }
 

@@ -1,6 +1,7 @@
 #include "CrsComparison_p.h"
 
 #include "CrsParts_p.h"
+#include "ProjLists_p.h"
 
 #include <QRegularExpression>
 #include <QStringList>
@@ -14,11 +15,6 @@ namespace {
 
 constexpr double relativeTolerance = 1e-9;
 constexpr double meridianToleranceDeg = 1e-8; // texts carry Paris with eight digits
-
-struct ListDestroy
-{
-    void operator()(PJ_OBJ_LIST *list) const { proj_list_destroy(list); }
-};
 
 bool close(double a, double b)
 {
@@ -102,15 +98,13 @@ bool isSameAxes(PJ_CONTEXT *context, const PJ *a, const PJ *b)
            close(axisFactor(context, a), axisFactor(context, b));
 }
 
-using ObjectList = std::unique_ptr<PJ_OBJ_LIST, ListDestroy>;
-
-ObjectList datumsNamed(PJ_CONTEXT *context, const QString &name)
+PjList datumsNamed(PJ_CONTEXT *context, const QString &name)
 {
     constexpr PJ_TYPE types[] = {PJ_TYPE_GEODETIC_REFERENCE_FRAME, PJ_TYPE_DYNAMIC_GEODETIC_REFERENCE_FRAME,
                                  PJ_TYPE_DATUM_ENSEMBLE};
     constexpr int enough = 10;
-    return ObjectList(proj_create_from_name(context, nullptr, name.toUtf8().constData(), types,
-                                            std::size(types), 0, enough, nullptr));
+    return PjList(proj_create_from_name(context, nullptr, name.toUtf8().constData(), types, std::size(types),
+                                        0, enough, nullptr));
 }
 
 /// "Pulkovo_1942" and "D_Pulkovo_1942" are names of "Pulkovo 1942".
@@ -160,7 +154,7 @@ bool namesAnotherDatum(PJ_CONTEXT *context, const PJ *crs, const PJ *registered)
     const auto wanted = codeOf(theirs.get(), QLatin1String("EPSG"));
     bool isKnown = false;
     for (const QString &name : spellingsOf(mine.get())) {
-        const ObjectList found = datumsNamed(context, name);
+        const PjList found = datumsNamed(context, name);
         for (int i = 0; found && i < proj_list_get_count(found.get()); ++i) {
             isKnown = true;
             const PjHandle datum = ownPj(proj_list_get(context, found.get(), i));
@@ -179,7 +173,7 @@ bool hasKnownDatum(PJ_CONTEXT *context, const PJ *crs)
     const QStringList names = spellingsOf(datum.get());
     return proj_get_id_code(datum.get(), 0) ||
            std::any_of(names.begin(), names.end(), [&](const QString &name) {
-               const ObjectList found = datumsNamed(context, name);
+               const PjList found = datumsNamed(context, name);
                return found && proj_list_get_count(found.get()) > 0;
            });
 }

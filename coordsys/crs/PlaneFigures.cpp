@@ -2,6 +2,7 @@
 
 #include "AreaOfUse_p.h"
 #include "CrsDefinition_p.h"
+#include "ParallelFormulas_p.h"
 
 #include <proj.h>
 
@@ -14,8 +15,6 @@
 namespace nivora::cs {
 namespace {
 
-constexpr double radPerDeg = 0.017453292519943295;
-constexpr double quarterRad = 90.0 * radPerDeg;
 constexpr double negligible = 1e-9;
 constexpr int webMercatorDatum = 157;
 
@@ -87,38 +86,7 @@ PlaneForm formOf(const Projection &row, const PlaneFigures &plane)
     return form;
 }
 
-// ---- What is worked out (Snyder, Map Projections - A Working Manual, USGS 1987)
-
-/// Radius of a parallel over the semi-major axis (14-15).
-double radius(double lat, double e2)
-{
-    return std::cos(lat) / std::sqrt(1.0 - e2 * std::sin(lat) * std::sin(lat));
-}
-
-/// Tangent of half the conformal colatitude (15-9).
-double isometric(double lat, double e2)
-{
-    const double e = std::sqrt(e2);
-    const double s = e * std::sin(lat);
-    return std::tan(quarterRad / 2.0 - lat / 2.0) / std::pow((1.0 - s) / (1.0 + s), e / 2.0);
-}
-
-/// The parallel, between the origin and \p far, where a cone of one parallel has the scale 1; degrees.
-double trueParallel(double origin, double scale, double far, double e2)
-{
-    const double n = std::sin(origin);
-    const auto tooLarge = [&](double lat) {
-        return scale * radius(origin, e2) / radius(lat, e2) *
-                   std::pow(isometric(lat, e2) / isometric(origin, e2), n) >
-               1.0;
-    };
-    double inner = origin;
-    for (int i = 0; i < 200; ++i) {
-        const double middle = (inner + far) / 2.0;
-        (tooLarge(middle) ? far : inner) = middle;
-    }
-    return (inner + far) / 2.0 / radPerDeg;
-}
+// ---- What is worked out
 
 double squaredEccentricity(const PlaneFigures &plane)
 {
@@ -148,8 +116,7 @@ PlaneForm mercatorForm(const PlaneFigures &plane)
         return formOf(*projectionByNumber(Mercator), plane);
     const double e2 = squaredEccentricity(plane);
     PlaneForm form = formOf(*projectionByNumber(RegionalMercator), plane);
-    form.parameters[1] = withoutDust(
-        std::acos(std::sqrt(scale * scale * (1.0 - e2) / (1.0 - scale * scale * e2))) / radPerDeg);
+    form.parameters[1] = withoutDust(mercatorParallel(scale, e2));
     return form;
 }
 

@@ -1,6 +1,6 @@
 #include "PlaneText_p.h"
 
-#include "TextRefs_p.h"
+#include "ProjText_p.h"
 
 #include <QVector>
 
@@ -75,17 +75,13 @@ void dropDefaults(Terms &terms)
 Terms termsOf(const QString &proj)
 {
     Terms terms;
-    const auto parts = splitRef(proj, QLatin1Char(' '));
-    for (const TextRef &part : parts) {
-        const TextRef term = part.startsWith(QLatin1Char('+')) ? part.mid(1) : part;
-        const int equals = term.indexOf(QLatin1Char('='));
-        const QString name = (equals < 0 ? term : term.left(equals)).toString();
+    forEachTerm(proj, [&terms](const QString &name, const QString &value) {
         const bool isAside = std::any_of(std::begin(asides), std::end(asides),
                                          [&name](const char *aside) { return name == QLatin1String(aside); });
-        if (!isAside && term != QLatin1String("units=m"))
-            terms.emplace(name == QLatin1String("k_0") ? QStringLiteral("k") : name,
-                          equals < 0 ? QString() : term.mid(equals + 1).toString());
-    }
+        const bool isMetre = name == QLatin1String("units") && value == QLatin1String("m");
+        if (!isAside && !isMetre)
+            terms.emplace(name == QLatin1String("k_0") ? QStringLiteral("k") : name, value);
+    });
     setEllipsoidOfDatum(terms);
     writeZoneOut(terms);
     dropDefaults(terms);

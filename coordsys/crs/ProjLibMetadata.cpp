@@ -3,6 +3,7 @@
 #include "CodeAcceptance_p.h"
 #include "CrsParts_p.h"
 #include "EngineGate_p.h"
+#include "ProjLists_p.h"
 #include <coordsys/ProjEngine.h>
 #include <platform/Logger.h>
 
@@ -21,19 +22,6 @@ using nivora::concurrent::ProgressHandler;
 
 /// PROJ's own measure of how well a candidate fits text that is not a CRS by itself.
 constexpr int sureEnough = 70;
-
-struct StringListDestroy
-{
-    void operator()(char **list) const { proj_string_list_destroy(list); }
-};
-struct CrsListDestroy
-{
-    void operator()(PROJ_CRS_INFO **list) const { proj_crs_info_list_destroy(list); }
-};
-struct CrsParamsDestroy
-{
-    void operator()(PROJ_CRS_LIST_PARAMETERS *params) const { proj_get_crs_list_parameters_destroy(params); }
-};
 
 QString objectName(int code, const QString &auth)
 {
@@ -176,34 +164,25 @@ int ProjLibMetadata::epsgForProjString(const QString &projString) const
 QStringList ProjLibMetadata::authNames() const
 {
     const QMutexLocker lock(globalProj4Mutex());
-    const std::unique_ptr<char *, StringListDestroy> list(
-        proj_get_authorities_from_database(globalProjContext()));
-    QStringList names;
-    for (char **name = list.get(); name && *name; ++name)
-        names << QString::fromUtf8(*name);
-    return names;
+    return textsOf(PjStringList(proj_get_authorities_from_database(globalProjContext())));
 }
 
 ProjLibMetadata::ProjectionCatalog ProjLibMetadata::listProjections(const QString &auth) const
 {
     const PJ_TYPE types[] = {PJ_TYPE_GEOGRAPHIC_CRS, PJ_TYPE_PROJECTED_CRS};
-    const std::unique_ptr<PROJ_CRS_LIST_PARAMETERS, CrsParamsDestroy> params(
+    const std::unique_ptr<PROJ_CRS_LIST_PARAMETERS, ReleasedBy<proj_get_crs_list_parameters_destroy>> params(
         proj_get_crs_list_parameters_create());
     params->types = types;
     params->typesCount = std::size(types);
 
     const QMutexLocker lock(globalProj4Mutex());
-    int count = 0;
-    const std::unique_ptr<PROJ_CRS_INFO *, CrsListDestroy> list(proj_get_crs_info_list_from_database(
-        globalProjContext(), auth.toLocal8Bit().constData(), params.get(), &count));
     ProjectionCatalog catalog;
     int taken = 0;
-    for (int i = 0; i < count; ++i) {
-        const PROJ_CRS_INFO &record = *list.get()[i];
+    const auto take = [&](const PROJ_CRS_INFO &record) {
         ProjectionInfo info;
         if (!kindOf(record.type, info.kind)) {
             LOG_DEBUG(QObject::tr("Неподдерживаемый тип %1").arg(static_cast<int>(record.type)));
-            continue;
+            return;
         }
         info.id =
             QStringLiteral("%1:%2").arg(QString::fromUtf8(record.auth_name), QString::fromUtf8(record.code));
@@ -213,7 +192,8 @@ ProjLibMetadata::ProjectionCatalog ProjLibMetadata::listProjections(const QStrin
                                record.north_lat_degree);
         catalog[QString::fromUtf8(record.area_name)] << info;
         ++taken;
-    }
+    };
+    forEachSystem(globalProjContext(), auth.toLocal8Bit().constData(), params.get(), take);
     LOG_DEBUG(QObject::tr("Категорий=%1, Всего проекций=%2")
                   .arg(QString::number(catalog.size()), QString::number(taken)));
     return catalog;

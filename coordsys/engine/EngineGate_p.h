@@ -28,7 +28,7 @@ IdentifiedCrs identifyCrs(PJ_CONTEXT *context, const PJ *crs, const char *author
 struct MatchedSrs
 {
     SrsArray list;
-    std::unique_ptr<int, CplFree> confidences;
+    std::unique_ptr<int, ReleasedBy<VSIFree>> confidences;
     int count = 0;
 };
 

@@ -2,6 +2,8 @@
 
 // Owning handles for what GDAL returns, and GDAL's messages caught per call. GDAL's own headers stay here.
 
+#include <platform/system/ReleasedBy.h>
+
 #include <QByteArray>
 #include <QString>
 
@@ -14,19 +16,10 @@
 
 namespace nivora::cs {
 
-struct CplFree
-{
-    void operator()(void *text) const { VSIFree(text); }
-};
 /// Text that GDAL allocated.
-using CplText = std::unique_ptr<char, CplFree>;
-
-struct SrsArrayFree
-{
-    void operator()(OGRSpatialReferenceH *list) const { OSRFreeSRSArray(list); }
-};
+using CplText = std::unique_ptr<char, ReleasedBy<VSIFree>>;
 /// Candidates that OSRFindMatches returned.
-using SrsArray = std::unique_ptr<OGRSpatialReferenceH, SrsArrayFree>;
+using SrsArray = std::unique_ptr<OGRSpatialReferenceH, ReleasedBy<OSRFreeSRSArray>>;
 
 /// A spatial reference with several owners; the deleter is OSRDestroySpatialReference.
 std::shared_ptr<void> ownSrs(OGRSpatialReferenceH srs);

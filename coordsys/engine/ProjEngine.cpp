@@ -2,6 +2,7 @@
 
 #include "ProjEngine_p.h"
 #include "ProjMutex_p.h"
+#include "TextRefs_p.h"
 #include "ProjText_p.h"
 #include <platform/Logger.h>
 
@@ -235,6 +236,18 @@ bool statesZeroShift(const QString &proj)
     static const QRegularExpression zero(QStringLiteral("\\+towgs84=[-+0.,]+(\\s|$)"));
     static const QRegularExpression datum(QStringLiteral("\\+datum=(?!WGS84(\\s|$))"));
     return proj.contains(datum) && proj.contains(zero);
+}
+
+void forEachTerm(const QString &proj,
+                 const std::function<void(const QString &name, const QString &value)> &take)
+{
+    const auto parts = splitRef(proj, QLatin1Char(' '));
+    for (const TextRef &part : parts) {
+        const TextRef term = part.startsWith(QLatin1Char('+')) ? part.mid(1) : part;
+        const int equals = term.indexOf(QLatin1Char('='));
+        take((equals < 0 ? term : term.left(equals)).toString(),
+             equals < 0 ? QString() : term.mid(equals + 1).toString());
+    }
 }
 
 QString titleIn(const QString &proj) { return titleTerm().match(proj).captured(1).trimmed(); }

@@ -1,5 +1,10 @@
 #pragma once
 
+#include <platform/system/ReleasedBy.h>
+
+#include <QString>
+#include <QStringList>
+
 #include <proj.h>
 
 #include <memory>
@@ -7,32 +12,32 @@
 namespace nivora::cs {
 
 // Owners of what PROJ returns besides its objects. Each belongs to the thread that holds its context's lock.
+using PjList = std::unique_ptr<PJ_OBJ_LIST, ReleasedBy<proj_list_destroy>>;
+using PjIntList = std::unique_ptr<int, ReleasedBy<proj_int_list_destroy>>;
+using PjFactory =
+    std::unique_ptr<PJ_OPERATION_FACTORY_CONTEXT, ReleasedBy<proj_operation_factory_context_destroy>>;
+using PjArea = std::unique_ptr<PJ_AREA, ReleasedBy<proj_area_destroy>>;
+using PjStringList = std::unique_ptr<char *, ReleasedBy<proj_string_list_destroy>>;
 
-struct PjListDestroy
+inline QStringList textsOf(const PjStringList &list)
 {
-    void operator()(PJ_OBJ_LIST *list) const { proj_list_destroy(list); }
-};
-using PjList = std::unique_ptr<PJ_OBJ_LIST, PjListDestroy>;
+    QStringList texts;
+    for (char **text = list.get(); text && *text; ++text)
+        texts << QString::fromUtf8(*text);
+    return texts;
+}
 
-struct PjIntListDestroy
+/// Hands every PROJ_CRS_INFO of the database's systems to \p take, of one authority or (null) of all, those
+/// that \p limits let through.
+template <typename Take>
+void forEachSystem(PJ_CONTEXT *context, const char *authority, const PROJ_CRS_LIST_PARAMETERS *limits,
+                   Take &&take)
 {
-    void operator()(int *list) const { proj_int_list_destroy(list); }
-};
-using PjIntList = std::unique_ptr<int, PjIntListDestroy>;
-
-struct PjFactoryDestroy
-{
-    void operator()(PJ_OPERATION_FACTORY_CONTEXT *context) const
-    {
-        proj_operation_factory_context_destroy(context);
-    }
-};
-using PjFactory = std::unique_ptr<PJ_OPERATION_FACTORY_CONTEXT, PjFactoryDestroy>;
-
-struct PjAreaDestroy
-{
-    void operator()(PJ_AREA *area) const { proj_area_destroy(area); }
-};
-using PjArea = std::unique_ptr<PJ_AREA, PjAreaDestroy>;
+    int count = 0;
+    const std::unique_ptr<PROJ_CRS_INFO *, ReleasedBy<proj_crs_info_list_destroy>> list(
+        proj_get_crs_info_list_from_database(context, authority, limits, &count));
+    for (int i = 0; list && i < count; ++i)
+        take(*list.get()[i]);
+}
 
 } // namespace nivora::cs

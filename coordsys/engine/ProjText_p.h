@@ -2,6 +2,8 @@
 
 #include <coordsys/ProjEngine.h>
 
+#include <functional>
+
 namespace nivora::cs {
 
 /// As proj4FromString(), but for text that GDAL made from WKT: "+R_A" is part of what the WKT says and stays.
@@ -18,5 +20,9 @@ QString systemTerms(const QString &proj);
 /// The words of "+title=My zone", up to the next term, which PROJ would take for a part of them.
 QString titleIn(const QString &proj);
 QString withoutTitle(const QString &proj);
+
+/// "+zone=37 +south" as zone, 37 and south, "".
+void forEachTerm(const QString &proj,
+                 const std::function<void(const QString &name, const QString &value)> &take);
 
 } // namespace nivora::cs

@@ -4,6 +4,7 @@
 #include <coordsys/GridFolders.h>
 #include <coordsys/ProjEngine.h>
 #include <platform/Logger.h>
+#include <platform/system/ReleasedBy.h>
 
 #include <cpl_conv.h>
 #include <ogr_srs_api.h>
@@ -47,18 +48,13 @@ QStringList candidates()
     return paths;
 }
 
-struct ContextDestroy
-{
-    void operator()(PJ_CONTEXT *context) const { proj_context_destroy(context); }
-};
-
 /// Whether PROJ works with a database: it refuses other layouts, and SQLite what is damaged. Tried in a
 /// context of its own, since one that opened a database keeps it.
 bool isUsable(const QString &database)
 {
     if (!QFileInfo(database).isFile()) // a FIFO would be waited for
         return false;
-    const std::unique_ptr<PJ_CONTEXT, ContextDestroy> context(proj_context_create());
+    const std::unique_ptr<PJ_CONTEXT, ReleasedBy<proj_context_destroy>> context(proj_context_create());
     proj_log_level(context.get(), PJ_LOG_NONE);
     return proj_context_set_database_path(context.get(), QFile::encodeName(database).constData(), nullptr,
                                           nullptr) &&

@@ -25,24 +25,6 @@ constexpr int deprecatedRank = 4;
 constexpr int planelessRank = 32;
 constexpr int leastPart = 3; ///< letters that a part of a name must have to be near it
 
-struct InfoListDestroy
-{
-    void operator()(PROJ_CRS_INFO **list) const { proj_crs_info_list_destroy(list); }
-};
-struct StringListDestroy
-{
-    void operator()(char **list) const { proj_string_list_destroy(list); }
-};
-using StringList = std::unique_ptr<char *, StringListDestroy>;
-
-QStringList textsOf(const StringList &list)
-{
-    QStringList words;
-    for (char **word = list.get(); word && *word; ++word)
-        words << QString::fromUtf8(*word);
-    return words;
-}
-
 // ---- Names
 
 bool isSameName(const QString &a, const QString &b)
@@ -294,16 +276,12 @@ const QVector<NamedSystem> &SystemNames::databaseSystems() const
     if (!m_database.isEmpty())
         return m_database;
     const SearchContext context;
-    int count = 0;
-    const std::unique_ptr<PROJ_CRS_INFO *, InfoListDestroy> list(
-        proj_get_crs_info_list_from_database(context.get(), nullptr, nullptr, &count));
-    for (int i = 0; list && i < count; ++i) {
-        const PROJ_CRS_INFO &info = *list.get()[i];
+    forEachSystem(context.get(), nullptr, nullptr, [this](const PROJ_CRS_INFO &info) {
         const int rank =
             rankOfType(info.type) + (info.deprecated ? deprecatedRank : 0) + (isEpsg(info.auth_name) ? 0 : 1);
         m_database << NamedSystem{QString::fromUtf8(info.name), codeText(info.auth_name, info.code),
                                   QString(), rank};
-    }
+    });
     return m_database;
 }
 
@@ -415,7 +393,7 @@ QStringList databaseAuthorities()
     // PROJ walks through the whole database for them.
     static const QStringList &known = *new QStringList([] {
         const SearchContext context;
-        return textsOf(StringList(proj_get_authorities_from_database(context.get())));
+        return textsOf(PjStringList(proj_get_authorities_from_database(context.get())));
     }());
     return known;
 }
@@ -433,7 +411,7 @@ QStringList nearestCodes(const QString &authority, const QString &code)
 {
     constexpr int limit = 1;
     const SearchContext context;
-    const QStringList codes = textsOf(StringList(
+    const QStringList codes = textsOf(PjStringList(
         proj_get_codes_from_database(context.get(), authority.toUtf8().constData(), PJ_TYPE_CRS, 0)));
     std::vector<Scored> scored;
     for (const QString &known : codes) {

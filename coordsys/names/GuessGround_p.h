@@ -5,6 +5,7 @@
 #include "PlaneTable_p.h"
 #include "ProjOperation_p.h"
 #include "SearchContext_p.h"
+#include <platform/system/ReleasedBy.h>
 
 #include <QPointF>
 
@@ -15,11 +16,8 @@
 
 namespace nivora::cs {
 
-struct SearchedPjFree
-{
-    void operator()(PJ *pj) const { proj_destroy(pj); } // an object of the search's context, under its lock
-};
-using SearchedPj = std::unique_ptr<PJ, SearchedPjFree>;
+/// An object of the search's context, under its lock.
+using SearchedPj = std::unique_ptr<PJ, ReleasedBy<proj_destroy>>;
 
 /// Positions on WGS 84.
 struct Ground

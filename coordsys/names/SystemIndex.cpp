@@ -121,11 +121,6 @@ bool isIndexed(const PROJ_CRS_INFO &info)
            info.type == PJ_TYPE_PROJECTED_CRS;
 }
 
-struct InfoListDestroy
-{
-    void operator()(PROJ_CRS_INFO **list) const { proj_crs_info_list_destroy(list); }
-};
-
 } // namespace
 
 std::optional<int> romanValue(const std::string &word)
@@ -188,13 +183,9 @@ void SystemIndex::addNames(const MapinfoCoordSystem &otherLanguage)
 void SystemIndex::addDatabase()
 {
     const SearchContext context;
-    int count = 0;
-    const std::unique_ptr<PROJ_CRS_INFO *, InfoListDestroy> list(
-        proj_get_crs_info_list_from_database(context.get(), nullptr, nullptr, &count));
-    for (int i = 0; list && i < count; ++i) {
-        const PROJ_CRS_INFO &info = *list.get()[i];
+    forEachSystem(context.get(), nullptr, nullptr, [this](const PROJ_CRS_INFO &info) {
         if (!isIndexed(info))
-            continue;
+            return;
         const QString authority = QString::fromUtf8(info.auth_name);
         const QString code = authority + QLatin1Char(':') + QString::fromUtf8(info.code);
         const QString name = QString::fromUtf8(info.name);
@@ -225,7 +216,7 @@ void SystemIndex::addDatabase()
         system.area = areaNamed(QString::fromUtf8(info.area_name));
         const std::vector<int> method = numbers(QString::fromUtf8(info.projection_method_name));
         system.group.insert(system.group.end(), method.begin(), method.end());
-    }
+    });
 }
 
 /// What the name tells. Of a catalogued system with a code the database's name is taken instead of the

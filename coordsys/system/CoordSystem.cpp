@@ -26,6 +26,23 @@ namespace {
 
 bool hasExtent(const QRectF &r) { return r.width() > 0.0 && r.height() > 0.0; } // NaN has none
 
+/// What is computed once and kept under the lock. \p compute leaves the class: it runs without the lock, and
+/// of two threads that are at it the first one's answer stays.
+template <typename T, typename Compute>
+T keptAnswer(QReadWriteLock &lock, std::optional<T> &kept, Compute &&compute)
+{
+    {
+        const QReadLocker reading(&lock);
+        if (kept)
+            return *kept;
+    }
+    const T answer = compute();
+    const QWriteLocker writing(&lock);
+    if (!kept)
+        kept = answer;
+    return *kept;
+}
+
 /// PROJ's named datums and their ellipsoids. WGS84 and NAD83 are left out: they carry no shift.
 struct NamedDatum
 {
@@ -342,16 +359,7 @@ bool CoordSystemPrivate::computeNeedCrop() const
 
 bool CoordSystem::needCropCoords() const
 {
-    {
-        const QReadLocker lock(&d->m_lock);
-        if (d->m_needCrop)
-            return *d->m_needCrop;
-    }
-    const bool answer = d->computeNeedCrop(); // leaves the class: never under the lock
-    const QWriteLocker lock(&d->m_lock);
-    if (!d->m_needCrop)
-        d->m_needCrop = answer;
-    return *d->m_needCrop;
+    return keptAnswer(d->m_lock, d->m_needCrop, [this] { return d->computeNeedCrop(); });
 }
 
 double getParamOSR(const std::function<double(void *, int *)> &f, void *srs)
@@ -416,16 +424,7 @@ QRectF CoordSystem::rectNumericCoordSys() const { return isRectSet() ? d->m_rect
 
 QRectF CoordSystem::rectInternal() const
 {
-    {
-        const QReadLocker lock(&d->m_lock);
-        if (d->m_computedRect)
-            return *d->m_computedRect;
-    }
-    const QRectF rect = d->computeRect(); // leaves the class: never under the lock
-    const QWriteLocker lock(&d->m_lock);
-    if (!d->m_computedRect)
-        d->m_computedRect = rect;
-    return *d->m_computedRect;
+    return keptAnswer(d->m_lock, d->m_computedRect, [this] { return d->computeRect(); });
 }
 
 QRectF CoordSystemPrivate::computeRect() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <platform/system/ReleasedBy.h>
+
 #include <QString>
 #include <QStringList>
 
@@ -33,23 +35,9 @@ private:
     QStringList m_warnings;
 };
 
-struct DatasetClose
-{
-    void operator()(GDALDatasetH dataset) const { GDALClose(dataset); }
-};
-using Dataset = std::unique_ptr<void, DatasetClose>;
-
-struct FeatureDestroy
-{
-    void operator()(OGRFeatureH feature) const { OGR_F_Destroy(feature); }
-};
-using Feature = std::unique_ptr<void, FeatureDestroy>;
-
-struct GeometryDestroy
-{
-    void operator()(OGRGeometryH geometry) const { OGR_G_DestroyGeometry(geometry); }
-};
-using Geometry = std::unique_ptr<void, GeometryDestroy>;
+using Dataset = std::unique_ptr<void, ReleasedBy<GDALClose>>;
+using Feature = std::unique_ptr<void, ReleasedBy<OGR_F_Destroy>>;
+using Geometry = std::unique_ptr<void, ReleasedBy<OGR_G_DestroyGeometry>>;
 
 /// Opens for reading. \p encoding: of the texts, for drivers that decode them; empty for what the file says.
 /// Throws Failure with GDAL's reason.

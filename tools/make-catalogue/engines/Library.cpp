@@ -8,6 +8,7 @@
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/PrjText.h>
 #include <coordsys/ProjectionParamsManager.h>
+#include <platform/system/ReleasedBy.h>
 
 #include <proj.h>
 
@@ -26,15 +27,10 @@ void write(const QString &path, const QByteArray &content)
         throw Failure(QStringLiteral("%1: %2").arg(path, file.errorString()));
 }
 
-struct InfoListFree
-{
-    void operator()(PROJ_CRS_INFO **list) const { proj_crs_info_list_destroy(list); }
-};
-
 std::set<int> horizontalCodes()
 {
     int count = 0;
-    const std::unique_ptr<PROJ_CRS_INFO *, InfoListFree> list(
+    const std::unique_ptr<PROJ_CRS_INFO *, ReleasedBy<proj_crs_info_list_destroy>> list(
         proj_get_crs_info_list_from_database(nullptr, "EPSG", nullptr, &count));
     std::set<int> codes;
     for (int i = 0; i < count; ++i) {

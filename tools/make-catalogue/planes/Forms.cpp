@@ -1,16 +1,23 @@
 #include "planes/Forms.h"
 
+#include "ParallelFormulas_p.h"
+#include "ProjectionTable_p.h"
 #include "engines/Engine.h"
 #include "reading/Numbers.h"
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <set>
 
 namespace catalogue {
 namespace {
 
-constexpr double degreeRad = 0.017453292519943295;
-constexpr double quarter = 90.0 * degreeRad;
+using nivora::cs::mercatorParallel;
+using nivora::cs::quarterRad;
+using nivora::cs::radPerDeg;
+using nivora::cs::trueParallel;
+
 constexpr double negligible = 1.0e-9;
 
 // Codes of EPSG parameters.
@@ -37,28 +44,19 @@ enum Parameter : int {
     LonOfOrigin = 8833
 };
 
-/// What each parameter of a MapInfo projection is: angle, length or plain number. Lengths are in the unit of
-/// the system. Projections that the driver misreads (32, 34, 35) are left out.
-const char *kinds(int projection)
+/// Null for Denmark's polynomials, which no code of EPSG has, and for projections that the driver misreads.
+const nivora::cs::Projection *usableProjection(int number)
 {
-    static const std::map<int, const char *> table = {
-        {2, "aa"},     {3, "aaaall"}, {4, "aaa"},    {5, "aaa"},  {6, "aaaall"}, {7, "aaasll"},
-        {8, "aasll"},  {9, "aaaall"}, {10, "a"},     {11, "a"},   {12, "a"},     {13, "a"},
-        {14, "a"},     {15, "a"},     {16, "a"},     {17, "a"},   {18, "aall"},  {19, "aaaall"},
-        {20, "aasll"}, {24, "aasll"}, {25, "aall"},  {26, "aa"},  {27, "aall"},  {28, "aaa"},
-        {29, "aaa"},   {30, "aall"},  {31, "aasll"}, {33, "aall"}};
-    const auto found = table.find(projection);
-    return found == table.end() ? nullptr : found->second;
+    static const std::set<int> left = {0, 1, 21, 22, 23, 32, 34, 35};
+    return left.count(number) ? nullptr : nivora::cs::projectionByNumber(number);
 }
 
 /// Angles to 1e-10 degree (a hundredth of a millimetre), lengths to 1e-6: conversions leave dust behind that.
-QString paramText(double value, char kind)
+QString paramText(double value, char letter)
 {
-    if (kind == 'a')
-        return numberText(value, 10);
-    if (kind == 'l')
-        return numberText(value, 6);
-    return QString::number(value, 'g', 15);
+    if (letter == 's')
+        return QString::number(value, 'g', 15);
+    return numberText(value, letter == 'e' || letter == 'n' ? 6 : 10);
 }
 
 /// The order of the parallels of projection 3 does not matter to the plane, but the driver puts known pairs
@@ -74,52 +72,22 @@ void orderParallels(Form &form)
 std::vector<Form> made(int projection, int unit, const std::vector<double> &values)
 {
     Form form{projection, unit, {}};
-    const char *kind = kinds(projection);
+    const char *letters = usableProjection(projection)->parameters;
     for (std::size_t i = 0; i < values.size(); ++i)
-        form.params << paramText(values[i], kind[i]);
+        form.params << paramText(values[i], letters[i]);
     orderParallels(form);
     return {form};
-}
-
-/// Radius of a parallel over the semi-major axis, and the isometric colatitude's tangent (Snyder, Map
-/// Projections, formulas 14-15 and 15-9).
-double radius(double lat, double e2)
-{
-    return std::cos(lat) / std::sqrt(1.0 - e2 * std::sin(lat) * std::sin(lat));
-}
-double isometric(double lat, double e2)
-{
-    const double e = std::sqrt(e2);
-    const double s = e * std::sin(lat);
-    return std::tan(quarter / 2.0 - lat / 2.0) / std::pow((1.0 - s) / (1.0 + s), e / 2.0);
-}
-
-/// The parallel, between the origin and \p far, where a cone of one parallel has the scale 1.
-double trueParallel(double origin, double scale, double far, double e2)
-{
-    const double n = std::sin(origin);
-    const auto tooLarge = [&](double lat) {
-        return scale * radius(origin, e2) / radius(lat, e2) *
-                   std::pow(isometric(lat, e2) / isometric(origin, e2), n) >
-               1.0;
-    };
-    double inner = origin;
-    for (int i = 0; i < 200; ++i) {
-        const double middle = (inner + far) / 2.0;
-        (tooLarge(middle) ? far : inner) = middle;
-    }
-    return (inner + far) / 2.0 / degreeRad;
 }
 
 /// Scale at the pole of a polar stereographic that is true at a parallel (Snyder, 21-33 and 21-34).
 double polarScale(double parallel, double e2)
 {
-    const double lat = std::fabs(parallel) * degreeRad;
+    const double lat = std::fabs(parallel) * radPerDeg;
     const double e = std::sqrt(e2);
-    if (quarter - lat < 1.0e-12)
+    if (quarterRad - lat < 1.0e-12)
         return 1.0;
-    return radius(lat, e2) * std::sqrt(std::pow(1.0 + e, 1.0 + e) * std::pow(1.0 - e, 1.0 - e)) /
-           (2.0 * isometric(lat, e2));
+    return nivora::cs::radius(lat, e2) * std::sqrt(std::pow(1.0 + e, 1.0 + e) * std::pow(1.0 - e, 1.0 - e)) /
+           (2.0 * nivora::cs::isometric(lat, e2));
 }
 
 std::vector<Form> lambert1(const Conversion &c, int unit, double fe, double fn, double e2)
@@ -131,9 +99,9 @@ std::vector<Form> lambert1(const Conversion &c, int unit, double fe, double fn, 
     double low = lat;
     double high = lat;
     if (scale < 1.0) {
-        constexpr double farthest = 12.0 * degreeRad; // a scale of 0.98 and less, smaller than any in use
-        low = trueParallel(lat * degreeRad, scale, lat * degreeRad - farthest, e2);
-        high = trueParallel(lat * degreeRad, scale, lat * degreeRad + farthest, e2);
+        constexpr double farthest = 12.0 * radPerDeg; // a scale of 0.98 and less, smaller than any in use
+        low = trueParallel(lat * radPerDeg, scale, lat * radPerDeg - farthest, e2);
+        high = trueParallel(lat * radPerDeg, scale, lat * radPerDeg + farthest, e2);
     }
     return made(3, unit, {c.value(LonOrigin), lat, low, high, fe, fn});
 }
@@ -145,8 +113,7 @@ std::vector<Form> mercator(const Conversion &c, int unit, double fe, double fn, 
         return {};
     if (scale == 1.0)
         return made(10, unit, {c.value(LonOrigin)});
-    const double cosine = std::sqrt(scale * scale * (1.0 - e2) / (1.0 - scale * scale * e2));
-    return made(26, unit, {c.value(LonOrigin), std::acos(cosine) / degreeRad});
+    return made(26, unit, {c.value(LonOrigin), mercatorParallel(scale, e2)});
 }
 
 std::vector<Form> hotine(const Conversion &c, int unit, double factor, const Ellipsoid &ellipsoid)
@@ -299,12 +266,12 @@ std::vector<Form> driverForms(const QString &text, int unit)
     const int projection = tokens.takeFirst().toInt();
     const int datum = tokens.takeFirst().toInt();
     tokens = tokens.mid(datum == 999 ? 4 : datum == 9999 ? 9 : 0);
-    const char *kind = kinds(projection);
-    if (!kind || tokens.size() != 1 + static_cast<int>(qstrlen(kind)))
+    const nivora::cs::Projection *row = usableProjection(projection);
+    if (!row || tokens.size() != 1 + row->count())
         return {};
     Form form{projection, unit, {}};
     for (int i = 1; i < tokens.size(); ++i)
-        form.params << paramText(tokens[i].toDouble(), kind[i - 1]);
+        form.params << paramText(tokens[i].toDouble(), row->parameters[i - 1]);
     orderParallels(form);
     return {form};
 }
