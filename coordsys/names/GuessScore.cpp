@@ -9,15 +9,16 @@ namespace nivora::cs {
 namespace {
 
 // Found by trying, with guess-rates.
-constexpr double standingWeight = 0.4;
-constexpr double densityWeight = 0.9;
+constexpr double standingWeight = 0.6;
+constexpr double densityWeight = 0.6;
 constexpr double earthKm2 = 5.1e8;
-constexpr double inForceWorth = 2.0;
-constexpr double inForceStep = 0.2;
-constexpr double leastInForce = 1.0;
-constexpr double ofFamilyInForce = 1.0;
+constexpr double inForceWorth = 2.5;
+constexpr double inForceStep = 0.25;
+constexpr double leastInForce = 1.25;
+constexpr double ofFamilyInForce = 1.25;
 constexpr double ofToday = 0.15;
-constexpr double shareWeight = 8.0;
+constexpr double shareWeight = 6.0;
+constexpr double uncatalogued = 0.9; ///< what the catalogue of everyday systems leaves out is rarer
 constexpr double townReachM = 300e3;
 constexpr double mostWithoutTown = 3.0;
 constexpr double placeReachM = 100e3; ///< nearer than that is nearly as good
@@ -35,6 +36,7 @@ double GuessScore::beforehand(const IndexedSystem &system, const GuessReading &r
 {
     double score = standingWeight * system.standing - reading.doubt -
                    densityWeight * std::log(std::max(1.0, system.share * earthKm2));
+    score -= system.hit.isInCatalogue() ? 0.0 : uncatalogued;
     for (const auto &[code, worth] : everywhere)
         score += system.hit.code == QLatin1String(code) ? worth : 0.0;
     return score;
