@@ -27,10 +27,12 @@ public:
     struct Hit
     {
         /// Category and index, as MapinfoCoordSystem takes them; both -1 for a system that the PROJ database
-        /// has and the catalogue does not: CoordSysFactory::createFromUserInput makes it by its code.
+        /// has and the catalogue does not: CoordSysFactory::createFromUserInput makes it by its code. Of a
+        /// user's own system -2 less its branch, and its number in that, as UserCoordSystem::data() had them
+        /// when the search was made; createFromUserInput makes it by its name.
         std::pair<int, int> position;
-        QString category;                             ///< its name, empty outside of the catalogue
-        QString name;                                 ///< of the entry
+        QString category; ///< its name, the branch of a user's own system, else empty
+        QString name;     ///< of the entry
         int epsg = CoordSystemTypes::EPSG_UNDEFINDED; ///< EPSG_UNDEFINDED when it has none
 
         QString code;             ///< "EPSG:4326", "ESRI:54030"; empty when it has none
@@ -38,6 +40,8 @@ public:
 
         /// Whether the position is one.
         bool isInCatalogue() const { return position.first >= 0; }
+        /// Whether it is a user's own system.
+        bool isOwn() const { return position.first < -1; }
     };
 
     /// Reads the catalogue; it need not outlive the search.
@@ -98,8 +102,10 @@ public:
     bool isWithdrawn(const QString &code) const;
 
 private:
+    friend class SearchMaker;
     friend class SystemGuess;
     struct Data;
+    NIVORA_CS_NO_EXPORT explicit MapinfoSearch(std::unique_ptr<Data> data);
     std::unique_ptr<Data> m_data;
 };
 

@@ -30,11 +30,11 @@ enum class GuessAssumption {
 /// The assumption in words, for people.
 NIVORA_CS_EXPORT QString assumptionText(GuessAssumption assumption);
 
-/// Finds the systems that bare coordinates may be in: those of PROJ's database whose area of use, computed in
-/// each system's own plane in advance, holds the data. It is no search by name and converts nothing for
-/// keeps. Systems that the data cannot tell apart are one entry. x is longitude or easting first, places are
-/// longitude and latitude on WGS 84 in degrees.
-/// Threads: const calls may run together; a guess takes its turn with other searches of PROJ's database.
+/// Finds the systems that bare coordinates may be in: those of PROJ's database, of the catalogue and of the
+/// user whose area of use, computed in each system's own plane in advance, holds the data. It is no search by
+/// name and converts nothing for keeps. Systems that the data cannot tell apart are one entry. x is longitude
+/// or easting first, places are longitude and latitude on WGS 84 in degrees. Threads: const calls may run
+/// together; a guess takes its turn with other searches of PROJ's database.
 class NIVORA_CS_EXPORT SystemGuess
 {
 public:
@@ -50,8 +50,8 @@ public:
     /// A system that the data may be in.
     struct Member
     {
-        QString code;             ///< "EPSG:32637"
-        QString name;             ///< for people
+        QString code; ///< "EPSG:32637"; empty for the user's own and entries of the catalogue without one
+        QString name; ///< for people; CoordSysFactory::createFromUserInput makes what has no code by it
         bool isWithdrawn = false; ///< the authority has another system in its place
         double metres = 0.0;      ///< from the first member, the most on the data
     };
@@ -86,7 +86,7 @@ public:
         QString code;          ///< the stated one
         double share = 0.0;    ///< of the data inside its area of use
         bool isRaised = false; ///< most of the data lie outside
-        QString fits;          ///< the first system whose area holds them, "EPSG:28408"; empty when none does
+        QString fits; ///< the first system whose area holds them, "EPSG:28408", or a name; empty for none
     };
 
     /// An answer.
@@ -97,6 +97,7 @@ public:
     };
 
     /// \p search, with its tables loaded, must outlive the guess; \p resources holds "system-planes.tsv".
+    /// systemGuess() knows systems without a code too, this one does not.
     SystemGuess(const MapinfoSearch &search, const QDir &resources);
     ~SystemGuess();
     SystemGuess(const SystemGuess &) = delete;
@@ -114,6 +115,7 @@ public:
     bool writePlanes(QIODevice &file) const;
 
 private:
+    friend class SearchMaker;
     struct Data;
     std::unique_ptr<Data> m_data;
 };

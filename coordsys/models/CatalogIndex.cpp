@@ -44,7 +44,7 @@ bool holdsWords(const QString &searchText, const QStringList &words)
 }
 
 CatalogIndex::CatalogIndex(const CataloguePtr &catalogue, const QDir &resources, const QString &language)
-    : m_search(sharedSearch(catalogue, resources, language))
+    : m_search(sharedSearch(catalogue, resources, language, {}))
 {
     // What it reads on first call is read now, not when somebody types.
     m_search->find(QStringLiteral("utm"), 1);

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <iterator>
 #include <limits>
 #include <utility>
@@ -52,6 +53,8 @@ struct Query
     Answer answer() const;
     Entries find(const QString &words, const Place &where, QStringList *without = nullptr) const;
     void addOwn(const QStringList &words, Entries &out) const;
+    void addOwn(int branch, int row, Entries &out) const;
+    bool isFound(const Entries &entries, int branch, int row) const;
     QStringList addFound(const QString &words, const Place &where, Entries &out) const;
     CoordSystemFilterModel::Relaxation leftAside(const QStringList &without, int count) const;
     QRectF areaOf(const Entry &entry) const;
@@ -62,6 +65,8 @@ struct Query
     Place place;
     bool isWithdrawnShown;
     std::shared_ptr<const CatalogIndex> index;
+    std::function<std::shared_ptr<const MapinfoSearch>(const QList<UserCoordSystem::CsDataType> &)>
+        searchWith;
     QList<CoordSystemParamsList> categories;
     QList<UserCoordSystem::CsDataType> branches;
 };
@@ -106,26 +111,40 @@ void Query::addOwn(const QStringList &words, Entries &out) const
     for (int branch = 0; branch < branches.size(); ++branch) {
         const auto &list = branches.at(branch);
         for (int row = 0; row < list.entries.size(); ++row) {
-            const CoordSystemTypes::SourceData &source = list.entries.at(row).source();
-            const QString known = list.entries.at(row).description() + QLatin1Char(' ') + list.name +
-                                  QLatin1Char(' ') + source.string;
-            const int code = source.type == CoordSystemTypes::Epsg ? source.string.toInt()
-                                                                   : CoordSystemTypes::EPSG_UNDEFINDED;
+            const UserCoordSystem::CoordSystemParam &own = list.entries.at(row);
+            const QString known =
+                own.description() + QLatin1Char(' ') + list.name + QLatin1Char(' ') + own.source().string;
             if (holdsWords(searchText(known), words))
-                out << Entry{CoordSystemCatalogModel::OwnSystems, branch, row, code};
+                addOwn(branch, row, out);
         }
     }
+}
+
+/// Unless it is there.
+void Query::addOwn(int branch, int row, Entries &out) const
+{
+    const auto isIt = [&](const Entry &entry) {
+        return entry.section == CoordSystemCatalogModel::OwnSystems && entry.group == branch &&
+               entry.row == row;
+    };
+    const CoordSystemTypes::SourceData &source = branches.at(branch).entries.at(row).source();
+    const int code =
+        source.type == CoordSystemTypes::Epsg ? source.string.toInt() : CoordSystemTypes::EPSG_UNDEFINDED;
+    if (std::none_of(out.begin(), out.end(), isIt))
+        out << Entry{CoordSystemCatalogModel::OwnSystems, branch, row, code};
 }
 
 /// \return the words of no use.
 QStringList Query::addFound(const QString &words, const Place &where, Entries &out) const
 {
     const std::optional<QPointF> middle = where ? std::optional<QPointF>(where->center()) : std::nullopt;
-    const auto answer = index->search().answer(words, middle, std::numeric_limits<int>::max());
+    const auto answer = searchWith(branches)->answer(words, middle, std::numeric_limits<int>::max());
     for (const MapinfoSearch::Hit &hit : answer.hits) {
         if (hit.isWithdrawn && !isWithdrawnShown)
             continue;
-        if (hit.isInCatalogue())
+        if (hit.isOwn())
+            addOwn(-2 - hit.position.first, hit.position.second, out);
+        else if (hit.isInCatalogue())
             out << Entry{CoordSystemCatalogModel::MapinfoCatalogue, hit.position.first, hit.position.second,
                          hit.epsg};
         else if (const auto row = index->uncatalogued(hit.code))
@@ -286,8 +305,14 @@ void CoordSystemFilterModelPrivate::start()
     m_worker.isRunning = true;
     m_worker.isOvertaken = false;
     const CoordSystemCatalogModelPrivate &known = CoordSystemCatalogModelPrivate::get(m_source);
-    const Query query{m_text,          m_place, m_isWithdrawnShown, known.m_index, known.m_categories,
-                      known.m_branches};
+    const CoordSysFactory &factory = *m_source.factory();
+    const auto searchWith = [catalogue = CataloguePtr(factory.mapinfoCoordSystem()),
+                             dir = factory.resourceDir(),
+                             language = factory.language()](const auto &branches) {
+        return sharedSearch(catalogue, dir, language, branches);
+    };
+    const Query query{
+        m_text, m_place, m_isWithdrawnShown, known.m_index, searchWith, known.m_categories, known.m_branches};
     m_worker.watcher.setFuture(QtConcurrent::run(&m_worker.pool, [query] { return query.answer(); }));
 }
 

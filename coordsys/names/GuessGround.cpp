@@ -4,7 +4,8 @@
 #include "GeographicExtent_p.h"
 #include "ProjLists_p.h"
 #include "ProjPoint_p.h"
-#include <coordsys/CoordSystemTypes.h>
+#include <coordsys/CoordSystem.h>
+#include <coordsys/CoordTransform.h>
 
 #include <algorithm>
 #include <cmath>
@@ -89,7 +90,10 @@ bool isGeocentric(PJ_CONTEXT *context, const PJ *crs)
 
 std::vector<QPointF> GuessGround::inverse(const PlaneOfSystem &system, std::vector<QPointF> points)
 {
-    const QByteArray &pipeline = m_table.planes()[static_cast<std::size_t>(system.plane)].pipeline;
+    const Plane &plane = m_table.planes()[static_cast<std::size_t>(system.plane)];
+    if (plane.object)
+        return inverseByObject(plane, std::move(points));
+    const QByteArray &pipeline = plane.pipeline;
     if (pipeline.isEmpty()) {
         for (QPointF &point : points)
             point.rx() += system.meridianDeg;
@@ -107,6 +111,25 @@ std::vector<QPointF> GuessGround::inverse(const PlaneOfSystem &system, std::vect
         point = isPlace ? QPointF(at.xy.x + system.meridianDeg, at.xy.y) : QPointF(nan, nan);
     }
     return points;
+}
+
+std::vector<QPointF> GuessGround::inverseByObject(const Plane &plane, std::vector<QPointF> points) const
+{
+    const std::vector<QPointF> nowhere(points.size(), QPointF(nan, nan));
+    try {
+        const CoordSystemPtr system = m_wgs84 ? plane.object() : nullptr;
+        if (!system)
+            return nowhere;
+        const CoordTransform way(system, m_wgs84);
+        for (QPointF &point : points)
+            if (QPointF there; way.forward(point, there))
+                point = there;
+            else
+                point = {nan, nan};
+        return points;
+    } catch (const std::exception &) { // a text of the user's that makes no system
+        return nowhere;
+    }
 }
 
 GuessGround::Key GuessGround::keyOf(const PlaneOfSystem &system, const QPointF &centre)

@@ -12,6 +12,7 @@
 #include <map>
 #include <memory>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace nivora::cs {
@@ -31,8 +32,10 @@ struct Ground
 class GuessGround
 {
 public:
-    explicit GuessGround(const PlaneTable &table)
+    /// \p wgs84 is what systems without a code are taken to; null: they lie nowhere.
+    GuessGround(const PlaneTable &table, CoordSystemPtr wgs84)
         : m_table(table)
+        , m_wgs84(std::move(wgs84))
     {}
 
     /// Longitudes and latitudes, degrees from Greenwich on the system's own datum, of points in its plane;
@@ -63,8 +66,11 @@ private:
     const Shift &shiftOf(const PlaneOfSystem &system, const QPointF &centre);
     Shift shiftBetween(const QByteArray &base, const QPointF &centre);
 
+    std::vector<QPointF> inverseByObject(const Plane &plane, std::vector<QPointF> points) const;
+
     SearchContext m_context;
     const PlaneTable &m_table;
+    CoordSystemPtr m_wgs84;
     std::map<int, SearchedPj> m_planes;
     std::map<Key, Shift> m_shifts;
 };

@@ -13,6 +13,10 @@ MapinfoSearch::MapinfoSearch(const MapinfoCoordSystem &catalogue)
     : m_data(std::make_unique<Data>(catalogue))
 {}
 
+MapinfoSearch::MapinfoSearch(std::unique_ptr<Data> data)
+    : m_data(std::move(data))
+{}
+
 MapinfoSearch::~MapinfoSearch() = default;
 
 void MapinfoSearch::addNames(const MapinfoCoordSystem &otherLanguage)
@@ -48,6 +52,8 @@ MapinfoSearch::Answer MapinfoSearch::answer(const QString &text, const std::opti
         query.place = lonLat;
         query.placeCountry = query.country >= 0 ? query.country : m_data->lexicon.countryAt(*lonLat);
     }
+    if (query.place)
+        m_data->indexWithPlaces();
     const bool isPlace = !lonLat || std::isfinite(lonLat->x() + lonLat->y());
     if (query.isEmpty() || query.isUnpublished || limit < 1 || !isPlace)
         return answer;

@@ -1,9 +1,14 @@
 #pragma once
 
+#include "CodelessSystems_p.h"
 #include "SearchLexicon_p.h"
 #include "SystemIndex_p.h"
 
+#include <QFileInfo>
+
 #include <mutex>
+#include <utility>
+#include <vector>
 
 namespace nivora::cs {
 
@@ -12,17 +17,40 @@ struct NIVORA_CS_NO_EXPORT MapinfoSearch::Data
     explicit Data(const MapinfoCoordSystem &catalogue)
         : systems(catalogue)
     {}
+    /// The same with a user's own systems.
+    Data(Data &base, std::vector<CodelessSystem> ownSystems)
+        : systems(base.index())
+        , lexicon(base.lexicon)
+        , own(std::move(ownSystems))
+        , isRead(true)
+    {
+        for (const CodelessSystem &system : own)
+            systems.addOwn(system);
+    }
 
     /// With the database, which is read when something is looked for first.
     const SystemIndex &index()
     {
-        std::call_once(databaseOnce, [this] { systems.addDatabase(); });
+        std::call_once(databaseOnce, [this] {
+            if (!isRead)
+                systems.addDatabase();
+        });
+        return systems;
+    }
+    /// The same, where the user's own are told by place: each has to be made for that.
+    const SystemIndex &indexWithPlaces()
+    {
+        index();
+        std::call_once(placesOnce, [this] { systems.locate(own, CodelessAreas({})); });
         return systems;
     }
 
     SystemIndex systems;
     SearchLexicon lexicon;
+    std::vector<CodelessSystem> own;
+    bool isRead = false;
     std::once_flag databaseOnce;
+    std::once_flag placesOnce;
 };
 
 } // namespace nivora::cs

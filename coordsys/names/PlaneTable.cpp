@@ -204,6 +204,15 @@ void PlaneTable::addRow(const QList<QByteArray> &cells, int plane, int system)
                          cells.at(Meridian).toDouble()});
 }
 
+void PlaneTable::add(int system, const LocatedSystem &located, const std::function<CoordSystemPtr()> &object)
+{
+    Plane plane;
+    plane.object = object;
+    m_systems.push_back({system, static_cast<int>(m_planes.size()), baseOf("EPSG:4326"), located.box,
+                         located.metresPerUnit, 0.0});
+    m_planes.push_back(std::move(plane));
+}
+
 int PlaneTable::planeOf(const QByteArray &pipeline)
 {
     const auto known = m_planeNumbers.constFind(pipeline);

@@ -9,6 +9,7 @@
 
 #include <proj.h>
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -23,6 +24,8 @@ struct Plane
     QByteArray pipeline; ///< PROJ text from degrees, from the base's meridian; empty: longitude and latitude
     int falseZone = 0;   ///< millions before a false easting of 500 km, 0 without
     std::vector<int> zones; ///< numbers that a zone of this meridian goes by; of others with 500 km none
+    /// Of a system without a code: its object takes the plane to WGS 84 at once.
+    std::function<CoordSystemPtr()> object;
 };
 
 /// A system with its area of use in its own coordinates.
@@ -43,6 +46,9 @@ public:
     /// The rows of the file that the database still has, the systems of longitude and latitude, and what the
     /// file does not know of, computed now.
     PlaneTable(const QFileInfo &file, const SystemIndex &index);
+
+    /// A system without a code.
+    void add(int system, const LocatedSystem &located, const std::function<CoordSystemPtr()> &object);
 
     const std::vector<Plane> &planes() const { return m_planes; }
     const std::vector<PlaneOfSystem> &systems() const { return m_systems; }

@@ -6,6 +6,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <limits>
+#include <numeric>
 
 namespace nivora::cs {
 namespace {
@@ -114,6 +117,12 @@ int SearchLexicon::loadTowns(const QFileInfo &file)
             add(m_townNames, name, m_towns.size());
         m_towns.push_back({lonLat, countryNamed(cells.value(Country))});
     }
+    m_byLatitude.resize(m_towns.size());
+    std::iota(m_byLatitude.begin(), m_byLatitude.end(), 0);
+    std::sort(m_byLatitude.begin(), m_byLatitude.end(), [this](int a, int b) {
+        return m_towns[static_cast<std::size_t>(a)].lonLat.y() <
+               m_towns[static_cast<std::size_t>(b)].lonLat.y();
+    });
     return rows ? count : -1;
 }
 
@@ -167,16 +176,28 @@ int SearchLexicon::countryAt(const QPointF &lonLat) const
 
 int SearchLexicon::townNear(const QPointF &lonLat) const
 {
-    const auto squareTo = [&lonLat](const SearchTown &town) {
-        const double east = std::remainder(town.lonLat.x() - lonLat.x(), 360.0) *
-                            std::cos(lonLat.y() * CoordSystemTypes::DEGREES_TO_RADIANS);
-        const double north = town.lonLat.y() - lonLat.y();
-        return east * east + north * north;
+    const auto at = [this](int town) { return m_towns[static_cast<std::size_t>(town)].lonLat; };
+    const double shrink = std::cos(lonLat.y() * CoordSystemTypes::DEGREES_TO_RADIANS);
+    int nearest = -1;
+    double least = std::numeric_limits<double>::infinity();
+    // False when this town is too far to the north or south, and so all beyond it.
+    const auto take = [&](int town) {
+        const double north = at(town).y() - lonLat.y();
+        const double east = std::remainder(at(town).x() - lonLat.x(), 360.0) * shrink;
+        const double square = east * east + north * north;
+        if (square < least || (square == least && town < nearest)) {
+            least = square;
+            nearest = town;
+        }
+        return north * north <= least;
     };
-    const auto nearest = std::min_element(m_towns.begin(), m_towns.end(), [&](const auto &a, const auto &b) {
-        return squareTo(a) < squareTo(b);
-    });
-    return nearest == m_towns.end() ? -1 : static_cast<int>(nearest - m_towns.begin());
+    const auto middle = std::lower_bound(m_byLatitude.begin(), m_byLatitude.end(), lonLat.y(),
+                                         [&](int town, double latitude) { return at(town).y() < latitude; });
+    for (auto town = middle; town != m_byLatitude.end() && take(*town); ++town) {
+    }
+    for (auto town = middle; town != m_byLatitude.begin() && take(*std::prev(town)); --town) {
+    }
+    return nearest;
 }
 
 QString SearchLexicon::remark(const Words &words, const QString &language) const

@@ -90,6 +90,7 @@ private:
 
     std::vector<SearchCountry> m_countries;
     std::vector<SearchTown> m_towns;
+    std::vector<int> m_byLatitude; ///< towns from south to north
     std::vector<SearchAlias> m_aliases;
     Phrases m_countryNames;
     Phrases m_townNames;

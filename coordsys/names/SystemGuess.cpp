@@ -3,17 +3,15 @@
 #include "GeographicExtent_p.h"
 #include "GuessGroups_p.h"
 #include "GuessScore_p.h"
-#include "MapinfoSearchData_p.h"
 #include "SearchWords_p.h"
+#include "SystemGuessData_p.h"
 #include <coordsys/NumberText.h>
 
 #include <QDir>
-#include <QFileInfo>
 
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <mutex>
 
 namespace nivora::cs {
 namespace {
@@ -99,6 +97,11 @@ double shareInside(const QRectF &area, const std::vector<QPointF> &lonLat)
     return static_cast<double>(inside) / static_cast<double>(lonLat.size());
 }
 
+QString nameOrCode(const SystemGuess::Member &member)
+{
+    return member.code.isEmpty() ? member.name : member.code;
+}
+
 bool isBetter(const GuessCandidate &a, const GuessCandidate &b) { return a.score > b.score; }
 
 /// One question.
@@ -106,7 +109,7 @@ class Guessing
 {
 public:
     Guessing(const SystemIndex &index, const SearchLexicon &lexicon, const PlaneTable &table,
-             const SystemGuess::Question &question)
+             const CoordSystemPtr &wgs84, const SystemGuess::Question &question)
         : m_index(index)
         , m_table(table)
         , m_question(question)
@@ -114,7 +117,7 @@ public:
         , m_readings(readingsOf(m_sample, question.isSwapped))
         , m_doubtOfLengths(doubtOfLengths(m_sample))
         , m_score(index, lexicon, question.place)
-        , m_ground(table)
+        , m_ground(table, wgs84)
     {}
 
     SystemGuess::Answer answer(int limit);
@@ -300,7 +303,7 @@ std::optional<SystemGuess::Doubt> Guessing::doubt(const QVector<SystemGuess::Ent
     SystemGuess::Doubt doubt{m_question.stated, candidate.share, candidate.share < doubtfulShare, {}};
     for (const SystemGuess::Entry &entry : entries)
         if (doubt.fits.isEmpty() && entry.share >= doubtfulShare && entry.assumptions.isEmpty())
-            doubt.fits = entry.members.first().code;
+            doubt.fits = nameOrCode(entry.members.first());
     return doubt;
 }
 
@@ -320,31 +323,17 @@ SystemGuess::Answer Guessing::answer(int limit)
 
 } // namespace
 
-struct NIVORA_CS_NO_EXPORT SystemGuess::Data
-{
-    const SystemIndex &index() const { return search.index(); }
-    const SearchLexicon &lexicon() const { return search.lexicon; }
-    const PlaneTable &table()
-    {
-        std::call_once(once, [this] { planes = std::make_unique<PlaneTable>(file, index()); });
-        return *planes;
-    }
-
-    MapinfoSearch::Data &search;
-    QFileInfo file;
-    std::once_flag once;
-    std::unique_ptr<PlaneTable> planes;
-};
-
 SystemGuess::SystemGuess(const MapinfoSearch &search, const QDir &resources)
-    : m_data(new Data{*search.m_data, QFileInfo(resources, QStringLiteral("system-planes.tsv")), {}, {}})
+    : m_data(new Data(*search.m_data, QFileInfo(resources, QStringLiteral("system-planes.tsv"))))
 {}
 
 SystemGuess::~SystemGuess() = default;
 
 SystemGuess::Answer SystemGuess::guess(const Question &question, int limit) const
 {
-    return Guessing(m_data->index(), m_data->lexicon(), m_data->table(), question).answer(limit);
+    const Data::Tables &tables = m_data->tables();
+    return Guessing(tables.index, m_data->search.lexicon, tables.planes, m_data->wgs84, question)
+        .answer(limit);
 }
 
 std::optional<QPointF> SystemGuess::placeNamed(const QString &text) const
@@ -358,12 +347,21 @@ std::optional<QPointF> SystemGuess::placeNamed(const QString &text) const
         return std::fabs(lon) <= 360.0 && std::fabs(lat) <= 90.0 ? std::make_optional(QPointF(lon, lat))
                                                                  : std::nullopt;
     const std::vector<std::string> words = wordsOf(text);
-    const SearchLexicon &lexicon = m_data->lexicon();
+    const SearchLexicon &lexicon = m_data->search.lexicon;
     if (const auto towns = lexicon.townsIn(words); !towns.empty() && towns.front().count == words.size())
         return lexicon.towns()[static_cast<std::size_t>(towns.front().index)].lonLat;
     return std::nullopt;
 }
 
-bool SystemGuess::writePlanes(QIODevice &file) const { return PlaneTable::write(file, m_data->index()); }
+bool SystemGuess::writePlanes(QIODevice &file) const
+{
+    const std::vector<CodelessSystem> &codeless = m_data->codeless;
+    const auto writeLine = [&file](const CodelessSystem &system) {
+        const QByteArray line = CodelessAreas::line(system);
+        return file.write(line) == line.size();
+    };
+    return PlaneTable::write(file, m_data->search.index()) &&
+           std::all_of(codeless.begin(), codeless.end(), writeLine);
+}
 
 } // namespace nivora::cs

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <string_view>
 
 namespace nivora::cs {
@@ -217,6 +218,39 @@ void SystemIndex::addDatabase()
         const std::vector<int> method = numbers(QString::fromUtf8(info.projection_method_name));
         system.group.insert(system.group.end(), method.begin(), method.end());
     });
+}
+
+void SystemIndex::addOwn(const CodelessSystem &own)
+{
+    constexpr double sought = 2.0; // who keeps a system of a name means it by that name
+    IndexedSystem system;
+    system.hit = {own.position, own.branch, own.name, CoordSystemTypes::EPSG_UNDEFINDED, {}};
+    system.standing = sought;
+    system.group = numbers(own.branch);
+    describe(system, own.name);
+    m_systems.push_back(std::move(system));
+}
+
+std::vector<std::pair<int, LocatedSystem>> SystemIndex::locate(const std::vector<CodelessSystem> &codeless,
+                                                               const CodelessAreas &areas)
+{
+    std::map<std::pair<int, int>, int> numbers;
+    for (std::size_t i = 0; i < m_systems.size(); ++i)
+        if (m_systems[i].hit.code.isEmpty())
+            numbers.emplace(m_systems[i].hit.position, static_cast<int>(i));
+    std::vector<std::pair<int, LocatedSystem>> all;
+    for (const CodelessSystem &one : codeless) {
+        const auto number = numbers.find(one.position);
+        const std::optional<LocatedSystem> there = number == numbers.end() ? std::nullopt : areas.of(one);
+        if (!there)
+            continue;
+        IndexedSystem &system = m_systems[static_cast<std::size_t>(number->second)];
+        system.extent = there->extent;
+        system.share = shareOfEarth(there->extent);
+        system.isGeographic = there->metresPerUnit == 0.0;
+        all.emplace_back(number->second, *there);
+    }
+    return all;
 }
 
 /// What the name tells. Of a catalogued system with a code the database's name is taken instead of the

@@ -2,6 +2,7 @@
 
 // All systems that a name, a word or a place can mean: the catalogue's and those of PROJ's database.
 
+#include "CodelessSystems_p.h"
 #include <coordsys/MapinfoSearch.h>
 
 #include <QHash>
@@ -10,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace nivora::cs {
@@ -53,6 +55,12 @@ public:
     /// its own.
     void addDatabase();
 
+    /// A user's own system, found by its name and its branch's.
+    void addOwn(const CodelessSystem &own);
+    /// Takes the areas of use of systems without a code; those that have none stay without. Returns them by
+    /// their numbers here.
+    std::vector<std::pair<int, LocatedSystem>> locate(const std::vector<CodelessSystem> &codeless,
+                                                      const CodelessAreas &areas);
     const std::vector<IndexedSystem> &systems() const { return m_systems; }
     const std::vector<std::string> &words() const { return m_words; }
     const std::vector<std::vector<int>> &areaWords() const { return m_areaWords; }

@@ -4,6 +4,7 @@
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/MapinfoSearch.h>
 #include <coordsys/SystemGuess.h>
+#include <coordsys/SystemSearch.h>
 
 #include <pybind11/numpy.h>
 #include <pybind11/stl.h>
@@ -16,6 +17,8 @@ namespace {
 /// What CoordSystem() takes for it.
 QString textFor(const cs::MapinfoSearch::Hit &hit)
 {
+    if (hit.isOwn())
+        return hit.name;
     if (!hit.code.isEmpty() || !hit.isInCatalogue())
         return hit.code;
     return Session::factory()->mapinfoCoordSystem()->getStrMB(hit.position.first, hit.position.second);
@@ -26,10 +29,10 @@ py::list find(const std::string &words, const std::optional<std::array<double, 2
     if (limit < 1)
         throw py::value_error("limit must be positive");
     const QString text = QString::fromStdString(words);
-    const cs::MapinfoSearch &search = Session::search();
+    const auto search = systemSearch(*Session::factory());
     const auto place = at ? std::make_optional(QPointF((*at)[0], (*at)[1])) : std::nullopt;
     const QVector<cs::MapinfoSearch::Hit> hits = aside([&] {
-        return text.isEmpty() && place ? search.at(*place, limit) : search.answer(text, place, limit).hits;
+        return text.isEmpty() && place ? search->at(*place, limit) : search->answer(text, place, limit).hits;
     });
     py::list list;
     for (const cs::MapinfoSearch::Hit &hit : hits)
@@ -45,7 +48,7 @@ py::list recordsOf(const QVector<cs::SystemGuess::Entry> &entries)
         py::list codes;
         py::list names;
         for (const cs::SystemGuess::Member &member : entry.members) {
-            codes.append(textOf(member.code));
+            codes.append(textOf(member.code.isEmpty() ? member.name : member.code));
             names.append(textOf(member.name));
         }
         QStringList assumptions;
@@ -68,9 +71,8 @@ py::list guess(const py::array_t<double, py::array::c_style | py::array::forceca
     question.stated = QString::fromStdString(stated);
     if (near)
         question.place = QPointF((*near)[0], (*near)[1]);
-    static const cs::SystemGuess &planes =
-        *new cs::SystemGuess(Session::search(), Session::factory()->resourceDir());
-    return recordsOf(aside([&] { return planes.guess(question, limit); }).entries);
+    const auto planes = systemGuess(*Session::factory());
+    return recordsOf(aside([&] { return planes->guess(question, limit); }).entries);
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "Session.h"
 
-#include <coordsys/MapinfoSearch.h>
 #include <coordsys/Translations.h>
 
 #include <QDir>
@@ -33,12 +32,6 @@ Wishes &wishes()
 std::shared_ptr<cs::CoordSysFactory> &started()
 {
     static auto &instance = *new std::shared_ptr<cs::CoordSysFactory>;
-    return instance;
-}
-
-std::unique_ptr<cs::MapinfoSearch> &searchMade()
-{
-    static auto &instance = *new std::unique_ptr<cs::MapinfoSearch>;
     return instance;
 }
 
@@ -160,16 +153,6 @@ const std::shared_ptr<cs::CoordSysFactory> &Session::factory()
     if (!started()) // under the interpreter's lock
         startNow();
     return started();
-}
-
-const cs::MapinfoSearch &Session::search()
-{
-    if (!searchMade()) {
-        auto made = std::make_unique<cs::MapinfoSearch>(*factory()->mapinfoCoordSystem());
-        made->loadTables(factory()->resourceDir());
-        searchMade() = std::move(made);
-    }
-    return *searchMade();
 }
 
 void Session::start(const QString &resources, const QString &language, const QString &userDir)

@@ -10,10 +10,6 @@
 
 class QThreadPool;
 
-namespace nivora::cs {
-class MapinfoSearch;
-}
-
 namespace nivora::python {
 
 namespace py = pybind11;
@@ -24,8 +20,6 @@ class Session
 public:
     /// Throws std::logic_error when they cannot be read.
     static const std::shared_ptr<cs::CoordSysFactory> &factory();
-    /// The index over the catalogues of the session; made by the first search.
-    static const cs::MapinfoSearch &search();
     /// With other catalogues or another language than the first call would take; only before that call.
     static void start(const QString &resources, const QString &language, const QString &userDir);
     /// Where lists are converted. Its threads are gone in a forked child, which has new ones.

@@ -8,6 +8,7 @@
 #include <coordsys/ProjLibMetadata.h>
 #include <coordsys/SystemGuess.h>
 #include <coordsys/SystemSearch.h>
+#include <coordsys/UserCoordSystem.h>
 
 #include <QBuffer>
 
@@ -84,9 +85,9 @@ private Q_SLOTS:
         QVERIFY(has(entry, 32633) && has(entry, 25833));
         QVERIFY(!has(entry, 23033)); // ED50 is a hundred metres off
         QVERIFY(entry.members.size() <= 30 && entry.spreadM <= 20.0);
-        const CoordSystemPtr first = m_factory->createFromUserInput(entry.members.first().code);
+        const CoordSystemPtr first = m_factory->createFromUserInput(inputFor(entry.members.first()));
         for (const SystemGuess::Member &member : entry.members) {
-            const CoordTransform way(m_factory->createFromUserInput(member.code), first);
+            const CoordTransform way(m_factory->createFromUserInput(inputFor(member)), first);
             QPointF there;
             QVERIFY2(way.forward(question.points.first(), there), qPrintable(member.code));
             const QPointF apart = there - question.points.first();
@@ -96,6 +97,50 @@ private Q_SLOTS:
             QVERIFY(other.members.size() <= 30 && other.spreadM <= 20.0 && other.share <= 1.0);
         const auto isOwn = [&](const QPointF &point) { return point == entry.deciding; };
         QVERIFY(std::any_of(question.points.begin(), question.points.end(), isOwn));
+    }
+
+    /// Systems without a code: the catalogue's, and the user's own as they are now.
+    void codeless()
+    {
+        const QString local = QStringLiteral("Earth Projection 8, 1001, 7, 40.5, 0, 1, 250000, -5500000");
+        const auto ask = [&](const CoordSystemPtr &system, const QPointF &place) {
+            const CoordTransform way(m_factory->latLongWgs84CoordSystem(), system);
+            SystemGuess::Question question;
+            for (int i = 0; i < 4; ++i) {
+                QPointF point;
+                if (way.forward(place + QPointF(0.01 * i, 0.004 * i), point))
+                    question.points << point;
+            }
+            question.place = place;
+            return systemGuess(*m_factory)->guess(question, 3).entries;
+        };
+        const QPointF place(40.4, 56.1);
+        const CoordSystemPtr own = m_factory->createFromPrj(local);
+        const auto isFound = [&](const QString &name) {
+            const auto hits = systemSearch(*m_factory)->find(name, 1);
+            const QVector<Entry> entries = ask(own, place);
+            const bool isGuessed = !entries.isEmpty() && entries.first().members.first().name == name &&
+                                   entries.first().members.first().code.isEmpty();
+            return isGuessed && !hits.isEmpty() && hits.first().isOwn() && hits.first().name == name;
+        };
+        UserCoordSystem &store = *m_factory->userCoordSystem();
+        const QString branch = QStringLiteral("Места");
+        store.setCoordSystem(branch, {CoordSystem::Prj, local}, QStringLiteral("Квартал 17 Вязники"));
+        QVERIFY(isFound(QStringLiteral("Квартал 17 Вязники")));
+        store.setCoordSystem(branch, {CoordSystem::Prj, local}, QStringLiteral("Судогда участок"));
+        QVERIFY(!isFound(QStringLiteral("Квартал 17 Вязники")) && isFound(QStringLiteral("Судогда участок")));
+        QVERIFY(store.removeCoordSystem(branch, {CoordSystem::Prj, local}));
+        QVERIFY(!isFound(QStringLiteral("Судогда участок")));
+        const QString italian =
+            systemSearch(*m_factory)
+                ->find(QStringLiteral("Longitude / Latitude (Monte Mario) (accurate shift)"), 1)
+                .first()
+                .name;
+        const QVector<Entry> italy = ask(m_factory->createFromUserInput(italian), {12.4, 41.9});
+        QVERIFY(std::any_of(italy.begin(), italy.end(), [&](const Entry &entry) {
+            return std::any_of(entry.members.begin(), entry.members.end(),
+                               [&](const auto &member) { return member.name == italian; });
+        }));
     }
 
     /// Datums of satellites are one another's without a registered shift; an old one is not.
@@ -210,6 +255,10 @@ private:
         if (change == QLatin1String("dms"))
             return {packed(point.x()), packed(point.y())};
         return point;
+    }
+    static QString inputFor(const SystemGuess::Member &member)
+    {
+        return member.code.isEmpty() ? member.name : member.code;
     }
     static bool has(const Entry &entry, int code)
     {

@@ -143,7 +143,8 @@ GuessDialog::GuessDialog(std::shared_ptr<CoordSysFactory> factory, QWidget *pare
 QString GuessDialog::code() const
 {
     const QTreeWidgetItem *item = m_list->currentItem();
-    return item ? item->text(CodeColumn) : QString();
+    const QString code = item ? item->text(CodeColumn) : QString();
+    return item && code.isEmpty() ? item->text(NameColumn) : code;
 }
 
 void GuessDialog::openFile()

@@ -60,7 +60,8 @@ QString assumptionsText(const SystemGuess::Entry &entry)
 
 QString memberText(const SystemGuess::Member &member)
 {
-    const QString name = QStringLiteral("%1 %2").arg(member.code, member.name);
+    const QString name =
+        member.code.isEmpty() ? member.name : QStringLiteral("%1 %2").arg(member.code, member.name);
     return member.isWithdrawn ? QObject::tr("%1 (withdrawn)").arg(name) : name;
 }
 

@@ -87,7 +87,7 @@ ShownText shownText(const CoordSysFactory &factory, const MapinfoSearch::Hit &hi
 {
     try {
         if (!hit.isInCatalogue()) {
-            const CoordSystemPtr cs = factory.createFromUserInput(hit.code);
+            const CoordSystemPtr cs = factory.createFromUserInput(hit.isOwn() ? hit.name : hit.code);
             return {nivora::cs::prjTextOf(*cs).text, nivora::cs::prjRemark(*cs)};
         }
         const QString prj = factory.mapinfoCoordSystem()->getStrMB(hit.position.first, hit.position.second);
