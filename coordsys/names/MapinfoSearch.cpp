@@ -57,7 +57,7 @@ MapinfoSearch::Answer MapinfoSearch::answer(const QString &text, const std::opti
     const bool isPlace = !lonLat || std::isfinite(lonLat->x() + lonLat->y());
     if (query.isEmpty() || query.isUnpublished || limit < 1 || !isPlace)
         return answer;
-    const RankedSystems ranked = rank(index, m_data->lexicon, query);
+    const RankedSystems ranked = rank(index, m_data->systemsByWord(), m_data->lexicon, query);
     for (const int system : ranked.systems) {
         if (answer.hits.size() >= limit)
             break;

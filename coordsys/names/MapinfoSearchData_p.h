@@ -3,10 +3,12 @@
 #include "CodelessSystems_p.h"
 #include "SearchLexicon_p.h"
 #include "SystemIndex_p.h"
+#include "SystemsByWord_p.h"
 
 #include <QFileInfo>
 
 #include <mutex>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -37,6 +39,11 @@ struct NIVORA_CS_NO_EXPORT MapinfoSearch::Data
         });
         return systems;
     }
+    const SystemsByWord &systemsByWord()
+    {
+        std::call_once(wordsOnce, [this] { byWord.emplace(index()); });
+        return *byWord;
+    }
     /// The same, where the user's own are told by place: each has to be made for that.
     const SystemIndex &indexWithPlaces()
     {
@@ -49,7 +56,9 @@ struct NIVORA_CS_NO_EXPORT MapinfoSearch::Data
     SearchLexicon lexicon;
     std::vector<CodelessSystem> own;
     bool isRead = false;
+    std::optional<SystemsByWord> byWord;
     std::once_flag databaseOnce;
+    std::once_flag wordsOnce;
     std::once_flag placesOnce;
 };
 

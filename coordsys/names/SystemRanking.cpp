@@ -12,11 +12,8 @@
 namespace nivora::cs {
 namespace {
 
-constexpr FieldWeights inName = {3.0F, 2.3F, 1.4F};
-constexpr FieldWeights inOtherName = {2.7F, 2.1F, 1.2F};
-constexpr FieldWeights inArea = {2.0F, 1.6F, 0.0F};
-constexpr FieldWeights inGroup = {1.3F, 1.1F, 0.0F};
 constexpr float asStrong = 2.0F; ///< a hit in a name
+constexpr float asZone = 3.0F;   ///< a number that is a zone's
 
 // Points for what is understood of a query; a rare word in a name is worth some eight.
 constexpr double rightZone = 6.0;
@@ -38,8 +35,10 @@ struct Scored
 class Ranking
 {
 public:
-    Ranking(const SystemIndex &index, const SearchLexicon &lexicon, const SearchQuery &query)
+    Ranking(const SystemIndex &index, const SystemsByWord &byWord, const SearchLexicon &lexicon,
+            const SearchQuery &query)
         : m_index(index)
+        , m_byWord(byWord)
         , m_lexicon(lexicon)
         , m_query(query)
         , m_points(index.systems().size(), 0.0)
@@ -47,6 +46,7 @@ public:
         , m_force(forceIn(query.country))
         , m_placeForce(forceIn(query.placeCountry))
         , m_countryNames(countryNames())
+        , m_countryAreas(countryAreas())
     {}
 
     RankedSystems ranked()
@@ -117,24 +117,13 @@ private:
     /// \p zone: a number may be that of a zone, also where it stands alone ("plane rectangular 12").
     void addWord(const WordLikeness &likeness, const std::string &word, std::optional<int> zone)
     {
-        std::vector<float> areas;
-        for (const std::vector<int> &area : m_index.areaWords())
-            areas.push_back(likeness.value(area, inArea));
-        const std::vector<float> ofCountriesBegun = systemsOfCountriesBegun(likeness, word);
-        std::vector<float> values;
+        std::vector<float> values = m_byWord.worth(likeness);
+        addSystemsOfCountriesBegun(likeness, word, values);
         int strong = 0;
-        for (const IndexedSystem &system : m_index.systems()) {
-            float value =
-                std::max(likeness.value(system.name, inName), likeness.value(system.group, inGroup));
-            for (const std::vector<int> &other : system.others)
-                value = std::max(value, likeness.value(other, inOtherName));
-            if (system.area >= 0)
-                value = std::max(value, areas[static_cast<std::size_t>(system.area)]);
-            if (zone && system.zone.number == zone)
-                value = inName.whole;
-            value = std::max(value, ofCountriesBegun[values.size()]);
-            strong += value >= asStrong;
-            values.push_back(value);
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            if (zone && m_index.systems()[i].zone.number == zone)
+                values[i] = asZone;
+            strong += values[i] >= asStrong;
         }
         const double weight = weightOf(strong);
         for (std::size_t i = 0; i < values.size(); ++i)
@@ -145,21 +134,22 @@ private:
     }
 
     /// "swis" on the way to "Swiss": the country's first systems.
-    std::vector<float> systemsOfCountriesBegun(const WordLikeness &likeness, const std::string &word) const
+    void addSystemsOfCountriesBegun(const WordLikeness &likeness, const std::string &word,
+                                    std::vector<float> &values) const
     {
         constexpr std::size_t leastBytes = 4;
         constexpr float worth[] = {3.0F, 2.6F, 2.3F};
-        std::vector<float> systems(m_index.systems().size(), 0.0F);
         if (likeness.isWhole() || word.size() < leastBytes)
-            return systems;
+            return;
         for (const int country : m_lexicon.countriesBeginning(word)) {
             const QStringList &codes = m_lexicon.countries()[static_cast<std::size_t>(country)].codes;
             const int count = std::min(static_cast<int>(codes.size()), static_cast<int>(std::size(worth)));
             for (int rank = 0; rank < count; ++rank)
-                if (const int system = m_index.withCode(codes.at(rank)); system >= 0)
-                    systems[static_cast<std::size_t>(system)] = worth[rank];
+                if (const int system = m_index.withCode(codes.at(rank)); system >= 0) {
+                    float &value = values[static_cast<std::size_t>(system)];
+                    value = std::max(value, worth[rank]);
+                }
         }
-        return systems;
     }
 
     /// Rare words tell more.
@@ -318,13 +308,9 @@ private:
         const auto family = m_force.families.constFind(system.family);
         if (m_query.zone && system.family >= 0 && family != m_force.families.constEnd())
             return {ofFamilyInForce - 0.2 * std::min(*family, 8), true};
-        const bool isNamed = holdsCountry(system.name) || (system.area >= 0 && holdsCountry(areaOf(system)));
+        const bool isNamed = holdsCountry(system.name) ||
+                             (system.area >= 0 && m_countryAreas[static_cast<std::size_t>(system.area)]);
         return isNamed ? Points{ofCountry, true} : Points{0.0, false, true};
-    }
-
-    const std::vector<int> &areaOf(const IndexedSystem &system) const
-    {
-        return m_index.areaWords()[static_cast<std::size_t>(system.area)];
     }
 
     /// Any name of the country that was asked for, as the database spells it.
@@ -335,6 +321,16 @@ private:
                 return std::find(words.begin(), words.end(), part) != words.end();
             });
         });
+    }
+
+    /// Of each area whether its name has that country; none without a country.
+    std::vector<bool> countryAreas() const
+    {
+        std::vector<bool> areas;
+        if (m_query.country >= 0)
+            for (const std::vector<int> &area : m_index.areaWords())
+                areas.push_back(holdsCountry(area));
+        return areas;
     }
 
     /// As numbers of words; names with a word that no system has are left out.
@@ -467,6 +463,7 @@ private:
     }
 
     const SystemIndex &m_index;
+    const SystemsByWord &m_byWord;
     const SearchLexicon &m_lexicon;
     const SearchQuery &m_query;
     std::vector<double> m_points;
@@ -477,15 +474,17 @@ private:
     Force m_force;
     Force m_placeForce;
     std::vector<std::vector<int>> m_countryNames; ///< of the country asked for
+    std::vector<bool> m_countryAreas;             ///< by number
     QStringList m_codes;                          ///< numbers of the query that are codes
     QStringList m_without;
 };
 
 } // namespace
 
-RankedSystems rank(const SystemIndex &index, const SearchLexicon &lexicon, const SearchQuery &query)
+RankedSystems rank(const SystemIndex &index, const SystemsByWord &byWord, const SearchLexicon &lexicon,
+                   const SearchQuery &query)
 {
-    return Ranking(index, lexicon, query).ranked();
+    return Ranking(index, byWord, lexicon, query).ranked();
 }
 
 } // namespace nivora::cs

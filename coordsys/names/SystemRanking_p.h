@@ -4,6 +4,7 @@
 
 #include "SearchQuery_p.h"
 #include "SystemIndex_p.h"
+#include "SystemsByWord_p.h"
 
 #include <vector>
 
@@ -16,7 +17,8 @@ struct RankedSystems
     QStringList without;      ///< words of the query that were of no use
 };
 
-/// Const calls of the index and the lexicon only: any thread may rank.
-RankedSystems rank(const SystemIndex &index, const SearchLexicon &lexicon, const SearchQuery &query);
+/// Const calls of the tables only: any thread may rank.
+RankedSystems rank(const SystemIndex &index, const SystemsByWord &byWord, const SearchLexicon &lexicon,
+                   const SearchQuery &query);
 
 } // namespace nivora::cs

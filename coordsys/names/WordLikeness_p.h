@@ -26,12 +26,16 @@ public:
     bool isWhole() const { return m_isWhole; }
     /// Whether it is near some only by a slip of the hand.
     bool isSlip() const { return m_isSlip; }
+    /// Whether the word of this number is.
+    bool isLike(std::size_t word) const { return m_likeness[word] != Likeness::None; }
+    /// Of a word that is.
+    float value(std::size_t word, const FieldWeights &weights) const;
     /// Of the field's word that is likest; 0 when none is.
     float value(const std::vector<int> &field, const FieldWeights &weights) const
     {
         float best = 0.0F;
         for (const int word : field) // most are unlike
-            if (const auto at = static_cast<std::size_t>(word); m_likeness[at] != Likeness::None)
+            if (const auto at = static_cast<std::size_t>(word); isLike(at))
                 best = std::max(best, value(at, weights));
         return best;
     }
@@ -39,7 +43,6 @@ public:
 private:
     enum class Likeness : unsigned char { None, Whole, Beginning, Inside };
 
-    float value(std::size_t word, const FieldWeights &weights) const;
     void compare(const std::string &word, const std::vector<std::string> &words);
     void forgive(const std::string &word, const std::vector<std::string> &words);
     void note(std::size_t word, Likeness likeness, float cover);
