@@ -68,7 +68,7 @@ public:
         QRectF box;                      ///< of the data; width may run on across the 180th meridian
         QRectF area;                     ///< of use of the first member, likewise
         double share = 0.0;              ///< of the data that lies in that area, up to 1
-        std::optional<double> distanceM; ///< from the place asked for
+        std::optional<double> distanceM; ///< from the place or area asked for, 0 inside
         double spreadM = 0.0;            ///< the most between two members on the data
         /// Where the members differ most, coordinates as in the data: a known position of this point, better
         /// than half of spreadM, decides among them.
@@ -107,8 +107,15 @@ public:
     /// by what is in force where the data would lie, and by how small an area holds them. Nothing without
     /// points. Half a second; the first call some tenths more.
     Answer guess(const Question &question, int limit) const;
+    /// The same for data that lie in an area, or near it: degrees, the width may run on across the 180th
+    /// meridian; an area without an extent is a place. The question's own place does not count.
+    Answer guessIn(const QRectF &area, const Question &question, int limit) const;
 
-    /// A town or country by name, or "37.6, 55.7", longitude first; nothing for other text.
+    /// What a text names, in any language of the search and with slips: the area of a country, or of a region
+    /// that areas of use are called by ("texas"); else a town, or "37.6, 55.7", longitude first, which have
+    /// no extent. Nothing for other text.
+    std::optional<QRectF> areaNamed(const QString &text) const;
+    /// The middle of areaNamed().
     std::optional<QPointF> placeNamed(const QString &text) const;
 
     /// Writes "system-planes.tsv" anew from PROJ's database: half a minute. False when writing failed.

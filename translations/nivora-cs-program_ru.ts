@@ -2251,60 +2251,12 @@ OUT и окончанием .rejected.csv; код завершения тогд�
 </translation>
     </message>
     <message>
-        <source>--near: no town &quot;%1&quot; is known; give LON,LAT in degrees</source>
-        <translation>--near: город «%1» неизвестен; задайте ДОЛГОТА,ШИРОТА в градусах</translation>
-    </message>
-    <message>
         <source>no system&apos;s area of use holds these coordinates</source>
         <translation>этих координат нет в области применения ни одной системы</translation>
     </message>
     <message>
-        <source>Reads a table of points, &quot;-&quot; for standard input, or a file of any format that
-convert reads, and writes the systems whose area of use holds the coordinates, the
-likeliest first: near the place that --near names, else by towns, by what is in
-force where the data would lie, and by how small the area is. Each with the place
-on the map, its distance, the share of the data inside the area, and what was
-assumed: axes swapped, kilometres, feet, the zone&apos;s number left out or put before
-the easting, degrees, minutes and seconds in one number. Systems that lie within
-20 m of each other on the data are one entry: the data cannot tell them apart; the
-metres between them and the point whose known position would decide are told. A
-system that the file states, or --from, is doubted when most of the data lie
-outside its area of use. The exit status is 1 then, and when nothing fits.
-
-Without --x and --y a table&apos;s columns are found by their names (x, lon, easting,
-y, lat, northing and their likes), else they are the first two.
-
-Examples:
-  nivora-cs guess points.csv --near Tver
-  nivora-cs guess parcels.shp --near 37.6,55.7 --json
-</source>
-        <translation>Читает таблицу точек («-» – стандартный ввод) или файл любого формата, который
-читает convert, и выводит системы, в области применения которых лежат координаты,
-вероятные первыми: ближе к месту из --near, иначе по городам, по тому, что
-действует там, где лежали бы данные, и по малости области. Для каждой – место на
-карте, расстояние, доля данных внутри области и что принято: оси переставлены,
-километры, футы, номер зоны опущен или добавлен перед координатой, градусы, минуты
-и секунды одним числом. Системы, которые на этих данных расходятся не больше чем
-на 20 м, – одна запись: данные их не различают; сказаны метры между ними и точка,
-известное положение которой решило бы. В системе, указанной в файле или в --from,
-высказывается сомнение, если большинство данных лежит вне её области применения.
-Тогда код завершения 1, как и если ничего не подходит.
-
-Без --x и --y столбцы таблицы находятся по именам (x, lon, easting, y, lat,
-northing и подобные), иначе это первые два.
-
-Примеры:
-  nivora-cs guess points.csv --near Тверь
-  nivora-cs guess parcels.shp --near 37.6,55.7 --json
-</translation>
-    </message>
-    <message>
         <source>Which system the coordinates of a file may be in.</source>
         <translation>В какой системе могут быть координаты файла.</translation>
-    </message>
-    <message>
-        <source>A town near the data, or a place in degrees.</source>
-        <translation>Город рядом с данными или место в градусах.</translation>
     </message>
     <message>
         <source>The northing or latitude stands first, for certain.</source>
@@ -2496,6 +2448,56 @@ N S E W или С Ю В З. Сначала x, если буквы не гово�
     <message>
         <source>%1 is damaged in line %2: features may be missing or other than they were</source>
         <translation>%1 повреждён в строке %2: объекты могут отсутствовать или быть не такими, как были</translation>
+    </message>
+    <message>
+        <source>--near: no town, region or country &quot;%1&quot; is known; give LON,LAT in degrees</source>
+        <translation>--near: ни город, ни область, ни страна «%1» не известны; задайте ДОЛГОТА,ШИРОТА в градусах</translation>
+    </message>
+    <message>
+        <source>Reads a table of points, &quot;-&quot; for standard input, or a file of any format that
+convert reads, and writes the systems whose area of use holds the coordinates, the
+likeliest first: near the place that --near names, else by towns, by what is in
+force where the data would lie, and by how small the area is. Each with the place
+on the map, its distance, the share of the data inside the area, and what was
+assumed: axes swapped, kilometres, feet, the zone&apos;s number left out or put before
+the easting, degrees, minutes and seconds in one number. Systems that lie within
+20 m of each other on the data are one entry: the data cannot tell them apart; the
+metres between them and the point whose known position would decide are told. A
+system that the file states, or --from, is doubted when most of the data lie
+outside its area of use. The exit status is 1 then, and when nothing fits.
+
+Without --x and --y a table&apos;s columns are found by their names (x, lon, easting,
+y, lat, northing and their likes), else they are the first two.
+
+Examples:
+  nivora-cs guess points.csv --near Tver
+  nivora-cs guess points.csv --near Romania
+  nivora-cs guess parcels.shp --near 37.6,55.7 --json
+</source>
+        <translation>Читает таблицу точек («-» – стандартный ввод) или файл любого формата, который
+читает convert, и выводит системы, в области применения которых лежат координаты,
+вероятные первыми: ближе к месту из --near, иначе по городам, по тому, что
+действует там, где лежали бы данные, и по малости области. Для каждой – место на
+карте, расстояние, доля данных внутри области и что принято: оси переставлены,
+километры, футы, номер зоны опущен или добавлен перед координатой, градусы, минуты
+и секунды одним числом. Системы, которые на этих данных расходятся не больше чем
+на 20 м, – одна запись: данные их не различают; сказаны метры между ними и точка,
+известное положение которой решило бы. В системе, указанной в файле или в --from,
+высказывается сомнение, если большинство данных лежит вне её области применения.
+Тогда код завершения 1, как и если ничего не подходит.
+
+Без --x и --y столбцы таблицы находятся по именам (x, lon, easting, y, lat,
+northing и подобные), иначе это первые два.
+
+Примеры:
+  nivora-cs guess points.csv --near Тверь
+  nivora-cs guess points.csv --near Румыния
+  nivora-cs guess parcels.shp --near 37.6,55.7 --json
+</translation>
+    </message>
+    <message>
+        <source>A town near the data, a region or country that holds them, or a place in degrees.</source>
+        <translation>Город рядом с данными, область или страна, где они лежат, или место в градусах.</translation>
     </message>
 </context>
 </TS>

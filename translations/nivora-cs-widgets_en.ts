@@ -177,10 +177,6 @@
         <translation>Coordinates</translation>
     </message>
     <message>
-        <source>город или долгота, широта; можно не указывать</source>
-        <translation>a town, or longitude, latitude; may be left empty</translation>
-    </message>
-    <message>
         <source>Название</source>
         <translation>Name</translation>
     </message>
@@ -215,10 +211,6 @@
     <message>
         <source>&amp;Рядом с:</source>
         <translation>N&amp;ear:</translation>
-    </message>
-    <message>
-        <source>Город «%1» неизвестен: укажите долготу и широту</source>
-        <translation>No town &quot;%1&quot; is known: give longitude and latitude</translation>
     </message>
     <message>
         <source>В тексте нет координат: нужны два числа в строке</source>
@@ -637,6 +629,14 @@
         <source>%1: %2</source>
         <comment>operation: its accuracy</comment>
         <translation>%1: %2</translation>
+    </message>
+    <message>
+        <source>город, страна или долгота, широта; можно не указывать</source>
+        <translation>town, country, or longitude, latitude; may be left out</translation>
+    </message>
+    <message>
+        <source>Место «%1» неизвестно: укажите долготу и широту</source>
+        <translation>The place “%1” is not known: give longitude and latitude</translation>
     </message>
 </context>
 </TS>

@@ -32,6 +32,15 @@ constexpr std::pair<const char *, double> everywhere[] = {{"EPSG:4326", 12.0}, {
 
 } // namespace
 
+double metresFrom(const QRectF &area, const QPointF &place)
+{
+    const double middle = area.center().x();
+    const double x = middle + std::remainder(place.x() - middle, 360.0);
+    const QPointF nearest(std::clamp(x, area.left(), area.right()),
+                          std::clamp(place.y(), area.top(), area.bottom()));
+    return metresBetween(nearest, place);
+}
+
 double GuessScore::beforehand(const IndexedSystem &system, const GuessReading &reading) const
 {
     double score = standingWeight * system.standing - reading.doubt -
@@ -46,12 +55,15 @@ double GuessScore::ofDatum(const Ground &ground) { return ground.isGeocentric ? 
 
 bool GuessScore::isNear(const IndexedSystem &system) const
 {
-    if (!m_place)
+    if (!m_area)
         return true;
+    const QPointF middle = m_area->center();
     const double widen =
-        aroundPlaceDeg / std::max(0.1, std::cos(m_place->y() * CoordSystemTypes::DEGREES_TO_RADIANS));
-    return areaHolds(system.extent.adjusted(-widen, -aroundPlaceDeg, widen, aroundPlaceDeg),
-                     QRectF(*m_place, QSizeF(0.0, 0.0)));
+        aroundPlaceDeg / std::max(0.1, std::cos(middle.y() * CoordSystemTypes::DEGREES_TO_RADIANS));
+    const QRectF near = m_area->adjusted(-widen, -aroundPlaceDeg, widen, aroundPlaceDeg);
+    const double between = std::remainder(system.extent.center().x() - middle.x(), 360.0);
+    return 2.0 * std::fabs(between) <= near.width() + system.extent.width() &&
+           system.extent.top() <= near.bottom() && system.extent.bottom() >= near.top();
 }
 
 const std::map<int, double> &GuessScore::force(int country)
@@ -92,12 +104,12 @@ double GuessScore::there(const GuessCandidate &candidate)
     const int town = m_lexicon.townNear(candidate.centre);
     if (town >= 0) {
         const SearchTown &nearest = m_lexicon.towns()[static_cast<std::size_t>(town)];
-        if (!m_place)
+        if (!m_area || m_area->width() > 0.0)
             score -= std::min(mostWithoutTown, metresBetween(nearest.lonLat, candidate.centre) / townReachM);
         score += inForce(candidate.system->system, nearest.country);
     }
-    if (m_place) {
-        const double away = metresBetween(*m_place, candidate.centre);
+    if (m_area) {
+        const double away = metresFrom(*m_area, candidate.centre);
         const double beyond = std::max(0.0, away - placeReachM) / beyondScaleM;
         const double within = std::min(away, placeReachM) / placeReachM;
         score -= std::min(mostFromPlace, beyond + atPlaceReach * within * within);

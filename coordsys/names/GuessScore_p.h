@@ -10,14 +10,17 @@
 
 namespace nivora::cs {
 
+/// Metres from an area, which may be a point, to a place; 0 inside.
+double metresFrom(const QRectF &area, const QPointF &place);
+
 /// Scores are natural logarithms of how likely a system is.
 class GuessScore
 {
 public:
-    GuessScore(const SystemIndex &index, const SearchLexicon &lexicon, std::optional<QPointF> place)
+    GuessScore(const SystemIndex &index, const SearchLexicon &lexicon, const std::optional<QRectF> &area)
         : m_index(index)
         , m_lexicon(lexicon)
-        , m_place(place)
+        , m_area(area)
     {}
 
     /// Before it is known where the data lie: the system's standing, how small its area is, the reading.
@@ -35,7 +38,7 @@ private:
 
     const SystemIndex &m_index;
     const SearchLexicon &m_lexicon;
-    std::optional<QPointF> m_place;
+    std::optional<QRectF> m_area;                    ///< where the data are said to lie
     std::map<int, std::map<int, double>> m_force;    ///< by country, by system
     std::map<int, std::map<int, double>> m_families; ///< by country, by family
 };

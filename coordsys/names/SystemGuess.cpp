@@ -3,6 +3,7 @@
 #include "GeographicExtent_p.h"
 #include "GuessGroups_p.h"
 #include "GuessScore_p.h"
+#include "PlaceNames_p.h"
 #include "SearchWords_p.h"
 #include "SystemGuessData_p.h"
 #include <coordsys/NumberText.h>
@@ -109,14 +110,16 @@ class Guessing
 {
 public:
     Guessing(const SystemIndex &index, const SearchLexicon &lexicon, const PlaneTable &table,
-             const CoordSystemPtr &wgs84, const SystemGuess::Question &question)
+             const CoordSystemPtr &wgs84, const std::optional<QRectF> &area,
+             const SystemGuess::Question &question)
         : m_index(index)
         , m_table(table)
         , m_question(question)
         , m_sample(sampleOf(question.points))
         , m_readings(readingsOf(m_sample, question.isSwapped))
         , m_doubtOfLengths(doubtOfLengths(m_sample))
-        , m_score(index, lexicon, question.place)
+        , m_area(area)
+        , m_score(index, lexicon, area)
         , m_ground(table, wgs84)
     {}
 
@@ -147,6 +150,7 @@ private:
     std::vector<QPointF> m_sample;
     std::vector<GuessReading> m_readings;
     double m_doubtOfLengths;
+    std::optional<QRectF> m_area;
     GuessScore m_score;
     GuessGround m_ground;
     using Inverted = std::tuple<int, double, const GuessReading *>; ///< plane, meridian
@@ -280,8 +284,8 @@ SystemGuess::Entry Guessing::entryOf(const GuessGroup &group) const
     entry.box = boxOf(first.ground.lonLat, entry.centre);
     entry.area = indexed(*first.system).extent;
     entry.share = first.share;
-    if (m_question.place)
-        entry.distanceM = metresBetween(*m_question.place, entry.centre);
+    if (m_area)
+        entry.distanceM = metresFrom(*m_area, entry.centre);
     entry.spreadM = group.spreadM;
     entry.deciding = m_sample[group.deciding];
     entry.isShiftKnown = first.ground.isShiftKnown;
@@ -323,6 +327,13 @@ SystemGuess::Answer Guessing::answer(int limit)
 
 } // namespace
 
+SystemGuess::Answer SystemGuess::Data::answer(const std::optional<QRectF> &area, const Question &question,
+                                              int limit)
+{
+    const Tables &known = tables();
+    return Guessing(known.index, search.lexicon, known.planes, wgs84, area, question).answer(limit);
+}
+
 SystemGuess::SystemGuess(const MapinfoSearch &search, const QDir &resources)
     : m_data(new Data(*search.m_data, QFileInfo(resources, QStringLiteral("system-planes.tsv"))))
 {}
@@ -331,26 +342,28 @@ SystemGuess::~SystemGuess() = default;
 
 SystemGuess::Answer SystemGuess::guess(const Question &question, int limit) const
 {
-    const Data::Tables &tables = m_data->tables();
-    return Guessing(tables.index, m_data->search.lexicon, tables.planes, m_data->wgs84, question)
-        .answer(limit);
+    const auto area =
+        question.place ? std::make_optional(QRectF(*question.place, QSizeF(0.0, 0.0))) : std::nullopt;
+    return m_data->answer(area, question, limit);
+}
+
+SystemGuess::Answer SystemGuess::guessIn(const QRectF &area, const Question &question, int limit) const
+{
+    return m_data->answer(area, question, limit);
+}
+
+std::optional<QRectF> SystemGuess::areaNamed(const QString &text) const
+{
+    return cs::areaNamed(text, m_data->search.lexicon, m_data->search.index());
 }
 
 std::optional<QPointF> SystemGuess::placeNamed(const QString &text) const
 {
-    const QStringList parts = text.split(QLatin1Char(','));
-    bool isLon = false;
-    bool isLat = false;
-    const double lon = parts.value(0).trimmed().toDouble(&isLon);
-    const double lat = parts.value(1).trimmed().toDouble(&isLat);
-    if (parts.size() == 2 && isLon && isLat)
-        return std::fabs(lon) <= 360.0 && std::fabs(lat) <= 90.0 ? std::make_optional(QPointF(lon, lat))
-                                                                 : std::nullopt;
-    const std::vector<std::string> words = wordsOf(text);
-    const SearchLexicon &lexicon = m_data->search.lexicon;
-    if (const auto towns = lexicon.townsIn(words); !towns.empty() && towns.front().count == words.size())
-        return lexicon.towns()[static_cast<std::size_t>(towns.front().index)].lonLat;
-    return std::nullopt;
+    const std::optional<QRectF> area = areaNamed(text);
+    if (!area)
+        return std::nullopt;
+    const QPointF middle = area->center();
+    return area->width() > 0.0 ? QPointF(std::remainder(middle.x(), 360.0), middle.y()) : middle;
 }
 
 bool SystemGuess::writePlanes(QIODevice &file) const

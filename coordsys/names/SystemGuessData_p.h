@@ -27,6 +27,7 @@ struct NIVORA_CS_NO_EXPORT SystemGuess::Data
         : search(searchData)
         , file(std::move(planesFile))
     {}
+    Answer answer(const std::optional<QRectF> &area, const Question &question, int limit);
     const Tables &tables()
     {
         std::call_once(once, [this] { made = std::make_unique<Tables>(base ? withOwn() : withCatalogue()); });

@@ -175,6 +175,37 @@ private Q_SLOTS:
         QVERIFY(!m_guess->guess(question, 5).doubt);
     }
 
+    /// Names of places as the search reads them: areas of countries and regions, towns as points.
+    void places_data()
+    {
+        const support::Columns<QString, QPointF, double> row; // name, inside, widest in degrees, 0: a point
+        row("country", "romania", QPointF(25.0, 46.0), 15.0);
+        row("in Russian", "в Румынии", QPointF(25.0, 46.0), 15.0);
+        row("in its own language", "Deutschland", QPointF(10.5, 51.0), 15.0);
+        row("across the 180th meridian", "Fiji", QPointF(178.0, -17.8), 20.0);
+        row("around half the world", "россия", QPointF(100.0, 60.0), 180.0);
+        row("large", "USA", QPointF(-98.0, 39.0), 150.0);
+        row("region", "texas", QPointF(-99.0, 31.0), 20.0);
+        row("town in a country", "Vladimir, Russia", QPointF(40.4, 56.14), 0.0);
+        row("town with a slip", "Krasnoyarks", QPointF(92.9, 56.0), 0.0);
+        row("country with a slip", "portugla", QPointF(-8.0, 39.5), 30.0);
+    }
+
+    void places()
+    {
+        const auto [name, inside, widest] = support::row<QString, QPointF, double>();
+        const auto area = m_guess->areaNamed(name);
+        QVERIFY(area && area->width() <= widest && (area->width() > 0.0) == (widest > 0.0));
+        const QRectF around = area->adjusted(-0.3, -0.3, 0.3, 0.3);
+        QVERIFY(around.contains(inside) || around.contains(inside + QPointF(360.0, 0.0)));
+        if (widest == 0.0 || widest > 20.0)
+            return;
+        SystemGuess::Question question;
+        question.points = survey(4326, inside);
+        const QVector<Entry> entries = m_guess->guessIn(*area, question, 1).entries;
+        QVERIFY(!entries.isEmpty() && has(entries.first(), 4326) && entries.first().distanceM == 0.0);
+    }
+
     void nothing()
     {
         SystemGuess::Question question;

@@ -18,6 +18,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTreeView>
@@ -275,19 +276,26 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         for (const char *text : {"Tokyo UTM", "Prague Krovak", "utm 22s", "romania national grid",
                                  "google web", "берлин зона utm", "чехия кровак", "texas feet south",
-                                 "lambert paris 93", "гаусс крюгер самара"})
+                                 "lambert paris 93", "гаусс крюгер самара", "квартал южный Вязники"})
             QTest::newRow(text) << QString::fromUtf8(text);
     }
     void sameAnswers()
     {
         QFETCH(QString, text);
         const auto factory = support::shippedFactory();
+        const QString branch = QStringLiteral("Места");
+        const CoordSystem::SourceData own{
+            CoordSystem::Prj, QStringLiteral("Earth Projection 8, 1001, 7, 42.1, 0, 1, 250000, 0")};
+        UserCoordSystem &store = *factory->userCoordSystem();
+        store.setCoordSystem(branch, own, QStringLiteral("Квартал Южный, Вязники"));
+        const auto removed = qScopeGuard([&] { store.removeCoordSystem(branch, own); });
         const QVector<MapinfoSearch::Hit> hits = systemSearch(*factory)->find(text, 1);
         QVERIFY(!hits.isEmpty());
         Dialog d;
         d.search->setText(text);
         QVERIFY(QTest::qWaitFor([&] { return d.isAnswered(); }, settled));
-        QCOMPARE(codeIn(*d.list(), 0), hits.first().epsg);
+        QCOMPARE(codeIn(*d.list(), 0), std::max(0, hits.first().epsg));
+        QCOMPARE(d.list()->model()->index(0, 0).data().toString(), hits.first().name);
         try {
             QCOMPARE(factory->createFromUserInput(text)->epsg(), hits.first().epsg);
         } catch (const std::runtime_error &e) {

@@ -103,7 +103,7 @@ GuessDialog::GuessDialog(std::shared_ptr<CoordSysFactory> factory, QWidget *pare
     m_data->setPlaceholderText(WidgetTexts::tr("Вставьте координаты, по точке в строке: x y"));
     m_data->setTabChangesFocus(true);
     m_data->setAccessibleName(WidgetTexts::tr("Координаты"));
-    m_place->setPlaceholderText(WidgetTexts::tr("город или долгота, широта; можно не указывать"));
+    m_place->setPlaceholderText(WidgetTexts::tr("город, страна или долгота, широта; можно не указывать"));
     m_list->setHeaderLabels({WidgetTexts::tr("Название"), WidgetTexts::tr("Код"), WidgetTexts::tr("От места"),
                              WidgetTexts::tr("Внутри области"), WidgetTexts::tr("Принято")});
     m_list->setAccessibleName(WidgetTexts::tr("Подходящие системы"));
@@ -162,13 +162,12 @@ void GuessDialog::find()
     question.points = pointsFromText(m_data->toPlainText());
     question.isSwapped = m_swapped->isChecked();
     const QString place = m_place->text().trimmed();
-    if (!place.isEmpty())
-        question.place = guess->placeNamed(place);
-    if (!place.isEmpty() && !question.place)
-        m_remark->setText(WidgetTexts::tr("Город «%1» неизвестен: укажите долготу и широту").arg(place));
+    const std::optional<QRectF> area = place.isEmpty() ? std::nullopt : guess->areaNamed(place);
+    if (!place.isEmpty() && !area)
+        m_remark->setText(WidgetTexts::tr("Место «%1» неизвестно: укажите долготу и широту").arg(place));
     else
         m_remark->clear();
-    show(guess->guess(question, mostEntries));
+    show(area ? guess->guessIn(*area, question, mostEntries) : guess->guess(question, mostEntries));
     if (question.points.isEmpty())
         m_remark->setText(WidgetTexts::tr("В тексте нет координат: нужны два числа в строке"));
 }

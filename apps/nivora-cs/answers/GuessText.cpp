@@ -43,7 +43,7 @@ QString placeText(const QPointF &lonLat)
 QString whereText(const SystemGuess::Entry &entry)
 {
     QString text = QObject::tr("   around %1").arg(placeText(entry.centre));
-    if (entry.distanceM)
+    if (entry.distanceM && *entry.distanceM > 0.0)
         text += QObject::tr(", %1 from the place").arg(metresText(*entry.distanceM));
     text += QObject::tr("; %1 % of the data inside the area of use").arg(qRound(100.0 * entry.share));
     return text + QLatin1Char('\n');

@@ -19,15 +19,17 @@ using nivora::cs::SystemGuess;
 namespace {
 
 /// Throws Failure for a place that nobody knows.
-std::optional<QPointF> placeOf(const CommandLine &line, const SystemGuess &guess)
+std::optional<QRectF> areaOf(const CommandLine &line, const SystemGuess &guess)
 {
     if (!line.isSet("near"))
         return std::nullopt;
     const QString text = typedText(line.value("near"));
-    const std::optional<QPointF> place = guess.placeNamed(text);
-    if (!place)
-        throw Failure(QObject::tr("--near: no town \"%1\" is known; give LON,LAT in degrees").arg(text));
-    return place;
+    const std::optional<QRectF> area = guess.areaNamed(text);
+    if (!area)
+        throw Failure(
+            QObject::tr("--near: no town, region or country \"%1\" is known; give LON,LAT in degrees")
+                .arg(text));
+    return area;
 }
 
 int run(const CommandLine &line)
@@ -35,7 +37,7 @@ int run(const CommandLine &line)
     const Session session(line);
     const auto guess = nivora::cs::systemGuess(session.factory());
     SystemGuess::Question question;
-    question.place = placeOf(line, *guess);
+    const std::optional<QRectF> area = areaOf(line, *guess);
     question.isSwapped = line.isSet("swap");
     const GuessPoints data = readGuessPoints(line, session);
     question.points = data.points;
@@ -44,7 +46,9 @@ int run(const CommandLine &line)
     if (!data.problem.isEmpty())
         complain(data.problem);
     constexpr int fewEnoughToRead = 5;
-    const SystemGuess::Answer answer = guess->guess(question, line.number("limit", 1, 100, fewEnoughToRead));
+    const int limit = line.number("limit", 1, 100, fewEnoughToRead);
+    const SystemGuess::Answer answer =
+        area ? guess->guessIn(*area, question, limit) : guess->guess(question, limit);
     if (line.isSet("json"))
         printJson(guessJson(answer));
     else
@@ -73,6 +77,7 @@ y, lat, northing and their likes), else they are the first two.
 
 Examples:
   nivora-cs guess points.csv --near Tver
+  nivora-cs guess points.csv --near Romania
   nivora-cs guess parcels.shp --near 37.6,55.7 --json
 )");
 
@@ -88,7 +93,9 @@ const Command &guessCommand()
         1,
         {
             {"near", "PLACE|LON,LAT",
-             QT_TRANSLATE_NOOP("QObject", "A town near the data, or a place in degrees.")},
+             QT_TRANSLATE_NOOP(
+                 "QObject",
+                 "A town near the data, a region or country that holds them, or a place in degrees.")},
             {"swap", nullptr,
              QT_TRANSLATE_NOOP("QObject", "The northing or latitude stands first, for certain.")},
             {"from", "CS",
