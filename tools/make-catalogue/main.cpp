@@ -100,8 +100,6 @@ int generate(const Options &options)
     output.put(QStringLiteral("coordsys-texts.tsv"), whole.texts());
     output.put(QStringLiteral("cs_mbr.xml"), boundsXml(generator.bounds(), versions));
     output.put(QStringLiteral("OracleSRID.xml"), oracleXml(legacy, catalogue, versions));
-    output.put(QStringLiteral("places.tsv"),
-               placesTsv(Table(options.tables + QStringLiteral("/cities.tsv"))));
     output.put(QStringLiteral("countries.tsv"),
                countriesTsv(Table(options.tables + QStringLiteral("/countries.tsv"))));
     output.put(QStringLiteral("aliases.tsv"),

@@ -8,8 +8,6 @@
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 
-#include <cmath>
-
 namespace catalogue {
 namespace {
 
@@ -201,31 +199,6 @@ QByteArray oracleXml(const Table &legacy, const Catalogue &catalogue, const Vers
         if (entry.epsg > 0 && !entry.isPlan())
             put(entry.epsg, entry.params);
     return file.finish();
-}
-
-QByteArray placesTsv(const Table &cities)
-{
-    QByteArray text = "# longitude, latitude (degrees), names, country\n";
-    QSet<QString> known;
-    for (const Table::Row &row : cities) {
-        const double longitude = row.real("longitude");
-        const double latitude = row.real("latitude");
-        const QStringList names =
-            (row.text("name_en") + QLatin1Char(';') + row.text("name_ru")).split(QLatin1Char(';'));
-        if (!(std::fabs(longitude) <= 180.0 && std::fabs(latitude) <= 90.0))
-            throw Failure(QStringLiteral("%1 is not on the earth").arg(names.first()));
-        for (const QString &name : names) {
-            if (name.isEmpty() || known.contains(name))
-                throw Failure(QStringLiteral("%1: a name is empty or stands twice").arg(names.first()));
-            known.insert(name);
-        }
-        text += QStringList{QString::number(longitude), QString::number(latitude),
-                            names.join(QLatin1Char(';')), row.text("country")}
-                    .join(QLatin1Char('\t'))
-                    .toUtf8() +
-                '\n';
-    }
-    return text;
 }
 
 QByteArray countriesTsv(const Table &countries)

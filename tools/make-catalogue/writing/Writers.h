@@ -40,9 +40,6 @@ QByteArray projectionsPrj(const Catalogue &catalogue, Language language);
 QByteArray boundsXml(const std::vector<BoundsTable::Record> &records, const Versions &versions);
 /// The legacy numbers, then every entry with an EPSG code: the first entry of a code wins.
 QByteArray oracleXml(const Table &legacy, const Catalogue &catalogue, const Versions &versions);
-/// The towns by which a search knows places. Throws Failure for a place that is none and for a name that
-/// stands twice.
-QByteArray placesTsv(const Table &cities);
 /// Countries and the systems in force there, for searches.
 QByteArray countriesTsv(const Table &countries);
 /// What people say for systems, and the Russian names of countries for those that stand in areas of use.
