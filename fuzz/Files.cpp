@@ -24,7 +24,7 @@ using namespace nivora::cs;
 
 namespace {
 
-constexpr int fewEntries = 3; // building systems is a thousand times dearer than reading their file
+constexpr int fewEntries = 3; // building systems costs a thousand times as much as reading their file
 
 CoordSystemPtr madeFrom(const QString &prj) { return Workshop::factory().createWithoutDescription(prj); }
 

@@ -62,7 +62,7 @@ std::unique_ptr<FitModel> makePlaneModel(CalibrationModel model, const GroundPtr
 std::unique_ptr<FitModel> makeTransverseMercatorModel(const GroundPtr &ground);
 std::unique_ptr<FitModel> makeDatumShiftModel(const GroundPtr &ground);
 
-/// Why so few points, or points on one spot or one line, cannot determine a model.
+/// Why so few points, or points in one place or on one line, cannot determine a model.
 QString refusalOfPoints(const CalibrationGround &ground, int fewest, bool needsPlane);
 
 /// False outside the domain, and where the engine knows no way.

@@ -16,7 +16,7 @@ bool isBound(const PJ *crs) { return crs && proj_get_type(crs) == PJ_TYPE_BOUND_
 
 /// \p crs itself unless it is bound: then its source, which \p owner keeps. A copy costs more than most
 /// questions.
-const PJ *unbound(PJ_CONTEXT *context, const PJ *crs, PjHandle &owner)
+const PJ *sourceOrItself(PJ_CONTEXT *context, const PJ *crs, PjHandle &owner)
 {
     if (!isBound(crs))
         return crs;
@@ -74,7 +74,7 @@ template <typename Change> PjHandle changedBound(PJ_CONTEXT *context, const PJ *
 PjHandle axesOf(PJ_CONTEXT *context, const PJ *crs)
 {
     PjHandle owner;
-    const PJ *plain = unbound(context, crs, owner);
+    const PJ *plain = sourceOrItself(context, crs, owner);
     return plain ? ownPj(proj_crs_get_coordinate_system(context, plain)) : nullptr;
 }
 
@@ -88,7 +88,7 @@ PjHandle sourceOfBoundCrs(PJ_CONTEXT *context, const PJ *crs)
 CrsKind kindOf(PJ_CONTEXT *context, const PJ *crs)
 {
     PjHandle owner;
-    const PJ *plain = unbound(context, crs, owner);
+    const PJ *plain = sourceOrItself(context, crs, owner);
     switch (plain ? proj_get_type(plain) : PJ_TYPE_UNKNOWN) {
     case PJ_TYPE_GEOGRAPHIC_2D_CRS:
     case PJ_TYPE_GEOGRAPHIC_3D_CRS:
@@ -122,7 +122,7 @@ PjHandle reboundTo(PJ_CONTEXT *context, const PJ *bound, const PJ *source)
 bool hasVerticalPart(PJ_CONTEXT *context, const PJ *crs)
 {
     PjHandle owner;
-    const PJ *plain = unbound(context, crs, owner);
+    const PJ *plain = sourceOrItself(context, crs, owner);
     if (!plain)
         return false;
     const PJ_TYPE type = proj_get_type(plain);

@@ -34,9 +34,9 @@ SampleGrid earthGrid(const Area &area)
     static const std::vector<double> latitudes = gridLatitudes();
     constexpr int columns = static_cast<int>(fullTurn / gridStep) + 1; // the 180th meridian from both sides
     SampleGrid net(columns, static_cast<int>(latitudes.size()));
-    net.fill([&area](int i, int j, Sample &spot) {
-        spot.lonLat = QPointF(-halfTurn + gridStep * i, latitudes[static_cast<std::size_t>(j)]);
-        return area.imageInside(spot.lonLat, spot.planar);
+    net.fill([&area](int i, int j, Sample &sample) {
+        sample.lonLat = QPointF(-halfTurn + gridStep * i, latitudes[static_cast<std::size_t>(j)]);
+        return area.imageInside(sample.lonLat, sample.planar);
     });
     return net;
 }
@@ -47,11 +47,11 @@ QRectF worthwhile(const Area &area, const SampleGrid &grid)
 {
     double minX = HUGE_VAL, minY = HUGE_VAL, maxX = -HUGE_VAL, maxY = -HUGE_VAL;
     int count = 0;
-    grid.visit([&](const Sample &spot, int, int) {
-        minX = std::min(minX, spot.planar.x());
-        maxX = std::max(maxX, spot.planar.x());
-        minY = std::min(minY, spot.planar.y());
-        maxY = std::max(maxY, spot.planar.y());
+    grid.visit([&](const Sample &sample, int, int) {
+        minX = std::min(minX, sample.planar.x());
+        maxX = std::max(maxX, sample.planar.x());
+        minY = std::min(minY, sample.planar.y());
+        maxY = std::max(maxY, sample.planar.y());
         ++count;
     });
     constexpr int enough = 100; // fewer say little about the extent
@@ -66,10 +66,10 @@ QRectF worthwhile(const Area &area, const SampleGrid &grid)
 SampleGrid planarMesh(const Area &area, const QRectF &part, const QSizeF &cell)
 {
     SampleGrid net(intervals + 1, intervals + 1);
-    net.fill([&](int i, int j, Sample &spot) {
-        spot.planar = QPointF(i == intervals ? part.right() : part.left() + cell.width() * i,
-                              j == intervals ? part.bottom() : part.top() + cell.height() * j);
-        return area.place(spot.planar, cell, spot.lonLat);
+    net.fill([&](int i, int j, Sample &sample) {
+        sample.planar = QPointF(i == intervals ? part.right() : part.left() + cell.width() * i,
+                                j == intervals ? part.bottom() : part.top() + cell.height() * j);
+        return area.place(sample.planar, cell, sample.lonLat);
     });
     return net;
 }
@@ -130,38 +130,38 @@ constexpr std::array<std::array<double, 2>, 16> compass{{{1, 0},
                                                          {-.5, 1},
                                                          {-.5, -1}}};
 
-/// The best neighbour at a distance of \p step cells; false when none is better than \p spot, which is
+/// The best neighbour at a distance of \p step cells; false when none is better than \p sample, which is
 /// replaced otherwise.
-bool improved(const Area &area, const QSizeF &cell, double step, const Objective &objective, Sample &spot)
+bool improved(const Area &area, const QSizeF &cell, double step, const Objective &objective, Sample &sample)
 {
-    Sample best = spot;
+    Sample best = sample;
     for (const auto &way : compass) {
         Sample next;
-        next.planar =
-            area.clamped(spot.planar + QPointF(way[0] * step * cell.width(), way[1] * step * cell.height()));
-        if (next.planar != spot.planar && area.place(next.planar, cell, next.lonLat) &&
+        next.planar = area.clamped(sample.planar +
+                                   QPointF(way[0] * step * cell.width(), way[1] * step * cell.height()));
+        if (next.planar != sample.planar && area.place(next.planar, cell, next.lonLat) &&
             objective(next.lonLat) > objective(best.lonLat))
             best = next;
     }
-    std::swap(spot, best);
-    return spot.planar != best.planar;
+    std::swap(sample, best);
+    return sample.planar != best.planar;
 }
 
-/// Climbs from a spot to the extreme near it, with longer steps while they lead on. What it passes is added.
-Sample climbed(const Area &area, const QSizeF &cell, const Objective &objective, Sample spot,
+/// Steps from a place to the extreme near it, with longer steps while they lead on. What it passes is added.
+Sample climbed(const Area &area, const QSizeF &cell, const Objective &objective, Sample sample,
                ExtentBuilder &found)
 {
     constexpr int mostSteps = 60;
     const double least = std::ldexp(1.0, -refinements);
     double step = 0.5;
     for (int i = 0; i < mostSteps && step >= least; ++i) {
-        const QPointF before = spot.lonLat;
-        const bool better = improved(area, cell, step, objective, spot);
+        const QPointF before = sample.lonLat;
+        const bool better = improved(area, cell, step, objective, sample);
         step *= better ? 1.5 : 0.35;
-        found.join(before, spot.lonLat);
+        found.join(before, sample.lonLat);
     }
-    found.add(spot.lonLat);
-    return spot;
+    found.add(sample.lonLat);
+    return sample;
 }
 
 /// Goes on from there over the earth itself: at the rim of what a plane shows, where inverses end.
@@ -185,26 +185,26 @@ void addBeyond(const Area &area, const Objective &objective, QPointF place, Exte
     found.add(place);
 }
 
-/// The best spots of the mesh: of its inside and of each side.
+/// The best places of the mesh: of its inside and of each side.
 std::vector<Sample> startsFor(const SampleGrid &mesh, const Objective &objective)
 {
     std::array<const Sample *, 5> best{};
-    const auto offer = [&](std::size_t place, const Sample &spot) {
-        if (!best[place] || objective(spot.lonLat) > objective(best[place]->lonLat))
-            best[place] = &spot;
+    const auto offer = [&](std::size_t place, const Sample &sample) {
+        if (!best[place] || objective(sample.lonLat) > objective(best[place]->lonLat))
+            best[place] = &sample;
     };
-    mesh.visit([&](const Sample &spot, int column, int row) {
+    mesh.visit([&](const Sample &sample, int column, int row) {
         if (column != 0)
-            offer(column < 0 ? 0 : 1, spot);
+            offer(column < 0 ? 0 : 1, sample);
         if (row != 0)
-            offer(row < 0 ? 2 : 3, spot);
+            offer(row < 0 ? 2 : 3, sample);
         if (column == 0 && row == 0)
-            offer(4, spot);
+            offer(4, sample);
     });
     std::vector<Sample> starts;
-    for (const Sample *spot : best)
-        if (spot)
-            starts.push_back(*spot);
+    for (const Sample *sample : best)
+        if (sample)
+            starts.push_back(*sample);
     return starts;
 }
 
@@ -346,9 +346,9 @@ private:
         SampleGrid net(perSide + 1, perSide + 1);
         const QPointF from = cell[0].lonLat;
         const QPointF size = cell[3].lonLat - from;
-        net.fill([&](int i, int j, Sample &spot) {
-            spot.lonLat = from + QPointF(size.x() * i / perSide, size.y() * j / perSide);
-            return m_area.imageInside(spot.lonLat, spot.planar);
+        net.fill([&](int i, int j, Sample &sample) {
+            sample.lonLat = from + QPointF(size.x() * i / perSide, size.y() * j / perSide);
+            return m_area.imageInside(sample.lonLat, sample.planar);
         });
         net.addTo(m_found);
         std::vector<Cell> parts;

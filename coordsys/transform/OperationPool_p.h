@@ -101,7 +101,7 @@ public:
     PoolLease &operator=(const PoolLease &) = delete;
 
     const TransformQueue &queue() const { return *m_queue; }
-    /// That of the engine; \p spare, made on the spot, without an engine of its own.
+    /// That of the engine; \p spare, made at once, without an engine of its own.
     OperationWatch &watch(std::unique_ptr<OperationWatch> &spare) const;
 
 private:

@@ -54,7 +54,7 @@ private:
     std::map<Pair, std::vector<Shift>> m_between;
     std::map<int, std::vector<Shift>> m_direct; ///< to WGS 84
     std::map<int, std::vector<Shift>> m_all;    ///< with those through hubs
-    std::map<int, int> m_sibling;               ///< datum on another meridian to its twin on Greenwich
+    std::map<int, int> m_sibling;               ///< datum on another meridian to the same one on Greenwich
 };
 
 } // namespace catalogue
