@@ -638,5 +638,9 @@
         <source>Место «%1» неизвестно: укажите долготу и широту</source>
         <translation>The place “%1” is not known: give longitude and latitude</translation>
     </message>
+    <message>
+        <source>&amp;Единица местных координат:</source>
+        <translation>&amp;Unit of the local coordinates:</translation>
+    </message>
 </context>
 </TS>

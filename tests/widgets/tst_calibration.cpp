@@ -8,6 +8,7 @@
 #include <widgets/CalibrationDialog.h>
 
 #include <QApplication>
+#include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTableWidget>
@@ -155,6 +156,10 @@ private Q_SLOTS:
         QVERIFY(factory->initCoordSystemEnvironment());
         Shown s(0.2, factory);
         s.points->item(3, 0)->setCheckState(Qt::Unchecked);
+        auto *units = s.dialog.findChild<QComboBox *>();
+        QVERIFY(units && units->currentData().toInt() == LinearUnit::Meter);
+        units->setCurrentIndex(units->findData(LinearUnit::SurveyFoot));
+        Q_EMIT units->activated(units->currentIndex());
         QTimer::singleShot(0, this, [] {
             QApplication::activeModalWidget()->findChild<QLineEdit *>()->setText("Площадка"_s);
             static_cast<QDialog *>(QApplication::activeModalWidget())->accept();
@@ -165,6 +170,8 @@ private Q_SLOTS:
             CalibrationStore(factory->userCoordSystem()->fileInfo()).find(*s.dialog.savedSystem());
         QVERIFY(record && record->name == "Площадка"_s && record->pairs.size() == 9 &&
                 !record->pairs.at(3).isUsed);
+        QCOMPARE(record->unitCode, int(LinearUnit::SurveyFoot));
+        QVERIFY(record->system.string.contains("\"survey ft\""_s));
         QVERIFY(record->calibration().fit(record->model).rmsM() < 0.02);
     }
 };

@@ -14,6 +14,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -60,6 +61,7 @@ public:
     void open(const CalibrationRecord &record);
     void setKnown(const CoordSystemPtr &cs);
     void setLocal(const CoordSystemPtr &cs);
+    void setUnit(int code);
     void chooseLocal();
     Calibration::Local localSide() const;
     CalibrationStore store() const { return CalibrationStore(factory->userCoordSystem()->fileInfo()); }
@@ -76,6 +78,7 @@ public:
 
     QPushButton *knownButton, *localButton, *openButton, *saveButton;
     QMenu *savedMenu;
+    QComboBox *units; ///< of the local coordinates; data: MapInfo's numbers
     PairsTable *table;
     QTableWidget *models;
     ResidualMap *map;
@@ -83,6 +86,7 @@ public:
 
 private:
     void makeModels();
+    void fillUnits();
     QLayout *top();
     QWidget *left();
     QWidget *right();
@@ -98,12 +102,14 @@ CalibrationDialog::Private::Private(CalibrationDialog *dialog, std::shared_ptr<C
     , openButton(new QPushButton(WidgetTexts::tr("&Открыть")))
     , saveButton(new QPushButton(WidgetTexts::tr("&Сохранить…")))
     , savedMenu(new QMenu(dialog))
+    , units(new QComboBox)
     , table(new PairsTable)
     , models(new QTableWidget(0, ModelColumnCount))
     , map(new ResidualMap)
     , notes(new QLabel)
 {
     makeModels();
+    fillUnits();
     auto *splitter = new QSplitter(Qt::Horizontal);
     splitter->addWidget(left());
     splitter->addWidget(right());
@@ -147,6 +153,25 @@ void CalibrationDialog::Private::makeModels()
                            2 * models->frameWidth());
 }
 
+void CalibrationDialog::Private::fillUnits()
+{
+    using Unit = LinearUnit;
+    for (const int code : {Unit::Meter, Unit::Kilometer, Unit::Centimeter, Unit::Millimeter, Unit::Foot,
+                           Unit::SurveyFoot, Unit::Yard, Unit::Link, Unit::Chain, Unit::Rod})
+        if (const auto *named = factory->projectionParamsManager()->unitByID(code, std::nothrow))
+            units->addItem(QStringLiteral("%1 (%2)").arg(named->description(), named->localizedName()), code);
+}
+
+/// Also of one that the list lacks, in which points were kept.
+void CalibrationDialog::Private::setUnit(int code)
+{
+    const auto *named = factory->projectionParamsManager()->unitByID(code, std::nothrow);
+    unit = named ? LinearUnit(*named) : LinearUnit();
+    if (named && units->findData(code) < 0)
+        units->addItem(named->description(), code);
+    units->setCurrentIndex(units->findData(code));
+}
+
 QLayout *CalibrationDialog::Private::top()
 {
     auto *knownLabel = new QLabel(WidgetTexts::tr("Система &известных координат:"));
@@ -154,17 +179,25 @@ QLayout *CalibrationDialog::Private::top()
     auto *localLabel = new QLabel(WidgetTexts::tr("&Проекция и эллипсоид местных:"));
     localLabel->setBuddy(localButton);
     localButton->setToolTip(WidgetTexts::tr("Нужны только для сдвига датума семью параметрами"));
+    auto *unitLabel = new QLabel(WidgetTexts::tr("&Единица местных координат:"));
+    unitLabel->setBuddy(units);
     auto *grid = new QGridLayout;
     grid->addWidget(knownLabel, 0, 0);
     grid->addWidget(knownButton, 0, 1);
     grid->addWidget(openButton, 0, 2);
     grid->addWidget(localLabel, 1, 0);
     grid->addWidget(localButton, 1, 1);
+    grid->addWidget(unitLabel, 2, 0);
+    grid->addWidget(units, 2, 1, Qt::AlignLeft);
     grid->setColumnStretch(1, 1);
     openButton->setMenu(savedMenu);
     connect(knownButton, &QPushButton::clicked, q, [this] { chooseKnown(); });
     connect(localButton, &QPushButton::clicked, q, [this] { chooseLocal(); });
     connect(savedMenu, &QMenu::aboutToShow, q, [this] { fillSaved(); });
+    connect(units, QOverload<int>::of(&QComboBox::activated), q, [this] {
+        setUnit(units->currentData().toInt());
+        refit();
+    });
     return grid;
 }
 
@@ -378,8 +411,7 @@ void CalibrationDialog::Private::open(const CalibrationRecord &record)
         chosen = record.model;
         known.reset(); // the old table would be fitted to it
         table->setPairs(record.pairs);
-        const auto *named = factory->projectionParamsManager()->unitByID(record.unitCode, std::nothrow);
-        unit = named ? LinearUnit(*named) : LinearUnit();
+        setUnit(record.unitCode);
         setLocal(kept.localSystem());
         setKnown(kept.knownSystem());
     } catch (const std::exception &e) {
@@ -398,6 +430,7 @@ CalibrationDialog::CalibrationDialog(std::shared_ptr<CoordSysFactory> factory, Q
     for (QPushButton *button : findChildren<QPushButton *>())
         button->setAutoDefault(false); // Enter belongs to the table
     d->setLocal(nullptr);
+    d->setUnit(LinearUnit::Meter);
     d->setKnown(d->factory->latLongWgs84CoordSystem());
 }
 

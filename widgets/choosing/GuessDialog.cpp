@@ -1,4 +1,5 @@
 #include <widgets/choosing/GuessDialog_p.h>
+#include <widgets/map/WorldMap_p.h>
 #include <widgets/texts/WidgetTexts_p.h>
 
 #include <coordsys/CoordSysFactory.h>
@@ -97,6 +98,7 @@ GuessDialog::GuessDialog(std::shared_ptr<CoordSysFactory> factory, QWidget *pare
     , m_place(new QLineEdit)
     , m_swapped(new QCheckBox(WidgetTexts::tr("&первой стоит координата на север")))
     , m_list(new QTreeWidget)
+    , m_map(new WorldMap)
     , m_remark(new QLabel)
 {
     setWindowTitle(WidgetTexts::tr("Система по данным"));
@@ -107,7 +109,7 @@ GuessDialog::GuessDialog(std::shared_ptr<CoordSysFactory> factory, QWidget *pare
     m_list->setHeaderLabels({WidgetTexts::tr("Название"), WidgetTexts::tr("Код"), WidgetTexts::tr("От места"),
                              WidgetTexts::tr("Внутри области"), WidgetTexts::tr("Принято")});
     m_list->setAccessibleName(WidgetTexts::tr("Подходящие системы"));
-    m_list->header()->resizeSection(NameColumn, fontMetrics().averageCharWidth() * 40);
+    m_list->header()->resizeSection(NameColumn, fontMetrics().averageCharWidth() * 44);
     m_remark->setWordWrap(true);
     auto *file = new QPushButton(WidgetTexts::tr("&Из файла…"));
     auto *search = new QPushButton(WidgetTexts::tr("&Найти"));
@@ -124,20 +126,41 @@ GuessDialog::GuessDialog(std::shared_ptr<CoordSysFactory> factory, QWidget *pare
     m_choose->setEnabled(false);
     search->setDefault(true);
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(m_data, 1);
+    layout->addLayout(makeTop(), 1);
     layout->addLayout(form);
     layout->addLayout(row);
     layout->addWidget(m_list, 2);
     layout->addWidget(m_remark);
     layout->addWidget(buttons);
-    resize(fontMetrics().averageCharWidth() * 100, fontMetrics().lineSpacing() * 30);
+    resize(fontMetrics().averageCharWidth() * 142, fontMetrics().lineSpacing() * 34);
     connect(search, &QPushButton::clicked, this, [this] { find(); });
     connect(file, &QPushButton::clicked, this, [this] { openFile(); });
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(m_list, &QTreeWidget::itemDoubleClicked, this, &QDialog::accept);
-    connect(m_list, &QTreeWidget::currentItemChanged, this,
-            [this] { m_choose->setEnabled(!code().isEmpty()); });
+    connect(m_list, &QTreeWidget::currentItemChanged, this, [this] {
+        m_choose->setEnabled(!code().isEmpty());
+        showPlace();
+    });
+}
+
+QLayout *GuessDialog::makeTop()
+{
+    auto *row = new QHBoxLayout;
+    row->addWidget(m_data, 2);
+    row->addWidget(m_map, 1, Qt::AlignTop);
+    return row;
+}
+
+/// The area of the entry's first system, and where the data would lie.
+void GuessDialog::showPlace()
+{
+    const QTreeWidgetItem *item = m_list->currentItem();
+    const QTreeWidgetItem *top = item && item->parent() ? item->parent() : item;
+    const int row = m_list->indexOfTopLevelItem(const_cast<QTreeWidgetItem *>(top));
+    const bool isEntry = row >= 0 && row < m_entries.size();
+    m_map->setArea(isEntry ? m_entries.at(row).area : QRectF());
+    m_map->setPlace(isEntry ? std::make_optional(m_entries.at(row).box) : std::nullopt);
 }
 
 QString GuessDialog::code() const
@@ -174,7 +197,9 @@ void GuessDialog::find()
 
 void GuessDialog::show(const SystemGuess::Answer &answer)
 {
+    m_entries.clear(); // the list tells of its changes
     m_list->clear();
+    m_entries = answer.entries;
     for (const SystemGuess::Entry &entry : answer.entries)
         m_list->addTopLevelItem(itemOf(entry));
     m_list->setCurrentItem(m_list->topLevelItem(0));

@@ -6,6 +6,7 @@
 
 class QCheckBox;
 class QLabel;
+class QLayout;
 class QLineEdit;
 class QPlainTextEdit;
 class QPushButton;
@@ -14,6 +15,7 @@ class QTreeWidget;
 namespace nivora::cs {
 
 class CoordSysFactory;
+class WorldMap;
 
 /// Asks for coordinates whose system is not known, pasted or from a text file, and for a place near them, and
 /// lists the systems that they may be in.
@@ -30,12 +32,16 @@ private:
     void find();
     void openFile();
     void show(const SystemGuess::Answer &answer);
+    void showPlace();
+    QLayout *makeTop();
 
     std::shared_ptr<CoordSysFactory> m_factory;
     QPlainTextEdit *m_data;
     QLineEdit *m_place;
     QCheckBox *m_swapped;
     QTreeWidget *m_list;
+    WorldMap *m_map;
+    QVector<SystemGuess::Entry> m_entries; ///< as listed
     QLabel *m_remark;
     QPushButton *m_choose;
 };

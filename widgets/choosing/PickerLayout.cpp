@@ -57,6 +57,7 @@ PickerLayout::PickerLayout(QWidget *owner, QAbstractItemModel &treeModel, QAbstr
     , m_owner(owner)
     , m_pages(new QStackedWidget)
 {
+    save->setEnabled(false); // until there is a system
     setUpSearch();
     setUpLists();
     auto *splitter = new QSplitter(Qt::Horizontal);

@@ -227,6 +227,7 @@ void SystemDetails::show(const ShownFacts &facts)
     m_datum->setText(orDash(facts.datum));
     m_area->setText(orDash(areaOf(facts)));
     m_area->setToolTip(facts.areaName);
+    m_area->setToolTip(facts.areaName);
     m_area->setAccessibleDescription(facts.areaName);
     m_accuracy->setText(orDash(facts.accuracy));
     m_prj->setPlainText(facts.prj);
