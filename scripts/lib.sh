@@ -77,14 +77,13 @@ forget_environment() {
 
 # step TITLE COMMAND…: quiet unless it fails, then all of its output.
 step() {
-    local title=$1 log="$ROOT/build/step.log" started=$SECONDS status=0
+    local title=$1 log="$ROOT/build/step.log" status=0 TIMEFORMAT="$1: %0R s, %0U s of a processor"
     shift
-    "$@" </dev/null >"$log" 2>&1 || status=$?
+    time "$@" </dev/null >"$log" 2>&1 || status=$?
     if [ "$status" -ne 0 ]; then
         cat "$log"
         die "$title failed ($status)"
     fi
-    say "$title: $((SECONDS - started)) s"
 }
 
 # tests TITLE PRESET [ARGUMENT OF CTEST…]

@@ -80,6 +80,14 @@ void refuseUnlessPlanar(const QString &text)
         throwWithoutPlane(text);
 }
 
+/// A text is taken for a system anyway; with this term PROJ makes two objects more of it. Steps of a pipeline
+/// keep theirs.
+QString withoutCrsTerm(const QString &proj)
+{
+    static const QRegularExpression term(QStringLiteral("\\s\\+type=crs(?=\\s|$)"));
+    return proj.contains(QLatin1String("+proj=pipeline")) ? proj : QString(proj).remove(term);
+}
+
 /// Throws std::runtime_error when GDAL refuses the text, or x and y alone are no coordinates of it.
 std::shared_ptr<void> importProj(const QString &text)
 {
@@ -174,7 +182,7 @@ CoordSystemPtr CoordSysFactoryPrivate::unnamedFromProj(const QString &proj)
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromProj=%1").arg(proj));
 
     auto cs = std::make_shared<CoordSystem>();
-    const QString text = systemTerms(proj);
+    const QString text = withoutCrsTerm(systemTerms(proj));
     const std::shared_ptr<void> srs = importProj(text);
     cs->setOGRSpatialReference(srs);
     cs->setProj4(mainObjectOf(text));

@@ -9,10 +9,18 @@ x is always longitude or easting and comes first; angles are degrees. Lists of p
 (n, 2). What the library refuses is an Error with a code.
 """
 
+import copyreg as _copyreg
+import ctypes as _ctypes
 import os as _os
+
+_current, _main = (getattr(_ctypes.pythonapi, f"PyInterpreterState_{which}") for which in ("Get", "Main"))
+_current.restype = _main.restype = _ctypes.c_void_p
+if _current() != _main():  # the compiled part would wait for a lock for ever
+    raise ImportError("nivora_cs works in the main interpreter of a process alone")
 
 from . import _core
 from ._core import CoordSystem, Error, Fit, Transform, calibrate, find, guess, start
+from ._files import read_system, write_mif_system
 from ._types import (
     Area,
     GeographicBounds,
@@ -42,14 +50,24 @@ __all__ = [
     "calibrate",
     "find",
     "guess",
+    "read_system",
     "start",
+    "write_mif_system",
 ]
 
-for _type in (CoordSystem, Error, Fit, Transform, calibrate, find, guess, start):
+for _type in (CoordSystem, Error, Fit, Transform, calibrate, find, guess, read_system, start, write_mif_system):
     try:
         _type.__module__ = __name__
     except AttributeError:  # functions of the compiled part
         pass
+
+
+def _reduced(self, protocol):
+    """By way of __getstate__() in every protocol: the oldest two would make an object without its compiled part."""
+    return _copyreg.__newobj__, (type(self),), self.__getstate__()
+
+
+CoordSystem.__reduce_ex__ = Transform.__reduce_ex__ = _reduced
 
 
 def _resources():

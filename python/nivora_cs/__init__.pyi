@@ -1,4 +1,16 @@
-from typing import Any, Dict, List, Optional, Sequence, Tuple, Union, overload
+import os
+from typing import (
+    Any,
+    Dict,
+    List,
+    Optional,
+    Protocol,
+    Sequence,
+    SupportsIndex,
+    Tuple,
+    Union,
+    overload,
+)
 
 from numpy import float64
 from numpy.typing import ArrayLike, NDArray
@@ -13,7 +25,14 @@ from ._types import Parameter as Parameter
 from ._types import Residual as Residual
 from ._types import Unit as Unit
 
-_Text = Union["CoordSystem", str, int]
+class _HasWkt(Protocol):
+    def to_wkt(self) -> str: ...
+
+_Text = Union["CoordSystem", str, SupportsIndex, _HasWkt]
+class _HasArray(Protocol):
+    def __array__(self) -> NDArray[Any]: ...
+
+_Numbers = Union[_HasArray, Sequence[Any], memoryview]
 _Rect = Tuple[float, float, float, float]
 
 class Error(Exception):
@@ -55,6 +74,7 @@ class CoordSystem:
     @property
     def coordsys(self) -> str: ...
     def text(self, notation: str) -> str: ...
+    def to_wkt(self, *args: Any, **kwargs: Any) -> str: ...
     def with_name(self, name: str) -> CoordSystem: ...
     def with_bounds(self, xmin: float, ymin: float, xmax: float, ymax: float) -> CoordSystem: ...
     def with_affine(self, coefficients: Sequence[float], unit: str = ...) -> CoordSystem: ...
@@ -89,11 +109,13 @@ class Transform:
     def missing_grids(self) -> List[Grid]: ...
     def operation_at(self, x: float, y: float) -> Optional[Operation]: ...
     @overload
-    def forward(self, x: float, y: float) -> Tuple[float, float]: ...
+    def forward(
+        self, x: float, y: float, *, errors: str = ..., threads: int = ...
+    ) -> Tuple[float, float]: ...
     @overload
     def forward(
         self,
-        x: ArrayLike,
+        x: _Numbers,
         y: None = ...,
         *,
         out: Optional[NDArray[float64]] = ...,
@@ -102,7 +124,11 @@ class Transform:
     ) -> NDArray[float64]: ...
     @overload
     def forward(
-        self, x: ArrayLike, y: ArrayLike, *, errors: str = ..., threads: int = ...
+        self, x: _Numbers, y: Union[_Numbers, float], *, errors: str = ..., threads: int = ...
+    ) -> Tuple[NDArray[float64], NDArray[float64]]: ...
+    @overload
+    def forward(
+        self, x: float, y: _Numbers, *, errors: str = ..., threads: int = ...
     ) -> Tuple[NDArray[float64], NDArray[float64]]: ...
     __call__ = forward
     inverse = forward
@@ -139,6 +165,8 @@ def guess(
     stated: str = ...,
     limit: int = ...,
 ) -> List[Guess]: ...
+def read_system(path: Union[str, "os.PathLike[str]"]) -> CoordSystem: ...
+def write_mif_system(path: Union[str, "os.PathLike[str]"], system: _Text) -> None: ...
 def calibrate(
     system: _Text,
     local: ArrayLike,

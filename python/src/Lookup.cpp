@@ -1,6 +1,7 @@
 #include "Convert.h"
 #include "Session.h"
 
+#include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/MapinfoSearch.h>
 #include <coordsys/SystemGuess.h>
@@ -75,10 +76,20 @@ py::list guess(const py::array_t<double, py::array::c_style | py::array::forceca
     return recordsOf(aside([&] { return planes->guess(question, limit); }).entries);
 }
 
+/// Where the CoordSys clause of a MIF stands, or would stand, and its length, in bytes.
+py::tuple clausePlace(const py::bytes &header)
+{
+    const std::string bytes = header;
+    const auto clause =
+        cs::coordSysClauseIn(QString::fromLatin1(bytes.data(), static_cast<int>(bytes.size())));
+    return py::make_tuple(clause.position, clause.length);
+}
+
 } // namespace
 
 void defineLookup(py::module_ &module)
 {
+    module.def("_clause_place", clausePlace);
     module.def(
         "find", find, py::arg("words") = "", py::kw_only(), py::arg("at") = py::none(), py::arg("limit") = 20,
         R"(The systems that words mean, best first: names in Russian and English, zones, codes, countries,

@@ -3,6 +3,8 @@
 #include "Session.h"
 
 #include <algorithm>
+#include <limits>
+#include <string_view>
 
 namespace nivora::python {
 namespace {
@@ -13,19 +15,38 @@ static_assert(sizeof(QPointF) == 2 * sizeof(double), "an array of shape (n, 2) i
 
 std::size_t pointsIn(const Coordinates &array) { return static_cast<std::size_t>(array.size()) / 2; }
 
+/// What is masked has no value, whatever stands behind the mask.
+py::object unmasked(const py::object &value)
+{
+    if (!py::hasattr(value, "mask") || !py::hasattr(value, "filled"))
+        return value;
+    return value.attr("astype")("f8").attr("filled")(std::numeric_limits<double>::quiet_NaN());
+}
+
+/// NumPy would make numbers of dates, texts and the real parts of complex ones.
 Coordinates numbers(const py::object &value)
 {
-    const py::object array = Coordinates::ensure(value);
+    const auto any = py::array::ensure(unmasked(value));
+    const bool isNumeric =
+        any && std::string_view("biufO").find(any.dtype().kind()) != std::string_view::npos;
+    const py::object array = isNumeric ? py::object(Coordinates::ensure(any)) : py::object();
+    PyErr_Clear();
     if (!array)
         throw py::type_error("coordinates must be numbers");
     return py::reinterpret_borrow<Coordinates>(array);
 }
 
-void checkShape(const Coordinates &array)
+/// An empty list says nothing of its shape.
+Coordinates pointsOf(const py::object &value)
 {
+    Coordinates array = numbers(value);
+    if (array.ndim() == 1 && array.size() == 0)
+        return Coordinates(std::vector<py::ssize_t>{0, 2});
     if (array.ndim() < 1 || array.shape(array.ndim() - 1) != 2)
         throw py::value_error(
-            "points must have the shape (n, 2): longitude or easting, latitude or northing");
+            "points must have the shape (n, 2): longitude or easting, latitude or northing; "
+            "of more columns give points[:, :2]");
+    return array;
 }
 
 std::vector<py::ssize_t> shapeOf(const py::array &array)
@@ -112,8 +133,7 @@ bool raisesOn(const std::string &errors)
 py::object convertPoints(const cs::BulkTransform &transform, bool forward, const py::object &points,
                          const py::object &out, const ListWishes &wishes)
 {
-    Coordinates in = numbers(points);
-    checkShape(in);
+    Coordinates in = pointsOf(points);
     Coordinates result = target(out, in);
     if (overlaps(in, result))
         in = Coordinates(shapeOf(in), in.data()); // a copy
@@ -124,7 +144,8 @@ py::object convertPoints(const cs::BulkTransform &transform, bool forward, const
 py::object convertPair(const cs::BulkTransform &transform, bool forward, const py::object &x,
                        const py::object &y, const ListWishes &wishes)
 {
-    const py::tuple spread = py::tuple(py::module_::import("numpy").attr("broadcast_arrays")(x, y));
+    const py::object spreading = py::module_::import("numpy").attr("broadcast_arrays");
+    const py::tuple spread = py::tuple(spreading(unmasked(x), unmasked(y)));
     const Coordinates first = numbers(spread[0]);
     const Coordinates second = numbers(spread[1]);
     const auto count = static_cast<std::size_t>(first.size());

@@ -27,6 +27,16 @@ System fromText(const std::string &text)
     });
 }
 
+/// Throws Python's own error for what has no UTF-8.
+std::string utf8Of(const py::handle &text)
+{
+    Py_ssize_t size = 0;
+    const char *const bytes = PyUnicode_AsUTF8AndSize(text.ptr(), &size);
+    if (!bytes)
+        throw py::error_already_set();
+    return {bytes, static_cast<std::size_t>(size)};
+}
+
 cs::SystemFormat formatOf(const std::string &name)
 {
     static const std::map<std::string, cs::SystemFormat> formats{
@@ -230,6 +240,10 @@ void defineTexts(py::class_<System> &type)
         "text", textIn, py::arg("notation"),
         "The system in a notation: \"wkt2\" (also \"wkt\"), \"wkt1\", \"esri\", \"projjson\", \"proj\",\n"
         "\"coordsys\". Error with code \"not-writable\" when the notation has no form for it.");
+    type.def(
+        "to_wkt",
+        [](const System &self, const py::args &, const py::kwargs &) { return textIn(self, "wkt2"); },
+        "WKT 2 of 2019: pyproj.CRS(system), and so GeoPandas, take it from here.");
     for (const auto &[name, notation, what] :
          std::vector<std::tuple<const char *, const char *, const char *>>{
              {"wkt", "wkt2", "WKT 2 of 2019."},
@@ -266,21 +280,25 @@ void defineCopies(py::class_<System> &type)
 
 System systemOf(const py::handle &value)
 {
+    if (py::isinstance<System>(value))
+        return value.cast<System>();
     if (py::isinstance<py::str>(value))
-        return fromText(value.cast<std::string>());
-    if (py::isinstance<py::int_>(value))
-        return fromText(std::to_string(value.cast<long long>()));
-    return value.cast<System>();
+        return fromText(utf8Of(value));
+    if (PyIndex_Check(value.ptr()) && !py::isinstance<py::bool_>(value)) // also NumPy's integers
+        return fromText(utf8Of(py::str(py::module_::import("operator").attr("index")(value))));
+    if (py::hasattr(value, "to_wkt")) // of other libraries of systems
+        return fromText(utf8Of(value.attr("to_wkt")()));
+    throw py::type_error("a system is a CoordSystem, a text, a code or an object with to_wkt()");
 }
 
 void defineSystems(py::module_ &module)
 {
     py::class_<System> type(module, "CoordSystem", R"(A coordinate system, made from any notation of one.
 
-CoordSystem("EPSG:32637"), CoordSystem(32637), CoordSystem("UTM zone 37N"), WKT, PROJJSON, PROJ text,
-CoordSystem('CoordSys Earth Projection 8, 1001, "m", 39, 0, 1, 7500000, 0') and CoordSystem("@table.tab"): what a
-file holds. Unchangeable; threads may share one. x is always longitude or easting and comes first, angles are
-degrees. Pickles as its text. Raises Error with a code for text that is no system.)");
+CoordSystem("EPSG:32637"), CoordSystem(32637), CoordSystem("WGS 84 / UTM zone 37N"), WKT, PROJJSON, PROJ text,
+CoordSystem('CoordSys Earth Projection 8, 1001, "m", 39, 0, 1, 7500000, 0'), CoordSystem("@table.tab") for what a
+file holds, and objects with to_wkt(), as pyproj's. Unchangeable; threads may share one. x is always longitude or
+easting and comes first, angles are degrees. Pickles as its text. Raises Error with a code for text that is no system.)");
     type.def(py::init([](const py::object &text) { return systemOf(text); }), py::arg("text"));
     defineProperties(type);
     defineTexts(type);

@@ -1,6 +1,7 @@
 """What Python adds to the library: arrays, failures, pickles, threads and forks."""
 
 import ast
+import copy
 import inspect
 import math
 import multiprocessing
@@ -9,6 +10,7 @@ import pathlib
 import pickle
 import subprocess
 import sys
+import tempfile
 import threading
 import unittest
 
@@ -57,6 +59,15 @@ class Arrays(unittest.TestCase):
         self.assertEqual(self.transform(np.float64(37), 55), self.transform(37.0, 55.0))
         x, y = self.transform(np.array([37.0, 38.0]), 55)
         self.assertEqual((x[0], y[0]), self.transform(37.0, 55.0))
+        self.assertEqual(self.transform([]).shape, (0, 2))
+
+    def test_what_is_masked_fails(self):
+        points = np.ma.array(PLACES, mask=np.zeros_like(PLACES))
+        points[5] = np.ma.masked
+        x, y = self.transform(points[:, 0], PLACES[:, 1])
+        for result in (self.transform(points), np.stack((x, y), -1)):
+            self.assertEqual(np.flatnonzero(np.isnan(result).any(axis=1)).tolist(), [5])
+            np.testing.assert_array_equal(result[6:], self.expected[6:])
 
     def test_back(self):
         np.testing.assert_allclose(self.transform.inverse(self.expected), PLACES, rtol=0, atol=1e-7)
@@ -89,6 +100,10 @@ class Arrays(unittest.TestCase):
             lambda: self.transform(PLACES, out=frozen),
             lambda: self.transform(PLACES, errors="ignore"),
             lambda: self.transform("here", "there"),
+            lambda: self.transform([["37", "55"]]),
+            lambda: self.transform(PLACES + 1j),
+            lambda: self.transform(np.zeros((3, 2), dtype="M8[s]")),
+            lambda: self.transform(point for point in PLACES),
             lambda: self.transform(None),
         )
         for call in refused:
@@ -114,7 +129,9 @@ class Systems(unittest.TestCase):
         for system in systems():
             with self.subTest(system=repr(system)):
                 other = pickle.loads(pickle.dumps(system))
-                self.assertEqual(other, system)
+                for protocol in range(pickle.HIGHEST_PROTOCOL + 1):
+                    self.assertEqual(pickle.loads(pickle.dumps(system, protocol)), system)
+                self.assertEqual(copy.deepcopy(system), system)
                 self.assertEqual(hash(other), hash(system))
                 self.assertTrue(other.same_as(system))
                 for fact in ("name", "code", "unit", "bounds", "affine", "assumptions", "notes", "is_geographic"):
@@ -136,6 +153,21 @@ class Systems(unittest.TestCase):
         self.assertNotEqual(system, CoordSystem("EPSG:32638"))
         for notation in ("wkt", "wkt1", "esri", "projjson", "proj", "coordsys"):
             self.assertTrue(CoordSystem(system.text(notation)).same_as(system), notation)
+
+    def test_what_names_a_system(self):
+        class Foreign:
+            def to_wkt(self):
+                return CoordSystem("EPSG:32637").wkt
+
+        for text in ("EPSG:32637", 32637, np.int32(32637), Foreign(), CoordSystem(32637)):
+            self.assertEqual(CoordSystem(text).code, 32637)
+        self.assertEqual(Transform(4326, Foreign())(37.0, 55.0), Transform(4326, 32637)(37.0, 55.0))
+        self.assertTrue(CoordSystem(32637).to_wkt().startswith("PROJCRS"))
+        for nothing in (True, 4326.0, None, b"EPSG:4326", pathlib.Path("a.prj"), [4326]):
+            with self.subTest(value=nothing), self.assertRaises(TypeError):
+                CoordSystem(nothing)
+        with self.assertRaises(UnicodeEncodeError):
+            CoordSystem("\ud800")
 
     def test_refusals_have_codes(self):
         cases = {
@@ -189,6 +221,36 @@ class Systems(unittest.TestCase):
         np.testing.assert_allclose(way(local), known, rtol=0, atol=1e-4)
         with self.assertRaises(ValueError):
             nivora_cs.calibrate(zone, local, known[:3])
+
+
+class Files(unittest.TestCase):
+    def test_a_mif_gets_the_exact_clause(self):
+        system = CoordSystem(ZONE7 + " Bounds (7200000, 4500000) (7800000, 7700000)")
+        columns, data = b"Columns 1\r\n  CoordSys Char(9)\r\nData\r\n\r\n", b"Point 7400000 6100000\r\n" * 5000
+        clause = b'CoordSys Earth\r\n  Projection 8, 104, "m", 39,\r\n  0, 1, 7500000, 0\r\n'
+        for old in (b"", clause):
+            with self.subTest(old=old), tempfile.TemporaryDirectory() as folder:
+                path = pathlib.Path(folder) / "земли.mif"
+                path.write_bytes(b'Version 300\r\nCharset "Neutral"\r\nDelimiter ","\r\n' + old + columns + data)
+                path.chmod(0o640)
+                nivora_cs.write_mif_system(path, system)
+                self.assertEqual(nivora_cs.read_system(path), system)
+                written = path.read_bytes()
+                self.assertTrue(written.endswith(b"\r\n" + columns + data))
+                self.assertEqual(written.count(b"Projection"), 1)
+                self.assertEqual([os.listdir(folder), path.stat().st_mode & 0o777], [[path.name], 0o640])
+
+    def test_other_files_stay_as_they_are(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder) / "a.mif"
+            path.write_bytes(b"\0\1 nothing of a table")
+            for system in (ZONE7, "no system at all"):
+                with self.assertRaises((ValueError, Error)):
+                    nivora_cs.write_mif_system(path, system)
+            self.assertEqual((os.listdir(folder), path.read_bytes()), (["a.mif"], b"\0\1 nothing of a table"))
+            with self.assertRaises(Error) as caught:
+                nivora_cs.read_system(pathlib.Path(folder) / "none.tab")
+            self.assertEqual(caught.exception.code, "file-failed")
 
 
 def converted(way):
@@ -254,6 +316,18 @@ class Processes(unittest.TestCase):
         clean = {k: v for k, v in os.environ.items() if k not in ("PROJ_LIB", "DISPLAY")}
         done = subprocess.run([sys.executable, "-c", code], env=clean, capture_output=True, text=True)
         self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+
+
+    def test_another_interpreter_is_refused(self):
+        code = (
+            "import _xxsubinterpreters as other\n"
+            "made = other.create()\n"
+            "other.run_string(made, 'try: import nivora_cs\\nexcept ImportError as e: print(e)')\n"
+            "other.destroy(made)\n"
+            "import nivora_cs; print(nivora_cs.CoordSystem(4326).code)"
+        )
+        done = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, timeout=300)
+        self.assertEqual(done.stdout, "nivora_cs works in the main interpreter of a process alone\n4326\n", done.stderr)
 
 
 class Documentation(unittest.TestCase):
