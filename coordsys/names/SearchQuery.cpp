@@ -200,11 +200,14 @@ private:
     void noteKinds()
     {
         m_query.isUtm = std::find(m_words.begin(), m_words.end(), "utm") != m_words.end();
-        for (std::size_t i = 0; i + 1 < m_words.size(); ++i)
-            m_query.isThreeDegree =
-                m_query.isThreeDegree || (m_words[i] == "3" && (m_words[i + 1].rfind("degree", 0) == 0 ||
-                                                                m_words[i + 1].rfind("градус", 0) == 0 ||
-                                                                m_words[i + 1].rfind("°", 0) == 0));
+        for (std::size_t i = 0; i + 1 < m_words.size(); ++i) {
+            const auto begins = [&](std::string_view with) { return m_words[i + 1].rfind(with, 0) == 0; };
+            const bool isWidth = begins("degree") || begins("градус") || begins("°");
+            m_query.isThreeDegree = m_query.isThreeDegree || (isWidth && m_words[i] == "3");
+            if (isWidth && m_words[i] == "6" &&
+                m_words.size() > 2) // as zones are that are called nothing else
+                take(i, 2);
+        }
     }
 
     void takeZone()
