@@ -2499,5 +2499,9 @@ northing и подобные), иначе это первые два.
         <source>A town near the data, a region or country that holds them, or a place in degrees.</source>
         <translation>Город рядом с данными, область или страна, где они лежат, или место в градусах.</translation>
     </message>
+    <message>
+        <source>places of &quot;%1&quot; move by up to %2 m: a table counts in steps of its bounds, which the system states; without its bounds they are fine enough</source>
+        <translation>места слоя «%1» сдвигаются до %2 м: таблица считает шагами своих границ, которые задаёт система; без её границ шаги достаточно малы</translation>
+    </message>
 </context>
 </TS>

@@ -137,7 +137,7 @@ Conversion::Conversion(const CommandLine &line)
         m_losses.add(isVirtual ? Loss::Layers : Loss::Datum,
                      QObject::tr("%1 cannot be read whole: %2").arg(m_in, m_messages.reason()));
     if (m_in.endsWith(QLatin1String(".mif"), Qt::CaseInsensitive))
-        checkMif(m_in, m_losses);
+        m_extent = checkMif(m_in, m_losses);
     if (line.isSet("append"))
         m_append.emplace(m_out, m_format, m_stage);
     m_bulk.refusesBallpark = line.isSet("strict");
@@ -264,6 +264,7 @@ void Conversion::settle(OGRLayerH source, OutputLayer &layer, GeometryChange &ch
 {
     describe(source, layer);
     change.choice = m_choiceOfFeatures;
+    change.extent = m_extent;
     const CoordSystemPtr from = sourceSystem(source);
     findPoints(source, from, change);
     layer.system = carriable(m_to ? m_to : from);
@@ -331,6 +332,7 @@ void Conversion::convertLayer(int index)
 void Conversion::noteLayer(const LayerCopy &copy, const OutputLayer &layer)
 {
     const bool hasRoom = m_format.holdsNumbers();
+    m_notes << copy.notes();
     if (copy.numbersLost())
         m_notes << (m_append  ? QObject::tr("features of \"%1\" get new numbers, behind those that are there")
                     : hasRoom ? QObject::tr("features of \"%1\" get new numbers")

@@ -61,6 +61,7 @@ private:
     StagedOutput m_stage;
     QString m_file;                       ///< the output that is being written, by its name
     std::optional<AppendTarget> m_append; ///< set: features are added to what is there
+    std::optional<QRectF> m_extent;       ///< of the source, where it was read already
     std::optional<FeatureChoice> m_choiceOfFeatures;
     RejectedList m_rejected;
     OutputProbe m_probe;

@@ -1,5 +1,6 @@
 #include "GdalFiles.h"
 
+#include "BlockFiles.h"
 #include "CommandLine.h"
 #include "Commands.h"
 #include "Output.h"
@@ -55,7 +56,7 @@ GdalMessages::~GdalMessages() { CPLPopErrorHandler(); }
 void GdalMessages::take(CPLErr level, CPLErrorNum, const char *text)
 {
     auto *self = static_cast<GdalMessages *>(CPLGetErrorHandlerUserData());
-    const QString message = QString::fromUtf8(text);
+    const QString message = QString::fromUtf8(withoutBlocks(text));
     if (level >= CE_Failure)
         self->m_error = message;
     else if (level == CE_Warning && self->m_warnings.size() < mostWarnings &&

@@ -3,6 +3,7 @@
 #include "FeatureReader.h"
 #include "Losses.h"
 #include "Output.h"
+#include "TableBounds.h"
 
 #include <QObject>
 
@@ -232,6 +233,31 @@ void LayerCopy::takeSamples(const QVector<QPointF> &vertices)
         m_samples << vertices.at(i);
 }
 
+/// Of tables: their bounds may be stated, and far too wide.
+void LayerCopy::checkSteps(const QVector<QPointF> &vertices)
+{
+    constexpr double mostNotedM = 0.02; // usual bounds in files of MapInfo
+    if (m_roundingM == 0.0 && m_job.format.isTable() && m_job.layer.system)
+        m_roundingM = roundingM(m_job.layer, vertices);
+    if (m_roundingM > mostNotedM)
+        m_losses.add(Loss::Types, roundingText());
+}
+
+QString LayerCopy::roundingText() const
+{
+    return QObject::tr(
+               "places of \"%1\" move by up to %2 m: a table counts in steps of its bounds, which the "
+               "system states; without its bounds they are fine enough")
+        .arg(m_job.layer.name, QString::number(m_roundingM, 'g', 1));
+}
+
+/// What is no loss.
+QStringList LayerCopy::notes() const
+{
+    const bool isLoss = m_losses.all().contains(roundingText());
+    return m_roundingM > 0.0 && !isLoss ? QStringList(roundingText()) : QStringList();
+}
+
 void LayerCopy::checkValues(std::vector<FeatureBatch::Item> &items)
 {
     for (FeatureBatch::Item &item : items)
@@ -294,6 +320,7 @@ void LayerCopy::run(const Rejected &rejected, const Advanced &advanced)
             checkKinds(batch->items());
         else
             createLayer(batch->items());
+        checkSteps(batch->vertices());
         checkValues(batch->items());
         for (FeatureBatch::Item &item : batch->items()) {
             noteNumbers(item);

@@ -36,6 +36,8 @@ public:
     GIntBig written() const { return m_written; }
     /// Whether numbers that the source stores are not in the output.
     bool numbersLost() const { return m_numbersLost; }
+    /// What changed within reason, to be told.
+    QStringList notes() const;
     /// Whether any geometry has heights.
     bool hasHeights() const { return m_hasHeights; }
 
@@ -48,6 +50,8 @@ private:
     void recodeTexts(OGRFeatureH feature);
     void suggestSplit(const std::vector<OGRGeometryH> &samples);
     void checkKinds(const std::vector<FeatureBatch::Item> &items);
+    QString roundingText() const;
+    void checkSteps(const QVector<QPointF> &vertices);
     void checkValues(std::vector<FeatureBatch::Item> &items);
     void noteNumbers(const FeatureBatch::Item &item);
     void takeSamples(const QVector<QPointF> &vertices);
@@ -65,6 +69,7 @@ private:
     GIntBig m_written = 0;
     GIntBig m_read = 0;
     GIntBig m_firstNumber = 0;
+    double m_roundingM = 0.0; ///< 0: a table's steps are fine enough
     bool m_numbersLost = false;
     bool m_hasHeights = false;
     bool m_hasFailed = false;                         ///< to write a feature

@@ -9,7 +9,10 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <charconv>
+#include <cmath>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -59,6 +62,53 @@ const Keyword *keywordOf(std::string_view word)
     return found == std::end(keywords) ? nullptr : found;
 }
 
+/// Around the places of lines that hold one or two.
+class Places
+{
+public:
+    /// Other numbers than places, or one alone, pass.
+    void take(std::string_view text);
+    std::optional<QRectF> extent() const
+    {
+        return m_isRead && m_low.x() <= m_high.x() ? std::optional<QRectF>({m_low, m_high}) : std::nullopt;
+    }
+    void giveUp() { m_isRead = false; }
+
+private:
+    void extend(const QPointF &place);
+
+    QPointF m_low = QPointF(HUGE_VAL, HUGE_VAL);
+    QPointF m_high = -m_low;
+    bool m_isRead = true;
+};
+
+void Places::extend(const QPointF &place)
+{
+    m_low = QPointF(std::min(m_low.x(), place.x()), std::min(m_low.y(), place.y()));
+    m_high = QPointF(std::max(m_high.x(), place.x()), std::max(m_high.y(), place.y()));
+}
+
+void Places::take(std::string_view text)
+{
+    std::array<double, 4> numbers{};
+    std::size_t count = 0;
+    const char *const end = text.data() + text.size();
+    for (const char *at = text.data(); at < end; ++at) {
+        if (*at == ' ' || *at == '\t' || *at == ',')
+            continue;
+        if (count == numbers.size())
+            return giveUp();
+        const auto [next, error] = std::from_chars(at, end, numbers[count++]);
+        if (error != std::errc())
+            return giveUp();
+        at = next - 1;
+    }
+    for (std::size_t i = 0; i + 1 < count; i += 2)
+        extend({numbers[i], numbers[i + 1]});
+    if (count == 3)
+        giveUp();
+}
+
 /// Goes through the lines behind "Data".
 class DataLines
 {
@@ -66,8 +116,11 @@ public:
     /// False for a line that is none.
     bool take(std::string_view line);
     int objects() const { return m_objects; }
+    Places &places() { return m_places; }
 
 private:
+    Places m_places;
+    bool m_anglesFollow = false; ///< in the next line, of an arc
     int m_objects = 0;
     int m_parts = 0; ///< of a collection, still to come
 };
@@ -75,8 +128,13 @@ private:
 bool DataLines::take(std::string_view line)
 {
     line = trimmed(line);
-    if (line.empty() || line.front() == '"' || isNumeric(line))
+    if (line.empty() || line.front() == '"')
         return true;
+    if (isNumeric(line)) {
+        if (!std::exchange(m_anglesFollow, false))
+            m_places.take(line);
+        return true;
+    }
     const std::size_t end = std::min(line.find_first_of(" \t(\""), line.size());
     const Keyword *const keyword = keywordOf(line.substr(0, end));
     if (!keyword)
@@ -92,7 +150,12 @@ bool DataLines::take(std::string_view line)
         ++m_objects;
     if (keyword->word == Word::Collection)
         m_parts = QByteArray(rest.data(), static_cast<int>(rest.size())).toInt();
-    return keyword->word == Word::Object || isNumeric(rest);
+    if (keyword->word == Word::Object)
+        return true;
+    m_anglesFollow = keyword->name == "arc";
+    if (keyword->word == Word::Numbers)
+        m_places.take(rest);
+    return isNumeric(rest);
 }
 
 /// Lines with as many quotation marks as close each other.
@@ -109,7 +172,7 @@ int recordsOf(QFile &file)
 }
 
 /// At the first line of the data; the count of the columns that the header has.
-int passHeader(QFile &file, int &number)
+int passHeader(QFile &file, int &number, bool &isTransformed)
 {
     int columns = 0;
     while (!file.atEnd()) {
@@ -117,6 +180,7 @@ int passHeader(QFile &file, int &number)
         ++number;
         if (line == "data")
             break;
+        isTransformed = isTransformed || line.startsWith("transform");
         if (line.startsWith("columns"))
             columns = line.mid(7).trimmed().toInt();
     }
@@ -138,23 +202,27 @@ void checkRecords(const QString &path, int columns, int objects, Losses &losses)
 
 } // namespace
 
-void checkMif(const QString &path, Losses &losses)
+std::optional<QRectF> checkMif(const QString &path, Losses &losses)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return;
+        return std::nullopt;
     int number = 0;
-    const int columns = passHeader(file, number);
+    bool isTransformed = false;
+    const int columns = passHeader(file, number, isTransformed);
     DataLines lines;
     std::array<char, 1 << 16> line{};
     while (!file.atEnd()) {
         const qint64 size = file.readLine(line.data(), static_cast<qint64>(line.size()));
         ++number;
-        if (size > 0 && !lines.take({line.data(), static_cast<std::size_t>(size)}))
-            return losses.add(Loss::Features,
-                              QObject::tr("%1 is damaged in line %2: features may be missing or other than "
-                                          "they were")
-                                  .arg(path, QString::number(number)));
+        if (size <= 0 || lines.take({line.data(), static_cast<std::size_t>(size)}))
+            continue;
+        losses.add(Loss::Features,
+                   QObject::tr("%1 is damaged in line %2: features may be missing or other than "
+                               "they were")
+                       .arg(path, QString::number(number)));
+        return std::nullopt;
     }
     checkRecords(path, columns, lines.objects(), losses);
+    return isTransformed ? std::nullopt : lines.places().extent();
 }

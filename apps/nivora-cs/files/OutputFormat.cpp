@@ -1,5 +1,6 @@
 #include "OutputFormat.h"
 
+#include "BlockFiles.h"
 #include "MapInfoFiles.h"
 #include "Output.h"
 
@@ -184,8 +185,10 @@ Dataset OutputFormat::create(const QString &path, const OutputLayer &layer) cons
     if (layer.mapInfo && isTable() && layer.mapInfo->needsLongHeader)
         list = CSLSetNameValue(list, "BLOCKSIZE", "1024"); // the header is a block
     const OptionList options(list, CSLDestroy);
-    return Dataset(
-        GDALCreate(m_driver, QFile::encodeName(path).constData(), 0, 0, 0, GDT_Unknown, options.get()));
+    const bool jumps = isTable() || name() == QLatin1String("ESRI Shapefile");
+    const QByteArray file = QFile::encodeName(path);
+    return Dataset(GDALCreate(m_driver, (jumps ? inBlocks(file) : file).constData(), 0, 0, 0, GDT_Unknown,
+                              options.get()));
 }
 
 OGRLayerH OutputFormat::createLayer(GDALDatasetH dataset, const OutputLayer &layer) const

@@ -10,8 +10,10 @@
 namespace {
 
 // By Rejection::Reason. English whatever the language: the table is for programs too.
-constexpr const char *reasons[] = {"cannot be transformed", "outside the bounds of the output",
-                                   "cannot be held by the format", "the columns hold no coordinates",
+constexpr const char *reasons[] = {"cannot be transformed",
+                                   "outside the bounds of the output",
+                                   "cannot be held by the format",
+                                   "the columns hold no coordinates",
                                    "torn at the edge of the output's map",
                                    "reaches where the output's map has no end",
                                    "an edge over more than 180 degrees of longitude may run either way",

@@ -9,15 +9,19 @@
 #include <algorithm>
 #include <cmath>
 
+using nivora::cs::CoordSystem;
 using nivora::cs::CoordTransform;
 
 namespace {
 
+constexpr double steps = 2e9; ///< of a table, across and up
+constexpr double coarsestM = 1e-3;
+
 bool extentOf(OGRLayerH source, const GeometryChange &change, OGREnvelope &extent)
 {
-    if (!change.points)
+    if (!change.points && !change.extent)
         return OGR_L_GetExtent(source, &extent, TRUE) == OGRERR_NONE;
-    const QRectF rect = extentOfPoints(source, *change.points);
+    const QRectF rect = change.extent ? *change.extent : extentOfPoints(source, *change.points);
     extent.MinX = rect.left();
     extent.MaxX = rect.right();
     extent.MinY = rect.top();
@@ -25,13 +29,15 @@ bool extentOf(OGRLayerH source, const GeometryChange &change, OGREnvelope &exten
     return std::isfinite(rect.left());
 }
 
-/// A table has two billion steps: bounds of a continent and more are narrowed around the data, so that a step
-/// is a millimetre.
+/// A table has two billion steps: bounds of a country and more are narrowed around the data, with room for
+/// ten times as much, so that a step is a tenth of a millimetre for a district and at most a millimetre.
 QRectF fineBounds(const QRectF &bounds, const QRectF &image, double unitM)
 {
-    constexpr double steps = 2e9;
-    constexpr double finestM = 1e-3;
-    const double widest = steps * finestM / (unitM > 0.0 ? unitM : 1.0);
+    constexpr double finestM = 1e-4;
+    constexpr double room = 10.0;
+    const double unit = unitM > 0.0 ? unitM : 1.0;
+    const double wanted = room * std::max(image.width(), image.height());
+    const double widest = std::clamp(wanted, steps * finestM / unit, steps * coarsestM / unit);
     if (std::max(bounds.width(), bounds.height()) <= widest)
         return bounds.united(image);
     QRectF around(0.0, 0.0, widest, widest);
@@ -62,4 +68,25 @@ QRectF tableBounds(OGRLayerH source, const GeometryChange &change, const OutputL
         return image;
     return layer.system->isLatLong() ? bounds.united(image)
                                      : fineBounds(bounds, image, layer.system->unit().conversion());
+}
+
+double roundingM(const OutputLayer &layer, const QVector<QPointF> &places)
+{
+    const QRectF &bounds = layer.bounds;
+    const QPointF step(bounds.width() / steps, bounds.height() / steps);
+    const double unitM =
+        layer.system->isLatLong() ? CoordSystem::DEGREES_TO_METERS : layer.system->unit().conversion();
+    const double allowed = coarsestM / (unitM > 0.0 ? unitM : 1.0);
+    if (bounds.isEmpty() || !layer.system->isRectSet() || std::max(step.x(), step.y()) / 2.0 <= allowed)
+        return 0.0;
+    const auto off = [](double value, double from, double length) {
+        return std::fabs(std::remainder(value - from, length));
+    };
+    double farthest = 0.0;
+    for (const QPointF &place : places)
+        if (std::isfinite(place.x()) && std::isfinite(place.y()))
+            farthest = std::max(
+                {farthest, off(place.x(), bounds.left(), step.x()), off(place.y(), bounds.top(), step.y())});
+    const double most = std::max(step.x(), step.y()) / 2.0;
+    return farthest > allowed ? most * (unitM > 0.0 ? unitM : 1.0) : 0.0;
 }

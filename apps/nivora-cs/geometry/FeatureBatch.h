@@ -36,6 +36,7 @@ struct GeometryChange
     std::optional<EdgeSplitter> splitter;                ///< none: no vertices are added
     std::optional<PointColumns> points;                  ///< none: geometries are those of the source
     QRectF limits;                                       ///< of what the output can hold; empty for none
+    std::optional<QRectF> extent;                        ///< of the source; none: the driver knows it
     std::optional<FeatureChoice> choice;                 ///< none: all features
     std::optional<nivora::cs::SpatialTransform> heights; ///< none: those stay as they are
     nivora::cs::OperationTally *heightTally = nullptr;   ///< borrowed
