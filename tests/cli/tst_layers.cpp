@@ -112,6 +112,25 @@ private Q_SLOTS:
         }
     }
 
+    // More than what a driver's blocks are kept in memory for.
+    void largeTable()
+    {
+        QByteArray lines;
+        for (int i = 0; i < 75000; ++i)
+            lines +=
+                QByteArray::number(i).rightJustified(254, '.') + ",POINT (" + QByteArray::number(i) + " 2)\n";
+        write("large.csv", "text,WKT\n" + lines);
+        const QString clause =
+            QStringLiteral("'CoordSys NonEarth Units \"m\" Bounds (-1, -1) (1999999, 1999999)'");
+        QCOMPARE(convert(QStringLiteral("--lossy large.csv large.tab --from ") + clause).status, 0);
+        const QByteArrayList again = rows(QStringLiteral("large.tab")).split('\n');
+        QCOMPARE(again.size(), 75001); // one is behind the last line feed
+        for (const int row : {0, 1, 65536, 74999})
+            QVERIFY2(again.at(row).contains("POINT (" + QByteArray::number(row) + " 2)") &&
+                         again.at(row).contains(QByteArray::number(row).rightJustified(254, '.')),
+                     again.at(row));
+    }
+
     // Nothing was there; somebody else was there meanwhile; a database that is not written to its end.
     void appendingToWhatChanges()
     {
