@@ -101,16 +101,7 @@ GuessDialog::GuessDialog(std::shared_ptr<CoordSysFactory> factory, QWidget *pare
     , m_map(new WorldMap)
     , m_remark(new QLabel)
 {
-    setWindowTitle(WidgetTexts::tr("Система по данным"));
-    m_data->setPlaceholderText(WidgetTexts::tr("Вставьте координаты, по точке в строке: x y"));
-    m_data->setTabChangesFocus(true);
-    m_data->setAccessibleName(WidgetTexts::tr("Координаты"));
-    m_place->setPlaceholderText(WidgetTexts::tr("город, страна или долгота, широта; можно не указывать"));
-    m_list->setHeaderLabels({WidgetTexts::tr("Название"), WidgetTexts::tr("Код"), WidgetTexts::tr("От места"),
-                             WidgetTexts::tr("Внутри области"), WidgetTexts::tr("Принято")});
-    m_list->setAccessibleName(WidgetTexts::tr("Подходящие системы"));
-    m_list->header()->resizeSection(NameColumn, fontMetrics().averageCharWidth() * 44);
-    m_remark->setWordWrap(true);
+    describeFields();
     auto *file = new QPushButton(WidgetTexts::tr("&Из файла…"));
     auto *search = new QPushButton(WidgetTexts::tr("&Найти"));
     auto *row = new QHBoxLayout;
@@ -142,6 +133,20 @@ GuessDialog::GuessDialog(std::shared_ptr<CoordSysFactory> factory, QWidget *pare
         m_choose->setEnabled(!code().isEmpty());
         showPlace();
     });
+}
+
+void GuessDialog::describeFields()
+{
+    setWindowTitle(WidgetTexts::tr("Система по данным"));
+    m_data->setPlaceholderText(WidgetTexts::tr("Вставьте координаты, по точке в строке: x y"));
+    m_data->setTabChangesFocus(true);
+    m_data->setAccessibleName(WidgetTexts::tr("Координаты"));
+    m_place->setPlaceholderText(WidgetTexts::tr("город, страна или долгота, широта; можно не указывать"));
+    m_list->setHeaderLabels({WidgetTexts::tr("Название"), WidgetTexts::tr("Код"), WidgetTexts::tr("От места"),
+                             WidgetTexts::tr("Внутри области"), WidgetTexts::tr("Принято")});
+    m_list->setAccessibleName(WidgetTexts::tr("Подходящие системы"));
+    m_list->header()->resizeSection(NameColumn, fontMetrics().averageCharWidth() * 44);
+    m_remark->setWordWrap(true);
 }
 
 QLayout *GuessDialog::makeTop()

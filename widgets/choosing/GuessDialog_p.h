@@ -33,6 +33,7 @@ private:
     void openFile();
     void show(const SystemGuess::Answer &answer);
     void showPlace();
+    void describeFields();
     QLayout *makeTop();
 
     std::shared_ptr<CoordSysFactory> m_factory;
