@@ -97,6 +97,23 @@ private Q_SLOTS:
         }
     }
 
+    // Neither features nor columns: each format can be read all the same.
+    void emptyLayers()
+    {
+        const QTemporaryDir dir;
+        support::writeFile(dir.filePath(QStringLiteral("a.mif")),
+                           "Version 300\nCharset \"Neutral\"\nCoordSys Earth Projection 1, 104\n"
+                           "Columns 0\nData\n");
+        for (const char *format : {"tab", "mif", "gpkg", "shp", "geojson", "fgb"}) {
+            const CliRun run =
+                runShell(QStringLiteral("nivora-cs convert a.mif o.%1 && nivora-cs convert o.%1 "
+                                        "%1.geojson")
+                             .arg(QLatin1String(format)),
+                         dir.path());
+            QVERIFY2(run.status == 0, qPrintable(QLatin1String(format) + QString::fromUtf8(run.describe())));
+        }
+    }
+
     // The lines of a MIF with styles and a label; what is split stays as large as it was.
     void stylesAndParts()
     {

@@ -50,8 +50,8 @@ public:
     bool holdsType(OGRFieldType type) const;
     /// Whether columns may differ by letter case alone.
     bool tellsCases() const;
-    /// Whether it writes no layer without columns.
-    bool needsColumns() const { return m_isMif; }
+    /// Whether no layer without columns can be read: a table names a column then that it does not have.
+    bool needsColumns() const { return m_isMapInfo; }
     /// Whether features can be given numbers of their own.
     bool holdsNumbers() const;
     /// Whether a large file of it is opened without reading it.
