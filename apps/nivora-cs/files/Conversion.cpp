@@ -417,28 +417,10 @@ void Conversion::tell() const
         report(QObject::tr("with heights: %1").arg(usageText(m_heightTally, m_bulk.epoch.has_value())));
 }
 
-/// Those that --layer names, else all.
-std::vector<int> Conversion::chosenLayers() const
-{
-    QStringList names;
-    for (int i = 0; i < GDALDatasetGetLayerCount(m_source.get()); ++i)
-        names << QString::fromUtf8(OGR_L_GetName(GDALDatasetGetLayer(m_source.get(), i)));
-    std::vector<int> chosen;
-    for (const QString &wanted : m_line.values("layer")) {
-        if (!names.contains(wanted))
-            throw Failure(QObject::tr("%1 has no layer \"%2\", but %3")
-                              .arg(m_in, wanted, names.join(QStringLiteral(", "))));
-        chosen.push_back(names.indexOf(wanted));
-    }
-    for (int i = 0; i < names.size() && !m_line.isSet("layer"); ++i)
-        chosen.push_back(i);
-    return chosen;
-}
-
 /// A driver may write further layers into files of other names, which nobody asked for.
 std::vector<int> Conversion::convertibleLayers()
 {
-    const std::vector<int> layers = chosenLayers();
+    const std::vector<int> layers = layersNamed(m_line.values("layer"), m_source.get(), m_in);
     if (layers.size() < 2 || m_format.holdsManyLayers())
         return layers;
     OGRLayerH first = GDALDatasetGetLayer(m_source.get(), layers.front());

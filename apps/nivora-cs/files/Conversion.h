@@ -27,7 +27,6 @@ private:
     nivora::cs::CoordSystemPtr withoutAffine(const nivora::cs::CoordSystemPtr &system) const;
     nivora::cs::CoordSystemPtr carriable(const nivora::cs::CoordSystemPtr &target);
     nivora::cs::CoordSystemPtr plan();
-    std::vector<int> chosenLayers() const;
     std::vector<int> convertibleLayers();
     void findHeights(OGRLayerH source, OutputLayer &layer, GeometryChange &change);
     void findExisting(OutputLayer &layer, GeometryChange &change);

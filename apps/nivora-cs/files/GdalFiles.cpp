@@ -110,6 +110,23 @@ QString writtenFile(const QString &path)
     return isShape && !info.exists() && QFileInfo::exists(attributes) ? attributes : path;
 }
 
+std::vector<int> layersNamed(const QStringList &wanted, GDALDatasetH dataset, const QString &path)
+{
+    QStringList names;
+    for (int i = 0; i < GDALDatasetGetLayerCount(dataset); ++i)
+        names << QString::fromUtf8(OGR_L_GetName(GDALDatasetGetLayer(dataset, i)));
+    std::vector<int> layers;
+    for (const QString &name : wanted) {
+        if (!names.contains(name))
+            throw Failure(QObject::tr("%1 has no layer \"%2\", but %3")
+                              .arg(path, name, names.join(QStringLiteral(", "))));
+        layers.push_back(static_cast<int>(names.indexOf(name)));
+    }
+    for (int i = 0; i < names.size() && wanted.isEmpty(); ++i)
+        layers.push_back(i);
+    return layers;
+}
+
 GDALDriverH driverForWriting(const QString &path, const QString &format)
 {
     const QString extension = QFileInfo(path).suffix();

@@ -9,6 +9,7 @@
 #include <ogr_api.h>
 
 #include <memory>
+#include <vector>
 
 /// What GDAL says while this lives stays off stderr; the texts are kept.
 class GdalMessages
@@ -47,9 +48,13 @@ Dataset openForReading(const QString &path, const GdalMessages &messages,
 /// The name as drivers have it: CP1251 for windows-1251.
 QByteArray driverEncoding(const QString &name);
 
-/// The driver that is named, else the one that the file's extension belongs to. Throws Failure.
 /// What a driver wrote for a name: that file, or what it makes of layers without geometry in its place.
 QString writtenFile(const QString &path);
 
+/// The layers of these names, in their order; all without any. Throws Failure, with the names that \p path
+/// has.
+std::vector<int> layersNamed(const QStringList &wanted, GDALDatasetH dataset, const QString &path);
+
+/// The driver that is named, else the one that the file's extension belongs to. Throws Failure.
 GDALDriverH driverForWriting(const QString &path, const QString &format);
 QString driverName(GDALDriverH driver);
