@@ -38,6 +38,13 @@ bool hasName(OGRFeatureDefnH definition, const QByteArray &name)
     return false;
 }
 
+/// Bytes that are no letters in any encoding, from headers that lie about theirs, would make a file of text
+/// that nothing reads.
+QByteArray readableName(const QByteArray &name)
+{
+    return QString::fromUtf8(name).replace(QChar(QChar::ReplacementCharacter), QLatin1Char('_')).toUtf8();
+}
+
 } // namespace
 
 Geometry heldGeometry(Geometry geometry, const LostProperties &lost)
@@ -108,7 +115,8 @@ int LayerWriter::createUnder(OGRFieldDefnH field, const QByteArray &name)
 /// make one column of several, or fail in the end: those get names of their own.
 int LayerWriter::createField(OGRFieldDefnH field)
 {
-    const QByteArray name = OGR_Fld_GetNameRef(field);
+    const QByteArray stated = OGR_Fld_GetNameRef(field);
+    const QByteArray name = m_plan.format->isXml() ? readableName(stated) : stated;
     const bool isTaken = !m_plan.format->tellsCases() && hasName(OGR_L_GetLayerDefn(m_layer), name);
     const int made = isTaken ? -1 : createUnder(field, name);
     if (made >= 0)

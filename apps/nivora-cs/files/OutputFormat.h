@@ -43,6 +43,7 @@ public:
 
     QString name() const { return driverName(m_driver); }
     bool isMapInfo() const { return m_isMapInfo; }
+    bool isXml() const { return name().contains(QLatin1String("KML")) || name() == QLatin1String("GML"); }
     bool isTable() const { return m_isMapInfo && !m_isMif; }
     /// Whether a file can be read once it is written.
     bool canBeRead() const { return has(GDAL_DCAP_OPEN); }
