@@ -2,8 +2,8 @@
 
 #include "ProjEngine_p.h"
 #include "ProjMutex_p.h"
-#include "TextRefs_p.h"
 #include "ProjText_p.h"
+#include "TextRefs_p.h"
 #include <platform/Logger.h>
 
 #include <cpl_error.h>

@@ -9,7 +9,6 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <utility>
 #include <vector>
 
 namespace nivora::cs {
@@ -23,9 +22,9 @@ struct NIVORA_CS_NO_EXPORT SystemGuess::Data
         PlaneTable planes;
     };
 
-    Data(MapinfoSearch::Data &searchData, QFileInfo planesFile)
+    Data(MapinfoSearch::Data &searchData, const QFileInfo &planesFile)
         : search(searchData)
-        , file(std::move(planesFile))
+        , file(planesFile)
     {}
     Answer answer(const std::optional<QRectF> &area, const Question &question, int limit);
     const Tables &tables()

@@ -267,8 +267,8 @@ bool SeamCutter::imageInStrip(QPointF place, QPointF &image) const
 /// The plane's image of longitudes and latitudes.
 bool SeamCutter::placeLine(OGRGeometryH line, const Image &image, SeamFault &fault) const
 {
-    QPointF before;
-    QPointF imageBefore;
+    QPointF last;
+    QPointF lastImage;
     for (int i = 0; i < OGR_G_GetPointCount(line); ++i) {
         const QPointF place = pointAt(line, i);
         QPointF there;
@@ -276,12 +276,12 @@ bool SeamCutter::placeLine(OGRGeometryH line, const Image &image, SeamFault &fau
         if (!image(place, there))
             return false;
         fault = SeamFault::Torn;
-        if (i > 0 && m_targetRuler.atMostM(imageBefore, there) > longM / 2.0 &&
-            jumps(before, place, imageBefore, there, image))
+        if (i > 0 && m_targetRuler.atMostM(lastImage, there) > longM / 2.0 &&
+            jumps(last, place, lastImage, there, image))
             return false;
         setPlace(line, i, there);
-        before = place;
-        imageBefore = there;
+        last = place;
+        lastImage = there;
     }
     return true;
 }
@@ -326,8 +326,11 @@ Geometry SeamCutter::pieces(OGRGeometryH unwrapped) const
     OGR_G_GetEnvelope(unwrapped, &extent);
     const bool isArea = isPolygon(unwrapped);
     Geometry all = collectionFor(unwrapped);
-    const auto strip = [this](double x) { return std::floor((x - m_middle + halfTurn) / fullTurn); };
-    for (double k = strip(extent.MinX); k <= strip(extent.MaxX); k += 1.0) {
+    const auto strip = [this](double x) {
+        constexpr double most = 1e6; // turns; no ring has as many
+        return static_cast<int>(std::clamp(std::floor((x - m_middle + halfTurn) / fullTurn), -most, most));
+    };
+    for (int k = strip(extent.MinX); k <= strip(extent.MaxX); ++k) {
         const double west = m_middle - halfTurn + k * fullTurn;
         const Geometry piece(OGR_G_Intersection(unwrapped, rectangle(west, west + fullTurn).get()));
         if (!piece || OGR_G_IsEmpty(piece.get()))
