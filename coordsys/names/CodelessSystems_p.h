@@ -45,7 +45,7 @@ class CodelessAreas
 {
 public:
     /// Other lines are passed over; nothing from a file that cannot be read.
-    explicit CodelessAreas(const QFileInfo &file);
+    explicit CodelessAreas(const QFileInfo &info);
     /// As in the file, else located().
     std::optional<LocatedSystem> of(const CodelessSystem &codeless) const;
 

@@ -81,6 +81,7 @@ std::optional<QRectF> areaOfCountry(int country, const SearchLexicon &lexicon, c
 std::optional<QRectF> region(const std::vector<std::string> &words, const SystemIndex &index)
 {
     std::vector<int> wanted;
+    wanted.reserve(words.size());
     for (const std::string &word : words)
         wanted.push_back(index.numberOf(word));
     const IndexedSystem *best = nullptr;

@@ -22,8 +22,9 @@ std::vector<double> gridLatitudes()
         latitudes.push_back(-nearPole);
         latitudes.push_back(nearPole);
     }
-    for (double latitude = gridStep - quarterTurn; latitude < quarterTurn; latitude += gridStep)
-        latitudes.push_back(latitude);
+    constexpr int rows = static_cast<int>(2.0 * quarterTurn / gridStep);
+    for (int row = 1; row < rows; ++row)
+        latitudes.push_back(row * gridStep - quarterTurn);
     std::sort(latitudes.begin(), latitudes.end());
     return latitudes;
 }

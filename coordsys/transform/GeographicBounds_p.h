@@ -27,6 +27,6 @@ struct PlanarArea
 /// for rectangles far larger than the world and planes that show a place twice. Neighbours in either net
 /// cover the longitudes between them; what remains between the outermost point found and the true extreme is
 /// searched for in ever smaller steps. False when no point is found.
-bool geographicBoundsOf(const PlanarArea &area, GeographicBounds &out);
+bool geographicBoundsOf(const PlanarArea &planar, GeographicBounds &out);
 
 } // namespace nivora::cs

@@ -191,14 +191,15 @@ int seek(void *handle, vsi_l_offset offset, int whence)
 
 std::size_t read(void *handle, void *to, std::size_t size, std::size_t count)
 {
-    const qint64 got = fileOf(handle)->read(static_cast<char *>(to), static_cast<qint64>(size * count));
+    const qint64 got =
+        fileOf(handle)->read(static_cast<char *>(to), static_cast<qint64>(size) * static_cast<qint64>(count));
     return size == 0 ? 0 : static_cast<std::size_t>(got) / size;
 }
 
 std::size_t write(void *handle, const void *from, std::size_t size, std::size_t count)
 {
-    const qint64 put =
-        fileOf(handle)->write(static_cast<const char *>(from), static_cast<qint64>(size * count));
+    const qint64 put = fileOf(handle)->write(static_cast<const char *>(from),
+                                             static_cast<qint64>(size) * static_cast<qint64>(count));
     return size == 0 ? 0 : static_cast<std::size_t>(put) / size;
 }
 

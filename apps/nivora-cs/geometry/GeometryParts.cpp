@@ -68,7 +68,9 @@ std::vector<OGRGeometryH> partsOf(OGRGeometryH geometry)
     std::vector<OGRGeometryH> parts;
     if (isLine(geometry) || isPolygon(geometry))
         return {geometry};
-    for (int i = 0; i < OGR_G_GetGeometryCount(geometry); ++i)
+    const int count = OGR_G_GetGeometryCount(geometry);
+    parts.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i)
         parts.push_back(OGR_G_GetGeometryRef(geometry, i));
     return parts;
 }

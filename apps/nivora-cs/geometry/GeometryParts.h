@@ -10,7 +10,7 @@ QPointF pointAt(OGRGeometryH line, int i);
 /// Heights stay.
 void setPlace(OGRGeometryH line, int i, const QPointF &place);
 /// Adds to all x.
-void shift(OGRGeometryH geometry, double x);
+void shift(OGRGeometryH geometry, double degrees);
 /// Adds vertices to lines so that none are farther apart; heights of new ones are in between.
 void refine(OGRGeometryH geometry, double step);
 
@@ -19,6 +19,6 @@ std::vector<OGRGeometryH> partsOf(OGRGeometryH geometry);
 /// A collection of lines, or of polygons as the geometry's dimension is.
 Geometry collectionFor(OGRGeometryH geometry);
 /// Adds copies of what such a collection holds.
-void addParts(OGRGeometryH geometry, OGRGeometryH collection);
+void addParts(OGRGeometryH geometry, OGRGeometryH all);
 /// What crosses itself means what lies inside an odd number of times.
 Geometry valid(Geometry geometry);

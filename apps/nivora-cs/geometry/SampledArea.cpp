@@ -67,8 +67,10 @@ double shareOff(OGRGeometryH unwrapped, OGRGeometryH image,
     Tally inside;
     Tally outside;
     for (int i = 0; i < across * across; ++i) {
-        const double column = -around + (1.0 + 2.0 * around) * (i % across + odd) / across;
-        const double row = -around + (1.0 + 2.0 * around) * (i / across + odd) / across;
+        const int inColumn = i % across;
+        const int inRow = i / across;
+        const double column = -around + (1.0 + 2.0 * around) * (inColumn + odd) / across;
+        const double row = -around + (1.0 + 2.0 * around) * (inRow + odd) / across;
         const QPointF place(extent.MinX + size.x() * column, extent.MinY + size.y() * row);
         QPointF there;
         if (std::fabs(place.y()) >= poleLatitude)
