@@ -134,8 +134,9 @@ public:
             QPointF point;
             if (k == 4) // the centre
                 continue;
-            if (!forward(lonLat.topLeft() +
-                             QPointF(lonLat.width() / 2 * (k % 3), lonLat.height() / 2 * (k / 3)),
+            const int column = k % 3;
+            const int row = k / 3;
+            if (!forward(lonLat.topLeft() + QPointF(lonLat.width() / 2 * column, lonLat.height() / 2 * row),
                          point))
                 return false;
             box.add(point);
@@ -162,8 +163,10 @@ bool boundsOfGrid(const Plane &plane, const Rule &rule, double meridian, QRectF 
     const double north = std::min(rule.rect.bottom(), nearlyPole);
     Box box;
     for (int k = 0; k < columns * rows; ++k) {
-        const QPointF lonLat(meridian - nearlyHalfTurn + 2.0 * nearlyHalfTurn * (k / rows) / (columns - 1),
-                             south + (north - south) * (k % rows) / (rows - 1));
+        const int column = k / rows;
+        const int row = k % rows;
+        const QPointF lonLat(meridian - nearlyHalfTurn + 2.0 * nearlyHalfTurn * column / (columns - 1),
+                             south + (north - south) * row / (rows - 1));
         QPointF p;
         if (plane.forward(lonLat, p) && std::fabs(p.x()) <= farAway && std::fabs(p.y()) <= farAway)
             box.add(p);

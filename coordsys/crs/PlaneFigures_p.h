@@ -43,7 +43,7 @@ struct PlaneForm
 
 /// Those that may be this plane, the likelier first; which one is, only a comparison of points tells. A false
 /// origin, a scale, a direction of axes that the projection has no parameter for is left out.
-QVector<PlaneForm> planeFormsOf(const PlaneFigures &figures);
+QVector<PlaneForm> planeFormsOf(const PlaneFigures &plane);
 
 /// Without the dust behind the fifteenth digit that conversions of units leave.
 double withoutDust(double figure);

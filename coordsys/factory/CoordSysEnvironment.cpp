@@ -94,6 +94,7 @@ void tellEngines(const QStringList &paths)
 {
     const std::vector<QByteArray> names = encoded(paths);
     std::vector<const char *> list;
+    list.reserve(names.size());
     for (const QByteArray &name : names)
         list.push_back(name.constData());
     proj_context_set_search_paths(globalProjContext(), static_cast<int>(list.size()), list.data());

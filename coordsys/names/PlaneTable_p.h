@@ -59,7 +59,7 @@ public:
     static bool write(QIODevice &file, const SystemIndex &index);
 
 private:
-    void read(const QFileInfo &file, const SystemIndex &index, std::vector<bool> &known);
+    void read(const QFileInfo &info, const SystemIndex &index, std::vector<bool> &known);
     void addRow(const QList<QByteArray> &cells, int plane, int system);
     int planeOf(const QByteArray &pipeline);
     int baseOf(const QByteArray &code);

@@ -90,6 +90,7 @@ void LayerWriter::findFields()
         const char *const name = OGR_Fld_GetNameRef(OGR_FD_GetFieldDefn(definition, i));
         m_columns.push_back(OGR_FD_GetFieldIndex(OGR_L_GetLayerDefn(m_layer), name));
         if (m_columns.back() < 0)
+            // NOLINTNEXTLINE(modernize-raw-string-literal): the extraction of texts reads this form
             throw Failure(QObject::tr("the layer \"%1\" has no column \"%2\"")
                               .arg(text(OGR_L_GetName(m_plan.existing)), text(name)));
     }
@@ -157,10 +158,11 @@ void LayerWriter::noteFieldLoss(OGRFieldDefnH wanted, int index)
     OGRFieldDefnH made = OGR_FD_GetFieldDefn(OGR_L_GetLayerDefn(m_layer), index);
     const QString wantedName = text(OGR_Fld_GetNameRef(wanted));
     const QString madeName = text(OGR_Fld_GetNameRef(made));
-    if (wantedName != madeName)
+    if (wantedName != madeName) {
         // NOLINTNEXTLINE(modernize-raw-string-literal): the extraction of texts reads this form
-        m_losses->add(Loss::Names,
-                      QObject::tr("the column \"%1\" gets the name \"%2\"").arg(wantedName, madeName));
+        const QString loss = QObject::tr("the column \"%1\" gets the name \"%2\"");
+        m_losses->add(Loss::Names, loss.arg(wantedName, madeName));
+    }
     if (OGR_Fld_GetType(wanted) != OGR_Fld_GetType(made))
         m_losses->add(Loss::Types, QObject::tr("the column \"%1\" is %2, not %3")
                                        .arg(wantedName, text(OGR_GetFieldTypeName(OGR_Fld_GetType(made))),

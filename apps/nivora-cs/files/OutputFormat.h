@@ -67,7 +67,7 @@ public:
 
 private:
     bool has(const char *capability) const;
-    bool hasLayerOption(const char *name) const;
+    bool hasLayerOption(const char *option) const;
     char **namesOf(const OutputLayer &layer, char **options) const;
 
     GDALDriverH m_driver;
