@@ -201,7 +201,7 @@ int PairsTable::paste(const QString &text)
 
 void PairsTable::removeSelected()
 {
-    std::set<int, std::greater<int>> rows;
+    std::set<int, std::greater<>> rows;
     for (const QModelIndex &index : selectedIndexes())
         rows.insert(index.row());
     for (const int row : rows)

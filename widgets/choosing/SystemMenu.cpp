@@ -73,7 +73,7 @@ void change(QWidget *parent, Model &model, const std::function<bool(UserCoordSys
 
 bool holds(const UserCoordSystem &systems, const Source &source)
 {
-    const QList<UserCoordSystem::CsDataType> branches = systems.data();
+    const QList<UserCoordSystem::CsDataType> &branches = systems.data();
     return std::any_of(branches.begin(), branches.end(), [&](const UserCoordSystem::CsDataType &branch) {
         return std::any_of(branch.entries.begin(), branch.entries.end(),
                            [&](const auto &entry) { return entry.source() == source; });

@@ -79,10 +79,11 @@ void paintGrid(QPainter &painter, const QRectF &shown, const QSizeF &size)
 {
     const double step = shown.width() > 180.0 ? 30.0 : shown.width() > 60.0 ? 10.0 : 5.0;
     const QTransform transform = toScreenTransform(shown, size);
-    for (double x = std::ceil(shown.left() / step) * step; x <= shown.right(); x += step)
-        painter.drawLine(transform.map(QLineF(x, shown.top(), x, shown.bottom())));
-    for (double y = std::ceil(shown.top() / step) * step; y <= shown.bottom(); y += step)
-        painter.drawLine(transform.map(QLineF(shown.left(), y, shown.right(), y)));
+    const auto firstLine = [step](double from) { return static_cast<int>(std::ceil(from / step)); };
+    for (int i = firstLine(shown.left()); i * step <= shown.right(); ++i)
+        painter.drawLine(transform.map(QLineF(i * step, shown.top(), i * step, shown.bottom())));
+    for (int i = firstLine(shown.top()); i * step <= shown.bottom(); ++i)
+        painter.drawLine(transform.map(QLineF(shown.left(), i * step, shown.right(), i * step)));
 }
 
 QPixmap coastPixmap(const QRectF &shown, const QSize &size, double pixelRatio, const MapColours &colours)
