@@ -52,12 +52,11 @@ MapinfoSearch::Answer MapinfoSearch::answer(const QString &text, const std::opti
         query.place = lonLat;
         query.placeCountry = query.country >= 0 ? query.country : m_data->lexicon.countryAt(*lonLat);
     }
-    if (query.place)
-        m_data->indexWithPlaces();
+    const SystemIndex &ranking = query.place ? m_data->indexWithPlaces() : index;
     const bool isPlace = !lonLat || std::isfinite(lonLat->x() + lonLat->y());
     if (query.isEmpty() || query.isUnpublished || limit < 1 || !isPlace)
         return answer;
-    const RankedSystems ranked = rank(index, m_data->systemsByWord(), m_data->lexicon, query);
+    const RankedSystems ranked = rank(ranking, m_data->systemsByWord(), m_data->lexicon, query);
     for (const int system : ranked.systems) {
         if (answer.hits.size() >= limit)
             break;

@@ -44,12 +44,17 @@ struct NIVORA_CS_NO_EXPORT MapinfoSearch::Data
         std::call_once(wordsOnce, [this] { byWord.emplace(index()); });
         return *byWord;
     }
-    /// The same, where the user's own are told by place: each has to be made for that.
+    /// The same, where the user's own are told by place: each has to be made for that. A copy, since other
+    /// threads read the first one meanwhile.
     const SystemIndex &indexWithPlaces()
     {
-        index();
-        std::call_once(placesOnce, [this] { systems.locate(own, CodelessAreas({})); });
-        return systems;
+        if (own.empty())
+            return index();
+        std::call_once(placesOnce, [this] {
+            placed.emplace(index());
+            placed->locate(own, CodelessAreas({}));
+        });
+        return *placed;
     }
 
     SystemIndex systems;
@@ -57,6 +62,7 @@ struct NIVORA_CS_NO_EXPORT MapinfoSearch::Data
     std::vector<CodelessSystem> own;
     bool isRead = false;
     std::optional<SystemsByWord> byWord;
+    std::optional<SystemIndex> placed;
     std::once_flag databaseOnce;
     std::once_flag wordsOnce;
     std::once_flag placesOnce;
