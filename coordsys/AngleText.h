@@ -6,7 +6,7 @@
 #include <string_view>
 
 // Degrees, minutes and seconds as people write them. Texts are bytes of UTF-8, [p, end) or a view of them.
-// Reasons are texts of the context "QObject". All functions are thread-safe and throw nothing.
+// Reasons are texts of the context "CoordSysTexts". All functions are thread-safe and throw nothing.
 namespace nivora::cs {
 
 /// What a hemisphere letter says about a coordinate.

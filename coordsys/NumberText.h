@@ -8,7 +8,7 @@
 #include <string_view>
 
 // Numbers as people and files write them, and as they are written for both. No locale matters. Texts are
-// bytes, [p, end) or a view of them. Reasons are texts of the context "QObject". All functions are
+// bytes, [p, end) or a view of them. Reasons are texts of the context "CoordSysTexts". All functions are
 // thread-safe and throw nothing.
 namespace nivora::cs {
 
@@ -33,7 +33,7 @@ inline const char *skipBlanks(const char *p, const char *end)
 }
 
 /// The reason where there is no number at all.
-constexpr const char *noNumber = QT_TRANSLATE_NOOP("QObject", "не является числом");
+constexpr const char *noNumber = QT_TRANSLATE_NOOP("CoordSysTexts", "не является числом");
 
 /// Behind the decimal number at \p p, null when there is none; then \p why tells the reason. "nan", "inf" and
 /// numbers that no double holds are none.

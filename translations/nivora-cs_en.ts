@@ -2,42 +2,7 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en" sourcelanguage="ru">
 <context>
-    <name>ModelTexts</name>
-    <message>
-        <source>Не могу подготовить поиск систем: %1</source>
-        <translation>Cannot prepare the search for systems: %1</translation>
-    </message>
-    <message>
-        <source>Мои системы</source>
-        <translation>My systems</translation>
-    </message>
-    <message>
-        <source>Недавние</source>
-        <translation>Recently used</translation>
-    </message>
-    <message>
-        <source>Каталог MapInfo</source>
-        <translation>MapInfo catalogue</translation>
-    </message>
-    <message>
-        <source>База PROJ: EPSG и другие</source>
-        <translation>PROJ database: EPSG and others</translation>
-    </message>
-    <message>
-        <source>Название</source>
-        <translation>Name</translation>
-    </message>
-    <message>
-        <source>Код</source>
-        <translation>Code</translation>
-    </message>
-    <message>
-        <source>Раздел</source>
-        <translation>Section</translation>
-    </message>
-</context>
-<context>
-    <name>QObject</name>
+    <name>CoordSysTexts</name>
     <message>
         <source>Не проинициализированы КС</source>
         <translation>Coordinate systems are not initialised</translation>
@@ -1087,6 +1052,41 @@
     <message>
         <source>Координаты на эпоху %1 нельзя перевести на эпоху %2: обе системы («%3» и «%4») движутся относительно плит, а как двигались точки, неизвестно</source>
         <translation>Coordinates of epoch %1 cannot be moved to epoch %2: both systems (&quot;%3&quot; and &quot;%4&quot;) move against the plates, and how the points moved is unknown</translation>
+    </message>
+</context>
+<context>
+    <name>ModelTexts</name>
+    <message>
+        <source>Не могу подготовить поиск систем: %1</source>
+        <translation>Cannot prepare the search for systems: %1</translation>
+    </message>
+    <message>
+        <source>Мои системы</source>
+        <translation>My systems</translation>
+    </message>
+    <message>
+        <source>Недавние</source>
+        <translation>Recently used</translation>
+    </message>
+    <message>
+        <source>Каталог MapInfo</source>
+        <translation>MapInfo catalogue</translation>
+    </message>
+    <message>
+        <source>База PROJ: EPSG и другие</source>
+        <translation>PROJ database: EPSG and others</translation>
+    </message>
+    <message>
+        <source>Название</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>Код</source>
+        <translation>Code</translation>
+    </message>
+    <message>
+        <source>Раздел</source>
+        <translation>Section</translation>
     </message>
 </context>
 </TS>

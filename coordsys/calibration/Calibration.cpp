@@ -2,9 +2,8 @@
 
 #include "CalibrationFit_p.h"
 #include "CalibrationGround_p.h"
+#include "CoordSysTexts_p.h"
 #include "FisherTest_p.h"
-
-#include <QObject>
 
 #include <algorithm>
 #include <iterator>
@@ -19,14 +18,15 @@ struct ModelWords
     const char *text;
 };
 constexpr ModelWords words[] = {
-    {CalibrationModel::Shift, "shift", QT_TRANSLATE_NOOP("QObject", "Сдвиг")},
-    {CalibrationModel::Similarity, "similarity", QT_TRANSLATE_NOOP("QObject", "Подобие")},
+    {CalibrationModel::Shift, "shift", QT_TRANSLATE_NOOP("CoordSysTexts", "Сдвиг")},
+    {CalibrationModel::Similarity, "similarity", QT_TRANSLATE_NOOP("CoordSysTexts", "Подобие")},
     {CalibrationModel::TransverseMercator, "tmerc",
-     QT_TRANSLATE_NOOP("QObject", "Поперечная проекция Меркатора")},
-    {CalibrationModel::Affine, "affine", QT_TRANSLATE_NOOP("QObject", "Аффинное преобразование")},
+     QT_TRANSLATE_NOOP("CoordSysTexts", "Поперечная проекция Меркатора")},
+    {CalibrationModel::Affine, "affine", QT_TRANSLATE_NOOP("CoordSysTexts", "Аффинное преобразование")},
     {CalibrationModel::DatumShift, "helmert",
-     QT_TRANSLATE_NOOP("QObject", "Сдвиг датума по семи параметрам")},
-    {CalibrationModel::Polynomial, "polynomial", QT_TRANSLATE_NOOP("QObject", "Многочлен второй степени")},
+     QT_TRANSLATE_NOOP("CoordSysTexts", "Сдвиг датума по семи параметрам")},
+    {CalibrationModel::Polynomial, "polynomial",
+     QT_TRANSLATE_NOOP("CoordSysTexts", "Многочлен второй степени")},
 };
 
 const ModelWords &wordsOf(CalibrationModel model)
@@ -138,7 +138,7 @@ std::optional<CalibrationModel> calibrationModel(const QString &word)
     return std::nullopt;
 }
 
-QString calibrationText(CalibrationModel model) { return QObject::tr(wordsOf(model).text); }
+QString calibrationText(CalibrationModel model) { return CoordSysTexts::tr(wordsOf(model).text); }
 
 QVector<CalibrationModel> calibrationModels()
 {

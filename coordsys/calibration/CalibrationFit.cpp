@@ -1,10 +1,9 @@
 #include "CalibrationFit_p.h"
 
 #include "CatalogueSource_p.h"
+#include "CoordSysTexts_p.h"
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
-
-#include <QObject>
 
 #include <algorithm>
 #include <cmath>
@@ -47,7 +46,7 @@ QString approach(FittedModel &data)
         data.rows = weighted(*data.ground, data.fit->rows());
         data.solution = solve(data.rows, data.used());
         if (!data.solution.isDefinite)
-            return QObject::tr("Точки не определяют параметры модели");
+            return CoordSysTexts::tr("Точки не определяют параметры модели");
         data.fit->improve(data.solution.unknowns);
         if (reachOf(data.rows, data.solution.unknowns) <= data.ground->floorM / 16.0 || step == mostSteps - 1)
             break;
@@ -102,9 +101,9 @@ std::shared_ptr<const FittedModel> fitted(CalibrationModel model, const GroundPt
     data->model = model;
     data->ground = ground;
     data->fit = modelOf(model, ground);
-    data->refusal = data->fit
-                        ? data->fit->refusal()
-                        : QObject::tr("План без места на Земле не имеет ни датума, ни осевого меридиана");
+    data->refusal =
+        data->fit ? data->fit->refusal()
+                  : CoordSysTexts::tr("План без места на Земле не имеет ни датума, ни осевого меридиана");
     if (data->refusal.isEmpty())
         data->refusal = approach(*data);
     if (!data->refusal.isEmpty())

@@ -1,13 +1,12 @@
 #include "CalibrationGround_p.h"
 
 #include "CatalogueSource_p.h"
+#include "CoordSysTexts_p.h"
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
 #include <coordsys/CoordTransform.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <platform/Logger.h>
-
-#include <QObject>
 
 #include <algorithm>
 #include <cmath>
@@ -34,10 +33,10 @@ void check(const QVector<CalibrationPair> &pairs)
         const CalibrationPair &pair = pairs.at(i);
         if (!isFinite(pair.local) || !isFinite(pair.known))
             throw std::invalid_argument(
-                QObject::tr("Точка %1: координаты не числа").arg(nameOf(pair, i)).toStdString());
+                CoordSysTexts::tr("Точка %1: координаты не числа").arg(nameOf(pair, i)).toStdString());
         if (!(pair.weight > 0.0) || !std::isfinite(pair.weight))
             throw std::invalid_argument(
-                QObject::tr("Точка %1: вес не положительное число").arg(nameOf(pair, i)).toStdString());
+                CoordSysTexts::tr("Точка %1: вес не положительное число").arg(nameOf(pair, i)).toStdString());
     }
 }
 
@@ -79,7 +78,7 @@ QVector<QPointF> placesIn(const CalibrationGround &ground, const CoordSystemPtr 
     for (int i = 0; i < ground.pairs.size(); ++i) {
         QPointF place;
         if (!transform.forward(ground.pairs.at(i).known, place))
-            throw std::runtime_error(QObject::tr("Точка %1: в известной системе нет такого места")
+            throw std::runtime_error(CoordSysTexts::tr("Точка %1: в известной системе нет такого места")
                                          .arg(nameOf(ground.pairs.at(i), i))
                                          .toStdString());
         places << place;

@@ -1,11 +1,10 @@
 #include "CalibrationFit_p.h"
 #include "CalibrationGround_p.h"
 #include "CatalogueSource_p.h"
+#include "CoordSysTexts_p.h"
 
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
-
-#include <QObject>
 
 #include <algorithm>
 #include <cmath>
@@ -23,13 +22,13 @@ struct UnitHint
     const char *name;
 };
 constexpr UnitHint unitHints[] = {
-    {0.3048, QT_TRANSLATE_NOOP("QObject", "футы")},
-    {0.9144, QT_TRANSLATE_NOOP("QObject", "ярды")},
-    {2.1336, QT_TRANSLATE_NOOP("QObject", "сажени")},
-    {1000.0, QT_TRANSLATE_NOOP("QObject", "километры")},
-    {0.001, QT_TRANSLATE_NOOP("QObject", "миллиметры")},
-    {0.01, QT_TRANSLATE_NOOP("QObject", "сантиметры")},
-    {1852.0, QT_TRANSLATE_NOOP("QObject", "морские мили")},
+    {0.3048, QT_TRANSLATE_NOOP("CoordSysTexts", "футы")},
+    {0.9144, QT_TRANSLATE_NOOP("CoordSysTexts", "ярды")},
+    {2.1336, QT_TRANSLATE_NOOP("CoordSysTexts", "сажени")},
+    {1000.0, QT_TRANSLATE_NOOP("CoordSysTexts", "километры")},
+    {0.001, QT_TRANSLATE_NOOP("CoordSysTexts", "миллиметры")},
+    {0.01, QT_TRANSLATE_NOOP("CoordSysTexts", "сантиметры")},
+    {1852.0, QT_TRANSLATE_NOOP("CoordSysTexts", "морские мили")},
 };
 
 bool isLike(double value, double expected) { return std::fabs(value / expected - 1.0) < likeness; }
@@ -57,11 +56,11 @@ QString unitHint(const FittedModel &fit)
         fit.fit->parameters(derivatives).at(2).value * fit.ground->baseUnitM / fit.ground->localUnitM;
     for (const UnitHint &hint : unitHints) {
         if (isLike(scale, hint.metres))
-            return QObject::tr("Масштаб %1: местные координаты даны в единицах «%2»?")
-                .arg(QString::number(scale, 'g', 7), QObject::tr(hint.name));
+            return CoordSysTexts::tr("Масштаб %1: местные координаты даны в единицах «%2»?")
+                .arg(QString::number(scale, 'g', 7), CoordSysTexts::tr(hint.name));
         if (isLike(scale, 1.0 / hint.metres))
-            return QObject::tr("Масштаб %1: известные координаты даны в единицах «%2»?")
-                .arg(QString::number(scale, 'g', 7), QObject::tr(hint.name));
+            return CoordSysTexts::tr("Масштаб %1: известные координаты даны в единицах «%2»?")
+                .arg(QString::number(scale, 'g', 7), CoordSysTexts::tr(hint.name));
     }
     return {};
 }
@@ -149,11 +148,11 @@ QString zoneHint(const CalibrationGround &ground, double turnDeg)
     if (!isNear || std::fabs(steps.x()) > mostSteps || std::fabs(steps.y()) > 1.0)
         return {};
     if (turnDeg != 0.0)
-        return QObject::tr("Местные координаты похожи на зону с осевым меридианом %1°: другая зона?")
+        return CoordSysTexts::tr("Местные координаты похожи на зону с осевым меридианом %1°: другая зона?")
             .arg(QString::number(ground.baseRecord.adProjParams[0] + turnDeg));
     if (steps.isNull())
         return {};
-    return QObject::tr("Сдвиг %1 км к востоку и %2 км к северу: ложное начало, номер зоны?")
+    return CoordSysTexts::tr("Сдвиг %1 км к востоку и %2 км к северу: ложное начало, номер зоны?")
         .arg(QString::number(steps.x() * stepX / 1e3), QString::number(steps.y() * stepY / 1e3));
 }
 
@@ -181,7 +180,8 @@ QStringList hintsOf(const GroundPtr &ground)
         const bool any = std::any_of(others.begin(), others.end(), [](const GroundPtr &other) {
             return agrees(*other, *fitted(CalibrationModel::Similarity, other));
         });
-        return any ? QStringList{QObject::tr("С переставленными осями точки согласуются: x и y перепутаны?")}
+        return any ? QStringList{CoordSysTexts::tr(
+                         "С переставленными осями точки согласуются: x и y перепутаны?")}
                    : QStringList();
     }
     QStringList hints;

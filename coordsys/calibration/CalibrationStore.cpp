@@ -2,6 +2,7 @@
 
 #include "CatalogueSource_p.h"
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include "InputFile_p.h"
 #include "UserStoreFile_p.h"
 #include <coordsys/CoordSystem.h>
@@ -14,7 +15,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QObject>
 #include <QSaveFile>
 #include <QXmlStreamWriter>
 
@@ -141,19 +141,21 @@ CoordSystemPtr systemFrom(const CoordSystemTypes::SourceData &source)
 {
     const CoordSystemPtr system = csStringToInternal(source);
     if (!system)
-        throw std::runtime_error(QObject::tr("Система не создаётся: %1").arg(tagged(source)).toStdString());
+        throw std::runtime_error(
+            CoordSysTexts::tr("Система не создаётся: %1").arg(tagged(source)).toStdString());
     return system;
 }
 
 CodedError<std::logic_error> cannotWrite(const QString &path)
 {
-    return {Error::Code::FileFailed, QObject::tr("Не могу создать файл %1").arg(path)};
+    return {Error::Code::FileFailed, CoordSysTexts::tr("Не могу создать файл %1").arg(path)};
 }
 
 void checkFree(const StoreLock &lock, const QString &path)
 {
     if (lock.isBusy())
-        throw std::logic_error(QObject::tr("Файл %1 изменяет другая программа").arg(path).toStdString());
+        throw std::logic_error(
+            CoordSysTexts::tr("Файл %1 изменяет другая программа").arg(path).toStdString());
 }
 
 void write(const QString &path, const QVector<CalibrationRecord> &records)
@@ -232,7 +234,7 @@ QVector<CalibrationRecord> CalibrationStore::records() const
     const QString closed = openInput(file);
     QString damage = closed.isEmpty() ? readXml(file, root) : closed;
     if (damage.isEmpty() && root.name != rootName())
-        damage = QObject::tr("Корневой элемент <%1> не из файла систем координат").arg(root.name);
+        damage = CoordSysTexts::tr("Корневой элемент <%1> не из файла систем координат").arg(root.name);
     if (!damage.isEmpty())
         throw std::logic_error(QStringLiteral("%1: %2").arg(m_data->path, damage).toStdString());
     QVector<CalibrationRecord> records;

@@ -1,12 +1,11 @@
 #include "CatalogueSource_p.h"
+#include "CoordSysTexts_p.h"
 #include "EllipsoidOperation_p.h"
 #include "FitModel_p.h"
 
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
-
-#include <QObject>
 
 #include <array>
 #include <cmath>
@@ -140,7 +139,7 @@ DatumShiftModel::DatumShiftModel(GroundPtr ground)
     constexpr int fewestWithHeights = 3;
     constexpr int fewest = 4;
     if (m_ground->isPlan() || !m_ground->localSystem || m_ground->localSystem->isNonEarth()) {
-        m_refusal = QObject::tr("Для сдвига датума нужны эллипсоид и проекция местных координат");
+        m_refusal = CoordSysTexts::tr("Для сдвига датума нужны эллипсоид и проекция местных координат");
         return;
     }
     for (const CalibrationPair &pair : m_ground->pairs)
@@ -149,7 +148,7 @@ DatumShiftModel::DatumShiftModel(GroundPtr ground)
             (!pair.isUsed || (std::isfinite(pair.localHeightM) && std::isfinite(pair.knownHeightM)));
     m_refusal = refusalOfPoints(*m_ground, m_hasHeights ? fewestWithHeights : fewest, true);
     if (m_refusal.isEmpty() && !prepare())
-        m_refusal = QObject::tr("Точки лежат вне области проекции");
+        m_refusal = CoordSysTexts::tr("Точки лежат вне области проекции");
 }
 
 bool DatumShiftModel::localLonLat(const QPointF &local, QPointF &lonLat) const

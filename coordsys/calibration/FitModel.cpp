@@ -1,8 +1,7 @@
 #include "FitModel_p.h"
 
+#include "CoordSysTexts_p.h"
 #include <coordsys/CoordTransform.h>
-
-#include <QObject>
 
 #include <algorithm>
 #include <cmath>
@@ -63,13 +62,13 @@ QString refusalOfPoints(const CalibrationGround &ground, int fewest, bool needsP
     constexpr double line = 1e-3; // narrower by its length
     const int places = countOfPlaces(ground);
     if (places < fewest)
-        return QObject::tr("Нужно не меньше точек: %1, а разных точек: %2")
+        return CoordSysTexts::tr("Нужно не меньше точек: %1, а разных точек: %2")
             .arg(QString::number(fewest), QString::number(places));
     std::vector<QPointF> local;
     for (const CalibrationPair &pair : ground.pairs)
         local.push_back(pair.local);
     if (needsPlane && slendernessOf(ground, centreOf(ground, local)) < line)
-        return QObject::tr("Точки лежат на одной прямой");
+        return CoordSysTexts::tr("Точки лежат на одной прямой");
     return {};
 }
 

@@ -1,6 +1,6 @@
 #include "FitModel_p.h"
 
-#include <QObject>
+#include "CoordSysTexts_p.h"
 
 #include <array>
 #include <cmath>
@@ -238,7 +238,8 @@ TABProjInfo_t PlaneModel::record() const
 {
     if (m_kind.model == CalibrationModel::Polynomial)
         throw std::logic_error(
-            QObject::tr("Многочлен второй степени не записывается как система координат").toStdString());
+            CoordSysTexts::tr("Многочлен второй степени не записывается как система координат")
+                .toStdString());
     const Straight s = straight().inverted(m_from, m_to + QPointF(m_unknowns[0], m_unknowns[1]));
     TABProjInfo_t record = m_ground->baseRecord;
     record.nBoundsFlag = 0;

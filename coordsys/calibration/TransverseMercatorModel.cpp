@@ -1,11 +1,10 @@
 #include "CatalogueSource_p.h"
+#include "CoordSysTexts_p.h"
 #include "EllipsoidOperation_p.h"
 #include "FitModel_p.h"
 
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
-
-#include <QObject>
 
 #include <array>
 #include <cmath>
@@ -39,7 +38,7 @@ private:
     EllipsoidOperation m_operation;
 };
 
-QString outside() { return QObject::tr("Точки лежат вне области проекции"); }
+QString outside() { return CoordSysTexts::tr("Точки лежат вне области проекции"); }
 
 /// Unknowns: the meridian in radians, the scale (both divided by what makes their columns lengths), and the
 /// local place of the points' centre in metres. The false origin follows from them.
@@ -151,12 +150,13 @@ void TransverseMercatorModel::guess()
     const double turn = std::atan2(across, along);
     const double sine = std::sin(m_centre.y());
     if (std::fabs(sine) < leastSine)
-        m_refusal = QObject::tr("У экватора осевой меридиан по точкам не находится");
+        m_refusal = CoordSysTexts::tr("У экватора осевой меридиан по точкам не находится");
     else if (!(std::fabs(turn / sine) * degree < farthestDeg))
-        m_refusal = QObject::tr("Система повёрнута на %1°: осевого меридиана с таким сближением рядом нет")
-                        .arg(QString::number(turn * degree, 'f', 3));
+        m_refusal =
+            CoordSysTexts::tr("Система повёрнута на %1°: осевого меридиана с таким сближением рядом нет")
+                .arg(QString::number(turn * degree, 'f', 3));
     else if (!(square > 0.0))
-        m_refusal = QObject::tr("Точки лежат в одном месте");
+        m_refusal = CoordSysTexts::tr("Точки лежат в одном месте");
     m_meridian -= m_refusal.isEmpty() ? turn / sine : 0.0;
     m_scale = square > 0.0 ? std::hypot(along, across) / square : 1.0;
 }

@@ -3,6 +3,7 @@
 #include "BoundsFile_p.h"
 #include "CatalogueRevision_p.h"
 #include "CatalogueSource_p.h"
+#include "CoordSysTexts_p.h"
 #include "InputFile_p.h"
 #include "ProjectionTable_p.h"
 #include "SpatialReferenceText_p.h"
@@ -15,7 +16,6 @@
 #include <platform/Logger.h>
 
 #include <QFile>
-#include <QObject>
 #include <QReadLocker>
 #include <QWriteLocker>
 
@@ -229,10 +229,10 @@ bool CoordSysRect::openXML(const QDir &dir)
     clear();
     QFile file(dir.filePath(QStringLiteral("cs_mbr.xml")));
     if (!openInput(file).isEmpty()) {
-        LOG_ERROR(QObject::tr("Не могу открыть файл %1").arg(file.fileName()));
+        LOG_ERROR(CoordSysTexts::tr("Не могу открыть файл %1").arg(file.fileName()));
         return false;
     }
-    LOG_INFO(QObject::tr("Ограничения для КС: %1").arg(file.fileName()));
+    LOG_INFO(CoordSysTexts::tr("Ограничения для КС: %1").arg(file.fileName()));
     const QWriteLocker lock(&d->m_lock);
     d->m_unread = file.readAll();
     d->m_fileName = file.fileName();
@@ -279,13 +279,13 @@ bool CoordSysRectPrivate::catalogued(const TABProjInfo_t &info, QRectF &out) con
 QRectF CoordSysRect::rect(const QString &prj, CoordSystem *cs) const
 {
     if (prj.isEmpty()) {
-        LOG_ERROR(QObject::tr("Строка с координатной системой пустая"));
+        LOG_ERROR(CoordSysTexts::tr("Строка с координатной системой пустая"));
         return {};
     }
     QRectF known;
     if (d->catalogued(MapHeaderCoordsysConverter().prjStrToTABProjInfo(prj), known))
         return known;
-    LOG_DEBUG(QObject::tr("Не могу рассчитать ограничивающий прямоугольник для КС (%1)").arg(prj));
+    LOG_DEBUG(CoordSysTexts::tr("Не могу рассчитать ограничивающий прямоугольник для КС (%1)").arg(prj));
     return rectMifalAlgorithm(prj, cs);
 }
 
@@ -315,7 +315,7 @@ QRectF CoordSysRectPrivate::rectBy(CoordSystem *cs, const AreaOfUse &areaOfUse) 
         QRectF result;
         if (catalogued(info, result))
             return result;
-        LOG_DEBUG(QObject::tr("Не могу рассчитать ограничивающий прямоугольник для КС (%1)").arg(prj));
+        LOG_DEBUG(CoordSysTexts::tr("Не могу рассчитать ограничивающий прямоугольник для КС (%1)").arg(prj));
         const Rule rule = ruleFor(info);
         if (cs->isNonEarth())
             return DefaultRectNonEarth; // a plan given as PROJ text is exported as a cylinder

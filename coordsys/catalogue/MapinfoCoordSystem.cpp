@@ -3,6 +3,7 @@
 #include "BackgroundFills_p.h"
 #include "CatalogueFile_p.h"
 #include "CatalogueRevision_p.h"
+#include "CoordSysTexts_p.h"
 #include "CoordSystem_p.h"
 #include "InputFile_p.h"
 #include "MapinfoIndex_p.h"
@@ -14,7 +15,6 @@
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QObject>
 #include <QReadLocker>
 #include <QThreadPool>
 #include <QWriteLocker>
@@ -73,8 +73,8 @@ MapinfoCoordSystem::~MapinfoCoordSystem()
     try {
         clear();
     } catch (...) {
-        LOG_ERROR(
-            QObject::tr("Ошибка при освобождении ресурсов %0").arg(QStringLiteral("MapinfoCoordSystem")));
+        LOG_ERROR(CoordSysTexts::tr("Ошибка при освобождении ресурсов %0")
+                      .arg(QStringLiteral("MapinfoCoordSystem")));
     }
 }
 
@@ -88,11 +88,12 @@ bool MapinfoCoordSystem::loadFromPRJ(const QFileInfo &file)
     QList<CoordSystemParamsList> categories = d->m_categories;
     QFile source(nivora::utils::lookUpExistingFileInDirectory(file).absoluteFilePath());
     if (!openInput(source).isEmpty())
-        throw std::runtime_error(QObject::tr("Не могу открыть файл %1").arg(file.fileName()).toStdString());
-    LOG_INFO(QObject::tr("Файл с проекциями: %1").arg(source.fileName()));
+        throw std::runtime_error(
+            CoordSysTexts::tr("Не могу открыть файл %1").arg(file.fileName()).toStdString());
+    LOG_INFO(CoordSysTexts::tr("Файл с проекциями: %1").arg(source.fileName()));
 
     const int count = readCatalogueFile(source, categories);
-    LOG_DEBUG(QObject::tr("Категорий: %1, Проекций: %2")
+    LOG_DEBUG(CoordSysTexts::tr("Категорий: %1, Проекций: %2")
                   .arg(QString::number(categories.size()), QString::number(count)));
     const int known = d->m_categories.size();
     d->m_categories = std::move(categories);
@@ -117,13 +118,13 @@ QString MapinfoCoordSystem::getStrMB(int category, int index) const
 {
     if (category < 0 || category >= d->m_categories.size())
         throw std::out_of_range(
-            QObject::tr("Каталог координатных систем MapInfo не содержит категории с номером %1")
+            CoordSysTexts::tr("Каталог координатных систем MapInfo не содержит категории с номером %1")
                 .arg(category)
                 .toStdString());
     const CoordSystemParams *found = d->entry(category, index);
     if (!found)
         throw std::out_of_range(
-            QObject::tr(
+            CoordSysTexts::tr(
                 "Каталог координатных систем MapInfo не содержит координатной системы с индексом %1,%2")
                 .arg(QString::number(category), QString::number(index))
                 .toStdString());

@@ -3,6 +3,7 @@
 #include "CatalogueRevision_p.h"
 #include "CatalogueSource_p.h"
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include "MapinfoIndex_p.h"
 #include "UserStoreFile_p.h"
 #include <coordsys/CoordSystem.h>
@@ -13,7 +14,6 @@
 #include <platform/Logger.h>
 
 #include <QMutexLocker>
-#include <QObject>
 
 #include <algorithm>
 #include <optional>
@@ -25,7 +25,7 @@ namespace {
 
 QString fileName() { return QStringLiteral("UserCoordSystem.xml"); }
 
-QString withoutDescription() { return QObject::tr("Без имени"); }
+QString withoutDescription() { return CoordSysTexts::tr("Без имени"); }
 
 QString failure(const std::exception &error, const CoordSystemTypes::SourceData &source)
 {
@@ -370,7 +370,7 @@ void UserCoordSystem::loadFromFile(bool quiet)
     m_data->readProblem = reading.problem;
     if (!reading.problem.isEmpty()) {
         if (!quiet)
-            throw fileError(QObject::tr("Не могу открыть файл %1"), m_data->file);
+            throw fileError(CoordSysTexts::tr("Не могу открыть файл %1"), m_data->file);
         if (reading.exists)
             LOG_ERROR(reading.problem);
         return;
@@ -390,15 +390,15 @@ void UserCoordSystem::loadFromFile(bool quiet)
         branches.append(branch);
     }
     m_data->branches = branches;
-    LOG_INFO(
-        QObject::tr("Пользовательские КС: %1 (%2)").arg(m_data->file.fileName(), QString::number(count)));
+    LOG_INFO(CoordSysTexts::tr("Пользовательские КС: %1 (%2)")
+                 .arg(m_data->file.fileName(), QString::number(count)));
 }
 
 bool UserCoordSystem::update(const std::function<bool(UserCoordSystem &)> &change)
 {
     const StoreLock lock(m_data->file);
     if (lock.isBusy())
-        throw fileError(QObject::tr("Файл %1 изменяет другая программа"), m_data->file);
+        throw fileError(CoordSysTexts::tr("Файл %1 изменяет другая программа"), m_data->file);
     const QList<CsDataType> before = m_data->branches;
     try {
         if (QFileInfo::exists(m_data->file.absoluteFilePath()))
@@ -412,7 +412,8 @@ bool UserCoordSystem::update(const std::function<bool(UserCoordSystem &)> &chang
         m_data->branches = before;
         throw;
     }
-    LOG_INFO(QObject::tr("Пользовательские КС сохранены в файле %1").arg(m_data->file.absoluteFilePath()));
+    LOG_INFO(
+        CoordSysTexts::tr("Пользовательские КС сохранены в файле %1").arg(m_data->file.absoluteFilePath()));
     return true;
 }
 
@@ -425,9 +426,9 @@ void UserCoordSystem::saveToFile(const QFileInfo &file, const QList<CsDataType> 
 {
     const QString path = file.absoluteFilePath();
     if (!overwrite && QFileInfo::exists(path)) // never file.exists(): it may remember an older answer
-        throw fileError(QObject::tr("Файл %1 существует"), file);
+        throw fileError(CoordSysTexts::tr("Файл %1 существует"), file);
     writeStore(file, branches, StoreLock(file));
-    LOG_INFO(QObject::tr("Пользовательские КС сохранены в файле %1").arg(path));
+    LOG_INFO(CoordSysTexts::tr("Пользовательские КС сохранены в файле %1").arg(path));
 }
 
 } // namespace nivora::cs

@@ -1,6 +1,7 @@
 #include "UserStoreFile_p.h"
 
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include "InputFile_p.h"
 #include <coordsys/SourceTags.h>
 #include <platform/Logger.h>
@@ -8,7 +9,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QObject>
 #include <QRegularExpression>
 #include <QXmlStreamWriter>
 
@@ -20,7 +20,7 @@ namespace {
 
 CodedError<std::logic_error> cannotWrite(const QFileInfo &file)
 {
-    return {Error::Code::FileFailed, QObject::tr("Не могу создать файл %1").arg(file.fileName())};
+    return {Error::Code::FileFailed, CoordSysTexts::tr("Не могу создать файл %1").arg(file.fileName())};
 }
 
 /// The writer turns line feeds and tabs in attributes into character references, so they survive reading.
@@ -55,10 +55,10 @@ void keepUnreadable(const QFileInfo &file)
     const QString path = file.absoluteFilePath();
     const QString copy = path + QStringLiteral(".bak");
     if (QFileInfo::exists(copy))
-        LOG_ERROR(
-            QObject::tr("Файл %1 не читается и будет заменён, прежняя копия %2 сохранена").arg(path, copy));
+        LOG_ERROR(CoordSysTexts::tr("Файл %1 не читается и будет заменён, прежняя копия %2 сохранена")
+                      .arg(path, copy));
     else if (QFile::copy(path, copy))
-        LOG_ERROR(QObject::tr("Файл %1 не читается и будет заменён, его копия: %2").arg(path, copy));
+        LOG_ERROR(CoordSysTexts::tr("Файл %1 не читается и будет заменён, его копия: %2").arg(path, copy));
     else
         throw cannotWrite(QFileInfo(copy));
 }
@@ -96,7 +96,7 @@ QString foreignRootError(const XmlElement &root)
         return {};
     return QStringLiteral("%1:%2: %3")
         .arg(QString::number(root.line), QString::number(root.column),
-             QObject::tr("Корневой элемент <%1> не из файла систем координат").arg(root.name));
+             CoordSysTexts::tr("Корневой элемент <%1> не из файла систем координат").arg(root.name));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <coordsys/ProjLibMetadata.h>
 
 #include "CodeAcceptance_p.h"
+#include "CoordSysTexts_p.h"
 #include "CrsParts_p.h"
 #include "EngineGate_p.h"
 #include "ProjLists_p.h"
@@ -10,7 +11,6 @@
 #include <proj.h>
 
 #include <QMutexLocker>
-#include <QObject>
 
 namespace nivora::cs {
 
@@ -98,15 +98,15 @@ QString ProjLibMetadata::nameCrs(int code, const QString &auth) const
 {
     const QMutexLocker lock(globalProj4Mutex());
     const PjHandle pj =
-        createKnown(code, auth, QObject::tr("Запрос имени для %1=%2").arg(auth, QString::number(code)));
+        createKnown(code, auth, CoordSysTexts::tr("Запрос имени для %1=%2").arg(auth, QString::number(code)));
     return QString::fromUtf8(proj_get_name(pj.get()));
 }
 
 QString ProjLibMetadata::projStringForCrs(int code, const QString &auth) const
 {
     const QMutexLocker lock(globalProj4Mutex());
-    const PjHandle pj =
-        createKnown(code, auth, QObject::tr("Запрос proj строки для %1=%2").arg(auth, QString::number(code)));
+    const PjHandle pj = createKnown(
+        code, auth, CoordSysTexts::tr("Запрос proj строки для %1=%2").arg(auth, QString::number(code)));
     QString text = QString::fromUtf8(proj_as_proj_string(globalProjContext(), pj.get(), PJ_PROJ_5, nullptr));
     if (proj_get_type(pj.get()) == PJ_TYPE_PROJECTED_CRS)
         text.remove(QStringLiteral("+type=crs"));
@@ -116,18 +116,18 @@ QString ProjLibMetadata::projStringForCrs(int code, const QString &auth) const
 QString ProjLibMetadata::wktStringForCrs(int code, const QString &auth) const
 {
     const QMutexLocker lock(globalProj4Mutex());
-    const PjHandle pj = createKnown(
-        code, auth,
-        QObject::tr("Запрос %0 строки для %1=%2").arg(QStringLiteral("wkt"), auth, QString::number(code)));
+    const PjHandle pj = createKnown(code, auth,
+                                    CoordSysTexts::tr("Запрос %0 строки для %1=%2")
+                                        .arg(QStringLiteral("wkt"), auth, QString::number(code)));
     return QString::fromUtf8(proj_as_wkt(globalProjContext(), pj.get(), PJ_WKT2_2015_SIMPLIFIED, nullptr));
 }
 
 QRectF ProjLibMetadata::rectWgs84ForCrs(int code, const QString &auth) const
 {
     const QMutexLocker lock(globalProj4Mutex());
-    const PjHandle pj = createKnown(
-        code, auth,
-        QObject::tr("Запрос ограничивающего прямоугольника для %1=%2").arg(auth, QString::number(code)));
+    const PjHandle pj = createKnown(code, auth,
+                                    CoordSysTexts::tr("Запрос ограничивающего прямоугольника для %1=%2")
+                                        .arg(auth, QString::number(code)));
     double west = 0.0, south = 0.0, east = 0.0, north = 0.0;
     if (!proj_get_area_of_use(globalProjContext(), pj.get(), &west, &south, &east, &north, nullptr))
         return {};
@@ -144,7 +144,7 @@ int ProjLibMetadata::epsgForProjString(const std::shared_ptr<ProgressHandler> &p
         return CoordSystemTypes::EPSG_UNDEFINDED;
     const PjHandle pj = create(projString);
     if (!pj)
-        throw ProjException(QObject::tr("Ошибка при инициализации проекции %1").arg(projString));
+        throw ProjException(CoordSysTexts::tr("Ошибка при инициализации проекции %1").arg(projString));
     if (proj_is_crs(pj.get()))
         return firstCode(handler, pj.get(), 0);
 
@@ -181,7 +181,7 @@ ProjLibMetadata::ProjectionCatalog ProjLibMetadata::listProjections(const QStrin
     const auto take = [&](const PROJ_CRS_INFO &record) {
         ProjectionInfo info;
         if (!kindOf(record.type, info.kind)) {
-            LOG_DEBUG(QObject::tr("Неподдерживаемый тип %1").arg(static_cast<int>(record.type)));
+            LOG_DEBUG(CoordSysTexts::tr("Неподдерживаемый тип %1").arg(static_cast<int>(record.type)));
             return;
         }
         info.id =
@@ -194,7 +194,7 @@ ProjLibMetadata::ProjectionCatalog ProjLibMetadata::listProjections(const QStrin
         ++taken;
     };
     forEachSystem(globalProjContext(), auth.toLocal8Bit().constData(), params.get(), take);
-    LOG_DEBUG(QObject::tr("Категорий=%1, Всего проекций=%2")
+    LOG_DEBUG(CoordSysTexts::tr("Категорий=%1, Всего проекций=%2")
                   .arg(QString::number(catalog.size()), QString::number(taken)));
     return catalog;
 }

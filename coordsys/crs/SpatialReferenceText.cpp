@@ -1,6 +1,7 @@
 #include <coordsys/SpatialReferenceText.h>
 
 #include "CatalogueSource_p.h"
+#include "CoordSysTexts_p.h"
 #include "EngineGate_p.h"
 #include "ProjectionTable_p.h"
 #include "SpatialReferenceText_p.h"
@@ -10,7 +11,6 @@
 #include <platform/Logger.h>
 
 #include <QMutexLocker>
-#include <QObject>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -67,7 +67,7 @@ struct Exported
 
 void complainIncorrect(Exported &exported, const QString &what)
 {
-    exported.complaints << QObject::tr("Строка PRJ сформирована некорректно (%1)").arg(what);
+    exported.complaints << CoordSysTexts::tr("Строка PRJ сформирована некорректно (%1)").arg(what);
 }
 
 void readDriverText(OGRSpatialReferenceH srs, Exported &out)
@@ -353,7 +353,7 @@ bool mendDatum(TABProjInfo_t &info, Exported &exported, const ProjectionParamsMa
     }
     if (!exported.shift && (!fits || (info.nDatumId == wgs84Datum && !isWgs84(exported.datum))))
         exported.complaints
-            << QObject::tr("Сдвиг датума неизвестен, в строке PRJ он нулевой (%1)").arg(exported.prj);
+            << CoordSysTexts::tr("Сдвиг датума неизвестен, в строке PRJ он нулевой (%1)").arg(exported.prj);
     return !fits;
 }
 

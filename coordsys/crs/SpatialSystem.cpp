@@ -1,9 +1,9 @@
 #include <coordsys/SpatialSystem.h>
 
+#include "CoordSysTexts_p.h"
 #include "CrsParts_p.h"
 
 #include <QMutexLocker>
-#include <QObject>
 
 #include <algorithm>
 #include <stdexcept>
@@ -130,7 +130,7 @@ SpatialSystem::SpatialSystem(const QString &definition)
     const PjHandle root = ownPj(proj_create(globalProjContext(), data->definition.toUtf8().constData()));
     if (!root || !proj_is_crs(root.get()) || !data->read(globalProjContext(), root.get()))
         throw std::logic_error(
-            QObject::tr("Не удалось прочитать КС: %1").arg(definition.left(200)).toStdString());
+            CoordSysTexts::tr("Не удалось прочитать КС: %1").arg(definition.left(200)).toStdString());
     m_data = data;
 }
 

@@ -1,5 +1,6 @@
 #include <coordsys/GridFolders.h>
 
+#include "CoordSysTexts_p.h"
 #include <coordsys/ProjEngine.h>
 
 #include <proj.h>
@@ -8,7 +9,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMutexLocker>
-#include <QObject>
 
 #include <stdexcept>
 #include <vector>
@@ -36,7 +36,7 @@ QStringList &folders()
 void addGridFolder(const QString &folder)
 {
     if (folder.isEmpty() || !QFileInfo(folder).isDir())
-        throw std::invalid_argument(QObject::tr("Нет каталога %1").arg(folder).toStdString());
+        throw std::invalid_argument(CoordSysTexts::tr("Нет каталога %1").arg(folder).toStdString());
     const QMutexLocker lock(globalProj4Mutex());
     folders().prepend(QFileInfo(folder).absoluteFilePath());
     std::vector<QByteArray> names;

@@ -1,5 +1,6 @@
 #include <coordsys/ProjEngine.h>
 
+#include "CoordSysTexts_p.h"
 #include "ProjEngine_p.h"
 #include "ProjMutex_p.h"
 #include "ProjText_p.h"
@@ -10,7 +11,6 @@
 #include <proj.h>
 
 #include <QMutexLocker>
-#include <QObject>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -64,7 +64,7 @@ PjHandle projObject(QString text, const QString &asked)
         result = ownPj(proj_create(globalProjContext(), text.toUtf8().constData()));
     }
     if (!result)
-        throw ProjException(QObject::tr("Ошибка инициализации проекции: %1").arg(asked));
+        throw ProjException(CoordSysTexts::tr("Ошибка инициализации проекции: %1").arg(asked));
     return result;
 }
 
@@ -202,7 +202,7 @@ ExportToPrjException::ExportToPrjException()
 {}
 
 ExportToPrjException::ExportToPrjException(const QString &reason)
-    : std::logic_error(QObject::tr("Ошибка экспорта КС в формат MI Prj: %1").arg(reason).toStdString())
+    : std::logic_error(CoordSysTexts::tr("Ошибка экспорта КС в формат MI Prj: %1").arg(reason).toStdString())
     , Error(Code::NotWritable)
 {}
 

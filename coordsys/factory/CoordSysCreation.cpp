@@ -3,6 +3,7 @@
 #include "CatalogueName_p.h"
 #include "CodedError_p.h"
 #include "CoordSysReader_p.h"
+#include "CoordSysTexts_p.h"
 #include "CoordSystemCache_p.h"
 #include "CoordSystem_p.h"
 #include "DriverText_p.h"
@@ -22,7 +23,6 @@
 #include <platform/Logger.h>
 
 #include <QMutexLocker>
-#include <QObject>
 #include <QRegularExpression>
 
 #include <memory>
@@ -35,13 +35,13 @@ constexpr int webMercatorDatum = 157;
 
 [[noreturn]] void throwEmpty()
 {
-    throwCoded<std::invalid_argument>(Error::Code::EmptyText, QObject::tr("Строка КС пустая"));
+    throwCoded<std::invalid_argument>(Error::Code::EmptyText, CoordSysTexts::tr("Строка КС пустая"));
 }
 
 [[noreturn]] void throwInvalid(const QString &text)
 {
     throwCoded<std::runtime_error>(Error::Code::NotUnderstood,
-                                   QObject::tr("Неверная строка КС\n%1").arg(text));
+                                   CoordSysTexts::tr("Неверная строка КС\n%1").arg(text));
 }
 
 /// The spatial reference of a map-header record. Throws std::runtime_error when the driver refuses it.
@@ -178,7 +178,7 @@ CoordSystemPtr CoordSysFactoryPrivate::unnamedFromProj(const QString &proj)
         throwEmpty();
     static const QRegularExpression start(QStringLiteral("^\\s*\\+proj=")); // "+proj=longlat …"
     if (!start.match(proj).hasMatch())
-        throwCoded<std::logic_error>(Error::Code::NotUnderstood, QObject::tr("Неверный формат строки"));
+        throwCoded<std::logic_error>(Error::Code::NotUnderstood, CoordSysTexts::tr("Неверный формат строки"));
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromProj=%1").arg(proj));
 
     auto cs = std::make_shared<CoordSystem>();
@@ -289,7 +289,7 @@ void setAffineParamsArray(CoordSystem &cs, const MIUnitConvParam *unit, const st
         std::make_unique<QTransform>(params[0], params[1], params[2], params[3], params[4], params[5]);
     if (isSingularAffine(*transform))
         throwCoded<std::invalid_argument>(Error::Code::InvalidArgument,
-                                          QObject::tr("Вырожденное аффинное преобразование"));
+                                          CoordSysTexts::tr("Вырожденное аффинное преобразование"));
     LinearUnit named = unit ? LinearUnit(*unit) : LinearUnit();
     if (!unit) {
         try {

@@ -1,6 +1,7 @@
 #include <coordsys/CoordSysEnvironment.h>
 
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include <coordsys/GridFolders.h>
 #include <coordsys/ProjEngine.h>
 #include <platform/Logger.h>
@@ -13,7 +14,6 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QMutexLocker>
-#include <QObject>
 #include <QSettings>
 #include <QStringList>
 
@@ -68,13 +68,13 @@ QStringList directoriesWithDatabase()
     for (const QString &path : paths) {
         const QDir dir(path); // reads an empty path as ".", which QFileInfo would not
         if (!dir.exists())
-            LOG_TRACE(QObject::tr("Каталог с ресурсами %1 не существует").arg(dir.absolutePath()));
+            LOG_TRACE(CoordSysTexts::tr("Каталог с ресурсами %1 не существует").arg(dir.absolutePath()));
         else if (!dir.exists(databaseFile))
             continue;
         else if (isUsable(dir.absoluteFilePath(databaseFile)))
             found << QDir::toNativeSeparators(dir.absolutePath());
         else
-            LOG_INFO(QObject::tr("База данных %1 не подходит для PROJ, каталог пропущен")
+            LOG_INFO(CoordSysTexts::tr("База данных %1 не подходит для PROJ, каталог пропущен")
                          .arg(QDir::toNativeSeparators(dir.absoluteFilePath(databaseFile))));
     }
     return found;
@@ -133,8 +133,9 @@ void initProjLibEnvironment()
     if (!proj_context_get_database_path(globalProjContext()))
         throwCoded<std::logic_error>(
             Error::Code::NoDatabase,
-            QObject::tr("Не найден файл \"%1\". Необходимо указать путь к нему в переменной окружения %2. "
-                        "Каталог можно указать также в PROJ_DATA или в настройке proj/ProjDataDir.")
+            CoordSysTexts::tr(
+                "Не найден файл \"%1\". Необходимо указать путь к нему в переменной окружения %2. "
+                "Каталог можно указать также в PROJ_DATA или в настройке proj/ProjDataDir.")
                 .arg(databaseFile, QStringLiteral("PROJ_LIB")));
 }
 

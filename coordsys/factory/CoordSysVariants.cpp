@@ -1,6 +1,7 @@
 #include "CoordSysFactory_p.h"
 
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include "CoordSystem_p.h"
 #include "InputFile_p.h"
 #include <coordsys/CoordSysRect.h>
@@ -11,7 +12,6 @@
 #include <platform/Logger.h>
 
 #include <QFile>
-#include <QObject>
 #include <QRegularExpression>
 #include <QXmlStreamReader>
 
@@ -49,7 +49,7 @@ CoordSystemPtr CoordSysFactoryPrivate::createFromOracleSRID(int srid) const
     QFile file(path);
     if (!openInput(file).isEmpty())
         throwCoded<std::runtime_error>(Error::Code::FileFailed,
-                                       QObject::tr("Не могу открыть файл %0").arg(path));
+                                       CoordSysTexts::tr("Не могу открыть файл %0").arg(path));
 
     QString prj;
     QXmlStreamReader xml(&file);
@@ -66,7 +66,7 @@ CoordSystemPtr CoordSysFactoryPrivate::createFromOracleSRID(int srid) const
     if (prj.isEmpty())
         throwCoded<std::runtime_error>(
             Error::Code::UnknownCode,
-            QObject::tr("Данные для SRID=%1 в файле %0 отсутствуют").arg(path, QString::number(srid)));
+            CoordSysTexts::tr("Данные для SRID=%1 в файле %0 отсутствуют").arg(path, QString::number(srid)));
     CoordSystemPtr cs = createFromPrj(prj);
     cs->setSourceParameters({CoordSystem::Oracle, QString::number(srid)});
     return cs;

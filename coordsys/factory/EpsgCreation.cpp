@@ -1,6 +1,7 @@
 #include "CoordSysFactory_p.h"
 
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include "CoordSystemCache_p.h"
 #include "CoordSystem_p.h"
 #include "LazyParts_p.h"
@@ -10,8 +11,6 @@
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/ProjLibMetadata.h>
 #include <platform/Logger.h>
-
-#include <QObject>
 
 #include <cmath>
 
@@ -33,7 +32,7 @@ bool hasClauses(const QString &prj)
 void throwWithoutPlane(const QString &text)
 {
     throwCoded<std::runtime_error>(Error::Code::NoPlane,
-                                   QObject::tr("КС не имеет плановой части: %1").arg(text));
+                                   CoordSysTexts::tr("КС не имеет плановой части: %1").arg(text));
 }
 
 CoordSystemPtr CoordSysFactoryPrivate::createFromEpsg(int epsg) const
@@ -147,7 +146,7 @@ CoordSystemPtr CoordSysFactoryPrivate::unnamedFromCode(int epsg, const CrsDefini
         return cs;
     } catch (const std::exception &e) {
         LOG_DEBUG(QString::fromUtf8(e.what()));
-        throw ProjException(QObject::tr("Ошибка инициализации проекции: %1").arg(code),
+        throw ProjException(CoordSysTexts::tr("Ошибка инициализации проекции: %1").arg(code),
                             Error::Code::UnknownCode);
     }
 }

@@ -1,6 +1,7 @@
 #include "CoordSysFactory_p.h"
 
 #include "CatalogueRevision_p.h"
+#include "CoordSysTexts_p.h"
 #include "CoordSystemCache_p.h"
 #include "MapinfoCoordSystem_p.h"
 #include "WrittenTable_p.h"
@@ -15,7 +16,6 @@
 #include <coordsys/UserCoordSystem.h>
 #include <platform/Logger.h>
 
-#include <QObject>
 #include <QReadLocker>
 #include <QWriteLocker>
 
@@ -73,9 +73,9 @@ CoordSysFactoryPrivate::CoordSysFactoryPrivate(const QDir &systemDir, const QDir
         return UserCoordSystem::csStringToInternalNoDescription(source);
     });
     if (!m_resourceDir.exists())
-        LOG_ERROR(QObject::tr("Путь с ресурсами неверен:%1").arg(m_resourceDir.absolutePath()));
-    LOG_TRACE(QObject::tr("Системные ресурсы КС: %1").arg(systemDir.absolutePath()));
-    LOG_TRACE(QObject::tr("Пользовательские ресурсы КС: %1").arg(userDir.absolutePath()));
+        LOG_ERROR(CoordSysTexts::tr("Путь с ресурсами неверен:%1").arg(m_resourceDir.absolutePath()));
+    LOG_TRACE(CoordSysTexts::tr("Системные ресурсы КС: %1").arg(systemDir.absolutePath()));
+    LOG_TRACE(CoordSysTexts::tr("Пользовательские ресурсы КС: %1").arg(userDir.absolutePath()));
 }
 
 CoordSysFactoryPrivate::~CoordSysFactoryPrivate()
@@ -119,7 +119,7 @@ bool CoordSysFactoryPrivate::initCoordSystemEnvironment()
     initProjLibEnvironment();
     ++catalogueRevision(); // the engines' resources are others now
     setMitabEnvVariable();
-    LOG_INFO(QObject::tr("Инициализация координатных систем"));
+    LOG_INFO(CoordSysTexts::tr("Инициализация координатных систем"));
     if (m_wasStarted) {
         makeStandards();
         makeCatalogues();
@@ -168,7 +168,7 @@ CoordSystemPtr CoordSysFactoryPrivate::latLongWgs84CoordSystem() const
 
 void CoordSysFactoryPrivate::clearEnvironment()
 {
-    LOG_INFO(QObject::tr("Очистка ресурсов координатных систем"));
+    LOG_INFO(CoordSysTexts::tr("Очистка ресурсов координатных систем"));
     makeStandards();
     m_coordSysRect->clear();
     m_mapinfo->clear();

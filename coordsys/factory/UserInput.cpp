@@ -1,6 +1,7 @@
 #include "UserInputReader_p.h"
 
 #include "CoordSysText_p.h"
+#include "CoordSysTexts_p.h"
 #include "CoordSystem_p.h"
 #include "CrsDefinition_p.h"
 #include "MapinfoScanner_p.h"
@@ -15,7 +16,6 @@
 
 #include <QFileInfo>
 #include <QMutexLocker>
-#include <QObject>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -37,14 +37,15 @@ Error::Code codeBehind(const std::exception &reason)
 void checkText(const QString &text)
 {
     if (text.isEmpty())
-        throwCoded<std::invalid_argument>(Error::Code::EmptyText, QObject::tr("Строка КС пустая"));
+        throwCoded<std::invalid_argument>(Error::Code::EmptyText, CoordSysTexts::tr("Строка КС пустая"));
     if (text.size() >
         (text.startsWith(QLatin1Char('{')) || isWktText(text) ? longestDefinition : longestText))
-        refuse(QObject::tr("Текст слишком длинный для системы координат: «%1»").arg(shownText(text)));
+        refuse(CoordSysTexts::tr("Текст слишком длинный для системы координат: «%1»").arg(shownText(text)));
     if (text.contains(QChar(QChar::Null)) || !text.isValidUtf16())
-        refuse(QObject::tr("В тексте системы координат недопустимые символы: «%1»").arg(shownText(text)));
+        refuse(
+            CoordSysTexts::tr("В тексте системы координат недопустимые символы: «%1»").arg(shownText(text)));
     if (isNestedTooDeep(text))
-        refuse(QObject::tr("Слишком глубокая вложенность скобок: «%1»").arg(shownText(text)));
+        refuse(CoordSysTexts::tr("Слишком глубокая вложенность скобок: «%1»").arg(shownText(text)));
 }
 
 /// The name behind the sign "@": as it stands, when there is such a file, else without blanks and quotes
@@ -94,20 +95,20 @@ QString mergedTerms(const QString &base, const QStringList &more)
 
 QString shownList(const QStringList &items)
 {
-    return items.isEmpty() ? QObject::tr("нет") : items.join(QStringLiteral("; "));
+    return items.isEmpty() ? CoordSysTexts::tr("нет") : items.join(QStringLiteral("; "));
 }
 
 const UserInputReader::NotationRow UserInputReader::notations[10] = {
-    {QT_TRANSLATE_NOOP("QObject", "строка с меткой"), &UserInputReader::readTagged},
-    {QT_TRANSLATE_NOOP("QObject", "PROJJSON"), &UserInputReader::readDefinition},
-    {QT_TRANSLATE_NOOP("QObject", "WKT"), &UserInputReader::readWkt},
-    {QT_TRANSLATE_NOOP("QObject", "строка PROJ"), &UserInputReader::readProj},
-    {QT_TRANSLATE_NOOP("QObject", "строка каталога"), &UserInputReader::readCatalogueLine},
-    {QT_TRANSLATE_NOOP("QObject", "строка CoordSys"), &UserInputReader::readCoordSys},
-    {QT_TRANSLATE_NOOP("QObject", "AUTO"), &UserInputReader::readAuto},
-    {QT_TRANSLATE_NOOP("QObject", "код"), &UserInputReader::readCode},
-    {QT_TRANSLATE_NOOP("QObject", "URN"), &UserInputReader::readDefinition},
-    {QT_TRANSLATE_NOOP("QObject", "название"), &UserInputReader::readName},
+    {QT_TRANSLATE_NOOP("CoordSysTexts", "строка с меткой"), &UserInputReader::readTagged},
+    {QT_TRANSLATE_NOOP("CoordSysTexts", "PROJJSON"), &UserInputReader::readDefinition},
+    {QT_TRANSLATE_NOOP("CoordSysTexts", "WKT"), &UserInputReader::readWkt},
+    {QT_TRANSLATE_NOOP("CoordSysTexts", "строка PROJ"), &UserInputReader::readProj},
+    {QT_TRANSLATE_NOOP("CoordSysTexts", "строка каталога"), &UserInputReader::readCatalogueLine},
+    {QT_TRANSLATE_NOOP("CoordSysTexts", "строка CoordSys"), &UserInputReader::readCoordSys},
+    {QT_TRANSLATE_NOOP("CoordSysTexts", "AUTO"), &UserInputReader::readAuto},
+    {QT_TRANSLATE_NOOP("CoordSysTexts", "код"), &UserInputReader::readCode},
+    {QT_TRANSLATE_NOOP("CoordSysTexts", "URN"), &UserInputReader::readDefinition},
+    {QT_TRANSLATE_NOOP("CoordSysTexts", "название"), &UserInputReader::readName},
 };
 
 bool UserInputReader::hasOwnLines(const QString &text)
@@ -125,7 +126,7 @@ UserInput UserInputReader::read(const QString &input)
     if (const std::optional<DatedText> dated = datedTextOf(text))
         text = fromDated(*dated);
     const NotationRow &notation = notations[static_cast<int>(notationOf(text, databaseAuthorities))];
-    const QString name = QObject::tr(notation.name);
+    const QString name = CoordSysTexts::tr(notation.name);
     try {
         const CoordSystemPtr system = (this->*notation.read)(text);
         noteIdentity(*system);
@@ -133,7 +134,7 @@ UserInput UserInputReader::read(const QString &input)
     } catch (const NotUnderstood &) {
         throw;
     } catch (const std::exception &e) {
-        refuse(QObject::tr("Не удалось прочитать систему координат (%1) «%2»: %3")
+        refuse(CoordSysTexts::tr("Не удалось прочитать систему координат (%1) «%2»: %3")
                    .arg(name, shownText(text), QString::fromUtf8(e.what()).simplified()),
                codeBehind(e));
     }
@@ -144,17 +145,17 @@ QString UserInputReader::fromFile(const QString &input, const QString &bare)
 {
     const QString path = fileBehind(input, bare);
     if (path.isEmpty())
-        refuse(QObject::tr("За знаком @ нужно имя файла"));
+        refuse(CoordSysTexts::tr("За знаком @ нужно имя файла"));
     const QString text = systemTextInFile(path, m_notes).trimmed();
     if (text.startsWith(QLatin1Char('@')))
-        refuse(QObject::tr("Файл %1 ссылается на другой файл").arg(path));
+        refuse(CoordSysTexts::tr("Файл %1 ссылается на другой файл").arg(path));
     return hasOwnLines(text) ? text : text.simplified();
 }
 
 QString UserInputReader::fromDated(const DatedText &dated)
 {
     if (!dated.epoch.isEmpty())
-        m_notes << QObject::tr("Эпоха координат %1 в систему не входит").arg(dated.epoch);
+        m_notes << CoordSysTexts::tr("Эпоха координат %1 в систему не входит").arg(dated.epoch);
     checkText(dated.system);
     return dated.system;
 }
@@ -174,7 +175,7 @@ CoordSystemPtr UserInputReader::readTagged(const QString &text)
     bool isNumber = false;
     const int srid = body.toInt(&isNumber);
     if (!isNumber)
-        refuse(QObject::tr("«%1» не номер Oracle").arg(shownText(body)));
+        refuse(CoordSysTexts::tr("«%1» не номер Oracle").arg(shownText(body)));
     return m_factory.createFromOracleSRID(srid);
 }
 
@@ -188,7 +189,7 @@ CoordSystemPtr UserInputReader::readCoordSys(const QString &text)
         const std::optional<int> count = parameterCountIn(text);
         if (!count)
             throw;
-        refuse(QObject::tr("%1: за датумом и единицей у этой проекции %2 чисел")
+        refuse(CoordSysTexts::tr("%1: за датумом и единицей у этой проекции %2 чисел")
                    .arg(QString::fromUtf8(e.what()), QString::number(*count)));
     }
 }
@@ -198,7 +199,7 @@ CoordSystemPtr UserInputReader::readCatalogueLine(const QString &text)
     QList<CoordSystemParamsList> categories;
     const int count = scanCategories(text, categories);
     if (count != 1)
-        refuse(QObject::tr("Нужна одна строка каталога, а здесь их %1").arg(count));
+        refuse(CoordSysTexts::tr("Нужна одна строка каталога, а здесь их %1").arg(count));
     return fromEntry(categories.first().entries.first());
 }
 
@@ -215,7 +216,7 @@ CoordSystemPtr UserInputReader::fromEntry(const CoordSystemParams &entry)
         if (coded && coded->isEqual(system, true))
             system = coded;
         else
-            m_notes << QObject::tr("Код %1 не соответствует параметрам и отброшен").arg(code);
+            m_notes << CoordSysTexts::tr("Код %1 не соответствует параметрам и отброшен").arg(code);
     }
     system->setDescription(entry.name());
     return system;
@@ -229,7 +230,7 @@ CoordSystemPtr UserInputReader::readProj(const QString &text)
                                                QRegularExpression::CaseInsensitiveOption);
     const QString proj = projTextOf(text).value_or(text);
     if (proj.count(definition) > 1 && !proj.contains(QLatin1String("+proj=pipeline")))
-        refuse(QObject::tr("Здесь больше одной системы"));
+        refuse(CoordSysTexts::tr("Здесь больше одной системы"));
     if (proj.startsWith(QLatin1String("+init="), Qt::CaseInsensitive))
         return fromInit(proj);
     const bool isPlain = text.startsWith(QLatin1String("+proj=")) && !text.contains(QLatin1Char('<'));
@@ -243,7 +244,7 @@ CoordSystemPtr UserInputReader::fromInit(const QString &proj)
     const QStringList terms = proj.split(QLatin1Char(' '));
     const auto code = initCodeOf(terms.first());
     if (!code)
-        refuse(QObject::tr("Неверный код в «%1»").arg(terms.first()));
+        refuse(CoordSysTexts::tr("Неверный код в «%1»").arg(terms.first()));
     return m_factory.createFromProj(mergedTerms(fromCode(*code)->projStr(), terms.mid(1)));
 }
 
@@ -252,7 +253,8 @@ CoordSystemPtr UserInputReader::readAuto(const QString &text)
 {
     const std::optional<QString> known = autoTextOf(text);
     if (!known)
-        refuse(QObject::tr("Системы AUTO читаются в виде AUTO:код,долгота,широта; AUTO2 — только в метрах"));
+        refuse(CoordSysTexts::tr(
+            "Системы AUTO читаются в виде AUTO:код,долгота,широта; AUTO2 — только в метрах"));
     return fromDefinition(*known, shownText(text));
 }
 
@@ -260,14 +262,14 @@ CoordSystemPtr UserInputReader::fromDefinition(const QString &definition, const 
 {
     const CrsDefinitionPtr identity = CrsDefinition::from(definition);
     if (!identity)
-        refuse(QObject::tr("PROJ не знает такой системы"));
+        refuse(CoordSysTexts::tr("PROJ не знает такой системы"));
     if (!identity->isHorizontal())
-        refuse(QObject::tr("КС не имеет плановой части: %1").arg(shown), Error::Code::NoPlane);
+        refuse(CoordSysTexts::tr("КС не имеет плановой части: %1").arg(shown), Error::Code::NoPlane);
     const int epsg = identity->verifiedCode();
     if (epsg > 0 && !identity->hasOwnShift() && !identity->affine()) // which the code's system has not
         return m_factory.createFromEpsg(epsg);
     if (identity->isDemotedTo2D())
-        m_notes << QObject::tr("Взята только плановая часть: %1").arg(shown);
+        m_notes << CoordSysTexts::tr("Взята только плановая часть: %1").arg(shown);
     return m_factory.createFromWkt(identity->stored());
 }
 
@@ -281,10 +283,10 @@ void UserInputReader::noteIdentity(const CoordSystem &system)
     if (!identity || !identity->isHorizontal())
         return;
     if (identity->isDemotedTo2D())
-        m_notes << QObject::tr("Вертикальная часть опущена."); // as systemInfo() says it
+        m_notes << CoordSysTexts::tr("Вертикальная часть опущена."); // as systemInfo() says it
     const QMutexLocker lock(globalProj4Mutex());
     if (proj_is_deprecated(identity->crs()))
-        m_notes << QObject::tr("Система помечена в базе как устаревшая: %1")
+        m_notes << CoordSysTexts::tr("Система помечена в базе как устаревшая: %1")
                        .arg(QString::fromUtf8(proj_get_name(identity->crs())));
 }
 

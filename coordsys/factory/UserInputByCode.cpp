@@ -1,8 +1,8 @@
 #include "UserInputReader_p.h"
 
+#include "CoordSysTexts_p.h"
 #include <coordsys/ProjLibMetadata.h>
 
-#include <QObject>
 #include <QRegularExpression>
 
 namespace nivora::cs {
@@ -22,9 +22,10 @@ void UserInputReader::noteCompound(const CodeText &codes)
             throwUnknownCode(part);
     }
     if (codes.parts.size() > 1)
-        m_notes << QObject::tr("Взята только плановая часть: %1").arg(canonical(codes.parts.first()).text());
+        m_notes << CoordSysTexts::tr("Взята только плановая часть: %1")
+                       .arg(canonical(codes.parts.first()).text());
     if (!codes.leftAside.isEmpty())
-        m_notes << QObject::tr("Геометрия отброшена: %1").arg(shownText(codes.leftAside));
+        m_notes << CoordSysTexts::tr("Геометрия отброшена: %1").arg(shownText(codes.leftAside));
 }
 
 /// With the authority as the database writes it.
@@ -52,7 +53,7 @@ CodeReference UserInputReader::canonical(const CodeReference &given)
         return code;
     }
     const QString nearest = nearestWord(given.authority, known);
-    refuse(QObject::tr("В базе нет организации %1. Есть: %2. Ближайшее: %3")
+    refuse(CoordSysTexts::tr("В базе нет организации %1. Есть: %2. Ближайшее: %3")
                .arg(given.authority, known.join(QStringLiteral(", ")),
                     nearest.isEmpty() ? shownList({}) : nearest + QLatin1Char(':') + given.code),
            Error::Code::UnknownCode);
@@ -72,7 +73,7 @@ CoordSystemPtr UserInputReader::fromCode(const CodeReference &given)
         if (databaseName(candidate.authority, candidate.code).isEmpty())
             continue;
         if (candidate.authority != code.authority)
-            m_notes << QObject::tr("Кода %1 нет, взят %2").arg(code.text(), candidate.text());
+            m_notes << CoordSysTexts::tr("Кода %1 нет, взят %2").arg(code.text(), candidate.text());
         return candidate.authority == QLatin1String("EPSG")
                    ? m_factory.createFromEpsg(candidate.code.toInt())
                    : fromDefinition(candidate.text(), candidate.text());
@@ -82,7 +83,7 @@ CoordSystemPtr UserInputReader::fromCode(const CodeReference &given)
 
 void UserInputReader::throwUnknownCode(const CodeReference &code) const
 {
-    refuse(QObject::tr("В базе нет системы %1. Ближайшее: %2")
+    refuse(CoordSysTexts::tr("В базе нет системы %1. Ближайшее: %2")
                .arg(code.text(), shownList(nearestCodes(code.authority, code.code))),
            Error::Code::UnknownCode);
 }

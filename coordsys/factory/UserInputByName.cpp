@@ -1,5 +1,6 @@
 #include "UserInputReader_p.h"
 
+#include "CoordSysTexts_p.h"
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapinfoCoordSystem.h>
 #include <coordsys/MapinfoSearch.h>
@@ -7,7 +8,6 @@
 #include <coordsys/UserCoordSystem.h>
 
 #include <QFileInfo>
-#include <QObject>
 
 #include <optional>
 
@@ -38,7 +38,7 @@ CoordSystemPtr UserInputReader::readName(const QString &text)
     const int plus = text.indexOf(QLatin1String(" + ")); // "RGF93 v1 / Lambert-93 + NGF-IGN69 height"
     if (systems.isEmpty() && plus > 0 && names.named(text.left(plus)).size() == 1 &&
         !names.named(text.mid(plus + 3)).isEmpty()) {
-        m_notes << QObject::tr("Взята только плановая часть: %1").arg(text.left(plus).trimmed());
+        m_notes << CoordSysTexts::tr("Взята только плановая часть: %1").arg(text.left(plus).trimmed());
         return readName(text.left(plus));
     }
     if (systems.isEmpty())
@@ -46,7 +46,7 @@ CoordSystemPtr UserInputReader::readName(const QString &text)
     if (systems.size() > 1)
         throwAmbiguous(text, systems);
     if (!loose.isEmpty())
-        m_notes << QObject::tr("Понято как %1").arg(systems.first().shown());
+        m_notes << CoordSysTexts::tr("Понято как %1").arg(systems.first().shown());
     return fromNamed(systems.first());
 }
 
@@ -73,7 +73,7 @@ void UserInputReader::throwAmbiguous(const QString &text, const QVector<NamedSys
         shown << system.shown();
     throw NotUnderstood(
         Error::Code::AmbiguousName,
-        QObject::tr("Название «%1» носят несколько систем: %2").arg(shownText(text), shownList(shown)));
+        CoordSysTexts::tr("Название «%1» носят несколько систем: %2").arg(shownText(text), shownList(shown)));
 }
 
 /// What the search finds for the text, as everywhere else. Names that look alike stand before that when words
@@ -101,14 +101,14 @@ void UserInputReader::throwUnknown(const QString &text, const SystemNames &names
     if (QFileInfo(text).isFile())
         throw NotUnderstood(
             Error::Code::NotUnderstood,
-            QObject::tr("«%1» — файл: чтобы прочитать его, напишите @%1").arg(shownText(text)));
+            CoordSysTexts::tr("«%1» — файл: чтобы прочитать его, напишите @%1").arg(shownText(text)));
     const QStringList nearest = nearestNames(text, names);
     QStringList tried;
     for (const NotationRow &notation : notations)
-        tried << QObject::tr(notation.name);
+        tried << CoordSysTexts::tr(notation.name);
     throw NotUnderstood(
         Error::Code::NotUnderstood,
-        QObject::tr("Непонятно, какая это система координат: «%1». Проверено: %2. Ближайшее: %3")
+        CoordSysTexts::tr("Непонятно, какая это система координат: «%1». Проверено: %2. Ближайшее: %3")
             .arg(shownText(text), tried.join(QStringLiteral(", ")), shownList(nearest)));
 }
 

@@ -2,6 +2,7 @@
 
 #include "CatalogueSource_p.h"
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include "InputFile_p.h"
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
@@ -12,7 +13,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QObject>
 #include <QRegularExpression>
 #include <QTextCodec>
 
@@ -30,7 +30,7 @@ constexpr qint64 headerBytes = 64 * 1024;
 [[noreturn]] void refuse(const QString &path, const QString &reason)
 {
     throwCoded<std::runtime_error>(Error::Code::FileFailed,
-                                   QObject::tr("Не могу прочитать файл %1: %2").arg(path, reason));
+                                   CoordSysTexts::tr("Не могу прочитать файл %1: %2").arg(path, reason));
 }
 
 std::unique_ptr<QFile> opened(const QString &path)
@@ -46,7 +46,7 @@ QString wholeText(const QString &path)
 {
     const QByteArray bytes = opened(path)->read(largestText + 1);
     if (bytes.size() > largestText)
-        refuse(path, QObject::tr("Файл слишком велик"));
+        refuse(path, CoordSysTexts::tr("Файл слишком велик"));
     return decodedText(bytes);
 }
 
@@ -90,7 +90,7 @@ QString textInMif(const QString &path, QStringList &notes)
     const QString clause = coordSysClauseIn(decodedText(opened(path)->read(headerBytes))).text;
     if (!clause.isEmpty())
         return clause;
-    notes << QObject::tr("В файле %1 нет предложения CoordSys: это долгота и широта").arg(path);
+    notes << CoordSysTexts::tr("В файле %1 нет предложения CoordSys: это долгота и широта").arg(path);
     return QStringLiteral("CoordSys Earth Projection 1, 0");
 }
 
@@ -109,7 +109,7 @@ QString mapBeside(const QString &tab)
     for (const QString &name : info.dir().entryList(QDir::Files))
         if (name.compare(wanted, Qt::CaseInsensitive) == 0)
             return info.dir().filePath(name);
-    refuse(tab, QObject::tr("рядом нет файла %1").arg(wanted));
+    refuse(tab, CoordSysTexts::tr("рядом нет файла %1").arg(wanted));
 }
 
 /// In a raster's table the unit of its pixels follows the clause: Units "degree"
@@ -160,9 +160,9 @@ QString systemTextInFile(const QString &path, QStringList &notes)
                                    [&](const FileKind &row) { return suffix == QLatin1String(row.suffix); });
     const QString text = kind != std::end(fileKinds) ? kind->read(path, notes) : wholeText(path).trimmed();
     if (text.isEmpty())
-        refuse(path, QObject::tr("в нём нет текста"));
+        refuse(path, CoordSysTexts::tr("в нём нет текста"));
     if (!isReadable(text))
-        refuse(path, QObject::tr("это не текст"));
+        refuse(path, CoordSysTexts::tr("это не текст"));
     return text;
 }
 

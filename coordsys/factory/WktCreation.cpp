@@ -1,6 +1,7 @@
 #include "CoordSysFactory_p.h"
 
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include "CoordSystemCache_p.h"
 #include "CoordSystem_p.h"
 #include "LazyParts_p.h"
@@ -13,7 +14,6 @@
 #include <platform/Logger.h>
 
 #include <QMutexLocker>
-#include <QObject>
 
 #include <cmath>
 #include <memory>
@@ -29,7 +29,7 @@ std::shared_ptr<void> importWkt(const QString &wkt)
     if (!srs)
         throwCoded<std::runtime_error>(
             Error::Code::NotUnderstood,
-            QObject::tr("Ошибка импорта из строки WKT:\n%1\n(%2)").arg(wkt, errors.message()));
+            CoordSysTexts::tr("Ошибка импорта из строки WKT:\n%1\n(%2)").arg(wkt, errors.message()));
     return srs;
 }
 
@@ -102,7 +102,8 @@ CoordSystemPtr CoordSysFactoryPrivate::fromIdentity(const CrsDefinitionPtr &iden
         return fromPlanetocentric(*identity);
     const std::shared_ptr<const ProjOperation> plane = identity ? identity->plane() : nullptr;
     if (!plane || !identity->converts(*plane))
-        throwCoded<std::runtime_error>(Error::Code::Engine, QObject::tr("Ошибка экспорта КС в формат proj"));
+        throwCoded<std::runtime_error>(Error::Code::Engine,
+                                       CoordSysTexts::tr("Ошибка экспорта КС в формат proj"));
     auto cs = std::make_shared<CoordSystem>();
     cs->setOGRSpatialReference(importWkt(identity->wkt()));
     privateOf(*cs).m_pj = identity->copyOfCrs();
@@ -144,7 +145,7 @@ CoordSystemPtr CoordSysFactoryPrivate::definedByWkt(const QString &wkt, const Cr
 CoordSystemPtr CoordSysFactoryPrivate::namedFromWkt(const QString &wkt) const
 {
     if (wkt.isEmpty())
-        throwCoded<std::runtime_error>(Error::Code::EmptyText, QObject::tr("Строка КС пустая"));
+        throwCoded<std::runtime_error>(Error::Code::EmptyText, CoordSysTexts::tr("Строка КС пустая"));
     LOG_DEBUG(QStringLiteral("CoordSysFactory.createFromWkt=%1").arg(wkt));
 
     CrsDefinitionPtr identity = CrsDefinition::from(wkt);

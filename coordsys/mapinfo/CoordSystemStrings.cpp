@@ -2,11 +2,11 @@
 
 #include "CatalogueSource_p.h"
 #include "CoordSysText_p.h"
+#include "CoordSysTexts_p.h"
 #include <coordsys/SourceTags.h>
 #include <platform/Logger.h>
 #include <platform/Utils.h>
 
-#include <QObject>
 #include <QRegularExpression>
 
 namespace nivora::cs {
@@ -78,7 +78,7 @@ CoordSystemPtr csStringToInternal(const QString &type, const QString &text)
     case CoordSystemTypes::Unknown:
         break;
     }
-    LOG_ERROR(QObject::tr("Неизвестный тип проекции %1").arg(type));
+    LOG_ERROR(CoordSysTexts::tr("Неизвестный тип проекции %1").arg(type));
     return nullptr;
 }
 

@@ -2,12 +2,12 @@
 
 #include "CatalogueSource_p.h"
 #include "CoordSysReader_p.h"
+#include "CoordSysTexts_p.h"
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/LinearUnit.h>
 #include <coordsys/ProjectionParamsManager.h>
 #include <platform/Utils.h>
 
-#include <QObject>
 #include <QRegularExpression>
 #include <QStringList>
 
@@ -173,14 +173,14 @@ template <std::size_t N> void append(QStringList &values, const double (&numbers
 } // namespace
 
 NotEnoughtParamsException::NotEnoughtParamsException()
-    : std::logic_error(QObject::tr("Недостаточно параметров в строке prj").toStdString())
+    : std::logic_error(CoordSysTexts::tr("Недостаточно параметров в строке prj").toStdString())
     , Error(Code::MissingParameters)
 {}
 
 TABProjInfo_t MapHeaderCoordsysConverter::prjStrToTABProjInfo(const QString &prj) const
 {
     if (prj.isEmpty())
-        throw logicError(QObject::tr("Пустая входная строка"));
+        throw logicError(CoordSysTexts::tr("Пустая входная строка"));
 
     return lenientRecord(CoordSysText(prj), *activeCatalogues()->projectionParamsManager());
 }
@@ -188,7 +188,7 @@ TABProjInfo_t MapHeaderCoordsysConverter::prjStrToTABProjInfo(const QString &prj
 QString MapHeaderCoordsysConverter::tabProjInfoToString(const TABProjInfo_t &info) const
 {
     if (info.nProjId == unset)
-        throw logicError(QObject::tr("Не проинициализированы КС"));
+        throw logicError(CoordSysTexts::tr("Не проинициализированы КС"));
 
     const auto manager = activeCatalogues()->projectionParamsManager();
     QString text;

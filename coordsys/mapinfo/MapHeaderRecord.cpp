@@ -1,6 +1,7 @@
 #include <coordsys/MapHeaderRecord.h>
 
 #include "CatalogueSource_p.h"
+#include "CoordSysTexts_p.h"
 #include "ProjectionTable_p.h"
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/ProjectionParamsManager.h>
@@ -8,7 +9,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QObject>
 #include <QtEndian>
 
 #include <algorithm>
@@ -58,7 +58,8 @@ enum Offset : int {
 
 std::runtime_error damaged(const QString &reason)
 {
-    return std::runtime_error(QObject::tr("Повреждён заголовок файла карты: %1").arg(reason).toStdString());
+    return std::runtime_error(
+        CoordSysTexts::tr("Повреждён заголовок файла карты: %1").arg(reason).toStdString());
 }
 
 /// The bytes of a header; numbers are little-endian and not aligned.
@@ -69,11 +70,11 @@ public:
         : m_bytes(std::move(bytes))
     {
         if (m_bytes.size() < shortHeader)
-            throw damaged(QObject::tr("файл слишком короток"));
+            throw damaged(CoordSysTexts::tr("файл слишком короток"));
         if (integer<std::int32_t>(Cookie) != cookie)
-            throw damaged(QObject::tr("нет опознавательного числа"));
+            throw damaged(CoordSysTexts::tr("нет опознавательного числа"));
         if (integer<std::int16_t>(BlockSize) < shortHeader)
-            throw damaged(QObject::tr("неверный размер блока"));
+            throw damaged(CoordSysTexts::tr("неверный размер блока"));
     }
 
     template <typename T> T integer(int offset) const
@@ -86,7 +87,7 @@ public:
         double value = 0.0;
         std::memcpy(&value, &bits, sizeof value);
         if (!std::isfinite(value))
-            throw damaged(QObject::tr("не число"));
+            throw damaged(CoordSysTexts::tr("не число"));
         return value;
     }
     void setByte(int offset, std::uint8_t value) { m_bytes[offset] = static_cast<char>(value); }
@@ -163,7 +164,7 @@ std::pair<double, double> rangeOf(const Header &header, int axis, bool reflected
         old ? std::pow(10.0, header.integer<std::uint8_t>(Precision)) : header.number(Scale + 8 * axis);
     const double displacement = old ? 0.0 : header.number(Displacement + 8 * axis);
     if (scale == 0.0)
-        throw damaged(QObject::tr("нулевой масштаб"));
+        throw damaged(CoordSysTexts::tr("нулевой масштаб"));
     const auto coordinate = [=](double whole) {
         return reflected ? -(whole + displacement) / scale : (whole - displacement) / scale;
     };
@@ -219,7 +220,7 @@ QByteArray headerBytes(QIODevice &device) { return device.read(longHeader); }
 void openOrThrow(QFile &file, QIODevice::OpenMode mode)
 {
     if (!file.open(mode))
-        throw std::runtime_error(QObject::tr("Не могу открыть файл %1: %2")
+        throw std::runtime_error(CoordSysTexts::tr("Не могу открыть файл %1: %2")
                                      .arg(file.fileName(), file.errorString())
                                      .toStdString());
 }
@@ -233,7 +234,7 @@ MapHeaderRecord readMapHeader(QIODevice &device)
     TABProjInfo_t &r = record.projection;
     walk(Reader{header}, header.version(), r);
     if (!projectionByNumber(r.nProjId))
-        throw damaged(QObject::tr("неизвестная проекция"));
+        throw damaged(CoordSysTexts::tr("неизвестная проекция"));
     if (header.hasSecondPart())
         walkSecondPart(Reader{header}, record);
     r.nAffineFlag = r.nAffineFlag != 0;
@@ -247,7 +248,7 @@ MapHeaderRecord readMapHeader(const QString &path)
 {
     QFile file(path);
     if (QFileInfo(path).exists() && !QFileInfo(path).isFile()) // a FIFO would be waited for
-        throw damaged(QObject::tr("это не файл"));
+        throw damaged(CoordSysTexts::tr("это не файл"));
     openOrThrow(file, QIODevice::ReadOnly);
     return readMapHeader(file);
 }
@@ -261,14 +262,16 @@ void replaceMapHeader(const QString &path, const MapHeaderRecord &record)
     const bool needsSecondPart = r.nAffineFlag || hasSeventhParameter(r);
     if (header.version() < fullVersion || (needsSecondPart && !header.hasSecondPart()))
         throw std::runtime_error(
-            QObject::tr("Файл карты не может содержать такую систему координат: %1").arg(path).toStdString());
+            CoordSysTexts::tr("Файл карты не может содержать такую систему координат: %1")
+                .arg(path)
+                .toStdString());
     walk(Writer{header}, header.version(), r);
     header.setShort(DatumNumber, std::max<std::int16_t>(r.nDatumId, 0));
     if (header.hasSecondPart())
         walkSecondPart(Writer{header}, record);
     if (!file.seek(0) || file.write(header.bytes()) != header.bytes().size() || !file.flush())
         throw std::runtime_error(
-            QObject::tr("Не могу записать файл %1: %2").arg(path, file.errorString()).toStdString());
+            CoordSysTexts::tr("Не могу записать файл %1: %2").arg(path, file.errorString()).toStdString());
 }
 
 QString coordSysText(const MapHeaderRecord &record)

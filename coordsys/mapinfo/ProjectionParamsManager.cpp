@@ -2,6 +2,7 @@
 
 #include "CatalogueRevision_p.h"
 #include "CatalogueSource_p.h"
+#include "CoordSysTexts_p.h"
 #include "InputFile_p.h"
 #include "XmlElement_p.h"
 #include <coordsys/ExportCoordSystemParamsToMitabInternal.h>
@@ -10,7 +11,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QObject>
 
 #include <algorithm>
 #include <stdexcept>
@@ -34,7 +34,7 @@ template <typename Add> void readEntries(const XmlElement &section, const QStrin
         try {
             add(e);
         } catch (const std::logic_error &error) {
-            LOG_ERROR(QObject::tr("%1: Ошибка %2").arg(message(), QString::fromUtf8(error.what())));
+            LOG_ERROR(CoordSysTexts::tr("%1: Ошибка %2").arg(message(), QString::fromUtf8(error.what())));
         } catch (...) {
             std::throw_with_nested(std::runtime_error(message().toStdString()));
         }
@@ -95,25 +95,27 @@ template <typename Record> QList<LinearUnit> copiesOf(const std::vector<std::uni
 
 void addProjections(const XmlElement &section, ProjectionParamsManager &manager)
 {
-    readEntries(section, QObject::tr("Строка %1: Не удалось добавить проекцию"), [&](const XmlElement &e) {
-        MIProjectionParam record;
-        record.name = textOf(e, "name");
-        record.id = intOf(e, "id");
-        manager.appendMIProjectionParam(std::move(record));
-    });
+    readEntries(section, CoordSysTexts::tr("Строка %1: Не удалось добавить проекцию"),
+                [&](const XmlElement &e) {
+                    MIProjectionParam record;
+                    record.name = textOf(e, "name");
+                    record.id = intOf(e, "id");
+                    manager.appendMIProjectionParam(std::move(record));
+                });
 }
 
 void addEllipsoids(const XmlElement &section, ProjectionParamsManager &manager)
 {
-    readEntries(section, QObject::tr("Строка %1: Не удалось добавить эллипсоид"), [&](const XmlElement &e) {
-        MIEllipsoidParam record;
-        record.id = intOf(e, "id");
-        record.name = textOf(e, "name");
-        record.name_mitab = textOf(e, "name_mitab");
-        record.semi_major = doubleOf(e, "semi_major");
-        record.inv_flatenning = doubleOf(e, "inv_flatenning");
-        manager.appendMIEllipsoidParam(std::move(record));
-    });
+    readEntries(section, CoordSysTexts::tr("Строка %1: Не удалось добавить эллипсоид"),
+                [&](const XmlElement &e) {
+                    MIEllipsoidParam record;
+                    record.id = intOf(e, "id");
+                    record.name = textOf(e, "name");
+                    record.name_mitab = textOf(e, "name_mitab");
+                    record.semi_major = doubleOf(e, "semi_major");
+                    record.inv_flatenning = doubleOf(e, "inv_flatenning");
+                    manager.appendMIEllipsoidParam(std::move(record));
+                });
 }
 
 void addDatums(const XmlElement &section, ProjectionParamsManager &manager)
@@ -123,7 +125,7 @@ void addDatums(const XmlElement &section, ProjectionParamsManager &manager)
         {"rx", &MIDatumParam::rx}, {"ry", &MIDatumParam::ry}, {"rz", &MIDatumParam::rz},
         {"sa", &MIDatumParam::sa}, {"pm", &MIDatumParam::pm},
     };
-    readEntries(section, QObject::tr("Строка %1: Не удалось добавить датум"), [&](const XmlElement &e) {
+    readEntries(section, CoordSysTexts::tr("Строка %1: Не удалось добавить датум"), [&](const XmlElement &e) {
         MIDatumParam record;
         record.id = intOf(e, "id");
         record.name = textOf(e, "name");
@@ -138,7 +140,7 @@ void addDatums(const XmlElement &section, ProjectionParamsManager &manager)
 
 void addLinearUnits(const XmlElement &section, ProjectionParamsManager &manager)
 {
-    readEntries(section, QObject::tr("Строка %1: Не удалось добавить линейную единицу измерения"),
+    readEntries(section, CoordSysTexts::tr("Строка %1: Не удалось добавить линейную единицу измерения"),
                 [&](const XmlElement &e) {
                     MIUnitConvParam record;
                     readUnit(e, record);
@@ -150,7 +152,7 @@ void addLinearUnits(const XmlElement &section, ProjectionParamsManager &manager)
 
 void addAreaUnits(const XmlElement &section, ProjectionParamsManager &manager)
 {
-    readEntries(section, QObject::tr("Строка %1: Не удалось добавить площадную единицу измерения"),
+    readEntries(section, CoordSysTexts::tr("Строка %1: Не удалось добавить площадную единицу измерения"),
                 [&](const XmlElement &e) {
                     MIAreaConvParam record;
                     readUnit(e, record);
@@ -229,10 +231,10 @@ bool ProjectionParamsManager::initFromXML(const QDir &dir, const QString &langua
     m_data->isDamaged = false;
     QFile file(QFileInfo(dir, QStringLiteral("projection_%1.xml").arg(language)).filePath());
     if (!openInput(file).isEmpty()) {
-        LOG_ERROR(QObject::tr("Не могу открыть файл %1").arg(file.fileName()));
+        LOG_ERROR(CoordSysTexts::tr("Не могу открыть файл %1").arg(file.fileName()));
         return false;
     }
-    LOG_INFO(QObject::tr("Файл с параметрами проекций: %1").arg(file.fileName()));
+    LOG_INFO(CoordSysTexts::tr("Файл с параметрами проекций: %1").arg(file.fileName()));
     QString damage;
     try {
         XmlElement root;
@@ -242,7 +244,7 @@ bool ProjectionParamsManager::initFromXML(const QDir &dir, const QString &langua
             readSections(root, *this);
     } catch (...) {
         std::throw_with_nested(std::runtime_error(
-            QObject::tr("Ошибка загрузки файла проекций %1").arg(file.fileName()).toStdString()));
+            CoordSysTexts::tr("Ошибка загрузки файла проекций %1").arg(file.fileName()).toStdString()));
     }
     LOG_DEBUG(QStringLiteral("projections=%1, ellipsoids=%2, datums=%3, lunits=%4, aunits=%5")
                   .arg(QString::number(m_data->projections.size()),

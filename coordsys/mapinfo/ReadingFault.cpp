@@ -2,8 +2,7 @@
 
 #include "CodedError_p.h"
 #include "CoordSysText_p.h"
-
-#include <QObject>
+#include "CoordSysTexts_p.h"
 
 #include <stdexcept>
 
@@ -32,20 +31,20 @@ void ReadingFault::note(Kind kind, const CoordSysToken *token, const char *place
 void ReadingFault::throwNoted() const
 {
     const auto message = [this](const QString &text) {
-        const QString place = QObject::tr(m_place ? m_place : "").replace(QLatin1String("%1"), m_count);
+        const QString place = CoordSysTexts::tr(m_place ? m_place : "").replace(QLatin1String("%1"), m_count);
         return logicError(text.arg(shown(*m_token), QString::number(m_token->position + 1), place));
     };
     switch (m_kind) {
     case NoNumber:
-        throw message(QObject::tr("Не число: «%1» (знак %2), %3"));
+        throw message(CoordSysTexts::tr("Не число: «%1» (знак %2), %3"));
     case UnknownUnit:
-        throw message(QObject::tr("Неизвестная единица: «%1» (знак %2)"));
+        throw message(CoordSysTexts::tr("Неизвестная единица: «%1» (знак %2)"));
     case Surplus:
-        throw message(QObject::tr("Лишнее в строке КС: «%1» (знак %2)"));
+        throw message(CoordSysTexts::tr("Лишнее в строке КС: «%1» (знак %2)"));
     case ShortDatum:
-        throw message(QObject::tr("Недостаёт параметров датума «%1» (знак %2)"));
+        throw message(CoordSysTexts::tr("Недостаёт параметров датума «%1» (знак %2)"));
     case NoCorners:
-        throw message(QObject::tr("Углы границ стоят в скобках, (x1, y1) (x2, y2): «%1» (знак %2)"));
+        throw message(CoordSysTexts::tr("Углы границ стоят в скобках, (x1, y1) (x2, y2): «%1» (знак %2)"));
     case None:
         break;
     }
@@ -58,9 +57,9 @@ void checkSeparators(const CoordSysText &text)
         return;
     const QString place = QString::number(odd->position + 1);
     throw logicError(odd->isItem()
-                         ? QObject::tr("Пробел вместо запятой или внутри числа перед «%1» (знак %2)")
+                         ? CoordSysTexts::tr("Пробел вместо запятой или внутри числа перед «%1» (знак %2)")
                                .arg(shown(*odd), place)
-                         : QObject::tr("Пустое место или лишняя скобка (знак %1)").arg(place));
+                         : CoordSysTexts::tr("Пустое место или лишняя скобка (знак %1)").arg(place));
 }
 
 } // namespace nivora::cs

@@ -1,12 +1,12 @@
 #include "RecordReader_p.h"
 
+#include "CoordSysTexts_p.h"
 #include "PrjNumber_p.h"
 #include "ProjectionTable_p.h"
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/ProjectionParamsManager.h>
 
 #include <QCoreApplication>
-#include <QObject>
 
 #include <algorithm>
 #include <stdexcept>
@@ -18,8 +18,9 @@ constexpr int affineFigures = 6;
 constexpr int boundsFigures = 4;
 
 /// What a token stands for, in messages for people; %1 counts.
-constexpr const char *affinePlace = QT_TRANSLATE_NOOP("QObject", "коэффициент аффинного преобразования %1");
-constexpr const char *boundsPlace = QT_TRANSLATE_NOOP("QObject", "число границ %1");
+constexpr const char *affinePlace =
+    QT_TRANSLATE_NOOP("CoordSysTexts", "коэффициент аффинного преобразования %1");
+constexpr const char *boundsPlace = QT_TRANSLATE_NOOP("CoordSysTexts", "число границ %1");
 
 /// Unit of an affine clause, in quotes or as a number; null when there is no such. A unit of coordinates may
 /// be guessed, this one may not.
@@ -141,7 +142,7 @@ int RecordReader::understandBounds(int i)
         figures[figure] = number(i + figure, boundsPlace, figure + 1);
     setBounds(m_info, rectBetween(figures[0], figures[1], figures[2], figures[3]));
     if (!m_info.nBoundsFlag)
-        m_assumptions << QObject::tr("Границы без площади отброшены.");
+        m_assumptions << CoordSysTexts::tr("Границы без площади отброшены.");
     return i + boundsFigures;
 }
 
@@ -164,7 +165,7 @@ void RecordReader::understandSurplus(int i)
     const bool isZero = at(i)->kind == CoordSysToken::Number && at(i)->value == 0.0;
     if (!isZero || before.kind != CoordSysToken::Comma)
         m_fault.note(Fault::Surplus, at(i));
-    const QString said = QObject::tr("Лишние нули за параметрами проекции отброшены.");
+    const QString said = CoordSysTexts::tr("Лишние нули за параметрами проекции отброшены.");
     if (!m_assumptions.contains(said))
         m_assumptions << said;
 }

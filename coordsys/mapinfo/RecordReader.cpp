@@ -1,13 +1,13 @@
 #include "RecordReader_p.h"
 
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include "PrjNumber_p.h"
 #include "ProjectionTable_p.h"
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/ProjectionParamsManager.h>
 
 #include <QCoreApplication>
-#include <QObject>
 
 #include <algorithm>
 #include <limits>
@@ -20,11 +20,11 @@ constexpr int recordParameters = 6;
 constexpr int shiftEnd = 6; // behind projection, datum, ellipsoid and shift
 
 /// What a token stands for, in messages for people; %1 counts.
-constexpr const char *datumPlace = QT_TRANSLATE_NOOP("QObject", "номер датума");
-constexpr const char *ellipsoidPlace = QT_TRANSLATE_NOOP("QObject", "эллипсоид датума");
-constexpr const char *shiftPlace = QT_TRANSLATE_NOOP("QObject", "сдвиг датума %1");
-constexpr const char *datumFigurePlace = QT_TRANSLATE_NOOP("QObject", "параметр датума %1");
-constexpr const char *parameterPlace = QT_TRANSLATE_NOOP("QObject", "параметр проекции %1");
+constexpr const char *datumPlace = QT_TRANSLATE_NOOP("CoordSysTexts", "номер датума");
+constexpr const char *ellipsoidPlace = QT_TRANSLATE_NOOP("CoordSysTexts", "эллипсоид датума");
+constexpr const char *shiftPlace = QT_TRANSLATE_NOOP("CoordSysTexts", "сдвиг датума %1");
+constexpr const char *datumFigurePlace = QT_TRANSLATE_NOOP("CoordSysTexts", "параметр датума %1");
+constexpr const char *parameterPlace = QT_TRANSLATE_NOOP("CoordSysTexts", "параметр проекции %1");
 
 using NotUnderstood = CodedError<std::logic_error>;
 
@@ -32,7 +32,7 @@ NotUnderstood logicError(const QString &message) { return {Error::Code::NotUnder
 
 NotUnderstood unknownDatum()
 {
-    return logicError(QObject::tr("Не могу определить дополнительные параметры датума"));
+    return logicError(CoordSysTexts::tr("Не могу определить дополнительные параметры датума"));
 }
 
 const MIUnitConvParam *unitOf(const CoordSysToken &token, const ProjectionParamsManager &manager)
@@ -154,13 +154,14 @@ void RecordReader::readSystem()
     const bool isDigits = std::all_of(first.text.begin(), first.text.end(),
                                       [](QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); });
     if (!isDigits && !first.text.contains(QLatin1String("units"), Qt::CaseInsensitive))
-        throw logicError(QObject::tr("Не могу определить тип КС"));
+        throw logicError(CoordSysTexts::tr("Не могу определить тип КС"));
     if (isPlan)
         return readPlan(1);
     bool fits = false;
     const int code = first.text.toInt(&fits); // the thousands announce clauses
     if (!fits || !projectionByNumber(code % 1000))
-        throw logicError(QObject::tr("Неверное значение проекции:%1").arg(first.text.toString().toLower()));
+        throw logicError(
+            CoordSysTexts::tr("Неверное значение проекции:%1").arg(first.text.toString().toLower()));
     if (m_isNonEarth && code == NonEarthPlan)
         readPlan(1); // NonEarth 0, 7
     else
@@ -171,7 +172,7 @@ void RecordReader::readPlan(int unitIndex)
 {
     m_info.nProjId = NonEarthPlan;
     if (unitIndex >= size())
-        throw logicError(QObject::tr("Не могу определить единицы измерения."));
+        throw logicError(CoordSysTexts::tr("Не могу определить единицы измерения."));
     m_info.nUnitsId = unit(unitIndex);
     m_own = m_next = unitIndex + 1;
 }
@@ -271,17 +272,17 @@ void RecordReader::readParameters()
 void RecordReader::assumeMissing()
 {
     if (m_info.nDatumId == fullUserDatum && m_own < fullDatumEnd)
-        m_assumptions << QObject::tr("Недостающие параметры датума приняты нулями.");
+        m_assumptions << CoordSysTexts::tr("Недостающие параметры датума приняты нулями.");
     if (m_needsUnit)
-        m_assumptions << QObject::tr("Единица не указана: приняты метры.");
+        m_assumptions << CoordSysTexts::tr("Единица не указана: приняты метры.");
     if (m_parameters >= paramForPrj(m_info.nProjId))
         return;
-    m_assumptions << QObject::tr("Недостающие параметры проекции приняты нулями.");
+    m_assumptions << CoordSysTexts::tr("Недостающие параметры проекции приняты нулями.");
     const int scale = projectionByNumber(m_info.nProjId)->indexOf('s');
     if (scale < m_parameters)
         return;
     m_info.adProjParams[scale] = 1.0;
-    m_assumptions << QObject::tr("Масштаб не указан: принят 1.");
+    m_assumptions << CoordSysTexts::tr("Масштаб не указан: принят 1.");
 }
 
 } // namespace nivora::cs

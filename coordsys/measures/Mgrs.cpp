@@ -1,6 +1,7 @@
 #include <coordsys/Mgrs.h>
 
 #include "CatalogueSource_p.h"
+#include "CoordSysTexts_p.h"
 #include "CrsDefinition_p.h"
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
@@ -10,7 +11,6 @@
 #include <proj.h>
 
 #include <QMutexLocker>
-#include <QObject>
 
 #include <algorithm>
 #include <cmath>
@@ -43,16 +43,16 @@ struct Message
 
 // clang-format off
 constexpr Message messages[] = {
-    {mgrs::LatitudeError, QT_TRANSLATE_NOOP("QObject", "Широта не попадает в допустимые пределы (от -90 до 90 градусов)")},
-    {mgrs::LongitudeError, QT_TRANSLATE_NOOP("QObject", "Долгота не попадает в допустимые пределы (от -180 до 360 градусов)")},
-    {mgrs::StringError, QT_TRANSLATE_NOOP("QObject", "Ошибка строки MGRS: строка слишком длинная, слишком короткая или содержит ошибки")},
-    {mgrs::PrecisionError, QT_TRANSLATE_NOOP("QObject", "Точность должна быть между 0 и 5 включительно")},
-    {mgrs::SemiMajorError, QT_TRANSLATE_NOOP("QObject", "Величина большой полуоси отрицательная или равна нулю")},
-    {mgrs::InverseFlatteningError, QT_TRANSLATE_NOOP("QObject", "Обратный коэффициент сжатия не попадает в допустимые пределы (от 250 до 350)")},
-    {mgrs::EastingError, QT_TRANSLATE_NOOP("QObject", "Координата восточного положения не попадает в допустимые пределы (от 100,000 до 900,000 метров для UTM) (от 0 до 4,000,000 метров для UPS)")},
-    {mgrs::NorthingError, QT_TRANSLATE_NOOP("QObject", "Координата северного положения не попадает в допустимые пределы (от 0 до 10,000,000 метров для UTM) (от 0 до 4,000,000 метров для UPS)")},
-    {mgrs::ZoneError, QT_TRANSLATE_NOOP("QObject", "Номер зоны не попадает в допустимые пределы (от 1 до 60)")},
-    {mgrs::HemisphereError, QT_TRANSLATE_NOOP("QObject", "Не задано полушарие (должно быть 'N' или 'S')")},
+    {mgrs::LatitudeError, QT_TRANSLATE_NOOP("CoordSysTexts", "Широта не попадает в допустимые пределы (от -90 до 90 градусов)")},
+    {mgrs::LongitudeError, QT_TRANSLATE_NOOP("CoordSysTexts", "Долгота не попадает в допустимые пределы (от -180 до 360 градусов)")},
+    {mgrs::StringError, QT_TRANSLATE_NOOP("CoordSysTexts", "Ошибка строки MGRS: строка слишком длинная, слишком короткая или содержит ошибки")},
+    {mgrs::PrecisionError, QT_TRANSLATE_NOOP("CoordSysTexts", "Точность должна быть между 0 и 5 включительно")},
+    {mgrs::SemiMajorError, QT_TRANSLATE_NOOP("CoordSysTexts", "Величина большой полуоси отрицательная или равна нулю")},
+    {mgrs::InverseFlatteningError, QT_TRANSLATE_NOOP("CoordSysTexts", "Обратный коэффициент сжатия не попадает в допустимые пределы (от 250 до 350)")},
+    {mgrs::EastingError, QT_TRANSLATE_NOOP("CoordSysTexts", "Координата восточного положения не попадает в допустимые пределы (от 100,000 до 900,000 метров для UTM) (от 0 до 4,000,000 метров для UPS)")},
+    {mgrs::NorthingError, QT_TRANSLATE_NOOP("CoordSysTexts", "Координата северного положения не попадает в допустимые пределы (от 0 до 10,000,000 метров для UTM) (от 0 до 4,000,000 метров для UPS)")},
+    {mgrs::ZoneError, QT_TRANSLATE_NOOP("CoordSysTexts", "Номер зоны не попадает в допустимые пределы (от 1 до 60)")},
+    {mgrs::HemisphereError, QT_TRANSLATE_NOOP("CoordSysTexts", "Не задано полушарие (должно быть 'N' или 'S')")},
 };
 // clang-format on
 
@@ -130,8 +130,8 @@ QString Mgrs::errorMsg(int code) const
     const auto message = std::find_if(std::begin(messages), std::end(messages),
                                       [code](const Message &known) { return known.code == code; });
     if (message == std::end(messages))
-        return QObject::tr("Неизвестный код ошибки %1").arg(code);
-    return QObject::tr(message->text);
+        return CoordSysTexts::tr("Неизвестный код ошибки %1").arg(code);
+    return CoordSysTexts::tr(message->text);
 }
 
 } // namespace nivora::cs

@@ -1,6 +1,7 @@
 #include <coordsys/ShiftQuality.h>
 
 #include "CatalogueSource_p.h"
+#include "CoordSysTexts_p.h"
 #include "CrsParts_p.h"
 #include "GeographicExtent_p.h"
 #include "RegisteredShift_p.h"
@@ -10,8 +11,6 @@
 #include <coordsys/CoordTransform.h>
 #include <coordsys/PrjText.h>
 #include <platform/Logger.h>
-
-#include <QObject>
 
 #include <algorithm>
 
@@ -152,7 +151,7 @@ QString prjRemark(const CoordSystem &cs)
         return text.remark();
     const QString metres =
         apartM < manyFiguresM ? QString::number(apartM, 'g', 3) : QString::number(apartM, 'f', 0);
-    const QString datum = QObject::tr("датум строки беднее зарегистрированного: %1 м").arg(metres);
+    const QString datum = CoordSysTexts::tr("датум строки беднее зарегистрированного: %1 м").arg(metres);
     return text.remark().isEmpty() ? datum : text.remark() + QStringLiteral("; ") + datum;
 }
 

@@ -1,6 +1,7 @@
 #include <coordsys/CoordSystem.h>
 
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include "CoordSystem_p.h"
 #include "OsrHandle_p.h"
 #include "ProjOperation_p.h"
@@ -12,7 +13,6 @@
 #include <proj.h>
 
 #include <QMutexLocker>
-#include <QObject>
 #include <QReadLocker>
 #include <QRegularExpression>
 #include <QWriteLocker>
@@ -223,7 +223,7 @@ void CoordSystem::setRectCoordSystem(const QRectF &rect)
 {
     if (!hasExtent(rect))
         throwCoded<std::logic_error>(Error::Code::InvalidArgument,
-                                     QObject::tr("Не могу задать пустые границы"));
+                                     CoordSysTexts::tr("Не могу задать пустые границы"));
     d->m_rect = rect;
     d->noteChange();
 }
@@ -373,7 +373,7 @@ double getParamOSR(const std::function<double(void *, int *)> &f, void *srs)
         value = f(srs, &error);
     }
     if (error != OGRERR_NONE)
-        throw std::logic_error(QObject::tr("Не могу получить параметр").toStdString());
+        throw std::logic_error(CoordSysTexts::tr("Не могу получить параметр").toStdString());
     return value;
 }
 
@@ -402,7 +402,7 @@ QList<double> CoordSystem::getTOWGS84Params() const
         code = OSRGetTOWGS84(reference, values, 7);
     }
     if (code != OGRERR_NONE)
-        throw std::logic_error(QObject::tr("Не могу получить параметры").toStdString());
+        throw std::logic_error(CoordSysTexts::tr("Не могу получить параметры").toStdString());
     return QList<double>(std::begin(values), std::end(values));
 }
 

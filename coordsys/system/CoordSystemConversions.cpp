@@ -1,6 +1,7 @@
 #include <coordsys/CoordSystemConversions.h>
 
 #include "AffineMap_p.h"
+#include "CoordSysTexts_p.h"
 #include "CoordSystem_p.h"
 #include "ProjOperation_p.h"
 #include <coordsys/CoordSystem.h>
@@ -9,7 +10,6 @@
 #include <proj.h>
 
 #include <QMutexLocker>
-#include <QObject>
 
 #include <algorithm>
 #include <cmath>
@@ -156,8 +156,9 @@ QRectF boundsOf(const std::array<QPointF, 8> &points)
 
 void reportFailure(int direction, const QPointF &asked)
 {
-    const QString message = direction == PJ_FWD ? QObject::tr("Ошибка прямого преобразования (%1, %2): %3")
-                                                : QObject::tr("Ошибка обратного преобразования (%1, %2): %3");
+    const QString message = direction == PJ_FWD
+                                ? CoordSysTexts::tr("Ошибка прямого преобразования (%1, %2): %3")
+                                : CoordSysTexts::tr("Ошибка обратного преобразования (%1, %2): %3");
     logTransformError(
         message.arg(QString::number(asked.x(), 'f', 6), QString::number(asked.y(), 'f', 6), projLastError()));
 }
@@ -276,13 +277,15 @@ double CoordSystem::sphericalDistance(const QPointF &a, const QPointF &b, bool *
     QPointF second = b;
     if (!d->isLatLong()) {
         const auto failed = [](const char *message, const QPointF &p) {
-            logTransformError(QObject::tr(message).arg(QString::number(p.x()), QString::number(p.y())));
+            logTransformError(CoordSysTexts::tr(message).arg(QString::number(p.x()), QString::number(p.y())));
             return 0.0;
         };
         if (!inverse(a, first))
-            return failed(QT_TRANSLATE_NOOP("QObject", "Ошибка преобразования первой точки (%1, %2)"), a);
+            return failed(QT_TRANSLATE_NOOP("CoordSysTexts", "Ошибка преобразования первой точки (%1, %2)"),
+                          a);
         if (!inverse(b, second))
-            return failed(QT_TRANSLATE_NOOP("QObject", "Ошибка преобразования второй точки (%1, %2)"), b);
+            return failed(QT_TRANSLATE_NOOP("CoordSysTexts", "Ошибка преобразования второй точки (%1, %2)"),
+                          b);
     }
     const QPointF p = pointToRad(first);
     const QPointF q = pointToRad(second);

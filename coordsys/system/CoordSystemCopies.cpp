@@ -1,6 +1,7 @@
 #include <coordsys/CoordSystem.h>
 
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include "CoordSystem_p.h"
 #include "LazyParts_p.h"
 #include "OsrHandle_p.h"
@@ -12,7 +13,6 @@
 
 #include <QMutex>
 #include <QMutexLocker>
-#include <QObject>
 #include <QReadLocker>
 #include <QWriteLocker>
 
@@ -189,7 +189,7 @@ CoordSystemPtr CoordSystem::withAffine(const QTransform &transform, const Linear
 {
     if (isSingularAffine(transform))
         throwCoded<std::invalid_argument>(Error::Code::InvalidArgument,
-                                          QObject::tr("Вырожденное аффинное преобразование"));
+                                          CoordSysTexts::tr("Вырожденное аффинное преобразование"));
     const CoordSystemPtr copy = withoutAffine();
     LinearUnit named = unit;
     if (!named.isValid()) {

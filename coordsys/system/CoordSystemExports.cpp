@@ -1,3 +1,4 @@
+#include "CoordSysTexts_p.h"
 #include "CoordSystem_p.h"
 #include "OsrHandle_p.h"
 #include "ProjText_p.h"
@@ -11,7 +12,6 @@
 #include <proj.h>
 
 #include <QMutexLocker>
-#include <QObject>
 #include <QReadLocker>
 #include <QRegularExpression>
 #include <QWriteLocker>
@@ -164,7 +164,7 @@ QString CoordSystem::exportToWkt() const
     const QString whole = wkt1Of(d->srs(), reason);
     const QString text = d->isMoved() ? withoutRootCode(whole) : whole;
     if (text.isEmpty())
-        LOG_ERROR(QObject::tr("Ошибка экспорта координатной системы в формат %0. %1")
+        LOG_ERROR(CoordSysTexts::tr("Ошибка экспорта координатной системы в формат %0. %1")
                       .arg(QStringLiteral("WKT"), reason));
     return text;
 }
@@ -220,7 +220,7 @@ QString CoordSystemPrivate::projText(const std::function<LinearUnit()> &unitOf) 
         reason = errors.message();
     }
     if (text.isEmpty())
-        throw std::logic_error(QObject::tr("Ошибка экспорта КС в формат proj\n%1\n%2")
+        throw std::logic_error(CoordSysTexts::tr("Ошибка экспорта КС в формат proj\n%1\n%2")
                                    .arg(m_source.string, reason)
                                    .toStdString());
     return text;
@@ -332,7 +332,8 @@ QString CoordSystemPrivate::taggedWithClauses() const
     try {
         return QStringLiteral("prj:") + q->prjStr();
     } catch (const std::exception &e) {
-        LOG_ERROR(QObject::tr("Аффинное преобразование не записано: %1").arg(QString::fromUtf8(e.what())));
+        LOG_ERROR(
+            CoordSysTexts::tr("Аффинное преобразование не записано: %1").arg(QString::fromUtf8(e.what())));
     }
     return taggedStringImpl();
 }

@@ -1,5 +1,6 @@
 #include <coordsys/CoordSystem.h>
 
+#include "CoordSysTexts_p.h"
 #include "CoordSystem_p.h"
 #include "OsrHandle_p.h"
 #include "SpatialReferenceText_p.h"
@@ -8,7 +9,6 @@
 #include <proj.h>
 
 #include <QMutexLocker>
-#include <QObject>
 #include <QRegularExpression>
 #include <QWriteLocker>
 
@@ -159,8 +159,9 @@ LinearUnit CoordSystem::unit(const ProjectionParamsManager &manager) const
     } catch (const std::exception &) {
         // a system that cannot be written as a CoordSys string is named by its source
     }
-    throw std::logic_error(
-        QObject::tr("Не могу определить единицы измерения (%1) КС (%2).").arg(name, text).toStdString());
+    throw std::logic_error(CoordSysTexts::tr("Не могу определить единицы измерения (%1) КС (%2).")
+                               .arg(name, text)
+                               .toStdString());
 }
 
 } // namespace nivora::cs

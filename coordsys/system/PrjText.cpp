@@ -1,13 +1,13 @@
 #include <coordsys/PrjText.h>
 
 #include "CatalogueCache_p.h"
+#include "CoordSysTexts_p.h"
 #include "CoordSystem_p.h"
 #include "PrjWriter_p.h"
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/SystemInfo.h>
 
-#include <QObject>
 #include <QStringList>
 
 #include <algorithm>
@@ -91,15 +91,16 @@ QString PrjText::reason() const
     const QString metres = QString::number(lackM, 'g', 3);
     switch (lack) {
     case Lack::Projection:
-        return QObject::tr("у CoordSys нет такой проекции");
+        return CoordSysTexts::tr("у CoordSys нет такой проекции");
     case Lack::Ellipsoid:
-        return QObject::tr("у CoordSys нет такого эллипсоида, ближайший отличается на %1 м").arg(metres);
+        return CoordSysTexts::tr("у CoordSys нет такого эллипсоида, ближайший отличается на %1 м")
+            .arg(metres);
     case Lack::PrimeMeridian:
-        return QObject::tr("у датума в CoordSys другой начальный меридиан");
+        return CoordSysTexts::tr("у датума в CoordSys другой начальный меридиан");
     case Lack::Plane:
-        return QObject::tr("плоскость ближайшей строки CoordSys отличается на %1 м").arg(metres);
+        return CoordSysTexts::tr("плоскость ближайшей строки CoordSys отличается на %1 м").arg(metres);
     case Lack::Places:
-        return QObject::tr("ни одно место области применения не вычисляется");
+        return CoordSysTexts::tr("ни одно место области применения не вычисляется");
     case Lack::Nothing:
         break;
     }
@@ -111,13 +112,13 @@ QString PrjText::remark() const
     constexpr double toldM = 1e-3;
     QStringList parts;
     if (planeErrorM > toldM)
-        parts << QObject::tr("плоскость отличается на %1 м").arg(QString::number(planeErrorM, 'f', 3));
+        parts << CoordSysTexts::tr("плоскость отличается на %1 м").arg(QString::number(planeErrorM, 'f', 3));
     if (withoutAffineM > toldM)
-        parts << QObject::tr("программы на GDAL пропускают Affine без сообщения: ошибка до %1 м")
+        parts << CoordSysTexts::tr("программы на GDAL пропускают Affine без сообщения: ошибка до %1 м")
                      .arg(withoutAffineM < 10.0 ? QString::number(withoutAffineM, 'f', 3)
                                                 : QString::number(std::round(withoutAffineM), 'f', 0));
     if (unnamedUnitM > 0.0)
-        parts << QObject::tr("единицы в %1 м у CoordSys нет, строка называет её метром")
+        parts << CoordSysTexts::tr("единицы в %1 м у CoordSys нет, строка называет её метром")
                      .arg(QString::number(unnamedUnitM, 'g', 10));
     return parts.join(QStringLiteral("; "));
 }

@@ -1,3 +1,4 @@
+#include "CoordSysTexts_p.h"
 #include "SystemFacts_p.h"
 #include <coordsys/SystemInfo.h>
 
@@ -14,7 +15,6 @@
 #include <proj_experimental.h>
 
 #include <QMutexLocker>
-#include <QObject>
 
 #include <stdexcept>
 
@@ -162,14 +162,14 @@ QStringList assumptionsOf(const CoordSystem &cs, const CrsDefinition *identity, 
 {
     QStringList result;
     if (identity && identity->isDemotedTo2D())
-        result << QObject::tr("Вертикальная часть опущена.");
+        result << CoordSysTexts::tr("Вертикальная часть опущена.");
     const bool isProj = cs.sourceType() == CoordSystem::Proj4 && !cs.isNonEarth();
     if (isProj && lacksDatum(cs.sourceParameters().string))
-        result << QObject::tr("Датум не указан: сдвиг к WGS 84 принят нулевым.");
+        result << CoordSysTexts::tr("Датум не указан: сдвиг к WGS 84 принят нулевым.");
     if (isProj && statesZeroShift(cs.sourceParameters().string))
-        result << QObject::tr("Сдвиг датума в тексте нулевой: датум принят за WGS 84.");
+        result << CoordSysTexts::tr("Сдвиг датума в тексте нулевой: датум принят за WGS 84.");
     if (!hasKnownUnit)
-        result << QObject::tr("Единица измерения не опознана: приняты метры.");
+        result << CoordSysTexts::tr("Единица измерения не опознана: приняты метры.");
     return result << cs.assumptions();
 }
 
@@ -177,7 +177,7 @@ QStringList assumptionsOf(const CoordSystem &cs, const CrsDefinition *identity, 
 {
     throwCoded<std::runtime_error>(
         Error::Code::NotWritable,
-        QObject::tr("КС «%1» не записывается в этом формате: %2").arg(cs.description(), reason));
+        CoordSysTexts::tr("КС «%1» не записывается в этом формате: %2").arg(cs.description(), reason));
 }
 
 /// The CRS under another name; a shift of its own is taken off and put on again, since only plain ones can be
@@ -235,7 +235,7 @@ void refuseLostLatitudes(const CoordSystem &cs, SystemFormat format)
     const auto identity = SystemFacts::writable(cs);
     if ((format == SystemFormat::Wkt1 || format == SystemFormat::Esri) && identity &&
         identity->isPlanetocentric())
-        throwUnwritable(cs, QObject::tr("в нём нет планетоцентрических широт"));
+        throwUnwritable(cs, CoordSysTexts::tr("в нём нет планетоцентрических широт"));
 }
 
 /// Empty, with the reason, when PROJ cannot write it.
@@ -249,8 +249,9 @@ QString writtenByEngine(const CoordSystem &cs, SystemFormat format, QString &rea
     if (crs && cs.affineTransform())
         crs = movedCrs(context, crs.get(), cs, name);
     const QString text = crs ? written(context, crs.get(), format) : QString();
-    reason = crs || !cs.affineTransform() ? projLastError()
-                                          : QObject::tr("в нём нет аффинного преобразования долгот и широт");
+    reason = crs || !cs.affineTransform()
+                 ? projLastError()
+                 : CoordSysTexts::tr("в нём нет аффинного преобразования долгот и широт");
     return text;
 }
 
@@ -290,13 +291,13 @@ QString kindText(SystemInfo::Kind kind)
 {
     switch (kind) {
     case SystemInfo::Kind::Geographic:
-        return QObject::tr("Географическая");
+        return CoordSysTexts::tr("Географическая");
     case SystemInfo::Kind::RotatedGeographic:
-        return QObject::tr("Географическая с повёрнутым полюсом");
+        return CoordSysTexts::tr("Географическая с повёрнутым полюсом");
     case SystemInfo::Kind::Projected:
-        return QObject::tr("Прямоугольная");
+        return CoordSysTexts::tr("Прямоугольная");
     case SystemInfo::Kind::Local:
-        return QObject::tr("План-схема");
+        return CoordSysTexts::tr("План-схема");
     case SystemInfo::Kind::Unknown:
         break;
     }
@@ -309,7 +310,7 @@ QString exportSystem(const CoordSystem &cs, SystemFormat format)
         return coordSysText(cs);
     refuseLostLatitudes(cs, format);
     if (cs.affineTransform() && format != SystemFormat::Wkt2 && format != SystemFormat::ProjJson)
-        throwUnwritable(cs, QObject::tr("аффинное преобразование было бы потеряно"));
+        throwUnwritable(cs, CoordSysTexts::tr("аффинное преобразование было бы потеряно"));
     if (format == SystemFormat::Proj)
         return cs.projStr();
     const QString wkt1 = format == SystemFormat::Wkt1 ? cs.exportToWkt() : QString();

@@ -153,14 +153,14 @@ bool refuse(const char *&why, const char *reason)
 bool valueOf(const Written &written, Angle &angle, const char *&why)
 {
     if (written.hasSign && written.hemisphere)
-        return refuse(why, QT_TRANSLATE_NOOP("QObject", "есть и знак, и полушарие"));
+        return refuse(why, QT_TRANSLATE_NOOP("CoordSysTexts", "есть и знак, и полушарие"));
     for (int i = 0; i + 1 < written.count; ++i)
         if (!written.whole[static_cast<std::size_t>(i)])
-            return refuse(why, QT_TRANSLATE_NOOP("QObject", "дробная часть стоит не в последней доле"));
+            return refuse(why, QT_TRANSLATE_NOOP("CoordSysTexts", "дробная часть стоит не в последней доле"));
     if (!(written.parts[Minutes] < 60.0) || written.longer[Minutes]) // "1 000" groups thousands
-        return refuse(why, QT_TRANSLATE_NOOP("QObject", "минуты вне допустимых пределов"));
+        return refuse(why, QT_TRANSLATE_NOOP("CoordSysTexts", "минуты вне допустимых пределов"));
     if (!(written.parts[Seconds] <= 60.0) || written.longer[Seconds])
-        return refuse(why, QT_TRANSLATE_NOOP("QObject", "секунды вне допустимых пределов"));
+        return refuse(why, QT_TRANSLATE_NOOP("CoordSysTexts", "секунды вне допустимых пределов"));
     const double magnitude =
         written.count == 1
             ? written.parts[Degrees]
@@ -168,7 +168,7 @@ bool valueOf(const Written &written, Angle &angle, const char *&why)
                   3600.0;
     angle.axis = written.hemisphere ? written.hemisphere->axis : Axis::Unknown;
     if (magnitude > (angle.axis == Axis::Latitude ? 90.0 : 360.0))
-        return refuse(why, QT_TRANSLATE_NOOP("QObject", "градусы вне допустимых пределов"));
+        return refuse(why, QT_TRANSLATE_NOOP("CoordSysTexts", "градусы вне допустимых пределов"));
     const bool negative = written.negative || (written.hemisphere && written.hemisphere->negative);
     angle.degrees = negative ? -magnitude : magnitude;
     return true;

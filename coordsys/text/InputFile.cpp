@@ -1,8 +1,9 @@
 #include "InputFile_p.h"
 
+#include "CoordSysTexts_p.h"
+
 #include <QFile>
 #include <QFileInfo>
-#include <QObject>
 #include <QXmlStreamReader>
 
 namespace nivora::cs {
@@ -11,7 +12,7 @@ namespace {
 constexpr qint64 largestInput = 64 * 1024 * 1024;
 void refuseDoctype(QXmlStreamReader &xml)
 {
-    xml.raiseError(QObject::tr("Объявление DOCTYPE не допускается"));
+    xml.raiseError(CoordSysTexts::tr("Объявление DOCTYPE не допускается"));
 }
 
 } // namespace
@@ -20,9 +21,9 @@ QString openInput(QFile &file)
 {
     const QFileInfo info(file.fileName());
     if (info.exists() && !info.isFile())
-        return QObject::tr("Это не файл");
+        return CoordSysTexts::tr("Это не файл");
     if (info.size() > largestInput)
-        return QObject::tr("Файл слишком велик");
+        return CoordSysTexts::tr("Файл слишком велик");
     return file.open(QIODevice::ReadOnly) ? QString() : file.errorString();
 }
 

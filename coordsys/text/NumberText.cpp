@@ -93,7 +93,7 @@ const char *parseNumber(const char *p, const char *end, double &value, const cha
         return nullptr;
     const auto [behind, error] = std::from_chars(p, end, value);
     if (error == std::errc::result_out_of_range)
-        why = QT_TRANSLATE_NOOP("QObject", "число слишком велико или слишком мало");
+        why = QT_TRANSLATE_NOOP("CoordSysTexts", "число слишком велико или слишком мало");
     return error == std::errc() ? behind : nullptr;
 }
 

@@ -1,6 +1,7 @@
 #include <coordsys/TextCoding.h>
 
-#include <QObject>
+#include "CoordSysTexts_p.h"
+
 #include <QTextCodec>
 
 #include <algorithm>
@@ -96,7 +97,8 @@ TextCoding::Data::Data(const QString &codecName)
     const bool aByteEach = codec && codec->fromUnicode(QStringLiteral("aя")).size() == 2;
     if (!asciiStays || !aByteEach || bytes.size() != utf8.size())
         throw std::invalid_argument(
-            QObject::tr("\"%1\" — не кодировка с байтом на каждый знак, как windows-1251, KOI8-R или CP866")
+            CoordSysTexts::tr(
+                "\"%1\" — не кодировка с байтом на каждый знак, как windows-1251, KOI8-R или CP866")
                 .arg(name)
                 .toStdString());
 }
@@ -118,7 +120,7 @@ std::string TextCoding::encoded(std::string_view utf8) const
         const std::string character(utf8.substr(i, std::max<std::size_t>(lengthOf(utf8[i]), 1)));
         const auto byte = m_data->bytes.find(character);
         if (byte == m_data->bytes.end())
-            throw std::runtime_error(QObject::tr("\"%1\" нельзя записать в кодировке %2")
+            throw std::runtime_error(CoordSysTexts::tr("\"%1\" нельзя записать в кодировке %2")
                                          .arg(QString::fromStdString(character), m_data->name)
                                          .toStdString());
         bytes += byte->second;

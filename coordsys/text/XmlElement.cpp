@@ -1,9 +1,9 @@
 #include "XmlElement_p.h"
 
+#include "CoordSysTexts_p.h"
 #include "InputFile_p.h"
 
 #include <QFile>
-#include <QObject>
 #include <QXmlStreamReader>
 
 #include <algorithm>
@@ -33,7 +33,7 @@ void readChildren(QXmlStreamReader &xml, XmlElement &root)
             open.back()->children.push_back(elementAt(xml));
             open.push_back(&open.back()->children.back());
             if (open.size() > deepestNesting)
-                xml.raiseError(QObject::tr("Слишком глубокая вложенность элементов"));
+                xml.raiseError(CoordSysTexts::tr("Слишком глубокая вложенность элементов"));
         } else if (!isBlank(xml)) {
             open.back()->children.emplace_back();
         }

@@ -1,13 +1,13 @@
 #include "ChosenOperation_p.h"
 
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include "GeographicExtent_p.h"
 #include "JoinedOperation_p.h"
 #include "TransformOperations_p.h"
 #include <coordsys/CoordSystem.h>
 
 #include <QMutexLocker>
-#include <QObject>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -138,7 +138,7 @@ PjHandle operationOf(const QString &text)
                          : isWkt(text)   ? ownPj(proj_create(globalProjContext(), text.toUtf8().constData()))
                                          : byName(text);
     if (!operation || proj_is_crs(operation.get()))
-        refuse(QObject::tr("Нет такой операции: %1").arg(text.left(200)));
+        refuse(CoordSysTexts::tr("Нет такой операции: %1").arg(text.left(200)));
     return operation;
 }
 
@@ -178,7 +178,7 @@ Found namedOperation(const PJ *source, const PJ *target, const QString &text, St
     }
     const QString missing = missingGridsOf(operation.get());
     if (!missing.isEmpty() && !proj_context_is_network_enabled(context))
-        refuse(QObject::tr("Для операции «%1» нет файла %2").arg(text.left(200), missing),
+        refuse(CoordSysTexts::tr("Для операции «%1» нет файла %2").arg(text.left(200), missing),
                Error::Code::MissingGrid);
     return {joinedWithEnds(source, operation.get(), target), singleOperation(context, operation.get())};
 }
@@ -201,10 +201,10 @@ QString alternatives(const PJ *source, const PJ *target)
         if (names.size() < 3 && !operation.isBallpark)
             names << (operation.accuracyM < 0.0
                           ? QStringLiteral("«%1»").arg(operation.shortName)
-                          : QObject::tr("«%1», %2 м")
+                          : CoordSysTexts::tr("«%1», %2 м")
                                 .arg(operation.shortName, QString::number(operation.accuracyM)));
-    return names.isEmpty() ? QObject::tr("у этих КС есть только пересчёт без сдвига датума")
-                           : QObject::tr("у этих КС есть %1").arg(names.join(QLatin1String("; ")));
+    return names.isEmpty() ? CoordSysTexts::tr("у этих КС есть только пересчёт без сдвига датума")
+                           : CoordSysTexts::tr("у этих КС есть %1").arg(names.join(QLatin1String("; ")));
 }
 
 /// A step whose ends are those of systems, x first.
@@ -213,9 +213,10 @@ ProjOperation stepBetween(const PJ *source, const PJ *target, const OperationCho
 {
     const Found found = chosenOperation(source, target, choice, strangers);
     if (!found.object)
-        refuse(QObject::tr("Нет операции, которая подходит выбору: %1").arg(alternatives(source, target)));
+        refuse(
+            CoordSysTexts::tr("Нет операции, которая подходит выбору: %1").arg(alternatives(source, target)));
     if (found.single && !isAllowed(choice, *found.single))
-        refuse(QObject::tr("Операция «%1» грубее, чем разрешено").arg(found.single->shortName));
+        refuse(CoordSysTexts::tr("Операция «%1» грубее, чем разрешено").arg(found.single->shortName));
     PJ *normalized = proj_normalize_for_visualization(globalProjContext(), found.object.get());
     ProjOperation step(std::shared_ptr<PJ>(
         ownPj(normalized ? normalized : proj_clone(globalProjContext(), found.object.get()))));
@@ -239,7 +240,7 @@ ProjOperation chosenStep(const CoordSystemPtr &from, const CoordSystemPtr &to, c
         return true;
     });
     if (!found)
-        refuse(QObject::tr("Не могу создать объект трансформации. %1").arg(projLastError()));
+        refuse(CoordSysTexts::tr("Не могу создать объект трансформации. %1").arg(projLastError()));
     return step;
 }
 
@@ -248,8 +249,8 @@ ProjOperation chosenStep(const CoordSystemPtr &from, const CoordSystemPtr &to, c
 ProjOperation chosenStepBetween(const PJ *source, const PJ *target, const OperationChoice &choice)
 {
     if (isProjText(choice.operation()))
-        refuse(
-            QObject::tr("Текст PROJ ничего не говорит о системах высот: задайте операцию кодом или именем"));
+        refuse(CoordSysTexts::tr(
+            "Текст PROJ ничего не говорит о системах высот: задайте операцию кодом или именем"));
     return stepBetween(source, target, choice, Strangers::Refused);
 }
 
@@ -258,7 +259,7 @@ TransformQueuePtr chosenQueue(const CoordSystemPtr &from, const CoordSystemPtr &
 {
     const auto steps = CoordTransformCache::stepsBetween(from, to);
     if (steps.size() > 1 && !choice.operation().isEmpty())
-        refuse(QObject::tr("Между планом и землёй операцию выбрать нельзя"));
+        refuse(CoordSysTexts::tr("Между планом и землёй операцию выбрать нельзя"));
     auto queue = std::make_shared<TransformQueue>();
     queue->first = chosenStep(steps.front().first, steps.front().second, choice);
     if (steps.size() > 1)

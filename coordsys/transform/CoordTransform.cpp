@@ -1,6 +1,7 @@
 #include <coordsys/CoordTransform.h>
 
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include "DirectedOperation_p.h"
 #include "GeographicBounds_p.h"
 #include "TransformAccess_p.h"
@@ -11,7 +12,6 @@
 #include <platform/Logger.h>
 
 #include <QMutexLocker>
-#include <QObject>
 
 #include <algorithm>
 #include <cmath>
@@ -26,11 +26,11 @@ bool areFinite(const QVector<QPointF> &points) { return std::all_of(points.begin
 /// Under the PROJ lock, which guards PROJ's text. \p points are what a failed conversion left.
 void reportFailure(int direction, const QPointF *points, std::size_t count)
 {
-    const QString way = direction == PJ_FWD ? QObject::tr("прямого") : QObject::tr("обратного");
-    logTransformError(QObject::tr("Ошибка %1 преобразования: %2").arg(way, projLastError()));
+    const QString way = direction == PJ_FWD ? CoordSysTexts::tr("прямого") : CoordSysTexts::tr("обратного");
+    logTransformError(CoordSysTexts::tr("Ошибка %1 преобразования: %2").arg(way, projLastError()));
     const QPointF *bad = std::find_if_not(points, points + count, isFinite);
     if (bad != points + count)
-        logTransformError(QObject::tr("Преобразование координат не произведено. %2 (%3 %4)")
+        logTransformError(CoordSysTexts::tr("Преобразование координат не произведено. %2 (%3 %4)")
                               .arg(QString::number(bad - points), QString::number(bad->x(), 'g', -1),
                                    QString::number(bad->y(), 'g', -1)));
 }
@@ -153,7 +153,7 @@ bool CoordTransform::Impl::transformRect(bool forward, const QRectF &in, QRectF 
 bool CoordTransform::Impl::transformMesh(bool forward, const QRectF &in, QRectF &out, int addPoints) const
 {
     if (!(in.width() > 0.0 && in.height() > 0.0)) {
-        LOG_DEBUG(QObject::tr("Пустой прямоугольник на входе %1").arg(nivora::utils::toString(in)));
+        LOG_DEBUG(CoordSysTexts::tr("Пустой прямоугольник на входе %1").arg(nivora::utils::toString(in)));
         return false;
     }
     if (isEqualsCS) {
@@ -271,7 +271,7 @@ bool CoordTransform::geographicBounds(const QRectF &planar, GeographicBounds &ou
 {
     const bool toDestination = m_impl->destination->isLatLong();
     if (!toDestination && !m_impl->source->isLatLong())
-        throw std::logic_error(QObject::tr("Ни одна из КС не является географической").toStdString());
+        throw std::logic_error(CoordSysTexts::tr("Ни одна из КС не является географической").toStdString());
     if (!(planar.width() > 0.0 && planar.height() > 0.0))
         return false;
     const auto way = [this](bool forward) {
@@ -287,7 +287,8 @@ bool CoordTransform::geographicBounds(const QRectF &planar, GeographicBounds &ou
 
 void CoordTransform::throwTransformFailed()
 {
-    throwCoded<std::runtime_error>(Error::Code::PointFailed, QObject::tr("Ошибка преобразования координат"));
+    throwCoded<std::runtime_error>(Error::Code::PointFailed,
+                                   CoordSysTexts::tr("Ошибка преобразования координат"));
 }
 
 TransformQueuePtr TransformAccess::queue(const CoordTransform &transform) { return transform.m_impl->queue; }

@@ -2,6 +2,7 @@
 
 #include "ChosenOperation_p.h"
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include "CoordSystem_p.h"
 #include "FusedUnits_p.h"
 #include "TransformOperations_p.h"
@@ -12,7 +13,6 @@
 #include <proj.h>
 
 #include <QMutexLocker>
-#include <QObject>
 
 #include <algorithm>
 #include <optional>
@@ -36,7 +36,7 @@ CoordSystemPtr withDatumOf(const CoordSystemPtr &model, const CoordSystemPtr &sy
         std::copy(std::begin(from.adDatumParams), std::end(from.adDatumParams),
                   std::begin(record.adDatumParams));
         const QString prj = converter.tabProjInfoToString(record);
-        LOG_DEBUG(QObject::tr("Исправленная КС: %1").arg(prj));
+        LOG_DEBUG(CoordSysTexts::tr("Исправленная КС: %1").arg(prj));
         return activeCatalogues()->createFromPrj(prj);
     } catch (const std::exception &e) {
         LOG_ERROR(QString::fromUtf8(e.what()));
@@ -89,7 +89,7 @@ std::shared_ptr<PJ> normalizedTransformation(const std::pair<QString, QString> &
 {
     throwCoded<std::logic_error>(
         Error::Code::NoOperation,
-        QObject::tr("Не могу создать объект трансформации. %1").arg(projLastError()));
+        CoordSysTexts::tr("Не могу создать объект трансформации. %1").arg(projLastError()));
 }
 
 /// The system without its affine transformation.
@@ -218,7 +218,7 @@ CoordTransformCache::Steps CoordTransformCache::stepsBetween(const CoordSystemPt
     // A plan and the earth meet on WGS 84 longitude/latitude: PROJ knows no direct way.
     const CoordSystemPtr wgs84 = activeCatalogues()->latLongWgs84CoordSystem();
     if (!wgs84)
-        throwCoded<std::logic_error>(Error::Code::NotReady, QObject::tr("Не проинициализированы КС"));
+        throwCoded<std::logic_error>(Error::Code::NotReady, CoordSysTexts::tr("Не проинициализированы КС"));
     return {{from, wgs84}, {wgs84, to}};
 }
 

@@ -3,13 +3,12 @@
 #include "AreaOfUse_p.h"
 #include "CatalogueSource_p.h"
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include "CrsParts_p.h"
 #include "ProjPoint_p.h"
 #include "TransformOperations_p.h"
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
-
-#include <QObject>
 
 #include <cmath>
 #include <stdexcept>
@@ -108,8 +107,9 @@ void checkEnds(const ProjOperation &step, const CoordSystemPtr &from, const Coor
             mostShiftDeg &&
         std::fabs(place.y() - usualPlace.y()) < mostShiftDeg)
         return;
-    refuse(QObject::tr("Операция не соединяет эти КС: точку (%1) она переводит в (%2), а не в (%3). Порядок "
-                       "координат: сначала x (долгота)")
+    refuse(CoordSysTexts::tr(
+               "Операция не соединяет эти КС: точку (%1) она переводит в (%2), а не в (%3). Порядок "
+               "координат: сначала x (долгота)")
                .arg(placeText(start), works ? placeText(moved) : QStringLiteral("*"), placeText(usual)));
 }
 
@@ -125,7 +125,7 @@ PjHandle joinedWithEnds(const PJ *source, const PJ *operation, const PJ *target)
     const PjHandle inverse = ownPj(proj_coordoperation_create_inverse(context, operation));
     if (PjHandle back = inverse ? tryJoin(xFirstSource.get(), inverse.get(), xFirstTarget.get()) : nullptr)
         return back;
-    refuse(QObject::tr("Операция «%1» соединяет %2, а не эти КС")
+    refuse(CoordSysTexts::tr("Операция «%1» соединяет %2, а не эти КС")
                .arg(QString::fromUtf8(proj_get_name(operation)), endsText(operation)));
 }
 
@@ -139,9 +139,9 @@ ProjOperation stepOfProjText(const QString &text, const CoordSystemPtr &from, co
     PJ_CONTEXT *context = globalProjContext();
     std::shared_ptr<PJ> pj = ownPj(proj_create(context, text.toUtf8().constData()));
     if (!pj || proj_is_crs(pj.get()))
-        refuse(QObject::tr("Нет такой операции: %1").arg(text.left(200)));
+        refuse(CoordSysTexts::tr("Нет такой операции: %1").arg(text.left(200)));
     if (proj_pj_info(pj.get()).has_inverse == 0)
-        refuse(QObject::tr("Операция не имеет обратной: %1").arg(text.left(200)));
+        refuse(CoordSysTexts::tr("Операция не имеет обратной: %1").arg(text.left(200)));
     ProjOperation step(std::move(pj));
     TransformOperation described;
     described.name = described.shortName = described.definition = text;

@@ -1,9 +1,10 @@
 #include <coordsys/OperationChoice.h>
 
+#include "CoordSysTexts_p.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QObject>
 #include <QSharedData>
 
 #include <cmath>
@@ -39,7 +40,7 @@ QJsonArray numbersOf(const QRectF &area) { return {area.left(), area.top(), area
 [[noreturn]] void throwUnreadable(const QString &text)
 {
     throw std::invalid_argument(
-        QObject::tr("Выбор операции не читается: %1").arg(text.left(200)).toStdString());
+        CoordSysTexts::tr("Выбор операции не читается: %1").arg(text.left(200)).toStdString());
 }
 
 QRectF rectOf(const QJsonValue &value)
@@ -84,7 +85,7 @@ OperationChoice OperationChoice::withOperation(const QString &text) const
 OperationChoice OperationChoice::withArea(const QRectF &area) const
 {
     if (!isOnEarth(area))
-        throw std::invalid_argument(QObject::tr("Область не лежит на земле").toStdString());
+        throw std::invalid_argument(CoordSysTexts::tr("Область не лежит на земле").toStdString());
     OperationChoice choice(*this);
     choice.m_data->area = area;
     return choice;
@@ -100,7 +101,7 @@ OperationChoice OperationChoice::withoutBallpark() const
 OperationChoice OperationChoice::withMostError(double metres) const
 {
     if (!(metres > 0.0) || !std::isfinite(metres))
-        throw std::invalid_argument(QObject::tr("Погрешность должна быть больше нуля").toStdString());
+        throw std::invalid_argument(CoordSysTexts::tr("Погрешность должна быть больше нуля").toStdString());
     OperationChoice choice(*this);
     choice.m_data->mostErrorM = metres;
     return choice;

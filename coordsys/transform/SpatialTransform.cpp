@@ -3,6 +3,7 @@
 #include "AreaOfUse_p.h"
 #include "ChosenOperation_p.h"
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include "CrsParts_p.h"
 #include "OperationPool_p.h"
 #include "SearchContext_p.h"
@@ -11,7 +12,6 @@
 #include <proj_experimental.h>
 
 #include <QMutexLocker>
-#include <QObject>
 #include <QStringList>
 
 #include <cmath>
@@ -149,7 +149,7 @@ SpatialTransform::Impl::Impl(const SpatialSystem &from, const SpatialSystem &to,
                                           : chosenStepBetween(begin.get(), end.get(), choice);
     if (!queue->first)
         throw std::logic_error(
-            QObject::tr("Не могу создать объект трансформации. %1").arg(projLastError()).toStdString());
+            CoordSysTexts::tr("Не могу создать объект трансформации. %1").arg(projLastError()).toStdString());
     pool = std::make_unique<OperationPool>(std::move(queue));
     if (withHeights)
         describeMissing(context, begin.get(), end.get());
@@ -164,10 +164,10 @@ void SpatialTransform::Impl::describeMissing(PJ_CONTEXT *context, const PJ *from
     const auto apart = geoidM(context, source.height() == Height::Own ? from : to);
     const QString metres = apart ? QString::number(*apart, 'f', 0) : QStringLiteral("110");
     missing = files.isEmpty()
-                  ? QObject::tr(
+                  ? CoordSysTexts::tr(
                         "Высоты не пересчитываются: связь их систем неизвестна (ошибка была бы порядка %1 м)")
                         .arg(metres)
-                  : QObject::tr("Высоты не пересчитываются: нет файла %1 (ошибка была бы порядка %2 м)")
+                  : CoordSysTexts::tr("Высоты не пересчитываются: нет файла %1 (ошибка была бы порядка %2 м)")
                         .arg(files, metres);
 }
 
@@ -251,8 +251,9 @@ std::optional<double> operationEpoch(const SpatialSystem &from, const SpatialSys
     if (clash)
         throwCoded<std::logic_error>(
             Error::Code::NoOperation,
-            QObject::tr("Координаты на эпоху %1 нельзя перевести на эпоху %2: обе системы («%3» и «%4») "
-                        "движутся относительно плит, а как двигались точки, неизвестно")
+            CoordSysTexts::tr(
+                "Координаты на эпоху %1 нельзя перевести на эпоху %2: обе системы («%3» и «%4») "
+                "движутся относительно плит, а как двигались точки, неизвестно")
                 .arg(QString::number(*epoch), QString::number(*wantedEpoch), from.name(), to.name()));
     return result;
 }

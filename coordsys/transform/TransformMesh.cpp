@@ -1,5 +1,6 @@
 #include "TransformMesh_p.h"
 
+#include "CoordSysTexts_p.h"
 #include "ProjPoint_p.h"
 #include <coordsys/CoordSystem.h>
 #include <platform/Logger.h>
@@ -8,7 +9,6 @@
 #include <proj.h>
 
 #include <QMutexLocker>
-#include <QObject>
 
 #include <algorithm>
 #include <cmath>
@@ -297,7 +297,7 @@ bool meshBounds(const Mesh &mesh, QVector<QPointF> &corners)
         cut.addTo(extent);
     }
     if (!extent.isKnown()) {
-        logTransformError(QObject::tr("Ошибка преобразования. Возможно, выходит за пределы КС."));
+        logTransformError(CoordSysTexts::tr("Ошибка преобразования. Возможно, выходит за пределы КС."));
         return false;
     }
     corners = {{extent.minX, extent.minY},
@@ -305,7 +305,7 @@ bool meshBounds(const Mesh &mesh, QVector<QPointF> &corners)
                {extent.maxX, extent.maxY},
                {extent.minX, extent.maxY}};
     LOG_TRACE(
-        QObject::tr("Результирующий прямоугольник: (%1 %2) (%3 %4)")
+        CoordSysTexts::tr("Результирующий прямоугольник: (%1 %2) (%3 %4)")
             .arg(toString(extent.minX), toString(extent.minY), toString(extent.maxX), toString(extent.maxY)));
     return !fuzzyEq(extent.minX, extent.maxX, 1e12) && !fuzzyEq(extent.minY, extent.maxY, 1e12);
 }

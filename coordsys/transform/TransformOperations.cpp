@@ -1,3 +1,4 @@
+#include "CoordSysTexts_p.h"
 #include "TransformAccess_p.h"
 #include "TransformOperations_p.h"
 
@@ -10,7 +11,6 @@
 #include <coordsys/GridOffer.h>
 
 #include <QMutexLocker>
-#include <QObject>
 #include <QSharedData>
 
 #include <algorithm>
@@ -160,7 +160,7 @@ QVector<TransformOperation> operationsOfStep(const CoordSystemPtr &from, const C
         }))
         return operations;
     throwCoded<std::logic_error>(Error::Code::NoOperation,
-                                 QObject::tr("Не могу создать объект трансформации. %1")
+                                 CoordSysTexts::tr("Не могу создать объект трансформации. %1")
                                      .arg(from->description() + QStringLiteral(" → ") + to->description()));
 }
 

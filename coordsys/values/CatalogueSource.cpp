@@ -2,9 +2,8 @@
 
 #include "CatalogueToken_p.h"
 #include "CodedError_p.h"
+#include "CoordSysTexts_p.h"
 #include <coordsys/PrjText.h>
-
-#include <QObject>
 
 #include <atomic>
 #include <stdexcept>
@@ -56,7 +55,7 @@ std::shared_ptr<const CatalogueSource> activeCatalogues()
 {
     std::shared_ptr<const CatalogueSource> installed = activeCatalogues(std::nothrow);
     if (!installed)
-        throwCoded<std::logic_error>(Error::Code::NotReady, QObject::tr("Не проинициализированы КС"));
+        throwCoded<std::logic_error>(Error::Code::NotReady, CoordSysTexts::tr("Не проинициализированы КС"));
     return installed;
 }
 

@@ -1,6 +1,6 @@
 #include <coordsys/LinearUnit.h>
 
-#include <QObject>
+#include "CoordSysTexts_p.h"
 
 #include <utility>
 
@@ -9,7 +9,7 @@ namespace {
 
 std::string unknownUnit(const QString &unit)
 {
-    return QObject::tr("Неизвестная единица измерения: %1").arg(unit).toStdString();
+    return CoordSysTexts::tr("Неизвестная единица измерения: %1").arg(unit).toStdString();
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <support/Support.h>
 #include <support/TestRunner.h>
 
+#include <coordsys/SystemGuess.h>
 #include <coordsys/Translations.h>
 
 #include <QDir>
@@ -76,10 +77,10 @@ private Q_SLOTS:
 
     void installed()
     {
-        const auto text = [] { return QObject::tr("Строка КС пустая"); };
+        const auto text = [] { return nivora::cs::assumptionText(nivora::cs::GuessAssumption::Feet); };
         const QString russian = text();
         QVERIFY(nivora::cs::installTranslations(QStringLiteral("en_GB.UTF-8")));
-        QCOMPARE(text(), QStringLiteral("The text of the coordinate system is empty"));
+        QCOMPARE(text(), QStringLiteral("coordinates in feet"));
         QVERIFY(nivora::cs::installTranslations(QStringLiteral("ru")));
         QCOMPARE(text(), russian);
     }

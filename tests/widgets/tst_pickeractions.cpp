@@ -5,6 +5,7 @@
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemCatalogModel.h>
 #include <coordsys/CoordSystemFilterModel.h>
+#include <coordsys/SystemGuess.h>
 #include <coordsys/UserCoordSystem.h>
 #include <support/Support.h>
 #include <widgets/CoordSystemButton.h>
@@ -14,6 +15,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDialog>
+#include <QFile>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
@@ -23,6 +25,7 @@
 #include <QTimer>
 #include <QTreeView>
 #include <QTreeWidget>
+#include <QXmlStreamReader>
 
 #include <algorithm>
 #include <cmath>
@@ -53,6 +56,18 @@ QAction *actionOf(const QMenu &menu, const QString &text)
         if (action->text().remove(QLatin1Char('&')) == text)
             return action;
     return nullptr;
+}
+
+/// What stands in the sources.
+QStringList textsOf(const QString &translation)
+{
+    QStringList texts;
+    QFile file(QStringLiteral(NIVORA_TEST_RESOURCES "/../translations/") + translation);
+    QXmlStreamReader xml(&file);
+    for (file.open(QIODevice::ReadOnly); !xml.atEnd(); xml.readNext())
+        if (xml.isStartElement() && xml.name() == QLatin1String("source"))
+            texts << xml.readElementText();
+    return texts;
 }
 
 bool isSamePlane(const CoordSystem &a, const CoordSystem &b)
@@ -291,8 +306,12 @@ private Q_SLOTS:
     void hostTexts()
     {
         QVERIFY(installWidgetTranslations(QStringLiteral("en")));
-        for (const char *text : {"Название", "Код", "Раздел", "Мои системы", "Выбрать", "Отмена"})
-            QCOMPARE(QObject::tr(text), QString::fromUtf8(text));
+        const QStringList texts =
+            textsOf(QStringLiteral("nivora-cs_en.ts")) + textsOf(QStringLiteral("nivora-cs-widgets_en.ts"));
+        QVERIFY(texts.size() > 300 && texts.contains(QStringLiteral("Код")));
+        for (const QString &text : texts)
+            QCOMPARE(QObject::tr(text.toUtf8().constData()), text);
+        QCOMPARE(assumptionText(GuessAssumption::Feet), QStringLiteral("coordinates in feet"));
         const Model model(m_factory);
         QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), QStringLiteral("Name"));
         installWidgetTranslations(QStringLiteral("ru"));

@@ -39,4 +39,8 @@ void setMessageLanguage(const QString &language)
         QCoreApplication::installTranslator(texts);
 }
 
-QString translated(const char *text) { return QCoreApplication::translate("QObject", text); }
+QString translated(const char *text)
+{
+    const QString own = QCoreApplication::translate("QObject", text);
+    return own == QString::fromUtf8(text) ? QCoreApplication::translate("CoordSysTexts", text) : own;
+}

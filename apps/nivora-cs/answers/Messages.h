@@ -10,5 +10,6 @@ QString localeLanguage();
 /// behind the making of the application.
 void setMessageLanguage(const QString &language);
 
-/// A text of a table (QT_TRANSLATE_NOOP in the context "QObject") in the language of messages.
+/// A text of a table (QT_TRANSLATE_NOOP in the context "QObject", or the library's "CoordSysTexts") in the
+/// language of messages.
 QString translated(const char *text);

@@ -1,6 +1,8 @@
 #pragma once
 
-#include <QCoreApplication>
+#include "Messages.h"
+
+#include <QObject>
 #include <QString>
 
 #include <cstring>
@@ -10,7 +12,7 @@ class Reason
 {
 public:
     Reason() = default;
-    /// \p what: a text of the context "QObject" that outlives this.
+    /// \p what: a text for translated() that outlives this.
     Reason(const char *what)
         : m_what(what)
     {}
@@ -32,11 +34,11 @@ public:
     {
         if (!m_what)
             return m_words;
-        const QString what = QCoreApplication::translate("QObject", m_what);
+        const QString what = translated(m_what);
         if (!m_subject)
             return what;
         //: a coordinate, and what is wrong with it: "x is no number"
-        return QObject::tr("%1 %2").arg(QCoreApplication::translate("QObject", m_subject), what);
+        return QObject::tr("%1 %2").arg(translated(m_subject), what);
     }
 
 private:

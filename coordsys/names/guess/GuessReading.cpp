@@ -1,6 +1,6 @@
 #include "GuessReading_p.h"
 
-#include <QObject>
+#include "CoordSysTexts_p.h"
 
 #include <algorithm>
 #include <cmath>
@@ -77,17 +77,17 @@ QString assumptionText(GuessAssumption assumption)
 {
     switch (assumption) {
     case GuessAssumption::Swapped:
-        return QObject::tr("оси переставлены");
+        return CoordSysTexts::tr("оси переставлены");
     case GuessAssumption::Kilometres:
-        return QObject::tr("координаты в километрах");
+        return CoordSysTexts::tr("координаты в километрах");
     case GuessAssumption::Feet:
-        return QObject::tr("координаты в футах");
+        return CoordSysTexts::tr("координаты в футах");
     case GuessAssumption::PrefixMissing:
-        return QObject::tr("номер зоны перед координатой опущен");
+        return CoordSysTexts::tr("номер зоны перед координатой опущен");
     case GuessAssumption::PrefixAdded:
-        return QObject::tr("перед координатой добавлен номер зоны");
+        return CoordSysTexts::tr("перед координатой добавлен номер зоны");
     case GuessAssumption::DegreesAsDms:
-        return QObject::tr("градусы, минуты и секунды одним числом");
+        return CoordSysTexts::tr("градусы, минуты и секунды одним числом");
     }
     return {};
 }
