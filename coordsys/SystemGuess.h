@@ -111,6 +111,11 @@ public:
     /// meridian; an area without an extent is a place. The question's own place does not count.
     Answer guessIn(const QRectF &area, const Question &question, int limit) const;
 
+    /// The same for data in or near what areaNamed() knows by a text. Of a country: data in it go before
+    /// those in its neighbours. Of a region: systems made for it go first. Nothing for a text that names no
+    /// place.
+    std::optional<Answer> guessNear(const QString &place, const Question &question, int limit) const;
+
     /// What a text names, in any language of the search and with slips: the area of a country, or of a region
     /// that areas of use are called by ("texas"); else a town, or "37.6, 55.7", longitude first, which have
     /// no extent. Nothing for other text.

@@ -78,7 +78,7 @@ std::optional<QRectF> areaOfCountry(int country, const SearchLexicon &lexicon, c
 }
 
 /// The area of use with all of the words and the fewest others.
-std::optional<QRectF> region(const std::vector<std::string> &words, const SystemIndex &index)
+std::optional<NamedPlace> regionNamed(const std::vector<std::string> &words, const SystemIndex &index)
 {
     std::vector<int> wanted;
     wanted.reserve(words.size());
@@ -98,31 +98,40 @@ std::optional<QRectF> region(const std::vector<std::string> &words, const System
             fewest = area.size();
         }
     }
-    return best ? std::make_optional(best->extent) : std::nullopt;
+    return best ? std::make_optional(NamedPlace{best->extent, -1, std::move(wanted)}) : std::nullopt;
 }
+
+std::optional<NamedPlace> countryPlace(int country, const SearchLexicon &lexicon, const SystemIndex &index)
+{
+    const std::optional<QRectF> area = areaOfCountry(country, lexicon, index);
+    return area ? std::make_optional(NamedPlace{*area, country, {}}) : std::nullopt;
+}
+
+NamedPlace pointPlace(const QPointF &lonLat) { return {pointArea(lonLat), -1, {}}; }
 
 } // namespace
 
-std::optional<QRectF> areaNamed(const QString &text, const SearchLexicon &lexicon, const SystemIndex &index)
+std::optional<NamedPlace> namedPlace(const QString &text, const SearchLexicon &lexicon,
+                                     const SystemIndex &index)
 {
     if (const Typed typed = typedPlace(text); typed.isPair)
-        return typed.place;
+        return typed.place ? std::make_optional(NamedPlace{*typed.place, -1, {}}) : std::nullopt;
     const std::vector<std::string> words = wordsOf(text);
     if (words.empty())
         return std::nullopt;
     if (const int country = lexicon.countryNamed(text); country >= 0)
-        return areaOfCountry(country, lexicon, index);
+        return countryPlace(country, lexicon, index);
     const auto towns = lexicon.townsIn(words);
     if (!towns.empty() && towns.front().count == words.size())
-        return pointArea(lexicon.towns()[static_cast<std::size_t>(towns.front().index)].lonLat);
-    if (const std::optional<QRectF> area = region(words, index))
-        return area;
+        return pointPlace(lexicon.towns()[static_cast<std::size_t>(towns.front().index)].lonLat);
+    if (std::optional<NamedPlace> region = regionNamed(words, index))
+        return region;
     const SearchQuery meant = readQuery(text, lexicon, index); // with a slip, or as "Vladimir, Russia"
     if (!meant.words.empty() || !meant.numbers.isEmpty() || meant.zone)
         return std::nullopt;
     if (meant.place)
-        return pointArea(*meant.place);
-    return meant.country < 0 ? std::nullopt : areaOfCountry(meant.country, lexicon, index);
+        return pointPlace(*meant.place);
+    return meant.country < 0 ? std::nullopt : countryPlace(meant.country, lexicon, index);
 }
 
 } // namespace nivora::cs

@@ -206,6 +206,32 @@ private Q_SLOTS:
         QVERIFY(!entries.isEmpty() && has(entries.first(), 4326) && entries.first().distanceM == 0.0);
     }
 
+    /// A country's data go before those of a neighbour that its box holds, whatever language names it.
+    void countries_data()
+    {
+        const support::Columns<QString, QPointF, int> row; // named, inside, code
+        row("Russia's box holds Lithuania", "Russia", QPointF(37.6, 55.7), 2497);
+        row("in Russian", "Россия", QPointF(49.1, 55.8), 28409);
+        row("Kaliningrad beside it", "РФ", QPointF(20.5, 54.7), 28404);
+        row("Germany", "Германия", QPointF(11.6, 48.1), 25832);
+        row("Austria", "Österreich", QPointF(14.3, 48.3), 31255);
+        row("Norway beside Sweden", "Норвегия", QPointF(10.7, 59.9), 25832);
+        row("Sweden beside Norway", "Sweden", QPointF(13.0, 59.4), 3006);
+        row("Portugal in Spain's box", "España", QPointF(-3.7, 40.4), 25830);
+        row("Texas", "texas", QPointF(-97.7, 30.3), 2277);
+    }
+
+    void countries()
+    {
+        const auto [name, place, code] = support::row<QString, QPointF, int>();
+        SystemGuess::Question question;
+        question.points = survey(code, place);
+        const auto answer = m_guess->guessNear(name, question, 3);
+        QVERIFY(answer && !answer->entries.isEmpty());
+        QVERIFY2(has(answer->entries.first(), code),
+                 qPrintable(answer->entries.first().members.first().name));
+    }
+
     void nothing()
     {
         SystemGuess::Question question;
@@ -213,6 +239,7 @@ private Q_SLOTS:
         question.points << QPointF(1e12, -1e12) << QPointF(INFINITY, 0.0);
         QVERIFY(m_guess->guess(question, 5).entries.isEmpty());
         QVERIFY(!m_guess->placeNamed(QStringLiteral("Nowhereville")));
+        QVERIFY(!m_guess->guessNear(QStringLiteral("Nowhereville"), question, 5));
         QVERIFY(!m_guess->placeNamed(QStringLiteral("400, 95")));
         QCOMPARE(*m_guess->placeNamed(QStringLiteral("37.6, 55.7")), QPointF(37.6, 55.7));
         QCOMPARE(m_guess->placeNamed(QStringLiteral("Москва")),

@@ -190,12 +190,12 @@ void GuessDialog::find()
     question.points = pointsFromText(m_data->toPlainText());
     question.isSwapped = m_swapped->isChecked();
     const QString place = m_place->text().trimmed();
-    const std::optional<QRectF> area = place.isEmpty() ? std::nullopt : guess->areaNamed(place);
-    if (!place.isEmpty() && !area)
+    const auto near = place.isEmpty() ? std::nullopt : guess->guessNear(place, question, mostEntries);
+    if (!place.isEmpty() && !near)
         m_remark->setText(WidgetTexts::tr("Место «%1» неизвестно: укажите долготу и широту").arg(place));
     else
         m_remark->clear();
-    show(area ? guess->guessIn(*area, question, mostEntries) : guess->guess(question, mostEntries));
+    show(near ? *near : guess->guess(question, mostEntries));
     if (question.points.isEmpty())
         m_remark->setText(WidgetTexts::tr("В тексте нет координат: нужны два числа в строке"));
 }

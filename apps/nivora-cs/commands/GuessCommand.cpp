@@ -19,17 +19,18 @@ using nivora::cs::SystemGuess;
 namespace {
 
 /// Throws Failure for a place that nobody knows.
-std::optional<QRectF> areaOf(const CommandLine &line, const SystemGuess &guess)
+SystemGuess::Answer answerOf(const CommandLine &line, const SystemGuess &guess,
+                             const SystemGuess::Question &question, int limit)
 {
     if (!line.isSet("near"))
-        return std::nullopt;
+        return guess.guess(question, limit);
     const QString text = typedText(line.value("near"));
-    const std::optional<QRectF> area = guess.areaNamed(text);
-    if (!area)
+    const std::optional<SystemGuess::Answer> answer = guess.guessNear(text, question, limit);
+    if (!answer)
         throw Failure(
             QObject::tr("--near: no town, region or country \"%1\" is known; give LON,LAT in degrees")
                 .arg(text));
-    return area;
+    return *answer;
 }
 
 int run(const CommandLine &line)
@@ -37,7 +38,6 @@ int run(const CommandLine &line)
     const Session session(line);
     const auto guess = nivora::cs::systemGuess(session.factory());
     SystemGuess::Question question;
-    const std::optional<QRectF> area = areaOf(line, *guess);
     question.isSwapped = line.isSet("swap");
     const GuessPoints data = readGuessPoints(line, session);
     question.points = data.points;
@@ -47,8 +47,7 @@ int run(const CommandLine &line)
         complain(data.problem);
     constexpr int fewEnoughToRead = 5;
     const int limit = line.number("limit", 1, 100, fewEnoughToRead);
-    const SystemGuess::Answer answer =
-        area ? guess->guessIn(*area, question, limit) : guess->guess(question, limit);
+    const SystemGuess::Answer answer = answerOf(line, *guess, question, limit);
     if (line.isSet("json"))
         printJson(guessJson(answer));
     else

@@ -33,7 +33,8 @@ struct GuessGroup
 /// The most between two candidates on the data; \p where it is.
 double metresApart(const GuessCandidate &a, const GuessCandidate &b, std::size_t &where);
 
-/// The candidates, the likeliest first, in groups, the likeliest first.
+/// The candidates, the likeliest first, in groups, the likeliest first. Whoever is near the members of two
+/// groups goes to the one that is the likelier with it.
 std::vector<GuessGroup> groupsOf(const std::vector<GuessCandidate> &candidates);
 
 } // namespace nivora::cs

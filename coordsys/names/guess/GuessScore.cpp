@@ -26,6 +26,8 @@ constexpr double atPlaceReach = 2.0;  ///< how much less likely there than at th
 constexpr double beyondScaleM = 10e3;
 constexpr double mostFromPlace = 60.0;
 constexpr double aroundPlaceDeg = 4.0;
+constexpr double inOtherCountry = 8.0; ///< data in a neighbour of the country that was named
+constexpr double ofRegion = 1.5;       ///< made for the region that was named
 /// For the systems that data from everywhere are in: bare degrees are of WGS 84 unless something speaks
 /// against it.
 constexpr std::pair<const char *, double> everywhere[] = {{"EPSG:4326", 12.0}, {"EPSG:3857", 5.0}};
@@ -55,12 +57,12 @@ double GuessScore::ofDatum(const Ground &ground) { return ground.isGeocentric ? 
 
 bool GuessScore::isNear(const IndexedSystem &system) const
 {
-    if (!m_area)
+    if (!m_place)
         return true;
-    const QPointF middle = m_area->center();
+    const QPointF middle = m_place->area.center();
     const double widen =
         aroundPlaceDeg / std::max(0.1, std::cos(middle.y() * CoordSystemTypes::DEGREES_TO_RADIANS));
-    const QRectF near = m_area->adjusted(-widen, -aroundPlaceDeg, widen, aroundPlaceDeg);
+    const QRectF near = m_place->area.adjusted(-widen, -aroundPlaceDeg, widen, aroundPlaceDeg);
     const double between = std::remainder(system.extent.center().x() - middle.x(), 360.0);
     return 2.0 * std::fabs(between) <= near.width() + system.extent.width() &&
            system.extent.top() <= near.bottom() && system.extent.bottom() >= near.top();
@@ -98,23 +100,37 @@ double GuessScore::inForce(int system, int country)
     return found == families.end() ? 0.0 : found->second;
 }
 
+/// For the place that was named; \p country: where the data would lie.
+double GuessScore::atPlace(const GuessCandidate &candidate, int country) const
+{
+    const double away = metresFrom(m_place->area, candidate.centre);
+    const double beyond = std::max(0.0, away - placeReachM) / beyondScaleM;
+    const double within = std::min(away, placeReachM) / placeReachM;
+    double score = -std::min(mostFromPlace, beyond + atPlaceReach * within * within);
+    if (m_place->country >= 0 && country >= 0 && country != m_place->country)
+        score -= inOtherCountry;
+    const int area = m_index.systems()[static_cast<std::size_t>(candidate.system->system)].area;
+    if (!m_place->region.empty() && area >= 0) {
+        const std::vector<int> &words = m_index.areaWords()[static_cast<std::size_t>(area)];
+        const bool isOfRegion = std::all_of(m_place->region.begin(), m_place->region.end(), [&](int word) {
+            return std::find(words.begin(), words.end(), word) != words.end();
+        });
+        score += isOfRegion ? ofRegion : 0.0;
+    }
+    return score;
+}
+
 double GuessScore::there(const GuessCandidate &candidate)
 {
     double score = shareWeight * std::log(std::max(0.01, candidate.share));
     const int town = m_lexicon.townNear(candidate.centre);
-    if (town >= 0) {
-        const SearchTown &nearest = m_lexicon.towns()[static_cast<std::size_t>(town)];
-        if (!m_area || m_area->width() > 0.0)
-            score -= std::min(mostWithoutTown, metresBetween(nearest.lonLat, candidate.centre) / townReachM);
-        score += inForce(candidate.system->system, nearest.country);
+    const SearchTown *nearest = town < 0 ? nullptr : &m_lexicon.towns()[static_cast<std::size_t>(town)];
+    if (nearest) {
+        if (!m_place || m_place->area.width() > 0.0)
+            score -= std::min(mostWithoutTown, metresBetween(nearest->lonLat, candidate.centre) / townReachM);
+        score += inForce(candidate.system->system, nearest->country);
     }
-    if (m_area) {
-        const double away = metresFrom(*m_area, candidate.centre);
-        const double beyond = std::max(0.0, away - placeReachM) / beyondScaleM;
-        const double within = std::min(away, placeReachM) / placeReachM;
-        score -= std::min(mostFromPlace, beyond + atPlaceReach * within * within);
-    }
-    return score;
+    return m_place ? score + atPlace(candidate, nearest ? nearest->country : -1) : score;
 }
 
 } // namespace nivora::cs

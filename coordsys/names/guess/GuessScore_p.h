@@ -3,6 +3,7 @@
 // What speaks for a system besides that its area holds the data.
 
 #include "GuessGroups_p.h"
+#include "PlaceNames_p.h"
 #include "SearchLexicon_p.h"
 
 #include <map>
@@ -17,10 +18,10 @@ double metresFrom(const QRectF &area, const QPointF &place);
 class GuessScore
 {
 public:
-    GuessScore(const SystemIndex &index, const SearchLexicon &lexicon, const std::optional<QRectF> &area)
+    GuessScore(const SystemIndex &index, const SearchLexicon &lexicon, const std::optional<NamedPlace> &place)
         : m_index(index)
         , m_lexicon(lexicon)
-        , m_area(area)
+        , m_place(place)
     {}
 
     /// Before it is known where the data lie: the system's standing, how small its area is, the reading.
@@ -38,7 +39,9 @@ private:
 
     const SystemIndex &m_index;
     const SearchLexicon &m_lexicon;
-    std::optional<QRectF> m_area;                    ///< where the data are said to lie
+    double atPlace(const GuessCandidate &candidate, int country) const;
+
+    std::optional<NamedPlace> m_place;               ///< where the data are said to lie
     std::map<int, std::map<int, double>> m_force;    ///< by country, by system
     std::map<int, std::map<int, double>> m_families; ///< by country, by family
 };

@@ -110,7 +110,7 @@ class Guessing
 {
 public:
     Guessing(const SystemIndex &index, const SearchLexicon &lexicon, const PlaneTable &table,
-             const CoordSystemPtr &wgs84, const std::optional<QRectF> &area,
+             const CoordSystemPtr &wgs84, const std::optional<NamedPlace> &place,
              const SystemGuess::Question &question)
         : m_index(index)
         , m_table(table)
@@ -118,8 +118,8 @@ public:
         , m_sample(sampleOf(question.points))
         , m_readings(readingsOf(m_sample, question.isSwapped))
         , m_doubtOfLengths(doubtOfLengths(m_sample))
-        , m_area(area)
-        , m_score(index, lexicon, area)
+        , m_place(place)
+        , m_score(index, lexicon, place)
         , m_ground(table, wgs84)
     {}
 
@@ -150,7 +150,7 @@ private:
     std::vector<QPointF> m_sample;
     std::vector<GuessReading> m_readings;
     double m_doubtOfLengths;
-    std::optional<QRectF> m_area;
+    std::optional<NamedPlace> m_place;
     GuessScore m_score;
     GuessGround m_ground;
     using Inverted = std::tuple<int, double, const GuessReading *>; ///< plane, meridian
@@ -284,8 +284,8 @@ SystemGuess::Entry Guessing::entryOf(const GuessGroup &group) const
     entry.box = boxOf(first.ground.lonLat, entry.centre);
     entry.area = indexed(*first.system).extent;
     entry.share = first.share;
-    if (m_area)
-        entry.distanceM = metresFrom(*m_area, entry.centre);
+    if (m_place)
+        entry.distanceM = metresFrom(m_place->area, entry.centre);
     entry.spreadM = group.spreadM;
     entry.deciding = m_sample[group.deciding];
     entry.isShiftKnown = first.ground.isShiftKnown;
@@ -327,11 +327,11 @@ SystemGuess::Answer Guessing::answer(int limit)
 
 } // namespace
 
-SystemGuess::Answer SystemGuess::Data::answer(const std::optional<QRectF> &area, const Question &question,
-                                              int limit)
+SystemGuess::Answer SystemGuess::Data::answer(const std::optional<NamedPlace> &place,
+                                              const Question &question, int limit)
 {
     const Tables &known = tables();
-    return Guessing(known.index, search.lexicon, known.planes, wgs84, area, question).answer(limit);
+    return Guessing(known.index, search.lexicon, known.planes, wgs84, place, question).answer(limit);
 }
 
 SystemGuess::SystemGuess(const MapinfoSearch &search, const QDir &resources)
@@ -342,19 +342,27 @@ SystemGuess::~SystemGuess() = default;
 
 SystemGuess::Answer SystemGuess::guess(const Question &question, int limit) const
 {
-    const auto area =
-        question.place ? std::make_optional(QRectF(*question.place, QSizeF(0.0, 0.0))) : std::nullopt;
-    return m_data->answer(area, question, limit);
+    if (!question.place)
+        return m_data->answer(std::nullopt, question, limit);
+    return guessIn(QRectF(*question.place, QSizeF(0.0, 0.0)), question, limit);
 }
 
 SystemGuess::Answer SystemGuess::guessIn(const QRectF &area, const Question &question, int limit) const
 {
-    return m_data->answer(area, question, limit);
+    return m_data->answer(NamedPlace{area, -1, {}}, question, limit);
+}
+
+std::optional<SystemGuess::Answer> SystemGuess::guessNear(const QString &place, const Question &question,
+                                                          int limit) const
+{
+    const auto named = namedPlace(place, m_data->search.lexicon, m_data->search.index());
+    return named ? std::make_optional(m_data->answer(named, question, limit)) : std::nullopt;
 }
 
 std::optional<QRectF> SystemGuess::areaNamed(const QString &text) const
 {
-    return cs::areaNamed(text, m_data->search.lexicon, m_data->search.index());
+    const auto named = namedPlace(text, m_data->search.lexicon, m_data->search.index());
+    return named ? std::make_optional(named->area) : std::nullopt;
 }
 
 std::optional<QPointF> SystemGuess::placeNamed(const QString &text) const

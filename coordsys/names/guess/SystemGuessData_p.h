@@ -1,6 +1,7 @@
 #pragma once
 
 #include "MapinfoSearchData_p.h"
+#include "PlaceNames_p.h"
 #include "PlaneTable_p.h"
 #include <coordsys/SystemGuess.h>
 
@@ -26,7 +27,7 @@ struct NIVORA_CS_NO_EXPORT SystemGuess::Data
         : search(searchData)
         , file(planesFile)
     {}
-    Answer answer(const std::optional<QRectF> &area, const Question &question, int limit);
+    Answer answer(const std::optional<NamedPlace> &place, const Question &question, int limit);
     const Tables &tables()
     {
         std::call_once(once, [this] { made = std::make_unique<Tables>(base ? withOwn() : withCatalogue()); });
