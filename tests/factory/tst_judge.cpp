@@ -173,7 +173,7 @@ private Q_SLOTS:
         const support::LogCapture quiet;
         QStringList faults;
         int found = 0;
-        for (const int code : sampledCodes(90)) {
+        for (const int code : sampledCodes(120)) {
             const PjHandle crs = crsOf(nameOf(code));
             const char *own = proj_as_proj_string(globalProjContext(), crs.get(), PJ_PROJ_4, nullptr);
             const QString proj = QString::fromUtf8(own).remove(" +type=crs"_s);

@@ -1,3 +1,4 @@
+#include <support/SampleStep.h>
 #include <support/Support.h>
 #include <support/TestRunner.h>
 
@@ -137,10 +138,11 @@ private Q_SLOTS:
             const QStringList listed =
                 line.section(QLatin1Char('\t'), 1).split(QLatin1Char(';'), Qt::SkipEmptyParts);
             for (const QString &code : listed) {
+                if (codes++ % support::sampleStep(1) > 0)
+                    continue;
                 const auto hit =
                     m_search->find(QString(code).replace(QLatin1Char(':'), QLatin1Char(' ')), 1).value(0);
                 QVERIFY2(hit.code.endsWith(code) && !hit.isWithdrawn, qPrintable(line + code));
-                ++codes;
             }
         }
         QVERIFY(codes > 500);
