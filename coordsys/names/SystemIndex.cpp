@@ -62,6 +62,13 @@ ZoneInName zoneIn(const QString &name)
     return zone;
 }
 
+const QRegularExpression &realization()
+{
+    static const QRegularExpression pattern(
+        QStringLiteral("\\((HARN|NSRS2007|2011|CSRS\\w*|FBN|CORS96|MA11|PA11|ED\\d+)\\)"));
+    return pattern;
+}
+
 /// What the name of a system tells of how often it is meant. The first column is part of the name.
 double standingOfName(const QString &name)
 {
@@ -73,9 +80,7 @@ double standingOfName(const QString &name)
     // Twins with other axes, realizations beside the everyday one, spheres instead of the earth.
     static const Mark marks[] = {
         {QRegularExpression(QStringLiteral("\\((N-E|E-N|N,E)\\)|zE-N|\\(zN-E\\)")), -1.2},
-        {QRegularExpression(
-             QStringLiteral("\\((HARN|NSRS2007|2011|CSRS\\w*|FBN|CORS96|MA11|PA11|ED\\d+)\\)")),
-         -0.8},
+        {realization(), -0.8},
         {QRegularExpression(QStringLiteral("v[2-9]\\w?\\b|truncated|deprecated")), -1.0},
         {QRegularExpression(QStringLiteral("3-degree|3GK")), -1.0},
         {QRegularExpression(QStringLiteral("grid system \\(")),
@@ -261,6 +266,7 @@ void SystemIndex::describe(IndexedSystem &system, const QString &englishName)
     system.name = numbers(englishName);
     system.zone = zoneIn(englishName);
     system.isInFeet = isInFeet(englishName);
+    system.isRealization = realization().match(englishName).hasMatch();
     system.standing += standingOfName(englishName) - (system.isInFeet ? 0.6 : 0.0);
     const int abbreviated = number("gk");
     if (std::find(system.name.begin(), system.name.end(), abbreviated) != system.name.end()) {

@@ -41,6 +41,7 @@ struct IndexedSystem
     double standing = 0.0; ///< what speaks for it, or against, before anything is asked
     bool isInFeet = false;
     bool isGeographic = false;
+    bool isRealization = false; ///< of a datum that has a plain system beside it, as "NAD83(2011)"
 };
 
 class SystemIndex

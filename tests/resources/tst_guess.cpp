@@ -212,7 +212,7 @@ private Q_SLOTS:
         const support::Columns<QString, QPointF, int> row; // named, inside, code
         row("Russia's box holds Lithuania", "Russia", QPointF(37.6, 55.7), 2497);
         row("in Russian", "Россия", QPointF(49.1, 55.8), 28409);
-        row("Kaliningrad beside it", "РФ", QPointF(20.5, 54.7), 28404);
+        row("Kaliningrad beside it", "РФ", QPointF(20.5, 54.7), 20904);
         row("Germany", "Германия", QPointF(11.6, 48.1), 25832);
         row("Austria", "Österreich", QPointF(14.3, 48.3), 31255);
         row("Norway beside Sweden", "Норвегия", QPointF(10.7, 59.9), 25832);

@@ -8,6 +8,8 @@
 
 #include <map>
 #include <optional>
+#include <set>
+#include <utility>
 
 namespace nivora::cs {
 
@@ -18,9 +20,11 @@ double metresFrom(const QRectF &area, const QPointF &place);
 class GuessScore
 {
 public:
-    GuessScore(const SystemIndex &index, const SearchLexicon &lexicon, const std::optional<NamedPlace> &place)
+    GuessScore(const SystemIndex &index, const SearchLexicon &lexicon, const PlaneTable &table,
+               const std::optional<NamedPlace> &place)
         : m_index(index)
         , m_lexicon(lexicon)
+        , m_table(table)
         , m_place(place)
     {}
 
@@ -30,20 +34,30 @@ public:
     double there(const GuessCandidate &candidate);
     /// For the datum: those of today are the likelier ones.
     static double ofDatum(const Ground &ground);
+    /// Data so far outside of an area may yet be in its system, when they are near the place asked for.
+    static constexpr double nearAreaM = 40e3;
     /// Whether the area of a system is near enough to the place asked for.
     bool isNear(const IndexedSystem &system) const;
 
 private:
-    double inForce(int system, int country);
-    const std::map<int, double> &force(int country);
+    /// What is in force in a country, and how much that is worth.
+    struct Force
+    {
+        std::map<int, double> systems;
+        std::map<std::pair<int, int>, double> families; ///< zones of a family on a base
+        std::set<int> bases;
+    };
+
+    const Force &force(int country);
+    double inForce(const PlaneOfSystem &system, int country);
+    double atPlace(const GuessCandidate &candidate, int country) const;
+    double inArea(const GuessCandidate &candidate) const;
 
     const SystemIndex &m_index;
     const SearchLexicon &m_lexicon;
-    double atPlace(const GuessCandidate &candidate, int country) const;
-
-    std::optional<NamedPlace> m_place;               ///< where the data are said to lie
-    std::map<int, std::map<int, double>> m_force;    ///< by country, by system
-    std::map<int, std::map<int, double>> m_families; ///< by country, by family
+    const PlaneTable &m_table;
+    std::optional<NamedPlace> m_place; ///< where the data are said to lie
+    std::map<int, Force> m_force;      ///< by country
 };
 
 } // namespace nivora::cs

@@ -119,7 +119,7 @@ public:
         , m_readings(readingsOf(m_sample, question.isSwapped))
         , m_doubtOfLengths(doubtOfLengths(m_sample))
         , m_place(place)
-        , m_score(index, lexicon, place)
+        , m_score(index, lexicon, table, place)
         , m_ground(table, wgs84)
     {}
 
@@ -169,15 +169,22 @@ std::vector<QPointF> Guessing::readSample(const GuessReading &reading, const Pla
 bool Guessing::isInBox(const GuessReading &reading, const PlaneOfSystem &system) const
 {
     constexpr double widening = 0.02;
-    const QRectF box = system.box.adjusted(-widening * system.box.width(), -widening * system.box.height(),
-                                           widening * system.box.width(), widening * system.box.height());
+    constexpr double metresOfDegree = 111e3;
+    const double around = !m_place ? 0.0
+                                   : GuessScore::nearAreaM /
+                                         (system.metresPerUnit > 0.0 ? system.metresPerUnit : metresOfDegree);
+    const double x = widening * system.box.width() + around;
+    const double y = widening * system.box.height() + around;
+    const QRectF box = system.box.adjusted(-x, -y, x, y);
     std::size_t inside = 0;
     for (const auto &sample : m_sample) {
         const QPointF point = readPoint(reading, sample, planeOf(system));
-        const double x = system.plane == 0
-                             ? box.left() + std::fmod(std::fmod(point.x() - box.left(), 360.0) + 360.0, 360.0)
-                             : point.x();
-        inside += x >= box.left() && x <= box.right() && point.y() >= box.top() && point.y() <= box.bottom();
+        const double east =
+            system.plane == 0
+                ? box.left() + std::fmod(std::fmod(point.x() - box.left(), 360.0) + 360.0, 360.0)
+                : point.x();
+        inside +=
+            east >= box.left() && east <= box.right() && point.y() >= box.top() && point.y() <= box.bottom();
     }
     return static_cast<double>(inside) >= leastShare * static_cast<double>(m_sample.size());
 }
@@ -203,7 +210,7 @@ std::vector<GuessCandidate> Guessing::inBoxes() const
     return candidates;
 }
 
-/// Where the data would lie; false when that is outside of the system's area.
+/// Where the data would lie; false when that is outside of the system's area, and not near it.
 bool Guessing::place(GuessCandidate &candidate)
 {
     const PlaneOfSystem &system = *candidate.system;
@@ -216,7 +223,10 @@ bool Guessing::place(GuessCandidate &candidate)
     candidate.lonLat = known->second;
     candidate.centre = centreOf(candidate.lonLat);
     candidate.share = shareInside(indexed(system).extent, candidate.lonLat);
-    return std::isfinite(candidate.centre.x()) && candidate.share >= leastShare;
+    if (!std::isfinite(candidate.centre.x()))
+        return false;
+    return candidate.share >= leastShare ||
+           (m_place && metresFrom(indexed(system).extent, candidate.centre) <= GuessScore::nearAreaM);
 }
 
 std::vector<GuessCandidate> Guessing::placed(std::vector<GuessCandidate> candidates)
