@@ -13,6 +13,8 @@
 #include <QFileInfo>
 #include <QObject>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int mostWarnings = 20;
@@ -37,6 +39,20 @@ QStringList extensionsOf(GDALDriverH driver)
     const QString several = item(driver, GDAL_DMD_EXTENSIONS);
     return (several.isEmpty() ? item(driver, GDAL_DMD_EXTENSION) : several)
         .split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
+/// Their drivers read a few bytes at a time, and ask the system where they are before each.
+constexpr const char *hastyDrivers[] = {"MapInfo File", "ESRI Shapefile"};
+
+/// The name under which the driver reads fast.
+QByteArray quickName(GDALDriverH driver, const QString &path)
+{
+    const QFileInfo info(path);
+    const bool isHasty =
+        driver && info.isFile() &&
+        std::any_of(std::begin(hastyDrivers), std::end(hastyDrivers),
+                    [driver](const char *one) { return driverName(driver) == QLatin1String(one); });
+    return isHasty ? inBlocks(QFile::encodeName(info.absoluteFilePath())) : QFile::encodeName(path);
 }
 
 template <typename Accept> GDALDriverH firstDriver(Accept &&accept)
@@ -95,8 +111,9 @@ Dataset openForReading(const QString &path, const GdalMessages &messages, const 
         item(driver, GDAL_DMD_OPENOPTIONLIST).contains(QLatin1String("'ENCODING'")))
         list = CSLSetNameValue(list, "ENCODING", driverEncoding(encoding).constData());
     const std::unique_ptr<char *, void (*)(char **)> options(list, CSLDestroy);
-    Dataset dataset(GDALOpenEx(name.constData(), GDAL_OF_VECTOR | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR,
-                               nullptr, options.get(), nullptr));
+    Dataset dataset(GDALOpenEx(quickName(driver, path).constData(),
+                               GDAL_OF_VECTOR | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR, nullptr,
+                               options.get(), nullptr));
     if (!dataset)
         throw Failure(QObject::tr("cannot read %1: %2").arg(path, messages.reason()));
     return dataset;

@@ -287,8 +287,7 @@ bool LayerCopy::writePart(OGRFeatureH feature, Geometry geometry)
 bool LayerCopy::write(FeatureBatch::Item &item, const Advanced &advanced)
 {
     OGRFeatureH feature = item.feature.get();
-    const auto verdict =
-        item.geometry ? m_job.values.verdict(kindOfGeometry(item.geometry.get())) : ValueProbe::Held;
+    const auto verdict = item.geometry ? m_job.values.verdict(item.geometry.get()) : ValueProbe::Held;
     if (verdict == ValueProbe::Refused)
         return false;
     bool isWritten = true;

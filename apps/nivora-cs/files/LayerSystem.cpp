@@ -1,5 +1,6 @@
 #include "LayerSystem.h"
 
+#include "BlockFiles.h"
 #include "GdalFiles.h"
 #include "MapInfoFiles.h"
 #include "Output.h"
@@ -19,10 +20,12 @@ using nivora::cs::CoordSystemPtr;
 
 namespace {
 
+QString nameOf(GDALDatasetH dataset) { return QFile::decodeName(withoutBlocks(GDALGetDescription(dataset))); }
+
 /// The file that a layer of a MapInfo data set lies in; a data set may be a directory of tables.
 QString fileOfLayer(GDALDatasetH dataset, OGRLayerH layer)
 {
-    const QFileInfo place(QFile::decodeName(GDALGetDescription(dataset)));
+    const QFileInfo place(nameOf(dataset));
     if (!place.isDir())
         return place.filePath();
     const QString name = QString::fromUtf8(OGR_L_GetName(layer));
@@ -66,6 +69,6 @@ CoordSystemPtr systemOfLayer(const Session &session, GDALDatasetH dataset, OGRLa
                                 : session.factory().createFromPrj(clause);
     } catch (const std::exception &e) {
         throw Failure(QObject::tr("%1: its coordinate system cannot be used (%2); give --from")
-                          .arg(QFile::decodeName(GDALGetDescription(dataset)), QString::fromUtf8(e.what())));
+                          .arg(nameOf(dataset), QString::fromUtf8(e.what())));
     }
 }

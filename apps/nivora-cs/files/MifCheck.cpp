@@ -11,8 +11,10 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -45,12 +47,67 @@ std::string_view trimmed(std::string_view line)
     return line;
 }
 
+/// By byte.
+constexpr std::array<bool, 256> numericBytes = [] {
+    std::array<bool, 256> bytes{};
+    for (const char c : std::string_view("0123456789+-.eE \t,"))
+        bytes[static_cast<unsigned char>(c)] = true;
+    return bytes;
+}();
+
 bool isNumeric(std::string_view text)
 {
-    return std::all_of(text.begin(), text.end(), [](char c) {
-        return std::string_view("0123456789+-.eE \t,").find(c) != std::string_view::npos;
-    });
+    return std::all_of(text.begin(), text.end(),
+                       [](char c) { return numericBytes[static_cast<unsigned char>(c)]; });
 }
+
+/// Lines of a file from where it is, one after the other.
+class LineReader
+{
+public:
+    explicit LineReader(QFile &file)
+        : m_file(file)
+    {}
+    /// With its end; valid until the next call. False at the end of the file.
+    bool next(std::string_view &line)
+    {
+        const char *end = nullptr;
+        do
+            end = lineEnd();
+        while (!end && fill());
+        const char *const begin = m_bytes.data() + m_begin;
+        line = {begin, static_cast<std::size_t>((end ? end + 1 : m_bytes.data() + m_filled) - begin)};
+        m_begin += line.size();
+        m_seen = m_begin;
+        return !line.empty();
+    }
+
+private:
+    /// In what has not been looked at.
+    const char *lineEnd() const
+    {
+        return static_cast<const char *>(std::memchr(m_bytes.data() + m_seen, '\n', m_filled - m_seen));
+    }
+    /// Keeps the line that has begun. False when there is no more.
+    bool fill()
+    {
+        constexpr std::size_t block = 1 << 18;
+        std::memmove(m_bytes.data(), m_bytes.data() + m_begin, m_filled - m_begin);
+        m_filled -= std::exchange(m_begin, 0);
+        m_seen = m_filled;
+        m_bytes.resize(std::max(m_bytes.size(), m_filled + block));
+        const qint64 size =
+            m_file.read(m_bytes.data() + m_filled, static_cast<qint64>(m_bytes.size() - m_filled));
+        m_filled += static_cast<std::size_t>(std::max<qint64>(size, 0));
+        return size > 0;
+    }
+
+    QFile &m_file;
+    std::vector<char> m_bytes = std::vector<char>(1);
+    std::size_t m_begin = 0;
+    std::size_t m_seen = 0;
+    std::size_t m_filled = 0;
+};
 
 const Keyword *keywordOf(std::string_view word)
 {
@@ -162,11 +219,11 @@ bool DataLines::take(std::string_view line)
 int recordsOf(QFile &file)
 {
     int records = 0;
-    int quotes = 0;
-    while (!file.atEnd()) {
-        const QByteArray line = file.readLine();
-        quotes += line.count('"');
-        records += quotes % 2 == 0 && !line.trimmed().isEmpty();
+    qint64 quotes = 0;
+    LineReader lines(file);
+    for (std::string_view line; lines.next(line);) {
+        quotes += std::count(line.begin(), line.end(), '"');
+        records += quotes % 2 == 0 && !trimmed(line).empty();
     }
     return records;
 }
@@ -211,11 +268,10 @@ std::optional<QRectF> checkMif(const QString &path, Losses &losses)
     bool isTransformed = false;
     const int columns = passHeader(file, number, isTransformed);
     DataLines lines;
-    std::array<char, 1 << 16> line{};
-    while (!file.atEnd()) {
-        const qint64 size = file.readLine(line.data(), static_cast<qint64>(line.size()));
+    LineReader reader(file);
+    for (std::string_view line; reader.next(line);) {
         ++number;
-        if (size <= 0 || lines.take({line.data(), static_cast<std::size_t>(size)}))
+        if (lines.take(line))
             continue;
         losses.add(Loss::Features,
                    QObject::tr("%1 is damaged in line %2: features may be missing or other than "

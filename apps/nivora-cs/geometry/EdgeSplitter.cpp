@@ -1,5 +1,7 @@
 #include "EdgeSplitter.h"
 
+#include "LonLat.h"
+
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemConversions.h>
 
@@ -57,6 +59,7 @@ EdgeSplitter::EdgeSplitter(const BulkTransform &transform, const CoordSystem &pl
     , m_metresPerUnit(metresPerUnit(plane))
     , m_sourceMetres(metresPerUnit(*transform.transform().sourceCoordSystem()))
     , m_isLatLong(plane.isLatLong())
+    , m_isSourceLatLong(transform.transform().sourceCoordSystem()->isLatLong())
 {}
 
 EdgeSplitter::Vertex EdgeSplitter::placed(double x, double y, double z, double m) const
@@ -70,6 +73,12 @@ EdgeSplitter::Vertex EdgeSplitter::placed(double x, double y, double z, double m
 EdgeSplitter::Vertex EdgeSplitter::at(const Vertex &a, const Vertex &b, double t) const
 {
     return placed(between(a.x, b.x, t), between(a.y, b.y, t), between(a.z, b.z, t), between(a.m, b.m, t));
+}
+
+/// Over so many degrees that the other way around would be the shorter one: which is meant shows the whole.
+bool EdgeSplitter::isWide(const Vertex &a, const Vertex &b) const
+{
+    return m_isSourceLatLong && isWideEdge(QPointF(a.x, a.y), QPointF(b.x, b.y));
 }
 
 /// False where something has no image: the feature fails anyway.
@@ -123,7 +132,11 @@ void EdgeSplitter::split(OGRGeometryH geometry) const
     std::vector<Vertex> line{point(0)};
     for (int i = 1; i < OGR_G_GetPointCount(geometry); ++i) {
         const Vertex start = line.back();
-        append(start, point(i), 0, line);
+        const Vertex end = point(i);
+        if (isWide(start, end))
+            line.push_back(end);
+        else
+            append(start, end, 0, line);
     }
     if (line.size() > static_cast<std::size_t>(OGR_G_GetPointCount(geometry)))
         setPoints(geometry, line);

@@ -33,6 +33,7 @@ private:
 
     Vertex placed(double x, double y, double z, double m) const;
     Vertex at(const Vertex &a, const Vertex &b, double t) const;
+    bool isWide(const Vertex &a, const Vertex &b) const;
     bool bends(const Vertex &a, const Vertex &b, const Vertex &v, double t) const;
     void append(const Vertex &a, const Vertex &b, int depth, std::vector<Vertex> &line) const;
     static void setPoints(OGRGeometryH geometry, const std::vector<Vertex> &line);
@@ -41,5 +42,6 @@ private:
     double m_mostBendM;
     double m_metresPerUnit;
     double m_sourceMetres; ///< a unit of the source
-    bool m_isLatLong;
+    bool m_isLatLong;      ///< the target
+    bool m_isSourceLatLong;
 };

@@ -105,3 +105,19 @@ Geometry valid(Geometry geometry)
         addParts(made.get(), areas.get());
     return areas;
 }
+
+/// Rounding leaves some where two edges run along each other.
+void dropSlivers(OGRGeometryH geometry, double narrowest)
+{
+    for (int i = OGR_G_GetGeometryCount(geometry) - 1; i >= 0; --i) {
+        OGRGeometryH part = OGR_G_GetGeometryRef(geometry, i);
+        const bool isRing = isPolygon(geometry);
+        OGRGeometryH outline = isPolygon(part) ? OGR_G_GetGeometryRef(part, 0) : part;
+        const bool isNarrow =
+            (isRing || isPolygon(part)) && OGR_G_Area(outline) < narrowest * OGR_G_Length(outline);
+        if (isNarrow && !(isRing && i == 0)) // a shell goes with its polygon
+            OGR_G_RemoveGeometry(geometry, i, TRUE);
+        else
+            dropSlivers(part, narrowest);
+    }
+}

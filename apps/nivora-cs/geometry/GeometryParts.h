@@ -22,3 +22,5 @@ Geometry collectionFor(OGRGeometryH geometry);
 void addParts(OGRGeometryH geometry, OGRGeometryH all);
 /// What crosses itself means what lies inside an odd number of times.
 Geometry valid(Geometry geometry);
+/// Takes away holes, and polygons of a collection, that are narrower.
+void dropSlivers(OGRGeometryH geometry, double narrowest);

@@ -24,6 +24,7 @@ constexpr double edgeStep = 0.25; ///< degrees between vertices where a cut runs
 constexpr double shortM = 1e5;
 constexpr double longM = 5e6;
 constexpr double foldM = 1000.0; ///< farther than any inverse is off
+constexpr double sliverM = 1e-5; ///< wider than what rounding makes
 
 QPointF middleOf(const QPointF &a, const QPointF &b) { return (a + b) / 2.0; }
 
@@ -396,6 +397,24 @@ bool SeamCutter::hasBends(OGRGeometryH source, OGRGeometryH plain) const
     return false;
 }
 
+/// Whether edges run along both sides of 180 degrees, which is one line on a map without a seam there.
+bool SeamCutter::hasSlit(OGRGeometryH source) const
+{
+    bool isAlong[2] = {false, false};
+    const auto look = [&](const auto &self, OGRGeometryH geometry) -> void {
+        for (int i = 0; i < OGR_G_GetGeometryCount(geometry); ++i)
+            self(self, OGR_G_GetGeometryRef(geometry, i));
+        for (int i = 1; OGR_G_GetGeometryCount(geometry) == 0 && i < OGR_G_GetPointCount(geometry); ++i) {
+            const QPointF a = pointAt(geometry, i - 1);
+            const QPointF b = pointAt(geometry, i);
+            if (isSeam(a) && isSeam(b) && a.x() == b.x() && a.y() != b.y())
+                isAlong[a.x() > 0.0] = true;
+        }
+    };
+    look(look, source);
+    return isAlong[0] && isAlong[1];
+}
+
 Geometry SeamCutter::settle(OGRGeometryH geometry, Geometry plain, SeamFault &fault) const
 {
     constexpr double mostOff = 0.02;
@@ -408,7 +427,7 @@ Geometry SeamCutter::settle(OGRGeometryH geometry, Geometry plain, SeamFault &fa
     fault = whole ? SeamFault::Torn : fault;
     if (!whole || OGR_G_IsEmpty(whole.get())) // a polygon of no area
         return whole ? std::move(plain) : nullptr;
-    if (plain && !hasBends(geometry, plain.get()) && OGR_G_IsValid(plain.get()) &&
+    if (plain && !hasBends(geometry, plain.get()) && !hasSlit(geometry) && OGR_G_IsValid(plain.get()) &&
         agree(whole.get(), plain.get(), mostOff))
         return plain;
     Geometry made = dissolved(whole.get());
@@ -417,7 +436,10 @@ Geometry SeamCutter::settle(OGRGeometryH geometry, Geometry plain, SeamFault &fa
         if (made && !agree(whole.get(), made.get(), mostOff))
             made.reset();
     }
-    if (made) // what lay on a curved seam may cross its chords
-        return singled(valid(std::move(made)), geometry);
+    if (made) { // what lay on a curved seam may cross its chords
+        made = valid(std::move(made));
+        dropSlivers(made.get(), sliverM / m_targetRuler.metres);
+        return singled(std::move(made), geometry);
+    }
     return plain && agree(whole.get(), plain.get(), coarsely) ? std::move(plain) : nullptr;
 }

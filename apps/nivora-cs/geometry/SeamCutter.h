@@ -70,6 +70,7 @@ private:
     Geometry cut(OGRGeometryH unwrapped, SeamFault &fault) const;
     bool agree(OGRGeometryH unwrapped, OGRGeometryH image, double mostOff) const;
     bool bends(const QPointF &a, const QPointF &b, const QPointF &imageA, const QPointF &imageB) const;
+    bool hasSlit(OGRGeometryH source) const;
     bool hasBends(OGRGeometryH source, OGRGeometryH plain) const;
     Geometry dense(OGRGeometryH geometry) const;
 

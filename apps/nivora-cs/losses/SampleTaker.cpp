@@ -4,6 +4,7 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -161,6 +162,8 @@ bool SampleTaker::isNewValue(OGRFeatureH feature, Column &column)
         else
             kind = kindOfText(OGR_F_GetFieldAsString(feature, column.index), column, hasNewCharacter);
     }
+    if (kind == std::exchange(column.last, kind)) // most are like the one before
+        return hasNewCharacter;
     return column.kinds.insert(kind).second || hasNewCharacter;
 }
 

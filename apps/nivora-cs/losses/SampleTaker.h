@@ -26,6 +26,7 @@ private:
         int width;     ///< of the output; 0 for any
         int precision; ///< likewise
         std::set<quint64> kinds{};
+        quint64 last = 0; ///< 0: none yet
     };
 
     bool isNew(const FeatureBatch::Item &item);

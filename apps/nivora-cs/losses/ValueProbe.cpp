@@ -174,9 +174,11 @@ Geometry clone(OGRGeometryH geometry) { return Geometry(geometry ? OGR_G_Clone(g
 
 } // namespace
 
-ValueProbe::Verdict ValueProbe::verdict(const std::vector<int> &kind) const
+ValueProbe::Verdict ValueProbe::verdict(OGRGeometryH geometry) const
 {
-    const auto found = m_verdicts.find(kind);
+    if (m_verdicts.empty())
+        return Held;
+    const auto found = m_verdicts.find(kindOfGeometry(geometry));
     return found == m_verdicts.end() ? Held : found->second;
 }
 

@@ -24,8 +24,8 @@ public:
     /// Adds each loss. Throws Failure when nothing can be written at all.
     void check(const LayerWriter::Plan &plan, const std::vector<FeatureBatch::Item *> &samples,
                Losses &losses);
-    /// Of a kind of geometry that was among the samples.
-    Verdict verdict(const std::vector<int> &kind) const;
+    /// Of a geometry of a kind that was among the samples.
+    Verdict verdict(OGRGeometryH geometry) const;
 
 private:
     struct Read
