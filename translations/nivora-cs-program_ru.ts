@@ -749,10 +749,6 @@ Examples:
         <translation>--segmentize: метры больше 0, а не «%1»</translation>
     </message>
     <message>
-        <source>convert reads and writes files, no pipes: &quot;-&quot; is none</source>
-        <translation>convert читает и пишет файлы, а не каналы: «-» не файл</translation>
-    </message>
-    <message>
         <source>%1 does not say its coordinate system; give --from</source>
         <translation>%1 не сообщает систему координат; укажите --from</translation>
     </message>
@@ -2502,6 +2498,18 @@ northing и подобные), иначе это первые два.
     <message>
         <source>places of &quot;%1&quot; move by up to %2 m: a table counts in steps of its bounds, which the system states; without its bounds they are fine enough</source>
         <translation>места слоя «%1» сдвигаются до %2 м: таблица считает шагами своих границ, которые задаёт система; без её границ шаги достаточно малы</translation>
+    </message>
+    <message>
+        <source>convert reads and writes files, no pipes: &quot;%1&quot; is none</source>
+        <translation>convert читает и пишет файлы, а не каналы: «%1» не файл</translation>
+    </message>
+    <message>
+        <source>%1 is a folder, which is never replaced: other files may have been put into it; remove it, or write to another name</source>
+        <translation>%1 — папка, а папки не заменяются: в ней могут быть и чужие файлы; удалите её или выберите другое имя</translation>
+    </message>
+    <message>
+        <source>files ending in &quot;.%1&quot; are not found as %2: write .%3</source>
+        <translation>файлы на «.%1» не находятся как %2: пишите .%3</translation>
     </message>
 </context>
 </TS>

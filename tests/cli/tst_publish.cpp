@@ -79,6 +79,10 @@ private Q_SLOTS:
             ".nivora-cs-abcdef o.gpkg");
         row("a folder that is one data set", "mark; convert a.csv o.gdb; convert a.csv o.gdb --overwrite",
             "o.gdb");
+        row("names in capitals",
+            "mark; convert a.csv O.SHP && convert O.SHP P.TAB && convert P.TAB o.gpkg && convert O.SHP O.SHP "
+            "--overwrite; convert a.csv o.Shp",
+            "O.CPG O.DBF O.PRJ O.SHP O.SHX P.DAT P.ID P.MAP P.TAB o.gpkg");
         row("a driver that writes nothing", "mark; convert a.csv o.xyz --format Memory", "");
         row("appending to a set of files behind a link",
             "mkdir s; convert a.csv s/o.shp; for e in shp dbf shx prj cpg; do ln -s s/o.$e o.$e; done; chmod "

@@ -17,9 +17,11 @@
 #include <coordsys/MapHeaderCoordsysConverter.h>
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QObject>
 
+#include <cerrno>
 #include <cmath>
 
 using nivora::cs::CoordSystemPtr;
@@ -51,9 +53,13 @@ CoordSystemPtr optionalSystem(const Session &session, const CommandLine &line, c
 /// Drivers seek in files and write several of them.
 QString fileArgument(const CommandLine &line, int index)
 {
-    const QString name = line.arguments().at(index);
-    if (name == QLatin1String("-"))
-        throw Failure(QObject::tr("convert reads and writes files, no pipes: \"-\" is none"));
+    QString name = line.arguments().at(index);
+    while (name.size() > 1 && name.endsWith(QLatin1Char('/'))) // of a folder that is one data set
+        name.chop(1);
+    const QFileInfo info(name);
+    const bool isPipe = index == 0 && info.exists() && !info.isFile() && !info.isDir();
+    if (isPipe || name == QLatin1String("-"))
+        throw Failure(QObject::tr("convert reads and writes files, no pipes: \"%1\" is none").arg(name));
     return name;
 }
 
@@ -101,12 +107,22 @@ bool statesNumbers(OGRLayerH layer)
     return first && OGR_F_GetFID(first.get()) != 0;
 }
 
-/// The driver's words for what it changed: "… couldn't be converted correctly from UTF-8 to CP1251", "Value …
-/// has been truncated to …".
-bool tellsLoss(const QString &warning)
+/// A driver's words for what it changed: "… couldn't be converted correctly from UTF-8 to CP1251", "Value …
+/// has been truncated to …", "Value … parsed incompletely to integer …".
+struct LossWords
 {
-    return warning.contains(QLatin1String("converted correctly")) ||
-           warning.contains(QLatin1String("truncated"));
+    const char *words;
+    Loss kind;
+};
+constexpr LossWords lossWords[] = {
+    {"converted correctly", Loss::Texts}, {"truncated", Loss::Texts}, {"parsed incompletely", Loss::Types}};
+
+std::optional<Loss> lossTold(const QString &warning)
+{
+    for (const LossWords &row : lossWords)
+        if (warning.contains(QLatin1String(row.words)))
+            return row.kind;
+    return std::nullopt;
 }
 
 } // namespace
@@ -129,8 +145,8 @@ Conversion::Conversion(const CommandLine &line)
     , m_stage(m_out, modeOf(line))
     , m_file(QFileInfo(m_out).fileName())
     , m_rejected(m_stage.path(rejectedName(m_out)))
-    , m_probe(m_session, m_format, m_stage.dir(), QFileInfo(m_out).fileName())
-    , m_values(m_stage.dir(), QFileInfo(m_out).fileName())
+    , m_probe(m_session, m_format, m_stage.dir(), m_format.ownName(m_file))
+    , m_values(m_stage.dir(), m_format.ownName(m_file))
 {
     const bool isVirtual = driverName(GDALGetDatasetDriver(m_source.get())) == QLatin1String("OGR_VRT");
     if (m_messages.failed() && (isVirtual || !placesNotAsked().isEmpty()))
@@ -296,7 +312,7 @@ void Conversion::settle(OGRLayerH source, OutputLayer &layer, GeometryChange &ch
 
 void Conversion::openTarget(const OutputLayer &first)
 {
-    m_target = m_append ? m_append->open() : m_format.create(m_stage.path(m_file), first);
+    m_target = m_append ? m_append->open() : m_format.create(written(), first);
     if (!m_target)
         throw Failure(QObject::tr("cannot write %1: %2").arg(m_out, m_messages.reason()));
     m_before = m_append ? featureCount(m_target.get()) : 0;
@@ -346,12 +362,35 @@ void Conversion::noteLayer(const LayerCopy &copy, const OutputLayer &layer)
 void Conversion::noteWarnings()
 {
     for (const QString &warning : m_messages.warnings())
-        if (tellsLoss(warning))
-            m_losses.add(Loss::Texts, warning);
+        if (const auto kind = lossTold(warning))
+            m_losses.add(*kind, warning);
         else
             m_notes << warning;
     m_losses.check();
     m_messages.clear();
+}
+
+QString Conversion::written() const { return m_stage.path(m_append ? m_file : m_format.ownName(m_file)); }
+
+/// Readers look for the other files of a set in the same letters.
+void Conversion::nameAsAsked() const
+{
+    const QFileInfo own(written());
+    const QFileInfo asked(m_stage.path(m_file));
+    if (m_append || own.fileName() == asked.fileName())
+        return;
+    const bool isLarge = asked.suffix() == asked.suffix().toUpper();
+    const QString base = own.completeBaseName() + QLatin1Char('.');
+    for (const QString &name : own.dir().entryList(QDir::Files | QDir::Hidden)) {
+        const QString suffix = name.mid(base.size());
+        if (!name.startsWith(base) || suffix.contains(QLatin1Char('.')))
+            continue;
+        const QString wanted = name == own.fileName() ? asked.fileName()
+                               : isLarge              ? base + suffix.toUpper()
+                                                      : name;
+        if (name != wanted && !QFile::rename(own.dir().filePath(name), own.dir().filePath(wanted)))
+            throw Failure(QObject::tr("cannot write %1: %2").arg(m_out, systemMessage(errno)));
+    }
 }
 
 void Conversion::closeTarget()
@@ -362,12 +401,13 @@ void Conversion::closeTarget()
     if (!committed || m_messages.failed())
         throw Failure(QObject::tr("cannot write %1: %2").arg(m_out, m_messages.reason()));
     if (m_mapInfo)
-        giveSystem(m_stage.path(m_file), *m_mapInfo);
+        giveSystem(written(), *m_mapInfo);
     m_stage.checkRoom();
-    const QString written = QFileInfo(writtenFile(m_stage.path(m_file))).fileName();
-    if (written != m_file)
-        m_notes << QObject::tr("without geometry there is no %1, but %2").arg(m_file, written);
+    const QString name = QFileInfo(writtenFile(written())).fileName();
+    if (name != QFileInfo(written()).fileName())
+        m_notes << QObject::tr("without geometry there is no %1, but %2").arg(m_file, name);
     checkCount();
+    nameAsAsked();
     m_allFeatures += m_features;
     m_features = 0;
 }
@@ -377,11 +417,11 @@ void Conversion::closeTarget()
 void Conversion::checkCount()
 {
     constexpr qint64 soonRead = 4 * 1024 * 1024;
-    const bool isLarge = QFileInfo(m_stage.path(m_file)).size() > soonRead;
+    const bool isLarge = QFileInfo(written()).size() > soonRead;
     if (!m_format.canBeRead() || m_features == 0 || (isLarge && !m_format.opensQuickly()))
         return;
     m_messages.clear();
-    const Dataset dataset = openForReading(writtenFile(m_stage.path(m_file)), m_messages);
+    const Dataset dataset = openForReading(writtenFile(written()), m_messages);
     qint64 found = 0;
     for (int i = 0; i < GDALDatasetGetLayerCount(dataset.get()); ++i) {
         OGRLayerH layer = GDALDatasetGetLayer(dataset.get(), i);

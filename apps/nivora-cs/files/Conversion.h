@@ -36,6 +36,9 @@ private:
     void openTarget(const OutputLayer &first);
     QStringList writeWhole(const std::vector<int> &layers);
     QStringList writeKinds(const std::vector<int> &layers);
+    /// The output that is being written, where its driver makes it.
+    QString written() const;
+    void nameAsAsked() const;
     void closeTarget();
     void noteWarnings();
     void noteLayer(const LayerCopy &copy, const OutputLayer &layer);

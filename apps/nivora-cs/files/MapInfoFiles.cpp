@@ -117,7 +117,7 @@ QString siblingOf(const QString &path, const QString &suffix)
 {
     const QFileInfo info(path);
     const QString wanted = info.completeBaseName() + QLatin1Char('.') + suffix;
-    const QStringList files = info.dir().entryList(QDir::Files);
+    const QStringList files = info.dir().entryList(QDir::Files | QDir::Hidden);
     for (const QString &file : files)
         if (file.compare(wanted, Qt::CaseInsensitive) == 0)
             return info.dir().filePath(file);

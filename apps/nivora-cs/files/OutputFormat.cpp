@@ -12,6 +12,7 @@
 #include <ogr_srs_api.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QObject>
 
 #include <algorithm>
@@ -133,6 +134,10 @@ OutputFormat::OutputFormat(const QString &path, const QString &name, const QStri
                  : m_isMapInfo       ? encodingLike(source)
                                      : QByteArray())
 {
+    const QString suffix = QFileInfo(path).suffix();
+    if (ownName(path) != path && suffix != suffix.toUpper())
+        throw Failure(QObject::tr("files ending in \".%1\" are not found as %2: write .%3")
+                          .arg(suffix, this->name(), suffix.toLower()));
     if (!encoding.isEmpty() && !hasLayerOption("ENCODING"))
         throw Failure(QObject::tr("--out-encoding: %1 writes UTF-8 alone").arg(this->name()));
 }
@@ -160,6 +165,13 @@ bool OutputFormat::holdsType(OGRFieldType type) const
 bool OutputFormat::tellsCases() const
 {
     return !isAmong(std::begin(caselessDrivers), std::end(caselessDrivers), name());
+}
+
+QString OutputFormat::ownName(const QString &name) const
+{
+    const int size = static_cast<int>(QFileInfo(name).suffix().size());
+    const bool isSmall = m_isMapInfo || this->name() == QLatin1String("ESRI Shapefile");
+    return isSmall ? name.left(name.size() - size) + name.right(size).toLower() : name;
 }
 
 bool OutputFormat::opensQuickly() const

@@ -58,6 +58,9 @@ public:
     /// Whether a large file of it is opened without reading it.
     bool opensQuickly() const;
     bool holdsManyLayers() const { return has(GDAL_DCAP_MULTIPLE_VECTOR_LAYERS); }
+    /// The name under which the driver makes a file that is asked for as \p name: some write the suffix in
+    /// small letters whatever is asked for, and do not find it again.
+    QString ownName(const QString &name) const;
     /// Null when it cannot be made. \p layer is its first.
     Dataset create(const QString &path, const OutputLayer &layer) const;
     /// Null when it cannot be made.

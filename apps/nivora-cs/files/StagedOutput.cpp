@@ -59,6 +59,11 @@ void checkFinished(const QString &path)
 void checkFree(const QString &path, bool overwrite)
 {
     const QFileInfo info(path);
+    if (info.isDir() && overwrite)
+        throw Failure(
+            QObject::tr("%1 is a folder, which is never replaced: other files may have been put into it; "
+                        "remove it, or write to another name")
+                .arg(path));
     if (info.exists() && !info.isFile())
         throw Failure(QObject::tr("%1 exists already and is no file").arg(path));
     if ((info.exists() || info.isSymLink()) && !overwrite)
