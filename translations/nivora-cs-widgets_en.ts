@@ -642,5 +642,13 @@
         <source>&amp;Единица местных координат:</source>
         <translation>&amp;Unit of the local coordinates:</translation>
     </message>
+    <message>
+        <source>по границам, которые указаны в системе</source>
+        <translation>by the bounds that the system states</translation>
+    </message>
+    <message>
+        <source>вокруг контрольных точек</source>
+        <translation>around the control points</translation>
+    </message>
 </context>
 </TS>

@@ -3,6 +3,7 @@
 #include "CoordSystemCatalogModel_p.h"
 #include "GeographicExtent_p.h"
 #include "ModelTexts_p.h"
+#include "SearchMaker_p.h"
 #include <coordsys/CoordSysFactory.h>
 
 #include <QFutureWatcher>
@@ -43,6 +44,11 @@ struct Answer
     QVector<Entry> entries;
     QVector<CoordSystemFilterModel::Relaxation> relaxations;
 };
+
+bool isCodelessOwn(const Entry &entry)
+{
+    return entry.section == CoordSystemCatalogModel::OwnSystems && entry.epsg <= 0;
+}
 
 /// A question with all that is needed to answer it, so that any thread can.
 struct Query
@@ -165,19 +171,27 @@ CoordSystemFilterModel::Relaxation Query::leftAside(const QStringList &without, 
 
 QRectF Query::areaOf(const Entry &entry) const
 {
+    if (isCodelessOwn(entry))
+        return SearchMaker::ownArea(*searchWith(branches), {-2 - entry.group, entry.row});
     return entry.section == CoordSystemCatalogModel::EpsgDatabase ? index->system(entry.group, entry.row).area
                                                                   : index->area(entry.epsg);
 }
 
-/// Those that hold the middle of a place; before the others those that hold all of it.
+/// Those that hold the middle of a place; before the others those that hold all of it. Behind them own
+/// systems of which nobody knows where they are in use.
 Query::Entries Query::inUseAt(const QRectF &where, const Entries &entries) const
 {
-    Entries there;
-    std::copy_if(entries.begin(), entries.end(), std::back_inserter(there),
-                 [&](const Entry &entry) { return areaHolds(areaOf(entry), middleOf(where)); });
-    std::stable_partition(there.begin(), there.end(),
-                          [&](const Entry &entry) { return areaHolds(areaOf(entry), where); });
-    return there;
+    Entries whole;
+    Entries middle;
+    Entries unknown;
+    for (const Entry &entry : entries)
+        if (const QRectF area = areaOf(entry); area.isNull() && isCodelessOwn(entry))
+            unknown << entry;
+        else if (areaHolds(area, where))
+            whole << entry;
+        else if (areaHolds(area, middleOf(where)))
+            middle << entry;
+    return whole + middle + unknown;
 }
 
 QVector<CoordSystemFilterModel::Relaxation> Query::relaxations() const

@@ -16,6 +16,15 @@ public:
         return std::shared_ptr<const MapinfoSearch>(
             new MapinfoSearch(std::make_unique<MapinfoSearch::Data>(*base.m_data, std::move(own))));
     }
+    /// Where a user's own system is in use, degrees, by its position as MapinfoSearch::Hit has it; null: not
+    /// known. Makes them all when it is asked first.
+    static QRectF ownArea(const MapinfoSearch &search, const std::pair<int, int> &position)
+    {
+        for (const IndexedSystem &system : search.m_data->indexWithPlaces().systems())
+            if (system.hit.isOwn() && system.hit.position == position)
+                return system.extent;
+        return {};
+    }
     /// What systems without a code are taken to, and those of the catalogue.
     static void setCodeless(SystemGuess &guess, CoordSystemPtr wgs84, std::vector<CodelessSystem> codeless)
     {

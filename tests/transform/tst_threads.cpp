@@ -3,6 +3,9 @@
 #include "CoordTransformCache_p.h"
 #include "ParallelFor_p.h"
 #include <coordsys/CoordTransform.h>
+#include <coordsys/MapinfoSearch.h>
+#include <coordsys/SystemSearch.h>
+#include <coordsys/UserCoordSystem.h>
 
 #include <QSemaphore>
 #include <QThreadPool>
@@ -139,6 +142,48 @@ private Q_SLOTS:
                      return true;
                  }),
                  0);
+    }
+
+    /// The index with a user's own systems is made anew by whoever asks first behind a change; their places
+    /// are put into a copy, since other threads read the first one. What was asked for goes on with what it
+    /// had.
+    void ownSystemsChange()
+    {
+        const auto factory = support::shippedFactory();
+        UserCoordSystem &store = *factory->userCoordSystem();
+        const QString branch = QStringLiteral("threads");
+        const auto own = [](int n) {
+            return CoordSystem::SourceData{
+                CoordSystem::Prj,
+                QStringLiteral("Earth Projection 8, 1001, 7, 42.%1, 0, 1, 250000, 0").arg(n)};
+        };
+        const CoordSystem::SourceData kept = own(9);
+        store.setCoordSystem(branch, kept, QStringLiteral("Vyazniki kept"));
+        constexpr int rounds = 6;
+        const auto change = [&](int round) {
+            const QString name = QStringLiteral("Vyazniki %1").arg(round);
+            store.setCoordSystem(branch, own(round), name);
+            store.setCoordSystem(branch, own(round), name + QStringLiteral(" renamed"));
+            store.removeCoordSystem(branch, own(round));
+            return true;
+        };
+        const auto isFound = [&](int thread) {
+            const auto search = systemSearch(*factory);
+            const QVector<MapinfoSearch::Hit> byName = search->find(QStringLiteral("vyazniki kept"), 1);
+            const auto byPlace =
+                search->answer(QStringLiteral("vyazniki"), QPointF(42.0 + 0.1 * thread, 56.2), 1).hits;
+            return !byName.isEmpty() && byName.first().name == QLatin1String("Vyazniki kept") &&
+                   !byPlace.isEmpty() && byPlace.first().isOwn();
+        };
+        const int failures = failuresOfFour([&](int thread) {
+            bool isRight = true;
+            for (int round = 0; round < rounds; ++round)
+                isRight = (thread == 0 ? change(round) : isFound(thread)) && isRight;
+            return isRight;
+        });
+        store.removeCoordSystem(branch, kept);
+        QCOMPARE(failures, 0);
+        QVERIFY(!systemSearch(*factory)->find(QStringLiteral("vyazniki kept"), 1).value(0).isOwn());
     }
 };
 

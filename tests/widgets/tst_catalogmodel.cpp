@@ -169,6 +169,43 @@ private Q_SLOTS:
         QVERIFY(!filter.mapFromSource(model.indexOfCode(elsewhere)).isValid());
     }
 
+    /// Own systems without a code stay where their bounds hold the place, or are none.
+    void ownAtPlace()
+    {
+        const auto factory = support::shippedFactory();
+        UserCoordSystem &store = *factory->userCoordSystem();
+        const QString branch = QStringLiteral("places");
+        const CoordSystem::SourceData bounded{
+            CoordSystem::Prj, QStringLiteral("Earth Projection 8, 1001, 7, 42.1, 0, 1, 250000, 0 "
+                                             "Bounds (200000, 6200000) (300000, 6300000)")};
+        const CoordSystem::SourceData plan{CoordSystem::Prj,
+                                           QStringLiteral("NonEarth Units 7 Bounds (0, 0) (10, 10)")};
+        store.setCoordSystem(branch, bounded, QStringLiteral("bounded"));
+        store.setCoordSystem(branch, plan, QStringLiteral("plan"));
+        const auto removed = qScopeGuard([&] {
+            store.removeCoordSystem(branch, bounded);
+            store.removeCoordSystem(branch, plan);
+        });
+        Model model(factory);
+        model.waitUntilPrepared();
+        CoordSystemFilterModel filter(model);
+        const auto isShown = [&](const QString &name) {
+            const QModelIndex section = model.sectionIndex(Model::OwnSystems);
+            for (int group = 0; group < model.rowCount(section); ++group)
+                for (int row = 0; row < model.rowCount(model.index(group, 0, section)); ++row)
+                    if (const auto own = model.index(row, 0, model.index(group, 0, section));
+                        own.data().toString() == name)
+                        return filter.mapFromSource(own).isValid();
+            return false;
+        };
+        for (const bool isInside : {true, false}) {
+            filter.setPlace(QRectF(isInside ? 42.1 : -20.0, 56.3, 0.0, 0.0));
+            filter.waitUntilFound();
+            QCOMPARE(isShown(QStringLiteral("bounded")), isInside);
+            QVERIFY(isShown(QStringLiteral("plan")));
+        }
+    }
+
     /// The word that stands in the way is named, and following the advice finds what was promised.
     void relaxations()
     {

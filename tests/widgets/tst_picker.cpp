@@ -1,5 +1,6 @@
 #include "Tests.h"
 
+#include <coordsys/CalibrationStore.h>
 #include <coordsys/CoordSysFactory.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordSystemFilterModel.h>
@@ -197,6 +198,29 @@ private Q_SLOTS:
         const CoordSystemPtr chosen = d.dialog.coordSystem();
         QCOMPARE(chosen ? chosen->epsg() : 0, code);
         store->removeCoordSystem(QStringLiteral("branch"), hopeless);
+    }
+
+    /// Where no authority tells the area: around the control points, else by the system's own bounds.
+    void statedArea()
+    {
+        const QString text = QStringLiteral("Earth Projection 8, 1001, \"m\", 42.1, 0, 1, 250000, 0 "
+                                            "Bounds (200000, 6200000) (300000, 6300000)");
+        const auto isShown = [&text](const QString &says) {
+            Dialog d;
+            d.search->setText(QStringLiteral("CoordSys ") + text);
+            return QTest::qWaitFor([&] { return d.shownText().contains(says); }, settled);
+        };
+        QVERIFY(isShown(QStringLiteral("по границам")));
+        CalibrationRecord record;
+        record.system = {CoordSystem::Prj, text};
+        record.name = QStringLiteral("site");
+        record.known = {CoordSystem::Epsg, QStringLiteral("4326")};
+        record.pairs = {{QStringLiteral("A"), {251000.0, 6240000.0}, {42.1, 56.3}},
+                        {QStringLiteral("B"), {252000.0, 6242000.0}, {42.2, 56.4}}};
+        const CalibrationStore store(support::shippedFactory()->userCoordSystem()->fileInfo());
+        store.save(record);
+        const auto removed = qScopeGuard([&] { store.remove(record.system); });
+        QVERIFY(isShown(QStringLiteral("вокруг контрольных точек")));
     }
 
     /// What was given comes back until another system is chosen: its own object, shown where its like stands.

@@ -3,6 +3,7 @@
 #include <widgets/map/WorldMap_p.h>
 #include <widgets/texts/WidgetTexts_p.h>
 
+#include <coordsys/CalibrationStore.h>
 #include <coordsys/CoordSysFactory.h>
 #include <coordsys/CoordSystem.h>
 #include <coordsys/CoordTransform.h>
@@ -10,17 +11,20 @@
 #include <coordsys/PrjText.h>
 #include <coordsys/ShiftQuality.h>
 #include <coordsys/SystemInfo.h>
+#include <coordsys/UserCoordSystem.h>
 
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLocale>
 #include <QPlainTextEdit>
+#include <QPolygonF>
 #include <QVBoxLayout>
 
 #include <algorithm>
 #include <exception>
 #include <functional>
+#include <optional>
 
 namespace nivora::cs {
 namespace {
@@ -128,6 +132,32 @@ QString areaOf(const ShownFacts &facts)
     return lines.join(QLatin1Char('\n'));
 }
 
+QRectF around(const QVector<QPointF> &points)
+{
+    const QPolygonF all(points);
+    return all.boundingRect();
+}
+
+/// Of a system that no authority tells the area of: around the points that it was made from, else its own
+/// bounds; both in its own coordinates.
+void addStatedArea(const CoordSysFactory &factory, const CoordSystem &cs, ShownFacts &facts)
+{
+    QVector<QPointF> points;
+    const auto record = CalibrationStore(factory.userCoordSystem()->fileInfo()).find(cs);
+    for (const CalibrationPair &pair : record ? record->pairs : QVector<CalibrationPair>())
+        points << pair.local;
+    if (points.isEmpty() && !cs.isRectSet())
+        return;
+    const QRectF box = points.isEmpty() ? cs.rectWithoutSearch() : around(points);
+    const QRectF earth(-180.0, -90.0, 360.0, 180.0);
+    const std::optional<QRectF> area = cs.isLatLong() ? box & earth : cs.toGeographic(box);
+    if (!area || area->isNull())
+        return;
+    facts.area = *area;
+    facts.areaName = points.isEmpty() ? WidgetTexts::tr("по границам, которые указаны в системе")
+                                      : WidgetTexts::tr("вокруг контрольных точек");
+}
+
 QString orDash(const QString &text) { return text.isEmpty() ? QStringLiteral("—") : text; }
 
 /// The text, and on a line of its own what a reader should know.
@@ -158,6 +188,8 @@ void addFacts(const CoordSysFactory &factory, const CoordSystemPtr &cs, ShownFac
         facts.area = info.area;
     facts.prj = textOr([&] { return prjOf(*cs); });
     facts.accuracy = textOr([&] { return accuracyOf(factory, cs); });
+    if (facts.area.isNull() && !cs->isNonEarth())
+        addStatedArea(factory, *cs, facts);
 }
 
 SystemDetails::SystemDetails(QWidget *parent)
@@ -226,7 +258,6 @@ void SystemDetails::show(const ShownFacts &facts)
     m_kind->setText(orDash(facts.kind));
     m_datum->setText(orDash(facts.datum));
     m_area->setText(orDash(areaOf(facts)));
-    m_area->setToolTip(facts.areaName);
     m_area->setToolTip(facts.areaName);
     m_area->setAccessibleDescription(facts.areaName);
     m_accuracy->setText(orDash(facts.accuracy));

@@ -53,7 +53,7 @@ try {
 CodelessAreas::CodelessAreas(const QFileInfo &info)
 {
     QFile file(info.absoluteFilePath());
-    if (!file.open(QIODevice::ReadOnly))
+    if (info.filePath().isEmpty() || !file.open(QIODevice::ReadOnly))
         return;
     for (const QByteArray &line : file.readAll().split('\n')) {
         const QList<QByteArray> cells = line.split('\t');

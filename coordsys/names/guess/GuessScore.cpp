@@ -40,7 +40,7 @@ constexpr double ofRegion = 1.5;       ///< made for the region that was named
 /// against it.
 constexpr std::pair<const char *, double> everywhere[] = {{"EPSG:4326", 12.0}, {"EPSG:3857", 5.0}};
 /// By the beginning of the name: the zones that receivers count in, and those of their predecessor.
-constexpr std::pair<const char *, double> families[] = {{"WGS 84 / UTM", 0.8}, {"WGS 72", -1.5}};
+constexpr std::pair<const char *, double> families[] = {{"WGS 84 / UTM", 1.5}, {"WGS 72", -1.5}};
 
 } // namespace
 
