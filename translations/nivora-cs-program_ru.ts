@@ -2511,5 +2511,9 @@ northing и подобные), иначе это первые два.
         <source>files ending in &quot;.%1&quot; are not found as %2: write .%3</source>
         <translation>файлы на «.%1» не находятся как %2: пишите .%3</translation>
     </message>
+    <message>
+        <source>note: the network does not answer: %1</source>
+        <translation>замечание: сеть не отвечает: %1</translation>
+    </message>
 </context>
 </TS>

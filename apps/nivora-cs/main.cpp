@@ -4,6 +4,7 @@
 #include "FileNames.h"
 #include "Manual.h"
 #include "Messages.h"
+#include "NetworkBorder.h"
 #include "Output.h"
 #include "Session.h"
 
@@ -55,6 +56,25 @@ bool runWithoutCommand(const QString &name, const QStringList &arguments)
     return true;
 }
 
+/// What failed although grids were to be fetched may have failed for lack of them.
+int runTelling(const Command &command, const CommandLine &line)
+{
+    const auto tell = [&line] {
+        const QString why = line.isSet("network") ? whyNoNetwork() : QString();
+        if (!why.isEmpty())
+            complain(QObject::tr("note: the network does not answer: %1").arg(why));
+    };
+    try {
+        const int status = command.run(line);
+        if (status != Success)
+            tell();
+        return status;
+    } catch (const Failure &) {
+        tell();
+        throw;
+    }
+}
+
 int run(const QStringList &arguments)
 {
     const QString name = arguments.value(0);
@@ -72,7 +92,7 @@ int run(const QStringList &arguments)
             print(line.helpText());
             return Success;
         }
-        return command->run(line);
+        return runTelling(*command, line);
     }
     throw Failure(QObject::tr("no command \"%1\"; see nivora-cs --help").arg(name));
 }

@@ -129,18 +129,22 @@ private Q_SLOTS:
     {
         const Listener listener;
         const QTemporaryDir dir;
-        const auto transform = [&](const char *option) {
+        const auto transform = [&](const char *option, const QByteArray &place) {
             return runShell(
                 QStringLiteral("echo 10 50 100 | PROJ_NETWORK=ON PROJ_USER_WRITABLE_DIRECTORY=. "
                                "PROJ_NETWORK_ENDPOINT=http://%1 timeout 3 nivora-cs transform --z "
                                "--from 4979 --to EPSG:9518 %2")
-                    .arg(QString::fromUtf8(listener.address()), QLatin1String(option)),
+                    .arg(QString::fromUtf8(place), QLatin1String(option)),
                 dir.path());
         };
-        const bool isInstalled = transform("").status == 0;
+        const QByteArray closed = "127.0.0.1:1";
+        const bool isInstalled = transform("", listener.address()).status == 0;
         QVERIFY(!listener.wasAsked());
-        transform("--network"); // nobody answers, so it ends by the time limit
+        transform("--network", listener.address()); // nobody answers, so it ends by the time limit
         QVERIFY(isInstalled || listener.wasAsked());
+        const CliRun refused = transform("--network", closed);
+        QVERIFY2(isInstalled || refused.err.contains("the network does not answer: http://" + closed),
+                 refused.describe());
     }
 
     // What a file says does not send the program anywhere; an argument does.

@@ -4,6 +4,7 @@
 
 #include <cpl_conv.h>
 #include <cpl_http.h>
+#include <cpl_string.h>
 #include <cpl_vsi.h>
 
 #include <QFileInfo>
@@ -26,6 +27,8 @@ constexpr const char *streamingSystems[] = {
 /// Drivers that open a connection of their own.
 constexpr const char *connectingDrivers[] = {"PostgreSQL", "MySQL", "MSSQLSpatial", "ODBC", "OCI",
                                              "MongoDBv3",  "HANA",  "GPSBabel",     "OGDI", "SOSI"};
+
+constexpr char gridPlace[] = "https://cdn.proj.org"; ///< where the engine gets them
 
 QMutex lock;
 QStringList notAsked; // under the lock
@@ -97,4 +100,21 @@ QStringList placesNotAsked()
 {
     const QMutexLocker locked(&lock);
     return notAsked;
+}
+
+QString whyNoNetwork()
+{
+    const GdalMessages quiet;
+    const QByteArray place =
+        qEnvironmentVariableIsSet("PROJ_NETWORK_ENDPOINT") ? qgetenv("PROJ_NETWORK_ENDPOINT") : gridPlace;
+    CPLHTTPSetFetchCallback(nullptr, nullptr); // it was asked for
+    const std::unique_ptr<char *, void (*)(char **)> options(
+        CSLSetNameValue(CSLSetNameValue(nullptr, "TIMEOUT", "10"), "NO_BODY", "1"), CSLDestroy);
+    const std::unique_ptr<CPLHTTPResult, void (*)(CPLHTTPResult *)> result(
+        CPLHTTPFetch(place.constData(), options.get()), CPLHTTPDestroyResult);
+    if (result && result->nStatus == 0) // any answer is one
+        return {};
+    return QStringLiteral("%1: %2").arg(QString::fromUtf8(place), result && result->pszErrBuf
+                                                                      ? QString::fromUtf8(result->pszErrBuf)
+                                                                      : quiet.reason());
 }

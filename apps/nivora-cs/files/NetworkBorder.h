@@ -10,3 +10,5 @@ void keepBorder(const QString &argument);
 
 /// The places that files named and that were not asked.
 QStringList placesNotAsked();
+/// Why the place of missing grids cannot be reached, asked now; empty when it can.
+QString whyNoNetwork();
