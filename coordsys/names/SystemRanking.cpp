@@ -24,6 +24,7 @@ constexpr double inForceStep = 0.45;
 constexpr double ofFamilyInForce = 8.5;
 constexpr double ofCountry = 3.5;
 constexpr double missingWord = 2.2;
+constexpr double degreesOfCountry = 2.0; ///< who names a country and its datum has data in metres mostly
 
 struct Scored
 {
@@ -231,6 +232,8 @@ private:
         addField(result, isAny, zonePoints(system));
         addField(result, isAny, meridianPoints(system));
         addField(result, isAny, countryPoints(number, system));
+        if (m_query.country >= 0 && system.isGeographic && !m_query.words.empty())
+            result.score -= degreesOfCountry;
         addField(result, isAny, placePoints(number, system));
         addField(result, isAny, codePoints(system));
         if (const auto nickname = m_nicknamed.constFind(number); nickname != m_nicknamed.constEnd()) {
