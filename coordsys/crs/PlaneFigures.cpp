@@ -7,7 +7,6 @@
 #include <proj.h>
 
 #include <QMutexLocker>
-#include <QStringList>
 
 #include <algorithm>
 #include <cmath>
@@ -58,6 +57,12 @@ constexpr LetterRow letterRows[] = {
 /// 0 to 360, as EPSG gives azimuths; other notations turn the other way round for half of them.
 double fullCircleDeg(double azimuth) { return azimuth < 0.0 ? azimuth + 360.0 : azimuth; }
 
+double squaredEccentricity(const PlaneFigures &plane)
+{
+    const double ratio = plane.semiMinorM / plane.semiMajorM;
+    return 1.0 - ratio * ratio;
+}
+
 double figureFor(char letter, const PlaneFigures &plane)
 {
     constexpr double unusedRange = 90.0;
@@ -67,8 +72,11 @@ double figureFor(char letter, const PlaneFigures &plane)
         for (const int code : row.codes)
             if (row.letter == letter && plane.figures.contains(code))
                 return letter == 'a' ? fullCircleDeg(plane.figure(code)) : plane.figure(code);
-    if (letter == 'l' && plane.figures.contains(LatOfScale)) // a polar map that is true along a parallel
+    const bool isTruePolar = plane.figures.contains(LatOfScale); // a polar map that is true along a parallel
+    if (letter == 'l' && isTruePolar)
         return std::copysign(90.0, plane.figure(LatOfScale));
+    if (letter == 's' && isTruePolar)
+        return polarScale(plane.figure(LatOfScale) * radPerDeg, squaredEccentricity(plane));
     return letter == 's' ? 1.0 : 0.0;
 }
 
@@ -87,12 +95,6 @@ PlaneForm formOf(const Projection &row, const PlaneFigures &plane)
 }
 
 // ---- What is worked out
-
-double squaredEccentricity(const PlaneFigures &plane)
-{
-    const double ratio = plane.semiMinorM / plane.semiMajorM;
-    return 1.0 - ratio * ratio;
-}
 
 /// A cone of one parallel has two of scale 1 when its own scale is below 1; above it the text needs more.
 PlaneForm lambertForm(const PlaneFigures &plane)

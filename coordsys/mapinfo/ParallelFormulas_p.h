@@ -47,4 +47,15 @@ inline double mercatorParallel(double scale, double e2)
     return std::acos(std::sqrt(scale * scale * (1.0 - e2) / (1.0 - scale * scale * e2))) / radPerDeg;
 }
 
+/// Scale at the pole of a polar stereographic map that is true along the parallel (21-33 and 21-34).
+inline double polarScale(double parallel, double e2)
+{
+    const double lat = std::fabs(parallel);
+    const double e = std::sqrt(e2);
+    if (quarterRad - lat < 1.0e-12)
+        return 1.0;
+    return radius(lat, e2) * std::sqrt(std::pow(1.0 + e, 1.0 + e) * std::pow(1.0 - e, 1.0 - e)) /
+           (2.0 * isometric(lat, e2));
+}
+
 } // namespace nivora::cs

@@ -109,20 +109,15 @@ void Generator::addSystem(const EpsgSystem &system, const Extra *extra)
         return refuse(system, QStringLiteral("not usable"),
                       QStringLiteral("no datum, area of use or definition"));
 
-    std::vector<Form> forms{Form{1, 0, {}}};
-    if (system.projected) {
-        forms =
-            formsOf(system, m_epsg.conversion(system.conversion), datum->ellipsoid, definition->toCoordSys());
-    } else if (system.unitFactor > 0.0 &&
-               std::fabs(system.unitFactor / 0.017453292519943295 - 1.0) > sameUnit) {
+    if (!system.projected && system.unitFactor > 0.0 &&
+        std::fabs(system.unitFactor / 0.017453292519943295 - 1.0) > sameUnit)
         return refuse(system, QStringLiteral("unit"), m_epsg.unit(system.unit).name);
-    }
     const DatumChoice choice = m_datums.choose(system);
     if (choice.candidates.empty())
         return refuse(system, choice.reason, datum->name);
     const PlaneCheck check(system, *datum, *definition);
     QString fault = QStringLiteral("no projection of MapInfo's");
-    const auto found = search(choice, forms, check, fault);
+    const auto found = search(choice, formsOf(system, *definition, choice), check, fault);
     Entry entry = extra ? extra->entry : Entry();
     if (!found) {
         DatumText::Source source = DatumText::Source::User;
@@ -139,6 +134,20 @@ void Generator::addSystem(const EpsgSystem &system, const Extra *extra)
     else
         m_bounds.addArea(added, system);
     addTwin(system, added, *found, choice, check);
+}
+
+/// The driver's own form (from its export of the code) first, then the library's.
+std::vector<Form> Generator::formsOf(const EpsgSystem &system, const Srs &definition,
+                                     const DatumChoice &choice) const
+{
+    if (!system.projected)
+        return {Form{1, 0, {}}};
+    const QString written = m_library.written(system.code, choice.candidates.front().text);
+    std::vector<Form> forms;
+    for (const QString &text : {definition.toCoordSys(), QStringLiteral("Earth Projection ") + written})
+        if (const auto form = formOf(text, unitCode(system.unit)); form && form->unit >= 0)
+            forms.push_back(*form);
+    return forms;
 }
 
 /// The library's own text with the first datum that it can be proved with; empty without.

@@ -60,6 +60,8 @@ private:
     void readExtras(const QString &tables);
     void addExtra(const Extra &extra);
     void addSystem(const EpsgSystem &system, const Extra *extra);
+    std::vector<Form> formsOf(const EpsgSystem &system, const Srs &definition,
+                              const DatumChoice &choice) const;
     std::optional<Found> search(const DatumChoice &choice, const std::vector<Form> &forms,
                                 const PlaneCheck &check, QString &fault) const;
     QString searchWritten(const EpsgSystem &system, const DatumChoice &choice,

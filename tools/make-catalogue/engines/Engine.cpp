@@ -42,14 +42,6 @@ std::optional<Srs> Srs::fromEpsg(int code)
     return made;
 }
 
-std::optional<Srs> Srs::fromProj(const QString &text)
-{
-    Srs made = fresh();
-    if (OSRImportFromProj4(made.m_handle.get(), text.toUtf8().constData()) != OGRERR_NONE)
-        return std::nullopt;
-    return made;
-}
-
 bool Srs::isGeographic() const { return OSRIsGeographic(m_handle.get()) != 0; }
 bool Srs::isLocal() const { return OSRIsLocal(m_handle.get()) != 0; }
 double Srs::semiMajor() const { return OSRGetSemiMajor(m_handle.get(), nullptr); }

@@ -19,8 +19,6 @@ public:
     static std::optional<Srs> fromCoordSys(const QString &text);
     /// From an EPSG code; none when GDAL cannot import it.
     static std::optional<Srs> fromEpsg(int code);
-    /// From a PROJ string; none when GDAL refuses it.
-    static std::optional<Srs> fromProj(const QString &text);
     /// Shares a handle that is not null.
     static Srs fromHandle(std::shared_ptr<void> handle);
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "reading/Epsg.h"
-
 #include <QStringList>
+
+#include <optional>
 
 namespace catalogue {
 
@@ -20,9 +20,8 @@ struct Form
 /// MapInfo's code for an EPSG unit of length, -1 when it has none.
 int unitCode(int epsgUnit);
 
-/// The ways worth trying, the driver's own (from its export of the code) first. Empty when MapInfo has no
-/// projection for the method or no unit.
-std::vector<Form> formsOf(const EpsgSystem &system, const Conversion &conversion, const Ellipsoid &ellipsoid,
-                          const QString &driverText);
+/// The plane of CoordSys text whose unit has a code of MapInfo's; none for another kind of text, and for
+/// projections that the driver misreads. The datum is left aside: that of the driver's texts is not sound.
+std::optional<Form> formOf(const QString &coordSys, int unit);
 
 } // namespace catalogue

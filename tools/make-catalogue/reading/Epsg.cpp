@@ -29,17 +29,10 @@ bool Ellipsoid::isNear(const Ellipsoid &other, double metres) const
            std::fabs(semiMinor - other.semiMinor) <= metres;
 }
 
-double Conversion::value(int parameter) const
-{
-    const auto found = values.find(parameter);
-    return found == values.end() ? 0.0 : found->second;
-}
-
 Epsg::Epsg(const Database &database)
 {
     readUnits(database);
     readDatums(database);
-    readConversions(database);
     readSystems(database);
 }
 
@@ -97,23 +90,6 @@ void Epsg::readDatums(const Database &database)
                       if (row.integer(2))
                           m_allGeographic.push_back(row.integer(0));
                   });
-}
-
-void Epsg::readConversions(const Database &database)
-{
-    database.each(
-        "SELECT code, method_code, param1_code, param1_value, param1_uom_code, param2_code, param2_value, "
-        "param2_uom_code, param3_code, param3_value, param3_uom_code, param4_code, param4_value, "
-        "param4_uom_code, param5_code, param5_value, param5_uom_code, param6_code, param6_value, "
-        "param6_uom_code, param7_code, param7_value, param7_uom_code "
-        "FROM conversion_table WHERE auth_name = 'EPSG'",
-        [this](const Database::Row &row) {
-            Conversion conversion{row.integer(1), {}};
-            for (int i = 2; i <= 20; i += 3)
-                if (!row.isNull(i) && !row.isNull(i + 2))
-                    conversion.values[row.integer(i)] = plain(row.real(i + 1), row.integer(i + 2));
-            m_conversions[row.integer(0)] = conversion;
-        });
 }
 
 void Epsg::readSystems(const Database &database)

@@ -4,7 +4,6 @@
 #include "reading/Database.h"
 
 #include <map>
-#include <optional>
 #include <vector>
 
 namespace catalogue {
@@ -27,15 +26,6 @@ struct EpsgDatum
     QString name;
     Ellipsoid ellipsoid;
     double meridian = 0.0; ///< degrees east of Greenwich
-};
-
-/// A map projection with its values by EPSG parameter code: degrees, metres, plain numbers.
-struct Conversion
-{
-    int method = 0;
-    std::map<int, double> values;
-
-    double value(int parameter) const;
 };
 
 /// A geographic 2D or projected system that is not deprecated.
@@ -67,7 +57,6 @@ public:
     const std::vector<EpsgSystem> &systems() const { return m_systems; }
     const EpsgDatum *datum(int code) const;
     const std::map<int, EpsgDatum> &datums() const { return m_datums; }
-    const Conversion &conversion(int code) const { return m_conversions.at(code); }
     const Unit &unit(int code) const { return m_units.at(code); }
     /// Datum of a geodetic system of any kind and state, 0 when there is none.
     int datumOfSystem(int code) const;
@@ -79,13 +68,11 @@ public:
 private:
     void readUnits(const Database &database);
     void readDatums(const Database &database);
-    void readConversions(const Database &database);
     void readSystems(const Database &database);
 
     std::map<int, Unit> m_units;
     std::map<int, EpsgDatum> m_datums;
     std::map<int, int> m_datumOfSystem;
-    std::map<int, Conversion> m_conversions;
     std::vector<EpsgSystem> m_systems;
     std::vector<int> m_allGeographic;
 };
