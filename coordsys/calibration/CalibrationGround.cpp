@@ -3,7 +3,6 @@
 #include "CatalogueSource_p.h"
 #include "CoordSysTexts_p.h"
 #include <coordsys/CoordSystem.h>
-#include <coordsys/CoordSystemConversions.h>
 #include <coordsys/CoordTransform.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <platform/Logger.h>

@@ -2,7 +2,6 @@
 
 #include "CoordSysTexts_p.h"
 
-#include <array>
 #include <cmath>
 #include <stdexcept>
 

@@ -3,7 +3,6 @@
 #include <proj_experimental.h>
 
 #include <QRegularExpression>
-#include <QStringList>
 
 #include <cmath>
 #include <map>

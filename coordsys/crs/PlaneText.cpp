@@ -2,8 +2,6 @@
 
 #include "ProjText_p.h"
 
-#include <QVector>
-
 #include <algorithm>
 #include <cmath>
 #include <map>

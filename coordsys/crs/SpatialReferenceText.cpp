@@ -16,8 +16,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdlib>
-#include <functional>
 #include <optional>
 
 namespace nivora::cs {

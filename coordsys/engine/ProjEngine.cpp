@@ -17,7 +17,6 @@
 #include <atomic>
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <vector>
 
 static_assert(PROJ_VERSION_MAJOR > 9 || (PROJ_VERSION_MAJOR == 9 && PROJ_VERSION_MINOR >= 1),

@@ -17,9 +17,7 @@
 #include <coordsys/CoordSystemStrings.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoCoordSystem.h>
-#include <coordsys/ProjLibMetadata.h>
 #include <coordsys/ProjectionParamsManager.h>
-#include <coordsys/SpatialReferenceText.h>
 #include <platform/Logger.h>
 
 #include <QMutexLocker>

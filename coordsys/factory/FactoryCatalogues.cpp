@@ -10,7 +10,6 @@
 #include <coordsys/CoordSystem.h>
 #include <coordsys/MapHeaderCoordsysConverter.h>
 #include <coordsys/MapinfoCoordSystem.h>
-#include <coordsys/ProjEngine.h>
 #include <coordsys/ProjLibMetadata.h>
 #include <coordsys/ProjectionParamsManager.h>
 #include <coordsys/UserCoordSystem.h>

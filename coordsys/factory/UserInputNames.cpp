@@ -13,7 +13,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <memory>
 #include <stdexcept>
 
 namespace nivora::cs {

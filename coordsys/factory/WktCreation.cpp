@@ -9,7 +9,6 @@
 #include "ProjText_p.h"
 #include "WebMercatorText_p.h"
 #include <coordsys/CoordSystem.h>
-#include <coordsys/CoordSystemConversions.h>
 #include <coordsys/ProjectionParamsManager.h>
 #include <platform/Logger.h>
 

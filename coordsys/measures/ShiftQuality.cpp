@@ -12,8 +12,6 @@
 #include <coordsys/PrjText.h>
 #include <platform/Logger.h>
 
-#include <algorithm>
-
 namespace nivora::cs {
 namespace {
 

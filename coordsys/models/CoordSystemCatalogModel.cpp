@@ -7,8 +7,6 @@
 #include <coordsys/SystemInfo.h>
 #include <platform/Logger.h>
 
-#include <QFutureWatcher>
-#include <QThreadPool>
 #include <QtConcurrent>
 
 #include <algorithm>

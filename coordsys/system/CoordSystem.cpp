@@ -18,8 +18,6 @@
 #include <QWriteLocker>
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 
 namespace nivora::cs {
 namespace {

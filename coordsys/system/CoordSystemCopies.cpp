@@ -11,7 +11,6 @@
 
 #include <proj.h>
 
-#include <QMutex>
 #include <QMutexLocker>
 #include <QReadLocker>
 #include <QWriteLocker>

@@ -3,7 +3,6 @@
 #include "CoordSystem_p.h"
 #include "CrsJudge_p.h"
 #include <coordsys/MapHeaderCoordsysConverter.h>
-#include <coordsys/ProjectionParamsManager.h>
 
 #include <proj.h>
 

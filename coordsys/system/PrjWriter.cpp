@@ -11,7 +11,6 @@
 #include <platform/Logger.h>
 
 #include <QMutexLocker>
-#include <QObject>
 
 #include <algorithm>
 #include <cmath>

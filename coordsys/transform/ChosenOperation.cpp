@@ -5,7 +5,6 @@
 #include "GeographicExtent_p.h"
 #include "JoinedOperation_p.h"
 #include "TransformOperations_p.h"
-#include <coordsys/CoordSystem.h>
 
 #include <QMutexLocker>
 #include <QRegularExpression>

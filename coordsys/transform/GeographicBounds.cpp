@@ -114,22 +114,10 @@ private:
 };
 
 /// Steps to eight neighbours, and to eight more between their directions.
-constexpr std::array<std::array<double, 2>, 16> compass{{{1, 0},
-                                                         {-1, 0},
-                                                         {0, 1},
-                                                         {0, -1},
-                                                         {1, 1},
-                                                         {1, -1},
-                                                         {-1, 1},
-                                                         {-1, -1},
-                                                         {1, .5},
-                                                         {1, -.5},
-                                                         {-1, .5},
-                                                         {-1, -.5},
-                                                         {.5, 1},
-                                                         {.5, -1},
-                                                         {-.5, 1},
-                                                         {-.5, -1}}};
+constexpr double compass[][2] = {
+    {1, 0},  {-1, 0},  {0, 1},   {0, -1},   {1, 1},  {1, -1},  {-1, 1},  {-1, -1},
+    {1, .5}, {1, -.5}, {-1, .5}, {-1, -.5}, {.5, 1}, {.5, -1}, {-.5, 1}, {-.5, -1},
+};
 
 /// The best neighbour at a distance of \p step cells; false when none is better than \p sample, which is
 /// replaced otherwise.

@@ -16,7 +16,6 @@
 #include <map>
 #include <thread>
 #else
-#include <QDateTime>
 #include <QTemporaryDir>
 #endif
 

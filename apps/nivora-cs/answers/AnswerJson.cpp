@@ -8,17 +8,9 @@
 
 #include <QJsonDocument>
 
-using nivora::cs::CoordSystem;
-using nivora::cs::CoordSystemPtr;
-using nivora::cs::EpsgCandidate;
-using nivora::cs::GridOffer;
-using nivora::cs::OperationTally;
-using nivora::cs::TransformGrid;
-using nivora::cs::TransformOperation;
+using namespace nivora::cs;
 
 namespace {
-
-QJsonValue textOrNull(const QString &text) { return text.isEmpty() ? QJsonValue() : QJsonValue(text); }
 
 QJsonValue boxOrNull(const QRectF &area)
 {
@@ -61,6 +53,8 @@ QJsonObject operationJson(const TransformOperation &operation)
 }
 
 } // namespace
+
+QJsonValue textOrNull(const QString &text) { return text.isEmpty() ? QJsonValue() : QJsonValue(text); }
 
 QJsonValue numberOrNull(const std::optional<double> &value)
 {
@@ -112,10 +106,9 @@ QJsonArray candidatesJson(const CoordSystem &system)
 QJsonObject placeJson(const CoordSystemPtr &system, const QPointF &point)
 {
     const PlaneAt plane = planeAt(system, point);
-    const auto factor = [&plane](double nivora::cs::PlaneFactors::*member) {
+    const auto factor = [&plane](double PlaneFactors::*member) {
         return plane.factors ? QJsonValue((*plane.factors).*member) : QJsonValue();
     };
-    using nivora::cs::PlaneFactors;
     return {
         {QStringLiteral("longitude"), plane.lonLat.x()},
         {QStringLiteral("latitude"), plane.lonLat.y()},

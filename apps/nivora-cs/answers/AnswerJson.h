@@ -15,6 +15,7 @@ QJsonArray candidatesJson(const nivora::cs::CoordSystem &system);
 QJsonObject placeJson(const nivora::cs::CoordSystemPtr &system, const QPointF &point);
 QJsonArray offersJson(const QVector<nivora::cs::GridOffer> &offers);
 /// null for none
+QJsonValue textOrNull(const QString &text);
 QJsonValue numberOrNull(const std::optional<double> &value);
 
 /// Writes the object to standard output.

@@ -3,7 +3,6 @@
 #include <coordsys/CoordSystem.h>
 
 #include <QObject>
-#include <QRectF>
 
 #include <algorithm>
 #include <cmath>

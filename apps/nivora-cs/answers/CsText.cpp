@@ -6,13 +6,9 @@
 #include "PeopleText.h"
 #include "Session.h"
 
-#include <QObject>
-
 #include <cmath>
 
-using nivora::cs::CoordSystem;
-using nivora::cs::CoordSystemPtr;
-using nivora::cs::UserInput;
+using namespace nivora::cs;
 
 const char *const coordSystemHelp =
     QT_TRANSLATE_NOOP("QObject", R"(CS is a coordinate system, in any of these notations:

@@ -9,14 +9,7 @@
 
 #include <algorithm>
 
-using nivora::cs::CoordSysFactory;
-using nivora::cs::CoordSystemPtr;
-using nivora::cs::CoordTransform;
-using nivora::cs::OperationTally;
-using nivora::cs::SpatialPoint;
-using nivora::cs::SpatialSystem;
-using nivora::cs::SpatialTransform;
-using nivora::cs::TransformOperation;
+using namespace nivora::cs;
 
 namespace {
 

@@ -5,8 +5,7 @@
 #include <QJsonArray>
 #include <QObject>
 
-using nivora::cs::GuessAssumption;
-using nivora::cs::SystemGuess;
+using namespace nivora::cs;
 
 namespace {
 
@@ -53,7 +52,7 @@ QString assumptionsText(const SystemGuess::Entry &entry)
 {
     QStringList parts;
     for (const GuessAssumption assumption : entry.assumptions)
-        parts << nivora::cs::assumptionText(assumption);
+        parts << assumptionText(assumption);
     return parts.isEmpty() ? QString()
                            : QObject::tr("   assumed: %1\n").arg(parts.join(QStringLiteral(", ")));
 }

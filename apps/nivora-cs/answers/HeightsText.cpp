@@ -1,5 +1,6 @@
 #include "HeightsText.h"
 
+#include "AnswerJson.h"
 #include "FileNames.h"
 
 #include <QFile>
@@ -24,8 +25,6 @@ QString contentOf(const QString &text)
     QFile file(localPath(text.trimmed().mid(1)));
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.read(longestText)) : QString();
 }
-
-QJsonValue textOrNull(const QString &text) { return text.isEmpty() ? QJsonValue() : QJsonValue(text); }
 
 QJsonValue figuresOf(const SpatialSystem &system)
 {

@@ -2,7 +2,6 @@
 
 #include <coordsys/SpatialSystem.h>
 
-#include <QJsonObject>
 #include <QString>
 
 #include <optional>

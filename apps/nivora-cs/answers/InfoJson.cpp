@@ -1,5 +1,6 @@
 #include "InfoText.h"
 
+#include "AnswerJson.h"
 #include "Output.h"
 
 #include <coordsys/CoordSystem.h>
@@ -92,8 +93,6 @@ QJsonValue mapHeaderOf(const CoordSystem &cs, const SystemInfo &)
     return converter.tabProjInfoToInnerString(
         converter.prjStrToTABProjInfo(exportSystem(cs, SystemFormat::Mapinfo)));
 }
-
-QJsonValue textOrNull(const QString &text) { return text.isEmpty() ? QJsonValue() : QJsonValue(text); }
 
 Fact written(const char *key, SystemFormat format)
 {

@@ -11,7 +11,6 @@
 #include <QObject>
 
 #include <algorithm>
-#include <cmath>
 
 using namespace nivora::cs;
 

@@ -9,9 +9,7 @@
 
 #include <cmath>
 
-using nivora::cs::CoordSystemPtr;
-using nivora::cs::Measures;
-using nivora::cs::PlaneFactors;
+using namespace nivora::cs;
 
 QPointF pointOf(const QString &text)
 {

@@ -12,10 +12,7 @@
 #include <cmath>
 #include <stdexcept>
 
-using nivora::cs::CoordSystem;
-using nivora::cs::OperationChoice;
-using nivora::cs::SpatialSystem;
-using nivora::cs::SystemFormat;
+using namespace nivora::cs;
 
 std::vector<Option> withOperationOptions(std::vector<Option> options)
 {

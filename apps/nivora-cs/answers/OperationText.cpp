@@ -9,15 +9,7 @@
 #include <QObject>
 #include <QStringList>
 
-using nivora::cs::CoordSystem;
-using nivora::cs::CoordSystemPtr;
-using nivora::cs::CoordTransform;
-using nivora::cs::EpsgCandidate;
-using nivora::cs::GridOffer;
-using nivora::cs::OperationTally;
-using nivora::cs::ShiftQuality;
-using nivora::cs::TransformGrid;
-using nivora::cs::TransformOperation;
+using namespace nivora::cs;
 
 namespace {
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QElapsedTimer>
-#include <QString>
 
 /// A bar on stderr, or a line count when the size of the input is not known. Nothing when stderr is no
 /// terminal.

@@ -23,12 +23,7 @@
 
 #include <cmath>
 
-using nivora::cs::CoordSysFactory;
-using nivora::cs::CoordSystem;
-using nivora::cs::CoordSystemParamsList;
-using nivora::cs::CoordSystemPtr;
-using nivora::cs::MapinfoCoordSystem;
-using nivora::cs::MapinfoSearch;
+using namespace nivora::cs;
 
 namespace {
 
@@ -73,10 +68,10 @@ struct ShownText
 /// An entry's own string. What programs lose of its affine clause only its code tells.
 ShownText shownEntry(const CoordSysFactory &factory, const QString &prj, int epsg)
 {
-    if (epsg <= 0 || !nivora::cs::hasAffineOrBoundsInString(prj).affine)
+    if (epsg <= 0 || !hasAffineOrBoundsInString(prj).affine)
         return {prj, {}};
     try {
-        return {prj, nivora::cs::prjTextOf(*factory.createFromEpsg(epsg)).remark()};
+        return {prj, prjTextOf(*factory.createFromEpsg(epsg)).remark()};
     } catch (const std::exception &) { // a code of a host's file that the database lacks
         return {prj, {}};
     }
@@ -88,12 +83,11 @@ ShownText shownText(const CoordSysFactory &factory, const MapinfoSearch::Hit &hi
     try {
         if (!hit.isInCatalogue()) {
             const CoordSystemPtr cs = factory.createFromUserInput(hit.isOwn() ? hit.name : hit.code);
-            return {nivora::cs::prjTextOf(*cs).text, nivora::cs::prjRemark(*cs)};
+            return {prjTextOf(*cs).text, prjRemark(*cs)};
         }
         const QString prj = factory.mapinfoCoordSystem()->getStrMB(hit.position.first, hit.position.second);
-        const bool isByCode = hit.epsg > 0 && nivora::cs::hasAffineOrBoundsInString(prj).affine;
-        return {prj, nivora::cs::prjRemark(isByCode ? *factory.createFromEpsg(hit.epsg)
-                                                    : *factory.createFromPrj(prj))};
+        const bool isByCode = hit.epsg > 0 && hasAffineOrBoundsInString(prj).affine;
+        return {prj, prjRemark(isByCode ? *factory.createFromEpsg(hit.epsg) : *factory.createFromPrj(prj))};
     } catch (const std::exception &e) {
         return {{}, oneLine(QString::fromUtf8(e.what()))};
     }
@@ -198,7 +192,7 @@ int runFind(const CommandLine &line)
     constexpr int fewEnoughToRead = 50;
     const int limit = line.number("limit", 1, 1 << 20, fewEnoughToRead);
     const Session session(line);
-    const auto search = nivora::cs::systemSearch(session.factory());
+    const auto search = systemSearch(session.factory());
     QString text;
     QJsonArray list;
     const QVector<MapinfoSearch::Hit> hits = hitsOf(line, *search, limit);
@@ -285,7 +279,7 @@ QString systemsBeginningWith(const QString &digits)
     const Session session(CommandLine(plain, {}));
     QMap<QString, QString> lines;
     for (const CoordSystemParamsList &category : session.factory().mapinfoCoordSystem()->projectionList())
-        for (const nivora::cs::CoordSystemParams &entry : category.entries)
+        for (const CoordSystemParams &entry : category.entries)
             if (const QString code = codeText(entry.epsg()); code.startsWith(digits) && !lines.contains(code))
                 lines.insert(code, entry.name());
     QString text;

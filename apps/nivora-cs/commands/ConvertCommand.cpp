@@ -4,8 +4,6 @@
 #include "OperationOptions.h"
 #include "SharedOptions.h"
 
-#include <QObject>
-
 namespace {
 
 constexpr const char *help = QT_TRANSLATE_NOOP(

@@ -11,10 +11,7 @@
 
 #include <QObject>
 
-using nivora::cs::CoordTransform;
-using nivora::cs::GridOffer;
-using nivora::cs::TransformGrid;
-using nivora::cs::TransformOperation;
+using namespace nivora::cs;
 
 namespace {
 
@@ -50,16 +47,16 @@ QString presentText(const CoordTransform &transform)
 QString foldersText()
 {
     QString text;
-    for (const QString &folder : nivora::cs::gridFolders())
+    for (const QString &folder : gridFolders())
         text += folder + QLatin1Char('\n');
     return QObject::tr("Folders that are searched:\n%1projsync writes to %2\n")
-        .arg(text, nivora::cs::gridDownloadFolder());
+        .arg(text, gridDownloadFolder());
 }
 
 QJsonObject answerOf(const QVector<GridOffer> &offers)
 {
     return {{QStringLiteral("grids"), offersJson(offers)},
-            {QStringLiteral("folders"), QJsonArray::fromStringList(nivora::cs::gridFolders())}};
+            {QStringLiteral("folders"), QJsonArray::fromStringList(gridFolders())}};
 }
 
 int run(const CommandLine &line)

@@ -18,12 +18,7 @@
 
 #include <optional>
 
-using nivora::cs::CoordSystem;
-using nivora::cs::CoordSystemPtr;
-using nivora::cs::CoordTransform;
-using nivora::cs::SystemFormat;
-using nivora::cs::SystemInfo;
-using nivora::cs::UserInput;
+using namespace nivora::cs;
 
 namespace {
 

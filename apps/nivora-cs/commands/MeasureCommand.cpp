@@ -21,11 +21,7 @@
 #include <memory>
 #include <optional>
 
-using nivora::cs::CoordSystem;
-using nivora::cs::CoordSystemPtr;
-using nivora::cs::GeodesicLine;
-using nivora::cs::GeodesicPolygon;
-using nivora::cs::Measures;
+using namespace nivora::cs;
 
 namespace {
 

@@ -17,10 +17,7 @@
 #include <algorithm>
 #include <memory>
 
-using nivora::cs::CoordSystem;
-using nivora::cs::CoordSystemPtr;
-using nivora::cs::CoordTransform;
-using nivora::cs::Mgrs;
+using namespace nivora::cs;
 
 namespace {
 

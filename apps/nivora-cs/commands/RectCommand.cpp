@@ -19,13 +19,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <new>
 
-using nivora::cs::BulkTransform;
-using nivora::cs::CoordSystem;
-using nivora::cs::CoordSystemPtr;
-using nivora::cs::CoordTransform;
-using nivora::cs::GeographicBounds;
+using namespace nivora::cs;
 
 namespace {
 

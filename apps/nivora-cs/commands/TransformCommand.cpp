@@ -19,14 +19,10 @@
 
 #include <QObject>
 
-#include <cmath>
 #include <memory>
 #include <optional>
 
-using nivora::cs::CoordSystem;
-using nivora::cs::CoordSystemPtr;
-using nivora::cs::CoordTransform;
-using nivora::cs::OperationTally;
+using namespace nivora::cs;
 
 namespace {
 

@@ -18,10 +18,7 @@
 #include <cmath>
 #include <stdexcept>
 
-using nivora::cs::OperationTally;
-using nivora::cs::SpatialPoint;
-using nivora::cs::SpatialSystem;
-using nivora::cs::SpatialTransform;
+using namespace nivora::cs;
 
 namespace {
 
@@ -31,15 +28,14 @@ SpatialSystem spatialSystemOf(const Session &session, const CommandLine &line, c
     try {
         return SpatialSystem(line.required(option));
     } catch (const std::logic_error &) { // another notation, which has no heights
-        return SpatialSystem(
-            exportSystem(*systemOfOption(session, line, option), nivora::cs::SystemFormat::Wkt2));
+        return SpatialSystem(exportSystem(*systemOfOption(session, line, option), SystemFormat::Wkt2));
     }
 }
 
 /// What leaves a difference of datums out is none of the operations then.
-nivora::cs::OperationChoice choiceWithHeights(const CommandLine &line)
+OperationChoice choiceWithHeights(const CommandLine &line)
 {
-    const nivora::cs::OperationChoice choice = operationChoice(line);
+    const OperationChoice choice = operationChoice(line);
     return line.isSet("strict") ? choice.withoutBallpark() : choice;
 }
 
@@ -60,9 +56,8 @@ int decimalsOf(const CommandLine &line, bool hasDegrees)
 {
     constexpr int ofDegrees = 9;
     constexpr int ofLengths = 4;
-    return line.isSet("dms")
-               ? secondDecimals(line, hasDegrees)
-               : line.number("precision", 0, nivora::cs::mostDecimals, hasDegrees ? ofDegrees : ofLengths);
+    return line.isSet("dms") ? secondDecimals(line, hasDegrees)
+                             : line.number("precision", 0, mostDecimals, hasDegrees ? ofDegrees : ofLengths);
 }
 
 HeightOptions heightOptions(const CommandLine &line, const SpatialSystem &source, const SpatialSystem &target)

@@ -11,7 +11,6 @@
 #include <coordsys/CalibrationStore.h>
 #include <coordsys/UserCoordSystem.h>
 
-#include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -20,10 +19,7 @@
 #include <algorithm>
 #include <functional>
 
-using nivora::cs::CalibrationStore;
-using nivora::cs::CoordSystem;
-using nivora::cs::CoordSystemPtr;
-using nivora::cs::UserCoordSystem;
+using namespace nivora::cs;
 using Entry = UserCoordSystem::CoordSystemParam;
 
 namespace {

@@ -1,5 +1,6 @@
 #include "EdgeSplitter.h"
 
+#include "GeometryParts.h"
 #include "LonLat.h"
 
 #include <coordsys/CoordSystem.h>
@@ -8,8 +9,7 @@
 #include <algorithm>
 #include <cmath>
 
-using nivora::cs::BulkTransform;
-using nivora::cs::CoordSystem;
+using namespace nivora::cs;
 
 namespace {
 
@@ -21,8 +21,6 @@ double metresPerUnit(const CoordSystem &system)
 {
     return system.isLatLong() ? CoordSystem::DEGREES_TO_METERS : system.unit().conversion();
 }
-
-QPointF pointAt(OGRGeometryH line, int i) { return {OGR_G_GetX(line, i), OGR_G_GetY(line, i)}; }
 
 /// Of the circle through three points; infinite on a straight line.
 double radius(const QPointF &a, const QPointF &b, const QPointF &c)

@@ -15,8 +15,7 @@
 #include <algorithm>
 #include <cmath>
 
-using nivora::cs::BulkTransform;
-using nivora::cs::CoordSystem;
+using namespace nivora::cs;
 
 namespace {
 

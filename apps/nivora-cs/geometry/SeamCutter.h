@@ -8,7 +8,6 @@
 #include <QPointF>
 
 #include <functional>
-#include <vector>
 
 /// Where the plane of the target is cut open - the 180th meridian of longitudes and latitudes, the meridian
 /// opposite to a projection's own - a line or polygon that crosses the cut must be cut too, and one that

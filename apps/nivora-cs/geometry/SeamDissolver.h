@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QPointF>
-
 #include <ogr_api.h>
 
 #include <map>

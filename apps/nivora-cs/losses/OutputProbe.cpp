@@ -15,9 +15,7 @@
 #include <array>
 #include <cmath>
 
-using nivora::cs::CoordSystem;
-using nivora::cs::CoordSystemPtr;
-using nivora::cs::CoordTransform;
+using namespace nivora::cs;
 
 namespace {
 
@@ -232,7 +230,7 @@ bool OutputProbe::carriesAffine(const CoordSystemPtr &system)
     } catch (const Failure &) { // what is read cannot be used
         return false;
     }
-    return m_readAgain && nivora::cs::hasAffine(m_readAgain);
+    return m_readAgain && hasAffine(m_readAgain);
 }
 
 LostProperties OutputProbe::check(const OutputLayer &layer, const std::vector<OGRGeometryH> &geometries,

@@ -2,8 +2,6 @@
 
 #include "Output.h"
 
-#include <QObject>
-
 namespace {
 
 std::string_view withoutEnd(std::string_view line)

@@ -8,7 +8,6 @@
 #include <QObject>
 
 #include <algorithm>
-#include <cmath>
 #include <numeric>
 
 using nivora::cs::isSeparator;

@@ -2,8 +2,6 @@
 
 #include <coordsys/Calibration.h>
 
-#include <QStringList>
-
 class CommandLine;
 
 /// The points of a table: local and known coordinates on a line, with names, heights and weights where there

@@ -6,7 +6,6 @@
 #include <QPointF>
 
 #include <algorithm>
-#include <string>
 #include <string_view>
 
 class TextBuffer;

@@ -9,13 +9,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <condition_variable>
+#include <exception>
+#include <mutex>
 #include <system_error>
 #include <thread>
 
-using nivora::cs::BulkOptions;
-using nivora::cs::BulkResult;
-using nivora::cs::BulkTransform;
-using nivora::cs::CoordTransform;
+using namespace nivora::cs;
 
 namespace {
 

@@ -13,10 +13,7 @@
 #include <QStringList>
 #include <QVector>
 
-#include <condition_variable>
-#include <exception>
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <string_view>
 #include <vector>
