@@ -43,6 +43,12 @@ NIVORA_CS_EXPORT const char *parseNumber(const char *p, const char *end, double 
 NIVORA_CS_EXPORT const char *parseCommaNumber(const char *p, const char *end, double &value,
                                               const char *&why);
 
+/// Behind a number whose thousands are set apart, as "7 411 000,25" or "7'411'000.5": one to three digits,
+/// groups of three behind the same mark, decimals behind a point or a comma. Marks are no-break and thin
+/// spaces, apostrophes and, with \p blanks, the blank. Null, \p value untouched, when there is no such
+/// number.
+NIVORA_CS_EXPORT const char *parseGroupedNumber(const char *p, const char *end, bool blanks, double &value);
+
 /// Behind the number, written with a fixed count of decimals, never "-0.0". longestNumber bytes are needed.
 NIVORA_CS_EXPORT char *putNumber(char *at, double value, int decimals);
 

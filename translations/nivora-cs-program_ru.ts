@@ -2338,6 +2338,7 @@ both hemispheres, in separate or quoted columns (55 45 21.5 N 37 37 2 E); letter
 are N S E W or С Ю В З. x is first unless the letters say otherwise; the output
 always has x first. Decimal commas are understood where commas cannot separate
 columns (37,6173;55,7558); where both are possible the line fails and says so.
+Thousands may be set apart (7 411 000,5;6 182 000) where blanks separate no columns.
 
 A line on stderr says at the end by which operations the points went and how good
 those are: 5 points by &quot;NTF to WGS 84&quot;, 2 m; 3 ballpark. Ballpark points are those
@@ -2345,8 +2346,10 @@ whose datums&apos; difference was left out, since nothing is known for the place
 --strict makes them fail.
 
 With --csv the input is a table with quoted fields (RFC 4180) and, when columns
-are named or the first line&apos;s coordinates are words, a header. All other columns
-stay as they are, byte for byte. Angles in several columns: --x 1,2,3,4 --out-x X.
+are named or the first line&apos;s coordinates are words, a header. Without --x and --y
+its names tell the columns (lon and lat, x and y, easting and northing, долгота and
+широта), else they are the first two. All other columns stay as they are, byte for
+byte. Angles in several columns: --x 1,2,3,4 --out-x X.
 
 Examples:
   echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
@@ -2372,15 +2375,18 @@ Examples:
 N S E W или С Ю В З. Сначала x, если буквы не говорят иного; в выводе всегда
 сначала x. Десятичные запятые понимаются там, где запятая не может разделять
 столбцы (37,6173;55,7558); где возможно и то и другое, строка отвергается с
-объяснением.
+объяснением. Тысячи могут быть отделены (7 411 000,5;6 182 000) там, где пробелы не
+разделяют столбцы.
 
 В конце строка в stderr говорит, какими операциями прошли точки и какова точность:
 точек: 5, «NTF to WGS 84», 2 м; без сдвига датума: 3. Без сдвига датума идут точки,
 для места которых ничего не известно; с --strict они считаются неудачными.
 
 С --csv на входе таблица с полями в кавычках (RFC 4180) и, если столбцы названы или
-координаты первой строки - слова, с заголовком. Остальные столбцы не меняются ни на
-байт. Углы в нескольких столбцах: --x 1,2,3,4 --out-x X.
+координаты первой строки - слова, с заголовком. Без --x и --y столбцы берутся по его
+названиям (lon и lat, x и y, easting и northing, долгота и широта), без них - первые
+два. Остальные столбцы не меняются ни на байт. Углы в нескольких столбцах:
+--x 1,2,3,4 --out-x X.
 
 Примеры:
   echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637
@@ -2514,6 +2520,30 @@ northing и подобные), иначе это первые два.
     <message>
         <source>note: the network does not answer: %1</source>
         <translation>замечание: сеть не отвечает: %1</translation>
+    </message>
+    <message>
+        <source>the table has &quot;%1&quot; before &quot;%2&quot;: say with --x and --y which of them is the easting</source>
+        <translation>в таблице «%1» стоит перед «%2»: укажите через --x и --y, где восточная координата</translation>
+    </message>
+    <message>
+        <source>x is the column &quot;%1&quot;, y is the column &quot;%2&quot;</source>
+        <translation>x - столбец «%1», y - столбец «%2»</translation>
+    </message>
+    <message>
+        <source>the first line has &quot;%1&quot; before &quot;%2&quot;, but x is read first: give --csv, with --x and --y where names leave it open</source>
+        <translation>в первой строке «%1» стоит перед «%2», а первым читается x: задайте --csv, а если названия неоднозначны, --x и --y</translation>
+    </message>
+    <message>
+        <source> (points come in files or by standard input: echo X Y | nivora-cs …)</source>
+        <translation> (точки берутся из файлов или стандартного ввода: echo X Y | nivora-cs …)</translation>
+    </message>
+    <message>
+        <source>blanks could group thousands: separate the columns by semicolons or tabs, or give --csv --delimiter &quot; &quot; where they separate</source>
+        <translation>пробелы могут отделять тысячи: разделите столбцы точкой с запятой или табуляцией либо задайте --csv --delimiter &quot; &quot;, если разделяют они</translation>
+    </message>
+    <message>
+        <source>could be degrees, minutes and seconds: give their letters (55 45 21 N), or --csv with the columns of --x and --y</source>
+        <translation>могут быть градусами, минутами и секундами: напишите буквы (55 45 21 N) или задайте --csv со столбцами --x и --y</translation>
     </message>
 </context>
 </TS>

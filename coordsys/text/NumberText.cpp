@@ -79,6 +79,31 @@ char *putAnyNumber(char *at, double value, int decimals)
     return std::char_traits<char>::move(at, at + 1, digits.size() - 1) + digits.size() - 1;
 }
 
+/// What sets thousands apart. The byte A0 is the no-break space of a file in one of the older encodings.
+constexpr std::string_view groupMarks[] = {
+    " ", "'", "\xC2\xA0", "\xE2\x80\xAF", "\xE2\x80\x89", "\xE2\x80\x99", "\xA0"};
+
+std::string_view groupMarkAt(const char *p, const char *end, bool blanks)
+{
+    const std::string_view text(p, static_cast<std::size_t>(end - p));
+    for (const std::string_view mark : groupMarks)
+        if (text.substr(0, mark.size()) == mark && (blanks || mark != " "))
+            return mark;
+    return {};
+}
+
+/// Behind a mark and three digits, null for anything else.
+const char *skipGroup(const char *p, const char *end, std::string_view mark)
+{
+    constexpr std::size_t digits = 3;
+    const std::string_view text(p, static_cast<std::size_t>(end - p));
+    if (mark.empty() || text.substr(0, mark.size()) != mark)
+        return nullptr;
+    const char *const first = p + mark.size();
+    const char *const behind = std::find_if_not(first, end, isDigit);
+    return static_cast<std::size_t>(behind - first) == digits ? behind : nullptr;
+}
+
 } // namespace
 
 const char *parseNumber(const char *p, const char *end, double &value, const char *&why)
@@ -109,6 +134,27 @@ const char *parseCommaNumber(const char *p, const char *end, double &value, cons
     const char *const textEnd = text.data() + text.size();
     const char *const behind = parseNumber(text.data(), textEnd, value, why);
     return behind == textEnd ? decimalsEnd : nullptr;
+}
+
+const char *parseGroupedNumber(const char *p, const char *end, bool blanks, double &value)
+{
+    constexpr std::ptrdiff_t mostInFront = 3;
+    const char *const first = p != end && (*p == '-' || *p == '+') ? p + 1 : p;
+    const char *behind = std::find_if_not(first, end, isDigit);
+    const std::string_view mark = groupMarkAt(behind, end, blanks);
+    if (behind == first || behind - first > mostInFront || !skipGroup(behind, end, mark))
+        return nullptr;
+    std::string plain(*p == '+' ? first : p, behind);
+    while (const char *const next = skipGroup(behind, end, mark)) {
+        plain.append(behind + mark.size(), next);
+        behind = next;
+    }
+    if (behind != end && (*behind == '.' || *behind == ',') && behind + 1 != end && isDigit(behind[1])) {
+        const char *const decimalsEnd = std::find_if_not(behind + 1, end, isDigit);
+        plain.append(1, '.').append(behind + 1, decimalsEnd);
+        behind = decimalsEnd;
+    }
+    return readNumber(plain, value) ? behind : nullptr;
 }
 
 char *putNumber(char *at, double value, int decimals)

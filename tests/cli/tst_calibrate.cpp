@@ -9,6 +9,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <array>
 #include <cmath>
 
 /// A site turned by 12.5 degrees in zone 37, exact to a millimetre; P7 is spoilt.
@@ -104,6 +105,7 @@ private Q_SLOTS:
         row("decimal commas", table(';', ','), "--decimal-comma");
         row("tabs, no header", table('\t', '.'), "");
         row("columns by name", "N\tE\tx\ty\n" + reordered(), "--x x --y y --to-x E --to-y N");
+        row("north first, by its name", "x\ty\tN\tE\n" + reordered({0, 1, 3, 2}), "");
         row("by number, lines before", "survey of 1987\n" + reordered(),
             "--skip 1 --x 3 --y 4 --to-x 2 --to-y 1");
     }
@@ -223,12 +225,12 @@ private:
             text += 'P' + QByteArray::number(i + 1) + delimiter + numbers(i).join(delimiter) + '\n';
         return text.replace('.', mark);
     }
-    static QByteArray reordered()
+    static QByteArray reordered(const std::array<int, 4> &order = {3, 2, 0, 1})
     {
         QByteArray text;
         for (int i = 0; i < 9; ++i) {
             const QList<QByteArray> n = numbers(i);
-            text += QList<QByteArray>{n[3], n[2], n[0], n[1]}.join('\t') + '\n';
+            text += QList<QByteArray>{n[order[0]], n[order[1]], n[order[2]], n[order[3]]}.join('\t') + '\n';
         }
         return text;
     }

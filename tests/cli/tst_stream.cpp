@@ -272,6 +272,90 @@ private Q_SLOTS:
         QVERIFY2(done.out == out && done.status == 0, done.describe());
     }
 
+    /// Spreadsheets set thousands apart. Where blanks may separate columns as well, nothing is guessed.
+    void thousands_data()
+    {
+        QTest::addColumn<QString>("options");
+        QTest::addColumn<QByteArray>("in");
+        QTest::addColumn<QByteArray>("out");
+        const auto row = [](const char *name, const char *options, const char *in, const char *out) {
+            QTest::newRow(name) << QString::fromUtf8(options) << QByteArray(in) << QByteArray(out);
+        };
+        const char *const plain = "411000.5;6182000.0;a b\n";
+        row("blanks, semicolon", "", "411 000,5;6 182 000;a b\n", plain);
+        row("blanks behind a plain number", "", "411000.5;6 182 000;a b\n", plain);
+        row("no-break spaces, blank", "",
+            "411\xC2\xA0"
+            "000,5 6\xC2\xA0"
+            "182\xC2\xA0"
+            "000 a\n",
+            "411000.5 6182000.0 a\n");
+        row("apostrophes, tab", "", "+411'000.5\t-6'182'000\ta\n", "411000.5\t-6182000.0\ta\n");
+        row("in a table", "--csv",
+            "411 000,5;6\xE2\x80\xAF"
+            "182\xE2\x80\xAF"
+            "000;a b\n",
+            plain);
+        row("quoted, of older encodings", "--csv",
+            "\"411\xA0"
+            "000,5\";6\xA0"
+            "182\xA0"
+            "000\n",
+            "\"411000.5\";6182000.0\n");
+        row("three small numbers", "", "100 200 300\n", "100.0 200.0 300\n");
+        row("small numbers in columns", "", "100 200 300 400 500 600\n", "100.0 200.0 300 400 500 600\n");
+        row("groups of four", "--csv", "4110 0005;6182\n", "*;*\n");
+        row("blanks alone", "", "411 123 6 182 456.5 a\n", "* * 411 123 6 182 456.5 a\n");
+        row("blanks alone, a zero in front", "", "411 000 182 000\n", "* * 411 000 182 000\n");
+        row("comma between", "", "411 123, 6 182 456\n", "*,*,411 123, 6 182 456\n");
+    }
+    void thousands()
+    {
+        QFETCH(QString, options);
+        QFETCH(QByteArray, in);
+        QFETCH(QByteArray, out);
+        const CliRun done =
+            run(words("transform --from 32637 --to 32637 --precision 1") + words(options.toUtf8()), in);
+        QVERIFY2(done.out == out && done.status == out.startsWith('*'), done.describe());
+    }
+
+    /// A header that names its columns is believed, one that leaves doubt is asked about.
+    void headers_data()
+    {
+        QTest::addColumn<QString>("options");
+        QTest::addColumn<QByteArray>("in");
+        QTest::addColumn<QByteArray>("out"); // empty: refused
+        const auto row = [](const char *name, const char *options, const char *in, const char *out) {
+            QTest::newRow(name) << QString::fromUtf8(options) << QByteArray(in) << QByteArray(out);
+        };
+        row("latitude first", "--csv --dms 0", "id,lat,lon\n1,2,3\n",
+            "id,lat,lon\n1,\"2°00'00\"\"N\",\"3°00'00\"\"E\"\n");
+        row("a number before x", "--csv", "id;X;Y\n1;2;3\n", "id;X;Y\n1;2.0;3.0\n");
+        row("Russian", "--csv", "Широта\tДолгота\n2\t3\n", "Широта\tДолгота\n2.0\t3.0\n");
+        row("with heights", "--csv --z=h", "h,lat,lon\n1,2,3\n", "h,lat,lon\n1.0000,2.0,3.0\n");
+        row("asked for otherwise", "--csv --x lat --y lon", "id,lat,lon\n1,2,3\n", "id,lat,lon\n1,2.0,3.0\n");
+        row("y before x", "--csv", "y,x\n2,3\n", "");
+        row("y before x, one of them asked for", "--csv --x y", "y,x\n2,3\n", "y,x\n2.0,3.0\n");
+        row("no table", "", "lat lon\n2 3\n", "");
+        row("no table, letters", "", "2 N 3 E\n", "3.0 2.0\n");
+        row("no table, six numbers", "", "55 45 21.5 37 36 12\n", "* * 55 45 21.5 37 36 12\n");
+    }
+    void headers()
+    {
+        QFETCH(QString, options);
+        QFETCH(QByteArray, in);
+        QFETCH(QByteArray, out);
+        const bool isByHeader =
+            options.contains(QLatin1String("--csv")) && !options.contains(QLatin1String("--x"));
+        const QString decimals =
+            options.contains(QLatin1String("--dms")) ? QString() : QStringLiteral("--precision 1 ");
+        const CliRun done =
+            run(words("transform --from 4326 --to 4326 " + (decimals + options).toUtf8()), in);
+        QVERIFY2(done.out == out && done.status == (out.isEmpty() ? 2 : out.startsWith('*')),
+                 done.describe());
+        QCOMPARE(done.err.contains("x is the column"), isByHeader && !out.isEmpty());
+    }
+
     /// Tables with every quoting there is; what is not x or y stays to the byte. Equal systems copy.
     void tables_data()
     {

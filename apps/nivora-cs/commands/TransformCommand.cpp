@@ -110,6 +110,7 @@ both hemispheres, in separate or quoted columns (55 45 21.5 N 37 37 2 E); letter
 are N S E W or С Ю В З. x is first unless the letters say otherwise; the output
 always has x first. Decimal commas are understood where commas cannot separate
 columns (37,6173;55,7558); where both are possible the line fails and says so.
+Thousands may be set apart (7 411 000,5;6 182 000) where blanks separate no columns.
 
 A line on stderr says at the end by which operations the points went and how good
 those are: 5 points by "NTF to WGS 84", 2 m; 3 ballpark. Ballpark points are those
@@ -117,8 +118,10 @@ whose datums' difference was left out, since nothing is known for the place;
 --strict makes them fail.
 
 With --csv the input is a table with quoted fields (RFC 4180) and, when columns
-are named or the first line's coordinates are words, a header. All other columns
-stay as they are, byte for byte. Angles in several columns: --x 1,2,3,4 --out-x X.
+are named or the first line's coordinates are words, a header. Without --x and --y
+its names tell the columns (lon and lat, x and y, easting and northing, долгота and
+широта), else they are the first two. All other columns stay as they are, byte for
+byte. Angles in several columns: --x 1,2,3,4 --out-x X.
 
 Examples:
   echo 37.6173 55.7558 | nivora-cs transform --from 4326 --to 32637

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CoordinateColumns.h"
 #include "PointText.h"
 
 #include <algorithm>
@@ -38,7 +39,11 @@ public:
     explicit PlainFormat(std::shared_ptr<const PointReader> reader)
         : m_reader(std::move(reader))
     {}
-    FileHead head(std::string_view) const override { return {m_reader, {}, {}, false}; }
+    FileHead head(std::string_view firstLine) const override
+    {
+        refuseSwappedHeader(firstLine);
+        return {m_reader, {}, {}, false};
+    }
     bool passesOn(std::string_view line) const override
     {
         const auto first = std::find_if_not(line.begin(), line.end(), isBlank);

@@ -1,6 +1,7 @@
 #include "GuessPoints.h"
 
 #include "CommandLine.h"
+#include "CoordinateColumns.h"
 #include "CsvOptions.h"
 #include "FileNames.h"
 #include "GdalFiles.h"
@@ -22,18 +23,6 @@
 namespace {
 
 constexpr int mostPoints = 5000;
-
-/// What columns of coordinates are called, the likeliest pair first: a column "n" beside x and y is a number.
-struct ColumnNames
-{
-    const char *x;
-    const char *y;
-};
-constexpr ColumnNames columnNames[] = {
-    {"x", "y"},     {"lon", "lat"},        {"longitude", "latitude"}, {"long", "lat"},
-    {"lng", "lat"}, {"долгота", "широта"}, {"easting", "northing"},   {"east", "north"},
-    {"e", "n"},     {"восток", "север"},   {"x_coord", "y_coord"},    {"rechtswert", "hochwert"},
-};
 
 /// Every second one goes when there are too many, and from then on every second one is taken.
 class EvenChoice
@@ -71,22 +60,13 @@ bool isTable(const CommandLine &line, const QString &name)
 void findColumns(std::string_view header, CsvOptions &options)
 {
     CsvOptions probe = options;
+    probe.x = QStringLiteral("1");
+    probe.y = QStringLiteral("2");
     const std::string delimiters = CsvFormat(probe).head(header).delimiters;
     const QStringList names = csvValues(header, delimiters.empty() ? ',' : delimiters.front());
-    const auto column = [&names](const char *name) {
-        const auto found = std::find_if(names.begin(), names.end(), [name](const QString &one) {
-            return one.trimmed().compare(QString::fromUtf8(name), Qt::CaseInsensitive) == 0;
-        });
-        return found == names.end() ? QString() : found->trimmed();
-    };
-    for (const ColumnNames &pair : columnNames) {
-        const QString x = column(pair.x), y = column(pair.y);
-        if (x.isEmpty() || y.isEmpty())
-            continue;
-        options.x = x;
-        options.y = y;
-        return;
-    }
+    const CoordinateColumns found = coordinateColumns(names);
+    options.x = found.byHeader ? found.x : QStringLiteral("1");
+    options.y = found.byHeader ? found.y : QStringLiteral("2");
 }
 
 /// True for a line that is no point: a header, a spreadsheet's first line.
@@ -109,12 +89,11 @@ bool readHead(const CommandLine &line, std::string_view row, CsvOptions &options
     return head.isHeader;
 }
 
-GuessPoints pointsOfTable(const CommandLine &line)
+QVector<QPointF> pointsOfText(const CommandLine &line, std::string_view text, bool angles)
 {
     EvenChoice choice;
-    CsvOptions options = csvOptions(line, {true, line.isSet("decimal-comma")});
+    CsvOptions options = csvOptions(line, {angles, line.isSet("decimal-comma")});
     std::shared_ptr<const PointReader> reader;
-    const std::string text = tableText(line);
     forEachTableLine(line, text, [&](std::string_view row) {
         if (!reader && readHead(line, row, options, reader))
             return;
@@ -124,7 +103,16 @@ GuessPoints pointsOfTable(const CommandLine &line)
         if (reader->read(row, point, columns, why)) // a line without coordinates says nothing
             choice.take(point);
     });
-    return {choice.points(), {}, {}};
+    return choice.points();
+}
+
+/// "7 041 000" is an angle or a number whose thousands are set apart: what reads more lines is meant.
+GuessPoints pointsOfTable(const CommandLine &line)
+{
+    const std::string text = tableText(line);
+    const QVector<QPointF> numbers = pointsOfText(line, text, false);
+    const QVector<QPointF> angles = pointsOfText(line, text, true);
+    return {angles.size() > numbers.size() ? angles : numbers, {}, {}};
 }
 
 void takeVertices(OGRGeometryH geometry, EvenChoice &choice)

@@ -1,5 +1,6 @@
 #include "CsvFormat.h"
 
+#include "CoordinateColumns.h"
 #include "Output.h"
 #include "PeopleText.h"
 
@@ -86,12 +87,6 @@ bool isAscii(std::string_view text)
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-/// Nobody can tell which one is meant.
-struct StandsTwice : Failure
-{
-    using Failure::Failure;
-};
-
 /// A table's columns by what the command line calls them.
 class ColumnNames
 {
@@ -115,7 +110,8 @@ public:
                 if (m_names.at(i).compare(wanted.trimmed(), sensitivity) != 0)
                     continue;
                 if (found)
-                    throw StandsTwice(QObject::tr("the column \"%1\" stands twice in the table").arg(wanted));
+                    throw DoubtfulColumns(
+                        QObject::tr("the column \"%1\" stands twice in the table").arg(wanted));
                 found = i;
             }
             m_foundByName = m_foundByName || found;
@@ -169,6 +165,7 @@ private:
 struct CsvLayout
 {
     char delimiter = ',';
+    CoordinateColumns wanted;
     std::vector<int> x;
     std::vector<int> y;
     int outX = newColumn;
@@ -182,8 +179,9 @@ CsvLayout layoutOf(const CsvOptions &options, std::string_view firstLine, char d
     ColumnNames names(csvFields(firstLine, delimiter));
     CsvLayout layout;
     layout.delimiter = delimiter;
-    layout.x = names.findAll(options.x);
-    layout.y = options.readBoth ? layout.y : names.findAll(options.y);
+    layout.wanted = wantedColumns(options.x, options.y, csvValues(firstLine, delimiter));
+    layout.x = names.findAll(layout.wanted.x);
+    layout.y = options.readBoth ? layout.y : names.findAll(layout.wanted.y);
     layout.oneResult = options.oneResult;
     layout.outX = names.findOut(options.outX, options.newOutX, layout.x, options.oneResult ? "ref" : "out-x");
     layout.outY =
@@ -209,7 +207,7 @@ CsvLayout findLayout(const CsvOptions &options, std::string_view firstLine)
             continue;
         try {
             return layoutOf(options, firstLine, delimiter);
-        } catch (const StandsTwice &) {
+        } catch (const DoubtfulColumns &) {
             throw;
         } catch (const Failure &) {
             continue; // the next may do; the last one says what is wrong
@@ -417,6 +415,7 @@ FileHead CsvFormat::head(std::string_view firstLine) const
     const bool encoded = isUtf8(firstLine);
     try {
         const CsvLayout layout = findLayout(m_options, firstLine);
+        tellColumns(layout.wanted, csvValues(firstLine, layout.delimiter));
         const auto reader = std::make_shared<CsvReader>(layout, m_options);
         FileHead head{reader, std::string(1, layout.delimiter), std::string(firstLine),
                       reader->isHeader(firstLine)};

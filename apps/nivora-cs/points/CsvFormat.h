@@ -13,10 +13,10 @@
 /// What the command line says about a table.
 struct CsvOptions
 {
-    std::string delimiter;           ///< empty: to be found
-    QString x = QStringLiteral("1"); ///< a column's name or its number, from 1; several for an angle in parts
-    QString y = QStringLiteral("2");
-    QString outX; ///< empty: where x was
+    std::string delimiter; ///< empty: to be found
+    QString x;             ///< a column's name or its number, from 1; several for an angle in parts
+    QString y;             ///< neither given: the columns that the header names, or the first two
+    QString outX;          ///< empty: where x was
     QString outY;
     CoordinateNotation notation;
 

@@ -28,8 +28,8 @@ CsvOptions csvOptions(const CommandLine &line, const CoordinateNotation &notatio
     CsvOptions options;
     options.delimiter = delimiterOf(line);
     options.notation = notation;
-    options.x = line.isSet("x") ? line.value("x") : options.x;
-    options.y = line.isSet("y") ? line.value("y") : options.y;
+    options.x = line.value("x");
+    options.y = line.value("y");
     options.outX = line.value("out-x");
     options.outY = line.value("out-y");
     return options;

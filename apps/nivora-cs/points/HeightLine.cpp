@@ -1,5 +1,6 @@
 #include "HeightLine.h"
 
+#include "CoordinateColumns.h"
 #include "CsvFormat.h"
 #include "Output.h"
 
@@ -122,7 +123,10 @@ bool readPlainHeights(std::string_view text, const CoordinateNotation &notation,
                       HeightLine &line)
 {
     std::string_view rest = text;
-    if (notation.decimalComma || !readNumbers(rest, line)) {
+    const char *const end = text.data() + text.size();
+    const bool hasGroups =
+        !notation.angles && readGroupedPair(skipBlanks(text.data(), end), end).groups != Groups::None;
+    if (notation.decimalComma || hasGroups || !readNumbers(rest, line)) {
         rest = text;
         if (!readNotations(rest, notation, line))
             return false;
@@ -163,15 +167,17 @@ HeightTable::HeightTable(const HeightColumns &columns, std::string_view firstLin
 bool HeightTable::find(const HeightColumns &columns, std::string_view firstLine, char delimiter)
 {
     const QStringList names = csvValues(firstLine, delimiter);
+    const CoordinateColumns plane = wantedColumns(columns.x, columns.y, names);
     bool isName = false;
     std::size_t axis = 0;
-    for (const QString &wanted : {columns.x, columns.y, columns.z, columns.t}) {
+    for (const QString &wanted : {plane.x, plane.y, columns.z, columns.t}) {
         m_columns[axis] = wanted.isEmpty() ? -1 : placeOf(wanted, names, isName);
         if (m_columns[axis++] < 0 && !wanted.isEmpty()) {
             m_missing = wanted;
             return false;
         }
     }
+    tellColumns(plane, names);
     m_delimiter = delimiter;
     m_hasHeader = isName;
     return true;

@@ -32,8 +32,8 @@ struct HeightLine
 struct HeightColumns
 {
     char delimiter = '\0'; ///< 0: to be found
-    QString x = QStringLiteral("1");
-    QString y = QStringLiteral("2");
+    QString x;             ///< neither this nor y given: the columns that the header names, or the first two
+    QString y;
     QString z = QStringLiteral("3");
     QString t; ///< empty: no times
     CoordinateNotation notation;

@@ -25,9 +25,16 @@ bool isStandardInput(const QString &fileName) { return fileName == QLatin1String
 
 [[noreturn]] void throwUnreadable(const QString &fileName, int error)
 {
+    const std::string name = fileName.toStdString();
+    double number = 0.0;
+    const QString hint =
+        readNumber(name, number)
+            ? QObject::tr(" (points come in files or by standard input: echo X Y | nivora-cs …)")
+            : QString();
     throw Failure(QObject::tr("cannot read %1: %2")
                       .arg(isStandardInput(fileName) ? QStringLiteral("standard input") : fileName,
-                           systemMessage(error)));
+                           systemMessage(error)) +
+                  hint);
 }
 
 int openFile(const QString &fileName)

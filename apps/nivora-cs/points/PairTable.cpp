@@ -1,6 +1,7 @@
 #include "PairTable.h"
 
 #include "CommandLine.h"
+#include "CoordinateColumns.h"
 #include "CsvOptions.h"
 #include "Output.h"
 #include "PeopleText.h"
@@ -63,13 +64,18 @@ private:
     std::shared_ptr<const PointReader> m_local, m_known;
 };
 
-/// The head of a table whose coordinates are asked for, or stand in two columns from the first on.
+/// The head of a table whose coordinates are asked for, or stand in two columns from the first on, y before x
+/// where their names say so.
 FileHead PairReader::headOf(std::string_view line, const char *x, const char *y, int first,
                             const CoordinateNotation &notation)
 {
     CsvOptions options = csvOptions(m_line, notation);
-    options.x = m_line.isSet(x) ? m_line.value(x) : QString::number(first);
-    options.y = m_line.isSet(y) ? m_line.value(y) : QString::number(first + 1);
+    const QStringList names = m_header.mid(first - 1, 2);
+    const bool isAsked = m_line.isSet(x) || m_line.isSet(y);
+    const CoordinateColumns named = isAsked ? CoordinateColumns() : wantedColumns({}, {}, names);
+    const bool yFirst = named.byHeader && named.y == names.first().trimmed();
+    options.x = isAsked ? m_line.value(x) : QString::number(yFirst ? first + 1 : first);
+    options.y = isAsked ? m_line.value(y) : QString::number(yFirst ? first : first + 1);
     if (m_line.isSet(x) != m_line.isSet(y))
         throw Failure(QObject::tr("--%1 and --%2 go together").arg(QLatin1String(x), QLatin1String(y)));
     return CsvFormat(options).head(line);

@@ -27,6 +27,7 @@ using nivora::cs::numberText;
 using nivora::cs::parseAngle;
 using nivora::cs::parseAngleColumns;
 using nivora::cs::parseCommaNumber;
+using nivora::cs::parseGroupedNumber;
 using nivora::cs::parseNumber;
 using nivora::cs::putAngle;
 using nivora::cs::putNumber;

@@ -13,6 +13,12 @@ constexpr const char *doubtfulComma =
 constexpr const char *groupingComma =
     QT_TRANSLATE_NOOP("QObject", "commas could group thousands or be decimal marks: give --decimal-comma for "
                                  "decimals");
+constexpr const char *groupingBlank =
+    QT_TRANSLATE_NOOP("QObject", "blanks could group thousands: separate the columns by semicolons or tabs, "
+                                 "or give --csv --delimiter \" \" where they separate");
+constexpr const char *angleParts =
+    QT_TRANSLATE_NOOP("QObject", "could be degrees, minutes and seconds: give their letters (55 45 21 N), or "
+                                 "--csv with the columns of --x and --y");
 constexpr const char *missing = QT_TRANSLATE_NOOP("QObject", "is missing");
 
 std::string_view view(const char *begin, const char *end)
@@ -247,6 +253,18 @@ bool parsePair(PairParser parse, const char *p, const char *end, AnglePair &pair
     return true;
 }
 
+/// Whether x or y is a whole number of up to three digits, so that more of it may stand behind it.
+bool hasShortColumn(const char *begin, const Columns &columns)
+{
+    const auto isShort = [](const char *p, const char *end) {
+        constexpr std::ptrdiff_t most = 3;
+        p += p != end && (*p == '-' || *p == '+');
+        return end - p <= most && std::all_of(p, end, isDigit);
+    };
+    const std::string_view between = columns.second.before;
+    return isShort(begin, between.data()) || isShort(between.data() + between.size(), columns.rest.data());
+}
+
 bool takePair(const AnglePair &pair, const char *end, QPointF &point, Columns &columns, Reason &why)
 {
     why = pair.why;
@@ -321,6 +339,8 @@ bool readCoordinate(std::string_view text, const CoordinateNotation &notation, A
     why = behind ? noNumber : reason;
     Angle angle;
     const char *angleWhy = noNumber;
+    if (!notation.angles && begin != end && parseGroupedNumber(begin, end, true, value.degrees) == end)
+        return true;
     if (notation.angles && readAngle(view(begin, end), angle, angleWhy)) {
         value = angle;
         return true;
@@ -347,7 +367,8 @@ bool XyReader::read(std::string_view line, QPointF &point, Columns &columns, Rea
     const bool numbers = m_notation.decimalComma ? readPair<parseCommaNumber>(line, point, columns, why)
                                                  : readPair<parseNumber>(line, point, columns, why);
     if (!numbers)
-        return m_notation.angles && readAnglePair(line, point, columns, why);
+        return m_notation.angles ? readAnglePair(line, point, columns, why)
+                                 : readGroups(line, point, columns, why) == Groups::Apart;
     return columns.rest.empty() || readAgain(line, point, columns, why);
 }
 
@@ -360,6 +381,12 @@ bool XyReader::readAgain(std::string_view line, QPointF &point, Columns &columns
     if (m_notation.angles && hasHemisphereColumn(columns.rest.data(), end) &&
         parsePair(isPairOfAngleColumns, begin, end, pair))
         return takePair(pair, end, point, columns, why);
+    if (hasShortColumn(begin, columns)) {
+        const Groups parts =
+            m_notation.angles ? readParts(line, columns, why) : readGroups(line, point, columns, why);
+        if (parts != Groups::None)
+            return parts == Groups::Apart;
+    }
     if (m_notation.decimalComma || line.find(',') == std::string_view::npos)
         return true;
     const Commas commas = commasOf(begin, end, m_notation.angles);
@@ -370,6 +397,33 @@ bool XyReader::readAgain(std::string_view line, QPointF &point, Columns &columns
     columns.located = false;
     why = commas == Commas::Grouping ? groupingComma : doubtfulComma;
     return false;
+}
+
+/// Numbers whose thousands are set apart; nothing changes where there are none.
+Groups XyReader::readGroups(std::string_view line, QPointF &point, Columns &columns, Reason &why)
+{
+    const char *const end = line.data() + line.size();
+    const GroupedPair pair = readGroupedPair(skipBlanks(line.data(), end), end);
+    if (pair.groups == Groups::Apart) {
+        point = pair.point;
+        setColumns(columns, pair.xEnd, pair.yBegin, pair.yEnd, end);
+    }
+    if (pair.groups == Groups::Doubtful) {
+        columns.located = false;
+        why = groupingBlank;
+    }
+    return pair.groups;
+}
+
+/// Doubtful when the columns may be the parts of two angles without letters.
+Groups XyReader::readParts(std::string_view line, Columns &columns, Reason &why)
+{
+    const char *const end = line.data() + line.size();
+    if (!mayBeAngleParts(skipBlanks(line.data(), end), end))
+        return Groups::None;
+    columns.located = false;
+    why = angleParts;
+    return Groups::Doubtful;
 }
 
 bool XyReader::readAnglePair(std::string_view line, QPointF &point, Columns &columns, Reason &why)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "GroupedPair.h"
 #include "PeopleText.h"
 #include "Reason.h"
 
@@ -81,6 +82,8 @@ public:
 
 private:
     bool readAgain(std::string_view line, QPointF &point, Columns &columns, Reason &why) const;
+    static Groups readGroups(std::string_view line, QPointF &point, Columns &columns, Reason &why);
+    static Groups readParts(std::string_view line, Columns &columns, Reason &why);
     static bool readAnglePair(std::string_view line, QPointF &point, Columns &columns, Reason &why);
 
     CoordinateNotation m_notation;
