@@ -2545,5 +2545,9 @@ northing и подобные), иначе это первые два.
         <source>could be degrees, minutes and seconds: give their letters (55 45 21 N), or --csv with the columns of --x and --y</source>
         <translation>могут быть градусами, минутами и секундами: напишите буквы (55 45 21 N) или задайте --csv со столбцами --x и --y</translation>
     </message>
+    <message>
+        <source>the points lie outside the bounds of their system, with x and y exchanged inside: is y first?</source>
+        <translation>точки лежат вне границ своей системы, а если поменять x и y местами, внутри: не первым ли стоит y?</translation>
+    </message>
 </context>
 </TS>

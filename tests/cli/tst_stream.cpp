@@ -356,6 +356,19 @@ private Q_SLOTS:
         QCOMPARE(done.err.contains("x is the column"), isByHeader && !out.isEmpty());
     }
 
+    /// Surveyors write x for the northing: a remark, nothing is exchanged.
+    void exchanged()
+    {
+        const QStringList fromZone7 = words("transform --from 28407 --to 4326");
+        const QByteArray remark = "is y first?";
+        QVERIFY(run(fromZone7, "6182000 7411000\n6183000 7412000\n").err.contains(remark));
+        QVERIFY(run(words("transform --from 4326 --to 28407 --inverse"), "6182000 7411000\n")
+                    .err.contains(remark));
+        QVERIFY(!run(fromZone7, "6182000 7411000\n7411000 6182000\n").err.contains(remark));
+        QVERIFY(!run(fromZone7, "411000 6182000\n").err.contains(remark)); // nor with the prefix left out
+        QVERIFY(!run(toUtm, "55 37\n").err.contains(remark));
+    }
+
     /// Tables with every quoting there is; what is not x or y stays to the byte. Equal systems copy.
     void tables_data()
     {

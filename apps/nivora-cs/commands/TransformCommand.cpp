@@ -10,6 +10,7 @@
 #include "Session.h"
 #include "SharedOptions.h"
 #include "StreamFilter.h"
+#include "SwapWatch.h"
 #include "TransformHeights.h"
 #include "TransformOptions.h"
 
@@ -58,6 +59,16 @@ void checkExplainOptions(const CommandLine &line)
             throw Failure(QObject::tr("--%1 needs --explain").arg(QLatin1String(option)));
 }
 
+/// Lets the FILEs' points go through, for the tally.
+void tallyFiles(const CommandLine &line, const FileFormat &format, const XyWriter &writer,
+                const PointTransform &step)
+{
+    const int nowhere = nivora::system::openNowhere();
+    if (!line.arguments().isEmpty())
+        StreamFilter(format, writer, step, nowhere).run(line.arguments(), streamOptions(line));
+    nivora::system::closeDescriptor(nowhere);
+}
+
 int run(const CommandLine &line)
 {
     checkExplainOptions(line);
@@ -79,16 +90,23 @@ int run(const CommandLine &line)
     const CoordTransform transform(from, to, operationChoice(line), points.epoch);
     const PointTransform step = pointTransform(transform, points);
     if (line.isSet("explain")) {
-        const int nowhere = nivora::system::openNowhere();
-        if (!line.arguments().isEmpty())
-            StreamFilter(*format, writer, step, nowhere).run(line.arguments(), streamOptions(line));
-        nivora::system::closeDescriptor(nowhere);
+        tallyFiles(line, *format, writer, step);
         explain(line, inverse ? CoordTransform(to, from, operationChoice(line), points.epoch) : transform,
                 tally);
         return Success;
     }
-    const ExitStatus status = StreamFilter(*format, writer, step).run(line.arguments(), streamOptions(line));
+    SwapWatch watch;
+    const PointTransform watched = [&](QVector<QPointF> &read, std::vector<char> &failed) {
+        watch.look(read);
+        step(read, failed);
+    };
+    const ExitStatus status =
+        StreamFilter(*format, writer, watched).run(line.arguments(), streamOptions(line));
     report(usageText(transform, tally));
+    if (watch.areSwapped(inverse ? *to : *from))
+        report(QObject::tr(
+            "the points lie outside the bounds of their system, with x and y exchanged inside: is "
+            "y first?"));
     return status;
 }
 
