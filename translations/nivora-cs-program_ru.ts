@@ -2549,5 +2549,9 @@ northing и подобные), иначе это первые два.
         <source>the points lie outside the bounds of their system, with x and y exchanged inside: is y first?</source>
         <translation>точки лежат вне границ своей системы, а если поменять x и y местами, внутри: не первым ли стоит y?</translation>
     </message>
+    <message>
+        <source>geometries that cannot be read: %1, the first in feature %2</source>
+        <translation>геометрии, которые не читаются: %1, первая в объекте %2</translation>
+    </message>
 </context>
 </TS>

@@ -231,6 +231,19 @@ private Q_SLOTS:
         QCOMPARE(runShell(line + QLatin1Char(',') + loss, dir.path()).status, 0);
     }
 
+    // The driver gives no geometry for a text that it does not understand, and says nothing.
+    void unreadableGeometries()
+    {
+        const QTemporaryDir dir;
+        support::writeFile(dir.filePath(QStringLiteral("w.csv")),
+                           "id,WKT\n1,POINT (1 2)\n2,\n3,POINT EMPTY\n4,\"PONT (1 2)\"\n5,POINT (inf 5)\n");
+        const QString line = QStringLiteral("nivora-cs convert w.csv w.geojson");
+        const CliRun run = runShell(line, dir.path());
+        QVERIFY2(run.isRefusal(QStringLiteral("read: 2, the first in feature 4: PONT (1 2)")),
+                 run.describe());
+        QCOMPARE(runShell(line + QStringLiteral(" --allow features"), dir.path()).status, 0);
+    }
+
     // Where the system states no bounds, a table counts in millimetres around its data.
     void stepsOfTables()
     {

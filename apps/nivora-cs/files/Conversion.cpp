@@ -154,6 +154,8 @@ Conversion::Conversion(const CommandLine &line)
                      QObject::tr("%1 cannot be read whole: %2").arg(m_in, m_messages.reason()));
     if (m_in.endsWith(QLatin1String(".mif"), Qt::CaseInsensitive))
         m_extent = checkMif(m_in, m_losses);
+    if (!line.isSet("x"))
+        checkGeometryTexts(m_source.get(), m_losses);
     if (line.isSet("append"))
         m_append.emplace(m_out, m_format, m_stage);
     m_bulk.refusesBallpark = line.isSet("strict");

@@ -2,6 +2,8 @@
 
 #include "CommandLine.h"
 #include "CsvFormat.h"
+#include "GdalFiles.h"
+#include "Losses.h"
 #include "Output.h"
 
 #include <cpl_vsi.h>
@@ -93,7 +95,56 @@ bool readColumn(OGRFeatureH feature, int column, const PointColumns &columns,
            readCoordinate(std::string_view(text).substr(first, last - first + 1), notation, value, why);
 }
 
+/// The columns that the driver takes for geometries, which it hides unless they are asked for.
+std::vector<int> geometryTexts(OGRFeatureDefnH hiding, OGRFeatureDefnH keeping)
+{
+    std::vector<int> columns;
+    for (int i = 0; i < OGR_FD_GetFieldCount(keeping); ++i)
+        if (OGR_FD_GetFieldIndex(hiding, OGR_Fld_GetNameRef(OGR_FD_GetFieldDefn(keeping, i))) < 0)
+            columns.push_back(i);
+    return columns;
+}
+
+/// Nothing when every text became a geometry.
+QString textWithoutGeometry(OGRFeatureH feature, const std::vector<int> &columns)
+{
+    int geometry = 0;
+    for (const int column : columns) {
+        const QString text = QString::fromUtf8(OGR_F_GetFieldAsString(feature, column)).trimmed();
+        OGRGeometryH read = OGR_F_GetGeomFieldRef(feature, geometry++);
+        if (!text.isEmpty() && !read)
+            return text;
+    }
+    return {};
+}
+
 } // namespace
+
+void checkGeometryTexts(GDALDatasetH source, Losses &losses)
+{
+    constexpr int mostShown = 60;
+    OGRLayerH hiding = GDALDatasetGetLayer(source, 0);
+    if (driverName(GDALGetDatasetDriver(source)) != QLatin1String("CSV") || !hiding ||
+        OGR_FD_GetGeomFieldCount(OGR_L_GetLayerDefn(hiding)) == 0)
+        return;
+    const char *const options[] = {"KEEP_GEOM_COLUMNS=YES", nullptr};
+    const Dataset keeping(
+        GDALOpenEx(GDALGetDescription(source), GDAL_OF_VECTOR | GDAL_OF_READONLY, nullptr, options, nullptr));
+    OGRLayerH layer = keeping ? GDALDatasetGetLayer(keeping.get(), 0) : nullptr;
+    if (!layer)
+        return;
+    const std::vector<int> columns = geometryTexts(OGR_L_GetLayerDefn(hiding), OGR_L_GetLayerDefn(layer));
+    int count = 0;
+    QString first;
+    while (const Feature feature{OGR_L_GetNextFeature(layer)}) {
+        const QString text = textWithoutGeometry(feature.get(), columns);
+        if (!text.isEmpty() && count++ == 0)
+            first = QStringLiteral("%1: %2").arg(OGR_F_GetFID(feature.get())).arg(text.left(mostShown));
+    }
+    if (count > 0)
+        losses.add(Loss::Features, QObject::tr("geometries that cannot be read: %1, the first in feature %2")
+                                       .arg(QString::number(count), first));
+}
 
 QString tableToOpen(const QString &path, bool asTable)
 {
