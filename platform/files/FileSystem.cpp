@@ -114,6 +114,16 @@ void copyAttributes(const QString &from, const QString &to)
 
 int flushToDisk(int descriptor) { return errorOf(::fsync(descriptor)); }
 
+int flushToDisk(const QString &path)
+{
+    const int descriptor = ::open(bytes(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return errno;
+    const int error = flushToDisk(descriptor);
+    ::close(descriptor);
+    return error;
+}
+
 QString makeFolder(const QString &prefix, int &error)
 {
     QByteArray name = bytes(prefix + QStringLiteral("XXXXXX"));
@@ -196,6 +206,7 @@ void copyAttributes(const QString &from, const QString &to)
 }
 
 int flushToDisk(int) { return 0; }
+int flushToDisk(const QString &) { return 0; }
 
 QString makeFolder(const QString &prefix, int &error)
 {

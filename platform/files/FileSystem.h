@@ -41,6 +41,7 @@ int setAside(const QString &path, const QString &aside);
 void copyAttributes(const QString &from, const QString &to);
 /// Makes what was written of a file outlive a power cut.
 int flushToDisk(int descriptor);
+int flushToDisk(const QString &path);
 
 /// A new folder beside other files, its name beginning with \p prefix; empty, with \p error set, when none
 /// can be made.

@@ -262,9 +262,13 @@ void Publication::take(const Step &step, bool mayReplace) const
         throw PublishError(PublishError::NoFile, place, 0);
     if (isThere && step.isNew)
         copyAttributes(place, fresh);
-    int error = !isThere     ? 0
-                : step.isNew ? setAside(place, step.stage.old(step.leaf))
-                             : moveOver(place, step.stage.old(step.leaf));
+    // What replaces a file has to be on the disk before that one goes.
+    int error = isThere && step.isNew ? flushToDisk(fresh) : 0;
+    if (error != 0)
+        throw PublishError(PublishError::Impossible, place, error);
+    error = !isThere     ? 0
+            : step.isNew ? setAside(place, step.stage.old(step.leaf))
+                         : moveOver(place, step.stage.old(step.leaf));
     if (error == 0 && step.isNew)
         error = isThere ? moveOver(fresh, place) : moveToNewName(fresh, place);
     if (error != 0)
