@@ -6,8 +6,8 @@
 #include <cerrno>
 
 #ifdef Q_OS_UNIX
+#include <cstdio>
 #include <fcntl.h>
-#include <stdio.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>

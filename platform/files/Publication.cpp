@@ -260,12 +260,12 @@ void Publication::take(const Step &step, bool mayReplace) const
         throw PublishError(PublishError::Exists, place, 0);
     if (isThere && !isRegularFile(place))
         throw PublishError(PublishError::NoFile, place, 0);
-    if (isThere && step.isNew)
-        copyAttributes(place, fresh);
     // What replaces a file has to be on the disk before that one goes.
     int error = isThere && step.isNew ? flushToDisk(fresh) : 0;
     if (error != 0)
         throw PublishError(PublishError::Impossible, place, error);
+    if (isThere && step.isNew)
+        copyAttributes(place, fresh);
     error = !isThere     ? 0
             : step.isNew ? setAside(place, step.stage.old(step.leaf))
                          : moveOver(place, step.stage.old(step.leaf));
