@@ -31,6 +31,6 @@ double doubtOfLengths(const std::vector<QPointF> &sample);
 bool isReadingFor(const GuessReading &reading, const PlaneOfSystem &system, const Plane &plane);
 
 /// A point of the data in the system's own coordinates, NaN when it cannot be read so.
-QPointF readPoint(const GuessReading &reading, const QPointF &point, const Plane &plane);
+QPointF readPoint(const GuessReading &reading, const QPointF &asGiven, const Plane &plane);
 
 } // namespace nivora::cs
