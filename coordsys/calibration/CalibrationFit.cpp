@@ -131,7 +131,8 @@ QVector<CalibrationParameter> CalibrationFit::parameters() const
     std::vector<double> derivatives;
     QVector<CalibrationParameter> result = m_data->fit->parameters(derivatives);
     for (int i = 0; i < result.size(); ++i) {
-        const double *row = &derivatives[static_cast<std::size_t>(i * m_data->rows.unknowns)];
+        const double *row =
+            &derivatives[static_cast<std::size_t>(i) * static_cast<std::size_t>(m_data->rows.unknowns)];
         result[i].deviation = m_data->sigmaM() * std::sqrt(jointCofactor(m_data->solution, row, row));
     }
     return result;

@@ -78,7 +78,7 @@ template <typename Record, typename Key> const Record *orThrow(const Record *rec
     return record;
 }
 
-template <typename Record> void append(std::vector<std::unique_ptr<Record>> &records, Record &&record)
+template <typename Record> void append(std::vector<std::unique_ptr<Record>> &records, Record record)
 {
     ++catalogueRevision();
     records.push_back(std::make_unique<Record>(std::move(record)));

@@ -116,7 +116,7 @@ QString Mgrs::getMGRSString(double x, double y) const
         return QString();
 
     char buffer[64] = {};
-    static_assert(sizeof buffer >= mgrs::MGRS_BUFFER_SIZE, "");
+    static_assert(sizeof buffer >= mgrs::MGRS_BUFFER_SIZE);
     const int code = mgrs::Convert_Geodetic_To_MGRS(proj_torad(lonLat.y()), proj_torad(lonLat.x()),
                                                     m_data->precision, buffer);
     if (code == 0)

@@ -17,7 +17,7 @@ class AffineMap
 {
 public:
     /// That of the system; nothing to do without one.
-    explicit AffineMap(const CoordSystem &cs)
+    explicit AffineMap(const CoordSystem &cs) // NOLINT(clang-analyzer-optin.cplusplus.UninitializedObject)
     {
         if (const QTransform *affine = privateOf(cs).m_affine.get())
             prepare(*affine);

@@ -48,6 +48,7 @@ PjHandle amongAllowed(const PJ *source, const PJ *target, const OperationChoice 
     if (choice.mostErrorM())
         texts.push_back("ACCURACY=" + QByteArray::number(*choice.mostErrorM(), 'g', 17));
     std::vector<const char *> options;
+    options.reserve(texts.size() + 1);
     for (const QByteArray &text : texts)
         options.push_back(text.constData());
     options.push_back(nullptr);

@@ -93,7 +93,8 @@ private:
 bool CoordTransform::Impl::transformList(bool forward, const QVector<QPointF> &in,
                                          QVector<QPointF> &out) const
 {
-    const QVector<QPointF> original = in; // which may be out
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): in may be out
+    const QVector<QPointF> original = in;
     if (isEqualsCS) {
         if (!areFinite(original))
             return false;

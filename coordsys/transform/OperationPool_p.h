@@ -36,7 +36,7 @@ using PooledOperationPtr = std::unique_ptr<PooledOperation, PooledOperationDelet
 /// Clones of one transformation, lent to whoever converts. It grows to the greatest number that was ever lent
 /// at once and keeps them: a clone costs up to 3 ms and, with grid files, half a megabyte. Thread-safe; only
 /// cloning takes the PROJ lock.
-class OperationPool
+class OperationPool // NOLINT(clang-analyzer-optin.performance.Padding): slots have cache lines of their own
 {
 public:
     /// Where a thread finds its engine without a lock. On a cache line of its own, since a point is converted

@@ -35,7 +35,7 @@ struct PointOptions
 };
 
 /// The steps of a transformation.
-PointTransform pointTransform(const nivora::cs::CoordTransform &transform, const PointOptions &options);
+PointTransform pointTransform(const nivora::cs::CoordTransform &transform, const PointOptions &wanted);
 
 struct StreamOptions
 {
