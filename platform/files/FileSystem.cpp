@@ -16,6 +16,7 @@
 #include <map>
 #include <thread>
 #else
+#include <QDateTime>
 #include <QTemporaryDir>
 #endif
 
