@@ -17,7 +17,7 @@ void SwapWatch::look(const QVector<QPointF> &points)
     if (m_isFull)
         return;
     const std::lock_guard lock(m_mutex);
-    m_points += points.mid(0, std::max(0, enough - m_points.size()));
+    m_points += points.mid(0, std::max(0, enough - static_cast<int>(m_points.size())));
     m_isFull = m_points.size() >= enough;
 }
 
