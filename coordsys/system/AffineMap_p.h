@@ -17,8 +17,9 @@ class AffineMap
 {
 public:
     /// That of the system; nothing to do without one.
-    explicit AffineMap(const CoordSystem &cs) // NOLINT(clang-analyzer-optin.cplusplus.UninitializedObject)
+    explicit AffineMap(const CoordSystem &cs)
     {
+        // NOLINTNEXTLINE(clang-analyzer-optin.cplusplus.UninitializedObject): set only when active
         if (const QTransform *affine = privateOf(cs).m_affine.get())
             prepare(*affine);
     }
