@@ -63,22 +63,6 @@ QString fileArgument(const CommandLine &line, int index)
     return name;
 }
 
-QString rejectedName(const QString &out)
-{
-    return QFileInfo(out).completeBaseName() + QStringLiteral(".rejected.csv");
-}
-
-/// "roads_lines.shp"
-QString nameForKind(const QString &out, FeatureKind kind)
-{
-    const QFileInfo info(out);
-    const QString base =
-        kind == FeatureKind::Nothing
-            ? info.completeBaseName()
-            : QStringLiteral("%1_%2").arg(info.completeBaseName(), QLatin1String(kindName(kind)));
-    return info.suffix().isEmpty() ? base : base + QLatin1Char('.') + info.suffix();
-}
-
 /// Throws Failure for options that exclude each other.
 StagedOutput::Mode modeOf(const CommandLine &line)
 {
@@ -107,24 +91,6 @@ bool statesNumbers(OGRLayerH layer)
     return first && OGR_F_GetFID(first.get()) != 0;
 }
 
-/// A driver's words for what it changed: "… couldn't be converted correctly from UTF-8 to CP1251", "Value …
-/// has been truncated to …", "Value … parsed incompletely to integer …".
-struct LossWords
-{
-    const char *words;
-    Loss kind;
-};
-constexpr LossWords lossWords[] = {
-    {"converted correctly", Loss::Texts}, {"truncated", Loss::Texts}, {"parsed incompletely", Loss::Types}};
-
-std::optional<Loss> lossTold(const QString &warning)
-{
-    for (const LossWords &row : lossWords)
-        if (warning.contains(QLatin1String(row.words)))
-            return row.kind;
-    return std::nullopt;
-}
-
 } // namespace
 
 /// In the member list's order, so that a mistake in the arguments is told before anything is opened.
@@ -144,7 +110,7 @@ Conversion::Conversion(const CommandLine &line)
     , m_format(m_out, line.value("format"), m_in, line.value("out-encoding"))
     , m_stage(m_out, modeOf(line))
     , m_file(QFileInfo(m_out).fileName())
-    , m_rejected(m_stage.path(rejectedName(m_out)))
+    , m_rejected(m_stage.path(RejectedList::nameFor(m_out)))
     , m_probe(m_session, m_format, m_stage.dir(), m_format.ownName(m_file))
     , m_values(m_stage.dir(), m_format.ownName(m_file))
 {
@@ -452,7 +418,7 @@ void Conversion::tell() const
     if (m_rejected.count() > 0)
         complain(QObject::tr("%1 of %2 features left out; see %3")
                      .arg(QString::number(m_rejected.count()),
-                          QString::number(m_rejected.count() + m_allFeatures), rejectedName(m_out)));
+                          QString::number(m_rejected.count() + m_allFeatures), RejectedList::nameFor(m_out)));
     if (m_way)
         report(usageText(*m_way, m_tally));
     if (!m_heightTally.uses().isEmpty())
@@ -515,7 +481,7 @@ int Conversion::run()
     const std::vector<int> layers = convertibleLayers();
     QStringList parts = m_line.isSet("split") ? writeKinds(layers) : writeWhole(layers);
     m_rejected.close();
-    const QString oldList = m_stage.place(rejectedName(m_out));
+    const QString oldList = m_stage.place(RejectedList::nameFor(m_out));
     if (RejectedList::isOne(oldList))
         parts << oldList;
     if (m_append)

@@ -36,6 +36,11 @@ QString number(double value) { return std::isnan(value) ? QString() : QString::n
 
 } // namespace
 
+QString RejectedList::nameFor(const QString &out)
+{
+    return QFileInfo(out).completeBaseName() + QStringLiteral(".rejected.csv");
+}
+
 bool RejectedList::isOne(const QString &path)
 {
     QFile file(path);

@@ -13,6 +13,8 @@ public:
     {}
     /// Whether the file is one, and none of somebody else's that happens to have the name.
     static bool isOne(const QString &path);
+    /// The name of the list beside an output.
+    static QString nameFor(const QString &out);
     /// Throws Failure.
     void add(const QString &layer, const Rejection &rejection);
     /// Throws Failure when something could not be written.

@@ -2,6 +2,8 @@
 
 #include "GdalFiles.h"
 
+#include <QFileInfo>
+
 namespace {
 
 // By FeatureKind.
@@ -30,6 +32,16 @@ FeatureKind kindOfFeature(OGRGeometryH geometry)
 }
 
 const char *kindName(FeatureKind kind) { return names[static_cast<int>(kind)]; }
+
+QString nameForKind(const QString &out, FeatureKind kind)
+{
+    const QFileInfo info(out);
+    const QString base =
+        kind == FeatureKind::Nothing
+            ? info.completeBaseName()
+            : QStringLiteral("%1_%2").arg(info.completeBaseName(), QLatin1String(kindName(kind)));
+    return info.suffix().isEmpty() ? base : base + QLatin1Char('.') + info.suffix();
+}
 
 std::set<FeatureKind> kindsIn(OGRLayerH layer)
 {

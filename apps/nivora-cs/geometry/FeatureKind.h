@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 #include <ogr_api.h>
 
 #include <set>
@@ -11,6 +13,8 @@ enum class FeatureKind { Nothing, Points, Multipoints, Lines, Polygons, Collecti
 FeatureKind kindOfFeature(OGRGeometryH geometry);
 /// "points", for names of files.
 const char *kindName(FeatureKind kind);
+/// "roads_lines.shp" for the lines of "roads.shp".
+QString nameForKind(const QString &out, FeatureKind kind);
 /// Reads the layer to its end.
 std::set<FeatureKind> kindsIn(OGRLayerH layer);
 

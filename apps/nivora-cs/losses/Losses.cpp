@@ -39,7 +39,25 @@ std::set<Loss> kindsOf(const QString &list)
     return kinds;
 }
 
+/// A driver's words for what it changed: "… couldn't be converted correctly from UTF-8 to CP1251", "Value …
+/// has been truncated to …", "Value … parsed incompletely to integer …".
+struct LossWords
+{
+    const char *words;
+    Loss kind;
+};
+constexpr LossWords lossWords[] = {
+    {"converted correctly", Loss::Texts}, {"truncated", Loss::Texts}, {"parsed incompletely", Loss::Types}};
+
 } // namespace
+
+std::optional<Loss> lossTold(const QString &warning)
+{
+    for (const LossWords &row : lossWords)
+        if (warning.contains(QLatin1String(row.words)))
+            return row.kind;
+    return std::nullopt;
+}
 
 Losses::Losses(const CommandLine &line)
     : m_allowed(line.isSet("lossy")   ? allKinds()

@@ -3,6 +3,7 @@
 #include <QStringList>
 
 #include <map>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -10,6 +11,9 @@ class CommandLine;
 
 /// What can be lost on the way; each is allowed by its own name.
 enum class Loss { Heights, Types, Names, Texts, Styles, Datum, Affine, Features, Layers };
+
+/// The loss that a driver's warning tells, if it is one.
+std::optional<Loss> lossTold(const QString &warning);
 
 /// What was left out or changed on the way, and whether that is allowed.
 class Losses

@@ -1,19 +1,12 @@
 #include "GroupedPair.h"
 
-#include "PeopleText.h"
+#include "LineColumns.h"
 
 #include <algorithm>
 #include <string_view>
 #include <vector>
 
 namespace {
-
-std::string_view view(const char *begin, const char *end)
-{
-    return {begin, static_cast<std::size_t>(end - begin)};
-}
-
-bool endsColumn(const char *p, const char *end) { return p == end || isSeparator(*p); }
 
 /// Behind the number of a column, grouped or not, null when there is none.
 const char *parseColumn(const char *p, const char *end, bool blanks, double &value, bool &grouped)
